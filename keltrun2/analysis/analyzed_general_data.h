@@ -1,0 +1,57 @@
+// What the analysis found out about the course of a data set.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "keltrun2/analysis/analyzed_runner_data.h"
+
+namespace keltrun {
+
+/// Per-leg figures of a whole data set. Legs run from 1 to 51, index 0 is never filled; an index
+/// outside 0 to 51 raises subscript out of range (9). A new Execute makes a new object: one that was
+/// kept keeps its figures.
+class clsAnalyzedGeneralData {
+ public:
+  static constexpr std::int32_t kMostLegs = clsAnalyzedRunnerData::kMostLegs;
+  /// Positions kept of each leg's order.
+  static constexpr std::int32_t kMostUpperLaps = 6;
+
+  /// Estimated difficulty of the leg; null at index 0. Valid as long as this object lives.
+  const clsPercentValue* LegDifficulty(std::int32_t LegIndex) const;
+
+  /// Whether a runner stands at the position (1 to 6) of the leg's lap order. Positions outside 0 to
+  /// 6 raise subscript out of range (9).
+  bool IsUpperLapExists(std::int32_t LegIndex, std::int32_t RankIndex) const;
+
+  /// The reference lap: mean of up to three best laps, in days; 0 when nobody has a valid lap.
+  DateTime UpperLapAverage(std::int32_t LegIndex) const;
+
+  /// Estimated share of the course on a leg: a factor, legs 1 to L sum to 1. Not a distance.
+  float LegLength(std::int32_t LegIndex) const;
+
+  /// Sum of the reference laps.
+  DateTime UpperLapTotal() const { return upper_lap_total_; }
+
+  /// The runner at the position (1 to 6) of the leg's lap order, or null. Errors as IsUpperLapExists.
+  std::shared_ptr<clsAnalyzedRunnerData> UpperLapObject(std::int32_t LegIndex,
+                                                        std::int32_t RankIndex) const;
+
+ private:
+  friend class AnalyzedGeneralInternal;
+
+  struct LegFigures {
+    DateTime upper_lap_average = 0;
+    float leg_length = 0;
+    clsPercentValue difficulty;
+    std::array<std::shared_ptr<clsAnalyzedRunnerData>, kMostUpperLaps + 1> upper_laps;
+  };
+
+  const LegFigures& Leg(std::int32_t index) const;
+
+  DateTime upper_lap_total_ = 0;
+  std::array<LegFigures, kMostLegs + 1> legs_;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,24 @@
+// Write access to the per-leg figures of a data set.
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "keltrun2/analysis/analyzed_general_data.h"
+
+namespace keltrun {
+
+class AnalyzedGeneralInternal {
+ public:
+  static void SetUpperLapObject(clsAnalyzedGeneralData& general, std::int32_t leg,
+                                std::int32_t position,
+                                std::shared_ptr<clsAnalyzedRunnerData> runner) {
+    general.legs_[static_cast<std::size_t>(leg)].upper_laps[static_cast<std::size_t>(position)] =
+        std::move(runner);
+  }
+
+  /// From the upper laps of legs 1 to `legs`: the reference laps, their total and each leg's share.
+  static void CalcUpperLaps(clsAnalyzedGeneralData& general, std::int32_t legs);
+};
+
+}  // namespace keltrun

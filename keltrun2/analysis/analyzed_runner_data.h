@@ -1,0 +1,190 @@
+// What the analysis found out about one runner.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "keltrun2/model/lap_data.h"
+#include "keltrun2/model/time_values.h"
+
+namespace keltrun {
+
+/// One runner of an analyzer's data set. Legs are numbered from 1 to 51; index 0 exists and is never
+/// filled. Times are days, ratios are factors (1 = equal to the reference), ranks run from 1 and 0 is
+/// none. An index outside 0 to 51 raises subscript out of range (9).
+///
+/// A runner who missed controls has a range: the legs from the first missed one to the next that he
+/// punched, which only have a common time. That time stands as the lap of the last leg of the range.
+class clsAnalyzedRunnerData {
+ public:
+  /// The highest leg: 50 controls and the finish.
+  static constexpr std::int32_t kMostLegs = 51;
+
+  clsAnalyzedRunnerData(const clsAnalyzedRunnerData&) = delete;
+  clsAnalyzedRunnerData& operator=(const clsAnalyzedRunnerData&) = delete;
+
+  /// Place on the map of loss profiles; 0 until the map is made.
+  double VesmerX() const { return vesmer_x_; }
+  void SetVesmerX(double X) { vesmer_x_ = X; }
+  double VesmerY() const { return vesmer_y_; }
+  void SetVesmerY(double Y) { vesmer_y_ = Y; }
+
+  /// Competition ranks on a leg, and as texts ("-" or empty for none, ")" appended on request).
+  /// LapRank and SplitRank are those of the times as punched, the modified ones those in which ranges
+  /// are spread over their legs.
+  std::int32_t SplitRank(std::int32_t Index) const { return Leg(Index).split_rank; }
+  void SetSplitRank(std::int32_t Index, std::int32_t Rank) { Leg(Index).split_rank = Rank; }
+  std::string SplitRankToString(std::int32_t Index, bool UseHyphen = true,
+                                bool UseParentheses = false) const;
+  std::int32_t LapRank(std::int32_t Index) const { return Leg(Index).lap_rank; }
+  void SetLapRank(std::int32_t Index, std::int32_t Rank) { Leg(Index).lap_rank = Rank; }
+  std::string LapRankToString(std::int32_t Index, bool UseHyphen = true,
+                              bool UseParentheses = false) const;
+  std::int32_t ModifiedSplitRank(std::int32_t Index) const {
+    return Leg(Index).modified_split_rank;
+  }
+  void SetModifiedSplitRank(std::int32_t Index, std::int32_t Rank) {
+    Leg(Index).modified_split_rank = Rank;
+  }
+  std::string ModifiedSplitRankToString(std::int32_t Index, bool UseHyphen = true,
+                                        bool UseParentheses = false) const;
+  std::int32_t ModifiedLapRank(std::int32_t Index) const { return Leg(Index).modified_lap_rank; }
+  void SetModifiedLapRank(std::int32_t Index, std::int32_t Rank) {
+    Leg(Index).modified_lap_rank = Rank;
+  }
+  std::string ModifiedLapRankToString(std::int32_t Index, bool UseHyphen = true,
+                                      bool UseParentheses = false) const;
+
+  /// Last and first leg of the range that the leg belongs to; 0 for none.
+  std::int32_t TotalLapTo(std::int32_t Index) const { return Leg(Index).range_to; }
+  std::int32_t TotalLapFrom(std::int32_t Index) const { return Leg(Index).range_from; }
+
+  /// Whether the lap is the time of this leg alone, and whether the split is complete.
+  bool IsValidLapTime(std::int32_t Index) const { return Leg(Index).valid_lap; }
+  bool IsValidSplitTime(std::int32_t Index) const { return Leg(Index).valid_split; }
+
+  /// Rank in the set by result; empty for a runner without a time.
+  const std::string& RankInDataSet() const { return rank_in_data_set_; }
+  /// The official rank where at least two runners of the set have one, else RankInDataSet.
+  const std::string& Rank() const { return rank_; }
+
+  /// The values below are the runner's own objects: valid, and kept up to date, as long as he lives.
+
+  /// How many times the reference lap the runner needs on his best legs covering half the course.
+  const clsPercentValue* CruiseSpeed() const { return &cruise_speed_; }
+  const clsPercentValue* FirstHalfCruiseSpeed() const { return &first_half_cruise_speed_; }
+  const clsPercentValue* SecondHalfCruiseSpeed() const { return &second_half_cruise_speed_; }
+  /// Split at the finish over the sum of the reference laps.
+  const clsPercentValue* TotalTimeRelative() const { return &total_time_relative_; }
+  /// Lap over reference lap; of a range on its last leg. Null at index 0.
+  const clsPercentValue* LapRelative(std::int32_t Index) const {
+    return Index == 0 ? nullptr : &Leg(Index).lap_relative;
+  }
+
+  /// The record's lap. Reading it never changes the record's LegCount.
+  DateTime LapTime(std::int32_t Index) const;
+  std::string LapTimeToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
+                              bool Compact = false, std::string_view NoDataValue = kNoDataText,
+                              std::string_view SkipValue = kSkipText,
+                              std::string_view DisqValue = kDisqText) const;
+
+  std::int32_t SerialNum() const { return other_data_->SerialNum(); }
+
+  /// Running total of the laps up to the leg, or a marker of LapTimeConst.
+  DateTime SplitTime(std::int32_t Index) const { return Leg(Index).split_time; }
+  void SetSplitTime(std::int32_t Index, DateTime Time) { Leg(Index).split_time = Time; }
+  std::string SplitTimeToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
+                                bool Compact = false, std::string_view NoDataValue = kNoDataText,
+                                std::string_view SkipValue = kSkipText,
+                                std::string_view DisqValue = kDisqText) const;
+
+  /// The lap, with the time of a range shared among its legs; 0 for none.
+  DateTime ModifiedLapTime(std::int32_t Index) const { return Leg(Index).modified_lap_time; }
+  void SetModifiedLapTime(std::int32_t Index, DateTime Time) {
+    Leg(Index).modified_lap_time = Time;
+  }
+  /// Shows SplitTime, not ModifiedLapTime: the exports of cumulative times are made with it.
+  std::string ModifiedLapTimeToString(std::int32_t Index,
+                                      std::string_view FormatExpression = "hh:nn:ss",
+                                      bool Compact = false,
+                                      std::string_view NoDataValue = kNoDataText,
+                                      std::string_view SkipValue = kSkipText,
+                                      std::string_view DisqValue = kDisqText) const;
+
+  /// The split, inside ranges built from modified laps; 0 for none.
+  DateTime ModifiedSplitTime(std::int32_t Index) const { return Leg(Index).modified_split_time; }
+  void SetModifiedSplitTime(std::int32_t Index, DateTime Time) {
+    Leg(Index).modified_split_time = Time;
+  }
+  std::string ModifiedSplitTimeToString(std::int32_t Index,
+                                        std::string_view FormatExpression = "hh:nn:ss",
+                                        bool Compact = false,
+                                        std::string_view NoDataValue = kNoDataText,
+                                        std::string_view SkipValue = kSkipText,
+                                        std::string_view DisqValue = kDisqText) const;
+
+  /// Time lost on the leg against the runner's own cruise speed; of a range on its last leg. Null at
+  /// index 0.
+  const clsMissTimeValue* MissTime(std::int32_t Index) const {
+    return Index == 0 ? nullptr : &Leg(Index).miss_time;
+  }
+  /// Sum of the times lost, gains not counted.
+  const clsMissTimeValue* MissTimeTotal() const { return &miss_time_total_; }
+  /// MissTimeTotal over the sum of the modified laps.
+  const clsPercentValue* MissRate() const { return &miss_rate_; }
+  /// The result without the share that MissRate says was lost.
+  const clsTimeValue* TotalTimeWithoutMiss() const { return &total_time_without_miss_; }
+
+  const std::string& RunnerName() const { return other_data_->RunnerName; }
+  const std::string& ClubName() const { return other_data_->ClubName; }
+  /// The record's result; for a record without one the split at its last leg, when complete.
+  std::string Result() const;
+  /// The official rank of the record.
+  const std::string& ResultRank() const { return other_data_->Rank; }
+  /// Start time of day, 0 when unknown.
+  DateTime StartTime() const { return other_data_->StartTime()->Value(); }
+
+  /// The runner record itself, not a copy.
+  const std::shared_ptr<clsLapData>& OtherData() const { return other_data_; }
+
+ private:
+  friend class AnalyzedRunnerInternal;
+
+  struct LegFigures {
+    DateTime split_time = 0;
+    DateTime modified_lap_time = 0;
+    DateTime modified_split_time = 0;
+    clsMissTimeValue miss_time;
+    clsPercentValue lap_relative;
+    std::int32_t lap_rank = 0;
+    std::int32_t split_rank = 0;
+    std::int32_t modified_lap_rank = 0;
+    std::int32_t modified_split_rank = 0;
+    std::int16_t range_from = 0;
+    std::int16_t range_to = 0;
+    bool valid_lap = false;
+    bool valid_split = false;
+  };
+
+  explicit clsAnalyzedRunnerData(std::shared_ptr<clsLapData> record)
+      : other_data_(std::move(record)) {}
+
+  const LegFigures& Leg(std::int32_t index) const;
+  LegFigures& Leg(std::int32_t index);
+
+  std::shared_ptr<clsLapData> other_data_;
+  std::string rank_;
+  std::string rank_in_data_set_;
+  clsPercentValue cruise_speed_, first_half_cruise_speed_, second_half_cruise_speed_;
+  clsPercentValue total_time_relative_, miss_rate_;
+  clsMissTimeValue miss_time_total_;
+  clsTimeValue total_time_without_miss_;
+  double vesmer_x_ = 0;
+  double vesmer_y_ = 0;
+  std::array<LegFigures, kMostLegs + 1> legs_;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,154 @@
+#include "keltrun2/analysis/analyzer.h"
+
+#include <utility>
+
+#include "keltrun2/analysis/analyzed_runner_data_internal.h"
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/execution.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/result_status.h"
+#include "keltrun2/model/sort.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/text/file_names.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+using Figures = AnalyzedRunnerInternal;
+
+// Finds the ranges and splits of one runner, leg by leg.
+class LegReader {
+ public:
+  LegReader(clsLapData& record, clsAnalyzedRunnerData& runner)
+      : record_(record), runner_(runner), legs_(record.LegCount()) {}
+
+  void Read() {
+    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+      if (Lap(leg) == kTimeSkip && Figures::Leg(runner_, leg).range_from == 0) OpenRange(leg);
+      ReadLeg(leg);
+    }
+  }
+
+ private:
+  DateTime Lap(std::int32_t leg) const { return LapDataInternal::Lap(record_, leg); }
+
+  bool SplitWasValid(std::int32_t leg) const {
+    return leg == 1 || Figures::Leg(runner_, leg - 1).valid_split;
+  }
+
+  // The next time covers all legs from the skipped one on. Without one the skipped control is
+  // missing altogether, and the record says so from now on.
+  void OpenRange(std::int32_t from) {
+    std::int32_t to = from + 1;
+    while (to <= legs_ && !(Lap(to) > 0)) ++to;
+    if (to > legs_) {
+      LapDataInternal::ReplaceLap(record_, from, kTimeNoData);
+      return;
+    }
+    for (std::int32_t leg = from; leg <= to; ++leg) {
+      Figures::Leg(runner_, leg).range_from = static_cast<std::int16_t>(from);
+      Figures::Leg(runner_, leg).range_to = static_cast<std::int16_t>(to);
+    }
+  }
+
+  void ReadLeg(std::int32_t leg) {
+    auto& figures = Figures::Leg(runner_, leg);
+    const DateTime lap = Lap(leg);
+    if (lap > 0) {
+      total_ = Canonical(total_ + lap);
+      figures.split_time = total_;
+      // After a skipped or disqualified leg the lap covers more than this leg.
+      figures.valid_lap = leg == 1 || Lap(leg - 1) >= 0;
+      figures.valid_split = SplitWasValid(leg);
+    } else if (lap == kTimeSkip) {
+      figures.split_time = kTimeSkip;
+      figures.valid_split = SplitWasValid(leg);
+    } else if (lap == kTimeDisq) {
+      figures.split_time = kTimeDisq;
+    }
+  }
+
+  clsLapData& record_;
+  clsAnalyzedRunnerData& runner_;
+  std::int32_t legs_;
+  DateTime total_ = 0;
+};
+
+std::shared_ptr<clsAnalyzedRunnerData> At(const AnalyzerInternal::Runners& runners,
+                                          std::int32_t index) {
+  const bool inside = index >= 1 && static_cast<std::size_t>(index) <= runners.size();
+  return inside ? runners[static_cast<std::size_t>(index) - 1] : nullptr;
+}
+
+}  // namespace
+
+clsAnalyzer::clsAnalyzer() : general_(std::make_shared<clsAnalyzedGeneralData>()) {}
+
+std::string clsAnalyzer::ClassInfo() const {
+  return LengthAndClimb(Length, Climb, ResourceText("RES_META_CLIMB_SYMBOLE"));
+}
+
+void clsAnalyzer::AddLap(const std::shared_ptr<clsLapData>& LapObject) {
+  CheckObject(LapObject, "clsAnalyzer.AddLap");
+  if (LapObject->LegCount() <= 0) return;
+  CheckIndex(LapObject->LegCount(), 1, clsAnalyzedRunnerData::kMostLegs, "clsAnalyzer.AddLap");
+  auto runner = Figures::Make(LapObject);
+  LegReader(*LapObject, *runner).Read();
+  full_.push_back(std::move(runner));
+  is_executed_ = false;
+}
+
+void clsAnalyzer::Clear() {
+  full_.clear();
+  selected_.clear();
+  general_ = std::make_shared<clsAnalyzedGeneralData>();
+  ClearHead();
+  is_executed_ = false;
+}
+
+std::shared_ptr<clsAnalyzedRunnerData> clsAnalyzer::Item(std::int32_t Index) const {
+  return At(selected_, Index);
+}
+
+std::shared_ptr<clsAnalyzedRunnerData> clsAnalyzer::FullSetItem(std::int32_t Index) const {
+  return At(full_, Index);
+}
+
+void clsAnalyzer::Execute() {
+  if (ControlCount >= clsAnalyzedRunnerData::kMostLegs) {
+    CheckIndex(ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1, "clsAnalyzer.Execute");
+  }
+  general_ = std::make_shared<clsAnalyzedGeneralData>();
+  Execution(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
+  selected_ = full_;
+  is_executed_ = true;
+}
+
+void clsAnalyzer::SelectItem(std::int32_t SerialNum) {
+  for (const auto& runner : full_) {
+    if (runner->SerialNum() == SerialNum) {
+      selected_.push_back(runner);
+      return;
+    }
+  }
+}
+
+void clsAnalyzer::SelectSort() {
+  CclsSort<std::shared_ptr<clsAnalyzedRunnerData>> order;
+  for (const auto& runner : selected_) order.Add(ResultSortKey(runner->Result()), runner);
+  selected_.clear();
+  for (auto& line : order.LineSet()) selected_.push_back(std::move(line.Item));
+}
+
+void clsAnalyzer::SelectAll() { selected_ = full_; }
+
+void clsAnalyzer::SelectNone() { selected_.clear(); }
+
+std::string clsAnalyzer::SafeFileName(std::string_view name) const {
+  return ToHalfWidth(RemoveUnsafeKeepingExtension(LowerAscii(name)));
+}
+
+}  // namespace keltrun

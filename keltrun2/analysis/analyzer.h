@@ -1,0 +1,83 @@
+// The split analysis of a set of runners.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/analysis/analyzed_general_data.h"
+#include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/analysis/data_set.h"
+#include "keltrun2/model/course_data.h"
+
+namespace keltrun {
+
+/// Gathers the runners to be compared, analyses them and holds the results.
+///
+///     auto analyzer = root->NewAnalyzer();
+///     analyzer->AddClass("M21A");
+///     analyzer->Execute();
+///     for (int i = 1; i <= analyzer->Count(); ++i) show(*analyzer->Item(i));
+///
+/// The full set holds every runner added, after Execute in result order. The selected set holds what
+/// is shown: everybody after Execute, then what the Select calls make of it.
+class clsAnalyzer : public DataSet {
+ public:
+  clsAnalyzer();
+
+  /// A course to show control codes from; the analysis does not read it. May be null.
+  const std::shared_ptr<clsCourseData>& CourseData() const { return course_data_; }
+  void SetCourseData(std::shared_ptr<clsCourseData> Course) { course_data_ = std::move(Course); }
+
+  /// True from Execute until a runner is added or the set cleared.
+  bool IsExecuted() const { return is_executed_; }
+
+  /// "5.2km ↑150m"; empty when the length is unknown.
+  std::string ClassInfo() const;
+
+  /// Adds a runner to the full set; a record without legs is ignored. Skipped legs that no later time
+  /// covers become KR_TIME_NODATA in the record itself. Raises object not set (91) for null and
+  /// subscript out of range (9) for more than 51 legs.
+  void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
+
+  /// Back to a new set; CutOffRank and CourseData stay.
+  void Clear();
+
+  /// Size of the selected set, and the runner at a position from 1 or null.
+  std::int32_t Count() const { return static_cast<std::int32_t>(selected_.size()); }
+  std::shared_ptr<clsAnalyzedRunnerData> Item(std::int32_t Index) const;
+
+  /// The same for the full set.
+  std::int32_t FullSetCount() const { return static_cast<std::int32_t>(full_.size()); }
+  std::shared_ptr<clsAnalyzedRunnerData> FullSetItem(std::int32_t Index) const;
+
+  /// Never null; replaced by a new object at each Execute and Clear.
+  const std::shared_ptr<clsAnalyzedGeneralData>& GeneralData() const { return general_; }
+
+  /// Analyses the full set over legs 1 to ControlCount + 1 (at least 1) and selects everybody.
+  /// Raises subscript out of range (9), changing nothing, when ControlCount is above 50.
+  void Execute();
+
+  /// Appends the first runner of that serial number to the selected set, also when he is there
+  /// already; unknown numbers are ignored.
+  void SelectItem(std::int32_t SerialNum);
+  /// Orders the selected set by result.
+  void SelectSort();
+  void SelectAll();
+  void SelectNone();
+
+ private:
+  friend class AnalyzerInternal;
+
+  std::string SafeFileName(std::string_view name) const override;
+
+  std::shared_ptr<clsCourseData> course_data_;
+  std::vector<std::shared_ptr<clsAnalyzedRunnerData>> full_;
+  std::vector<std::shared_ptr<clsAnalyzedRunnerData>> selected_;
+  std::shared_ptr<clsAnalyzedGeneralData> general_;
+  bool is_executed_ = false;
+};
+
+}  // namespace keltrun

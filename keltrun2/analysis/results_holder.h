@@ -1,0 +1,71 @@
+// A result list.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "keltrun2/analysis/data_set.h"
+
+namespace keltrun {
+
+/// The runners of one or more classes in result order, with their rank in the set.
+///
+///     auto results = root->NewResultsHolder();
+///     results->AddClass("M21A");
+///     results->CalcRank();
+///     for (int i = 1; i <= results->Count(); ++i)
+///       print(results->RankInDataSet(i), results->Item(i)->RunnerName);
+///
+/// The full set holds every runner added, the selected set those that are shown; both are in result
+/// order at any time. Ranks hold until the next adding or selecting.
+class clsResultsHolder : public DataSet {
+ public:
+  clsResultsHolder();
+  ~clsResultsHolder() override;
+
+  /// "5.2km ↑150m"; empty when the length is unknown.
+  std::string ClassInfo() const;
+
+  /// Adds a runner to both sets; one without a result is ignored. Raises object not set (91) for
+  /// null.
+  void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
+
+  /// Back to a new set; CutOffRank and RankIsAvalilable stay.
+  void Clear();
+
+  /// Size of the selected set, and the record at a position from 1 or null.
+  std::int32_t Count() const;
+  std::shared_ptr<clsLapData> Item(std::int32_t Index) const;
+
+  /// The rank at a position of the selected set; empty for a runner without a finish time, "0"
+  /// before CalcRank. Raises subscript out of range (9) outside 1 to Count.
+  std::string RankInDataSet(std::int32_t Index) const;
+
+  /// Numbers both sets (1, 2, 2, 4) and finds out whether the official ranks can be used. Does
+  /// nothing when nobody is selected.
+  void CalcRank();
+
+  /// True when at least two selected runners have an official rank.
+  bool RankIsAvalilable() const { return rank_is_available_; }
+
+  std::int32_t FullSetCount() const;
+  std::shared_ptr<clsLapData> FullSetItem(std::int32_t Index) const;
+
+  /// Adds every runner of that serial number to the selected set, also when he is there already.
+  void SelectItem(std::int32_t SerialNum);
+  void SelectAll();
+  void SelectNone();
+
+ private:
+  struct Order;
+
+  std::string SafeFileName(std::string_view name) const override;
+
+  std::unique_ptr<Order> full_;
+  std::unique_ptr<Order> selected_;
+  bool rank_is_available_ = false;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,75 @@
+#include "keltrun2/api/file_control.h"
+
+#include <utility>
+
+#include "keltrun2/api/lap_file_io.h"
+#include "keltrun2/api/progress_report.h"
+#include "keltrun2/api/site_export.h"
+#include "keltrun2/config/settings.h"
+
+namespace keltrun {
+
+bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view IndexFile,
+                                std::string_view AnalysisFile, std::string_view ResultFile,
+                                std::string_view Lap2File, std::string_view Lap1File,
+                                bool OfficialSite, bool IndexFileAddMode,
+                                std::string_view /*ActiveXFile*/,
+                                std::string_view /*ActiveXAddress*/, bool AnalysisIncludeCourse,
+                                bool ResultIncludeCourse, std::string_view /*LegDataFile*/,
+                                bool LegDataIncludeCourse, std::string_view /*ChartFile*/,
+                                bool ChartIncludeCourse, std::string_view /*ChartOption*/,
+                                std::string_view LinkStyleFile) {
+  const Busy busy;
+  if (!busy.Granted()) return false;
+  SiteOptions options;
+  options.OutputFolder = OutputFolder;
+  options.IndexFile = IndexFile;
+  options.AnalysisFile = AnalysisFile;
+  options.ResultFile = ResultFile;
+  options.Lap2File = Lap2File;
+  options.Lap1File = Lap1File;
+  options.OfficialSite = OfficialSite;
+  options.IndexFileAddMode = IndexFileAddMode;
+  options.AnalysisIncludeCourse = AnalysisIncludeCourse;
+  options.ResultIncludeCourse = ResultIncludeCourse;
+  options.WalkCourses = AnalysisIncludeCourse || ResultIncludeCourse || LegDataIncludeCourse ||
+                        ChartIncludeCourse;
+  options.LinkStyleFile = LinkStyleFile;
+  return ExportSite(options, [this] {
+    return std::make_unique<ProgressReport>(handlers_, progress_visible_);
+  });
+}
+
+bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
+                                 KrLapFileLoadModeCosnt LoadMode, std::string_view FileData) {
+  const Busy busy;
+  if (!busy.Granted()) return false;
+  return keltrun::LoadLapFile(
+      {std::string(FileName), LapFileType, LoadMode, std::string(FileData)},
+      [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+}
+
+bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
+                                 KrLapFileSaveModeCosnt SaveMode) {
+  const Busy busy;
+  if (!busy.Granted()) return false;
+  return keltrun::SaveLapFile(std::string(FileName), LapFileType, SaveMode);
+}
+
+KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {
+  if (FilterIndex == 1 || FilterIndex == 4 || FilterIndex == 5) return KR_FILETYPE_KELTRUN2;
+  if (FilterIndex == 2) return KR_FILETYPE_KELTRUN1;
+  if (FilterIndex == 3) return KR_FILETYPE_IOF_XML_20_RESULT;
+  return KR_FILETYPE_AUTODETECT;
+}
+
+std::string clsFileControl::FileSaveFilter() const { return ResourceText("RES_META_SAVE_FILTER"); }
+
+std::string clsFileControl::FileLoadFilter() const { return ResourceText("RES_META_LOAD_FILTER"); }
+
+ProgressHandle clsFileControl::OnProgress(ProgressHandler Handler) {
+  handlers_->emplace(++attached_, std::move(Handler));
+  return ProgressHandle(handlers_, attached_);
+}
+
+}  // namespace keltrun

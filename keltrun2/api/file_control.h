@@ -1,0 +1,78 @@
+// Loading, saving and publishing.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "keltrun2/api/progress.h"
+#include "keltrun2/io/lap_file_types.h"
+#include "keltrun2/model/load_mode.h"
+
+namespace keltrun {
+
+/// The file service. It works on the event of the root object created last.
+///
+/// Nothing here throws for a bad file: the result is false and the root's ErrorComment says why. What
+/// a reader added before an error stays in the model.
+class clsFileControl {
+ public:
+  clsFileControl() = default;
+  clsFileControl(const clsFileControl&) = delete;
+  clsFileControl& operator=(const clsFileControl&) = delete;
+
+  /// Whether long work shows the progress window; false at first.
+  bool ProgressVisible() const { return progress_visible_; }
+  void SetProgressVisible(bool Visible) { progress_visible_ = Visible; }
+
+  /// Publishes the event as a small web site in a folder. Names with "*" are patterns: the star
+  /// becomes the file name of each class or course. An empty name switches an output off. False only
+  /// when the user does not want the missing folder created; pages that could not be written are
+  /// listed in ErrorComment.
+  ///
+  /// Index, result and analysis pages and the copy in the native format are written; the others of
+  /// these outputs are not made yet, and asking for them has no effect.
+  bool OutputHtml(std::string_view OutputFolder, std::string_view IndexFile = "",
+                  std::string_view AnalysisFile = "", std::string_view ResultFile = "",
+                  std::string_view Lap2File = "", std::string_view Lap1File = "",
+                  bool OfficialSite = false, bool IndexFileAddMode = false,
+                  std::string_view ActiveXFile = "", std::string_view ActiveXAddress = "",
+                  bool AnalysisIncludeCourse = false, bool ResultIncludeCourse = false,
+                  std::string_view LegDataFile = "", bool LegDataIncludeCourse = false,
+                  std::string_view ChartFile = "", bool ChartIncludeCourse = false,
+                  std::string_view ChartOption = "", std::string_view LinkStyleFile = "");
+
+  /// Loads a lap file, or a lap file's text (UTF-8) given in FileData. With KR_LOADMODE_NORMAL the
+  /// model is cleared first, also when the file then fails to load. The type is detected unless
+  /// given. Runners are sorted by result afterwards. ErrorComment is emptied at the start.
+  bool LoadLapFile(std::string_view FileName,
+                   KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
+                   KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
+                   std::string_view FileData = "");
+
+  /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml" IOF
+  /// XML, everything else the native format. An existing file is replaced only by a complete new one.
+  bool SaveLapFile(std::string_view FileName,
+                   KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
+                   KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
+
+  /// The type to save in for a filter of FileSaveFilter, counted from 1;
+  /// KR_FILETYPE_AUTODETECT for anything but 1 to 5.
+  KrLapFileTypeConst FileSaveMode(double FilterIndex) const;
+
+  /// Filters for a file dialog: "description|pattern" pairs, separated by "|".
+  std::string FileSaveFilter() const;
+  std::string FileLoadFilter() const;
+
+  /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as it
+  /// goes on, 100 at its end, also when it fails. While a handler runs, another load, save or export
+  /// answers false.
+  ProgressHandle OnProgress(ProgressHandler Handler);
+
+ private:
+  bool progress_visible_ = false;
+  std::int32_t attached_ = 0;
+  std::shared_ptr<ProgressHandlers> handlers_ = std::make_shared<ProgressHandlers>();
+};
+
+}  // namespace keltrun

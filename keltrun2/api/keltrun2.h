@@ -1,0 +1,136 @@
+// The root object.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/analysis/segment_data.h"
+#include "keltrun2/api/file_control.h"
+#include "keltrun2/api/graphic_control.h"
+#include "keltrun2/api/html_control.h"
+#include "keltrun2/api/text_control.h"
+#include "keltrun2/config/config_control.h"
+#include "keltrun2/model/class_data.h"
+#include "keltrun2/model/course_data.h"
+#include "keltrun2/model/event_data.h"
+#include "keltrun2/model/meta_data.h"
+
+namespace keltrun {
+
+class EventModel;
+
+/// The fields of a class-and-course choice, read back from its text.
+struct ClassAndCourseValue {
+  std::string ValueName;        // class names joined by "/"
+  std::int32_t ClassIndex = 0;  // position of the class from 1, 0 for a course
+  std::int32_t CourseNum = 0;   // course number, 0 for a class
+  std::string FileName;         // file base names joined by "_"
+  std::int32_t RunnerCount = 0;
+};
+
+/// The one object that a host creates: the event and the services that load, analyse and publish it.
+///
+///     auto root = std::make_shared<keltrun::clsKeltrun2>();
+///     if (!root->FileControl()->LoadLapFile("event.lxm")) return fail(root->ErrorComment());
+///     auto analyzer = root->NewAnalyzer();
+///     analyzer->AddClass(1);
+///     analyzer->Execute();
+///     save(root->HtmlControl()->OutputAnalysis(analyzer));
+///
+/// One root object is in use at a time: the services, ClassAndCourseList and SortClass work on the
+/// event of the root created last. Everything runs on the host's thread.
+class clsKeltrun2 {
+ public:
+  /// Loads settings and resource texts, if this is the first root of the process, and starts with an
+  /// empty event.
+  clsKeltrun2();
+  ~clsKeltrun2();
+  clsKeltrun2(const clsKeltrun2&) = delete;
+  clsKeltrun2& operator=(const clsKeltrun2&) = delete;
+
+  /// The lap file last loaded, and its date (0 when unknown).
+  const std::string& FileName() const;
+  void SetFileName(std::string_view FileName);
+  DateTime FileDate() const;
+  void SetFileDate(DateTime FileDate);
+
+  /// Why the last load, save or export failed; lines end in CR LF. Shared by all roots.
+  std::string ErrorComment() const;
+
+  /// New, empty data sets that the host owns.
+  std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
+  std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
+
+  std::shared_ptr<clsEventData> EventData() const;
+  const std::shared_ptr<clsFileControl>& FileControl() const { return file_control_; }
+  const std::shared_ptr<clsGraphicControl>& GraphicControl() const { return graphic_control_; }
+  const std::shared_ptr<clsHtmlControl>& HtmlControl() const { return html_control_; }
+  const std::shared_ptr<clsTextControl>& TextControl() const { return text_control_; }
+  const std::shared_ptr<clsConfigControl>& ConfigControl() const { return config_control_; }
+  std::shared_ptr<clsMetaData> MetaData() const;
+
+  /// The class of that name, made when there is none. Names are compared without regard to letter
+  /// case, here and below, unless said otherwise.
+  std::shared_ptr<clsClassData> AddClass(std::string_view ClassName);
+  /// Unknown names are ignored.
+  void RemoveClass(std::string_view ClassName);
+  /// Renames the first class whose name is exactly OldName; its file base name is derived anew.
+  /// Ignored when there is none. Raises duplicate key (457) when another class has the new name.
+  void RenameClass(std::string_view OldName, std::string_view NewName);
+  /// The class of a name, or at a position from 1; null when there is none.
+  std::shared_ptr<clsClassData> ClassData(std::string_view ClassID) const;
+  std::shared_ptr<clsClassData> ClassData(std::int32_t ClassID) const;
+  std::int32_t ClassCount() const;
+  bool IsClassExists(std::string_view ClassName) const;
+
+  /// The course of that number, made when there is none.
+  std::shared_ptr<clsCourseData> AddCourse(std::int32_t CourseIndex);
+  /// Unknown numbers are ignored.
+  void RemoveCourse(std::int32_t CourseIndex);
+  /// A text is a course number, a number is a position from 1; null when there is none.
+  std::shared_ptr<clsCourseData> CourseData(std::string_view CourseID) const;
+  std::shared_ptr<clsCourseData> CourseData(std::int32_t CourseID) const;
+  std::int32_t CourseCount() const;
+  /// Removes all courses and segment sets.
+  void ClearCourse();
+  bool IsCourseExists(std::int32_t CourseIndex) const;
+
+  /// What can be analysed: each class, then each course run by at least two classes, as texts of five
+  /// fields: class index, course number, name, file name, number of runners ("1,,M21A,m21a,35").
+  std::vector<std::string> ClassAndCourseList() const;
+  /// Reads such a text back; missing fields are empty and 0.
+  ClassAndCourseValue SeparateClassAndCourseValue(std::string_view Expression) const;
+
+  /// Sorts the runners of every class by result.
+  void SortLap();
+  /// Puts the classes at the listed positions ("3,1") first; a position listed twice counts once.
+  /// Raises subscript out of range (9), changing nothing, for a position beyond the last class.
+  void SortClass(std::string_view OrderExpression);
+
+  /// The segment set at a position from 1. Raises subscript out of range (9) for others.
+  std::shared_ptr<clsSegmentData> SegmentData(std::int32_t Index) const;
+  std::int32_t SegmentCount() const;
+  /// Rebuilds the segment sets from courses and classes. Not made yet: the list stays empty.
+  void MakeSegmentSet();
+
+  /// Empties the event and starts the runner numbers again at 1.
+  void Clear();
+
+  /// "2.27 ( Build 242 )", or "2.27".
+  std::string Version(bool WithTestBuild = true) const;
+
+ private:
+  std::shared_ptr<EventModel> model_;
+  std::shared_ptr<clsFileControl> file_control_;
+  std::shared_ptr<clsGraphicControl> graphic_control_;
+  std::shared_ptr<clsHtmlControl> html_control_;
+  std::shared_ptr<clsTextControl> text_control_;
+  std::shared_ptr<clsConfigControl> config_control_;
+};
+
+}  // namespace keltrun

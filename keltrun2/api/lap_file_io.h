@@ -1,0 +1,37 @@
+// Loading and saving lap files, behind the file service.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "keltrun2/api/progress_report.h"
+#include "keltrun2/io/lap_file_types.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/load_mode.h"
+
+namespace keltrun {
+
+/// Starts the report of an operation: shows the window and raises 0 percent.
+using StartProgress = std::function<std::unique_ptr<ProgressReport>()>;
+
+/// What is to be loaded into the current model.
+struct LoadRequest {
+  std::string FileName;
+  KrLapFileTypeConst Type = KR_FILETYPE_AUTODETECT;
+  KrLapFileLoadModeCosnt Mode = KR_LOADMODE_NORMAL;
+  std::string FileData;  // in place of the file when not empty; UTF-8
+};
+
+/// True when the file was loaded; else the error text says why.
+bool LoadLapFile(LoadRequest request, const StartProgress& start_progress);
+
+/// True when the file was written; else the error text says why.
+bool SaveLapFile(const std::string& file_name, KrLapFileTypeConst type,
+                 KrLapFileSaveModeCosnt mode);
+
+/// The error text of a failure: the message of a resource key, the operation, what happened.
+std::string FailureText(std::string_view message_key, std::string_view operation,
+                        std::string_view description);
+
+}  // namespace keltrun

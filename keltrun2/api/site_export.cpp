@@ -1,0 +1,349 @@
+#include "keltrun2/api/site_export.h"
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/platform/clock.h"
+#include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/files.h"
+#include "keltrun2/report/analysis_page.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/report/index_page.h"
+#include "keltrun2/report/result_page.h"
+#include "keltrun2/text/html.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/split.h"
+#include "keltrun2/text/utf16.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
+constexpr std::string_view kCharsetName = "x-sjis";
+constexpr Charset kCharset = Charset::kShiftJis;
+constexpr std::string_view kNewWindow = " target=\"_blank\"";
+
+// A class or course of the site with the names of its pages.
+struct Entry {
+  ClassAndCourseChoice choice;
+  std::string result_name;    // "" when the page is not asked for
+  std::string analysis_name;
+
+  bool IsCourse() const { return choice.ClassIndex == 0; }
+};
+
+// Hands out file names that stay in the folder and are different even where letter case does not
+// count.
+class OutputNames {
+ public:
+  void Reserve(const std::string& name) { used_.insert(FoldCase(name)); }
+
+  // The name of an entry's page; "" for an empty pattern.
+  std::string Assign(const std::string& pattern, const std::string& file_name) {
+    if (pattern.empty()) return "";
+    std::string name = Substitute(pattern, file_name, 1);
+    for (int number = 2; !used_.insert(FoldCase(name)).second; ++number) {
+      name = Substitute(pattern, file_name, number);
+    }
+    return name;
+  }
+
+  // The name without folders, separators and control characters.
+  static std::string Safe(std::string_view name) {
+    std::string out;
+    for (const char c : name) {
+      const bool bad = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
+                       std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos;
+      out += bad ? '_' : c;
+    }
+    return out == "." || out == ".." ? "_" + out : out;
+  }
+
+ private:
+  static std::string Substitute(const std::string& pattern, const std::string& file_name,
+                                int number) {
+    constexpr std::size_t kLongestName = 100;  // file systems allow 255 bytes
+    const std::string suffix = number == 1 ? "" : "_" + std::to_string(number);
+    const std::string base(Utf16Prefix(file_name, kLongestName));
+    CclsSplit parts("*", pattern);
+    if (parts.Bound() > 0) return Safe(parts.Expression(base + suffix));
+    const std::size_t dot = std::min(pattern.rfind('.'), pattern.size());
+    return Safe(pattern.substr(0, dot) + suffix + pattern.substr(dot));
+  }
+
+  std::set<std::string> used_;
+};
+
+// Analysing turns skipped legs at the end of a record into missing ones. Publishing must leave the
+// event as it was, so the skipped legs are put back afterwards.
+class SkippedLegsKeeper {
+ public:
+  explicit SkippedLegsKeeper(const EventModel& model) {
+    for (const auto& klass : model.Classes()) {
+      for (const auto& runner : ClassDataInternal::Runners(*klass)) Remember(runner);
+    }
+  }
+  ~SkippedLegsKeeper() {
+    for (const auto& [runner, leg] : skipped_) LapDataInternal::ReplaceLap(*runner, leg, kTimeSkip);
+  }
+  SkippedLegsKeeper(const SkippedLegsKeeper&) = delete;
+  SkippedLegsKeeper& operator=(const SkippedLegsKeeper&) = delete;
+
+ private:
+  void Remember(const std::shared_ptr<clsLapData>& runner) {
+    for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*runner); ++leg) {
+      if (LapDataInternal::Lap(*runner, leg) == kTimeSkip) skipped_.emplace_back(runner, leg);
+    }
+  }
+
+  std::vector<std::pair<std::shared_ptr<clsLapData>, std::int32_t>> skipped_;
+};
+
+class SiteExport {
+ public:
+  explicit SiteExport(const SiteOptions& options)
+      : options_(options),
+        folder_(WithTrailingSeparator(options.OutputFolder)),
+        model_(CurrentModel()) {}
+
+  bool PrepareFolder();
+  void Run(ProgressReport& progress);
+
+ private:
+  void MakeEntries();
+  void MakeLapFileCopies();
+  std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
+                              std::string_view text_key);
+  void MakeNavigation();
+  void ExportEntry(const Entry& entry);
+  std::string ExportResultPage(const Entry& entry);
+  std::string ExportAnalysisPage(const Entry& entry);
+  void AddIndexRow(const Entry& entry, const std::string& links);
+  void WriteIndex();
+
+  template <typename Set>
+  void Fill(Set& set, const Entry& entry);
+  bool WritePage(const std::string& name, Charset charset);
+  bool WriteBytes(const std::string& name, std::string_view bytes);
+  void ReportFailures() const;
+
+  const SiteOptions& options_;
+  const std::string folder_;
+  const std::shared_ptr<EventModel> model_;
+  std::vector<Entry> entries_;
+  std::string index_;       // the block of the index page
+  std::string navigation_;  // above every result list
+  clsAnalyzer analyzer_;
+  clsResultsHolder results_;
+  std::string page_;   // the page in the making, its memory kept from page to page
+  std::string bytes_;  // the page in the bytes of its charset, likewise
+  std::vector<std::string> failures_;
+};
+
+// A missing folder is created only with the user's consent.
+bool SiteExport::PrepareFolder() {
+  if (FolderExists(folder_)) return true;
+  const bool yes =
+      CurrentHostWindows()->AskYesNo(ResourceText("RES_MESSAGE_CREATE_FOLDER_CONFIRM", true),
+                                     ResourceText("RES_WINDOW_FILE_EXPORT"));
+  if (!yes) {
+    SetErrorText(FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation,
+                             "the folder " + folder_ + " does not exist and was not created"));
+    return false;
+  }
+  std::string error;
+  if (!CreateFolder(folder_, error)) failures_.push_back(error);
+  return true;
+}
+
+void SiteExport::Run(ProgressReport& progress) {
+  const SkippedLegsKeeper keeper(*model_);
+  MakeEntries();
+  AppendIndexHead(index_, *model_->Event, options_.OfficialSite);
+  MakeLapFileCopies();
+  MakeNavigation();
+  std::int64_t done = 0;
+  for (const Entry& entry : entries_) {
+    ExportEntry(entry);
+    progress.Advance(++done, static_cast<std::int64_t>(entries_.size()));
+  }
+  AppendIndexFoot(index_, Now());
+  WriteIndex();
+  ReportFailures();
+}
+
+void SiteExport::MakeEntries() {
+  OutputNames names;
+  for (const std::string& fixed : {options_.IndexFile, options_.Lap1File, options_.Lap2File,
+                                   options_.LinkStyleFile}) {
+    if (!fixed.empty()) names.Reserve(OutputNames::Safe(fixed));
+  }
+  for (ClassAndCourseChoice& choice : model_->Choices()) {
+    if (choice.ClassIndex == 0 && !options_.WalkCourses) break;
+    std::string file_name = choice.FileName;
+    if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
+    entries_.push_back({std::move(choice), names.Assign(options_.ResultFile, file_name),
+                        names.Assign(options_.AnalysisFile, file_name)});
+  }
+}
+
+std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
+                                        std::string_view text_key) {
+  if (name.empty()) return "";
+  const std::string safe = OutputNames::Safe(name);
+  if (!SaveLapFile(folder_ + safe, type, KR_SAVEMODE_NORMAL)) {
+    failures_.push_back(ErrorText());
+    return "";
+  }
+  return "&nbsp;[" + IndexLink(safe, "", ResourceText(text_key)) + "]";
+}
+
+void SiteExport::MakeLapFileCopies() {
+  const std::string links =
+      MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA") +
+      MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
+  if (!links.empty()) AppendIndexLinksRow(index_, links);
+}
+
+void SiteExport::MakeNavigation() {
+  if (options_.ResultFile.empty()) return;
+  bool course_seen = false;
+  for (const Entry& entry : entries_) {
+    if (entry.IsCourse() && !options_.ResultIncludeCourse) break;
+    if (entry.IsCourse() && !std::exchange(course_seen, true)) navigation_ += "&nbsp;&nbsp;";
+    if (entry.choice.RunnerCount == 0) continue;
+    navigation_ += IndexLink(entry.result_name, "", entry.choice.ValueName) + " ";
+  }
+  navigation_ += "<hr>\r\n";
+}
+
+template <typename Set>
+void SiteExport::Fill(Set& set, const Entry& entry) {
+  set.Clear();
+  if (entry.IsCourse()) {
+    set.AddCourse(entry.choice.CourseNum);
+  } else {
+    set.AddClass(entry.choice.ClassIndex);
+  }
+}
+
+void SiteExport::ExportEntry(const Entry& entry) {
+  results_.Clear();
+  analyzer_.Clear();
+  const std::string links = ExportResultPage(entry) + ExportAnalysisPage(entry);
+  if (!links.empty()) AddIndexRow(entry, links);
+}
+
+std::string SiteExport::ExportResultPage(const Entry& entry) {
+  if (entry.result_name.empty() || (entry.IsCourse() && !options_.ResultIncludeCourse)) return "";
+  Fill(results_, entry);
+  results_.CalcRank();
+  if (results_.Count() == 0) return "";
+  page_.clear();
+  AppendResultPage(page_, results_, navigation_, options_.LinkStyleFile, kCharsetName);
+  if (!WritePage(entry.result_name, kCharset)) return "";
+  return "&nbsp;" + IndexLink(entry.result_name, kNewWindow, ResourceText("RES_META_RESULT_LIST"));
+}
+
+std::string SiteExport::ExportAnalysisPage(const Entry& entry) {
+  if (entry.analysis_name.empty()) return "";
+  Fill(analyzer_, entry);
+  analyzer_.Execute();
+  if (analyzer_.Count() == 0 || (entry.IsCourse() && !options_.AnalysisIncludeCourse)) return "";
+  page_.clear();
+  AppendAnalysisPage(page_, analyzer_, options_.LinkStyleFile, kCharsetName);
+  if (!WritePage(entry.analysis_name, kCharset)) return "";
+  return "&nbsp;" +
+         IndexLink(entry.analysis_name, kNewWindow, ResourceText("RES_META_SPLITS_ANALYSIS"));
+}
+
+// The winner is the first of the result list, or without one of the analysis.
+void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
+  const std::string class_info = analyzer_.ClassInfo();
+  std::string name;
+  std::string result;
+  if (const auto winner = results_.Item(1)) {
+    name = winner->RunnerName;
+    result = winner->Result();
+  } else if (const auto first = analyzer_.Item(1)) {
+    name = first->RunnerName();
+    result = first->Result();
+  }
+  AppendIndexRow(index_, {entry.choice.ValueName, links, class_info, name, result});
+}
+
+bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes) {
+  std::string error;
+  if (WriteFile(folder_ + name, bytes, error)) return true;
+  failures_.push_back(error);
+  return false;
+}
+
+bool SiteExport::WritePage(const std::string& name, Charset charset) {
+  bytes_.clear();
+  page_ += kCrLf;
+  bytes_.reserve(page_.size());
+  AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
+  return WriteBytes(name, bytes_);
+}
+
+void SiteExport::WriteIndex() {
+  if (options_.IndexFile.empty()) return;
+  const std::string name = OutputNames::Safe(options_.IndexFile);
+  if (!options_.IndexFileAddMode || !FileExists(folder_ + name)) {
+    page_ = IndexPage(index_, options_.LinkStyleFile, kCharsetName);
+    WritePage(name, kCharset);
+    return;
+  }
+  std::string error;
+  const std::optional<std::string> existing = ReadFile(folder_ + name, error);
+  if (!existing) {
+    failures_.push_back(error);
+    return;
+  }
+  // The block has to be in the bytes of the page that takes it in.
+  const Charset charset = CharsetFromName(DeclaredCharset(*existing)).value_or(kCharset);
+  bytes_.clear();
+  AppendEncoded(bytes_, index_, charset, MissingCharacter::kCharacterReference);
+  WriteBytes(name, InsertIndexBlock(*existing, bytes_));
+}
+
+void SiteExport::ReportFailures() const {
+  std::string list;
+  for (const std::string& failure : failures_) {
+    if (!list.empty()) list += kCrLf;
+    list += failure;
+  }
+  SetErrorText(list.empty() ? ""
+                            : FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation, list));
+}
+
+}  // namespace
+
+bool ExportSite(const SiteOptions& options, const StartProgress& start_progress) {
+  SetErrorText("");
+  SiteExport site(options);
+  if (!site.PrepareFolder()) return false;
+  try {
+    const auto progress = start_progress();
+    site.Run(*progress);
+    progress->Close();
+  } catch (const ProgressHandlerError& error) {
+    SetErrorText(FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation,
+                             "a handler of Progress ended the export"));
+    std::rethrow_exception(error.Cause);
+  }
+  return true;
+}
+
+}  // namespace keltrun

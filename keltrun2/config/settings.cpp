@@ -1,0 +1,192 @@
+#include "keltrun2/config/settings.h"
+
+#include "keltrun2/config/settings_internal.h"
+#include "keltrun2/config/startup.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/component.h"
+#include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/files.h"
+#include "keltrun2/platform/locale.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/split.h"
+
+namespace keltrun {
+namespace {
+
+constexpr char kSettingsFile[] = "Keltrun2.ini";
+constexpr std::string_view kPrintFontPrefix = "PRINT_FONT_";
+
+struct ProcessSettings {
+  Startup startup;
+  bool loaded = false;
+  Settings settings;
+};
+
+ProcessSettings& Process() {
+  static ProcessSettings process;
+  return process;
+}
+
+std::string InFolder(const std::string& folder, std::string_view file) {
+  return folder + "/" + std::string(file);
+}
+
+// The component's folder, its parent, its grandparent, then the places of an installation; the
+// component's folder when none of them holds the settings file.
+std::string FindSettingsFolder() {
+  const std::string component = ComponentFolder();
+  std::string folder = component;
+  for (int level = 0; level < 3 && !folder.empty(); ++level) {
+    if (FileExists(InFolder(folder, kSettingsFile))) return folder;
+    folder = ParentFolder(folder);
+  }
+  for (const std::string& installed : InstalledDataFolders()) {
+    if (FileExists(InFolder(installed, kSettingsFile))) return installed;
+  }
+  return component;
+}
+
+// "" when the file cannot be read: a missing file is no error.
+std::string ReadTextFile(const std::string& name) {
+  std::string error;
+  const std::optional<std::string> bytes = ReadFile(name, error);
+  return bytes ? DecodeTextFile(*bytes) : "";
+}
+
+bool IsTrue(const std::string& field) { return LowerAscii(field) == "true"; }
+
+PrintFont ParsePrintFont(std::string_view value) {
+  const CclsSplit fields(",", value);
+  return {fields.Value(0), LeadingNumber(fields.Value(1)), IsTrue(fields.Value(2)),
+          IsTrue(fields.Value(3))};
+}
+
+void StoreSetting(Settings& settings, const std::string& name, std::string_view value) {
+  if (name == "LANGUAGE") {
+    settings.Language = value;
+  } else if (name == "LOCAL_CHARSET") {
+    settings.Charset = LeadingLong(value);
+  } else if (name == "FONT_NAME") {
+    settings.FontFace = value;
+  } else if (name == "FONT_SIZE") {
+    const CclsSplit sizes(",", value);
+    settings.FontSizes = {LeadingLong(sizes.Value(0)), LeadingLong(sizes.Value(1))};
+  } else if (name.starts_with(kPrintFontPrefix)) {
+    settings.PrintFonts.emplace(name.substr(kPrintFontPrefix.size()), ParsePrintFont(value));
+  }
+}
+
+Settings Load(const Startup& startup) {
+  const std::string folder = startup.Folder ? *startup.Folder : FindSettingsFolder();
+  Settings settings = ParseSettings(ReadTextFile(InFolder(folder, kSettingsFile)));
+  settings.Folder = folder;
+  if (startup.Language) settings.Language = *startup.Language;
+  const std::string resources = "Keltrun2Res-" + settings.Language + ".txt";
+  settings.Resources = ParseResources(ReadTextFile(InFolder(folder, resources)));
+  return settings;
+}
+
+void SetCharset(Font& font, std::int32_t charset) {
+  if (charset >= 0) font.Charset = charset;
+}
+
+}  // namespace
+
+void SetStartup(const Startup& Values) {
+  if (Process().loaded) {
+    throw AutomationError(KR_ERROR_INVALID_CALL,
+                          "SetStartup: the settings are loaded already; call it before the first "
+                          "root object");
+  }
+  Process().startup = Values;
+}
+
+void RestartSettings(const Startup& values) {
+  Process() = ProcessSettings{};
+  Process().startup = values;
+}
+
+void LoadSettings() {
+  ProcessSettings& process = Process();
+  if (process.loaded) return;
+  process.loaded = true;
+  process.settings = Load(process.startup);
+  SetUserLocale(process.startup.Locale);
+}
+
+const Settings& CurrentSettings() {
+  LoadSettings();
+  return Process().settings;
+}
+
+std::string ResourceText(std::string_view Key, bool ExpandNewLines) {
+  const auto& resources = CurrentSettings().Resources;
+  const auto found = resources.find(std::string(Key));
+  if (found == resources.end()) return "";
+  if (!ExpandNewLines) return found->second;
+  return CclsSplit("\\n", found->second).Expression("\r\n");
+}
+
+bool IsJapaneseMode() {
+  return CurrentSettings().Language == "ja" && UserLocale() == kLocaleJapanese;
+}
+
+void ApplyFont(Font& Target, bool SecondSize, bool Bold, bool Italic) {
+  const Settings& settings = CurrentSettings();
+  Target.SetFace(settings.FontFace);
+  SetCharset(Target, settings.Charset);
+  Target.SetSize(settings.FontSizes[SecondSize ? 1 : 0]);
+  if (Bold) Target.Bold = true;
+  if (Italic) Target.Italic = true;
+}
+
+void ApplyFormFonts(FormFonts& Form) {
+  ApplyFont(Form.Font);
+  for (FormControl& control : Form.Controls) {
+    if (control.TypeName != "FloatButton") {
+      ApplyFont(control.Font);
+      continue;
+    }
+    for (Font* font :
+         {&control.Font1, &control.FontOnMouse1, &control.Font2, &control.FontOnMouse2}) {
+      ApplyFont(*font);
+    }
+  }
+}
+
+Font MakePrintFont(std::string_view Role) {
+  const Settings& settings = CurrentSettings();
+  Font font;
+  const auto found = settings.PrintFonts.find(UpperAscii(Role));
+  if (found == settings.PrintFonts.end()) return font;
+  font.SetFace(found->second.Face);
+  font.SetSize(found->second.Size);
+  font.Bold = found->second.Bold;
+  font.Italic = found->second.Italic;
+  SetCharset(font, settings.Charset);
+  return font;
+}
+
+Settings ParseSettings(std::string_view text) {
+  Settings settings;
+  for (const std::string_view line : SplitLines(text)) {
+    if (line.find('=') == std::string_view::npos) continue;
+    const auto [name, value] = SplitAt(TrimSpaces(line), "=", true);
+    StoreSetting(settings, UpperAscii(name), value);
+  }
+  return settings;
+}
+
+std::unordered_map<std::string, std::string> ParseResources(std::string_view text) {
+  std::unordered_map<std::string, std::string> resources;
+  for (const std::string_view line : SplitLines(text)) {
+    const std::size_t tab = line.find('\t');
+    const std::string_view key = TrimSpaces(line.substr(0, tab));
+    if (key.empty() || tab == std::string_view::npos) continue;
+    resources.emplace(key, line.substr(tab + 1));
+  }
+  return resources;
+}
+
+}  // namespace keltrun

@@ -1,0 +1,46 @@
+// The native lap file, from bytes to records.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/model/class_data.h"
+#include "keltrun2/model/course_data.h"
+#include "keltrun2/model/event_data.h"
+#include "keltrun2/model/meta_data.h"
+#include "keltrun2/platform/xml.h"
+
+namespace keltrun {
+
+/// A class element: its attributes as a class without runners, and its runners.
+struct NativeClass {
+  std::shared_ptr<clsClassData> Class;
+  std::vector<std::shared_ptr<clsLapData>> Runners;
+};
+
+/// Everything that a native lap file holds, in the order of the file.
+struct NativeLapFile {
+  std::optional<DateTime> FileDate;
+  clsEventData Event;
+  clsMetaData Meta;
+  std::vector<NativeClass> Classes;
+  std::vector<std::shared_ptr<clsCourseData>> Courses;
+};
+
+struct NativeReadResult {
+  NativeLapFile File;
+  std::optional<XmlError> Error;  // when set, File is empty
+};
+
+/// Where the document comes from: a file's bytes carry their encoding, a text is UTF-8.
+enum class NativeSource { kFileBytes, kText };
+
+/// Reads a native lap file. Unknown elements and attributes are ignored and missing ones leave the
+/// defaults. Numbers are read leniently (leading digits, else 0); control counts are kept within 0 to
+/// 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside 0 to
+/// 50 is dropped. An error means that the document is no XML or its root element is not "keltrun".
+NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind);
+
+}  // namespace keltrun

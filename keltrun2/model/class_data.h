@@ -1,0 +1,68 @@
+// A competition class.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/model/lap_data.h"
+#include "keltrun2/model/load_mode.h"
+
+namespace keltrun {
+
+/// A class: the runners who ran one course in one category. Classes are made by the root object
+/// (AddClass). 0 in a number field is unknown.
+class clsClassData {
+ public:
+  std::int32_t ControlCount = 0;  // number of controls of the course
+  std::int32_t CourseNum = 0;     // clsCourseData::CourseIndex of the course, 0 = none
+  std::int32_t Length = 0;        // metres
+  std::int32_t Climb = 0;         // metres
+  std::int32_t CutOffRank = 0;    // last rank above the border in result lists
+
+  const std::string& ClassName() const { return class_name_; }
+
+  /// "5.2km ↑150m"; empty when the length is unknown.
+  std::string ClassInfo() const;
+
+  /// Base name of the files that outputs write for the class: lower-case ASCII letters, half-width,
+  /// every character above U+00FF as "u" and four hexadecimal digits. Setting "" or "0" derives it
+  /// from the class name.
+  const std::string& FileName() const { return file_name_; }
+  void SetFileName(std::string_view FileName);
+
+  /// Adds a record, or merges it into a runner of the class as the mode says. True only when it was
+  /// added. Raises object not set (91) for null.
+  bool AddLapObject(const std::shared_ptr<clsLapData>& LapObject,
+                    KrLapFileLoadModeCosnt LapFileLoadMode = KR_LOADMODE_NORMAL);
+
+  /// Adds a new runner and returns his record.
+  std::shared_ptr<clsLapData> AddLap();
+
+  /// Removes the runner at a position from 1; others are ignored.
+  void RemoveLap(std::int32_t Index);
+  void ClearLap() { laps_.clear(); }
+
+  /// The runner at a position from 1, or null.
+  std::shared_ptr<clsLapData> LapData(std::int32_t Index) const;
+  std::int32_t LapCount() const { return static_cast<std::int32_t>(laps_.size()); }
+
+  /// Orders the runners by result: times first, then statuses by their code. Among equal results the
+  /// order is reversed.
+  void SortLap();
+
+ private:
+  friend class ClassDataInternal;
+
+  void Append(const std::shared_ptr<clsLapData>& lap);
+  // The first runner that the rule (the low bits of a load mode) takes for the same, or null.
+  std::shared_ptr<clsLapData> FindMatch(const clsLapData& lap, std::int32_t rule) const;
+
+  std::string class_name_;
+  std::string file_name_;
+  std::vector<std::shared_ptr<clsLapData>> laps_;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,181 @@
+#include "keltrun2/model/event_model.h"
+
+#include <algorithm>
+
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/model/version.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/split.h"
+
+namespace keltrun {
+namespace {
+
+std::string CourseKey(std::int32_t course_number) { return std::to_string(course_number); }
+
+std::string NumberOrEmpty(std::int32_t value) { return value == 0 ? "" : std::to_string(value); }
+
+// The choices of courses in the making: joining a course moves it to the end.
+class CourseChoices {
+ public:
+  void Join(const clsClassData& klass) {
+    const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+      return entry.choice.CourseNum == klass.CourseNum;
+    });
+    if (found == entries_.end()) {
+      entries_.push_back({{0, klass.CourseNum, klass.ClassName(), klass.FileName(),
+                           klass.LapCount()},
+                          1});
+      return;
+    }
+    found->choice.ValueName += "/" + klass.ClassName();
+    found->choice.FileName += "_" + klass.FileName();
+    found->choice.RunnerCount += klass.LapCount();
+    found->classes += 1;
+    std::rotate(found, found + 1, entries_.end());
+  }
+
+  void AppendShared(std::vector<ClassAndCourseChoice>& choices) const {
+    for (const Entry& entry : entries_) {
+      if (entry.classes >= 2) choices.push_back(entry.choice);
+    }
+  }
+
+ private:
+  struct Entry {
+    ClassAndCourseChoice choice;
+    int classes;
+  };
+  std::vector<Entry> entries_;
+};
+
+}  // namespace
+
+std::string ToString(const ClassAndCourseChoice& choice) {
+  return NumberOrEmpty(choice.ClassIndex) + "," + NumberOrEmpty(choice.CourseNum) + "," +
+         choice.ValueName + "," + choice.FileName + "," + std::to_string(choice.RunnerCount);
+}
+
+void EventModel::Clear() {
+  ResetSerialNumbers();
+  classes_.Clear();
+  courses_.Clear();
+  Segments.clear();
+  Event = std::make_shared<clsEventData>();
+  Meta = std::make_shared<clsMetaData>();
+  FileName.clear();
+  FileDate = 0;
+}
+
+std::shared_ptr<clsClassData> EventModel::ClassByName(std::string_view name) const {
+  return classes_.Find(FoldCase(name));
+}
+
+std::shared_ptr<clsClassData> EventModel::AddClass(std::string_view name) {
+  if (auto existing = ClassByName(name)) return existing;
+  auto klass = std::make_shared<clsClassData>();
+  ClassDataInternal::SetClassName(*klass, name);
+  AddClassObject(klass);
+  return klass;
+}
+
+bool EventModel::AddClassObject(const std::shared_ptr<clsClassData>& klass) {
+  return classes_.Add(FoldCase(klass->ClassName()), klass);
+}
+
+void EventModel::RemoveClass(std::string_view name) { classes_.Remove(FoldCase(name)); }
+
+void EventModel::RenameClass(std::string_view old_name, std::string_view new_name) {
+  const auto found = std::find_if(Classes().begin(), Classes().end(), [&](const auto& klass) {
+    return klass->ClassName() == old_name;
+  });
+  if (found == Classes().end()) return;
+  const std::shared_ptr<clsClassData> klass = *found;
+  const auto holder = ClassByName(new_name);
+  if (holder && holder != klass) {
+    throw AutomationError(KR_ERROR_DUPLICATE_KEY, "clsKeltrun2.RenameClass: there is a class \"" +
+                                                      holder->ClassName() + "\" already");
+  }
+  const std::string old_key = FoldCase(klass->ClassName());
+  ClassDataInternal::SetClassName(*klass, std::string(new_name));
+  classes_.Rekey(old_key, FoldCase(klass->ClassName()));
+  for (const auto& runner : ClassDataInternal::Runners(*klass)) {
+    runner->SetClassName(klass->ClassName());
+  }
+}
+
+void EventModel::SortClass(std::string_view order) {
+  std::vector<std::shared_ptr<clsClassData>> reordered;
+  std::vector<bool> placed(Classes().size(), false);
+  const auto place = [&](std::size_t index) {
+    if (placed[index]) return;
+    placed[index] = true;
+    reordered.push_back(Classes()[index]);
+  };
+  const CclsSplit fields(",", order);
+  for (std::int32_t i = 0; i <= fields.Bound(); ++i) {
+    const std::int32_t position = NumericLong(fields.Value(i));
+    if (position <= 0) continue;
+    CheckIndex(position, 1, ClassCount(), "clsKeltrun2.SortClass");
+    place(static_cast<std::size_t>(position) - 1);
+  }
+  for (std::size_t index = 0; index < placed.size(); ++index) place(index);
+  classes_.Reorder(std::move(reordered));
+}
+
+std::shared_ptr<clsCourseData> EventModel::CourseByKey(std::string_view key) const {
+  return courses_.Find(std::string(key));
+}
+
+std::shared_ptr<clsCourseData> EventModel::CourseByNumber(std::int32_t course_number) const {
+  return courses_.Find(CourseKey(course_number));
+}
+
+std::shared_ptr<clsCourseData> EventModel::AddCourse(std::int32_t course_number) {
+  if (auto existing = CourseByNumber(course_number)) return existing;
+  auto course = std::make_shared<clsCourseData>();
+  course->SetCourseIndex(course_number);
+  AddCourseObject(course);
+  return course;
+}
+
+bool EventModel::AddCourseObject(const std::shared_ptr<clsCourseData>& course) {
+  return courses_.Add(CourseKey(course->CourseIndex()), course);
+}
+
+void EventModel::RemoveCourse(std::int32_t course_number) {
+  courses_.Remove(CourseKey(course_number));
+}
+
+void EventModel::ClearCourse() {
+  courses_.Clear();
+  Segments.clear();
+}
+
+void EventModel::SortLap() {
+  for (const auto& klass : Classes()) klass->SortLap();
+}
+
+std::vector<ClassAndCourseChoice> EventModel::Choices() const {
+  std::vector<ClassAndCourseChoice> choices;
+  CourseChoices courses;
+  std::int32_t position = 0;
+  for (const auto& klass : Classes()) {
+    choices.push_back(
+        {++position, 0, klass->ClassName(), klass->FileName(), klass->LapCount()});
+    if (klass->CourseNum != 0) courses.Join(*klass);
+  }
+  courses.AppendShared(choices);
+  return choices;
+}
+
+std::string VersionText(bool with_build) {
+  std::string out = std::to_string(kVersionMajor) + ".";
+  AppendTwoDigits(out, kVersionMinor);
+  if (with_build) out += " ( Build " + std::to_string(kVersionRevision) + " )";
+  return out;
+}
+
+}  // namespace keltrun

@@ -1,0 +1,61 @@
+#include "keltrun2/model/lap_data.h"
+
+#include <cmath>
+#include <utility>
+
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsSexagesimal(char tens, char ones) { return tens >= '0' && tens <= '5' && IsDigit(ones); }
+
+// "h:mm:ss" above zero, the form in which results are stored: nothing to normalise.
+bool IsStoredTime(std::string_view text) {
+  return text.size() == 7 && IsDigit(text[0]) && text[1] == ':' &&
+         IsSexagesimal(text[2], text[3]) && text[4] == ':' && IsSexagesimal(text[5], text[6]) &&
+         text != "0:00:00";
+}
+
+}  // namespace
+
+void clsLapData::SetStartTime(std::shared_ptr<clsTimeValue> Value) {
+  start_time_ = Value ? std::move(Value) : std::make_shared<clsTimeValue>();
+}
+
+DateTime clsLapData::Lap(std::int32_t Index) {
+  CheckIndex(Index, 0, kMostLegs, "clsLapData.Lap");
+  if (Index > leg_count_) leg_count_ = Index;
+  return laps_[static_cast<std::size_t>(Index)];
+}
+
+void clsLapData::SetLap(std::int32_t Index, DateTime Time) {
+  CheckIndex(Index, 0, kMostLegs, "clsLapData.Lap");
+  if (Index > leg_count_) leg_count_ = Index;
+  laps_[static_cast<std::size_t>(Index)] = std::fabs(Time) < kLongestTime ? Time : kTimeNoData;
+}
+
+std::string clsLapData::LapToString(std::int32_t Index, std::string_view FormatExpression,
+                                    bool Compact, std::string_view NoDataValue,
+                                    std::string_view SkipValue, std::string_view DisqValue) {
+  return TimeToString(Lap(Index), FormatExpression, Compact, NoDataValue, SkipValue, DisqValue);
+}
+
+void clsLapData::SetResult(std::string_view Result) {
+  if (IsStoredTime(Result)) {
+    result_ = Result;
+    return;
+  }
+  result_ = NormalizeTimeText(ToHalfWidth(UpperAll(Result)), Digits::kElapsed);
+  constexpr DateTime kUnreadable = -1.0;
+  const DateTime value = ParseTime(result_, kUnreadable);
+  if (value == kUnreadable) return;  // a status word stays as it is
+  const bool has_fraction = result_.find('.') != std::string::npos;
+  result_ = value > 0 ? FormatTime(value, "h\\:nn\\:ss", has_fraction) : "DISQ";
+}
+
+}  // namespace keltrun

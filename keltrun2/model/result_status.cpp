@@ -1,0 +1,59 @@
+#include "keltrun2/model/result_status.h"
+
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/platform/utf8.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::int32_t kLooksLikeTime = 0;
+constexpr std::int32_t kMispunched = 50;
+constexpr std::int32_t kDidNotFinish = 90;
+constexpr std::int32_t kControlClosed = 91;
+constexpr std::int32_t kDidNotQualify = 92;
+constexpr std::int32_t kDisqualified = 93;
+constexpr std::int32_t kUnknownStatus = 98;
+constexpr std::int32_t kDidNotStart = 99;
+
+std::string NormalizeStatus(std::string_view text) {
+  if (IsJapaneseMode()) return UpperAll(TrimSpaces(ToHalfWidth(text)));
+  return UpperAscii(TrimSpaces(text));
+}
+
+// Any one character followed by "CL": over time, the control was closed.
+bool IsControlClosed(std::string_view text) {
+  if (text.empty()) return false;
+  std::size_t pos = 0;
+  NextCodePoint(text, pos);
+  return text.substr(pos) == "CL";
+}
+
+}  // namespace
+
+std::int32_t ResultStatusCode(std::string_view text) {
+  const std::string status = NormalizeStatus(text);
+  if (status.empty()) return kUnknownStatus;
+  if (status.find_first_of("':") != std::string::npos) return kLooksLikeTime;
+  if (status == "DNS") return kDidNotStart;
+  if (status.front() == 'P') return NumericLong(std::string_view(status).substr(1));
+  if (status == "MP") return kMispunched;
+  if (status == "DNF") return kDidNotFinish;
+  if (IsControlClosed(status)) return kControlClosed;
+  if (status == "DNQ") return kDidNotQualify;
+  if (status.front() == 'D') return kDisqualified;
+  return kUnknownStatus;
+}
+
+DateTime ResultSortKey(std::string_view result) {
+  constexpr DateTime kNoTime = -1.0;
+  const DateTime time = ParseTime(result, kNoTime);
+  if (time != kNoTime) return time;
+  const std::int32_t code = ResultStatusCode(result);
+  return code > 0 ? code : kUnknownStatus;
+}
+
+}  // namespace keltrun

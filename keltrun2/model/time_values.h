@@ -1,0 +1,118 @@
+// The five value classes: one value each, and the text it is shown as.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "keltrun2/text/datetime.h"
+
+namespace keltrun {
+
+/// Exact values of a lap, split or result that are markers, never times. In days, like every time.
+enum LapTimeConst : std::int32_t {
+  KR_TIME_NODATA = 0,  // no time recorded
+  KR_TIME_SKIP = -1,   // the control was skipped or not punched
+  KR_TIME_DISQ = -2,   // disqualified, or no readable time
+};
+
+/// The markers as times, to compare with.
+inline constexpr DateTime kTimeNoData = KR_TIME_NODATA;
+inline constexpr DateTime kTimeSkip = KR_TIME_SKIP;
+inline constexpr DateTime kTimeDisq = KR_TIME_DISQ;
+
+/// What stands for the markers when a text names nothing else: "－" (U+FF0D), "↓", "×".
+inline constexpr std::string_view kNoDataText = "\uFF0D";
+inline constexpr std::string_view kSkipText = "\u2193";
+inline constexpr std::string_view kDisqText = "\u00D7";
+
+/// A time: a start time, a lap, a split, a duration.
+class clsTimeValue {
+ public:
+  clsTimeValue() = default;
+  explicit clsTimeValue(DateTime value) : value_(value) {}
+
+  /// In days; 0 at first.
+  DateTime Value() const { return value_; }
+  void SetValue(DateTime Value) { value_ = Value; }
+
+  /// The marker texts for 0, -1 and -2; otherwise the time by a pattern of "hh" "h" "nn" "n" "ss"
+  /// "s", with "-" in front from one second below zero on. From a day on, total hours, minutes and
+  /// seconds whatever the pattern. Compact: "9:05", "42:00", "1:02:03". The pattern "plane" gives
+  /// minutes and seconds as digits without separator: "6203" for 1:02:03, "45" for 45 seconds.
+  std::string ToString(std::string_view FormatExpression = "hh:nn:ss", bool Compact = false,
+                       std::string_view NoDataValue = kNoDataText,
+                       std::string_view SkipValue = kSkipText,
+                       std::string_view DisqValue = kDisqText) const;
+
+ private:
+  DateTime value_ = 0;
+};
+
+/// A calendar date.
+class clsDateValue {
+ public:
+  clsDateValue() = default;
+  explicit clsDateValue(DateTime value) : value_(value) {}
+
+  /// Days since 1899-12-30; 0 at first, which stands for no date.
+  DateTime Value() const { return value_; }
+  void SetValue(DateTime Value) { value_ = Value; }
+
+  /// The date by a pattern of "yyyy" "mm" "dd"; empty for the value 0.
+  std::string ToString(std::string_view FormatExpression = "yyyy/mm/dd") const;
+
+ private:
+  DateTime value_ = 0;
+};
+
+/// The time lost on a leg or in total; negative where the runner was faster than expected.
+class clsMissTimeValue {
+ public:
+  /// In days; 0 while not set, -1 for a skipped leg.
+  DateTime Value() const { return value_ == kNotSet ? 0 : value_; }
+
+  /// As clsTimeValue, but a value of 0 is a time ("00:00:00") and only a value that was never set
+  /// shows NoDataValue. Of a day and more the pattern shows the time of day.
+  std::string ToString(std::string_view FormatExpression = "hh:nn:ss", bool Compact = false,
+                       std::string_view NoDataValue = kNoDataText,
+                       std::string_view SkipValue = kSkipText) const;
+
+ private:
+  friend class AnalysisValue;
+  static constexpr DateTime kNotSet = -10.0;
+  DateTime value_ = kNotSet;
+};
+
+/// A ratio: 1 is 100 percent.
+class clsPercentValue {
+ public:
+  /// 0 while not set and for the markers.
+  float Value() const { return value_ < 0 ? 0 : value_; }
+
+  /// The percentage by a numeric pattern ("#0", "#0.0"); NoDataValue for 0 (a real 0 percent
+  /// included), SkipValue for a skipped leg.
+  std::string ToString(std::string_view FormatExpression = "#0",
+                       std::string_view NoDataValue = kNoDataText,
+                       std::string_view SkipValue = kSkipText) const;
+
+ private:
+  friend class AnalysisValue;
+  float value_ = 0;
+};
+
+/// A rank on a leg; 0 is none.
+class clsLegRankValue {
+ public:
+  std::int32_t Value() const { return value_; }
+
+  /// The rank, or "-" for none (empty without UseHyphen); UseParentheses appends ")" to what is
+  /// shown.
+  std::string ToString(bool UseHyphen = true, bool UseParentheses = false) const;
+
+ private:
+  friend class AnalysisValue;
+  std::int32_t value_ = 0;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,172 @@
+#include "keltrun2/platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace keltrun {
+namespace {
+
+// Closes the descriptor when it goes out of scope, unless it was closed before.
+class Descriptor {
+ public:
+  explicit Descriptor(int handle) : handle_(handle) {}
+  ~Descriptor() {
+    if (handle_ >= 0) close(handle_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return handle_; }
+  bool Close() { return close(std::exchange(handle_, -1)) == 0; }
+
+ private:
+  int handle_;
+};
+
+std::string SystemError(std::string_view action, const std::string& name) {
+  return std::string(action) + " " + name + ": " + std::strerror(errno);
+}
+
+bool WriteAll(int handle, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(handle, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+bool WriteDirectly(const std::string& name, std::string_view bytes, std::string& error) {
+  Descriptor file(open(name.c_str(), O_WRONLY | O_CLOEXEC));
+  if (file.get() < 0 || !WriteAll(file.get(), bytes) || !file.Close()) {
+    error = SystemError("cannot write", name);
+    return false;
+  }
+  return true;
+}
+
+// The file that the rename has to replace: behind links, if `name` is one.
+std::string LinkTarget(const std::string& name) {
+  std::error_code code;
+  if (!std::filesystem::is_symlink(name, code)) return name;
+  const std::filesystem::path target = std::filesystem::canonical(name, code);
+  return code ? name : target.string();
+}
+
+}  // namespace
+
+std::optional<std::string> ReadFile(const std::string& name, std::string& error) {
+  Descriptor file(open(name.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat info;
+  if (file.get() < 0 || fstat(file.get(), &info) != 0) {
+    error = SystemError("cannot open", name);
+    return std::nullopt;
+  }
+  if (S_ISDIR(info.st_mode)) {
+    error = "cannot read " + name + ": it is a folder";
+    return std::nullopt;
+  }
+  std::string bytes;
+  std::size_t filled = 0;
+  std::size_t room = std::min(static_cast<std::size_t>(std::max<off_t>(info.st_size, 0)),
+                              kLargestInputFile) + 1;  // one more shows the end of the file
+  while (true) {
+    bytes.resize(filled + room);
+    const ssize_t got = read(file.get(), bytes.data() + filled, room);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      error = SystemError("cannot read", name);
+      return std::nullopt;
+    }
+    filled += static_cast<std::size_t>(got);
+    if (got == 0) break;
+    if (filled > kLargestInputFile) {
+      error = "cannot read " + name + ": it is larger than " +
+              std::to_string(kLargestInputFile >> 20) + " MiB";
+      return std::nullopt;
+    }
+    room = std::max<std::size_t>(room - static_cast<std::size_t>(got), 4096);
+  }
+  bytes.resize(filled);
+  return bytes;
+}
+
+bool WriteFile(const std::string& name, std::string_view bytes, std::string& error) {
+  struct stat info;
+  const bool exists = stat(name.c_str(), &info) == 0;
+  if (exists && S_ISDIR(info.st_mode)) {
+    error = "cannot write " + name + ": it is a folder";
+    return false;
+  }
+  if (exists && !S_ISREG(info.st_mode)) return WriteDirectly(name, bytes, error);
+
+  const std::string target = LinkTarget(name);
+  const std::string temporary = target + "." + std::to_string(getpid()) + ".tmp";
+  const mode_t mode = exists ? info.st_mode & 07777 : 0666;
+  unlink(temporary.c_str());  // left over from a process of the same number that was killed
+  Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+  if (file.get() < 0) {
+    error = SystemError("cannot write", name);
+    return false;
+  }
+  if (!WriteAll(file.get(), bytes) || !file.Close() ||
+      rename(temporary.c_str(), target.c_str()) != 0) {
+    error = SystemError("cannot write", name);
+    unlink(temporary.c_str());
+    return false;
+  }
+  return true;
+}
+
+bool FileExists(const std::string& name) {
+  std::error_code code;
+  return std::filesystem::is_regular_file(name, code);
+}
+
+bool FolderExists(const std::string& name) {
+  std::error_code code;
+  return std::filesystem::is_directory(name, code);
+}
+
+bool CreateFolder(const std::string& name, std::string& error) {
+  std::error_code code;
+  std::filesystem::create_directories(name, code);
+  if (FolderExists(name)) return true;
+  error = "cannot create the folder " + name + ": " +
+          (code ? code.message() : std::string("a file of that name is in the way"));
+  return false;
+}
+
+std::string WithTrailingSeparator(std::string_view folder) {
+  std::string out(folder.empty() ? "." : folder);
+  std::replace(out.begin(), out.end(), '\\', '/');
+  if (out.back() != '/') out += '/';
+  return out;
+}
+
+std::string_view FileNamePart(std::string_view name) {
+  const std::size_t separator = name.find_last_of("/\\");
+  return separator == std::string_view::npos ? name : name.substr(separator + 1);
+}
+
+std::string FileExtension(std::string_view name) {
+  const std::string_view part = FileNamePart(name);
+  const std::size_t dot = part.rfind('.');
+  if (dot == std::string_view::npos) return "";
+  std::string extension(part.substr(dot + 1));
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return extension;
+}
+
+}  // namespace keltrun

@@ -1,0 +1,48 @@
+// The component's few windows: progress, a choice, a yes/no question. A host may put its own in
+// their place; without one the terminal serves, and without a terminal nothing is chosen.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace keltrun {
+
+/// The progress window; open from its creation to its destruction.
+class frmProgressBar {
+ public:
+  virtual ~frmProgressBar() = default;
+  /// 0 to 100.
+  virtual void SetPercent(std::int32_t Percent) = 0;
+
+  /// Width of the full bar and of the bar at a percentage, in twips (1/1440 inch).
+  static constexpr std::int32_t kFullBarTwips = 4395;
+  static constexpr std::int32_t BarTwips(std::int32_t Percent) {
+    return Percent * kFullBarTwips / 100;
+  }
+};
+
+/// What a host implements to show the component's windows itself. Called on the host's thread.
+class HostWindows {
+ public:
+  virtual ~HostWindows() = default;
+  /// Opens the progress window at 0 percent; null is allowed and shows nothing.
+  virtual std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) = 0;
+  /// Position (from 0) of the chosen name; nullopt when nothing was chosen.
+  virtual std::optional<std::size_t> ChooseName(std::string_view Caption,
+                                                const std::vector<std::string>& Names) = 0;
+  /// True only for a clear yes.
+  virtual bool AskYesNo(std::string_view Text, std::string_view Title) = 0;
+};
+
+/// Installs the host's windows for the whole process; null puts the terminal windows back.
+void SetHostWindows(std::shared_ptr<HostWindows> Windows);
+
+/// The windows in use, never null.
+std::shared_ptr<HostWindows> CurrentHostWindows();
+
+}  // namespace keltrun

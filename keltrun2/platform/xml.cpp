@@ -1,0 +1,230 @@
+#include "keltrun2/platform/xml.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_set>
+
+#include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/utf8.h"
+
+namespace keltrun {
+namespace {
+
+constexpr int kDeepestNesting = 256;
+constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+
+// The encoding named in the XML declaration at the start of `bytes`, or "".
+std::string_view DeclaredEncoding(std::string_view bytes) {
+  if (bytes.substr(0, 5) != "<?xml") return "";
+  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
+  const std::size_t name = declaration.find("encoding");
+  if (name == std::string_view::npos) return "";
+  const std::size_t open = declaration.find_first_of("\"'", name);
+  if (open == std::string_view::npos) return "";
+  const std::size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return "";
+  return declaration.substr(open + 1, close - open - 1);
+}
+
+void DropMark(std::string_view& text) {
+  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+}
+
+// Makes `bytes` UTF-8, without the byte-order mark: as they are, or as a view of `converted`.
+std::optional<XmlError> ToUtf8(std::string_view& bytes, std::string& converted) {
+  const bool little_endian = bytes.substr(0, 2) == "\xFF\xFE";
+  const bool big_endian = bytes.substr(0, 2) == "\xFE\xFF";
+  if (little_endian || big_endian) {
+    converted = DecodeUtf16(bytes.substr(2), big_endian);
+    bytes = converted;
+    return std::nullopt;
+  }
+  DropMark(bytes);
+  const std::string_view name = DeclaredEncoding(bytes);
+  const std::optional<Charset> charset = name.empty() ? Charset::kUtf8 : CharsetFromName(name);
+  if (!charset) {
+    return XmlError{1, 1, "the encoding \"" + std::string(name) + "\" is not known"};
+  }
+  if (*charset != Charset::kUtf8) {
+    converted = Decode(bytes, *charset);
+    bytes = converted;
+  }
+  return std::nullopt;
+}
+
+bool HasDuplicate(const pugi::xml_node& element, pugi::xml_attribute& duplicate) {
+  constexpr int kFewAttributes = 16;
+  int seen = 0;
+  std::unordered_set<std::string_view> names;
+  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute(), ++seen) {
+    if (seen < kFewAttributes) {
+      for (pugi::xml_attribute b = element.first_attribute(); b != a; b = b.next_attribute()) {
+        if (std::strcmp(a.name(), b.name()) == 0) return duplicate = a, true;
+      }
+      continue;
+    }
+    if (seen == kFewAttributes) {  // from here on a set, so that the work stays linear
+      for (pugi::xml_attribute b = element.first_attribute(); b != a; b = b.next_attribute()) {
+        names.insert(b.name());
+      }
+    }
+    if (!names.insert(a.name()).second) return duplicate = a, true;
+  }
+  return false;
+}
+
+struct StringWriter : pugi::xml_writer {
+  explicit StringWriter(std::string& target) : out(target) {}
+  void write(const void* data, std::size_t size) override {
+    out.append(static_cast<const char*>(data), size);
+  }
+  std::string& out;
+};
+
+bool AllowedCharacter(char32_t c) {
+  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+  return c != 0xFFFE && c != 0xFFFF;
+}
+
+}  // namespace
+
+std::string ToString(const XmlError& error) {
+  if (error.Line == 0) return error.Detail;
+  return "line " + std::to_string(error.Line) + ", column " + std::to_string(error.Column) + ": " +
+         error.Detail;
+}
+
+std::optional<XmlError> XmlDocument::LoadBytes(std::string_view bytes) {
+  std::string converted;
+  if (std::optional<XmlError> error = ToUtf8(bytes, converted)) return error;
+  source_ = bytes;
+  return Parse();
+}
+
+std::optional<XmlError> XmlDocument::LoadText(std::string_view text) {
+  source_ = text;
+  DropMark(source_);
+  return Parse();
+}
+
+std::optional<XmlError> XmlDocument::Parse() {
+  document_.reset();
+  const std::size_t invalid = FindInvalidUtf8(source_);
+  if (invalid != std::string::npos) return ErrorAt(invalid, "a byte that is not valid UTF-8");
+  const std::size_t nul = source_.find('\0');
+  if (nul != std::string::npos) return ErrorAt(nul, "a NUL character");
+  if (source_.find_first_not_of(" \t\r\n") == std::string::npos) {
+    return XmlError{1, 1, "the file is empty"};
+  }
+  buffer_ = source_;
+  // Read as a fragment, so that text beside the root is kept and can be refused.
+  const unsigned flags = pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment;
+  const pugi::xml_parse_result result = document_.load_buffer_inplace(
+      buffer_.data(), buffer_.size(), flags, pugi::encoding_utf8);
+  std::optional<XmlError> error;
+  if (!result) {
+    error = ErrorAt(static_cast<std::size_t>(result.offset), result.description());
+  } else {
+    error = CheckTopLevel();
+    if (!error) error = CheckElements();
+  }
+  if (error) document_.reset();
+  return error;
+}
+
+std::optional<XmlError> XmlDocument::CheckTopLevel() const {
+  bool root_seen = false;
+  for (const pugi::xml_node& node : document_.children()) {
+    switch (node.type()) {
+      case pugi::node_element:
+        if (root_seen) return ErrorAt(node, "a second root element");
+        root_seen = true;
+        break;
+      case pugi::node_doctype:
+        if (std::strchr(node.value(), '[') != nullptr) {
+          return XmlError{0, 0, "a document type with declarations of its own is not accepted"};
+        }
+        break;
+      case pugi::node_pcdata:
+      case pugi::node_cdata:
+        return ErrorAt(node, "text outside the root element");
+      default:
+        break;
+    }
+  }
+  if (!root_seen) return XmlError{0, 0, "there is no root element"};
+  return std::nullopt;
+}
+
+// Walks without recursion: the nesting is not known to be shallow yet.
+std::optional<XmlError> XmlDocument::CheckElements() const {
+  const pugi::xml_node root = document_.document_element();
+  pugi::xml_node node = root;
+  int depth = 1;
+  while (true) {
+    if (node.type() == pugi::node_element) {
+      if (depth > kDeepestNesting) {
+        return ErrorAt(node, "elements nested deeper than " + std::to_string(kDeepestNesting));
+      }
+      pugi::xml_attribute duplicate;
+      if (HasDuplicate(node, duplicate)) {
+        return ErrorAt(node, "the attribute \"" + std::string(duplicate.name()) + "\" twice in <" +
+                                 std::string(node.name()) + ">");
+      }
+    }
+    if (const pugi::xml_node child = node.first_child()) {
+      node = child;
+      ++depth;
+      continue;
+    }
+    while (node != root && !node.next_sibling()) {
+      node = node.parent();
+      --depth;
+    }
+    if (node == root) return std::nullopt;
+    node = node.next_sibling();
+  }
+}
+
+XmlError XmlDocument::ErrorAt(std::size_t offset, std::string detail) const {
+  XmlError error{1, 1, std::move(detail)};
+  const std::string_view text = source_;
+  for (std::size_t pos = 0; pos < std::min(offset, text.size());) {
+    const char32_t c = NextCodePoint(text, pos);
+    const bool line_break = c == '\n' || (c == '\r' && text.substr(pos, 1) != "\n");
+    error.Line += line_break ? 1 : 0;
+    error.Column = line_break ? 1 : error.Column + 1;
+  }
+  return error;
+}
+
+XmlError XmlDocument::ErrorAt(pugi::xml_node node, std::string detail) const {
+  const std::ptrdiff_t offset = node.offset_debug();
+  if (offset < 0) return XmlError{0, 0, std::move(detail)};
+  return ErrorAt(static_cast<std::size_t>(offset), std::move(detail));
+}
+
+std::string_view LocalName(const pugi::xml_node& node) {
+  const std::string_view name = node.name();
+  const std::size_t colon = name.rfind(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+std::string WriteXml(const pugi::xml_document& document) {
+  std::string out = kDeclaration;
+  StringWriter writer(out);
+  document.document_element().print(writer, "", pugi::format_raw, pugi::encoding_utf8);
+  return out += "\r\n";
+}
+
+std::string AllowedInXml(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t pos = 0; pos < text.size();) {
+    const char32_t c = NextCodePoint(text, pos);
+    if (AllowedCharacter(c)) AppendUtf8(out, c);
+  }
+  return out;
+}
+
+}  // namespace keltrun

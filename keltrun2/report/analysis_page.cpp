@@ -1,0 +1,394 @@
+#include "keltrun2/report/analysis_page.h"
+
+#include <array>
+
+#include "keltrun2/analysis/analyzed_runner_data_internal.h"
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/config/leg_labels.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/time_values_internal.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/text/html.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/utf16.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+using Runner = clsAnalyzedRunnerData;
+using Figures = AnalyzedRunnerInternal;
+
+constexpr std::string_view kTimePattern = "hh:nn:ss";
+constexpr MarkerTexts kMarkers = {kNoDataText, kSkipText, kDisqText};
+
+// The label column is repeated before every block of this many runners.
+constexpr std::size_t kRunnersPerBlock = 10;
+
+constexpr std::int32_t kMarkedRanks = 6;  // ranks with a CSS class of their own
+
+// The opening tags of a time cell and a rank cell for each marked rank, and at 0 for all others.
+struct CellPair {
+  std::array<std::string, kMarkedRanks + 1> time, rank;
+
+  CellPair(std::string_view time_class, std::string_view rank_class) {
+    for (std::int32_t r = 0; r <= kMarkedRanks; ++r) {
+      const auto index = static_cast<std::size_t>(r);
+      time[index] = Open(r, time_class);
+      rank[index] = Open(r, rank_class);
+    }
+  }
+
+  static std::string Open(std::int32_t rank, std::string_view css_class) {
+    const std::string number = rank == 0 ? "" : std::to_string(rank);
+    return "<td" + std::string(RankBgColor(rank)) + " class=\"" + std::string(css_class) + number +
+           "\">";
+  }
+};
+
+// A section of one row for each leg.
+struct LegSection {
+  std::string_view title;
+  std::string_view title_attribute;
+  std::string_view row_opening;
+  std::string_view label_opening;
+};
+
+constexpr LegSection kLapSection = {"◆ ラップタイム", " class=\"lh\"",
+                                    "<tr align=\"right\" nowrap>",
+                                    "<td bgcolor=\"#dddd77\" class=\"ll\">"};
+constexpr LegSection kSplitSection = {"◆ 積算タイム", " class=\"eh\"", "<tr align=\"right\">",
+                                      "<td bgcolor=\"#bbdd99\" nowrap class=\"el\">"};
+constexpr LegSection kRelativeSection = {"◆ ラップ上位３人に対する相対値(%)", " class=\"rh\"",
+                                         "<tr align=\"right\">",
+                                         "<td bgcolor=\"#dddd77\" nowrap class=\"rl\">"};
+constexpr LegSection kMissTimeSection = {"◆ ミスタイム", " class=\"mh\"",
+                                         "<tr align=\"right\" nowrap>",
+                                         "<td bgcolor=\"#bbdd99\" class=\"ml\">"};
+
+// A section of one row of values.
+struct ValueSection {
+  std::string_view title;
+  std::string_view title_attribute;
+  std::string_view label_cell;
+  std::string_view value_opening;
+  void (*append_value)(std::string& out, const Runner& runner);
+};
+
+void AppendCruiseSpeed(std::string& out, const Runner& runner) {
+  out += runner.CruiseSpeed()->ToString("#0.0");
+}
+void AppendMissRate(std::string& out, const Runner& runner) {
+  out += runner.MissRate()->ToString("#0.0");
+}
+void AppendTimeWithoutMiss(std::string& out, const Runner& runner) {
+  AppendTime(out, runner.TotalTimeWithoutMiss()->Value(), kTimePattern, true, kMarkers);
+}
+
+constexpr ValueSection kCruiseSection = {
+    "◆ 巡行速度(%)", " class=\"ch\"", "<td bgcolor=\"#bbccdd\" class=\"cl\">&nbsp;</td>",
+    "<td colspan=\"2\" class=\"cv\">", AppendCruiseSpeed};
+constexpr ValueSection kMissRateSection = {
+    "◆ ミス率(%)", " class=\"sh\"", "<td bgcolor=\"#bbccdd\" class=\"sl\">&nbsp;</td>",
+    "<td colspan=\"2\" class=\"sv\">", AppendMissRate};
+constexpr ValueSection kNoMissSection = {
+    "◆ ミスを除いたタイム", " class=\"wh\"", "<td bgcolor=\"#bbccdd\" class=\"wl\">&nbsp;</td>",
+    "<td colspan=\"2\" class=\"wv\">", AppendTimeWithoutMiss};
+
+// A name in pieces of ten characters, two breaks at the most, so that columns stay narrow.
+void AppendInTens(std::string& out, std::string_view text) {
+  constexpr std::size_t kPiece = 10;
+  for (int breaks = 0; breaks < 2; ++breaks) {
+    const std::string_view piece = Utf16Prefix(text, kPiece);
+    if (piece.size() == text.size()) break;
+    AppendEscaped(out, piece);
+    out += "<br>";
+    text.remove_prefix(piece.size());
+  }
+  AppendEscaped(out, text);
+}
+
+class AnalysisPage {
+ public:
+  AnalysisPage(std::string& out, const clsAnalyzer& analyzer)
+      : out_(out),
+        analyzer_(analyzer),
+        runners_(AnalyzerInternal::Selected(analyzer)),
+        legs_(AnalyzerInternal::LegCount(analyzer)) {}
+
+  void MakeTable() {
+    ReserveForTable();
+    out_ += "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"lap\">";
+    out_ += kCrLf;
+    MakePageTitleRow();
+    MakeNameRow();
+    MakeClubRow();
+    MakeResultRankRows();
+    MakeLapSection();
+    MakeSplitSection();
+    MakeNameRow();
+    MakeValueSection(kCruiseSection);
+    MakeValueSection(kMissRateSection);
+    MakeNameRow();
+    MakeRelativeSection();
+    MakeMissTimeSection();
+    MakeValueSection(kNoMissSection);
+    MakeNameRow();
+    MakeClubRow();
+    MakeResultRankRows();
+    out_ += "</table>";
+  }
+
+ private:
+  // One growth of the page string instead of many: fresh memory is what a page costs most.
+  void ReserveForTable() {
+    constexpr std::size_t kBytesPerRunner = 1300;
+    constexpr std::size_t kBytesPerLeg = 240;
+    const std::size_t per_runner = kBytesPerRunner + kBytesPerLeg * static_cast<std::size_t>(legs_);
+    out_.reserve(out_.size() + runners_.size() * per_runner + 4096);
+  }
+
+  std::int32_t ColumnCount() const {
+    const auto count = static_cast<std::int32_t>(runners_.size());
+    return (count - 1) / static_cast<std::int32_t>(kRunnersPerBlock) + 2 * count + 1;
+  }
+
+  // A row: its opening, per runner what `cells` appends, and the label cell before each block.
+  template <typename Cells>
+  void MakeRow(std::string_view opening, std::string_view label_cell, Cells cells) {
+    out_.append(opening).append(kCrLf);
+    for (std::size_t i = 0; i < runners_.size(); ++i) {
+      if (i % kRunnersPerBlock == 0) out_.append(label_cell).append(kCrLf);
+      cells(*runners_[i]);
+    }
+    out_ += "</tr>\r\n";
+  }
+
+  // A row of one cell for each runner.
+  template <typename Value>
+  void MakeValueRow(std::string_view opening, std::string_view label_cell,
+                    std::string_view value_opening, Value append_value) {
+    MakeRow(opening, label_cell, [&](const Runner& runner) {
+      out_ += value_opening;
+      append_value(runner);
+      CloseCell();
+    });
+  }
+
+  void CloseCell() { out_ += "</td>\r\n"; }
+
+  void MakeSectionTitle(std::string_view title, std::string_view attribute) {
+    MakeTitleRow(out_, title, ColumnCount(), kSectionTitleColor, "", attribute);
+  }
+
+  void MakePageTitleRow() {
+    std::string title = CurrentModel()->Event->ToString();
+    const std::string info = analyzer_.ClassInfo();
+    if (!info.empty()) title += " - " + info;
+    const std::string text = "&nbsp;<font color=\"#ffffff\" size=\"+1\"><b>" +
+                             EscapeHtml(TitleName(analyzer_.DataSetName())) +
+                             "</b></font><font color=\"#ffffff\"> - " + EscapeHtml(title) +
+                             "</font>";
+    // The attribute ends in two quotes; programs that read these pages know it so.
+    MakeTitleRow(out_, text, ColumnCount(), kPageTitleColor, "", " class=\"lap-title\"\"");
+  }
+
+  void MakeNameRow() {
+    MakeValueRow("<tr bgcolor=\"#bbddff\">", "<td class=\"nl\" bgcolor=\"#99bbdd\">氏名</td>",
+                 "<td colspan=\"2\" class=\"nv\">", [this](const Runner& runner) {
+                   AppendInTens(out_, NormalizeName(runner.RunnerName()));
+                 });
+  }
+
+  void MakeClubRow() {
+    MakeValueRow("<tr bgcolor=\"#bbddff\">", "<td class=\"zl\" bgcolor=\"#99bbdd\">所属</td>",
+                 "<td colspan=\"2\" class=\"zv\">", [this](const Runner& runner) {
+                   const std::string club = NormalizeName(runner.ClubName());
+                   if (club.empty()) out_ += "&nbsp;";
+                   AppendInTens(out_, club);
+                 });
+  }
+
+  void MakeResultRankRows() {
+    constexpr std::size_t kResultColumns = 10;
+    constexpr std::string_view kOpening = "<tr align=\"right\" bgcolor=\"#ddeeff\">";
+    MakeValueRow(kOpening, "<td align=\"left\" class=\"kl\" bgcolor=\"#bbccdd\">記録</td>",
+                 "<td colspan=\"2\" nowrap class=\"kv\">", [this](const Runner& runner) {
+                   AppendEscapedNoBreak(out_,
+                                        PadByWidth(runner.Result(), kResultColumns, true, true));
+                 });
+    MakeValueRow(kOpening, "<td align=\"left\" class=\"jl\" bgcolor=\"#bbccdd\">順位</td>",
+                 "<td colspan=\"2\" class=\"jv\">",
+                 [this](const Runner& runner) { AppendRankText(runner); });
+  }
+
+  void AppendRankText(const Runner& runner) {
+    if (analyzer_.DataSetIsMix) {
+      AppendEscaped(out_, runner.OtherData()->ClassName());
+      out_ += ' ';
+    } else if (runner.Rank().empty()) {
+      out_ += "&nbsp;";
+    }
+    AppendEscaped(out_, runner.Rank());
+  }
+
+  std::string LegLabelCell(const LegSection& section, std::int32_t leg, bool with_controls) const {
+    const std::int32_t controls = legs_ - 1;
+    const auto& course = analyzer_.CourseData();
+    const std::string label =
+        with_controls && course
+            ? LegLabelWithControls(controls, true, leg, course->ControlNum(leg - 1),
+                                   course->ControlNum(leg))
+            : LegLabel(controls, true, leg);
+    return std::string(section.label_opening) + EscapeHtml(label) + "</td>";
+  }
+
+  // The title and one row for each leg; `cells` appends a runner's cells for the leg.
+  template <typename Cells>
+  void MakeLegRows(const LegSection& section, bool with_controls, Cells cells) {
+    MakeSectionTitle(section.title, section.title_attribute);
+    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+      MakeRow(section.row_opening, LegLabelCell(section, leg, with_controls),
+              [&](const Runner& runner) { cells(runner, leg); });
+    }
+  }
+
+  static DateTime Lap(const Runner& runner, std::int32_t leg) {
+    return LapDataInternal::Lap(*runner.OtherData(), leg);
+  }
+
+  void AppendCompact(DateTime time) { AppendTime(out_, time, kTimePattern, true, kMarkers); }
+
+  void AppendPair(const CellPair& openings, std::int32_t rank, DateTime time) {
+    const auto marked =
+        static_cast<std::size_t>(rank >= 1 && rank <= kMarkedRanks ? rank : 0);
+    out_ += openings.time[marked];
+    AppendCompact(time);
+    out_.append("</td>").append(openings.rank[marked]);
+    AppendRank(out_, rank, true, false);
+    CloseCell();
+  }
+
+  // The cell of a run of legs that only has a combined time.
+  void AppendRowSpan(const Figures::LegFigures& figures) {
+    out_.append(" rowspan=\"")
+        .append(std::to_string(figures.range_to - figures.range_from + 1))
+        .append("\"");
+  }
+
+  void MakeLapSection() {
+    const CellPair openings("lt", "lr");
+    MakeLegRows(kLapSection, true, [&](const Runner& runner, std::int32_t leg) {
+      const auto& figures = Figures::Leg(runner, leg);
+      if (figures.valid_lap) {
+        AppendPair(openings, figures.lap_rank, Lap(runner, leg));
+      } else if (figures.range_from == 0) {
+        out_ += "<td class=\"lt\">";
+        AppendCompact(Lap(runner, leg));
+        out_ += "</td><td class=\"lr\">-";
+        CloseCell();
+      } else if (figures.range_from == leg) {
+        out_ += "<td";
+        AppendRowSpan(figures);
+        out_ += " class=\"lt\">";
+        AppendCompact(Lap(runner, figures.range_to));
+        out_ += "</td><td";
+        AppendRowSpan(figures);
+        out_ += " class=\"lr\">-";
+        CloseCell();
+      }
+    });
+  }
+
+  void MakeSplitSection() {
+    const CellPair openings("et", "er");
+    MakeLegRows(kSplitSection, false, [&](const Runner& runner, std::int32_t leg) {
+      const auto& figures = Figures::Leg(runner, leg);
+      AppendPair(openings, figures.modified_split_rank, figures.split_time);
+    });
+  }
+
+  // One cell for each runner and leg; a range has one cell with the value of its last leg.
+  template <typename Value>
+  void MakeSpannedRows(const LegSection& section, std::string_view class_attribute,
+                       Value append_value) {
+    MakeLegRows(section, false, [&](const Runner& runner, std::int32_t leg) {
+      const auto& figures = Figures::Leg(runner, leg);
+      const bool single = figures.valid_lap || figures.range_from == 0;
+      if (!single && figures.range_from != leg) return;  // covered by the cell above
+      out_ += "<td colspan=\"2\"";
+      if (!single) AppendRowSpan(figures);
+      out_ += class_attribute;
+      append_value(runner, single ? leg : figures.range_to);
+      CloseCell();
+    });
+  }
+
+  template <typename Value>
+  void MakeTotalRow(std::string_view label_cell, std::string_view value_opening,
+                    Value append_value) {
+    MakeValueRow("<tr align=\"right\" bgcolor=\"#eeeeee\">", label_cell, value_opening,
+                 append_value);
+  }
+
+  void MakeRelativeSection() {
+    MakeSpannedRows(kRelativeSection, " class=\"rv\">",
+                    [this](const Runner& runner, std::int32_t leg) {
+                      AppendPercent(Figures::Leg(runner, leg).lap_relative);
+                    });
+    MakeTotalRow("<td bgcolor=\"#cccccc\" class=\"ral\">合計</td>",
+                 "<td colspan=\"2\" class=\"rav\">",
+                 [this](const Runner& runner) { AppendPercent(*runner.TotalTimeRelative()); });
+  }
+
+  void MakeMissTimeSection() {
+    MakeSpannedRows(kMissTimeSection, " class=\"mv\">",
+                    [this](const Runner& runner, std::int32_t leg) {
+                      AppendMissTime(Figures::Leg(runner, leg).miss_time);
+                    });
+    MakeTotalRow("<td bgcolor=\"#cccccc\" class=\"mtl\">合計</td>",
+                 "<td colspan=\"2\" class=\"mtv\">",
+                 [this](const Runner& runner) { AppendMissTime(*runner.MissTimeTotal()); });
+  }
+
+  void MakeValueSection(const ValueSection& section) {
+    MakeSectionTitle(section.title, section.title_attribute);
+    MakeValueRow("<tr align=\"right\">", section.label_cell, section.value_opening,
+                 [&](const Runner& runner) { section.append_value(out_, runner); });
+  }
+
+  void AppendPercent(const clsPercentValue& value) { out_ += value.ToString(); }
+
+  void AppendMissTime(const clsMissTimeValue& value) {
+    out_ += value.ToString(kTimePattern, true);
+  }
+
+  std::string& out_;
+  const clsAnalyzer& analyzer_;
+  const AnalyzerInternal::Runners& runners_;
+  const std::int32_t legs_;
+};
+
+}  // namespace
+
+void AppendAnalysisPage(std::string& out, const clsAnalyzer& analyzer,
+                        std::string_view link_style_file, std::string_view charset) {
+  out += "<html>\r\n";
+  MakeHead(out, {.UseStyle = true,
+                 .TdStyle = kTableFontStyle,
+                 .LinkStyleFile = link_style_file,
+                 .Charset = charset});
+  out += "<body>\r\n";
+  if (analyzer.Count() == 0) {
+    MakeNoRunnersMessage(out);
+  } else {
+    AnalysisPage(out, analyzer).MakeTable();
+  }
+  MakeFooter(out);
+  out += "</body></html>";
+}
+
+}  // namespace keltrun

@@ -1,0 +1,90 @@
+#include "keltrun2/report/html_parts.h"
+
+#include <array>
+#include <charconv>
+
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+void AppendHexColor(std::string& out, std::uint32_t color) {
+  std::array<char, 8> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), color, 16);
+  out += UpperAscii(std::string_view(digits.data(), end.ptr));
+}
+
+void AppendAttribute(std::string& out, std::string_view attribute) {
+  if (!attribute.empty()) out.append(" ").append(attribute);
+}
+
+void MakeStyleBlock(std::string& out, std::string_view td_style, std::string_view extra_style) {
+  out.append("<style type=\"text/css\">\r\n<!--\r\n");
+  out.append("table { border-width: 0px 0px 1px 1px ; border-color: black }\r\n");
+  out.append("td { ").append(td_style);
+  out.append("border-width: 1px 1px 0px 0px ; border-color: black }\r\n");
+  if (!extra_style.empty()) out.append(extra_style).append(kCrLf);
+  out.append("-->\r\n</style>\r\n");
+}
+
+}  // namespace
+
+void MakeHead(std::string& out, const HeadOptions& options) {
+  out.append("<head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=");
+  out.append(options.Charset).append("\">\r\n");
+  out.append("<meta name=\"generator\" content=\"Keltrun Ver.");
+  out.append(VersionText(false)).append("\">\r\n");
+  if (options.UseStyle) MakeStyleBlock(out, options.TdStyle, options.ExtraStyle);
+  if (!options.LinkStyleFile.empty()) {
+    out.append("<link rel=\"stylesheet\" type=\"text/css\" href=\"");
+    out.append(options.LinkStyleFile).append("\">\r\n");
+  }
+  out.append("</head>");
+}
+
+void MakeTitleRow(std::string& out, std::string_view Text, std::int32_t ColSpan,
+                  std::uint32_t BackColor, std::string_view TrAttr, std::string_view TdAttr) {
+  out.append("<tr");
+  if (BackColor != kNoColor) {
+    out.append(" bgcolor=\"#");
+    AppendHexColor(out, BackColor);
+    out.append("\"");
+  }
+  AppendAttribute(out, TrAttr);
+  out.append("><td colspan=\"").append(std::to_string(ColSpan)).append("\"");
+  AppendAttribute(out, TdAttr);
+  out.append(">").append(Text).append("</td></tr>");
+}
+
+std::string_view RankBgColor(std::int32_t rank) {
+  switch (rank) {
+    case 1:
+      return " bgcolor=\"#ffccdc\"";
+    case 2:
+      return " bgcolor=\"#ffdde8\"";
+    case 3:
+      return " bgcolor=\"#ffeef4\"";
+    default:
+      return "";
+  }
+}
+
+void MakeFooter(std::string& out) {
+  out.append("<br><a href=\"").append(kMakerAddress);
+  out.append("\">Made with ケルトラン２ (Ver.").append(VersionText(false)).append(")</a>\r\n");
+}
+
+void MakeNoRunnersMessage(std::string& out) {
+  if (CurrentModel()->ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
+  out.append("解析できません。<br>\r\n");
+}
+
+std::string TitleName(std::string_view name) {
+  return IsJapaneseMode() ? ToFullWidth(name) : std::string(name);
+}
+
+}  // namespace keltrun

@@ -1,0 +1,52 @@
+// The pieces that all HTML pages are made of. Every builder appends to `out`.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace keltrun {
+
+inline constexpr std::string_view kCrLf = "\r\n";
+
+/// Where the footers' link leads: the maker's page.
+inline constexpr std::string_view kMakerAddress = "https://keltrun.example/";
+
+/// Title row colours, written as six hexadecimal digits.
+inline constexpr std::uint32_t kPageTitleColor = 0x3030A0;
+inline constexpr std::uint32_t kSectionTitleColor = 0xFFDD99;
+inline constexpr std::uint32_t kNoColor = 0xFFFFFF;
+
+/// The fixed-pitch Japanese font of table cells, as a CSS declaration.
+inline constexpr std::string_view kTableFontStyle =
+    "font-family: 'ＭＳ ゴシック'; font-size: 10pt;";
+
+struct HeadOptions {
+  bool UseStyle = false;                // write the inline style block
+  std::string_view TdStyle = {};        // declarations for table cells
+  std::string_view ExtraStyle = {};     // further rules
+  std::string_view LinkStyleFile = {};  // address of a style sheet, the host's own HTML
+  std::string_view Charset = {};
+};
+
+/// The head element.
+void MakeHead(std::string& out, const HeadOptions& options);
+
+/// A row of one cell across `ColSpan` columns; `Text` is HTML. The attribute texts get one blank in
+/// front when they are not empty.
+void MakeTitleRow(std::string& out, std::string_view Text, std::int32_t ColSpan,
+                  std::uint32_t BackColor, std::string_view TrAttr, std::string_view TdAttr);
+
+/// The background attribute of ranks 1 to 3, "" for others.
+std::string_view RankBgColor(std::int32_t rank);
+
+/// The line that names the maker, with its address.
+void MakeFooter(std::string& out);
+
+/// What an analysis page shows in place of its table when nobody is in the data set.
+void MakeNoRunnersMessage(std::string& out);
+
+/// A data-set name as titles show it: in Japanese mode full-width. Not yet escaped.
+std::string TitleName(std::string_view name);
+
+}  // namespace keltrun

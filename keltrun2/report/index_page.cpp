@@ -1,0 +1,150 @@
+#include "keltrun2/report/index_page.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "keltrun2/config/settings.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/text/html.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/split.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+bool IsWebAddress(std::string_view site) {
+  const std::string lower = LowerAscii(site.substr(0, 8));
+  return lower.starts_with("http://") || lower.starts_with("https://");
+}
+
+// Only a web address becomes a link: anything else could run as a script when it is clicked.
+void AppendOfficialSite(std::string& out, const std::string& site) {
+  out += "&nbsp;";
+  if (!IsWebAddress(site)) {
+    AppendEscaped(out, site);
+    return;
+  }
+  out += "<a href=\"";
+  AppendEscaped(out, site);
+  out += "\" target=\"_blank\">";
+  AppendEscaped(out, ResourceText("RES_META_WEBSITE"));
+  out += "</a>";
+}
+
+std::string EventInformation(const clsEventData& event, bool official_site) {
+  std::string out;
+  if (event.EventDate()->Value() != 0) {
+    AppendEscaped(out, event.EventDate()->ToString(ResourceText("RES_META_DATE_FORMAT")));
+    out += "&nbsp;";
+  }
+  if (!event.Terrain.empty()) {
+    out += "&nbsp;[";
+    AppendEscaped(out, event.Terrain);
+    out += "]";
+  }
+  if (official_site && !event.OfficialSite.empty()) AppendOfficialSite(out, event.OfficialSite);
+  return out;
+}
+
+// Short class names are shown full-width in Japanese mode, long ones would need too much room.
+std::string RowName(std::string_view name) {
+  constexpr std::size_t kWidestFullWidthName = 10;
+  return DisplayWidth(name) <= kWidestFullWidthName ? TitleName(name) : std::string(name);
+}
+
+}  // namespace
+
+void AppendIndexHead(std::string& out, const clsEventData& event, bool official_site) {
+  out.append(kCrLf).append(kIndexStart).append(kCrLf);
+  out += "<table cellpadding=\"2\" cellspacing=\"0\" border=\"1\" width=\"650\" class=\"top\">\r\n";
+  out += "<tr><td nowrap colspan=\"4\" bgcolor=\"#c04040\" class=\"t-event-name\">"
+         "<font size=\"+1\" color=\"white\"><b>&nbsp;";
+  AppendEscaped(out, event.EventName);
+  out += "&nbsp;</b></font></td></tr>\r\n";
+  const std::string information = EventInformation(event, official_site);
+  if (information.empty()) return;
+  out += "<tr><td nowrap colspan=\"4\" bgcolor=\"#ffdddd\" class=\"t-event-info\">";
+  out += information;
+  out += "</td></tr>\r\n";
+}
+
+std::string IndexLink(std::string_view file_name, std::string_view attributes,
+                      std::string_view text) {
+  return "<a href=\"" + PercentEncode(file_name) + "\"" + std::string(attributes) + ">" +
+         EscapeHtml(text) + "</a>";
+}
+
+void AppendIndexLinksRow(std::string& out, std::string_view links) {
+  out += "<tr><td nowrap colspan=\"4\" bgcolor=\"#f0f0f0\" align=\"right\" class=\"t-link\">\r\n";
+  out.append(links).append("\r\n</td></tr>\r\n");
+}
+
+void AppendIndexRow(std::string& out, const IndexRow& row) {
+  constexpr std::size_t kNameColumns = 6;
+  constexpr std::size_t kResultColumns = 8;
+  out += "<tr><td nowrap bgcolor=\"#405080\" width=\"125\" class=\"t-class-head\">"
+         "<font color=\"white\"><B>&nbsp;";
+  AppendEscaped(out, RowName(row.Name));
+  out += "&nbsp;</B></font></td>\r\n"
+         "<td nowrap bgcolor=\"#ffffff\" width=\"300\" class=\"t-class-body\">\r\n";
+  out.append(row.Links).append("</td>\r\n");
+  out += "<td nowrap bgcolor=\"#ddffdd\" align=\"center\" width=\"100\" class=\"t-class-length\">";
+  if (row.ClassInfo.empty()) out += "&nbsp;";
+  AppendEscaped(out, row.ClassInfo);
+  out += "</td>\r\n"
+         "<td nowrap align=\"center\" bgcolor=\"#ffffcc\" width=\"100\" class=\"t-class-winner\">";
+  AppendEscapedNoBreak(out, PadByWidth(NormalizeName(row.WinnerName), kNameColumns, false, true) +
+                                PadByWidth(row.WinnerResult, kResultColumns, true, true));
+  out += "</td>\r\n</tr>\r\n";
+}
+
+void AppendIndexFoot(std::string& out, DateTime now) {
+  out += "<tr><td nowrap colspan=\"4\" bgcolor=\"#f0f0f0\" align=\"right\" class=\"t-output\">";
+  AppendEscaped(out, ResourceText("RES_META_OUTPUT_DATE"));
+  out += " : ";
+  AppendDateTime(out, now, "yyyy/mm/dd hh:nn");
+  out += "</td></tr>\r\n</table>\r\n<br>\r\n";
+  out.append(kIndexFinish).append("\r\n\r\n");
+}
+
+std::string IndexPage(std::string_view block, std::string_view link_style_file,
+                      std::string_view charset) {
+  std::string out = "<html>\r\n";
+  MakeHead(out, {.UseStyle = true,
+                 .TdStyle = "font-size:10pt; ",
+                 .LinkStyleFile = link_style_file,
+                 .Charset = charset});
+  out.append("\r\n<body bgcolor=\"#ffffff\">\r\n").append(block).append("</body>\r\n</html>");
+  return out;
+}
+
+std::string InsertIndexBlock(std::string_view page, std::string_view block) {
+  const std::vector<std::string_view> lines = SplitLines(page);
+  auto place = std::find(lines.begin(), lines.end(), kIndexStart);
+  if (place == lines.end()) {
+    const auto last_body = std::find_if(lines.rbegin(), lines.rend(), [](std::string_view line) {
+      return LowerAscii(TrimSpaces(line)) == "</body>";
+    });
+    if (last_body != lines.rend()) place = std::prev(last_body.base());
+  }
+  std::string out;
+  out.reserve(page.size() + block.size() + lines.size());
+  for (auto line = lines.begin(); line != place; ++line) out.append(*line).append(kCrLf);
+  out += block;
+  for (auto line = place; line != lines.end(); ++line) out.append(*line).append(kCrLf);
+  return out;
+}
+
+std::string DeclaredCharset(std::string_view page) {
+  constexpr std::size_t kHeadBytes = 2048;
+  constexpr std::string_view kName = "charset=";
+  const std::string head = LowerAscii(page.substr(0, kHeadBytes));
+  const std::size_t found = head.find(kName);
+  if (found == std::string::npos) return "";
+  const std::size_t begin = head.find_first_not_of("\"' ", found + kName.size());
+  if (begin == std::string::npos) return "";
+  return head.substr(begin, head.find_first_of("\"' ;/>", begin) - begin);
+}
+
+}  // namespace keltrun

@@ -1,0 +1,51 @@
+// The index page of a site: a block that lists classes with links to their pages. A page may hold
+// several blocks, the newest first.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "keltrun2/model/event_model.h"
+
+namespace keltrun {
+
+/// A line of an index page that begins a block.
+inline constexpr std::string_view kIndexStart = "<!-- ### KELTRUN START ### -->";
+inline constexpr std::string_view kIndexFinish = "<!-- ### KELTRUN FINISH ### -->";
+
+/// The beginning of a block: marker, table, event row, and a row of date, terrain and web site when
+/// there is something to show.
+void AppendIndexHead(std::string& out, const clsEventData& event, bool official_site);
+
+/// A link to a file of the site.
+std::string IndexLink(std::string_view file_name, std::string_view attributes,
+                      std::string_view text);
+
+/// The row of links to lap-file copies; `links` is HTML.
+void AppendIndexLinksRow(std::string& out, std::string_view links);
+
+/// The row of a class or course. `links` is HTML.
+struct IndexRow {
+  std::string_view Name;
+  std::string_view Links;
+  std::string_view ClassInfo;
+  std::string_view WinnerName;
+  std::string_view WinnerResult;
+};
+void AppendIndexRow(std::string& out, const IndexRow& row);
+
+/// The end of a block, with the moment of output.
+void AppendIndexFoot(std::string& out, DateTime now);
+
+/// A whole page around a block.
+std::string IndexPage(std::string_view block, std::string_view link_style_file,
+                      std::string_view charset);
+
+/// An existing page (bytes) with a block put in front of its first one; without one before the last
+/// line that is "</body>", or at the end. Lines end in CR LF afterwards.
+std::string InsertIndexBlock(std::string_view page, std::string_view block);
+
+/// The charset that a page (bytes) declares, or "".
+std::string DeclaredCharset(std::string_view page);
+
+}  // namespace keltrun

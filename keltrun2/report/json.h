@@ -1,0 +1,28 @@
+// Analyses, result lists and the event as JSON, in the form of docs/json.md.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/data_set_kind.h"
+#include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/model/event_model.h"
+
+namespace keltrun {
+
+struct ResultJsonSet {
+  const clsResultsHolder* Results;
+  DataSetKind Kind;
+};
+
+/// An executed analysis of the event's runners.
+std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind);
+
+/// Result lists of the event.
+std::string ResultJson(const EventModel& model, const std::vector<ResultJsonSet>& sets);
+
+/// The event: header, file, classes, courses, segment sets, choices.
+std::string InfoJson(const EventModel& model);
+
+}  // namespace keltrun

@@ -1,0 +1,23 @@
+// Upper and lower case. Never follows the process's locale.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace keltrun {
+
+/// "A" to "Z" lowered, or "a" to "z" raised; every other character is kept.
+std::string LowerAscii(std::string_view text);
+std::string UpperAscii(std::string_view text);
+
+/// Every letter raised, full-width and accented ones included, one character to one.
+std::string UpperAll(std::string_view text);
+
+/// A form in which texts that differ only in letter case are equal (simple case folding). Width is
+/// kept: a full-width letter equals its other case, not its half-width form.
+std::string FoldCase(std::string_view text);
+
+/// Without the spaces (U+0020 only) at both ends.
+std::string_view TrimSpaces(std::string_view text);
+
+}  // namespace keltrun

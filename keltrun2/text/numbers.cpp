@@ -1,0 +1,140 @@
+#include "keltrun2/text/numbers.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "keltrun2/text/letters.h"
+
+namespace keltrun {
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+std::size_t SkipDigits(std::string_view text, std::size_t pos) {
+  while (pos < text.size() && IsDigit(text[pos])) ++pos;
+  return pos;
+}
+
+// Length of the number that `text` begins with (sign, digits, point, exponent), 0 when none.
+std::size_t NumberLength(std::string_view text) {
+  std::size_t pos = 0;
+  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) ++pos;
+  const std::size_t whole = pos;
+  pos = SkipDigits(text, pos);
+  std::size_t digits = pos - whole;
+  if (pos < text.size() && text[pos] == '.') {
+    const std::size_t fraction = pos + 1;
+    const std::size_t end = SkipDigits(text, fraction);
+    digits += end - fraction;
+    pos = end;
+  }
+  if (digits == 0) return 0;
+  if (pos < text.size() && (text[pos] == 'e' || text[pos] == 'E')) {
+    std::size_t exponent = pos + 1;
+    if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-')) ++exponent;
+    const std::size_t end = SkipDigits(text, exponent);
+    if (end > exponent) pos = end;
+  }
+  return pos;
+}
+
+std::optional<double> Read(std::string_view number) {
+  if (number.front() == '+') number.remove_prefix(1);
+  double value = 0;
+  const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (result.ec == std::errc::result_out_of_range) return std::nullopt;
+  return value;
+}
+
+struct NumberPattern {
+  std::string_view before;
+  std::string_view after;
+  std::size_t whole_digits = 0;     // "0" before the point
+  std::size_t fraction_always = 0;  // "0" behind it
+  std::size_t fraction_most = 0;    // "0" and "#" behind it
+};
+
+NumberPattern ParsePattern(std::string_view pattern) {
+  NumberPattern parsed;
+  const std::size_t start = pattern.find_first_of("#0");
+  if (start == std::string_view::npos) return {pattern, {}};
+  parsed.before = pattern.substr(0, start);
+  std::size_t pos = start;
+  for (; pos < pattern.size() && (pattern[pos] == '#' || pattern[pos] == '0'); ++pos) {
+    parsed.whole_digits += pattern[pos] == '0' ? 1 : 0;
+  }
+  if (pos < pattern.size() && pattern[pos] == '.') {
+    for (++pos; pos < pattern.size() && (pattern[pos] == '#' || pattern[pos] == '0'); ++pos) {
+      parsed.fraction_most += 1;
+      if (pattern[pos] == '0') parsed.fraction_always = parsed.fraction_most;
+    }
+  }
+  parsed.after = pattern.substr(pos);
+  return parsed;
+}
+
+}  // namespace
+
+std::optional<double> NumericValue(std::string_view text) {
+  text = TrimSpaces(text);
+  const std::size_t length = NumberLength(text);
+  if (length == 0 || length != text.size()) return std::nullopt;
+  return Read(text);
+}
+
+double LeadingNumber(std::string_view text) {
+  text = TrimSpaces(text);
+  const std::size_t length = NumberLength(text);
+  return length == 0 ? 0 : Read(text.substr(0, length)).value_or(0);
+}
+
+std::int32_t RoundToLong(double value) {
+  if (!std::isfinite(value)) return 0;
+  double rounded = std::floor(value);
+  const double rest = value - rounded;
+  if (rest > 0.5 || (rest == 0.5 && std::fmod(rounded, 2) != 0)) rounded += 1;
+  const bool fits = rounded >= std::numeric_limits<std::int32_t>::min() &&
+                    rounded <= std::numeric_limits<std::int32_t>::max();
+  return fits ? static_cast<std::int32_t>(rounded) : 0;
+}
+
+std::int32_t NumericLong(std::string_view text) { return RoundToLong(NumericValue(text).value_or(0)); }
+
+std::int32_t LeadingLong(std::string_view text) { return RoundToLong(LeadingNumber(text)); }
+
+std::string FormatNumber(double value, std::string_view pattern) {
+  constexpr double kLargest = 1e15;  // beyond it doubles hold no fractions
+  constexpr std::size_t kMostDecimals = 9;
+  const NumberPattern parsed = ParsePattern(pattern);
+  if (!std::isfinite(value)) value = 0;
+  const std::size_t decimals = std::min(parsed.fraction_most, kMostDecimals);
+  const double scale = std::pow(10.0, static_cast<double>(decimals));
+  const double magnitude = std::floor(std::min(std::fabs(value), kLargest / scale) * scale + 0.5);
+
+  std::string digits = std::to_string(static_cast<std::uint64_t>(magnitude));
+  if (digits.size() <= decimals) digits.insert(0, decimals + 1 - digits.size(), '0');
+  std::string whole = digits.substr(0, digits.size() - decimals);
+  std::string fraction = digits.substr(digits.size() - decimals);
+  if (whole == "0") whole.clear();
+  if (whole.size() < parsed.whole_digits) whole.insert(0, parsed.whole_digits - whole.size(), '0');
+  while (fraction.size() > parsed.fraction_always && fraction.back() == '0') fraction.pop_back();
+
+  std::string out(parsed.before);
+  if (value < 0 && magnitude > 0) out.insert(0, "-");
+  out += whole;
+  if (!fraction.empty()) out.append(".").append(fraction);
+  return out.append(parsed.after);
+}
+
+std::string FormatGeneral(double value) {
+  if (!std::isfinite(value)) return "0";
+  std::array<char, 400> buffer;  // the largest double has 309 digits
+  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                    std::chars_format::fixed);
+  return std::string(buffer.data(), result.ptr);
+}
+
+}  // namespace keltrun
