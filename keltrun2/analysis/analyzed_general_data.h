@@ -10,8 +10,8 @@
 namespace keltrun {
 
 /// Per-leg figures of a whole data set. Legs run from 1 to 51, index 0 is never filled; an index
-/// outside 0 to 51 raises subscript out of range (9). A new Execute makes a new object: one that was
-/// kept keeps its figures.
+/// outside 0 to 51 raises subscript out of range (9). A new Execute makes a new object: one that
+/// was kept keeps its figures.
 class clsAnalyzedGeneralData {
  public:
   static constexpr std::int32_t kMostLegs = clsAnalyzedRunnerData::kMostLegs;
@@ -21,8 +21,8 @@ class clsAnalyzedGeneralData {
   /// Estimated difficulty of the leg; null at index 0. Valid as long as this object lives.
   const clsPercentValue* LegDifficulty(std::int32_t LegIndex) const;
 
-  /// Whether a runner stands at the position (1 to 6) of the leg's lap order. Positions outside 0 to
-  /// 6 raise subscript out of range (9).
+  /// Whether a runner stands at the position (1 to 6) of the leg's lap order. Positions outside 0
+  /// to 6 raise subscript out of range (9).
   bool IsUpperLapExists(std::int32_t LegIndex, std::int32_t RankIndex) const;
 
   /// The reference lap: mean of up to three best laps, in days; 0 when nobody has a valid lap.
@@ -34,7 +34,8 @@ class clsAnalyzedGeneralData {
   /// Sum of the reference laps.
   DateTime UpperLapTotal() const { return upper_lap_total_; }
 
-  /// The runner at the position (1 to 6) of the leg's lap order, or null. Errors as IsUpperLapExists.
+  /// The runner at the position (1 to 6) of the leg's lap order, or null. Errors as
+  /// IsUpperLapExists.
   std::shared_ptr<clsAnalyzedRunnerData> UpperLapObject(std::int32_t LegIndex,
                                                         std::int32_t RankIndex) const;
 

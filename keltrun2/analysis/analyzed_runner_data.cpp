@@ -46,8 +46,7 @@ std::string clsAnalyzedRunnerData::LapTimeToString(std::int32_t Index,
                                                    std::string_view NoDataValue,
                                                    std::string_view SkipValue,
                                                    std::string_view DisqValue) const {
-  return TimeToString(LapTime(Index), FormatExpression, Compact, NoDataValue, SkipValue,
-                      DisqValue);
+  return TimeToString(LapTime(Index), FormatExpression, Compact, NoDataValue, SkipValue, DisqValue);
 }
 
 std::string clsAnalyzedRunnerData::SplitTimeToString(std::int32_t Index,

@@ -12,12 +12,13 @@
 
 namespace keltrun {
 
-/// One runner of an analyzer's data set. Legs are numbered from 1 to 51; index 0 exists and is never
-/// filled. Times are days, ratios are factors (1 = equal to the reference), ranks run from 1 and 0 is
-/// none. An index outside 0 to 51 raises subscript out of range (9).
+/// One runner of an analyzer's data set. Legs are numbered from 1 to 51; index 0 exists and is
+/// never filled. Times are days, ratios are factors (1 = equal to the reference), ranks run from 1
+/// and 0 is none. An index outside 0 to 51 raises subscript out of range (9).
 ///
 /// A runner who missed controls has a range: the legs from the first missed one to the next that he
-/// punched, which only have a common time. That time stands as the lap of the last leg of the range.
+/// punched, which only have a common time. That time stands as the lap of the last leg of the
+/// range.
 class clsAnalyzedRunnerData {
  public:
   /// The highest leg: 50 controls and the finish.
@@ -33,8 +34,8 @@ class clsAnalyzedRunnerData {
   void SetVesmerY(double Y) { vesmer_y_ = Y; }
 
   /// Competition ranks on a leg, and as texts ("-" or empty for none, ")" appended on request).
-  /// LapRank and SplitRank are those of the times as punched, the modified ones those in which ranges
-  /// are spread over their legs.
+  /// LapRank and SplitRank are those of the times as punched, the modified ones those in which
+  /// ranges are spread over their legs.
   std::int32_t SplitRank(std::int32_t Index) const { return Leg(Index).split_rank; }
   void SetSplitRank(std::int32_t Index, std::int32_t Rank) { Leg(Index).split_rank = Rank; }
   std::string SplitRankToString(std::int32_t Index, bool UseHyphen = true,
@@ -71,7 +72,8 @@ class clsAnalyzedRunnerData {
   /// The official rank where at least two runners of the set have one, else RankInDataSet.
   const std::string& Rank() const { return rank_; }
 
-  /// The values below are the runner's own objects: valid, and kept up to date, as long as he lives.
+  /// The values below are the runner's own objects: valid, and kept up to date, as long as he
+  /// lives.
 
   /// How many times the reference lap the runner needs on his best legs covering half the course.
   const clsPercentValue* CruiseSpeed() const { return &cruise_speed_; }
@@ -126,8 +128,8 @@ class clsAnalyzedRunnerData {
                                         std::string_view SkipValue = kSkipText,
                                         std::string_view DisqValue = kDisqText) const;
 
-  /// Time lost on the leg against the runner's own cruise speed; of a range on its last leg. Null at
-  /// index 0.
+  /// Time lost on the leg against the runner's own cruise speed; of a range on its last leg. Null
+  /// at index 0.
   const clsMissTimeValue* MissTime(std::int32_t Index) const {
     return Index == 0 ? nullptr : &Leg(Index).miss_time;
   }

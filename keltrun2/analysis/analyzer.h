@@ -21,8 +21,8 @@ namespace keltrun {
 ///     analyzer->Execute();
 ///     for (int i = 1; i <= analyzer->Count(); ++i) show(*analyzer->Item(i));
 ///
-/// The full set holds every runner added, after Execute in result order. The selected set holds what
-/// is shown: everybody after Execute, then what the Select calls make of it.
+/// The full set holds every runner added, after Execute in result order. The selected set holds
+/// what is shown: everybody after Execute, then what the Select calls make of it.
 class clsAnalyzer : public DataSet {
  public:
   clsAnalyzer();
@@ -37,9 +37,9 @@ class clsAnalyzer : public DataSet {
   /// "5.2km ↑150m"; empty when the length is unknown.
   std::string ClassInfo() const;
 
-  /// Adds a runner to the full set; a record without legs is ignored. Skipped legs that no later time
-  /// covers become KR_TIME_NODATA in the record itself. Raises object not set (91) for null and
-  /// subscript out of range (9) for more than 51 legs.
+  /// Adds a runner to the full set; a record without legs is ignored. Skipped legs that no later
+  /// time covers become KR_TIME_NODATA in the record itself. Raises object not set (91) for null
+  /// and subscript out of range (9) for more than 51 legs.
   void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
 
   /// Back to a new set; CutOffRank and CourseData stay.

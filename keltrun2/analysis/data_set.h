@@ -13,12 +13,12 @@ namespace keltrun {
 /// The head of a data set and the ways to fill it from the current event.
 class DataSet {
  public:
-  std::string DataSetFileName;      // file-name-safe name of the set
-  bool DataSetIsMix = false;        // several classes, or a name given by the host
-  std::int32_t ControlCount = 0;    // the set has ControlCount + 1 legs
-  std::int32_t Length = 0;          // metres, 0 = unknown
-  std::int32_t Climb = 0;           // metres, 0 = unknown
-  std::int32_t CutOffRank = 0;      // 0 = none
+  std::string DataSetFileName;    // file-name-safe name of the set
+  bool DataSetIsMix = false;      // several classes, or a name given by the host
+  std::int32_t ControlCount = 0;  // the set has ControlCount + 1 legs
+  std::int32_t Length = 0;        // metres, 0 = unknown
+  std::int32_t Climb = 0;         // metres, 0 = unknown
+  std::int32_t CutOffRank = 0;    // 0 = none
 
   virtual ~DataSet() = default;
 

@@ -93,9 +93,8 @@ void Execution::RankLaps() {
 
 bool Execution::NobodyPunched(std::int32_t leg) const {
   return !general_.IsUpperLapExists(leg, 1) &&
-         std::all_of(runners_.begin(), runners_.end(), [leg](const auto& runner) {
-           return LapOf(*runner, leg) == kTimeNoData;
-         });
+         std::all_of(runners_.begin(), runners_.end(),
+                     [leg](const auto& runner) { return LapOf(*runner, leg) == kTimeNoData; });
 }
 
 // A control whose records were all lost leaves the splits behind it comparable: every runner misses

@@ -57,7 +57,7 @@ class Execution {
   Runners& runners_;
   std::int32_t legs_;
   clsAnalyzedGeneralData& general_;
-  CclsSort<std::size_t> order_;         // reused by every leg
+  CclsSort<std::size_t> order_;          // reused by every leg
   CclsSort<std::int32_t> cruise_order_;  // reused by every runner
   bool has_ranges_ = false;
 };

@@ -72,9 +72,8 @@ void clsResultsHolder::CalcRank() {
   full_->CalcRankOrder();
   selected_->CalcRankOrder();
   const auto& lines = selected_->LineSet();
-  const auto official = std::count_if(lines.begin(), lines.end(), [](const auto& line) {
-    return !line.Item->Rank.empty();
-  });
+  const auto official = std::count_if(lines.begin(), lines.end(),
+                                      [](const auto& line) { return !line.Item->Rank.empty(); });
   rank_is_available_ = official >= 2;
 }
 

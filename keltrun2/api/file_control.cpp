@@ -9,16 +9,13 @@
 
 namespace keltrun {
 
-bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view IndexFile,
-                                std::string_view AnalysisFile, std::string_view ResultFile,
-                                std::string_view Lap2File, std::string_view Lap1File,
-                                bool OfficialSite, bool IndexFileAddMode,
-                                std::string_view /*ActiveXFile*/,
-                                std::string_view /*ActiveXAddress*/, bool AnalysisIncludeCourse,
-                                bool ResultIncludeCourse, std::string_view /*LegDataFile*/,
-                                bool LegDataIncludeCourse, std::string_view /*ChartFile*/,
-                                bool ChartIncludeCourse, std::string_view /*ChartOption*/,
-                                std::string_view LinkStyleFile) {
+bool clsFileControl::OutputHtml(
+    std::string_view OutputFolder, std::string_view IndexFile, std::string_view AnalysisFile,
+    std::string_view ResultFile, std::string_view Lap2File, std::string_view Lap1File,
+    bool OfficialSite, bool IndexFileAddMode, std::string_view /*ActiveXFile*/,
+    std::string_view /*ActiveXAddress*/, bool AnalysisIncludeCourse, bool ResultIncludeCourse,
+    std::string_view /*LegDataFile*/, bool LegDataIncludeCourse, std::string_view /*ChartFile*/,
+    bool ChartIncludeCourse, std::string_view /*ChartOption*/, std::string_view LinkStyleFile) {
   const Busy busy;
   if (!busy.Granted()) return false;
   SiteOptions options;
@@ -32,12 +29,11 @@ bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view 
   options.IndexFileAddMode = IndexFileAddMode;
   options.AnalysisIncludeCourse = AnalysisIncludeCourse;
   options.ResultIncludeCourse = ResultIncludeCourse;
-  options.WalkCourses = AnalysisIncludeCourse || ResultIncludeCourse || LegDataIncludeCourse ||
-                        ChartIncludeCourse;
+  options.WalkCourses =
+      AnalysisIncludeCourse || ResultIncludeCourse || LegDataIncludeCourse || ChartIncludeCourse;
   options.LinkStyleFile = LinkStyleFile;
-  return ExportSite(options, [this] {
-    return std::make_unique<ProgressReport>(handlers_, progress_visible_);
-  });
+  return ExportSite(
+      options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
 
 bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
@@ -68,7 +64,9 @@ std::string clsFileControl::FileSaveFilter() const { return ResourceText("RES_ME
 std::string clsFileControl::FileLoadFilter() const { return ResourceText("RES_META_LOAD_FILTER"); }
 
 ProgressHandle clsFileControl::OnProgress(ProgressHandler Handler) {
-  handlers_->emplace(++attached_, std::move(Handler));
+  if (Handler) {
+    handlers_->emplace(++attached_, std::make_shared<ProgressHandler>(std::move(Handler)));
+  }
   return ProgressHandle(handlers_, attached_);
 }
 

@@ -13,8 +13,8 @@ namespace keltrun {
 
 /// The file service. It works on the event of the root object created last.
 ///
-/// Nothing here throws for a bad file: the result is false and the root's ErrorComment says why. What
-/// a reader added before an error stays in the model.
+/// Nothing here throws for a bad file: the result is false and the root's ErrorComment says why.
+/// What a reader added before an error stays in the model.
 class clsFileControl {
  public:
   clsFileControl() = default;
@@ -26,9 +26,9 @@ class clsFileControl {
   void SetProgressVisible(bool Visible) { progress_visible_ = Visible; }
 
   /// Publishes the event as a small web site in a folder. Names with "*" are patterns: the star
-  /// becomes the file name of each class or course. An empty name switches an output off. False only
-  /// when the user does not want the missing folder created; pages that could not be written are
-  /// listed in ErrorComment.
+  /// becomes the file name of each class or course. An empty name switches an output off. False
+  /// only when the user does not want the missing folder created; pages that could not be written
+  /// are listed in ErrorComment.
   ///
   /// Index, result and analysis pages and the copy in the native format are written; the others of
   /// these outputs are not made yet, and asking for them has no effect.
@@ -50,8 +50,9 @@ class clsFileControl {
                    KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
                    std::string_view FileData = "");
 
-  /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml" IOF
-  /// XML, everything else the native format. An existing file is replaced only by a complete new one.
+  /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
+  /// IOF XML, everything else the native format. An existing file is replaced only by a complete
+  /// new one.
   bool SaveLapFile(std::string_view FileName,
                    KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                    KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
@@ -64,9 +65,9 @@ class clsFileControl {
   std::string FileSaveFilter() const;
   std::string FileLoadFilter() const;
 
-  /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as it
-  /// goes on, 100 at its end, also when it fails. While a handler runs, another load, save or export
-  /// answers false.
+  /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as
+  /// it goes on, 100 at its end, also when it fails. While a handler runs, another load, save or
+  /// export answers false.
   ProgressHandle OnProgress(ProgressHandler Handler);
 
  private:

@@ -21,7 +21,8 @@ class clsHtmlControl {
                              std::string_view LinkStyleFile = "",
                              std::string_view Encoding = "x-sjis") const;
 
-  /// The page of a result list; TopValue stands above the table. Raises object not set (91) for null.
+  /// The page of a result list; TopValue stands above the table. Raises object not set (91) for
+  /// null.
   std::string OutputResult(const std::shared_ptr<clsResultsHolder>& ResultsHolder,
                            std::string_view TopValue = "", std::string_view LinkStyleFile = "",
                            std::string_view Encoding = "x-sjis") const;

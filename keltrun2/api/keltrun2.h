@@ -33,7 +33,8 @@ struct ClassAndCourseValue {
   std::int32_t RunnerCount = 0;
 };
 
-/// The one object that a host creates: the event and the services that load, analyse and publish it.
+/// The one object that a host creates: the event and the services that load, analyse and publish
+/// it.
 ///
 ///     auto root = std::make_shared<keltrun::clsKeltrun2>();
 ///     if (!root->FileControl()->LoadLapFile("event.lxm")) return fail(root->ErrorComment());
@@ -46,8 +47,8 @@ struct ClassAndCourseValue {
 /// event of the root created last. Everything runs on the host's thread.
 class clsKeltrun2 {
  public:
-  /// Loads settings and resource texts, if this is the first root of the process, and starts with an
-  /// empty event.
+  /// Loads settings and resource texts, if this is the first root of the process, and starts with
+  /// an empty event.
   clsKeltrun2();
   ~clsKeltrun2();
   clsKeltrun2(const clsKeltrun2&) = delete;
@@ -100,8 +101,9 @@ class clsKeltrun2 {
   void ClearCourse();
   bool IsCourseExists(std::int32_t CourseIndex) const;
 
-  /// What can be analysed: each class, then each course run by at least two classes, as texts of five
-  /// fields: class index, course number, name, file name, number of runners ("1,,M21A,m21a,35").
+  /// What can be analysed: each class, then each course run by at least two classes, as texts of
+  /// five fields: class index, course number, name, file name, number of runners
+  /// ("1,,M21A,m21a,35").
   std::vector<std::string> ClassAndCourseList() const;
   /// Reads such a text back; missing fields are empty and 0.
   ClassAndCourseValue SeparateClassAndCourseValue(std::string_view Expression) const;

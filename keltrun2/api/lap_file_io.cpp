@@ -18,21 +18,20 @@ namespace {
 constexpr std::string_view kOpenError = "RES_MESSAGE_FILE_OPEN_ERROR";
 constexpr std::string_view kSaveError = "RES_MESSAGE_ERROR_HAPPEN";
 
-constexpr std::string_view kLoadOperation = "clsFileControl.LoadLapFile";
 constexpr std::string_view kDetectOperation = "clsFileControl.DetectFileType";
-constexpr std::string_view kLoadKeltrun2 = "clsFileControl.LoadKeltrun2";
-constexpr std::string_view kSaveKeltrun2 = "clsFileControl.SaveKeltrun2";
 constexpr std::string_view kExtractArchive = "clsFileControl.ExtractArchive";
 constexpr std::string_view kMakeArchive = "clsFileControl.MakeArchive";
 
-// A format that is recognised but has no reader or writer yet.
-struct MissingFormat {
+// The operation that reads or writes a type, as error texts name it, and what it is called where it
+// cannot be read or written yet ("" where it can).
+struct Format {
   KrLapFileTypeConst type;
   std::string_view operation;
-  std::string_view name;
+  std::string_view missing;
 };
 
-constexpr MissingFormat kMissingReaders[] = {
+constexpr Format kReaders[] = {
+    {KR_FILETYPE_KELTRUN2, "clsFileControl.LoadKeltrun2", ""},
     {KR_FILETYPE_KELTRUN1, "clsFileControl.LoadKeltrun1",
      "text lap files of the previous generation"},
     {KR_FILETYPE_SPORTIDENT, "clsFileControl.LoadSportIdent", "SPORTident results"},
@@ -40,14 +39,22 @@ constexpr MissingFormat kMissingReaders[] = {
     {KR_FILETYPE_IMPORT_ONLY, "clsFileControl.LoadImportOnly", "import-only files"},
 };
 
-constexpr MissingFormat kMissingWriters[] = {
+constexpr Format kWriters[] = {
+    {KR_FILETYPE_KELTRUN2, "clsFileControl.SaveKeltrun2", ""},
     {KR_FILETYPE_KELTRUN1, "clsFileControl.SaveKeltrun1",
      "text lap files of the previous generation"},
     {KR_FILETYPE_IOF_XML_20_RESULT, "clsFileControl.SaveIofXmlResult", "IOF XML result lists"},
 };
 
-bool Fail(std::string_view message_key, std::string_view operation,
-          std::string_view description) {
+template <std::size_t N>
+const Format* FindFormat(const Format (&formats)[N], KrLapFileTypeConst type) {
+  for (const Format& format : formats) {
+    if (format.type == type) return &format;
+  }
+  return nullptr;
+}
+
+bool Fail(std::string_view message_key, std::string_view operation, std::string_view description) {
   SetErrorText(FailureText(message_key, operation, description));
   return false;
 }
@@ -58,7 +65,7 @@ bool FailArchive(std::string_view message_key, std::string_view operation) {
 
 // The name of the source in error texts.
 std::string SourceName(const LoadRequest& request) {
-  return request.FileData.empty() ? request.FileName : "FileData";
+  return request.FileName.empty() ? "FileData" : request.FileName;
 }
 
 // The type of the request's text or file; nullopt when the file cannot be read.
@@ -108,43 +115,55 @@ void FeedModel(EventModel& model, const NativeLapFile& file, KrLapFileLoadModeCo
   }
 }
 
-bool LoadKeltrun2(EventModel& model, const LoadRequest& request, ProgressReport& progress) {
+bool LoadKeltrun2(EventModel& model, const LoadRequest& request, std::string_view operation,
+                  ProgressReport& progress) {
   NativeReadResult read;
   if (!request.FileData.empty()) {
     read = ReadNativeLapFile(request.FileData, NativeSource::kText);
   } else {
     std::string error;
     const std::optional<std::string> bytes = ReadFile(request.FileName, error);
-    if (!bytes) return Fail(kOpenError, kLoadKeltrun2, error);
+    if (!bytes) return Fail(kOpenError, operation, error);
     read = ReadNativeLapFile(*bytes, NativeSource::kFileBytes);
   }
   if (read.Error) {
-    return Fail(kOpenError, kLoadKeltrun2, SourceName(request) + ": " + ToString(*read.Error));
+    return Fail(kOpenError, operation, SourceName(request) + ": " + ToString(*read.Error));
   }
   FeedModel(model, read.File, request.Mode, progress);
   return true;
 }
 
-bool LoadByType(EventModel& model, const LoadRequest& request,
-                const StartProgress& start_progress) {
-  for (const MissingFormat& missing : kMissingReaders) {
-    if (missing.type == request.Type) {
-      return Fail(kOpenError, missing.operation,
-                  "this version cannot read " + std::string(missing.name) + " yet");
-    }
+// Reads the file, feeds the model and sorts it. What goes wrong after the reader ends as an error
+// of the reader, too.
+bool LoadWith(const Format& reader, EventModel& model, const LoadRequest& request,
+              const StartProgress& start_progress) {
+  if (!reader.missing.empty()) {
+    return Fail(kOpenError, reader.operation,
+                "this version cannot read " + std::string(reader.missing) + " yet");
   }
-  if (request.Type != KR_FILETYPE_KELTRUN2) return false;
-  const auto progress = start_progress();
-  const bool loaded = LoadKeltrun2(model, request, *progress);
-  progress->Close();
-  return loaded;
+  try {
+    const auto progress = start_progress();
+    const bool loaded = LoadKeltrun2(model, request, reader.operation, *progress);
+    progress->Close();
+    if (loaded) model.SortLap();
+    return loaded;
+  } catch (const ProgressHandlerError& error) {
+    Fail(kOpenError, reader.operation, "a handler of Progress ended the load");
+    std::rethrow_exception(error.Cause);
+  } catch (const std::exception& error) {
+    return Fail(kOpenError, reader.operation, error.what());
+  }
 }
 
-bool WriteLapFile(const std::string& file_name, KrLapFileSaveModeCosnt mode) {
+bool SaveWith(const Format& writer, const std::string& file_name, KrLapFileSaveModeCosnt mode) {
+  if (!writer.missing.empty()) {
+    return Fail(kSaveError, writer.operation,
+                "this version cannot write " + std::string(writer.missing) + " yet");
+  }
   const std::string bytes = WriteNativeLapFile(*CurrentModel(), mode, Now());
   std::string error;
   if (WriteFile(file_name, bytes, error)) return true;
-  return Fail(kSaveError, kSaveKeltrun2, error);
+  return Fail(kSaveError, writer.operation, error);
 }
 
 KrLapFileTypeConst TypeOfExtension(const std::string& extension) {
@@ -176,15 +195,8 @@ bool LoadLapFile(LoadRequest request, const StartProgress& start_progress) {
     SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
     return false;
   }
-  try {
-    if (!LoadByType(*model, request, start_progress)) return false;
-    model->SortLap();
-  } catch (const ProgressHandlerError& error) {
-    Fail(kOpenError, kLoadOperation, "a handler of Progress ended the load");
-    std::rethrow_exception(error.Cause);
-  } catch (const std::exception& error) {
-    return Fail(kOpenError, kLoadOperation, error.what());
-  }
+  const Format* reader = FindFormat(kReaders, request.Type);
+  if (reader == nullptr || !LoadWith(*reader, *model, request, start_progress)) return false;
   model->FileName = request.FileName;
   return true;
 }
@@ -194,13 +206,8 @@ bool SaveLapFile(const std::string& file_name, KrLapFileTypeConst type,
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
   if (extension == "lzh") return FailArchive(kSaveError, kMakeArchive);
-  for (const MissingFormat& missing : kMissingWriters) {
-    if (missing.type == type) {
-      return Fail(kSaveError, missing.operation,
-                  "this version cannot write " + std::string(missing.name) + " yet");
-    }
-  }
-  return WriteLapFile(file_name, mode);
+  const Format* writer = FindFormat(kWriters, type);
+  return SaveWith(writer != nullptr ? *writer : kWriters[0], file_name, mode);
 }
 
 }  // namespace keltrun

@@ -8,11 +8,12 @@
 
 namespace keltrun {
 
-/// Called with 0 to 100. An exception that it throws ends the operation and reaches the host's call.
+/// Called with 0 to 100. An exception that it throws ends the operation and reaches the host's
+/// call.
 using ProgressHandler = std::function<void(std::int32_t Percent)>;
 
 /// The handlers attached to a service, by the order of attaching.
-using ProgressHandlers = std::map<std::int32_t, ProgressHandler>;
+using ProgressHandlers = std::map<std::int32_t, std::shared_ptr<ProgressHandler>>;
 
 /// Detaches a handler. Letting the handle go keeps the handler attached.
 class ProgressHandle {

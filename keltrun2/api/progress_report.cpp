@@ -41,8 +41,8 @@ void ProgressReport::Advance(std::int64_t done, std::int64_t total) {
   if (total <= 0) return;
   const double percent =
       std::floor(static_cast<double>(done) / static_cast<double>(total) * 100 + 0.5);
-  if (window_) window_->SetPercent(static_cast<std::int32_t>(percent));
   Raise(static_cast<std::int32_t>(percent));
+  if (window_) window_->SetPercent(static_cast<std::int32_t>(percent));
 }
 
 void ProgressReport::Close() {
@@ -54,9 +54,8 @@ void ProgressReport::Close() {
 void ProgressReport::Raise(std::int32_t percent) {
   const ProgressHandlers handlers = *handlers_;  // a handler may attach or detach others
   for (const auto& [number, handler] : handlers) {
-    if (!handler) continue;
     try {
-      handler(percent);
+      (*handler)(percent);
     } catch (...) {
       throw ProgressHandlerError{std::current_exception()};
     }

@@ -36,7 +36,7 @@ constexpr std::string_view kNewWindow = " target=\"_blank\"";
 // A class or course of the site with the names of its pages.
 struct Entry {
   ClassAndCourseChoice choice;
-  std::string result_name;    // "" when the page is not asked for
+  std::string result_name;  // "" when the page is not asked for
   std::string analysis_name;
 
   bool IsCourse() const { return choice.ClassIndex == 0; }
@@ -184,8 +184,8 @@ void SiteExport::Run(ProgressReport& progress) {
 
 void SiteExport::MakeEntries() {
   OutputNames names;
-  for (const std::string& fixed : {options_.IndexFile, options_.Lap1File, options_.Lap2File,
-                                   options_.LinkStyleFile}) {
+  for (const std::string& fixed :
+       {options_.IndexFile, options_.Lap1File, options_.Lap2File, options_.LinkStyleFile}) {
     if (!fixed.empty()) names.Reserve(OutputNames::Safe(fixed));
   }
   for (ClassAndCourseChoice& choice : model_->Choices()) {
@@ -324,8 +324,7 @@ void SiteExport::ReportFailures() const {
     if (!list.empty()) list += kCrLf;
     list += failure;
   }
-  SetErrorText(list.empty() ? ""
-                            : FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation, list));
+  SetErrorText(list.empty() ? "" : FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation, list));
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ struct SiteOptions {
   std::string LinkStyleFile;
 };
 
-/// False only when the user declines the creation of the folder. The error text is emptied first and
-/// lists what could not be written.
+/// False only when the user declines the creation of the folder. The error text is emptied first
+/// and lists what could not be written.
 bool ExportSite(const SiteOptions& options, const StartProgress& start_progress);
 
 }  // namespace keltrun

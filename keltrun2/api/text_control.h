@@ -14,8 +14,8 @@ namespace keltrun {
 /// Turns data sets into text for other programs, returned as UTF-8.
 class clsTextControl {
  public:
-  /// An executed analysis as one JSON object in the form of docs/json.md. Raises object not set (91)
-  /// for null.
+  /// An executed analysis as one JSON object in the form of docs/json.md. Raises object not set
+  /// (91) for null.
   std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
                          DataSetKind Kind = DataSetKind::kClass) const;
 

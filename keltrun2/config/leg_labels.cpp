@@ -32,16 +32,15 @@ std::string LegLabelWithControls(std::int32_t ControlCount, bool ShowFrom, std::
                                  std::int32_t FromControl, std::int32_t ToControl) {
   std::string from;
   if (ShowFrom && LegIndex != 1) from = InParentheses(FromControl);
-  return from + Arrow() +
-         (IsFinishLeg(ControlCount, LegIndex) ? "" : InParentheses(ToControl));
+  return from + Arrow() + (IsFinishLeg(ControlCount, LegIndex) ? "" : InParentheses(ToControl));
 }
 
 std::string LegLabelFull(std::int32_t ControlCount, bool ShowFrom, std::int32_t LegIndex,
                          std::int32_t FromControl, std::int32_t ToControl) {
   std::string from;
   if (ShowFrom) {
-    from = LegIndex == 1 ? StartSymbol()
-                         : std::to_string(LegIndex - 1) + InParentheses(FromControl);
+    from =
+        LegIndex == 1 ? StartSymbol() : std::to_string(LegIndex - 1) + InParentheses(FromControl);
   }
   const std::string to = IsFinishLeg(ControlCount, LegIndex)
                              ? FinishSymbol()

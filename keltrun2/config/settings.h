@@ -23,12 +23,12 @@ struct PrintFont {
 
 /// The settings as loaded; all defaults when there is no file.
 struct Settings {
-  std::string Folder;              // where the file was found, else the component's folder
-  std::string Language;            // LANGUAGE
-  std::int32_t Charset = 0;        // LOCAL_CHARSET; negative leaves the fonts' own
-  std::string FontFace;            // FONT_NAME
-  std::array<std::int32_t, 2> FontSizes{};    // FONT_SIZE
-  std::map<std::string, PrintFont> PrintFonts;  // PRINT_FONT_<role>, role in upper case
+  std::string Folder;                       // where the file was found, else the component's folder
+  std::string Language;                     // LANGUAGE
+  std::int32_t Charset = 0;                 // LOCAL_CHARSET; negative leaves the fonts' own
+  std::string FontFace;                     // FONT_NAME
+  std::array<std::int32_t, 2> FontSizes{};  // FONT_SIZE
+  std::map<std::string, PrintFont> PrintFonts;             // PRINT_FONT_<role>, role in upper case
   std::unordered_map<std::string, std::string> Resources;  // key to text
 };
 

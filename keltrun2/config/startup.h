@@ -10,11 +10,11 @@ namespace keltrun {
 /// What is not set follows the settings file and the environment.
 struct Startup {
   /// Language code of the resource file, "ja" or "en", in place of the LANGUAGE setting.
-  std::optional<std::string> Language;
+  std::optional<std::string> Language = std::nullopt;
   /// Identifier of the user's locale; 1041 together with language "ja" is the Japanese mode.
-  std::optional<std::int32_t> Locale;
+  std::optional<std::int32_t> Locale = std::nullopt;
   /// The folder that holds Keltrun2.ini and the resource files, in place of the search.
-  std::optional<std::string> Folder;
+  std::optional<std::string> Folder = std::nullopt;
 };
 
 /// Takes effect when the settings are loaded, that is with the first root object or the first font

@@ -27,7 +27,8 @@ struct AttributeRule {
 template <typename Target, std::size_t N>
 void ReadAttributes(const pugi::xml_node& element, Target& target,
                     const std::array<AttributeRule<Target>, N>& rules) {
-  for (const pugi::xml_attribute& attribute : element.attributes()) {
+  for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
+       attribute = attribute.next_attribute()) {
     const std::string_view name = attribute.name();
     for (const AttributeRule<Target>& rule : rules) {
       if (rule.name != name) continue;
@@ -39,7 +40,7 @@ void ReadAttributes(const pugi::xml_node& element, Target& target,
 
 template <typename Visit>
 void ForEachElement(const pugi::xml_node& parent, Visit visit) {
-  for (const pugi::xml_node& child : parent.children()) {
+  for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
     if (child.type() == pugi::node_element) visit(child);
   }
 }
@@ -111,7 +112,8 @@ struct IndexedValue {
 
 IndexedValue ReadIndexed(const pugi::xml_node& element, std::string_view value_name) {
   IndexedValue result;
-  for (const pugi::xml_attribute& attribute : element.attributes()) {
+  for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
+       attribute = attribute.next_attribute()) {
     const std::string_view name = attribute.name();
     if (name == "index") {
       result.index = LeadingLong(attribute.value());
@@ -182,7 +184,7 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
 class LapTextReader {
  public:
   DateTime Read(std::string_view text) const {
-    if (const auto time = ParseDateTime(text)) return *time;
+    if (const auto time = ParseDateTime(text); time && *time >= 0 && *time < 1) return *time;
     if (const auto time = ParseFinishTime(text)) return *time;
     if (IsTimeText(text)) return ParseSignedTime(text, false, false, 0);
     if (text == kDisqText || text == "X") return kTimeDisq;
@@ -247,15 +249,14 @@ NativeLapFile ReadDocument(const pugi::xml_node& root) {
 
 NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind) {
   XmlDocument document;
-  std::optional<XmlError> error = kind == NativeSource::kText ? document.LoadText(source)
-                                                              : document.LoadBytes(source);
+  std::optional<XmlError> error =
+      kind == NativeSource::kText ? document.LoadText(source) : document.LoadBytes(source);
   if (error) return {{}, std::move(error)};
   const pugi::xml_node root = document.Root();
   if (LocalName(root) != "keltrun") {
     return {{},
-            XmlError{1, 1,
-                     "the root element is <" + std::string(root.name()) +
-                         ">, expected <keltrun>: this is no native lap file"}};
+            document.ErrorAtRoot("the root element is <" + std::string(root.name()) +
+                                 ">, expected <keltrun>: this is no native lap file")};
   }
   return {ReadDocument(root), std::nullopt};
 }

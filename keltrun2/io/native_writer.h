@@ -8,8 +8,8 @@
 
 namespace keltrun {
 
-/// The event as a native lap file in UTF-8; `file_date` is the moment of saving. Characters that XML
-/// does not allow are dropped.
+/// The event as a native lap file in UTF-8; `file_date` is the moment of saving. Characters that
+/// XML does not allow are dropped.
 std::string WriteNativeLapFile(const EventModel& model, KrLapFileSaveModeCosnt mode,
                                DateTime file_date);
 

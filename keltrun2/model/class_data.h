@@ -49,8 +49,8 @@ class clsClassData {
   std::shared_ptr<clsLapData> LapData(std::int32_t Index) const;
   std::int32_t LapCount() const { return static_cast<std::int32_t>(laps_.size()); }
 
-  /// Orders the runners by result: times first, then statuses by their code. Among equal results the
-  /// order is reversed.
+  /// Orders the runners by result: times first, then statuses by their code. Among equal results
+  /// the order is reversed.
   void SortLap();
 
  private:

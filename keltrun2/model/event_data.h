@@ -11,7 +11,7 @@ namespace keltrun {
 class clsEventData {
  public:
   std::string EventName;
-  std::string Terrain;       // name of the map or area
+  std::string Terrain;  // name of the map or area
   std::string Memo;
   std::string FileName;      // the lap file the event came from
   std::string OfficialSite;  // address of the event's web site

@@ -25,9 +25,8 @@ class CourseChoices {
       return entry.choice.CourseNum == klass.CourseNum;
     });
     if (found == entries_.end()) {
-      entries_.push_back({{0, klass.CourseNum, klass.ClassName(), klass.FileName(),
-                           klass.LapCount()},
-                          1});
+      entries_.push_back(
+          {{0, klass.CourseNum, klass.ClassName(), klass.FileName(), klass.LapCount()}, 1});
       return;
     }
     found->choice.ValueName += "/" + klass.ClassName();
@@ -163,8 +162,7 @@ std::vector<ClassAndCourseChoice> EventModel::Choices() const {
   CourseChoices courses;
   std::int32_t position = 0;
   for (const auto& klass : Classes()) {
-    choices.push_back(
-        {++position, 0, klass->ClassName(), klass->FileName(), klass->LapCount()});
+    choices.push_back({++position, 0, klass->ClassName(), klass->FileName(), klass->LapCount()});
     if (klass->CourseNum != 0) courses.Join(*klass);
   }
   courses.AppendShared(choices);

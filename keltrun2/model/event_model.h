@@ -57,9 +57,9 @@ class EventModel {
   /// Renames the first class whose name is exactly `old_name`, and its runners' class name; nothing
   /// when there is none. Raises duplicate key (457) when another class has the new name.
   void RenameClass(std::string_view old_name, std::string_view new_name);
-  /// Puts the classes at the listed positions (from 1, separated by commas) first, the others behind
-  /// in their old order. A position listed twice counts once, entries that are no positive number
-  /// are skipped. Raises subscript out of range (9) for a position beyond the last class.
+  /// Puts the classes at the listed positions (from 1, separated by commas) first, the others
+  /// behind in their old order. A position listed twice counts once, entries that are no positive
+  /// number are skipped. Raises subscript out of range (9) for a position beyond the last class.
   void SortClass(std::string_view order);
 
   const std::vector<std::shared_ptr<clsCourseData>>& Courses() const { return courses_.Items(); }

@@ -13,9 +13,9 @@ namespace keltrun {
 
 /// One runner's entry in one class: who ran, the official result and the time of every leg.
 ///
-/// Legs are numbered from 1. Leg i is the time from control i - 1 to control i; the last leg ends at
-/// the finish. A lap is a time in days or one of the markers of LapTimeConst. A record holds 50 legs
-/// at most.
+/// Legs are numbered from 1. Leg i is the time from control i - 1 to control i; the last leg ends
+/// at the finish. A lap is a time in days or one of the markers of LapTimeConst. A record holds 50
+/// legs at most.
 ///
 ///     auto runner = klass->AddLap();
 ///     runner->RunnerName = "Anna Berger";
@@ -28,17 +28,17 @@ class clsLapData {
 
   std::string RunnerName;
   std::string ClubName;
-  std::string Rank;           // official rank as the source gave it; may be any text
-  std::int32_t ID = 0;        // competitor number of the source, 0 = none
-  std::int32_t Ecard = 0;     // electronic punch card, 0 = none
-  std::string RankFix;        // rank as fixed by the organiser
-  std::string Seed;           // seeding or start group
-  std::string Age;            // age or age class
+  std::string Rank;        // official rank as the source gave it; may be any text
+  std::int32_t ID = 0;     // competitor number of the source, 0 = none
+  std::int32_t Ecard = 0;  // electronic punch card, 0 = none
+  std::string RankFix;     // rank as fixed by the organiser
+  std::string Seed;        // seeding or start group
+  std::string Age;         // age or age class
   std::string Sex;
-  std::string CompetitorId;   // identifier of the source system
+  std::string CompetitorId;  // identifier of the source system
 
-  /// Start time of day; never null, value 0 when unknown. Setting null stores a new value 0. A value
-  /// that is set is shared, not copied.
+  /// Start time of day; never null, value 0 when unknown. Setting null stores a new value 0. A
+  /// value that is set is shared, not copied.
   const std::shared_ptr<clsTimeValue>& StartTime() const { return start_time_; }
   void SetStartTime(std::shared_ptr<clsTimeValue> Value);
 

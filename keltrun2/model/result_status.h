@@ -14,7 +14,8 @@ namespace keltrun {
 std::int32_t ResultStatusCode(std::string_view text);
 
 /// The key that orders runners by result: the time, else the status code as a day count, so that
-/// every status comes after every time. A text that is no time and has no code above 0 counts as 98.
+/// every status comes after every time. A text that is no time and has no code above 0 counts
+/// as 98.
 DateTime ResultSortKey(std::string_view result);
 
 }  // namespace keltrun

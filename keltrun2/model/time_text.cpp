@@ -50,9 +50,8 @@ void AppendFormattedTime(std::string& out, DateTime value, std::string_view patt
 // True for the platform's "Like": "#" matches a digit, everything else itself.
 bool IsLike(std::string_view text, std::string_view pattern) {
   return text.size() == pattern.size() &&
-         std::equal(text.begin(), text.end(), pattern.begin(), [](char c, char p) {
-           return p == '#' ? c >= '0' && c <= '9' : c == p;
-         });
+         std::equal(text.begin(), text.end(), pattern.begin(),
+                    [](char c, char p) { return p == '#' ? c >= '0' && c <= '9' : c == p; });
 }
 
 bool IsHourPattern(std::string_view pattern) {
@@ -339,8 +338,10 @@ DateTime ParseSignedTime(std::string_view text, bool allow_number, bool skip_wid
     return Canonical(folded.front() == '-' ? -*value : *value);
   }
   if (const auto value = ParseUnsigned(rest, allow_number)) return Canonical(*value);
-  if (const auto time = ParseLongTime(rest)) return Canonical(time->rest + time->hours / 24);
-  return default_value;
+  const auto time = ParseLongTime(rest);
+  if (!time) return default_value;
+  const std::int32_t whole_days = time->hours / 24;
+  return Canonical(time->rest + whole_days);
 }
 
 DateTime ParseTime(std::string_view text, DateTime default_value) {

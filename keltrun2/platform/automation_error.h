@@ -9,10 +9,10 @@ namespace keltrun {
 
 /// Error numbers, those of the platform's automation errors.
 enum AutomationErrorConst : std::int32_t {
-  KR_ERROR_INVALID_CALL = 5,           // an argument or a moment that the call does not allow
-  KR_ERROR_SUBSCRIPT_OUT_OF_RANGE = 9, // an index outside the range of its array or list
-  KR_ERROR_OBJECT_NOT_SET = 91,        // a required object that is null
-  KR_ERROR_DUPLICATE_KEY = 457,        // a name that another entry has already
+  KR_ERROR_INVALID_CALL = 5,            // an argument or a moment that the call does not allow
+  KR_ERROR_SUBSCRIPT_OUT_OF_RANGE = 9,  // an index outside the range of its array or list
+  KR_ERROR_OBJECT_NOT_SET = 91,         // a required object that is null
+  KR_ERROR_DUPLICATE_KEY = 457,         // a name that another entry has already
 };
 
 /// An error raised to the host. Whatever raises it has changed nothing.
@@ -33,9 +33,8 @@ inline void CheckIndex(std::int32_t index, std::int32_t first, std::int32_t last
                        const char* object) {
   if (index >= first && index <= last) return;
   throw AutomationError(KR_ERROR_SUBSCRIPT_OUT_OF_RANGE,
-                        std::string(object) + ": index " + std::to_string(index) +
-                            " is outside " + std::to_string(first) + " to " +
-                            std::to_string(last));
+                        std::string(object) + ": index " + std::to_string(index) + " is outside " +
+                            std::to_string(first) + " to " + std::to_string(last));
 }
 
 /// Raises error 91 when `pointer` is null; `argument` names it, as in "clsAnalyzer.AddLap".

@@ -32,7 +32,8 @@ double Now() {
   if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH")) {
     std::int64_t seconds = 0;
     const auto parsed = std::from_chars(epoch, epoch + std::strlen(epoch), seconds);
-    if (parsed.ec == std::errc()) return kDaysTo1970 + static_cast<double>(seconds) / kSecondsPerDay;
+    if (parsed.ec == std::errc())
+      return kDaysTo1970 + static_cast<double>(seconds) / kSecondsPerDay;
   }
   return SystemNow();
 }

@@ -113,10 +113,15 @@ void AppendCode(std::string& out, char32_t c, std::uint16_t code, MissingCharact
   out.push_back(static_cast<char>(code & 0xFF));
 }
 
-std::string DecodeShiftJis(std::string_view bytes) {
+void AppendInvalid(Decoded& decoded) {
+  if (decoded.FirstInvalid == std::string::npos) decoded.FirstInvalid = decoded.Text.size();
+  AppendUtf8(decoded.Text, kReplacementCharacter);
+}
+
+Decoded DecodeShiftJis(std::string_view bytes) {
   static Converter converter("UTF-8", "CP932");
-  std::string out;
-  out.reserve(bytes.size() + bytes.size() / 2);
+  Decoded decoded;
+  decoded.Text.reserve(bytes.size() + bytes.size() / 2);
   const char* in = bytes.data();
   std::size_t in_left = bytes.size();
   std::array<char, 4096> buffer;
@@ -124,34 +129,36 @@ std::string DecodeShiftJis(std::string_view bytes) {
     char* target = buffer.data();
     std::size_t target_left = buffer.size();
     const bool whole = converter.Run(in, in_left, target, target_left);
-    out.append(buffer.data(), buffer.size() - target_left);
+    decoded.Text.append(buffer.data(), buffer.size() - target_left);
     if (!whole && target_left >= 8) {  // not merely a full buffer: a byte that is no Shift-JIS
-      AppendUtf8(out, kReplacementCharacter);
+      AppendInvalid(decoded);
       ++in;
       --in_left;
     }
   }
-  return out;
+  return decoded;
 }
 
-std::string DecodeWindows1252(std::string_view bytes) {
-  std::string out;
+Decoded DecodeWindows1252(std::string_view bytes) {
+  Decoded decoded;
   for (const char byte : bytes) {
     const auto value = static_cast<unsigned char>(byte);
-    char32_t c = value;
-    if (value >= 0x80 && value < 0xA0) {
-      c = kWindows1252[value - 0x80] == 0 ? kReplacementCharacter : kWindows1252[value - 0x80];
+    const bool special = value >= 0x80 && value < 0xA0;
+    const char32_t c = special ? kWindows1252[value - 0x80] : value;
+    if (special && c == 0) {
+      AppendInvalid(decoded);
+    } else {
+      AppendUtf8(decoded.Text, c);
     }
-    AppendUtf8(out, c);
   }
-  return out;
+  return decoded;
 }
 
-std::string ValidUtf8(std::string_view bytes) {
-  if (FindInvalidUtf8(bytes) == std::string_view::npos) return std::string(bytes);
-  std::string out;
-  for (std::size_t pos = 0; pos < bytes.size();) AppendUtf8(out, NextCodePoint(bytes, pos));
-  return out;
+Decoded DecodeUtf8(std::string_view bytes) {
+  Decoded decoded;
+  decoded.FirstInvalid = FindInvalidUtf8(bytes);
+  decoded.Text = ValidUtf8(bytes);
+  return decoded;
 }
 
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
@@ -205,13 +212,12 @@ void AppendEncoded(std::string& out, std::string_view text, Charset charset,
       continue;
     }
     const char32_t c = NextCodePoint(text, pos);
-    const std::uint16_t code =
-        charset == Charset::kShiftJis ? table.Code(c) : Windows1252Code(c);
+    const std::uint16_t code = charset == Charset::kShiftJis ? table.Code(c) : Windows1252Code(c);
     AppendCode(out, c, code, missing);
   }
 }
 
-std::string Decode(std::string_view bytes, Charset charset) {
+Decoded Decode(std::string_view bytes, Charset charset) {
   switch (charset) {
     case Charset::kShiftJis:
       return DecodeShiftJis(bytes);
@@ -220,24 +226,25 @@ std::string Decode(std::string_view bytes, Charset charset) {
     case Charset::kUtf8:
       break;
   }
-  return ValidUtf8(bytes);
+  return DecodeUtf8(bytes);
 }
 
 std::string DecodeTextFile(std::string_view bytes) {
   if (bytes.substr(0, 3) == "\xEF\xBB\xBF") return ValidUtf8(bytes.substr(3));
-  if (bytes.substr(0, 2) == "\xFF\xFE") return DecodeUtf16(bytes.substr(2), false);
-  if (bytes.substr(0, 2) == "\xFE\xFF") return DecodeUtf16(bytes.substr(2), true);
+  if (bytes.substr(0, 2) == "\xFF\xFE") return DecodeUtf16(bytes.substr(2), false).Text;
+  if (bytes.substr(0, 2) == "\xFE\xFF") return DecodeUtf16(bytes.substr(2), true).Text;
   const bool utf8 = !IsAscii(bytes) && FindInvalidUtf8(bytes) == std::string_view::npos;
-  return Decode(bytes, utf8 ? Charset::kUtf8 : Charset::kShiftJis);
+  return Decode(bytes, utf8 ? Charset::kUtf8 : Charset::kShiftJis).Text;
 }
 
-std::string DecodeUtf16(std::string_view bytes, bool big_endian) {
+Decoded DecodeUtf16(std::string_view bytes, bool big_endian) {
   const auto unit = [&](std::size_t i) {
     const auto first = static_cast<unsigned char>(bytes[i]);
     const auto second = static_cast<unsigned char>(bytes[i + 1]);
     return static_cast<char32_t>(big_endian ? first << 8 | second : second << 8 | first);
   };
-  std::string out;
+  const auto is_surrogate = [](char32_t c) { return c >= 0xD800 && c <= 0xDFFF; };
+  Decoded decoded;
   std::size_t i = 0;
   for (; i + 1 < bytes.size(); i += 2) {
     char32_t c = unit(i);
@@ -246,10 +253,14 @@ std::string DecodeUtf16(std::string_view bytes, bool big_endian) {
       c = 0x10000 + ((c - 0xD800) << 10) + (unit(i + 2) - 0xDC00);
       i += 2;
     }
-    AppendUtf8(out, c);
+    if (is_surrogate(c)) {
+      AppendInvalid(decoded);
+    } else {
+      AppendUtf8(decoded.Text, c);
+    }
   }
-  if (i < bytes.size()) AppendUtf8(out, kReplacementCharacter);
-  return out;
+  if (i < bytes.size()) AppendInvalid(decoded);
+  return decoded;
 }
 
 int ShiftJisLength(char32_t c) {

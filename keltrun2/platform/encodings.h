@@ -24,15 +24,20 @@ std::optional<Charset> CharsetFromName(std::string_view name);
 void AppendEncoded(std::string& out, std::string_view text, Charset charset,
                    MissingCharacter missing);
 
-/// Text of bytes in the charset; a byte that cannot be decoded is U+FFFD.
-std::string Decode(std::string_view bytes, Charset charset);
+/// Text of bytes in a charset.
+struct Decoded {
+  std::string Text;                              // U+FFFD in place of what cannot be decoded
+  std::size_t FirstInvalid = std::string::npos;  // offset of the first such place in Text
+};
+Decoded Decode(std::string_view bytes, Charset charset);
 
 /// Text of a file of unknown encoding: a byte-order mark decides (UTF-8, UTF-16); otherwise valid
 /// UTF-8 with at least one character beyond ASCII is UTF-8; everything else is Shift-JIS.
 std::string DecodeTextFile(std::string_view bytes);
 
-/// Text of UTF-16 bytes without a byte-order mark; an unpaired surrogate or odd byte is U+FFFD.
-std::string DecodeUtf16(std::string_view bytes, bool big_endian);
+/// Text of UTF-16 bytes without a byte-order mark; unpaired surrogates and an odd last byte are
+/// invalid.
+Decoded DecodeUtf16(std::string_view bytes, bool big_endian);
 
 /// Bytes that the character takes in Shift-JIS (code page 932): 1 or 2, and 1 where it has none.
 int ShiftJisLength(char32_t c);

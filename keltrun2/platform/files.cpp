@@ -35,6 +35,13 @@ std::string SystemError(std::string_view action, const std::string& name) {
   return std::string(action) + " " + name + ": " + std::strerror(errno);
 }
 
+// The system would read such a name only up to there.
+bool HasNul(const std::string& name, std::string& error) {
+  if (name.find('\0') == std::string::npos) return false;
+  error = "a file name must not hold a NUL character";
+  return true;
+}
+
 bool WriteAll(int handle, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(handle, bytes.data(), bytes.size());
@@ -59,12 +66,17 @@ std::string LinkTarget(const std::string& name) {
   std::error_code code;
   if (!std::filesystem::is_symlink(name, code)) return name;
   const std::filesystem::path target = std::filesystem::canonical(name, code);
-  return code ? name : target.string();
+  if (!code) return target.string();
+  // The link leads to a file that does not exist yet.
+  const std::filesystem::path path(name);
+  const std::filesystem::path link = std::filesystem::read_symlink(path, code);
+  return code ? name : (path.parent_path() / link).string();
 }
 
 }  // namespace
 
 std::optional<std::string> ReadFile(const std::string& name, std::string& error) {
+  if (HasNul(name, error)) return std::nullopt;
   Descriptor file(open(name.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat info;
   if (file.get() < 0 || fstat(file.get(), &info) != 0) {
@@ -78,7 +90,8 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error)
   std::string bytes;
   std::size_t filled = 0;
   std::size_t room = std::min(static_cast<std::size_t>(std::max<off_t>(info.st_size, 0)),
-                              kLargestInputFile) + 1;  // one more shows the end of the file
+                              kLargestInputFile) +
+                     1;  // one more shows the end of the file
   while (true) {
     bytes.resize(filled + room);
     const ssize_t got = read(file.get(), bytes.data() + filled, room);
@@ -101,6 +114,7 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error)
 }
 
 bool WriteFile(const std::string& name, std::string_view bytes, std::string& error) {
+  if (HasNul(name, error)) return false;
   struct stat info;
   const bool exists = stat(name.c_str(), &info) == 0;
   if (exists && S_ISDIR(info.st_mode)) {
@@ -110,11 +124,13 @@ bool WriteFile(const std::string& name, std::string_view bytes, std::string& err
   if (exists && !S_ISREG(info.st_mode)) return WriteDirectly(name, bytes, error);
 
   const std::string target = LinkTarget(name);
-  const std::string temporary = target + "." + std::to_string(getpid()) + ".tmp";
+  const std::string temporary = (std::filesystem::path(target).parent_path() /
+                                 (".keltrun2-" + std::to_string(getpid()) + ".tmp"))
+                                    .string();
   const mode_t mode = exists ? info.st_mode & 07777 : 0666;
   unlink(temporary.c_str());  // left over from a process of the same number that was killed
   Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-  if (file.get() < 0) {
+  if (file.get() < 0 || (exists && fchmod(file.get(), mode) != 0)) {  // past the umask
     error = SystemError("cannot write", name);
     return false;
   }

@@ -90,6 +90,13 @@ std::size_t FindInvalidUtf8(std::string_view text) {
   return std::string_view::npos;
 }
 
+std::string ValidUtf8(std::string_view text) {
+  if (FindInvalidUtf8(text) == std::string_view::npos) return std::string(text);
+  std::string out;
+  for (std::size_t pos = 0; pos < text.size();) AppendUtf8(out, NextCodePoint(text, pos));
+  return out;
+}
+
 bool IsAscii(std::string_view text) { return AsciiRun(text, 0) == text.size(); }
 
 }  // namespace keltrun

@@ -1,6 +1,7 @@
 #include "keltrun2/platform/xml.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <unordered_set>
 
@@ -26,51 +27,89 @@ std::string_view DeclaredEncoding(std::string_view bytes) {
   return declaration.substr(open + 1, close - open - 1);
 }
 
-void DropMark(std::string_view& text) {
-  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+// Drops a UTF-8 byte-order mark; true when there was one.
+bool DropMark(std::string_view& text) {
+  if (text.substr(0, 3) != "\xEF\xBB\xBF") return false;
+  text.remove_prefix(3);
+  return true;
+}
+
+// Line and column (in characters) of an offset in a text.
+XmlError Locate(std::string_view text, std::size_t offset, std::string detail) {
+  XmlError error{1, 1, std::move(detail)};
+  for (std::size_t pos = 0; pos < std::min(offset, text.size());) {
+    const char32_t c = NextCodePoint(text, pos);
+    const bool line_break = c == '\n' || (c == '\r' && text.substr(pos, 1) != "\n");
+    error.Line += line_break ? 1 : 0;
+    error.Column = line_break ? 1 : error.Column + 1;
+  }
+  return error;
 }
 
 // Makes `bytes` UTF-8, without the byte-order mark: as they are, or as a view of `converted`.
-std::optional<XmlError> ToUtf8(std::string_view& bytes, std::string& converted) {
+std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
   const bool little_endian = bytes.substr(0, 2) == "\xFF\xFE";
   const bool big_endian = bytes.substr(0, 2) == "\xFE\xFF";
+  std::string_view encoding;
   if (little_endian || big_endian) {
+    encoding = "UTF-16";
     converted = DecodeUtf16(bytes.substr(2), big_endian);
-    bytes = converted;
-    return std::nullopt;
-  }
-  DropMark(bytes);
-  const std::string_view name = DeclaredEncoding(bytes);
-  const std::optional<Charset> charset = name.empty() ? Charset::kUtf8 : CharsetFromName(name);
-  if (!charset) {
-    return XmlError{1, 1, "the encoding \"" + std::string(name) + "\" is not known"};
-  }
-  if (*charset != Charset::kUtf8) {
+  } else if (DropMark(bytes)) {
+    return std::nullopt;  // UTF-8, whatever the declaration says
+  } else {
+    encoding = DeclaredEncoding(bytes);
+    const auto charset = encoding.empty() ? Charset::kUtf8 : CharsetFromName(encoding);
+    if (!charset) {
+      return XmlError{1, 1, "the encoding \"" + std::string(encoding) + "\" is not known"};
+    }
+    if (*charset == Charset::kUtf8) return std::nullopt;
     converted = Decode(bytes, *charset);
-    bytes = converted;
   }
+  if (converted.FirstInvalid != std::string::npos) {
+    return Locate(converted.Text, converted.FirstInvalid,
+                  "a byte that is not valid " + std::string(encoding));
+  }
+  bytes = converted.Text;
   return std::nullopt;
 }
 
-bool HasDuplicate(const pugi::xml_node& element, pugi::xml_attribute& duplicate) {
-  constexpr int kFewAttributes = 16;
-  int seen = 0;
-  std::unordered_set<std::string_view> names;
-  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute(), ++seen) {
-    if (seen < kFewAttributes) {
-      for (pugi::xml_attribute b = element.first_attribute(); b != a; b = b.next_attribute()) {
-        if (std::strcmp(a.name(), b.name()) == 0) return duplicate = a, true;
-      }
-      continue;
-    }
-    if (seen == kFewAttributes) {  // from here on a set, so that the work stays linear
-      for (pugi::xml_attribute b = element.first_attribute(); b != a; b = b.next_attribute()) {
-        names.insert(b.name());
-      }
-    }
-    if (!names.insert(a.name()).second) return duplicate = a, true;
+// Offset of a NUL character, as it is or as a reference like "&#0;", or npos. The parser would end
+// the text or value there in silence.
+std::size_t FindNul(std::string_view text) {
+  const std::size_t plain = text.find('\0');
+  if (plain != std::string_view::npos) return plain;
+  for (std::size_t at = text.find("&#"); at != std::string_view::npos;
+       at = text.find("&#", at + 1)) {
+    std::size_t digit = at + 2;
+    if (digit < text.size() && text[digit] == 'x') ++digit;
+    const std::size_t end = text.find_first_not_of('0', digit);
+    if (end != std::string_view::npos && end > digit && text[end] == ';') return at;
   }
-  return false;
+  return std::string_view::npos;
+}
+
+// The second of two attributes of one name among many, or null; linear.
+pugi::xml_attribute DuplicateAmongMany(const pugi::xml_node& element) {
+  std::unordered_set<std::string_view> names;
+  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
+    if (!names.insert(a.name()).second) return a;
+  }
+  return {};
+}
+
+pugi::xml_attribute Duplicate(const pugi::xml_node& element) {
+  constexpr std::size_t kFewAttributes = 16;
+  std::array<const char*, kFewAttributes> names;
+  std::size_t seen = 0;
+  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
+    if (seen == kFewAttributes) return DuplicateAmongMany(element);
+    const char* name = a.name();
+    for (std::size_t i = 0; i < seen; ++i) {
+      if (*names[i] == *name && std::strcmp(names[i], name) == 0) return a;
+    }
+    names[seen++] = name;
+  }
+  return {};
 }
 
 struct StringWriter : pugi::xml_writer {
@@ -95,7 +134,7 @@ std::string ToString(const XmlError& error) {
 }
 
 std::optional<XmlError> XmlDocument::LoadBytes(std::string_view bytes) {
-  std::string converted;
+  Decoded converted;
   if (std::optional<XmlError> error = ToUtf8(bytes, converted)) return error;
   source_ = bytes;
   return Parse();
@@ -111,16 +150,17 @@ std::optional<XmlError> XmlDocument::Parse() {
   document_.reset();
   const std::size_t invalid = FindInvalidUtf8(source_);
   if (invalid != std::string::npos) return ErrorAt(invalid, "a byte that is not valid UTF-8");
-  const std::size_t nul = source_.find('\0');
+  const std::size_t nul = FindNul(source_);
   if (nul != std::string::npos) return ErrorAt(nul, "a NUL character");
   if (source_.find_first_not_of(" \t\r\n") == std::string::npos) {
     return XmlError{1, 1, "the file is empty"};
   }
   buffer_ = source_;
+  buffer_ += '\n';  // the parser works in place and needs the last byte for itself
   // Read as a fragment, so that text beside the root is kept and can be refused.
   const unsigned flags = pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment;
-  const pugi::xml_parse_result result = document_.load_buffer_inplace(
-      buffer_.data(), buffer_.size(), flags, pugi::encoding_utf8);
+  const pugi::xml_parse_result result =
+      document_.load_buffer_inplace(buffer_.data(), buffer_.size(), flags, pugi::encoding_utf8);
   std::optional<XmlError> error;
   if (!result) {
     error = ErrorAt(static_cast<std::size_t>(result.offset), result.description());
@@ -128,7 +168,11 @@ std::optional<XmlError> XmlDocument::Parse() {
     error = CheckTopLevel();
     if (!error) error = CheckElements();
   }
-  if (error) document_.reset();
+  if (error) {
+    document_.reset();
+  } else {
+    root_place_ = ErrorAt(Root(), "");
+  }
   return error;
 }
 
@@ -142,12 +186,12 @@ std::optional<XmlError> XmlDocument::CheckTopLevel() const {
         break;
       case pugi::node_doctype:
         if (std::strchr(node.value(), '[') != nullptr) {
-          return XmlError{0, 0, "a document type with declarations of its own is not accepted"};
+          return ErrorAt(node, "a document type with declarations of its own is not accepted");
         }
         break;
       case pugi::node_pcdata:
       case pugi::node_cdata:
-        return ErrorAt(node, "text outside the root element");
+        return ErrorAtText(node, "text outside the root element");
       default:
         break;
     }
@@ -166,8 +210,7 @@ std::optional<XmlError> XmlDocument::CheckElements() const {
       if (depth > kDeepestNesting) {
         return ErrorAt(node, "elements nested deeper than " + std::to_string(kDeepestNesting));
       }
-      pugi::xml_attribute duplicate;
-      if (HasDuplicate(node, duplicate)) {
+      if (const pugi::xml_attribute duplicate = Duplicate(node)) {
         return ErrorAt(node, "the attribute \"" + std::string(duplicate.name()) + "\" twice in <" +
                                  std::string(node.name()) + ">");
       }
@@ -177,25 +220,31 @@ std::optional<XmlError> XmlDocument::CheckElements() const {
       ++depth;
       continue;
     }
-    while (node != root && !node.next_sibling()) {
+    pugi::xml_node next;
+    while (node != root && !(next = node.next_sibling())) {
       node = node.parent();
       --depth;
     }
     if (node == root) return std::nullopt;
-    node = node.next_sibling();
+    node = next;
   }
 }
 
 XmlError XmlDocument::ErrorAt(std::size_t offset, std::string detail) const {
-  XmlError error{1, 1, std::move(detail)};
-  const std::string_view text = source_;
-  for (std::size_t pos = 0; pos < std::min(offset, text.size());) {
-    const char32_t c = NextCodePoint(text, pos);
-    const bool line_break = c == '\n' || (c == '\r' && text.substr(pos, 1) != "\n");
-    error.Line += line_break ? 1 : 0;
-    error.Column = line_break ? 1 : error.Column + 1;
-  }
+  return Locate(source_, offset, std::move(detail));
+}
+
+XmlError XmlDocument::ErrorAtRoot(std::string detail) const {
+  XmlError error = root_place_;
+  error.Detail = std::move(detail);
   return error;
+}
+
+// Behind the white space that a text begins with.
+XmlError XmlDocument::ErrorAtText(pugi::xml_node node, std::string detail) const {
+  const auto begin = static_cast<std::size_t>(std::max<std::ptrdiff_t>(node.offset_debug(), 0));
+  const std::size_t text = source_.find_first_not_of(" \t\r\n", begin);
+  return ErrorAt(std::min(text, source_.size()), std::move(detail));
 }
 
 XmlError XmlDocument::ErrorAt(pugi::xml_node node, std::string detail) const {

@@ -36,14 +36,19 @@ class XmlDocument {
   /// The root element; null before a successful load.
   pugi::xml_node Root() const { return document_.document_element(); }
 
+  /// An error of whoever reads the document, placed at its root element.
+  XmlError ErrorAtRoot(std::string detail) const;
+
  private:
   std::optional<XmlError> Parse();
   std::optional<XmlError> CheckTopLevel() const;
   std::optional<XmlError> CheckElements() const;
   XmlError ErrorAt(std::size_t offset, std::string detail) const;
   XmlError ErrorAt(pugi::xml_node node, std::string detail) const;
+  XmlError ErrorAtText(pugi::xml_node node, std::string detail) const;
 
   std::string_view source_;  // the text during a load: offsets in it become lines and columns
+  XmlError root_place_;      // where the root element begins, without a detail
   std::string buffer_;       // the copy that the parser cuts into names and values
   pugi::xml_document document_;
 };

@@ -88,15 +88,15 @@ void AppendTimeWithoutMiss(std::string& out, const Runner& runner) {
   AppendTime(out, runner.TotalTimeWithoutMiss()->Value(), kTimePattern, true, kMarkers);
 }
 
-constexpr ValueSection kCruiseSection = {
-    "◆ 巡行速度(%)", " class=\"ch\"", "<td bgcolor=\"#bbccdd\" class=\"cl\">&nbsp;</td>",
-    "<td colspan=\"2\" class=\"cv\">", AppendCruiseSpeed};
-constexpr ValueSection kMissRateSection = {
-    "◆ ミス率(%)", " class=\"sh\"", "<td bgcolor=\"#bbccdd\" class=\"sl\">&nbsp;</td>",
-    "<td colspan=\"2\" class=\"sv\">", AppendMissRate};
-constexpr ValueSection kNoMissSection = {
-    "◆ ミスを除いたタイム", " class=\"wh\"", "<td bgcolor=\"#bbccdd\" class=\"wl\">&nbsp;</td>",
-    "<td colspan=\"2\" class=\"wv\">", AppendTimeWithoutMiss};
+constexpr ValueSection kCruiseSection = {"◆ 巡行速度(%)", " class=\"ch\"",
+                                         "<td bgcolor=\"#bbccdd\" class=\"cl\">&nbsp;</td>",
+                                         "<td colspan=\"2\" class=\"cv\">", AppendCruiseSpeed};
+constexpr ValueSection kMissRateSection = {"◆ ミス率(%)", " class=\"sh\"",
+                                           "<td bgcolor=\"#bbccdd\" class=\"sl\">&nbsp;</td>",
+                                           "<td colspan=\"2\" class=\"sv\">", AppendMissRate};
+constexpr ValueSection kNoMissSection = {"◆ ミスを除いたタイム", " class=\"wh\"",
+                                         "<td bgcolor=\"#bbccdd\" class=\"wl\">&nbsp;</td>",
+                                         "<td colspan=\"2\" class=\"wv\">", AppendTimeWithoutMiss};
 
 // A name in pieces of ten characters, two breaks at the most, so that columns stay narrow.
 void AppendInTens(std::string& out, std::string_view text) {
@@ -121,7 +121,8 @@ class AnalysisPage {
 
   void MakeTable() {
     ReserveForTable();
-    out_ += "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"lap\">";
+    out_ +=
+        "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"lap\">";
     out_ += kCrLf;
     MakePageTitleRow();
     MakeNameRow();
@@ -263,8 +264,7 @@ class AnalysisPage {
   void AppendCompact(DateTime time) { AppendTime(out_, time, kTimePattern, true, kMarkers); }
 
   void AppendPair(const CellPair& openings, std::int32_t rank, DateTime time) {
-    const auto marked =
-        static_cast<std::size_t>(rank >= 1 && rank <= kMarkedRanks ? rank : 0);
+    const auto marked = static_cast<std::size_t>(rank >= 1 && rank <= kMarkedRanks ? rank : 0);
     out_ += openings.time[marked];
     AppendCompact(time);
     out_.append("</td>").append(openings.rank[marked]);
@@ -362,9 +362,7 @@ class AnalysisPage {
 
   void AppendPercent(const clsPercentValue& value) { out_ += value.ToString(); }
 
-  void AppendMissTime(const clsMissTimeValue& value) {
-    out_ += value.ToString(kTimePattern, true);
-  }
+  void AppendMissTime(const clsMissTimeValue& value) { out_ += value.ToString(kTimePattern, true); }
 
   std::string& out_;
   const clsAnalyzer& analyzer_;

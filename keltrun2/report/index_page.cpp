@@ -58,8 +58,9 @@ std::string RowName(std::string_view name) {
 void AppendIndexHead(std::string& out, const clsEventData& event, bool official_site) {
   out.append(kCrLf).append(kIndexStart).append(kCrLf);
   out += "<table cellpadding=\"2\" cellspacing=\"0\" border=\"1\" width=\"650\" class=\"top\">\r\n";
-  out += "<tr><td nowrap colspan=\"4\" bgcolor=\"#c04040\" class=\"t-event-name\">"
-         "<font size=\"+1\" color=\"white\"><b>&nbsp;";
+  out +=
+      "<tr><td nowrap colspan=\"4\" bgcolor=\"#c04040\" class=\"t-event-name\">"
+      "<font size=\"+1\" color=\"white\"><b>&nbsp;";
   AppendEscaped(out, event.EventName);
   out += "&nbsp;</b></font></td></tr>\r\n";
   const std::string information = EventInformation(event, official_site);
@@ -83,17 +84,20 @@ void AppendIndexLinksRow(std::string& out, std::string_view links) {
 void AppendIndexRow(std::string& out, const IndexRow& row) {
   constexpr std::size_t kNameColumns = 6;
   constexpr std::size_t kResultColumns = 8;
-  out += "<tr><td nowrap bgcolor=\"#405080\" width=\"125\" class=\"t-class-head\">"
-         "<font color=\"white\"><B>&nbsp;";
+  out +=
+      "<tr><td nowrap bgcolor=\"#405080\" width=\"125\" class=\"t-class-head\">"
+      "<font color=\"white\"><B>&nbsp;";
   AppendEscaped(out, RowName(row.Name));
-  out += "&nbsp;</B></font></td>\r\n"
-         "<td nowrap bgcolor=\"#ffffff\" width=\"300\" class=\"t-class-body\">\r\n";
+  out +=
+      "&nbsp;</B></font></td>\r\n"
+      "<td nowrap bgcolor=\"#ffffff\" width=\"300\" class=\"t-class-body\">\r\n";
   out.append(row.Links).append("</td>\r\n");
   out += "<td nowrap bgcolor=\"#ddffdd\" align=\"center\" width=\"100\" class=\"t-class-length\">";
   if (row.ClassInfo.empty()) out += "&nbsp;";
   AppendEscaped(out, row.ClassInfo);
-  out += "</td>\r\n"
-         "<td nowrap align=\"center\" bgcolor=\"#ffffcc\" width=\"100\" class=\"t-class-winner\">";
+  out +=
+      "</td>\r\n"
+      "<td nowrap align=\"center\" bgcolor=\"#ffffcc\" width=\"100\" class=\"t-class-winner\">";
   AppendEscapedNoBreak(out, PadByWidth(NormalizeName(row.WinnerName), kNameColumns, false, true) +
                                 PadByWidth(row.WinnerResult, kResultColumns, true, true));
   out += "</td>\r\n</tr>\r\n";

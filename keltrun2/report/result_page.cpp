@@ -32,8 +32,8 @@ using RowValues = std::array<std::string, kColumns>;
 
 RowValues ReadRow(const clsResultsHolder& results, std::int32_t index) {
   const clsLapData& runner = *results.Item(index);
-  RowValues row = {runner.Rank, runner.Seed, runner.RunnerName, runner.Result(), "",
-                   runner.ClubName};
+  RowValues row = {runner.Rank,     runner.Seed, runner.RunnerName,
+                   runner.Result(), "",          runner.ClubName};
   if (results.DataSetIsMix) {
     row[0] = results.RankInDataSet(index);
     row[1] = "(" + runner.ClassName() + ")";
@@ -92,14 +92,14 @@ void MakeResultLines(std::string& out, const clsResultsHolder& results) {
 
 }  // namespace
 
-void AppendResultPage(std::string& out, const clsResultsHolder& results,
-                      std::string_view top_value, std::string_view link_style_file,
-                      std::string_view charset) {
+void AppendResultPage(std::string& out, const clsResultsHolder& results, std::string_view top_value,
+                      std::string_view link_style_file, std::string_view charset) {
   out += "<html>\r\n";
   MakeHead(out, {.LinkStyleFile = link_style_file, .Charset = charset});
   out += "<body>\r\n";
   out.append(top_value).append(kCrLf);
-  out += "<table border=\"0\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"result\">";
+  out +=
+      "<table border=\"0\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"result\">";
   out += kCrLf;
   MakeResultTitleRow(out, results);
   MakeResultLines(out, results);

@@ -13,6 +13,12 @@ constexpr DateTime kFirstDate = -657434;  // 100-01-01
 constexpr DateTime kLastDate = 2958465;   // 9999-12-31
 constexpr int kDaysTo1970 = 25569;
 
+// A half second in days is as a rule a hair above or below the half. Rounding up what is this close
+// below it makes all halves round the same way.
+constexpr double kHairSeconds = 1e-7;
+
+double RoundSeconds(double seconds) { return std::floor(seconds + (0.5 + kHairSeconds)); }
+
 // Days from 1970-01-01, and back: the usual era arithmetic with years beginning in March.
 int DaysFromCivil(int year, int month, int day) {
   year -= month <= 2 ? 1 : 0;
@@ -98,7 +104,7 @@ DayAndTime Split(DateTime value) {
   if (std::isnan(value)) value = 0;
   value = std::clamp(value, kFirstDate, kLastDate + 1 - 1 / kSecondsPerDay);
   double day = std::trunc(value);
-  double seconds = std::floor(std::fabs(value - day) * kSecondsPerDay + 0.5);
+  double seconds = RoundSeconds(std::fabs(value - day) * kSecondsPerDay);
   if (seconds >= kSecondsPerDay) {
     seconds -= kSecondsPerDay;
     day += 1;
@@ -179,7 +185,7 @@ DateTime Canonical(DateTime value) {
 long long WholeSeconds(DateTime value) {
   if (std::isnan(value)) return 0;
   value = std::clamp(value, -kLongestTime, kLongestTime);
-  return static_cast<long long>(std::floor(value * kSecondsPerDay + 0.5));
+  return static_cast<long long>(RoundSeconds(value * kSecondsPerDay));
 }
 
 std::optional<DateTime> DateNumber(int year, int month, int day) {

@@ -31,13 +31,13 @@ long long WholeSeconds(DateTime value);
 std::optional<DateTime> DateNumber(int year, int month, int day);
 
 /// The platform's date or time test, surrounding spaces allowed: "h:mm", "h:mm:ss" (hours 0 to 23),
-/// "hh.mm.ss" with two digits each, "yyyy/m/d", or such a date, a blank and such a time. Hours of 24
-/// and more and minutes or seconds of 60 and more are refused.
+/// "hh.mm.ss" with two digits each, "yyyy/m/d", or such a date, a blank and such a time. Hours of
+/// 24 and more and minutes or seconds of 60 and more are refused.
 std::optional<DateTime> ParseDateTime(std::string_view text);
 
-/// The value by a pattern: "yyyy" "mm" "dd" date, "h" "hh" hour (0 to 23), "n" "nn" minutes, "s" "ss"
-/// seconds, a backslash makes the next character literal, everything else is copied. The time of
-/// day is that of the value rounded to whole seconds.
+/// The value by a pattern: "yyyy" "mm" "dd" date, "h" "hh" hour (0 to 23), "n" "nn" minutes, "s"
+/// "ss" seconds, a backslash makes the next character literal, everything else is copied. The time
+/// of day is that of the value rounded to whole seconds.
 std::string FormatDateTime(DateTime value, std::string_view pattern);
 void AppendDateTime(std::string& out, DateTime value, std::string_view pattern);
 

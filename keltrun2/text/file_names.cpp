@@ -37,8 +37,7 @@ std::string CleanFileName(std::string_view path) {
 
 std::string RemoveUnsafeKeepingExtension(std::string_view text) {
   const std::size_t dot = text.rfind('.');
-  if (dot == std::string_view::npos ||
-      text.find_first_of(kUnsafe, dot) != std::string_view::npos) {
+  if (dot == std::string_view::npos || text.find_first_of(kUnsafe, dot) != std::string_view::npos) {
     return RemoveUnsafe(text);  // what follows the last dot is no extension
   }
   return RemoveUnsafe(text.substr(0, dot)) + std::string(text.substr(dot));

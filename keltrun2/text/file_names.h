@@ -10,7 +10,8 @@ namespace keltrun {
 std::string RemoveUnsafe(std::string_view text);
 
 /// RemoveUnsafe on the file-name part of a path (behind the last "\", else the last "/", else the
-/// last ":"); a folder part (up to the last "\", else the last ":") is kept and ends in a separator.
+/// last ":"); a folder part (up to the last "\", else the last ":") is kept and ends in a
+/// separator.
 std::string CleanFileName(std::string_view path);
 
 /// RemoveUnsafe on everything before the file extension, which is kept as it is.

@@ -101,9 +101,19 @@ std::int32_t RoundToLong(double value) {
   return fits ? static_cast<std::int32_t>(rounded) : 0;
 }
 
-std::int32_t NumericLong(std::string_view text) { return RoundToLong(NumericValue(text).value_or(0)); }
+std::int32_t NumericLong(std::string_view text) {
+  return RoundToLong(NumericValue(text).value_or(0));
+}
 
-std::int32_t LeadingLong(std::string_view text) { return RoundToLong(LeadingNumber(text)); }
+std::int32_t LeadingLong(std::string_view text) {
+  constexpr std::size_t kFewDigits = 9;  // no overflow
+  if (!text.empty() && text.size() <= kFewDigits && SkipDigits(text, 0) == text.size()) {
+    std::int32_t value = 0;
+    for (const char c : text) value = value * 10 + (c - '0');
+    return value;
+  }
+  return RoundToLong(LeadingNumber(text));
+}
 
 std::string FormatNumber(double value, std::string_view pattern) {
   constexpr double kLargest = 1e15;  // beyond it doubles hold no fractions
@@ -132,8 +142,8 @@ std::string FormatNumber(double value, std::string_view pattern) {
 std::string FormatGeneral(double value) {
   if (!std::isfinite(value)) return "0";
   std::array<char, 400> buffer;  // the largest double has 309 digits
-  const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                    std::chars_format::fixed);
+  const auto result =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed);
   return std::string(buffer.data(), result.ptr);
 }
 

@@ -9,8 +9,9 @@
 
 namespace keltrun {
 
-/// The parts before and after the first occurrence of the separator, both trimmed of spaces. Without
-/// one, the whole text as it is (trimmed only when `trim`) and the empty text. Views into `text`.
+/// The parts before and after the first occurrence of the separator, both trimmed of spaces.
+/// Without one, the whole text as it is (trimmed only when `trim`) and the empty text. Views into
+/// `text`.
 std::pair<std::string_view, std::string_view> SplitAt(std::string_view text,
                                                       std::string_view separator,
                                                       bool trim = false);

@@ -12,8 +12,8 @@ namespace keltrun {
 struct HalfWidth {
   bool Letters = true;
   bool Digits = true;
-  bool Space = true;    // U+3000
-  bool Symbols = true;  // U+FF01 to U+FF5E without the letters, digits and U+FF3C, and U+FFE5
+  bool Space = true;     // U+3000
+  bool Symbols = true;   // U+FF01 to U+FF5E without the letters, digits and U+FF3C, and U+FFE5
   bool ToUpper = false;  // also ASCII letters
   bool ToLower = false;
 };

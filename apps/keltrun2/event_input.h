@@ -1,0 +1,13 @@
+// Loading the event of a command.
+#pragma once
+
+#include "apps/keltrun2/options.h"
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::cli {
+
+/// Loads the event, from standard input for "-". Throws CommandError when it does not load, or
+/// loads with a text that needs attention.
+void LoadEvent(clsKeltrun2& root, const Options& options);
+
+}  // namespace keltrun::cli

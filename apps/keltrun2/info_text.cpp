@@ -1,0 +1,113 @@
+#include "apps/keltrun2/info_text.h"
+
+#include "apps/keltrun2/display_text.h"
+
+namespace keltrun::cli {
+namespace {
+
+constexpr std::string_view kMomentPattern = "yyyy-mm-dd hh:nn:ss";
+constexpr TextTable::Align kRight = TextTable::Align::kRight;
+
+std::string Moment(DateTime value) {
+  return value > 0 ? FormatDateTime(value, kMomentPattern) : "";
+}
+
+// Words that are not empty, with a blank between them.
+std::string Words(std::initializer_list<std::string> words) {
+  std::string out;
+  for (const std::string& word : words) {
+    if (!out.empty() && !word.empty()) out += ' ';
+    out += word;
+  }
+  return out;
+}
+
+std::string InBrackets(const std::string& text) { return text.empty() ? "" : "(" + text + ")"; }
+
+// 0 stands for unknown in the numbers of classes.
+std::string Known(std::int32_t number, const char* unit = "") {
+  return number == 0 ? "-" : std::to_string(number) + unit;
+}
+
+void AppendHead(std::string& out, const clsKeltrun2& root) {
+  const auto event = root.EventData();
+  const auto meta = root.MetaData();
+  AppendFact(out, "Event", event->ToString());
+  AppendFact(out, "Memo", event->Memo);
+  AppendFact(out, "Web site", event->OfficialSite);
+  AppendFact(out, "File", Words({root.FileName(), InBrackets(Moment(root.FileDate()))}));
+  AppendFact(
+      out, "Created",
+      Words({Moment(meta->CreateDate), meta->CreateApplication, InBrackets(meta->CreateUserName)}));
+  AppendFact(out, "Updated",
+             Words({Moment(meta->LastUpdateDate), meta->LastUpdateApplication,
+                    InBrackets(meta->LastUpdateUserName)}));
+}
+
+void AppendSection(std::string& out, const std::string& title, std::int32_t count,
+                   const TextTable& table) {
+  out += "\n" + title + ": " + std::to_string(count) + "\n";
+  if (count > 0) table.AppendTo(out);
+}
+
+void AppendClasses(std::string& out, const clsKeltrun2& root) {
+  TextTable table({{"Name"},
+                   {"Runners", kRight},
+                   {"Controls", kRight},
+                   {"Length", kRight},
+                   {"Climb", kRight},
+                   {"Course", kRight},
+                   {"Qualify", kRight},
+                   {"Files"}});
+  for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
+    const auto klass = root.ClassData(i);
+    table.AddRow({klass->ClassName(), std::to_string(klass->LapCount()), Known(klass->ControlCount),
+                  Known(klass->Length, " m"), Known(klass->Climb, " m"), Known(klass->CourseNum),
+                  Known(klass->CutOffRank), klass->FileName()});
+  }
+  AppendSection(out, "Classes", root.ClassCount(), table);
+}
+
+std::string ControlCodes(const clsCourseData& course) {
+  std::string codes;
+  for (std::int32_t i = 1; i <= course.ControlCount(); ++i) {
+    if (i > 1) codes += ' ';
+    codes += std::to_string(course.ControlNum(i));
+  }
+  return codes;
+}
+
+void AppendCourses(std::string& out, const clsKeltrun2& root) {
+  TextTable table({{"Number", kRight}, {"Controls", kRight}, {"Codes"}});
+  for (std::int32_t i = 1; i <= root.CourseCount(); ++i) {
+    const auto course = root.CourseData(i);
+    table.AddRow({std::to_string(course->CourseIndex()), std::to_string(course->ControlCount()),
+                  ControlCodes(*course)});
+  }
+  AppendSection(out, "Courses", root.CourseCount(), table);
+}
+
+void AppendChoices(std::string& out, const clsKeltrun2& root) {
+  TextTable table({{"Option"}, {"Runners", kRight}, {"Classes"}});
+  const auto choices = root.ClassAndCourseList();
+  for (const std::string& text : choices) {
+    const ClassAndCourseValue choice = root.SeparateClassAndCourseValue(text);
+    const std::string option =
+        choice.ClassIndex > 0 ? "--class" : "--course " + std::to_string(choice.CourseNum);
+    table.AddRow({option, std::to_string(choice.RunnerCount), choice.ValueName});
+  }
+  AppendSection(out, "To analyze", static_cast<std::int32_t>(choices.size()), table);
+}
+
+}  // namespace
+
+std::string InfoText(const clsKeltrun2& root) {
+  std::string out;
+  AppendHead(out, root);
+  AppendClasses(out, root);
+  AppendCourses(out, root);
+  AppendChoices(out, root);
+  return out;
+}
+
+}  // namespace keltrun::cli

@@ -1,0 +1,69 @@
+// The command line host: publishes, analyses and shows lap files.
+#include <malloc.h>
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <variant>
+
+#include "apps/keltrun2/command_error.h"
+#include "apps/keltrun2/command_line.h"
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::cli {
+namespace {
+
+constexpr std::int32_t kLocaleJapan = 1041;
+constexpr std::int32_t kLocaleUsa = 1033;
+
+// Memory that was freed stays in the process and is handed out again: the first touch of a fresh
+// page costs more than the work done in it, and each page of a site needs a large buffer. A library
+// must leave this to its host; a program that is alone in its process may choose it.
+void KeepMemory() {
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the most that the C library accepts
+  mallopt(M_TRIM_THRESHOLD, 1 << 30);
+}
+
+// The same command gives the same pages on every machine, whatever LANG says there.
+void ChooseLanguage(const std::string& language) {
+  Startup startup;
+  startup.Language = language;
+  startup.Locale = language == "ja" ? kLocaleJapan : kLocaleUsa;
+  SetStartup(startup);
+}
+
+// Component texts have lines that end in CR LF, a terminal wants LF.
+void PrintError(std::string text) {
+  std::erase(text, '\r');
+  std::cerr << "keltrun2: " << text << '\n';
+}
+
+int Run(const CommandLine& line) {
+  ChooseLanguage(line.options.language);
+  clsKeltrun2 root;
+  line.command(root, line.options);
+  return kDone;
+}
+
+int Main(int argc, char** argv) {
+  KeepMemory();
+  try {
+    const auto line = ReadCommandLine(argc, argv);
+    const int* exit_code = std::get_if<int>(&line);
+    const int code = exit_code != nullptr ? *exit_code : Run(std::get<CommandLine>(line));
+    if (!std::cout.flush()) throw CommandError("cannot write standard output");
+    return code;
+  } catch (const CommandError& error) {
+    PrintError(error.what());
+    return error.ExitCode();
+  } catch (const std::exception& error) {
+    PrintError(error.what());
+    return kFailed;
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::cli
+
+int main(int argc, char** argv) { return keltrun::cli::Main(argc, argv); }

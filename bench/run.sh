@@ -1,0 +1,25 @@
+#!/bin/sh
+# Builds the benchmarks, makes the synthetic events once, measures, and prints the table of figures.
+#   bench/run.sh [rounds]
+set -eu
+cd "$(dirname "$0")/.."
+rounds=${1:-7}
+data=build/release/bench-data
+
+make_event() {  # file, classes, runners in each
+  [ -s "$data/$1" ] && return
+  python3 scripts/make_event.py --classes "$2" --runners-per-class "$3" --controls 24 --seed 1 \
+    --out "$data/$1.part"
+  mv "$data/$1.part" "$data/$1"
+}
+
+[ -f build/release/build.ninja ] || cmake --preset release
+cmake --build --preset release --target keltrun2_bench -j2
+mkdir -p "$data"
+for runners in 2000 6000 20000; do
+  make_event "classes$runners.lxm" $((runners / 50)) 50
+done
+for runners in 125 250 500 1000 2000 4000 8000; do
+  make_event "class$runners.lxm" 1 "$runners"
+done
+KELTRUN2_BENCH_DATA=$data exec python3 bench/table.py build/release/bin/keltrun2_bench "$rounds"

@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+"""Measures with the benchmark program in rounds and prints the figures of this run as one table.
+
+    table.py PROGRAM [ROUNDS]
+
+In a round every figure is measured once: with kept memory in a process that repeats it, with the default
+allocator in a fresh process that does it once. A figure is the median of its rounds, a ratio the median
+of the rounds' ratios.
+"""
+import json
+import math
+import statistics
+import subprocess
+import sys
+
+KEPT, DEFAULT = 'kept', 'default'
+WALL, PROCESSOR = 'real_time', 'cpu_time'
+AT = {False: 'at most ', True: 'at least '}
+LOADS = [2000, 6000, 20000]
+CLASSES = [125, 250, 500, 1000, 2000, 4000, 8000]
+# Growth between sizes that fit the processor's caches and sizes that do not; a square law would give 10 and 34.
+GROWTH_LIMIT = 2.0
+
+
+def measure(program, memory, pattern):
+    """The measured values {benchmark: {real_time, cpu_time, counters...}} of one process; times in ms."""
+    command = [program, '--memory=' + memory, '--benchmark_filter=' + pattern, '--benchmark_format=json']
+    done = subprocess.run(command, capture_output=True, text=True)
+    runs = json.loads(done.stdout)['benchmarks'] if done.returncode == 0 else []
+    for failed in [r for r in runs if r.get('error_occurred')]:
+        sys.exit('%s: %s' % (failed['name'], failed['error_message']))
+    if not runs:
+        sys.exit('%s gave nothing: %s' % (' '.join(command), done.stderr))
+    return {'/'.join(r['name'].split('/')[:2]): r for r in runs}
+
+
+class Figures:
+    def __init__(self, program, rounds):
+        self.rounds = []
+        for number in range(rounds):
+            print('round %d of %d' % (number + 1, rounds), file=sys.stderr)
+            one = {}
+            for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
+                                    (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
+                                    (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
+                                    (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/')):
+                for name, values in measure(program, memory, pattern).items():
+                    one[memory, name] = values
+            self.rounds.append(one)
+
+    def median(self, memory, name, field):
+        return statistics.median(r[memory, name][field] for r in self.rounds)
+
+    def ratio(self, memory, name, base, clock):
+        return statistics.median(r[memory, name][clock] / r[memory, base][clock] for r in self.rounds)
+
+    def per_unit(self, name, sizes, unit, clock):
+        return [1000 * self.median(KEPT, '%s/%d' % (name, n), clock) / unit(n) for n in sizes]
+
+
+# A figure is a function of the clock; it is judged by the wall clock.
+def row(figure, memory, value, limit, form, at_least=False):
+    wall = value(WALL)
+    met = wall >= limit if at_least else wall <= limit
+    return figure, memory, form % wall, form % value(PROCESSOR), AT[at_least] + form % limit, met
+
+
+def growth(figure, values):
+    cell = lambda clock: ' '.join('%.2f' % v for v in values(clock))
+    met = max(values(WALL)) <= GROWTH_LIMIT * values(WALL)[0]
+    return figure, KEPT, cell(WALL), cell(PROCESSOR), 'at most %.0f times the first' % GROWTH_LIMIT, met
+
+
+def rows(f):
+    load, parse, analyze = 'Load/2000', 'ParseAndWalk/2000', 'Analyze/1000'
+    call, append, site = 'AnalysisPageByCall/1000', 'AnalysisPageAppended/1000', 'Site/2000'
+    time = lambda memory, name, scale=1: lambda clock: f.median(memory, name, clock) * scale
+    speed = lambda memory, name: lambda clock: statistics.median(
+        r[memory, name]['bytes'] / r[memory, name][clock] / 1000 for r in f.rounds)
+    for memory in KEPT, DEFAULT:
+        yield row('load of 2,000 runners over parsing alone', memory,
+                  lambda clock: f.ratio(memory, load, parse, clock), 3, '%.2f')
+    yield growth('load, us a runner, 2,000 to 20,000 runners',
+                 lambda clock: f.per_unit('Load', LOADS, lambda n: n, clock))
+    yield row('analysis of 1,000 runners', KEPT, time(KEPT, analyze), 12, '%.1f ms')
+    yield row('analysis of 1,000 runners', DEFAULT, time(DEFAULT, analyze), 25, '%.1f ms')
+    yield growth('analysis, us / (n log2 n), 125 to 8,000 runners',
+                 lambda clock: f.per_unit('Analyze', CLASSES, lambda n: n * math.log2(n), clock))
+    yield row('analysis page, the call', DEFAULT, speed(DEFAULT, call), 130, '%.0f MB/s', at_least=True)
+    yield row('analysis page, appended', KEPT, speed(KEPT, append), 400, '%.0f MB/s', at_least=True)
+    yield row('site of 2,000 runners', DEFAULT, time(DEFAULT, site, 0.001), 0.5, '%.2f s')
+    yield row('its peak memory, with the load', DEFAULT,
+              lambda clock: f.median(DEFAULT, site, 'peak_megabytes'), 100, '%.0f MB')
+
+
+def main():
+    figures = Figures(sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 7)
+    table = [('figure', 'memory', 'measured', 'processor time', 'goal', '')]
+    table += [r[:5] + ('met' if r[5] else 'NOT MET',) for r in rows(figures)]
+    widths = [max(len(r[column]) for r in table) for column in range(6)]
+    for r in table:
+        print('  '.join(cell.ljust(width) for cell, width in zip(r, widths)).rstrip())
+
+
+if __name__ == '__main__':
+    main()

@@ -1,0 +1,57 @@
+// The native lap file: whatever reads without an error must be written, and read again to the same
+// bytes.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/io/native_reader.h"
+#include "keltrun2/io/native_writer.h"
+#include "keltrun2/model/event_model.h"
+
+namespace {
+
+using namespace keltrun;
+
+void Fill(EventModel& model, const NativeLapFile& file) {
+  *model.Event = file.Event;
+  *model.Meta = file.Meta;
+  for (const auto& course : file.Courses) model.AddCourseObject(course);
+  for (const NativeClass& read : file.Classes) {
+    if (!model.AddClassObject(read.Class)) continue;
+    for (const auto& runner : read.Runners) read.Class->AddLapObject(runner);
+  }
+}
+
+std::string WriteAgain(std::string_view bytes, NativeSource kind) {
+  const NativeReadResult read = ReadNativeLapFile(bytes, kind);
+  if (read.Error) return "";
+  EventModel model;
+  Fill(model, read.File);
+  return WriteNativeLapFile(model, KR_SAVEMODE_FULL, 45000);
+}
+
+void Analyze(const NativeLapFile& file) {
+  for (const NativeClass& read : file.Classes) {
+    clsAnalyzer analyzer;
+    analyzer.ControlCount = read.Class->ControlCount;
+    for (const auto& runner : read.Runners) analyzer.AddLap(runner);
+    analyzer.Execute();
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+  const std::string first = WriteAgain(bytes, NativeSource::kFileBytes);
+  // File names of classes are folded when they are read.
+  const std::string second = first.empty() ? "" : WriteAgain(first, NativeSource::kFileBytes);
+  if (!first.empty() && (second.empty() || WriteAgain(second, NativeSource::kFileBytes) != second))
+    std::abort();
+  const NativeReadResult text = ReadNativeLapFile(bytes, NativeSource::kText);
+  if (!text.Error) Analyze(text.File);
+  return 0;
+}

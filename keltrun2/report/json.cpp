@@ -1,0 +1,582 @@
+#include "keltrun2/report/json.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/config/leg_labels.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/time_values_internal.h"
+#include "keltrun2/platform/utf8.h"
+#include "keltrun2/text/numbers.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::int32_t kFormatVersion = 1;
+
+constexpr std::string_view kDatePattern = "yyyy-mm-dd";
+constexpr std::string_view kDateTimePattern = "yyyy-mm-dd hh:nn:ss";
+
+// The words in place of a time that is none.
+constexpr std::string_view kSkipWord = "skip";
+constexpr std::string_view kDisqWord = "disq";
+
+bool NeedsEscape(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x20 || byte == 0x7F || c == '"' || c == '\\';
+}
+
+void AppendEscape(std::string& out, char c) {
+  constexpr std::string_view kHex = "0123456789abcdef";
+  if (c == '"' || c == '\\') {
+    out += '\\';
+    out += c;
+    return;
+  }
+  const auto byte = static_cast<unsigned char>(c);
+  out += "\\u00";
+  out += kHex[byte >> 4];
+  out += kHex[byte & 0xF];
+}
+
+void AppendEscapedText(std::string& out, std::string_view text) {
+  std::size_t copied = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (!NeedsEscape(text[i])) continue;
+    out.append(text, copied, i - copied);
+    AppendEscape(out, text[i]);
+    copied = i + 1;
+  }
+  out.append(text, copied);
+}
+
+template <typename Number, typename... Format>
+void AppendChars(std::string& out, Number value, Format... format) {
+  std::array<char, 320> buffer;  // the largest double has 309 digits
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
+  out.append(buffer.data(), end.ptr);
+}
+
+// `units` / `scale` with as many decimals as `scale` (a power of ten) has zeros at most, rounded
+// half away from zero.
+void AppendDecimal(std::string& out, double units, long long scale) {
+  // Halves are common (the mean of two laps), but a time in days keeps them to its last bits only:
+  // what is a hair short of a half counts as one.
+  constexpr double kHair = 1e-14;
+  constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
+  const double rounded = std::round(units + units * kHair);
+  if (!(std::fabs(rounded) < kMostUnits)) {
+    AppendChars(out, units / static_cast<double>(scale), std::chars_format::fixed, 0);
+    return;
+  }
+  auto rest = static_cast<long long>(rounded);
+  if (rest < 0) {
+    out += '-';
+    rest = -rest;
+  }
+  AppendChars(out, rest / scale);
+  rest %= scale;
+  if (rest != 0) out += '.';
+  for (long long place = scale / 10; rest != 0; place /= 10) {
+    out += static_cast<char>('0' + rest / place);
+    rest %= place;
+  }
+}
+
+// Appends JSON to a string and sets the commas. Members of objects are written by the calls with a
+// key; keys are plain ASCII and not escaped.
+class JsonWriter {
+ public:
+  explicit JsonWriter(std::string& out) : out_(out) {}
+
+  void BeginObject() { Begin('{'); }
+  void BeginObject(std::string_view key) { Key(key).BeginObject(); }
+  void EndObject() { End('}'); }
+  void BeginArray() { Begin('['); }
+  void BeginArray(std::string_view key) { Key(key).BeginArray(); }
+  void EndArray() { End(']'); }
+
+  // What comes next, a closing bracket too, starts a line.
+  void NewLine() { new_line_ = true; }
+
+  void Null() { Raw("null"); }
+  void Null(std::string_view key) { Key(key).Null(); }
+  void Bool(bool value) { Raw(value ? "true" : "false"); }
+  void Bool(std::string_view key, bool value) { Key(key).Bool(value); }
+
+  void Integer(std::int32_t value) {
+    Separate();
+    AppendChars(out_, value);
+  }
+  void Integer(std::string_view key, std::int32_t value) { Key(key).Integer(value); }
+
+  void Text(std::string_view text) {
+    Separate();
+    out_ += '"';
+    if (FindInvalidUtf8(text) == std::string_view::npos) {
+      AppendEscapedText(out_, text);
+    } else {
+      AppendEscapedText(out_, ValidUtf8(text));
+    }
+    out_ += '"';
+  }
+  void Text(std::string_view key, std::string_view text) { Key(key).Text(text); }
+
+  // Days as seconds, to the millisecond.
+  void Time(DateTime days) { Decimal(days * kMillisecondsPerDay, 1000); }
+  void Time(std::string_view key, DateTime days) { Key(key).Time(days); }
+  void TimeOrNull(std::string_view key, DateTime days) {
+    if (days == 0) return Null(key);
+    Time(key, days);
+  }
+
+  // A time whose exact values 0, -1 and -2 are markers.
+  void MarkedTime(DateTime days) {
+    if (days == kTimeNoData) return Null();
+    if (days == kTimeSkip) return Text(kSkipWord);
+    if (days == kTimeDisq) return Text(kDisqWord);
+    Time(days);
+  }
+
+  void Factor(double value) { Decimal(value * 1e6, 1000000); }
+  void Factor(std::string_view key, double value) { Key(key).Factor(value); }
+  void FactorOrNull(std::string_view key, double value) {
+    if (value == 0) return Null(key);
+    Factor(key, value);
+  }
+
+  // Null for no date.
+  void Date(std::string_view key, DateTime value, std::string_view pattern) {
+    if (value == 0 || !std::isfinite(value)) return Null(key);
+    Text(key, FormatDateTime(value, pattern));
+  }
+
+ private:
+  void Separate() {
+    if (comma_) out_ += ',';
+    if (new_line_) out_ += '\n';
+    comma_ = true;
+    new_line_ = false;
+  }
+
+  JsonWriter& Key(std::string_view key) {
+    Separate();
+    out_ += '"';
+    out_ += key;
+    out_ += "\":";
+    comma_ = false;
+    return *this;
+  }
+
+  void Begin(char bracket) {
+    Separate();
+    out_ += bracket;
+    comma_ = false;
+  }
+
+  void End(char bracket) {
+    if (new_line_) out_ += '\n';
+    out_ += bracket;
+    comma_ = true;
+    new_line_ = false;
+  }
+
+  void Raw(std::string_view value) {
+    Separate();
+    out_ += value;
+  }
+
+  void Decimal(double units, long long scale) {
+    if (!std::isfinite(units)) return Null();
+    Separate();
+    AppendDecimal(out_, units, scale);
+  }
+
+  std::string& out_;
+  bool comma_ = false;     // a value stands before the next one
+  bool new_line_ = false;  // a line break is due
+};
+
+// An array that lists `items`, one a line.
+template <typename Items, typename WriteItem>
+void WriteLines(JsonWriter& json, std::string_view key, const Items& items, WriteItem write_item) {
+  json.NewLine();
+  json.BeginArray(key);
+  for (const auto& item : items) {
+    json.NewLine();
+    json.BeginObject();
+    write_item(item);
+    json.EndObject();
+    json.NewLine();
+  }
+  json.EndArray();
+}
+
+// An array of what `write_number` writes for the numbers 1 to `count`: legs, controls, positions.
+template <typename WriteNumber>
+void WriteNumbered(JsonWriter& json, std::string_view key, std::int32_t count,
+                   WriteNumber write_number) {
+  json.BeginArray(key);
+  for (std::int32_t number = 1; number <= count; ++number) write_number(number);
+  json.EndArray();
+}
+
+void WriteEvent(JsonWriter& json, const clsEventData& event) {
+  json.NewLine();
+  json.BeginObject("event");
+  json.Text("name", event.EventName);
+  json.Date("date", event.EventDate()->Value(), kDatePattern);
+  json.Text("terrain", event.Terrain);
+  json.Text("memo", event.Memo);
+  json.Text("site", event.OfficialSite);
+  json.EndObject();
+}
+
+void BeginDocument(JsonWriter& json, std::string_view format, const EventModel& model) {
+  json.BeginObject();
+  json.Text("format", format);
+  json.Integer("version", kFormatVersion);
+  json.Text("generator", "Keltrun " + VersionText(false));
+  WriteEvent(json, *model.Event);
+}
+
+void EndDocument(JsonWriter& json, std::string& out) {
+  json.EndObject();
+  out += '\n';
+}
+
+std::string_view KindWord(DataSetKind kind) {
+  switch (kind) {
+    case DataSetKind::kClass:
+      return "class";
+    case DataSetKind::kCourse:
+      return "course";
+    case DataSetKind::kSegment:
+      return "segment";
+  }
+  return "";
+}
+
+void WriteSetHead(JsonWriter& json, const DataSet& set, DataSetKind kind,
+                  std::string_view class_info) {
+  json.Text("name", set.DataSetName());
+  json.Text("fileName", set.DataSetFileName);
+  json.Text("kind", KindWord(kind));
+  json.Bool("mix", set.DataSetIsMix);
+  json.Integer("controls", set.ControlCount);
+  json.Integer("length", set.Length);
+  json.Integer("climb", set.Climb);
+  json.Integer("cutOffRank", set.CutOffRank);
+  json.Text("classInfo", class_info);
+}
+
+void WriteCodes(JsonWriter& json, const clsCourseData& course, std::int32_t most) {
+  const std::int32_t count = std::min({most, course.ControlCount(), clsCourseData::kMostControls});
+  WriteNumbered(json, "codes", count,
+                [&](std::int32_t control) { json.Integer(course.ControlNum(control)); });
+}
+
+// A class of the set; null when there is none. All classes of a course run the same controls, so
+// any of them will do: that of the first runner.
+std::shared_ptr<clsClassData> ClassOfSet(const EventModel& model, const clsAnalyzer& analyzer,
+                                         DataSetKind kind) {
+  if (kind == DataSetKind::kClass) return model.ClassByName(analyzer.DataSetName());
+  const auto runner = kind == DataSetKind::kCourse ? analyzer.FullSetItem(1) : nullptr;
+  return runner ? model.ClassByName(runner->OtherData()->ClassName()) : nullptr;
+}
+
+// The course of the set; null when it is unknown. A segment belongs to several courses.
+std::shared_ptr<clsCourseData> CourseOfSet(const EventModel& model, const clsAnalyzer& analyzer,
+                                           DataSetKind kind) {
+  const auto klass = ClassOfSet(model, analyzer, kind);
+  return klass && klass->CourseNum != 0 ? model.CourseByNumber(klass->CourseNum) : nullptr;
+}
+
+// What both kinds of document say about a runner's record.
+void WriteRecord(JsonWriter& json, const clsLapData& record) {
+  json.Integer("serial", record.SerialNum());
+  json.Text("name", record.RunnerName);
+  json.Text("club", record.ClubName);
+  json.Text("class", record.ClassName());
+  json.Integer("id", record.ID);
+  json.Integer("ecard", record.Ecard);
+  json.Text("competitorId", record.CompetitorId);
+  json.Text("sex", record.Sex);
+  json.Text("age", record.Age);
+  json.Text("seed", record.Seed);
+  json.TimeOrNull("start", record.StartTime()->Value());
+}
+
+// Writes one analysis. Legs run from 1 to legs_.
+class AnalysisDocument {
+ public:
+  AnalysisDocument(JsonWriter& json, const clsAnalyzer& analyzer)
+      : json_(json), analyzer_(analyzer), legs_(AnalyzerInternal::LegCount(analyzer)) {}
+
+  void WriteSet(DataSetKind kind, const clsCourseData* course) {
+    json_.NewLine();
+    json_.BeginObject("set");
+    WriteSetHead(json_, analyzer_, kind, analyzer_.ClassInfo());
+    WriteCodesOrNull(course);
+    WriteLegs("legLabels", [this](std::int32_t leg) {
+      json_.Text(LegLabel(analyzer_.ControlCount, true, leg));
+    });
+    json_.EndObject();
+  }
+
+  void WriteGeneral() {
+    const clsAnalyzedGeneralData& general = *analyzer_.GeneralData();
+    json_.NewLine();
+    json_.BeginObject("general");
+    json_.Time("upperLapTotal", general.UpperLapTotal());
+    WriteLegs("upperLapAverage", [&](auto leg) { json_.Time(general.UpperLapAverage(leg)); });
+    WriteLegs("legLength", [&](auto leg) { json_.Factor(general.LegLength(leg)); });
+    WriteLegs("difficulty", [&](auto leg) { json_.Factor(general.LegDifficulty(leg)->Value()); });
+    WriteLegs("upper", [&](auto leg) { WriteUpperRunners(general, leg); });
+    json_.EndObject();
+  }
+
+  void WriteRunners() {
+    WriteLines(json_, "runners", AnalyzerInternal::Selected(analyzer_),
+               [this](const auto& runner) { WriteRunner(*runner); });
+  }
+
+ private:
+  template <typename WriteLeg>
+  void WriteLegs(std::string_view key, WriteLeg write_leg) {
+    WriteNumbered(json_, key, legs_, write_leg);
+  }
+
+  void WriteCodesOrNull(const clsCourseData* course) {
+    if (course == nullptr) return json_.Null("codes");
+    WriteCodes(json_, *course, analyzer_.ControlCount);
+  }
+
+  void WriteUpperRunners(const clsAnalyzedGeneralData& general, std::int32_t leg) {
+    json_.BeginArray();
+    for (std::int32_t rank = 1; rank <= clsAnalyzedGeneralData::kMostUpperLaps; ++rank) {
+      const auto runner = general.UpperLapObject(leg, rank);
+      if (!runner) break;
+      json_.Integer(runner->SerialNum());
+    }
+    json_.EndArray();
+  }
+
+  void WriteRunner(const clsAnalyzedRunnerData& runner) {
+    WriteRecord(json_, *runner.OtherData());
+    json_.Text("result", runner.Result());
+    json_.Text("officialRank", runner.ResultRank());
+    json_.Text("rank", runner.Rank());
+    json_.Text("rankInDataSet", runner.RankInDataSet());
+    WriteTimes(runner);
+    WriteRanks(runner);
+    WriteRanges(runner);
+    WriteRelatives(runner);
+    WriteMissTimes(runner);
+    WriteFigures(runner);
+  }
+
+  void WriteTimes(const clsAnalyzedRunnerData& runner) {
+    WriteLegs("lap", [&](auto leg) { json_.MarkedTime(runner.LapTime(leg)); });
+    WriteLegs("split", [&](auto leg) { json_.MarkedTime(runner.SplitTime(leg)); });
+    WriteLegs("modifiedLap", [&](auto leg) { json_.Time(runner.ModifiedLapTime(leg)); });
+    WriteLegs("modifiedSplit", [&](auto leg) { json_.Time(runner.ModifiedSplitTime(leg)); });
+  }
+
+  void WriteRanks(const clsAnalyzedRunnerData& runner) {
+    WriteLegs("lapRank", [&](auto leg) { json_.Integer(runner.LapRank(leg)); });
+    WriteLegs("splitRank", [&](auto leg) { json_.Integer(runner.SplitRank(leg)); });
+    WriteLegs("modifiedLapRank", [&](auto leg) { json_.Integer(runner.ModifiedLapRank(leg)); });
+    WriteLegs("modifiedSplitRank", [&](auto leg) { json_.Integer(runner.ModifiedSplitRank(leg)); });
+  }
+
+  void WriteRanges(const clsAnalyzedRunnerData& runner) {
+    WriteLegs("validLap", [&](auto leg) { json_.Bool(runner.IsValidLapTime(leg)); });
+    WriteLegs("validSplit", [&](auto leg) { json_.Bool(runner.IsValidSplitTime(leg)); });
+    WriteLegs("rangeFrom", [&](auto leg) { json_.Integer(runner.TotalLapFrom(leg)); });
+    WriteLegs("rangeTo", [&](auto leg) { json_.Integer(runner.TotalLapTo(leg)); });
+  }
+
+  void WriteRelatives(const clsAnalyzedRunnerData& runner) {
+    WriteLegs("lapRelative", [&](auto leg) {
+      const clsPercentValue& relative = *runner.LapRelative(leg);
+      if (AnalysisValue::Stored(relative) == kTimeSkip) return json_.Text(kSkipWord);
+      if (relative.Value() == 0) return json_.Null();
+      json_.Factor(relative.Value());
+    });
+  }
+
+  // Unlike a lap, a loss of 0 is a value.
+  void WriteMissTimes(const clsAnalyzedRunnerData& runner) {
+    WriteLegs("missTime", [&](auto leg) {
+      const clsMissTimeValue& miss = *runner.MissTime(leg);
+      if (!AnalysisValue::IsSet(miss)) return json_.Null();
+      if (miss.Value() == kTimeSkip) return json_.Text(kSkipWord);
+      json_.Time(miss.Value());
+    });
+  }
+
+  void WriteMissTimeTotal(const clsMissTimeValue& total) {
+    if (!AnalysisValue::IsSet(total)) return json_.Null("missTimeTotal");
+    json_.Time("missTimeTotal", total.Value());
+  }
+
+  void WriteFigures(const clsAnalyzedRunnerData& runner) {
+    json_.Factor("cruiseSpeed", runner.CruiseSpeed()->Value());
+    json_.Factor("missRate", runner.MissRate()->Value());
+    WriteMissTimeTotal(*runner.MissTimeTotal());
+    json_.TimeOrNull("totalTimeWithoutMiss", runner.TotalTimeWithoutMiss()->Value());
+    json_.FactorOrNull("totalTimeRelative", runner.TotalTimeRelative()->Value());
+    json_.Factor("firstHalfCruiseSpeed", runner.FirstHalfCruiseSpeed()->Value());
+    json_.Factor("secondHalfCruiseSpeed", runner.SecondHalfCruiseSpeed()->Value());
+    json_.BeginArray("map");
+    json_.Factor(runner.VesmerX());
+    json_.Factor(runner.VesmerY());
+    json_.EndArray();
+  }
+
+  JsonWriter& json_;
+  const clsAnalyzer& analyzer_;
+  const std::int32_t legs_;
+};
+
+void WriteResultLine(JsonWriter& json, const clsResultsHolder& results, std::int32_t position) {
+  const auto record = results.Item(position);
+  json.NewLine();
+  json.BeginObject();
+  WriteRecord(json, *record);
+  json.Text("result", record->Result());
+  json.Text("rank", record->Rank);
+  json.Text("rankFix", record->RankFix);
+  json.Text("rankInDataSet", results.RankInDataSet(position));
+  WriteNumbered(json, "laps", LapDataInternal::HeldLegs(*record),
+                [&](std::int32_t leg) { json.MarkedTime(LapDataInternal::Lap(*record, leg)); });
+  json.EndObject();
+  json.NewLine();
+}
+
+void WriteResultSet(JsonWriter& json, const clsResultsHolder& results, DataSetKind kind) {
+  json.BeginObject("set");
+  WriteSetHead(json, results, kind, results.ClassInfo());
+  json.EndObject();
+  json.Bool("rankIsAvailable", results.RankIsAvalilable());
+  WriteNumbered(json, "runners", results.Count(),
+                [&](std::int32_t position) { WriteResultLine(json, results, position); });
+}
+
+void WriteOrigin(JsonWriter& json, std::string_view key, std::string_view application,
+                 DateTime date, std::string_view user) {
+  json.BeginObject(key);
+  json.Text("application", application);
+  json.Date("date", date, kDateTimePattern);
+  json.Text("user", user);
+  json.EndObject();
+}
+
+void WriteFile(JsonWriter& json, const EventModel& model) {
+  const clsMetaData& meta = *model.Meta;
+  json.NewLine();
+  json.BeginObject("file");
+  json.Text("name", model.FileName);
+  json.Date("date", model.FileDate, kDateTimePattern);
+  WriteOrigin(json, "created", meta.CreateApplication, meta.CreateDate, meta.CreateUserName);
+  WriteOrigin(json, "lastUpdate", meta.LastUpdateApplication, meta.LastUpdateDate,
+              meta.LastUpdateUserName);
+  json.EndObject();
+}
+
+void WriteClass(JsonWriter& json, const clsClassData& klass) {
+  json.Text("name", klass.ClassName());
+  json.Text("fileName", klass.FileName());
+  json.Integer("runners", klass.LapCount());
+  json.Integer("controls", klass.ControlCount);
+  json.Integer("length", klass.Length);
+  json.Integer("climb", klass.Climb);
+  json.Integer("course", klass.CourseNum);
+  json.Integer("cutOffRank", klass.CutOffRank);
+  json.Text("classInfo", klass.ClassInfo());
+}
+
+void WriteCourse(JsonWriter& json, const clsCourseData& course) {
+  json.Integer("number", course.CourseIndex());
+  json.Integer("controls", course.ControlCount());
+  WriteCodes(json, course, course.ControlCount());
+}
+
+// An entry that ends in a separator and a position, as a pair; `write_first` writes what stands
+// before the separator.
+template <typename WriteFirst>
+void WritePair(JsonWriter& json, std::string_view entry, char separator, WriteFirst write_first) {
+  const std::size_t at = std::min(entry.rfind(separator), entry.size());
+  json.BeginArray();
+  write_first(entry.substr(0, at));
+  json.Integer(NumericLong(entry.substr(std::min(at + 1, entry.size()))));
+  json.EndArray();
+}
+
+void WriteSegment(JsonWriter& json, const SegmentSet& segment) {
+  json.Text("name", segment.SegmentName);
+  json.Text("binaryName", segment.SegmentBinaryName);
+  json.Integer("controls", segment.ControlCount);
+  json.BeginArray("targets");
+  for (const std::string& entry : segment.TargetCourseTable) {
+    WritePair(json, entry, '\t', [&](auto course) { json.Integer(NumericLong(course)); });
+  }
+  json.EndArray();
+  json.BeginArray("classes");
+  for (const std::string& entry : segment.TargetClassList) {
+    WritePair(json, entry, ';', [&](auto name) { json.Text(name); });
+  }
+  json.EndArray();
+}
+
+void WriteChoice(JsonWriter& json, const ClassAndCourseChoice& choice) {
+  json.Integer("classIndex", choice.ClassIndex);
+  json.Integer("courseNum", choice.CourseNum);
+  json.Text("name", choice.ValueName);
+  json.Text("fileName", choice.FileName);
+  json.Integer("runners", choice.RunnerCount);
+}
+
+}  // namespace
+
+std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind) {
+  std::string out;
+  JsonWriter json(out);
+  AnalysisDocument document(json, analyzer);
+  BeginDocument(json, "keltrun2-analysis", model);
+  document.WriteSet(kind, CourseOfSet(model, analyzer, kind).get());
+  document.WriteGeneral();
+  document.WriteRunners();
+  EndDocument(json, out);
+  return out;
+}
+
+std::string ResultJson(const EventModel& model, const std::vector<ResultJsonSet>& sets) {
+  std::string out;
+  JsonWriter json(out);
+  BeginDocument(json, "keltrun2-results", model);
+  WriteLines(json, "sets", sets,
+             [&](const ResultJsonSet& set) { WriteResultSet(json, *set.Results, set.Kind); });
+  EndDocument(json, out);
+  return out;
+}
+
+std::string InfoJson(const EventModel& model) {
+  std::string out;
+  JsonWriter json(out);
+  BeginDocument(json, "keltrun2-info", model);
+  WriteFile(json, model);
+  WriteLines(json, "classes", model.Classes(), [&](const auto& k) { WriteClass(json, *k); });
+  WriteLines(json, "courses", model.Courses(), [&](const auto& c) { WriteCourse(json, *c); });
+  WriteLines(json, "segments", model.Segments, [&](const auto& s) { WriteSegment(json, s); });
+  WriteLines(json, "choices", model.Choices(), [&](const auto& c) { WriteChoice(json, c); });
+  EndDocument(json, out);
+  return out;
+}
+
+}  // namespace keltrun

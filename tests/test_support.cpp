@@ -1,0 +1,74 @@
+#include "tests/test_support.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "keltrun2/config/settings_internal.h"
+#include "keltrun2/platform/locale.h"
+
+namespace keltrun::test {
+
+void RestartIn(Mode mode) {
+  const bool japanese_mode = mode == Mode::kJapaneseMode;
+  RestartSettings({.Language = mode == Mode::kEnglishTexts ? "en" : "ja",
+                   .Locale = japanese_mode ? kLocaleJapanese : kLocaleEnglish,
+                   .Folder = KELTRUN2_TEST_RESOURCES});
+}
+
+std::shared_ptr<clsKeltrun2> NewRoot(Mode mode) {
+  RestartIn(mode);
+  return std::make_shared<clsKeltrun2>();
+}
+
+std::shared_ptr<clsLapData> AddRunner(clsClassData& klass, std::string_view name,
+                                      std::string_view result, const std::vector<double>& laps) {
+  const auto runner = klass.AddLap();
+  runner->RunnerName = name;
+  runner->SetResult(result);
+  std::int32_t leg = 0;
+  for (const double lap : laps) runner->SetLap(++leg, lap > 0 ? Seconds(lap) : lap);
+  return runner;
+}
+
+TemporaryFolder::TemporaryFolder() {
+  static int counter = 0;
+  path_ = std::filesystem::temp_directory_path() /
+          ("keltrun2-test-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
+  std::filesystem::create_directories(path_);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string CrLf(std::string_view text) {
+  std::string out;
+  for (const char c : text) out += c == '\n' ? "\r\n" : std::string(1, c);
+  return out;
+}
+
+std::string ReadBytes(const std::string& name) {
+  std::ifstream stream(name, std::ios::binary);
+  EXPECT_TRUE(stream) << "cannot read " << name;
+  return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+void WriteBytes(const std::string& name, std::string_view bytes) {
+  std::ofstream stream(name, std::ios::binary);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  ASSERT_TRUE(stream.flush()) << "cannot write " << name;
+}
+
+std::string ExampleFile(std::string_view name) {
+  return std::string(KELTRUN2_EXAMPLES "/") + std::string(name);
+}
+
+std::string DataFile(std::string_view name) {
+  return std::string(KELTRUN2_TEST_DATA "/") + std::string(name);
+}
+
+}  // namespace keltrun::test

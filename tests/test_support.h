@@ -1,0 +1,60 @@
+// What many tests need: settings in a known state, folders that vanish, times in seconds.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::test {
+
+/// The three ways in which texts come out: Japanese texts on a foreign system, English texts, and
+/// the Japanese mode (full-width names and leg numbers).
+enum class Mode { kJapaneseTexts, kEnglishTexts, kJapaneseMode };
+
+/// Loads the project's settings and resources anew in the given mode, as a new process would.
+void RestartIn(Mode mode);
+
+/// A root object in the given mode, the current one of the process.
+std::shared_ptr<clsKeltrun2> NewRoot(Mode mode = Mode::kJapaneseTexts);
+
+/// A time of that many seconds.
+inline DateTime Seconds(double seconds) { return seconds / 86400.0; }
+
+/// A runner of a class with laps in seconds; 0 is no data, -1 skipped, -2 disqualified.
+std::shared_ptr<clsLapData> AddRunner(clsClassData& klass, std::string_view name,
+                                      std::string_view result, const std::vector<double>& laps);
+
+/// A new folder under the system's temporary folder, removed at the end.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  std::string Path(std::string_view name = "") const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// A table of cases, to be walked as `for (const auto& [text, expected] : Rows<A, B>{{...}, ...})`.
+template <typename... Columns>
+using Rows = std::vector<std::tuple<Columns...>>;
+
+/// The text with CR LF in place of LF.
+std::string CrLf(std::string_view text);
+
+std::string ReadBytes(const std::string& name);
+void WriteBytes(const std::string& name, std::string_view bytes);
+
+/// A file of the project's examples or test data.
+std::string ExampleFile(std::string_view name);
+std::string DataFile(std::string_view name);
+
+}  // namespace keltrun::test
