@@ -1,8 +1,12 @@
 // What many tests need: settings in a known state, folders that vanish, times in seconds.
 #pragma once
 
+#include <array>
 #include <filesystem>
+#include <iomanip>
 #include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -46,6 +50,22 @@ class TemporaryFolder {
 /// A table of cases, to be walked as `for (const auto& [text, expected] : Rows<A, B>{{...}, ...})`.
 template <typename... Columns>
 using Rows = std::vector<std::tuple<Columns...>>;
+
+/// Cases of N texts each, from a text that holds them between blanks and line ends; a text with
+/// blanks, or an empty one, stands in quotes. A "|" may stand between two cases.
+template <std::size_t N>
+std::vector<std::array<std::string, N>> Table(const std::string& text) {
+  std::vector<std::array<std::string, N>> cases;
+  std::istringstream words(text);
+  std::size_t count = 0;
+  for (std::string word; words >> std::quoted(word);) {
+    if (word == "|") continue;
+    if (count++ % N == 0) cases.emplace_back();
+    cases.back()[(count - 1) % N] = word;
+  }
+  if (count % N != 0) throw std::invalid_argument("the last case of a table is cut: " + text);
+  return cases;
+}
 
 /// The text with CR LF in place of LF.
 std::string CrLf(std::string_view text);

@@ -38,6 +38,7 @@ struct Entry {
   ClassAndCourseChoice choice;
   std::string result_name;  // "" when the page is not asked for
   std::string analysis_name;
+  bool has_results;  // somebody has a result, so that there is a result list
 
   bool IsCourse() const { return choice.ClassIndex == 0; }
 };
@@ -121,6 +122,7 @@ class SiteExport {
 
  private:
   void MakeEntries();
+  bool HasResults(const ClassAndCourseChoice& choice) const;
   void MakeLapFileCopies();
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
@@ -192,9 +194,22 @@ void SiteExport::MakeEntries() {
     if (choice.ClassIndex == 0 && !options_.WalkCourses) break;
     std::string file_name = choice.FileName;
     if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
+    const bool has_results = HasResults(choice);
     entries_.push_back({std::move(choice), names.Assign(options_.ResultFile, file_name),
-                        names.Assign(options_.AnalysisFile, file_name)});
+                        names.Assign(options_.AnalysisFile, file_name), has_results});
   }
+}
+
+bool SiteExport::HasResults(const ClassAndCourseChoice& choice) const {
+  const auto somebody_has_one = [](const std::shared_ptr<clsClassData>& klass) {
+    const auto& runners = ClassDataInternal::Runners(*klass);
+    return std::any_of(runners.begin(), runners.end(),
+                       [](const auto& runner) { return !runner->Result().empty(); });
+  };
+  if (choice.ClassIndex != 0) return somebody_has_one(model_->ClassAt(choice.ClassIndex));
+  return std::any_of(model_->Classes().begin(), model_->Classes().end(), [&](const auto& klass) {
+    return klass->CourseNum == choice.CourseNum && somebody_has_one(klass);
+  });
 }
 
 std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
@@ -221,7 +236,7 @@ void SiteExport::MakeNavigation() {
   for (const Entry& entry : entries_) {
     if (entry.IsCourse() && !options_.ResultIncludeCourse) break;
     if (entry.IsCourse() && !std::exchange(course_seen, true)) navigation_ += "&nbsp;&nbsp;";
-    if (entry.choice.RunnerCount == 0) continue;
+    if (!entry.has_results) continue;
     navigation_ += IndexLink(entry.result_name, "", entry.choice.ValueName) + " ";
   }
   navigation_ += "<hr>\r\n";
