@@ -9,6 +9,7 @@ home=$(cd "$(dirname "$0")" && pwd)
 build=$home/build/user
 log=$home/build/user.log
 mkdir -p "$home/build"
+[ -x "$build/bin/keltrun2" ] || echo "building, this once" >&2
 if ! (cd "$home" && cmake --preset user && cmake --build --preset user) >"$log" 2>&1; then
   cat "$log" >&2
   exit 1
