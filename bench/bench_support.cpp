@@ -33,7 +33,7 @@ bool KeepMemory() {
 std::string TakeMemoryArgument(int& argc, char** argv) {
   constexpr char kName[] = "--memory=";
   if (argc < 2 || std::strncmp(argv[1], kName, sizeof kName - 1) != 0) return "";
-  const std::string value = argv[1] + sizeof kName - 1;
+  std::string value = argv[1] + sizeof kName - 1;
   for (int i = 1; i < argc; ++i) argv[i] = argv[i + 1];  // the closing null pointer too
   --argc;
   return value;

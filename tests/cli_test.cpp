@@ -12,43 +12,41 @@
 namespace {
 
 namespace fs = std::filesystem;
+using string;
 
-const std::string kHoshinomori = KELTRUN2_EXAMPLES "/hoshinomori/event.lxm";
-const std::string kMidorigaoka = KELTRUN2_EXAMPLES "/midorigaoka/event.lxm";
-const std::string kTwoClasses =
-    "<keltrun><event name=\"Club\"/><classes>"
-    "<class name=\"男子Ａ\" controls=\"1\" course=\"7\"><runner name=\"A\" result=\"0:02:00\">"
-    "<leg index=\"1\" laptime=\"00:01:00\"/><leg index=\"2\" "
-    "laptime=\"00:01:00\"/></runner></class>"
-    "<class name=\"M21\" controls=\"1\"/></classes></keltrun>";
+const string kHoshinomori = KELTRUN2_EXAMPLES "/hoshinomori/event.lxm";
+const string kMidorigaoka = KELTRUN2_EXAMPLES "/midorigaoka/event.lxm";
+const string kTwoClasses = R"(<keltrun><event name="Club"/><classes>
+    <class name="男子Ａ" controls="1" course="7"><runner name="A" result="0:02:00">
+    <leg index="1" laptime="00:01:00"/><leg index="2" laptime="00:01:00"/></runner></class>
+    <class name="M21" controls="1"/></classes></keltrun>)";
 
-std::string Contents(const fs::path& file) {
+string Contents(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-void Write(const fs::path& file, const std::string& text) {
+void Write(const fs::path& file, const string& text) {
   std::ofstream(file, std::ios::binary) << text;
 }
 
-int CountOf(const std::string& part, const std::string& text) {
+int CountOf(const string& part, const string& text) {
   int count = 0;
   for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
   return count;
 }
 
-bool Has(const std::string& text, const std::string& part) { return CountOf(part, text) > 0; }
+bool Has(const string& text, const string& part) { return CountOf(part, text) > 0; }
 
 struct Outcome {
   int code;
-  std::string out;
-  std::string err;
+  string out, err;
 };
 
 class Cli : public testing::Test {
  protected:
   void SetUp() override {
-    std::string name = (fs::temp_directory_path() / "keltrun2-cli-XXXXXX").string();
+    string name = (fs::temp_directory_path() / "keltrun2-cli-XXXXXX").string();
     ASSERT_NE(mkdtemp(name.data()), nullptr);
     base_ = name;
     folder_ = base_ / "work";
@@ -59,35 +57,40 @@ class Cli : public testing::Test {
   void TearDown() override { fs::remove_all(base_); }
 
   // Runs the program in the test's folder by a shell line in which "keltrun2" is the program.
-  Outcome Run(const std::string& line) const {
-    const std::string script = "cd '" + folder_.string() + "' && unset KELTRUN2_FOLDER LC_ALL\n" +
-                               "keltrun2() { LANG=C '" KELTRUN2_PROGRAM "' \"$@\"; }\n" + line;
-    Write(base_ / "script", script);
-    const std::string out = (base_ / "out").string(), err = (base_ / "err").string();
-    const int status = std::system(
-        ("sh '" + (base_ / "script").string() + "' </dev/null >'" + out + "' 2>'" + err + "'")
-            .c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(out), Contents(err)};
+  Outcome Run(const string& line) const {
+    Write(base_ / "script",
+          "exec </dev/null >../out 2>../err\nunset KELTRUN2_FOLDER LC_ALL\n"
+          "keltrun2() { LANG=C '" KELTRUN2_PROGRAM "' \"$@\"; }\n" +
+              line);
+    const int status = std::system(("cd '" + folder_.string() + "' && sh ../script").c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(base_ / "out"),
+            Contents(base_ / "err")};
   }
 
-  std::set<std::string> Names(const std::string& folder) const {
-    std::set<std::string> names;
+  // The output of a run that succeeds.
+  string Output(const string& arguments) const {
+    const Outcome run = Run("keltrun2 " + arguments);
+    EXPECT_EQ(run.code, 0) << arguments << "\n" << run.err;
+    return run.out;
+  }
+
+  std::set<string> Names(const string& folder) const {
+    std::set<string> names;
     for (const auto& entry : fs::directory_iterator(folder_ / folder)) {
       names.insert(entry.path().filename().string());
     }
     return names;
   }
 
-  fs::path base_;
-  fs::path folder_;
+  fs::path base_, folder_;
 };
 
 TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
   Write(folder_ / "other.lxm", "<other/>");
   const struct {
-    std::string line;
+    string line;
     int code;
-    std::string error;
+    string error;
   } cases[] = {
       {"keltrun2", 2, "command is missing"},
       {"keltrun2 publish two.lxm", 2, "publish"},
@@ -123,12 +126,12 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
     EXPECT_TRUE(run.err.starts_with("keltrun2: ") && !Has(run.err, "\r")) << run.err;
     EXPECT_EQ(run.out, "") << test.line;
   }
-  EXPECT_EQ(Names("."), (std::set<std::string>{"old.txt", "other.lxm", "two.lxm"}));
+  EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "other.lxm", "two.lxm"}));
   EXPECT_EQ(Contents(folder_ / "old.txt"), "old");
 }
 
 TEST_F(Cli, HelpAndVersion) {
-  for (const std::string command : {"", "site ", "info ", "analyze ", "results "}) {
+  for (const string command : {"", "site ", "info ", "analyze ", "results "}) {
     const Outcome run = Run("keltrun2 " + command + "--help");
     EXPECT_EQ(run.code, 0);
     EXPECT_TRUE(Has(run.out, "Examples:\n  keltrun2 " + command)) << run.out;
@@ -138,13 +141,13 @@ TEST_F(Cli, HelpAndVersion) {
 }
 
 TEST_F(Cli, FilesAreReplacedWholeOrNotAtAll) {
-  const std::string analysis = Run("keltrun2 analyze two.lxm --as json").out;
+  const string analysis = Run("keltrun2 analyze two.lxm --as json").out;
   // The limit of one block lets the program write the beginning of the new file only.
   const Outcome cut = Run("trap '' XFSZ; ulimit -f 1; keltrun2 analyze " + kHoshinomori +
                           " --as json --force -o old.txt");
   EXPECT_EQ(cut.code, 1) << cut.err;
   EXPECT_EQ(Contents(folder_ / "old.txt"), "old");
-  EXPECT_EQ(Names("."), (std::set<std::string>{"old.txt", "two.lxm"}));
+  EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "two.lxm"}));
 
   EXPECT_EQ(Run("chmod 640 old.txt; ln -s old.txt link; "
                 "keltrun2 analyze two.lxm --as json --force -o link")
@@ -168,7 +171,7 @@ TEST_F(Cli, SummaryLinesUpAndReadsStandardInput) {
 
 TEST_F(Cli, LanguageFollowsTheOptionNotTheEnvironment) {
   const struct {
-    std::string option, date, title;
+    string option, date, title;
   } cases[] = {{"", "2025年10月18日", "Ｍ２１Ａ"},
                {"--lang ja", "2025年10月18日", "Ｍ２１Ａ"},
                {"--lang en", "2025-10-18", "&nbsp;M21A<"}};
@@ -183,9 +186,9 @@ TEST_F(Cli, LanguageFollowsTheOptionNotTheEnvironment) {
 
 // The event has nine classes and four courses, each run by at least two of them.
 TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
-  const std::string analysis = "\"format\":\"keltrun2-analysis\"", course = "\"kind\":\"course\"";
+  const string analysis = "\"format\":\"keltrun2-analysis\"", course = "\"kind\":\"course\"";
   const struct {
-    std::string arguments, start, counted;
+    string arguments, start, counted;
     int count, courses;
   } cases[] = {
       {"analyze --as json", "[", analysis, 13, 4},
@@ -209,7 +212,7 @@ TEST_F(Cli, APageNeedsNoNameWhenThereIsOneClass) {
   Write(folder_ / "one.lxm",
         "<keltrun><classes><class name=\"Solo\"><runner name=\"A\" result=\"0:02:00\">"
         "<leg index=\"1\" laptime=\"00:02:00\"/></runner></class></classes></keltrun>");
-  for (const std::string command : {"analyze", "results"}) {
+  for (const string command : {"analyze", "results"}) {
     const Outcome run = Run("keltrun2 " + command + " one.lxm --as html --lang en");
     EXPECT_EQ(run.code, 0) << run.err;
     EXPECT_TRUE(Has(run.out, "Solo"));
@@ -245,11 +248,11 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_TRUE(Has(Contents(folder_ / "bare/index.html"), "www.example.org"));
 
   EXPECT_EQ(Run("keltrun2 site two.lxm bare --add").code, 0);
-  const std::string index = Contents(folder_ / "bare/index.html");
+  const string index = Contents(folder_ / "bare/index.html");
   EXPECT_EQ(CountOf("KELTRUN START", index), 2);
   EXPECT_TRUE(index.find("Club") < index.find("lap_m21a.html"));
   EXPECT_EQ(Run("keltrun2 site " + kMidorigaoka + " bare --no-official-site").code, 0);
-  const std::string anew = Contents(folder_ / "bare/index.html");
+  const string anew = Contents(folder_ / "bare/index.html");
   EXPECT_TRUE(CountOf("KELTRUN START", anew) == 1 && !Has(anew, "www.example.org"));
 
   fs::create_directories(folder_ / "blocked/lap_m21a.html");

@@ -39,7 +39,7 @@ void AddNewLine(std::string& text, std::string_view new_line) {
 }
 
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ClassAndCourseValue& choice) {
-  const auto analyzer = root.NewAnalyzer();
+  auto analyzer = root.NewAnalyzer();
   Fill(*analyzer, choice);
   analyzer->Execute();
   return analyzer;
@@ -47,7 +47,7 @@ std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ClassAndCou
 
 std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root,
                                              const ClassAndCourseValue& choice) {
-  const auto results = root.NewResultsHolder();
+  auto results = root.NewResultsHolder();
   Fill(*results, choice);
   results->CalcRank();
   return results;

@@ -128,6 +128,8 @@ class SiteExport {
                               std::string_view text_key);
   void MakeNavigation();
   void ExportEntry(const Entry& entry);
+  template <typename Export>
+  std::string Attempt(const std::string& name, Export export_page);
   std::string ExportResultPage(const Entry& entry);
   std::string ExportAnalysisPage(const Entry& entry);
   void AddIndexRow(const Entry& entry, const std::string& links);
@@ -135,7 +137,7 @@ class SiteExport {
 
   template <typename Set>
   void Fill(Set& set, const Entry& entry);
-  bool WritePage(const std::string& name, Charset charset);
+  bool WritePage(const std::string& name);
   bool WriteBytes(const std::string& name, std::string_view bytes);
   void ReportFailures() const;
 
@@ -255,8 +257,21 @@ void SiteExport::Fill(Set& set, const Entry& entry) {
 void SiteExport::ExportEntry(const Entry& entry) {
   results_.Clear();
   analyzer_.Clear();
-  const std::string links = ExportResultPage(entry) + ExportAnalysisPage(entry);
+  const std::string links = Attempt(entry.result_name, [&] { return ExportResultPage(entry); }) +
+                            Attempt(entry.analysis_name, [&] { return ExportAnalysisPage(entry); });
   if (!links.empty()) AddIndexRow(entry, links);
+}
+
+// A page that cannot be made (of a class with more controls than the analysis holds, say) is a page
+// less, and the export goes on.
+template <typename Export>
+std::string SiteExport::Attempt(const std::string& name, Export export_page) {
+  try {
+    return export_page();
+  } catch (const std::exception& error) {
+    failures_.push_back("cannot make " + folder_ + name + ": " + error.what());
+    return "";
+  }
 }
 
 std::string SiteExport::ExportResultPage(const Entry& entry) {
@@ -266,7 +281,7 @@ std::string SiteExport::ExportResultPage(const Entry& entry) {
   if (results_.Count() == 0) return "";
   page_.clear();
   AppendResultPage(page_, results_, navigation_, options_.LinkStyleFile, kCharsetName);
-  if (!WritePage(entry.result_name, kCharset)) return "";
+  if (!WritePage(entry.result_name)) return "";
   return "&nbsp;" + IndexLink(entry.result_name, kNewWindow, ResourceText("RES_META_RESULT_LIST"));
 }
 
@@ -277,7 +292,7 @@ std::string SiteExport::ExportAnalysisPage(const Entry& entry) {
   if (analyzer_.Count() == 0 || (entry.IsCourse() && !options_.AnalysisIncludeCourse)) return "";
   page_.clear();
   AppendAnalysisPage(page_, analyzer_, options_.LinkStyleFile, kCharsetName);
-  if (!WritePage(entry.analysis_name, kCharset)) return "";
+  if (!WritePage(entry.analysis_name)) return "";
   return "&nbsp;" +
          IndexLink(entry.analysis_name, kNewWindow, ResourceText("RES_META_SPLITS_ANALYSIS"));
 }
@@ -304,11 +319,11 @@ bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes) {
   return false;
 }
 
-bool SiteExport::WritePage(const std::string& name, Charset charset) {
+bool SiteExport::WritePage(const std::string& name) {
   bytes_.clear();
   page_ += kCrLf;
   bytes_.reserve(page_.size());
-  AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
+  AppendEncoded(bytes_, page_, kCharset, MissingCharacter::kCharacterReference);
   return WriteBytes(name, bytes_);
 }
 
@@ -317,7 +332,7 @@ void SiteExport::WriteIndex() {
   const std::string name = OutputNames::Safe(options_.IndexFile);
   if (!options_.IndexFileAddMode || !FileExists(folder_ + name)) {
     page_ = IndexPage(index_, options_.LinkStyleFile, kCharsetName);
-    WritePage(name, kCharset);
+    WritePage(name);
     return;
   }
   std::string error;

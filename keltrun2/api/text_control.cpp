@@ -17,6 +17,7 @@ std::string clsTextControl::OutputResultJson(const std::vector<ResultSet>& Sets)
     CheckObject(set.ResultsHolder, "clsTextControl.OutputResultJson");
   }
   std::vector<ResultJsonSet> lists;
+  lists.reserve(Sets.size());
   for (const ResultSet& set : Sets) lists.push_back({set.ResultsHolder.get(), set.Kind});
   return ResultJson(*CurrentModel(), lists);
 }

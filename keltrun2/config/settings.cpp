@@ -35,7 +35,7 @@ std::string InFolder(const std::string& folder, std::string_view file) {
 // The component's folder, its parent, its grandparent, then the places of an installation; the
 // component's folder when none of them holds the settings file.
 std::string FindSettingsFolder() {
-  const std::string component = ComponentFolder();
+  std::string component = ComponentFolder();
   std::string folder = component;
   for (int level = 0; level < 3 && !folder.empty(); ++level) {
     if (FileExists(InFolder(folder, kSettingsFile))) return folder;

@@ -91,7 +91,7 @@ void EventModel::RenameClass(std::string_view old_name, std::string_view new_nam
     return klass->ClassName() == old_name;
   });
   if (found == Classes().end()) return;
-  const std::shared_ptr<clsClassData> klass = *found;
+  const std::shared_ptr<clsClassData>& klass = *found;
   const auto holder = ClassByName(new_name);
   if (holder && holder != klass) {
     throw AutomationError(KR_ERROR_DUPLICATE_KEY, "clsKeltrun2.RenameClass: there is a class \"" +

@@ -21,6 +21,7 @@ class Converter {
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the failure value of iconv_open
   bool ok() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
   // Converts as far as the input is valid; returns false where it stopped before the end.
