@@ -154,7 +154,8 @@ TEST(ApiSurface, FilesAndPages) {
   Are<bool>(files.ProgressVisible(), files.SaveLapFile(folder.Path("a.lxm")),
             files.SaveLapFile(folder.Path("b"), KR_FILETYPE_KELTRUN2, KR_SAVEMODE_FULL));
   EXPECT_TRUE(files.LoadLapFile(folder.Path("a.lxm")));
-  EXPECT_EQ(s.root->ClassCount(), 1) << "the default is to load in place of what was there";
+  EXPECT_EQ(s.root->ClassData(1)->LapCount(), 1)
+      << "the default is to load in place of what was there";
   Are<bool>(files.LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_APPEND, "<keltrun/>"));
   Are<KrLapFileTypeConst>(files.FileSaveMode(3));
   std::filesystem::create_directory(folder.Path("site"));

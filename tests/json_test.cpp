@@ -3,32 +3,26 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "keltrun2/model/event_model.h"
 #include "tests/test_support.h"
 
-namespace keltrun {
+namespace keltrun::test {
 namespace {
 
-using test::AddRunner;
-using test::NewRoot;
 using Json = nlohmann::ordered_json;
 
-// Compares the members that `expected` (JSON) names.
-void ExpectMembers(const Json& object, const std::string& expected) {
-  const Json members = Json::parse(expected);
-  for (const auto& [key, value] : members.items()) {
-    EXPECT_EQ(object.at(key), value) << key;
-  }
+// Compares the whole object, with the order of its keys.
+void ExpectObject(const Json& object, const std::string& expected) {
+  EXPECT_EQ(object.dump(), Json::parse(expected).dump());
 }
 
-// The keys of an object, each followed by a blank.
-std::string KeysOf(const Json& object) {
-  std::string keys;
-  for (const auto& member : object.items()) keys += member.key() + " ";
-  return keys;
+// Compares the members that `expected` names.
+void ExpectMembers(const Json& object, const std::string& expected) {
+  const Json members = Json::parse(expected);
+  for (const auto& [key, value] : members.items()) EXPECT_EQ(object.at(key), value) << key;
 }
 
 // Three runners, two controls. Reference laps: leg 1 (380 + 420 + 400) / 3 = 400, leg 2
@@ -42,21 +36,20 @@ std::shared_ptr<clsKeltrun2> ThreeRunners() {
   klass->Climb = 70;
   AddRunner(*klass, "Berta", "0:12:40", {420, 230, 110});
   AddRunner(*klass, "Lena", "0:13:10", {400, -1, 390});
-  AddRunner(*klass, "Anna", "0:10:40", {380, 170, 90})->StartTime()->SetValue(40269 / 86400.0);
+  AddRunner(*klass, "Anna", "0:10:40", {380, 170, 90})->StartTime()->SetValue(Seconds(40269));
   return root;
 }
 
-Json Analyze(const clsKeltrun2& root, std::string_view name,
-             DataSetKind kind = DataSetKind::kClass) {
+Json Analyze(const clsKeltrun2& root, DataSetKind kind = DataSetKind::kClass) {
   const auto analyzer = root.NewAnalyzer();
-  analyzer->AddClass(name);
+  analyzer->AddClass(1);
   analyzer->Execute();
   return Json::parse(root.TextControl()->OutputJson(analyzer, kind));
 }
 
-std::string ResultText(const clsKeltrun2& root, std::string_view name) {
+std::string ResultText(const clsKeltrun2& root) {
   const auto results = root.NewResultsHolder();
-  results->AddClass(name);
+  results->AddClass(1);
   results->CalcRank();
   return root.TextControl()->OutputResultJson({{results, DataSetKind::kClass}});
 }
@@ -65,17 +58,17 @@ std::string ResultText(const clsKeltrun2& root, std::string_view name) {
 std::string ResultTextOf(std::string_view name, DateTime start) {
   const auto root = NewRoot();
   AddRunner(*root->AddClass("A"), name, "DNF", {})->StartTime()->SetValue(start);
-  return ResultText(*root, "A");
+  return ResultText(*root);
 }
 
 TEST(Json, AnalysisOfASmallClass) {
-  const Json json = Analyze(*ThreeRunners(), "W21A");
-  ExpectMembers(json,
-                R"({"format": "keltrun2-analysis", "version": 1, "generator": "Keltrun 2.27"})");
-  ExpectMembers(json["set"], R"({"name": "W21A", "fileName": "w21a", "kind": "class", "mix": false,
-      "controls": 2, "classInfo": "5.7km ↑70m", "legLabels": ["S→1", "1→2", "2→F"]})");
-  ExpectMembers(json["general"], R"({"upperLapTotal": 700, "upperLapAverage": [400, 200, 100],
-      "legLength": [0.571429, 0.285714, 0.142857], "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
+  Json json = Analyze(*ThreeRunners());
+  ExpectObject(json["set"], R"({"name": "W21A", "fileName": "w21a", "kind": "class", "mix": false,
+      "controls": 2, "length": 5700, "climb": 70, "cutOffRank": 0, "classInfo": "5.7km ↑70m",
+      "codes": null, "legLabels": ["S→1", "1→2", "2→F"]})");
+  ExpectObject(json["general"], R"({"upperLapTotal": 700, "upperLapAverage": [400, 200, 100],
+      "legLength": [0.571429, 0.285714, 0.142857], "difficulty": [0, 0, 0],
+      "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
   ASSERT_EQ(json["runners"].size(), 3u);
   // Anna's best legs covering half the course are all three: 640 / 700. On leg 1 she lost
   // 380 - 400 * 640 / 700 s, on the others she gained.
@@ -86,52 +79,30 @@ TEST(Json, AnalysisOfASmallClass) {
   // Berta's best leg covers half alone: 420 / 400.
   ExpectMembers(json["runners"][1],
                 R"({"name": "Berta", "cruiseSpeed": 1.05, "missTime": [0, 20, 5]})");
-  ExpectMembers(json["runners"][2], R"({"name": "Lena", "start": null, "result": "0:13:10",
-      "officialRank": "", "rank": "3", "lap": [400, "skip", 390], "split": [400, "skip", 790],
+  ExpectObject(json["runners"][2], R"({"serial": 2, "name": "Lena", "club": "", "class": "W21A",
+      "id": 0, "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "", "start": null,
+      "result": "0:13:10", "officialRank": "", "rank": "3", "rankInDataSet": "3",
+      "lap": [400, "skip", 390], "split": [400, "skip", 790],
       "modifiedLap": [400, 260, 130], "modifiedSplit": [400, 660, 790], "lapRank": [2, 0, 0],
       "splitRank": [2, 0, 3], "modifiedLapRank": [2, 3, 3], "modifiedSplitRank": [2, 3, 3],
       "validLap": [true, false, false], "validSplit": [true, true, true], "rangeFrom": [0, 2, 2],
       "rangeTo": [0, 3, 3], "lapRelative": [1, "skip", 1.3], "missTime": [0, "skip", 90],
-      "missTimeTotal": 90, "missRate": 0.113924, "totalTimeWithoutMiss": 700, "map": [0, 0]})");
+      "cruiseSpeed": 1, "missRate": 0.113924, "missTimeTotal": 90, "totalTimeWithoutMiss": 700,
+      "totalTimeRelative": 1.128571, "firstHalfCruiseSpeed": 0, "secondHalfCruiseSpeed": 0,
+      "map": [0, 0]})");
+  json["event"] = json["set"] = json["general"] = json["runners"] = 0;
+  ExpectObject(json, R"({"format": "keltrun2-analysis", "version": 1, "generator": "Keltrun 2.27",
+      "event": 0, "set": 0, "general": 0, "runners": 0})");
 }
 
 TEST(Json, ADisqualifiedLegLeavesNoFigures) {
   const auto root = NewRoot();
-  const auto klass = root->AddClass("A");
-  klass->ControlCount = 3;
-  AddRunner(*klass, "Mia", "DISQ", {60, -2, 70});
-  ExpectMembers(Analyze(*root, "A")["runners"][0], R"({"lap": [60, "disq", 70, null],
+  root->AddClass("A")->ControlCount = 3;
+  AddRunner(*root->ClassData(1), "Mia", "DISQ", {60, -2, 70});
+  ExpectMembers(Analyze(*root)["runners"][0], R"({"lap": [60, "disq", 70, null],
       "split": [60, "disq", 130, null], "lapRelative": [1, null, null, null],
       "missTime": [0, null, null, null], "missTimeTotal": null, "totalTimeWithoutMiss": null,
       "totalTimeRelative": null, "rankInDataSet": ""})");
-}
-
-TEST(Json, KeysKeepTheirOrder) {
-  const auto root = ThreeRunners();
-  const Json analysis = Analyze(*root, "W21A");
-  const Json results = Json::parse(ResultText(*root, "W21A"));
-  const Json info = Json::parse(root->TextControl()->OutputInfoJson());
-  const std::string head = "format version generator event ";
-  EXPECT_EQ(KeysOf(analysis), head + "set general runners ");
-  EXPECT_EQ(KeysOf(results), head + "sets ");
-  EXPECT_EQ(KeysOf(info), head + "file classes courses segments choices ");
-  EXPECT_EQ(KeysOf(info["event"]), "name date terrain memo site ");
-  const std::string set = "name fileName kind mix controls length climb cutOffRank classInfo ";
-  EXPECT_EQ(KeysOf(analysis["set"]), set + "codes legLabels ");
-  EXPECT_EQ(KeysOf(results["sets"][0]), "set rankIsAvailable runners ");
-  EXPECT_EQ(KeysOf(results["sets"][0]["set"]), set);
-  EXPECT_EQ(KeysOf(analysis["general"]),
-            "upperLapTotal upperLapAverage legLength difficulty upper ");
-  const std::string record = "serial name club class id ecard competitorId sex age seed start ";
-  EXPECT_EQ(KeysOf(results["sets"][0]["runners"][0]),
-            record + "result rank rankFix rankInDataSet laps ");
-  EXPECT_EQ(KeysOf(analysis["runners"][0]),
-            record +
-                "result officialRank rank rankInDataSet lap split modifiedLap modifiedSplit "
-                "lapRank splitRank modifiedLapRank modifiedSplitRank validLap validSplit rangeFrom "
-                "rangeTo lapRelative missTime cruiseSpeed missRate missTimeTotal "
-                "totalTimeWithoutMiss totalTimeRelative firstHalfCruiseSpeed secondHalfCruiseSpeed "
-                "map ");
 }
 
 TEST(Json, ResultListsRankAndKeepMarkers) {
@@ -141,57 +112,53 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
   AddRunner(*klass, "d", "DNF", {});
   AddRunner(*klass, "a", "0:10:00", {})->Rank = "1";
   AddRunner(*klass, "b", "0:12:00", {})->RankFix = "2";
-  const Json list = Json::parse(ResultText(*root, "A"))["sets"][0];
-  EXPECT_EQ(list["rankIsAvailable"], true);
+  const std::string text = ResultText(*root);
+  Json json = Json::parse(text), &list = json["sets"][0], runners = list["runners"];
   // Equal results share a rank, and the one added last stands first.
-  const char* const expected[] = {
-      R"({"name": "a", "rankInDataSet": "1"})",
-      R"({"name": "b", "rankInDataSet": "2", "rank": "", "rankFix": "2", "laps": []})",
-      R"({"name": "c", "rankInDataSet": "2", "rank": "3", "laps": [300, null, "skip", "disq"]})",
-      R"({"name": "d", "rankInDataSet": "", "result": "DNF"})"};
-  ASSERT_EQ(list["runners"].size(), std::size(expected));
-  for (std::size_t i = 0; i < std::size(expected); ++i) {
-    ExpectMembers(list["runners"][i], expected[i]);
+  ExpectMembers(runners[0], R"({"name": "a", "rankInDataSet": "1"})");
+  ExpectMembers(runners[1],
+                R"({"name": "b", "rankInDataSet": "2", "rank": "", "rankFix": "2", "laps": []})");
+  ExpectObject(runners[2], R"({"serial": 1, "name": "c", "club": "", "class": "A", "id": 0,
+      "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "", "start": null,
+      "result": "0:12:00", "rank": "3", "rankFix": "", "rankInDataSet": "2",
+      "laps": [300, null, "skip", "disq"]})");
+  ExpectMembers(runners[3], R"({"name": "d", "rankInDataSet": "", "result": "DNF"})");
+  list["runners"] = runners.size();
+  json["event"] = 0;
+  ExpectObject(json, R"({"format": "keltrun2-results", "version": 1, "generator": "Keltrun 2.27",
+      "event": 0, "sets": [{"set": {"name": "A", "fileName": "a", "kind": "class", "mix": false,
+      "controls": 0, "length": 0, "climb": 0, "cutOffRank": 0, "classInfo": ""},
+      "rankIsAvailable": true, "runners": 4}]})");
+  // Every runner and set has a line of its own.
+  for (const char* start : {"\n{\"serial\":1,", "\n{\"serial\":4,", "\n{\"set\":"}) {
+    EXPECT_NE(text.find(start), std::string::npos) << start;
   }
+  EXPECT_TRUE(text.ends_with("}\n"));
 }
 
+// 0.0365 s in days is a hair below the half.
 TEST(Json, TimesAreSecondsToTheMillisecond) {
-  using Limits = std::numeric_limits<double>;
-  const struct {
-    double seconds;
-    std::string text;
-  } cases[] = {{2063.333, "2063.333"},
-               {116, "116"},
-               {0.5, "0.5"},
-               {1.0005, "1.001"},
-               {0.0365, "0.037"},  // in days a hair below the half
-               {2.00249, "2.002"},
-               {59.9996, "60"},
-               {-0.0365, "-0.037"},
-               {0.0004, "0"},
-               {-0.0004, "0"},
-               {86400e15, "86400000000000000000"},
-               {0, "null"},
-               {Limits::infinity(), "null"},
-               {Limits::quiet_NaN(), "null"}};
-  for (const auto& [seconds, text] : cases) {
-    const std::string json = ResultTextOf("a", test::Seconds(seconds));
+  std::istringstream cases(
+      "2063.333 2063.333, 116 116, 0.5 0.5, 1.0005 1.001, 0.0365 0.037, 2.00249 2.002, 59.9996 60,"
+      "-0.0365 -0.037, 0.0004 0, -0.0004 0, 86400e15 86400000000000000000, 0 null, inf null,"
+      "nan null,");
+  for (std::string seconds, text; cases >> seconds && std::getline(cases >> std::ws, text, ',');) {
+    const std::string json = ResultTextOf("a", Seconds(std::stod(seconds)));
     EXPECT_NE(json.find("\"start\":" + text + ","), std::string::npos) << text << json;
   }
 }
 
+// The last ones are cut short, a surrogate, an overlong form.
 TEST(Json, TextsAreEscapedAndValidUtf8) {
-  const struct {
-    std::string text, written;
-  } cases[] = {{R"(The "Owl" \ Club)", R"(The \"Owl\" \\ Club)"},
-               {std::string("a\0b", 3), R"(a\u0000b)"},
-               {"\t\r\n\x01\x1f", R"(\u0009\u000d\u000a\u0001\u001f)"},
-               {"山田　太郎 𠮷", "山田　太郎 𠮷"},
-               {"a\xFF\"b", "a\uFFFD\\\"b"},
-               {"\xE5\xB1", "\uFFFD\uFFFD"},            // cut short
-               {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},  // a surrogate
-               {"\xC0\xAF東", "\uFFFD\uFFFD東"}};       // an overlong form
-  for (const auto& [text, written] : cases) {
+  for (const auto& [text, written] :
+       Rows<std::string, std::string>{{R"(The "Owl" \ Club)", R"(The \"Owl\" \\ Club)"},
+                                      {std::string("a\0b", 3), R"(a\u0000b)"},
+                                      {"\t\r\n\x01\x1f", R"(\u0009\u000d\u000a\u0001\u001f)"},
+                                      {"山田　太郎 𠮷", "山田　太郎 𠮷"},
+                                      {"a\xFF\"b", "a\uFFFD\\\"b"},
+                                      {"\xE5\xB1", "\uFFFD\uFFFD"},
+                                      {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
+                                      {"\xC0\xAF東", "\uFFFD\uFFFD東"}}) {
     const std::string json = ResultTextOf(text, 0);
     EXPECT_NE(json.find("\"name\":\"" + written + "\",\"club\""), std::string::npos) << json;
     EXPECT_TRUE(Json::accept(json)) << json;
@@ -200,18 +167,17 @@ TEST(Json, TextsAreEscapedAndValidUtf8) {
 
 TEST(Json, CodesComeFromTheCourseOfTheSet) {
   const auto root = ThreeRunners();
-  const auto codes = [&](DataSetKind kind) { return Analyze(*root, "W21A", kind)["set"]["codes"]; };
-  EXPECT_EQ(codes(DataSetKind::kClass), nullptr);
+  const auto codes = [&](DataSetKind kind) { return Analyze(*root, kind)["set"]["codes"].dump(); };
   root->ClassData("W21A")->CourseNum = 5;
-  EXPECT_EQ(codes(DataSetKind::kClass), nullptr) << "there is no course 5";
+  EXPECT_EQ(codes(DataSetKind::kClass), "null") << "there is no course 5";
   const auto course = root->AddCourse(5);
   course->SetControlCount(3);
   for (std::int32_t i = 1; i <= 3; ++i) course->SetControlNum(i, 30 + i);
-  EXPECT_EQ(codes(DataSetKind::kClass), Json::parse("[31, 32]"));
-  EXPECT_EQ(codes(DataSetKind::kCourse), Json::parse("[31, 32]"));
-  EXPECT_EQ(codes(DataSetKind::kSegment), nullptr);
+  EXPECT_EQ(codes(DataSetKind::kClass), "[31,32]");
+  EXPECT_EQ(codes(DataSetKind::kCourse), "[31,32]");
+  EXPECT_EQ(codes(DataSetKind::kSegment), "null");
   course->SetControlCount(1);
-  EXPECT_EQ(codes(DataSetKind::kClass), Json::parse("[31]"));
+  EXPECT_EQ(codes(DataSetKind::kClass), "[31]");
 }
 
 TEST(Json, InfoDescribesTheEvent) {
@@ -219,60 +185,52 @@ TEST(Json, InfoDescribesTheEvent) {
   EventModel model;
   model.Event->EventName = "秋の大会";
   model.Event->SetEventDate(std::make_shared<clsDateValue>(*DateNumber(2025, 10, 18)));
-  model.FileDate = *DateNumber(2025, 10, 19) + test::Seconds(27000);
+  model.FileDate = *DateNumber(2025, 10, 19) + Seconds(27000);
   model.Meta->CreateApplication = "Timer";
   for (const char* name : {"M20E", "M21;A"}) {
-    const auto klass = model.AddClass(name);
-    klass->CourseNum = 7;
-    klass->AddLap();
+    model.AddClass(name)->CourseNum = 7;
+    model.ClassByName(name)->AddLap();
   }
   model.AddCourse(7)->SetControlCount(60);  // more than a course can hold
   model.CourseAt(1)->SetControlNum(50, 131);
   model.Segments.push_back({{"7\t21", "8\t0"}, {"M20E;21", "M21;A;21"}, 1, "62-63-F", "00620063"});
-  const Json info = Json::parse(InfoJson(model));
-  ExpectMembers(info["event"], R"({"name": "秋の大会", "date": "2025-10-18"})");
-  ExpectMembers(info["file"], R"({"name": "", "date": "2025-10-19 07:30:00",
-      "created": {"application": "Timer", "date": null, "user": ""}})");
-  EXPECT_EQ(info["classes"][1], Json::parse(R"({"name": "M21;A", "fileName": "m21;a", "runners": 1,
-      "controls": 0, "length": 0, "climb": 0, "course": 7, "cutOffRank": 0, "classInfo": ""})"));
-  ExpectMembers(info["courses"][0], R"({"number": 7, "controls": 60})");
+  Json info = Json::parse(InfoJson(model));
   EXPECT_EQ(info["courses"][0]["codes"].size(), 50u);
   EXPECT_EQ(info["courses"][0]["codes"][49], 131);
-  EXPECT_EQ(info["segments"], Json::parse(R"([{"name": "62-63-F", "binaryName": "00620063",
-      "controls": 1, "targets": [[7, 21], [8, 0]], "classes": [["M20E", 21], ["M21;A", 21]]}])"));
-  EXPECT_EQ(info["choices"][2], Json::parse(R"({"classIndex": 0, "courseNum": 7,
-      "name": "M20E/M21;A", "fileName": "m20e_m21;a", "runners": 2})"));
+  info["courses"][0]["codes"] = 0;
+  info["classes"].erase(0);
+  info["choices"].erase(0), info["choices"].erase(0);
+  ExpectObject(info, R"({"format": "keltrun2-info", "version": 1, "generator": "Keltrun 2.27",
+      "event": {"name": "秋の大会", "date": "2025-10-18", "terrain": "", "memo": "", "site": ""},
+      "file": {"name": "", "date": "2025-10-19 07:30:00",
+      "created": {"application": "Timer", "date": null, "user": ""},
+      "lastUpdate": {"application": "", "date": null, "user": ""}},
+      "classes": [{"name": "M21;A", "fileName": "m21;a", "runners": 1, "controls": 0, "length": 0,
+      "climb": 0, "course": 7, "cutOffRank": 0, "classInfo": ""}],
+      "courses": [{"number": 7, "controls": 60, "codes": 0}],
+      "segments": [{"name": "62-63-F", "binaryName": "00620063", "controls": 1,
+      "targets": [[7, 21], [8, 0]], "classes": [["M20E", 21], ["M21;A", 21]]}],
+      "choices": [{"classIndex": 0, "courseNum": 7, "name": "M20E/M21;A",
+      "fileName": "m20e_m21;a", "runners": 2}]})");
 }
 
 TEST(Json, AnEmptyEvent) {
   const auto root = NewRoot();
-  const Json analysis = Analyze(*root, "nobody");
-  ExpectMembers(analysis["general"], R"({"upperLapAverage": [0], "upper": [[]]})");
-  ExpectMembers(analysis, R"({"runners": []})");
+  ExpectMembers(Analyze(*root)["general"], R"({"upperLapAverage": [0], "upper": [[]]})");
+  ExpectMembers(Analyze(*root), R"({"runners": []})");
   ExpectMembers(Json::parse(root->TextControl()->OutputResultJson({})), R"({"sets": []})");
-  ExpectMembers(Json::parse(ResultText(*root, "nobody"))["sets"][0], R"({"runners": []})");
+  ExpectMembers(Json::parse(ResultText(*root))["sets"][0], R"({"runners": []})");
   ExpectMembers(Json::parse(root->TextControl()->OutputInfoJson()),
-                R"({"event": {"name": "", "date": null, "terrain": "", "memo": "", "site": ""},
-      "classes": [], "courses": [], "segments": [], "choices": []})");
+                R"({"classes": [], "courses": [], "segments": [], "choices": []})");
 }
 
 TEST(Json, WritingLeavesRecordsAlone) {
   const auto root = NewRoot();
-  const auto klass = root->AddClass("A");
-  klass->ControlCount = 50;  // 51 legs, one more than a record can hold
-  const auto runner = AddRunner(*klass, "a", "0:10:00", {300});
-  EXPECT_EQ(Analyze(*root, "A")["runners"][0]["lap"].size(), 51u);
-  EXPECT_EQ(Json::parse(ResultText(*root, "A"))["sets"][0]["runners"][0]["laps"].size(), 1u);
+  root->AddClass("A")->ControlCount = 50;  // 51 legs, one more than a record can hold
+  const auto runner = AddRunner(*root->ClassData(1), "a", "0:10:00", {300});
+  EXPECT_EQ(Analyze(*root)["runners"][0]["lap"].size(), 51u);
   EXPECT_EQ(runner->LegCount(), 1);
 }
 
-TEST(Json, EveryRunnerAndSetHasALineOfItsOwn) {
-  const std::string json = ResultText(*ThreeRunners(), "W21A");
-  EXPECT_TRUE(json.ends_with("}\n"));
-  for (const char* start : {"\n{\"serial\":1,", "\n{\"serial\":2,", "\n{\"set\":"}) {
-    EXPECT_NE(json.find(start), std::string::npos) << start;
-  }
-}
-
 }  // namespace
-}  // namespace keltrun
+}  // namespace keltrun::test
