@@ -1,5 +1,6 @@
 // The analysis of one class, and its page.
 #include "bench_support.h"
+#include "keltrun2/model/process_state.h"
 #include "keltrun2/report/analysis_page.h"
 
 namespace keltrun::bench {
@@ -41,10 +42,10 @@ void AnalysisPageAppended(benchmark::State& state) {
   if (!root) return;
   const auto analyzer = Analyzed(*root);
   std::string page;
-  AppendAnalysisPage(page, *analyzer, "", "x-sjis");
+  AppendAnalysisPage(page, *CurrentModel(), *analyzer, "", "x-sjis");
   for (auto _ : state) {
     page.clear();
-    AppendAnalysisPage(page, *analyzer, "", "x-sjis");
+    AppendAnalysisPage(page, *CurrentModel(), *analyzer, "", "x-sjis");
   }
   state.counters["bytes"] = static_cast<double>(page.size());
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/io/native_reader.h"
@@ -15,9 +16,9 @@ namespace {
 
 using namespace keltrun;
 
-void Fill(EventModel& model, const NativeLapFile& file) {
-  *model.Event = file.Event;
-  *model.Meta = file.Meta;
+void Fill(EventModel& model, NativeLapFile& file) {
+  *model.Event = std::move(file.Event);
+  *model.Meta = std::move(file.Meta);
   for (const auto& course : file.Courses) model.AddCourseObject(course);
   for (const NativeClass& read : file.Classes) {
     if (!model.AddClassObject(read.Class)) continue;
@@ -26,7 +27,7 @@ void Fill(EventModel& model, const NativeLapFile& file) {
 }
 
 std::string WriteAgain(std::string_view bytes, NativeSource kind) {
-  const NativeReadResult read = ReadNativeLapFile(bytes, kind);
+  NativeReadResult read = ReadNativeLapFile(bytes, kind);
   if (read.Error) return "";
   EventModel model;
   Fill(model, read.File);

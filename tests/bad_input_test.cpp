@@ -15,6 +15,12 @@ using namespace std::string_literals;
 
 bool Contains(const string& text, std::string_view part) { return text.find(part) != string::npos; }
 
+string Repeated(std::string_view text, int times) {
+  string out;
+  for (int i = 0; i < times; ++i) out += text;
+  return out;
+}
+
 string Nested(int depth) {
   string open, close;
   for (int i = 0; i < depth; ++i) open += "<a>", close += "</a>";
@@ -37,6 +43,7 @@ TEST_F(BadInput, DamagedDocumentsAreRefusedWithTheirPlace) {
   // What the error text says, and the bytes.
   const Rows<string, string> cases = {
       {"empty", ""},
+      {"empty", " \r\n\t"},
       {"line 1, column ", "class,name\r\n"},
       {"root element", "<?xml version='1.0'?>"},
       {"line 3, column ", "<keltrun>\r\n<classes>\r\n<class name='A'"},
@@ -51,6 +58,14 @@ TEST_F(BadInput, DamagedDocumentsAreRefusedWithTheirPlace) {
       {"line 1, column 13", "<keltrun a='\0'/>"s},
       {"klingon", "<?xml version='1.0' encoding='klingon'?><keltrun/>"},
       {"document type", "<!DOCTYPE k [<!ENTITY a 'aa'><!ENTITY b '&a;&a;'>]>\n<keltrun a='&b;'/>"},
+      {"line 1, column 14", "<keltrun a='A&#4294967296;B'/>"},
+      {"line 1, column 13", "<keltrun a='&#xD800;'/>"},
+      {"line 1, column 13", "<keltrun a='&#1;'/>"},
+      {"200001 runners",
+       "<keltrun><classes><c>" + Repeated("<r/>", 200001) + "</c></classes></keltrun>"},
+      {"10001 classes", "<keltrun><classes>" + Repeated("<c/>", 10001) + "</classes></keltrun>"},
+      {"10001 courses", "<keltrun><courses>" + Repeated("<c/>", 10001) + "</courses></keltrun>"},
+      {"tags", "<keltrun>" + Repeated("<a/>", 5000001) + "</keltrun>"},
       {"nested", Nested(10000) + "</keltrun>"},
       {"line 1, column ", Nested(300000)}};
   for (const auto& [told, bytes] : cases) {

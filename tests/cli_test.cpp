@@ -94,6 +94,7 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
                {2, "publish two.lxm", "publish"},
                {2, "info", "EVENT"},
                {2, "site two.lxm", "DIR"},
+               {2, "site two.lxm ''", "empty"},
                {2, "info two.lxm more", "more"},
                {2, "info two.lxm --lang fr", "--lang"},
                {2, "analyze two.lxm --class M21", "--as"},
@@ -161,7 +162,7 @@ TEST_F(Cli, LanguageFollowsTheOptionNotTheEnvironment) {
   for (const auto& [option, date, title] : cases) {
     EXPECT_TRUE(Has(Output("info " + kHoshinomori + " " + option), date));
     const string page =
-        Output(option + " results " + kHoshinomori + " --class m21a --as html --style a.css");
+        Output(option + " results " + kHoshinomori + " --class m21a --as html --style-url a.css");
     EXPECT_TRUE(Has(page, title)) << page.substr(0, 999);
     EXPECT_TRUE(Has(page, "charset=utf-8") && Has(page, "href=\"a.css\""));
   }
@@ -217,8 +218,18 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   Output("site two.lxm bare --add");
   EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
   EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
+  Output("site two.lxm bare --add --prefix club_");
+  EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50a.html") &&
+              Has(index(), "club_lap_u7537u5b50a.html"));
   Output("site " + kMidorigaoka + " bare --no-official-site");
   EXPECT_TRUE(CountOf("KELTRUN START", index()) == 1 && !Has(index(), "www.example.org"));
+
+  // The event itself is never replaced by the site's plainer copy.
+  const string event = Contents(folder_ / "two.lxm");
+  Write(folder_ / "event.lxm", event);
+  EXPECT_EQ(Run("keltrun2 site event.lxm .").code, 1);
+  EXPECT_EQ(Contents(folder_ / "event.lxm"), event);
+  EXPECT_FALSE(Names(".").contains("index.html"));
 
   fs::create_directories(folder_ / "blocked/lap_m21a.html");
   const Outcome blocked = Run("keltrun2 site " + kMidorigaoka + " blocked");

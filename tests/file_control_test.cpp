@@ -2,7 +2,9 @@
 #include "keltrun2/api/file_control.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <regex>
 #include <stdexcept>
 
@@ -204,7 +206,6 @@ TEST_F(FileControl, AHandlerCannotStartAnotherOperation) {
   files_->OnProgress([&](std::int32_t percent) {
     if (percent != 67) return;
     EXPECT_FALSE(Load(Event("Inner")));
-    EXPECT_FALSE(files_->SaveLapFile(folder_.Path("a.lxm")));
     EXPECT_FALSE(files_->OutputHtml(folder_.Path("site"), "index.html"));
   });
   EXPECT_TRUE(Load(Event("Outer")));
@@ -285,6 +286,23 @@ TEST_F(FileControl, SavesByTypeAndExtensionOrSaysWhyNot) {
   EXPECT_FALSE(files_->SaveLapFile(""));
   EXPECT_EQ(root_->FileName(), "text");
   EXPECT_EQ(FilesInFolder(), 5) << "four files, the folder and no temporary file";
+}
+
+TEST_F(FileControl, ADiskThatFillsUpLeavesTheFileAsItWas) {
+  ASSERT_TRUE(files_->LoadLapFile(ExampleFile("midorigaoka/event.lxm")));
+  const string existing = File("a.lxm", "precious");
+  // The disk is played by a limit on the size of files.
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit small{4096, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_FALSE(files_->SaveLapFile(existing));
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(ReadBytes(existing), "precious");
+  EXPECT_EQ(FilesInFolder(), 1);
+  EXPECT_TRUE(files_->SaveLapFile(existing));
 }
 
 }  // namespace

@@ -72,6 +72,8 @@ TEST(RunnerRecord, LapsAndLegCount) {
   EXPECT_EQ(runner.Lap(3), Seconds(83)) << "a lower count hides laps without clearing them";
   runner.SetLap(50, Seconds(9));
   EXPECT_EQ(runner.Lap(50), Seconds(9));
+  runner.SetStartTime(nullptr);  // makes a new one
+  EXPECT_EQ(runner.StartTime()->Value(), 0);
 }
 
 TEST(RunnerRecord, ResultsAreNormalised) {
@@ -187,6 +189,8 @@ TEST(EventHeader, TextHoldsWhatIsKnown) {
     event.EventDate()->SetValue(date);
     EXPECT_EQ(event.ToString(), text);
   }
+  event.SetEventDate(nullptr);  // makes a new one
+  EXPECT_EQ(event.EventDate()->Value(), 0);
 }
 
 TEST(Root, ClassesAndCoursesAreFoundByNameAndPosition) {

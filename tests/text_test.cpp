@@ -184,8 +184,6 @@ TEST(Html, EscapesEncodesAndRemoves) {
 }
 
 TEST(Utf16, CutsBetweenCharacters) {
-  EXPECT_EQ(Utf16Length("a男😀"), 4u);
-  EXPECT_EQ(Utf16Length("\xFF\xE7\x94"), 3u);  // an invalid byte is one character
   std::size_t units = 0;
   for (const Text expected : {"", "a", "a男", "a男", "a男😀", "a男😀b", "a男😀b"}) {
     EXPECT_EQ(Utf16Prefix("a男😀b", units++), expected);

@@ -87,8 +87,15 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
       ->type_name("html|json")
       ->check(CLI::IsMember({"html", "json"}).description(""))
       ->required();
-  app.add_option("--style", options.style_address, "address of a style sheet for the HTML page")
-      ->type_name("URL");
+  app.add_option("--style-url", options.style_address, "address of a style sheet for the HTML page")
+      ->type_name("URL")
+      ->check(CLI::Validator(
+          [](const std::string& url) {
+            return url.find_first_of("\"<>") == std::string::npos
+                       ? std::string()
+                       : std::string("an address must not hold quotes or angle brackets");
+          },
+          ""));
   return by_class;
 }
 

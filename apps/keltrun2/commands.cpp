@@ -1,6 +1,7 @@
 #include "apps/keltrun2/commands.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -24,9 +25,19 @@ constexpr char kPageEncoding[] = "utf-8";  // the host has texts in UTF-8 and wr
 
 // The folder with "/" only, as the library reads it, and at the end of it.
 std::string SiteFolder(std::string folder) {
+  if (folder.empty()) throw CommandError("the name of the folder is empty", kWrongUse);
   std::replace(folder.begin(), folder.end(), '\\', '/');
-  if (folder.empty() || folder.back() != '/') folder += '/';
+  if (folder.back() != '/') folder += '/';
   return folder;
+}
+
+// The copy of the lap file in the site is a plainer file than the event may be: it must not replace
+// the event itself.
+void CheckCopyIsAnother(const std::string& event, const std::string& copy) {
+  std::error_code none;
+  if (event == "-" || !std::filesystem::equivalent(event, copy, none)) return;
+  throw CommandError("the site's copy of the lap file would replace " + event +
+                     ": choose another folder, or a --prefix");
 }
 
 std::string SiteStyle(const Options& options) {
@@ -86,12 +97,14 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   const std::string folder = SiteFolder(options.folder);
   const bool styled = options.style_file != kNoStyle;
   const std::string style = styled ? SiteStyle(options) : "";
+  const std::string copy = options.prefix + "event.lxm";
+  CheckCopyIsAnother(options.event, folder + copy);
   MakeFolder(folder);
   if (styled) WriteOutput(folder + kStyleFile, style);
   const bool begun = root.FileControl()->OutputHtml(
-      folder, kIndexFile, options.prefix + "lap_*.html", options.prefix + "result_*.html",
-      options.prefix + "event.lxm", "", options.official_site, options.add, "", "", options.courses,
-      options.courses, "", false, "", false, "", styled ? kStyleFile : "");
+      folder, kIndexFile, options.prefix + "lap_*.html", options.prefix + "result_*.html", copy, "",
+      options.official_site, options.add, "", "", options.courses, options.courses, "", false, "",
+      false, "", styled ? kStyleFile : "");
   // The export goes on past a page that it cannot write and lists such pages at the end.
   if (!begun || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';

@@ -16,6 +16,7 @@ ClassAndCourseValue FindClass(const clsKeltrun2& root, const std::string& name) 
     if (klass == wanted) return {klass->ClassName(), i, 0, klass->FileName(), klass->LapCount()};
     names += "\n  " + klass->ClassName();
   }
+  if (names.empty()) throw CommandError("the event has no classes");
   throw CommandError("there is no class \"" + name + "\"; the classes are" + names);
 }
 
@@ -32,6 +33,7 @@ std::map<std::int32_t, std::string> CoursesWithClasses(const clsKeltrun2& root) 
 ClassAndCourseValue FindCourse(const clsKeltrun2& root, std::int32_t number) {
   const auto courses = CoursesWithClasses(root);
   if (courses.contains(number)) return {courses.at(number), 0, number, "", 0};
+  if (courses.empty()) throw CommandError("no class of the event names a course");
   std::string names;
   for (const auto& [course, classes] : courses) {
     names += "\n  " + std::to_string(course) + ":" + classes;

@@ -29,9 +29,11 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 std::string ReadAll(std::FILE* file, const std::string& name) {
   constexpr std::size_t kPiece = 1 << 16;
+  constexpr std::size_t kLargestInput = std::size_t{64} << 20;
   std::string bytes;
   std::size_t filled = 0;
   do {
+    if (filled > kLargestInput) throw CommandError(name + " is larger than a lap file can be");
     bytes.resize(filled + kPiece);
     filled += std::fread(bytes.data() + filled, 1, kPiece, file);
   } while (filled == bytes.size());

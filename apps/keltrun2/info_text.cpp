@@ -87,14 +87,37 @@ void AppendCourses(std::string& out, const clsKeltrun2& root) {
   AppendSection(out, "Courses", root.CourseCount(), table);
 }
 
+// The classes of a course, and how many runners they have together.
+struct CourseClasses {
+  std::string names;
+  std::int32_t runners = 0;
+};
+
+CourseClasses ClassesOf(const clsKeltrun2& root, std::int32_t course) {
+  CourseClasses found;
+  for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
+    const auto klass = root.ClassData(i);
+    if (klass->CourseNum != course) continue;
+    found.names += (found.names.empty() ? "" : "/") + klass->ClassName();
+    found.runners += klass->LapCount();
+  }
+  return found;
+}
+
+// The choices by what they stand for: a class name that holds a comma breaks the fields of its
+// text.
 void AppendChoices(std::string& out, const clsKeltrun2& root) {
   TextTable table({{"Option"}, {"Runners", kRight}, {"Classes"}});
   const auto choices = root.ClassAndCourseList();
   for (const std::string& text : choices) {
     const ClassAndCourseValue choice = root.SeparateClassAndCourseValue(text);
-    const std::string option =
-        choice.ClassIndex > 0 ? "--class" : "--course " + std::to_string(choice.CourseNum);
-    table.AddRow({option, std::to_string(choice.RunnerCount), choice.ValueName});
+    if (const auto klass = root.ClassData(choice.ClassIndex)) {
+      table.AddRow({"--class", std::to_string(klass->LapCount()), klass->ClassName()});
+      continue;
+    }
+    const CourseClasses classes = ClassesOf(root, choice.CourseNum);
+    table.AddRow({"--course " + std::to_string(choice.CourseNum), std::to_string(classes.runners),
+                  classes.names});
   }
   AppendSection(out, "To analyze", static_cast<std::int32_t>(choices.size()), table);
 }

@@ -33,9 +33,13 @@ void ChooseLanguage(const std::string& language) {
   SetStartup(startup);
 }
 
-// Component texts have lines that end in CR LF, a terminal wants LF.
+// Component texts have lines that end in CR LF, a terminal wants LF; names from a file may hold
+// characters that would command it.
 void PrintError(std::string text) {
   std::erase(text, '\r');
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return c != '\n' && (static_cast<unsigned char>(c) < 0x20 || c == 0x7F); }, '?');
   std::cerr << "keltrun2: " << text << '\n';
 }
 

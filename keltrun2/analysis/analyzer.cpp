@@ -94,11 +94,16 @@ std::string clsAnalyzer::ClassInfo() const {
 void clsAnalyzer::AddLap(const std::shared_ptr<clsLapData>& LapObject) {
   CheckObject(LapObject, "clsAnalyzer.AddLap");
   if (LapObject->LegCount() <= 0) return;
-  CheckIndex(LapObject->LegCount(), 1, clsAnalyzedRunnerData::kMostLegs, "clsAnalyzer.AddLap");
+  CheckLap(*LapObject);
   auto runner = Figures::Make(LapObject);
   LegReader(*LapObject, *runner).Read();
   full_.push_back(std::move(runner));
   is_executed_ = false;
+}
+
+void clsAnalyzer::CheckLap(const clsLapData& lap) const {
+  if (lap.LegCount() <= 0) return;
+  CheckIndex(lap.LegCount(), 1, clsAnalyzedRunnerData::kMostLegs, "clsAnalyzer.AddLap");
 }
 
 void clsAnalyzer::Clear() {

@@ -71,6 +71,7 @@ class clsAnalyzer : public DataSet {
  private:
   friend class AnalyzerInternal;
 
+  void CheckLap(const clsLapData& lap) const override;
   std::string SafeFileName(std::string_view name) const override;
 
   std::shared_ptr<clsCourseData> course_data_;

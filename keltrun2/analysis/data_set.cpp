@@ -1,5 +1,8 @@
 #include "keltrun2/analysis/data_set.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
@@ -7,20 +10,23 @@
 namespace keltrun {
 
 void DataSet::AddClass(std::string_view ClassName) {
-  AddClassObject(CurrentModel()->ClassByName(ClassName));
+  AddClasses({CurrentModel()->ClassByName(ClassName)});
 }
 
 void DataSet::AddClass(std::int32_t ClassNumber) {
-  AddClassObject(CurrentModel()->ClassAt(ClassNumber));
+  AddClasses({CurrentModel()->ClassAt(ClassNumber)});
 }
 
 void DataSet::AddCourse(std::int32_t CourseNum) {
   if (CourseNum <= 0) return;
   const auto model = CurrentModel();
-  for (const auto& klass : model->Classes()) {
-    if (klass->CourseNum == CourseNum) AddClassObject(klass);
-  }
+  std::vector<std::shared_ptr<clsClassData>> classes;
+  std::copy_if(model->Classes().begin(), model->Classes().end(), std::back_inserter(classes),
+               [&](const auto& klass) { return klass->CourseNum == CourseNum; });
+  AddClasses(classes);
 }
+
+void DataSet::CheckLap(const clsLapData& /*lap*/) const {}
 
 void DataSet::SetDataSetName(std::string_view Name) {
   name_ = Name;
@@ -37,13 +43,20 @@ void DataSet::ClearHead() {
   Climb = 0;
 }
 
-void DataSet::AddClassObject(const std::shared_ptr<clsClassData>& klass) {
-  if (!klass) return;
-  JoinName(*klass);
-  for (const auto& runner : ClassDataInternal::Runners(*klass)) AddLap(runner);
-  if (klass->ControlCount != 0) ControlCount = klass->ControlCount;
-  if (klass->Length != 0) Length = klass->Length;
-  if (klass->Climb != 0) Climb = klass->Climb;
+// Nothing is added unless everything can be. Classes that do not exist are skipped.
+void DataSet::AddClasses(const std::vector<std::shared_ptr<clsClassData>>& classes) {
+  for (const auto& klass : classes) {
+    if (!klass) continue;
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) CheckLap(*runner);
+  }
+  for (const auto& klass : classes) {
+    if (!klass) continue;
+    JoinName(*klass);
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) AddLap(runner);
+    if (klass->ControlCount != 0) ControlCount = klass->ControlCount;
+    if (klass->Length != 0) Length = klass->Length;
+    if (klass->Climb != 0) Climb = klass->Climb;
+  }
 }
 
 void DataSet::JoinName(const clsClassData& klass) {

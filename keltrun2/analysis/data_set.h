@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "keltrun2/model/class_data.h"
 
@@ -29,6 +30,7 @@ class DataSet {
   void AddClass(std::int32_t ClassNumber);
 
   /// Adds every class that runs the course, in class order. Ignored for 0 and below.
+  /// Both raise what AddLap raises for any of the runners, and have then changed nothing.
   void AddCourse(std::int32_t CourseNum);
 
   /// Adds one runner. The record is shared, not copied.
@@ -47,10 +49,15 @@ class DataSet {
   void ClearHead();
 
  private:
+  friend class DataSetInternal;
+
+  /// Raises an error when AddLap would not take the record.
+  virtual void CheckLap(const clsLapData& lap) const;
+
   /// The file-name-safe form of a name that the host gave.
   virtual std::string SafeFileName(std::string_view name) const = 0;
 
-  void AddClassObject(const std::shared_ptr<clsClassData>& klass);
+  void AddClasses(const std::vector<std::shared_ptr<clsClassData>>& classes);
   void JoinName(const clsClassData& klass);
 
   std::string name_;

@@ -1,7 +1,6 @@
 #include "keltrun2/analysis/execution.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 #include "keltrun2/analysis/analyzed_general_data_internal.h"

@@ -17,6 +17,8 @@ std::shared_ptr<clsLapData> At(Order& order, std::int32_t index) {
   return index >= 1 && index <= order.Count() ? order.Item(index) : nullptr;
 }
 
+// A result of 24 hours and more is a finish time here, although the order by class does not take it
+// for one.
 bool HasFinishTime(const clsLapData& lap) {
   return ParseFinishTime(lap.Result()).has_value() || IsTimeText(lap.Result());
 }

@@ -6,6 +6,8 @@
 #include "keltrun2/api/progress_report.h"
 #include "keltrun2/api/site_export.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/process_state.h"
 
 namespace keltrun {
 
@@ -47,9 +49,7 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
 
 bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileSaveModeCosnt SaveMode) {
-  const Busy busy;
-  if (!busy.Granted()) return false;
-  return keltrun::SaveLapFile(std::string(FileName), LapFileType, SaveMode);
+  return keltrun::SaveLapFile(*CurrentModel(), std::string(FileName), LapFileType, SaveMode);
 }
 
 KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {
@@ -64,9 +64,8 @@ std::string clsFileControl::FileSaveFilter() const { return ResourceText("RES_ME
 std::string clsFileControl::FileLoadFilter() const { return ResourceText("RES_META_LOAD_FILTER"); }
 
 ProgressHandle clsFileControl::OnProgress(ProgressHandler Handler) {
-  if (Handler) {
-    handlers_->emplace(++attached_, std::make_shared<ProgressHandler>(std::move(Handler)));
-  }
+  if (!Handler) return {};
+  handlers_->emplace(++attached_, std::make_shared<ProgressHandler>(std::move(Handler)));
   return ProgressHandle(handlers_, attached_);
 }
 

@@ -66,8 +66,8 @@ class clsFileControl {
   std::string FileLoadFilter() const;
 
   /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as
-  /// it goes on, 100 at its end, also when it fails. While a handler runs, another load, save or
-  /// export answers false.
+  /// it goes on, 100 at its end, also when it fails. While a handler runs, another load or export
+  /// answers false.
   ProgressHandle OnProgress(ProgressHandler Handler);
 
  private:

@@ -1,5 +1,7 @@
 #include "keltrun2/api/html_control.h"
 
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/automation_error.h"
 #include "keltrun2/report/analysis_page.h"
 #include "keltrun2/report/result_page.h"
@@ -11,7 +13,7 @@ std::string clsHtmlControl::OutputAnalysis(const std::shared_ptr<clsAnalyzer>& A
                                            std::string_view Encoding) const {
   CheckObject(Analyzer, "clsHtmlControl.OutputAnalysis");
   std::string page;
-  AppendAnalysisPage(page, *Analyzer, LinkStyleFile, Encoding);
+  AppendAnalysisPage(page, *CurrentModel(), *Analyzer, LinkStyleFile, Encoding);
   return page;
 }
 

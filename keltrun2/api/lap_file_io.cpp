@@ -2,11 +2,13 @@
 
 #include <exception>
 #include <optional>
+#include <utility>
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
 #include "keltrun2/io/native_reader.h"
 #include "keltrun2/io/native_writer.h"
+#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
@@ -91,16 +93,14 @@ std::optional<KrLapFileTypeConst> DetectFileType(LoadRequest& request) {
   return type;
 }
 
-void ApplyHeader(EventModel& model, const NativeLapFile& file) {
-  const auto date = model.Event->EventDate();
-  date->SetValue(file.Event.EventDate()->Value());
-  *model.Event = file.Event;
-  model.Event->SetEventDate(date);
-  *model.Meta = file.Meta;
+// The event and metadata objects stay the same: a host may hold them.
+void ApplyHeader(EventModel& model, NativeLapFile& file) {
+  *model.Event = std::move(file.Event);
+  *model.Meta = std::move(file.Meta);
 }
 
 // Hands what was read to the model, class by class.
-void FeedModel(EventModel& model, const NativeLapFile& file, KrLapFileLoadModeCosnt mode,
+void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
                ProgressReport& progress) {
   if (file.FileDate) model.FileDate = *file.FileDate;
   if (mode == KR_LOADMODE_NORMAL) ApplyHeader(model, file);
@@ -111,7 +111,8 @@ void FeedModel(EventModel& model, const NativeLapFile& file, KrLapFileLoadModeCo
     const auto existing = model.ClassByName(read.Class->ClassName());
     const auto& klass = existing ? existing : read.Class;
     if (!existing) model.AddClassObject(klass);
-    for (const auto& runner : read.Runners) klass->AddLapObject(runner, mode);
+    LapMerger merger(*klass, mode);
+    for (const auto& runner : read.Runners) merger.Add(runner);
   }
 }
 
@@ -155,12 +156,13 @@ bool LoadWith(const Format& reader, EventModel& model, const LoadRequest& reques
   }
 }
 
-bool SaveWith(const Format& writer, const std::string& file_name, KrLapFileSaveModeCosnt mode) {
+bool SaveWith(const Format& writer, const EventModel& model, const std::string& file_name,
+              KrLapFileSaveModeCosnt mode) {
   if (!writer.missing.empty()) {
     return Fail(kSaveError, writer.operation,
                 "this version cannot write " + std::string(writer.missing) + " yet");
   }
-  const std::string bytes = WriteNativeLapFile(*CurrentModel(), mode, Now());
+  const std::string bytes = WriteNativeLapFile(model, mode, Now());
   std::string error;
   if (WriteFile(file_name, bytes, error)) return true;
   return Fail(kSaveError, writer.operation, error);
@@ -184,6 +186,9 @@ bool LoadLapFile(LoadRequest request, const StartProgress& start_progress) {
   SetErrorText("");
   const auto model = CurrentModel();
   if (request.Mode == KR_LOADMODE_NORMAL) model->Clear();
+  if (request.FileData.size() > kLargestInputFile) {
+    return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
+  }
   if (FileExtension(request.FileName) == "lzh") return FailArchive(kOpenError, kExtractArchive);
   if (request.Type == KR_FILETYPE_AUTODETECT) {
     const auto type = DetectFileType(request);
@@ -201,13 +206,13 @@ bool LoadLapFile(LoadRequest request, const StartProgress& start_progress) {
   return true;
 }
 
-bool SaveLapFile(const std::string& file_name, KrLapFileTypeConst type,
+bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
                  KrLapFileSaveModeCosnt mode) {
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
   if (extension == "lzh") return FailArchive(kSaveError, kMakeArchive);
   const Format* writer = FindFormat(kWriters, type);
-  return SaveWith(writer != nullptr ? *writer : kWriters[0], file_name, mode);
+  return SaveWith(writer != nullptr ? *writer : kWriters[0], model, file_name, mode);
 }
 
 }  // namespace keltrun

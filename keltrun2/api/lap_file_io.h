@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -27,7 +28,7 @@ struct LoadRequest {
 bool LoadLapFile(LoadRequest request, const StartProgress& start_progress);
 
 /// True when the file was written; else the error text says why.
-bool SaveLapFile(const std::string& file_name, KrLapFileTypeConst type,
+bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
                  KrLapFileSaveModeCosnt mode);
 
 /// The error text of a failure: the message of a resource key, the operation, what happened.

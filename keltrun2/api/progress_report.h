@@ -38,7 +38,7 @@ class ProgressReport {
   bool open_ = true;
 };
 
-/// True while a load, save or export runs: its handlers may not start another.
+/// Held while a load or export runs: its handlers may not start another.
 class Busy {
  public:
   /// Marks the component busy unless it is already.

@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <exception>
 #include <optional>
-#include <set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/api/output_names.h"
+#include "keltrun2/api/skipped_legs_keeper.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
-#include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
@@ -20,10 +22,6 @@
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/index_page.h"
 #include "keltrun2/report/result_page.h"
-#include "keltrun2/text/html.h"
-#include "keltrun2/text/letters.h"
-#include "keltrun2/text/split.h"
-#include "keltrun2/text/utf16.h"
 
 namespace keltrun {
 namespace {
@@ -36,79 +34,21 @@ constexpr std::string_view kNewWindow = " target=\"_blank\"";
 // A class or course of the site with the names of its pages.
 struct Entry {
   ClassAndCourseChoice choice;
+  std::vector<std::shared_ptr<clsClassData>> classes;
   std::string result_name;  // "" when the page is not asked for
   std::string analysis_name;
-  bool has_results;  // somebody has a result, so that there is a result list
+  bool has_results = false;  // somebody has a result, so that there is a result list
 
   bool IsCourse() const { return choice.ClassIndex == 0; }
 };
 
-// Hands out file names that stay in the folder and are different even where letter case does not
-// count.
-class OutputNames {
- public:
-  void Reserve(const std::string& name) { used_.insert(FoldCase(name)); }
-
-  // The name of an entry's page; "" for an empty pattern.
-  std::string Assign(const std::string& pattern, const std::string& file_name) {
-    if (pattern.empty()) return "";
-    std::string name = Substitute(pattern, file_name, 1);
-    for (int number = 2; !used_.insert(FoldCase(name)).second; ++number) {
-      name = Substitute(pattern, file_name, number);
-    }
-    return name;
-  }
-
-  // The name without folders, separators and control characters.
-  static std::string Safe(std::string_view name) {
-    std::string out;
-    for (const char c : name) {
-      const bool bad = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
-                       std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos;
-      out += bad ? '_' : c;
-    }
-    return out == "." || out == ".." ? "_" + out : out;
-  }
-
- private:
-  static std::string Substitute(const std::string& pattern, const std::string& file_name,
-                                int number) {
-    constexpr std::size_t kLongestName = 100;  // file systems allow 255 bytes
-    const std::string suffix = number == 1 ? "" : "_" + std::to_string(number);
-    const std::string base(Utf16Prefix(file_name, kLongestName));
-    CclsSplit parts("*", pattern);
-    if (parts.Bound() > 0) return Safe(parts.Expression(base + suffix));
-    const std::size_t dot = std::min(pattern.rfind('.'), pattern.size());
-    return Safe(pattern.substr(0, dot) + suffix + pattern.substr(dot));
-  }
-
-  std::set<std::string> used_;
-};
-
-// Analysing turns skipped legs at the end of a record into missing ones. Publishing must leave the
-// event as it was, so the skipped legs are put back afterwards.
-class SkippedLegsKeeper {
- public:
-  explicit SkippedLegsKeeper(const EventModel& model) {
-    for (const auto& klass : model.Classes()) {
-      for (const auto& runner : ClassDataInternal::Runners(*klass)) Remember(runner);
-    }
-  }
-  ~SkippedLegsKeeper() {
-    for (const auto& [runner, leg] : skipped_) LapDataInternal::ReplaceLap(*runner, leg, kTimeSkip);
-  }
-  SkippedLegsKeeper(const SkippedLegsKeeper&) = delete;
-  SkippedLegsKeeper& operator=(const SkippedLegsKeeper&) = delete;
-
- private:
-  void Remember(const std::shared_ptr<clsLapData>& runner) {
-    for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*runner); ++leg) {
-      if (LapDataInternal::Lap(*runner, leg) == kTimeSkip) skipped_.emplace_back(runner, leg);
-    }
-  }
-
-  std::vector<std::pair<std::shared_ptr<clsLapData>, std::int32_t>> skipped_;
-};
+bool HasResults(const std::vector<std::shared_ptr<clsClassData>>& classes) {
+  return std::any_of(classes.begin(), classes.end(), [](const auto& klass) {
+    const auto& runners = ClassDataInternal::Runners(*klass);
+    return std::any_of(runners.begin(), runners.end(),
+                       [](const auto& runner) { return !runner->Result().empty(); });
+  });
+}
 
 class SiteExport {
  public:
@@ -122,7 +62,7 @@ class SiteExport {
 
  private:
   void MakeEntries();
-  bool HasResults(const ClassAndCourseChoice& choice) const;
+  std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
   void MakeLapFileCopies();
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
@@ -135,8 +75,6 @@ class SiteExport {
   void AddIndexRow(const Entry& entry, const std::string& links);
   void WriteIndex();
 
-  template <typename Set>
-  void Fill(Set& set, const Entry& entry);
   bool WritePage(const std::string& name);
   bool WriteBytes(const std::string& name, std::string_view bytes);
   void ReportFailures() const;
@@ -144,6 +82,7 @@ class SiteExport {
   const SiteOptions& options_;
   const std::string folder_;
   const std::shared_ptr<EventModel> model_;
+  std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
   std::vector<Entry> entries_;
   std::string index_;       // the block of the index page
   std::string navigation_;  // above every result list
@@ -187,6 +126,9 @@ void SiteExport::Run(ProgressReport& progress) {
 }
 
 void SiteExport::MakeEntries() {
+  for (const auto& klass : model_->Classes()) {
+    classes_of_course_[klass->CourseNum].push_back(klass);
+  }
   OutputNames names;
   for (const std::string& fixed :
        {options_.IndexFile, options_.Lap1File, options_.Lap2File, options_.LinkStyleFile}) {
@@ -196,29 +138,29 @@ void SiteExport::MakeEntries() {
     if (choice.ClassIndex == 0 && !options_.WalkCourses) break;
     std::string file_name = choice.FileName;
     if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
-    const bool has_results = HasResults(choice);
-    entries_.push_back({std::move(choice), names.Assign(options_.ResultFile, file_name),
-                        names.Assign(options_.AnalysisFile, file_name), has_results});
+    Entry entry;
+    entry.classes = ClassesOf(choice);
+    entry.has_results = HasResults(entry.classes);
+    entry.result_name = names.Assign(options_.ResultFile, file_name);
+    entry.analysis_name = names.Assign(options_.AnalysisFile, file_name);
+    entry.choice = std::move(choice);
+    entries_.push_back(std::move(entry));
   }
 }
 
-bool SiteExport::HasResults(const ClassAndCourseChoice& choice) const {
-  const auto somebody_has_one = [](const std::shared_ptr<clsClassData>& klass) {
-    const auto& runners = ClassDataInternal::Runners(*klass);
-    return std::any_of(runners.begin(), runners.end(),
-                       [](const auto& runner) { return !runner->Result().empty(); });
-  };
-  if (choice.ClassIndex != 0) return somebody_has_one(model_->ClassAt(choice.ClassIndex));
-  return std::any_of(model_->Classes().begin(), model_->Classes().end(), [&](const auto& klass) {
-    return klass->CourseNum == choice.CourseNum && somebody_has_one(klass);
-  });
+// The class of an entry, or all classes of its course.
+std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
+    const ClassAndCourseChoice& choice) const {
+  if (choice.ClassIndex != 0) return {model_->ClassAt(choice.ClassIndex)};
+  if (choice.CourseNum <= 0) return {};  // no course that a data set can be made of
+  return classes_of_course_.at(choice.CourseNum);
 }
 
 std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                                         std::string_view text_key) {
   if (name.empty()) return "";
   const std::string safe = OutputNames::Safe(name);
-  if (!SaveLapFile(folder_ + safe, type, KR_SAVEMODE_NORMAL)) {
+  if (!SaveLapFile(*model_, folder_ + safe, type, KR_SAVEMODE_NORMAL)) {
     failures_.push_back(ErrorText());
     return "";
   }
@@ -244,16 +186,6 @@ void SiteExport::MakeNavigation() {
   navigation_ += "<hr>\r\n";
 }
 
-template <typename Set>
-void SiteExport::Fill(Set& set, const Entry& entry) {
-  set.Clear();
-  if (entry.IsCourse()) {
-    set.AddCourse(entry.choice.CourseNum);
-  } else {
-    set.AddClass(entry.choice.ClassIndex);
-  }
-}
-
 void SiteExport::ExportEntry(const Entry& entry) {
   results_.Clear();
   analyzer_.Clear();
@@ -276,7 +208,7 @@ std::string SiteExport::Attempt(const std::string& name, Export export_page) {
 
 std::string SiteExport::ExportResultPage(const Entry& entry) {
   if (entry.result_name.empty() || (entry.IsCourse() && !options_.ResultIncludeCourse)) return "";
-  Fill(results_, entry);
+  DataSetInternal::AddClasses(results_, entry.classes);
   results_.CalcRank();
   if (results_.Count() == 0) return "";
   page_.clear();
@@ -287,11 +219,11 @@ std::string SiteExport::ExportResultPage(const Entry& entry) {
 
 std::string SiteExport::ExportAnalysisPage(const Entry& entry) {
   if (entry.analysis_name.empty()) return "";
-  Fill(analyzer_, entry);
+  DataSetInternal::AddClasses(analyzer_, entry.classes);
   analyzer_.Execute();
   if (analyzer_.Count() == 0 || (entry.IsCourse() && !options_.AnalysisIncludeCourse)) return "";
   page_.clear();
-  AppendAnalysisPage(page_, analyzer_, options_.LinkStyleFile, kCharsetName);
+  AppendAnalysisPage(page_, *model_, analyzer_, options_.LinkStyleFile, kCharsetName);
   if (!WritePage(entry.analysis_name)) return "";
   return "&nbsp;" +
          IndexLink(entry.analysis_name, kNewWindow, ResourceText("RES_META_SPLITS_ANALYSIS"));

@@ -1,10 +1,8 @@
 #include "keltrun2/io/detect.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "keltrun2/text/letters.h"
-#include "keltrun2/text/split.h"
 
 namespace keltrun {
 namespace {
@@ -15,8 +13,22 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-// The first lines of a text whose lines end at CR LF or CR. LF alone ends no line.
-std::vector<std::string_view> FirstLines(std::string_view text) {
+// The first lines of a text, at most those that are looked at. A separator at the very end is
+// followed by one more line, an empty one.
+std::vector<std::string_view> FirstLines(std::string_view text, std::string_view separator) {
+  std::vector<std::string_view> lines;
+  while (lines.size() < kLinesLookedAt) {
+    const std::size_t end = text.find(separator);
+    lines.push_back(text.substr(0, end));
+    if (end == std::string_view::npos) break;
+    text.remove_prefix(end + separator.size());
+  }
+  return lines;
+}
+
+// The same for a file, where lines end at CR LF or CR, and a line break at the very end is followed
+// by nothing. LF alone ends no line.
+std::vector<std::string_view> FirstFileLines(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty() && lines.size() < kLinesLookedAt) {
     const std::size_t end = text.find('\r');
@@ -25,6 +37,15 @@ std::vector<std::string_view> FirstLines(std::string_view text) {
     text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
   }
   return lines;
+}
+
+std::string ReturnsToCrLf(std::string_view text) {
+  std::string out;
+  for (const char c : text) {
+    out += c;
+    if (c == '\r') out += '\n';
+  }
+  return out;
 }
 
 std::string LineFeedsToCrLf(std::string_view text) {
@@ -39,21 +60,18 @@ std::string LineFeedsToCrLf(std::string_view text) {
 }  // namespace
 
 KrLapFileTypeConst DetectTextType(std::string& text) {
-  CclsSplit lines("\r\n", text);
-  if (lines.Bound() == 0) {
-    lines.SetExpression("\r", text);
-    text = lines.Expression("\r\n");
-  }
-  if (lines.Bound() < 2) return KR_FILETYPE_UNKNOWN;
-  if (Contains(lines.Value(0), "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
-  if (Contains(lines.Value(0), "xml")) return KR_FILETYPE_KELTRUN2;
-  if (Contains(lines.Value(1), "Split times of")) return KR_FILETYPE_OEVENT;
-  if (Contains(lines.Value(2), "SPORTident results")) return KR_FILETYPE_SPORTIDENT;
+  if (text.find("\r\n") == std::string::npos) text = ReturnsToCrLf(text);
+  const std::vector<std::string_view> lines = FirstLines(text, "\r\n");
+  if (lines.size() < 3) return KR_FILETYPE_UNKNOWN;
+  if (Contains(lines[0], "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
+  if (Contains(lines[0], "xml")) return KR_FILETYPE_KELTRUN2;
+  if (Contains(lines[1], "Split times of")) return KR_FILETYPE_OEVENT;
+  if (Contains(lines[2], "SPORTident results")) return KR_FILETYPE_SPORTIDENT;
   return KR_FILETYPE_KELTRUN1;
 }
 
 KrLapFileTypeConst DetectFileTextType(std::string_view text, std::string& converted) {
-  const std::vector<std::string_view> lines = FirstLines(text);
+  const std::vector<std::string_view> lines = FirstFileLines(text);
   if (lines.empty()) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[0], "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
   if (UpperAscii(lines[0]) == "$IMPORT_ONLY") return KR_FILETYPE_IMPORT_ONLY;

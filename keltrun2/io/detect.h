@@ -1,7 +1,6 @@
 // Which kind of lap file a file or a text is.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 

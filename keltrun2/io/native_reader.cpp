@@ -17,6 +17,10 @@ namespace {
 
 constexpr std::int32_t kMostClassControls = 49;
 
+constexpr std::size_t kMostRunners = 200000;
+constexpr std::size_t kMostClasses = 10000;
+constexpr std::size_t kMostCourses = 10000;
+
 // One attribute of an element and where its (trimmed) value goes.
 template <typename Target>
 struct AttributeRule {
@@ -225,6 +229,33 @@ NativeClass ReadClass(const pugi::xml_node& element, const LapTextReader& laps) 
   return std::move(klass);
 }
 
+std::size_t CountChildren(const pugi::xml_node& parent) {
+  std::size_t count = 0;
+  ForEachElement(parent, [&](const pugi::xml_node&) { ++count; });
+  return count;
+}
+
+// "" when the document is of a size that an event can have.
+std::string TooLarge(const pugi::xml_node& root) {
+  std::size_t runners = 0;
+  std::size_t classes = 0;
+  std::size_t courses = 0;
+  ForEachElement(root, [&](const pugi::xml_node& child) {
+    const std::string_view name = LocalName(child);
+    if (name == "courses") courses += CountChildren(child);
+    if (name != "classes") return;
+    classes += CountChildren(child);
+    ForEachElement(child, [&](const pugi::xml_node& klass) { runners += CountChildren(klass); });
+  });
+  const auto message = [](std::size_t count, std::size_t most, const char* things) {
+    return std::to_string(count) + " " + things + ", more than " + std::to_string(most);
+  };
+  if (runners > kMostRunners) return message(runners, kMostRunners, "runners");
+  if (classes > kMostClasses) return message(classes, kMostClasses, "classes");
+  if (courses > kMostCourses) return message(courses, kMostCourses, "courses");
+  return "";
+}
+
 NativeLapFile ReadDocument(const pugi::xml_node& root) {
   NativeLapFile file;
   const LapTextReader laps;
@@ -258,6 +289,8 @@ NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind) {
             document.ErrorAtRoot("the root element is <" + std::string(root.name()) +
                                  ">, expected <keltrun>: this is no native lap file")};
   }
+  const std::string too_large = TooLarge(root);
+  if (!too_large.empty()) return {{}, document.ErrorAtRoot(too_large)};
   return {ReadDocument(root), std::nullopt};
 }
 

@@ -40,8 +40,9 @@ enum class NativeSource { kFileBytes, kText };
 /// Reads a native lap file. Unknown elements and attributes are ignored and missing ones leave the
 /// defaults. Numbers are read leniently (leading digits, else 0); control counts are kept within 0
 /// to 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside 0
-/// to 50 is dropped. An error means that the document is no XML or its root element is not
-/// "keltrun".
+/// to 50 is dropped. An error means that the document is no XML, that its root element is not
+/// "keltrun", or that it holds more than 200,000 runners, 10,000 classes or 10,000 courses: no
+/// event has so many, and a record takes far more memory than its element.
 NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind);
 
 }  // namespace keltrun

@@ -1,5 +1,7 @@
 #include "keltrun2/io/native_writer.h"
 
+#include <algorithm>
+
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"

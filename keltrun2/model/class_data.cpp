@@ -1,8 +1,10 @@
 #include "keltrun2/model/class_data.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/model/result_status.h"
@@ -59,6 +61,31 @@ void MergeInto(clsLapData& existing, const clsLapData& added, bool overwrite) {
   MergeLaps(existing, added, overwrite);
 }
 
+// What two records of one runner have in common by the mode's rule; nullopt when it matches nobody.
+std::optional<std::string> MatchKey(const clsLapData& lap, KrLapFileLoadModeCosnt mode) {
+  switch (mode & kMatchMask) {
+    case KR_LOADMODE_MERGE_ID:
+      return std::to_string(lap.ID);
+    case KR_LOADMODE_MERGE_NAME:
+      return NameKey(lap.RunnerName);
+    default:
+      return std::nullopt;
+  }
+}
+
+// Adds the record, or merges it into the matching one; true only when it was added.
+bool AddOrMerge(clsClassData& klass, const std::shared_ptr<clsLapData>& lap,
+                const std::shared_ptr<clsLapData>& match, KrLapFileLoadModeCosnt mode) {
+  if (match) {
+    MergeInto(*match, *lap, (mode & KR_LOADMODE_PRIORITY_NEWDATA) != 0);
+    return false;
+  }
+  const bool only_merges = (mode & KR_LOADMODE_NOTADD_NEWDATA) != 0;
+  if (only_merges) return false;
+  ClassDataInternal::Append(klass, lap);
+  return true;
+}
+
 }  // namespace
 
 std::string clsClassData::ClassInfo() const {
@@ -74,34 +101,35 @@ bool clsClassData::AddLapObject(const std::shared_ptr<clsLapData>& LapObject,
                                 KrLapFileLoadModeCosnt LapFileLoadMode) {
   CheckObject(LapObject, "clsClassData.AddLapObject");
   LapObject->SetClassName(class_name_);
-  if (LapFileLoadMode == KR_LOADMODE_NORMAL || LapFileLoadMode == KR_LOADMODE_APPEND) {
-    Append(LapObject);
-    return true;
+  std::shared_ptr<clsLapData> match;
+  if (const auto key = MatchKey(*LapObject, LapFileLoadMode)) {
+    const auto found = std::find_if(laps_.begin(), laps_.end(), [&](const auto& runner) {
+      return MatchKey(*runner, LapFileLoadMode) == key;
+    });
+    if (found != laps_.end()) match = *found;
   }
-  const auto match = FindMatch(*LapObject, LapFileLoadMode & kMatchMask);
-  if (match) {
-    MergeInto(*match, *LapObject, (LapFileLoadMode & KR_LOADMODE_PRIORITY_NEWDATA) != 0);
-    return false;
-  }
-  if ((LapFileLoadMode & KR_LOADMODE_NOTADD_NEWDATA) != 0) return false;
-  Append(LapObject);
-  return true;
+  return AddOrMerge(*this, LapObject, match, LapFileLoadMode);
 }
 
-std::shared_ptr<clsLapData> clsClassData::FindMatch(const clsLapData& lap,
-                                                    std::int32_t rule) const {
-  const auto first = [this](auto matches) {
-    const auto found = std::find_if(laps_.begin(), laps_.end(), matches);
-    return found == laps_.end() ? nullptr : *found;
-  };
-  if (rule == KR_LOADMODE_MERGE_ID) {
-    return first([&](const auto& runner) { return runner->ID == lap.ID; });
+LapMerger::LapMerger(clsClassData& klass, KrLapFileLoadModeCosnt mode)
+    : class_(klass), mode_(mode) {
+  for (const auto& runner : ClassDataInternal::Runners(klass)) Remember(runner);
+}
+
+bool LapMerger::Add(const std::shared_ptr<clsLapData>& lap) {
+  lap->SetClassName(class_.ClassName());
+  std::shared_ptr<clsLapData> match;
+  if (const auto key = MatchKey(*lap, mode_)) {
+    const auto found = first_by_key_.find(*key);
+    if (found != first_by_key_.end()) match = found->second;
   }
-  if (rule == KR_LOADMODE_MERGE_NAME) {
-    const std::string key = NameKey(lap.RunnerName);
-    return first([&](const auto& runner) { return NameKey(runner->RunnerName) == key; });
-  }
-  return nullptr;
+  const bool added = AddOrMerge(class_, lap, match, mode_);
+  if (added) Remember(lap);
+  return added;
+}
+
+void LapMerger::Remember(const std::shared_ptr<clsLapData>& lap) {
+  if (const auto key = MatchKey(*lap, mode_)) first_by_key_.emplace(*key, lap);
 }
 
 std::shared_ptr<clsLapData> clsClassData::AddLap() {

@@ -57,8 +57,6 @@ class clsClassData {
   friend class ClassDataInternal;
 
   void Append(const std::shared_ptr<clsLapData>& lap);
-  // The first runner that the rule (the low bits of a load mode) takes for the same, or null.
-  std::shared_ptr<clsLapData> FindMatch(const clsLapData& lap, std::int32_t rule) const;
 
   std::string class_name_;
   std::string file_name_;

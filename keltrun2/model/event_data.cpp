@@ -6,6 +6,16 @@
 
 namespace keltrun {
 
+clsEventData& clsEventData::operator=(clsEventData&& other) noexcept {
+  EventName = std::move(other.EventName);
+  Terrain = std::move(other.Terrain);
+  Memo = std::move(other.Memo);
+  FileName = std::move(other.FileName);
+  OfficialSite = std::move(other.OfficialSite);
+  event_date_->SetValue(other.event_date_->Value());
+  return *this;
+}
+
 void clsEventData::SetEventDate(std::shared_ptr<clsDateValue> Value) {
   event_date_ = Value ? std::move(Value) : std::make_shared<clsDateValue>();
 }

@@ -10,6 +10,13 @@ namespace keltrun {
 
 class clsEventData {
  public:
+  clsEventData() = default;
+  clsEventData(const clsEventData&) = delete;
+  clsEventData& operator=(const clsEventData&) = delete;
+  clsEventData(clsEventData&&) = default;
+  /// Takes over the values; the date object stays this event's own.
+  clsEventData& operator=(clsEventData&& other) noexcept;
+
   std::string EventName;
   std::string Terrain;  // name of the map or area
   std::string Memo;

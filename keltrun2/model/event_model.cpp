@@ -1,6 +1,8 @@
 #include "keltrun2/model/event_model.h"
 
 #include <algorithm>
+#include <map>
+#include <unordered_map>
 
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
@@ -17,37 +19,36 @@ std::string CourseKey(std::int32_t course_number) { return std::to_string(course
 
 std::string NumberOrEmpty(std::int32_t value) { return value == 0 ? "" : std::to_string(value); }
 
-// The choices of courses in the making: joining a course moves it to the end.
+// The choices of courses in the making, ordered by the class that joined each last.
 class CourseChoices {
  public:
-  void Join(const clsClassData& klass) {
-    const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& entry) {
-      return entry.choice.CourseNum == klass.CourseNum;
-    });
-    if (found == entries_.end()) {
-      entries_.push_back(
-          {{0, klass.CourseNum, klass.ClassName(), klass.FileName(), klass.LapCount()}, 1});
-      return;
-    }
-    found->choice.ValueName += "/" + klass.ClassName();
-    found->choice.FileName += "_" + klass.FileName();
-    found->choice.RunnerCount += klass.LapCount();
-    found->classes += 1;
-    std::rotate(found, found + 1, entries_.end());
+  void Join(const clsClassData& klass, std::int32_t position) {
+    const auto [found, added] = entries_.try_emplace(klass.CourseNum);
+    Entry& entry = found->second;
+    entry.last_class = position;
+    entry.classes += 1;
+    ClassAndCourseChoice& choice = entry.choice;
+    choice.CourseNum = klass.CourseNum;
+    choice.ValueName += (added ? "" : "/") + klass.ClassName();
+    choice.FileName += (added ? "" : "_") + klass.FileName();
+    choice.RunnerCount += klass.LapCount();
   }
 
   void AppendShared(std::vector<ClassAndCourseChoice>& choices) const {
-    for (const Entry& entry : entries_) {
-      if (entry.classes >= 2) choices.push_back(entry.choice);
+    std::map<std::int32_t, const ClassAndCourseChoice*> shared;
+    for (const auto& [course, entry] : entries_) {
+      if (entry.classes >= 2) shared.emplace(entry.last_class, &entry.choice);
     }
+    for (const auto& [position, choice] : shared) choices.push_back(*choice);
   }
 
  private:
   struct Entry {
     ClassAndCourseChoice choice;
-    int classes;
+    std::int32_t classes = 0;
+    std::int32_t last_class = 0;
   };
-  std::vector<Entry> entries_;
+  std::unordered_map<std::int32_t, Entry> entries_;  // by course number
 };
 
 }  // namespace
@@ -163,7 +164,7 @@ std::vector<ClassAndCourseChoice> EventModel::Choices() const {
   std::int32_t position = 0;
   for (const auto& klass : Classes()) {
     choices.push_back({++position, 0, klass->ClassName(), klass->FileName(), klass->LapCount()});
-    if (klass->CourseNum != 0) courses.Join(*klass);
+    if (klass->CourseNum != 0) courses.Join(*klass, position);
   }
   courses.AppendShared(choices);
   return choices;

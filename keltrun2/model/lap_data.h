@@ -26,6 +26,10 @@ class clsLapData {
   /// The highest leg of a record.
   static constexpr std::int32_t kMostLegs = 50;
 
+  clsLapData() = default;
+  clsLapData(const clsLapData&) = delete;
+  clsLapData& operator=(const clsLapData&) = delete;
+
   std::string RunnerName;
   std::string ClubName;
   std::string Rank;        // official rank as the source gave it; may be any text

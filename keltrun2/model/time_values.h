@@ -1,6 +1,7 @@
 // The five value classes: one value each, and the text it is shown as.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -30,11 +31,11 @@ inline constexpr std::string_view kDisqText = "\u00D7";
 class clsTimeValue {
  public:
   clsTimeValue() = default;
-  explicit clsTimeValue(DateTime value) : value_(value) {}
+  explicit clsTimeValue(DateTime value) { SetValue(value); }
 
-  /// In days; 0 at first.
+  /// In days; 0 at first. A value that is not finite stores 0.
   DateTime Value() const { return value_; }
-  void SetValue(DateTime Value) { value_ = Value; }
+  void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
   /// The marker texts for 0, -1 and -2; otherwise the time by a pattern of "hh" "h" "nn" "n" "ss"
   /// "s", with "-" in front from one second below zero on. From a day on, total hours, minutes and
@@ -53,11 +54,12 @@ class clsTimeValue {
 class clsDateValue {
  public:
   clsDateValue() = default;
-  explicit clsDateValue(DateTime value) : value_(value) {}
+  explicit clsDateValue(DateTime value) { SetValue(value); }
 
-  /// Days since 1899-12-30; 0 at first, which stands for no date.
+  /// Days since 1899-12-30; 0 at first, which stands for no date. A value that is not finite stores
+  /// 0.
   DateTime Value() const { return value_; }
-  void SetValue(DateTime Value) { value_ = Value; }
+  void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
   /// The date by a pattern of "yyyy" "mm" "dd"; empty for the value 0.
   std::string ToString(std::string_view FormatExpression = "yyyy/mm/dd") const;

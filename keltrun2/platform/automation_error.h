@@ -15,7 +15,7 @@ enum AutomationErrorConst : std::int32_t {
   KR_ERROR_DUPLICATE_KEY = 457,         // a name that another entry has already
 };
 
-/// An error raised to the host. Whatever raises it has changed nothing.
+/// An error raised to the host. What raises it has changed nothing.
 class AutomationError : public std::runtime_error {
  public:
   AutomationError(std::int32_t number, const std::string& text)

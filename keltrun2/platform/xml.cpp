@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <unordered_set>
 
@@ -12,6 +14,7 @@ namespace keltrun {
 namespace {
 
 constexpr int kDeepestNesting = 256;
+constexpr std::ptrdiff_t kMostTags = 5'000'000;  // each costs memory; 20,000 runners need a million
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
 
 // The encoding named in the XML declaration at the start of `bytes`, or "".
@@ -73,17 +76,32 @@ std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
   return std::nullopt;
 }
 
-// Offset of a NUL character, as it is or as a reference like "&#0;", or npos. The parser would end
-// the text or value there in silence.
-std::size_t FindNul(std::string_view text) {
-  const std::size_t plain = text.find('\0');
-  if (plain != std::string_view::npos) return plain;
+bool AllowedCharacter(char32_t c) {
+  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+  return c <= 0x10FFFF && c != 0xFFFE && c != 0xFFFF && !(c >= 0xD800 && c <= 0xDFFF);
+}
+
+// The character of a reference's digits; 0, which is never allowed, where they are none or too
+// many.
+char32_t ReferencedCharacter(std::string_view digits) {
+  const bool hexadecimal = digits.substr(0, 1) == "x";
+  if (hexadecimal) digits.remove_prefix(1);
+  std::uint32_t value = 0;
+  const auto result =
+      std::from_chars(digits.data(), digits.data() + digits.size(), value, hexadecimal ? 16 : 10);
+  const bool whole = result.ec == std::errc() && result.ptr == digits.data() + digits.size();
+  return whole ? value : 0;
+}
+
+// Offset of a reference like "&#0;" to a character that is none, or npos. The parser would end the
+// value there in silence, or make invalid UTF-8 of it.
+std::size_t FindBadReference(std::string_view text) {
   for (std::size_t at = text.find("&#"); at != std::string_view::npos;
-       at = text.find("&#", at + 1)) {
-    std::size_t digit = at + 2;
-    if (digit < text.size() && text[digit] == 'x') ++digit;
-    const std::size_t end = text.find_first_not_of('0', digit);
-    if (end != std::string_view::npos && end > digit && text[end] == ';') return at;
+       at = text.find("&#", at + 2)) {
+    const std::size_t begin = at + 2;
+    const std::size_t end = text.find_first_not_of("0123456789abcdefABCDEFx", begin);
+    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text to the parser
+    if (!AllowedCharacter(ReferencedCharacter(text.substr(begin, end - begin)))) return at;
   }
   return std::string_view::npos;
 }
@@ -120,11 +138,6 @@ struct StringWriter : pugi::xml_writer {
   std::string& out;
 };
 
-bool AllowedCharacter(char32_t c) {
-  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
-  return c != 0xFFFE && c != 0xFFFF;
-}
-
 }  // namespace
 
 std::string ToString(const XmlError& error) {
@@ -150,8 +163,15 @@ std::optional<XmlError> XmlDocument::Parse() {
   document_.reset();
   const std::size_t invalid = FindInvalidUtf8(source_);
   if (invalid != std::string::npos) return ErrorAt(invalid, "a byte that is not valid UTF-8");
-  const std::size_t nul = FindNul(source_);
+  const std::size_t nul = source_.find('\0');
   if (nul != std::string::npos) return ErrorAt(nul, "a NUL character");
+  const std::size_t reference = FindBadReference(source_);
+  if (reference != std::string::npos) {
+    return ErrorAt(reference, "a reference to a character that XML does not allow");
+  }
+  if (std::count(source_.begin(), source_.end(), '<') > kMostTags) {
+    return XmlError{0, 0, "the document has more than " + std::to_string(kMostTags) + " tags"};
+  }
   if (source_.find_first_not_of(" \t\r\n") == std::string::npos) {
     return XmlError{1, 1, "the file is empty"};
   }

@@ -5,14 +5,10 @@
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
-#include "keltrun2/model/event_model.h"
 #include "keltrun2/model/lap_data_internal.h"
-#include "keltrun2/model/process_state.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/model/time_values_internal.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/text/html.h"
-#include "keltrun2/text/numbers.h"
 #include "keltrun2/text/utf16.h"
 #include "keltrun2/text/width.h"
 
@@ -113,8 +109,9 @@ void AppendInTens(std::string& out, std::string_view text) {
 
 class AnalysisPage {
  public:
-  AnalysisPage(std::string& out, const clsAnalyzer& analyzer)
+  AnalysisPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer)
       : out_(out),
+        model_(model),
         analyzer_(analyzer),
         runners_(AnalyzerInternal::Selected(analyzer)),
         legs_(AnalyzerInternal::LegCount(analyzer)) {}
@@ -186,7 +183,7 @@ class AnalysisPage {
   }
 
   void MakePageTitleRow() {
-    std::string title = CurrentModel()->Event->ToString();
+    std::string title = model_.Event->ToString();
     const std::string info = analyzer_.ClassInfo();
     if (!info.empty()) title += " - " + info;
     const std::string text = "&nbsp;<font color=\"#ffffff\" size=\"+1\"><b>" +
@@ -239,11 +236,14 @@ class AnalysisPage {
   std::string LegLabelCell(const LegSection& section, std::int32_t leg, bool with_controls) const {
     const std::int32_t controls = legs_ - 1;
     const auto& course = analyzer_.CourseData();
-    const std::string label =
-        with_controls && course
-            ? LegLabelWithControls(controls, true, leg, course->ControlNum(leg - 1),
-                                   course->ControlNum(leg))
-            : LegLabel(controls, true, leg);
+    std::string label;
+    if (with_controls && course) {
+      // The label of the finish leg shows no code, and the course may have none there.
+      const std::int32_t to = leg <= controls ? course->ControlNum(leg) : 0;
+      label = LegLabelWithControls(controls, true, leg, course->ControlNum(leg - 1), to);
+    } else {
+      label = LegLabel(controls, true, leg);
+    }
     return std::string(section.label_opening) + EscapeHtml(label) + "</td>";
   }
 
@@ -365,6 +365,7 @@ class AnalysisPage {
   void AppendMissTime(const clsMissTimeValue& value) { out_ += value.ToString(kTimePattern, true); }
 
   std::string& out_;
+  const EventModel& model_;
   const clsAnalyzer& analyzer_;
   const AnalyzerInternal::Runners& runners_;
   const std::int32_t legs_;
@@ -372,7 +373,7 @@ class AnalysisPage {
 
 }  // namespace
 
-void AppendAnalysisPage(std::string& out, const clsAnalyzer& analyzer,
+void AppendAnalysisPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                         std::string_view link_style_file, std::string_view charset) {
   out += "<html>\r\n";
   MakeHead(out, {.UseStyle = true,
@@ -381,9 +382,9 @@ void AppendAnalysisPage(std::string& out, const clsAnalyzer& analyzer,
                  .Charset = charset});
   out += "<body>\r\n";
   if (analyzer.Count() == 0) {
-    MakeNoRunnersMessage(out);
+    MakeNoRunnersMessage(out, model);
   } else {
-    AnalysisPage(out, analyzer).MakeTable();
+    AnalysisPage(out, model, analyzer).MakeTable();
   }
   MakeFooter(out);
   out += "</body></html>";

@@ -5,7 +5,6 @@
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
-#include "keltrun2/model/process_state.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
 
@@ -78,8 +77,8 @@ void MakeFooter(std::string& out) {
   out.append("\">Made with ケルトラン２ (Ver.").append(VersionText(false)).append(")</a>\r\n");
 }
 
-void MakeNoRunnersMessage(std::string& out) {
-  if (CurrentModel()->ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
+void MakeNoRunnersMessage(std::string& out, const EventModel& model) {
+  if (model.ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
   out.append("解析できません。<br>\r\n");
 }
 

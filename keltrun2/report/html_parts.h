@@ -7,6 +7,8 @@
 
 namespace keltrun {
 
+class EventModel;
+
 inline constexpr std::string_view kCrLf = "\r\n";
 
 /// Where the footers' link leads: the maker's page.
@@ -44,7 +46,7 @@ std::string_view RankBgColor(std::int32_t rank);
 void MakeFooter(std::string& out);
 
 /// What an analysis page shows in place of its table when nobody is in the data set.
-void MakeNoRunnersMessage(std::string& out);
+void MakeNoRunnersMessage(std::string& out, const EventModel& model);
 
 /// A data-set name as titles show it: in Japanese mode full-width. Not yet escaped.
 std::string TitleName(std::string_view name);

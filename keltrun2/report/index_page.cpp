@@ -128,7 +128,8 @@ std::string InsertIndexBlock(std::string_view page, std::string_view block) {
   auto place = std::find(lines.begin(), lines.end(), kIndexStart);
   if (place == lines.end()) {
     const auto last_body = std::find_if(lines.rbegin(), lines.rend(), [](std::string_view line) {
-      return LowerAscii(TrimSpaces(line)) == "</body>";
+      const std::size_t begin = line.find_first_not_of(" \t");
+      return begin != line.npos && LowerAscii(line.substr(begin, 7)) == "</body>";
     });
     if (last_body != lines.rend()) place = std::prev(last_body.base());
   }

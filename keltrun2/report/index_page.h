@@ -42,7 +42,7 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
                       std::string_view charset);
 
 /// An existing page (bytes) with a block put in front of its first one; without one before the last
-/// line that is "</body>", or at the end. Lines end in CR LF afterwards.
+/// line that begins with "</body>", or at the end. Lines end in CR LF afterwards.
 std::string InsertIndexBlock(std::string_view page, std::string_view block);
 
 /// The charset that a page (bytes) declares, or "".

@@ -267,7 +267,7 @@ void WriteSetHead(JsonWriter& json, const DataSet& set, DataSetKind kind,
   json.Text("fileName", set.DataSetFileName);
   json.Text("kind", KindWord(kind));
   json.Bool("mix", set.DataSetIsMix);
-  json.Integer("controls", set.ControlCount);
+  json.Integer("controls", std::clamp(set.ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1));
   json.Integer("length", set.Length);
   json.Integer("climb", set.Climb);
   json.Integer("cutOffRank", set.CutOffRank);

@@ -22,8 +22,8 @@ inline constexpr double kLongestTime = 1e6;
 /// Values of kLongestTime and beyond, and values that are not finite, pass unchanged.
 DateTime Canonical(DateTime value);
 
-/// Whole seconds of a duration, floor(x + 0.5); durations that are not finite or not below
-/// kLongestTime are clamped.
+/// Whole seconds of a duration, floor(x + 0.5), with a hair (1e-7 s) for halves that days cannot
+/// hold exactly; durations that are not finite or not below kLongestTime are clamped.
 long long WholeSeconds(DateTime value);
 
 /// A day number for a date of the Gregorian calendar; nullopt for a date that does not exist or a

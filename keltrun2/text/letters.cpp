@@ -49,7 +49,10 @@ std::string UpperAll(std::string_view text) {
 
 std::string FoldCase(std::string_view text) {
   if (IsAscii(text)) return LowerAscii(text);
-  return MapCharacters(text, [](char32_t c) { return Lower(Upper(c)); });
+  return MapCharacters(text, [](char32_t c) {
+    const bool turkish = c == 0x130 || c == 0x131;  // dotted I and dotless i equal only themselves
+    return turkish ? c : Lower(Upper(c));
+  });
 }
 
 std::string_view TrimSpaces(std::string_view text) {

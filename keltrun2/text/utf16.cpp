@@ -40,12 +40,6 @@ std::string ToUtf8(std::u16string_view text) {
   return out;
 }
 
-std::size_t Utf16Length(std::string_view text) {
-  std::size_t length = 0;
-  for (std::size_t pos = 0; pos < text.size();) length += Units(NextCodePoint(text, pos));
-  return length;
-}
-
 std::string_view Utf16Prefix(std::string_view text, std::size_t units) {
   std::size_t used = 0;
   for (std::size_t pos = 0; pos < text.size();) {

@@ -11,9 +11,6 @@ std::u16string ToUtf16(std::string_view text);
 /// An unpaired surrogate becomes U+FFFD.
 std::string ToUtf8(std::u16string_view text);
 
-/// Length of the text in UTF-16 code units.
-std::size_t Utf16Length(std::string_view text);
-
 /// The longest beginning of at most `units` code units that splits no surrogate pair: a pair that
 /// does not fit whole goes to the piece that follows.
 std::string_view Utf16Prefix(std::string_view text, std::size_t units);
