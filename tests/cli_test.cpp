@@ -219,8 +219,8 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
   EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
   Output("site two.lxm bare --add --prefix club_");
-  EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50a.html") &&
-              Has(index(), "club_lap_u7537u5b50a.html"));
+  EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50A.html") &&
+              Has(index(), "club_lap_u7537u5b50A.html"));
   Output("site " + kMidorigaoka + " bare --no-official-site");
   EXPECT_TRUE(CountOf("KELTRUN START", index()) == 1 && !Has(index(), "www.example.org"));
 
