@@ -133,8 +133,13 @@ TEST(ApiSurface, RootObject) {
   root.MakeSegmentSet();
   Are<Long>(root.ClassCount(), root.CourseCount(), root.SegmentCount());
   EXPECT_THROW((void)root.SegmentData(1), AutomationError);
-  const clsSegmentData segment(SegmentSet{{}, {}, 1, "S-31-F", "000000319999"});
+  clsSegmentData segment(std::make_shared<SegmentSet>(SegmentSet{{}, {}, 1, "S-31-F", "0"}));
   EXPECT_EQ(segment.SegmentName() + std::to_string(segment.ControlCount()), "S-31-F1");
+  segment.SetTargetClassList({"A;0"});
+  segment.SetTargetCourseTable({"1\t0"});
+  Are<std::vector<Text>>(segment.TargetClassList(), segment.TargetCourseTable());
+  EXPECT_EQ(segment.SegmentBinaryName(), "0");
+  EXPECT_EQ(segment.Analyzer()->Count() + segment.ResultsHolder()->Count(), 0);
   Are<std::vector<Text>>(root.ClassAndCourseList());
   const ClassAndCourseValue v = root.SeparateClassAndCourseValue(",1,A/C,a_c,17");
   Are<Text>(v.ValueName, v.FileName, root.FileName(), root.ErrorComment(), root.Version());

@@ -108,13 +108,12 @@ TEST_F(FileControl, LoadsByExtensionAndContentOrSaysWhyNot) {
       {"a.txt", xml},
       {"a.xml", "<?xml?><ResultList/>", open, "LoadKeltrun2", "a.xml"},
       {"a.lxm", old, open, "LoadKeltrun2", "a.lxm"},
-      {"a.lap", old, open, "LoadKeltrun1", "previous generation"},
-      {"a.txt", si, open, "LoadSportIdent", "SPORTident"},
-      {"a.txt", "a\nSplit times of\nb", open, "LoadOEvent", "OEvent"},
-      {"a.txt", "$IMPORT_ONLY", open, "LoadImportOnly", "import-only", KR_LOADMODE_APPEND},
+      {"a.lap", old, open, "LoadKeltrun1", "a.lap"},
+      {"a.txt", si, open, "LoadSportIdent", "a.txt"},
+      {"a.txt", "a\nSplit times of\n1.,A\n", open, "LoadOEvent", "line 3"},
       {"a.txt", "$IMPORT_ONLY", append_only},
       {"a.txt", "$IMPORT_ONLY", append_only, "", "", KR_LOADMODE_MERGE_ID},  // bit 0 is clear
-      {"a.lzh", "-lh5-", open, "ExtractArchive", "LZH"},
+      {"a.lzh", "-lh5-", open, "ExtractArchive", "a.lzh"},
       {"a.txt", "a\r\nb\r\n", "DETECT_ERROR", "DetectFileType"}};
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name + c.operation + c.told);
@@ -131,6 +130,8 @@ TEST_F(FileControl, LoadsByExtensionAndContentOrSaysWhyNot) {
   EXPECT_TRUE(files_->LoadLapFile(File("noextension", xml), KR_FILETYPE_KELTRUN2));
   EXPECT_FALSE(files_->LoadLapFile(folder_.Path("missing.txt")));
   EXPECT_TRUE(Contains(root_->ErrorComment(), "missing.txt")) << root_->ErrorComment();
+  EXPECT_TRUE(files_->LoadLapFile(File("import", "$IMPORT_ONLY\r\nNAME"), KR_FILETYPE_AUTODETECT,
+                                  KR_LOADMODE_APPEND));
   // A type of files that are only written.
   EXPECT_FALSE(files_->LoadLapFile(File("a.lxm", xml), KR_FILETYPE_IOF_XML_20_RESULT));
   EXPECT_EQ(root_->ErrorComment(), "");
@@ -266,26 +267,32 @@ TEST_F(FileControl, FiltersAgreeWithTheSaveModes) {
 TEST_F(FileControl, SavesByTypeAndExtensionOrSaysWhyNot) {
   ASSERT_TRUE(Load(Event("Cup")));
   std::filesystem::create_directory(folder_.Path("folder.lxm"));
-  const Rows<string, KrLapFileTypeConst, string> cases = {
-      // told in the error text
-      {"a.lxm", KR_FILETYPE_AUTODETECT, ""},
-      {"noextension", KR_FILETYPE_AUTODETECT, ""},
-      {"a.xml", KR_FILETYPE_KELTRUN2, ""},
-      {"a.lap", KR_FILETYPE_OEVENT, ""},
-      {"b.LAP", KR_FILETYPE_AUTODETECT, "previous generation"},
-      {"b.XML", KR_FILETYPE_AUTODETECT, "IOF XML"},
-      {"b.lxm", KR_FILETYPE_KELTRUN1, "previous generation"},
-      {"b.lzh", KR_FILETYPE_AUTODETECT, "LZH"},
-      {"none/a.lxm", KR_FILETYPE_AUTODETECT, "none/a.lxm"},
-      {"folder.lxm", KR_FILETYPE_AUTODETECT, "clsFileControl.SaveKeltrun2\r\n"},
-      {"/dev/full", KR_FILETYPE_AUTODETECT, "/dev/full"}};
-  for (const auto& [name, type, told] : cases) {
+  const Rows<string, KrLapFileTypeConst, string, string> cases = {
+      // told in the error text, held by the file
+      {"a.lxm", KR_FILETYPE_AUTODETECT, "", "<keltrun "},
+      {"noextension", KR_FILETYPE_AUTODETECT, "", "<keltrun "},
+      {"a.xml", KR_FILETYPE_KELTRUN2, "", "<keltrun "},
+      {"a.lap", KR_FILETYPE_OEVENT, "", "<keltrun "},
+      {"b.LAP", KR_FILETYPE_AUTODETECT, "", "$LAPFILE Ver=2\r\n$LAPFILE Rev=4\r\n"},
+      {"b.XML", KR_FILETYPE_AUTODETECT, "", "<ResultList status=\"complete\">"},
+      {"b.lxm", KR_FILETYPE_KELTRUN1, "", "$LAPFILE Ver=2\r\n"},
+      {"b.lzh", KR_FILETYPE_AUTODETECT, "", "-lh5-"},
+      {"none/a.lxm", KR_FILETYPE_AUTODETECT, "none/a.lxm", ""},
+      {"folder.lxm", KR_FILETYPE_AUTODETECT, "clsFileControl.SaveKeltrun2\r\n", ""},
+      {"/dev/full", KR_FILETYPE_AUTODETECT, "/dev/full", ""}};
+  for (const auto& [name, type, told, held] : cases) {
     EXPECT_EQ(files_->SaveLapFile(folder_.Path(name), type), told.empty()) << name;
     EXPECT_TRUE(Contains(root_->ErrorComment(), told)) << root_->ErrorComment();
+    EXPECT_TRUE(held.empty() || Contains(ReadBytes(folder_.Path(name)), held)) << name;
   }
+  // The archive is read back, with the lap file's own name.
+  EXPECT_TRUE(files_->LoadLapFile(folder_.Path("b.lzh"))) << root_->ErrorComment();
+  EXPECT_TRUE(root_->FileName().ends_with("/b.lxm")) << root_->FileName();
+  EXPECT_EQ(root_->EventData()->EventName, "Cup");
+  root_->SetFileName("text");
   EXPECT_FALSE(files_->SaveLapFile(""));
   EXPECT_EQ(root_->FileName(), "text");
-  EXPECT_EQ(FilesInFolder(), 5) << "four files, the folder and no temporary file";
+  EXPECT_EQ(FilesInFolder(), 9) << "eight files, the folder and no temporary file";
 }
 
 TEST_F(FileControl, ADiskThatFillsUpLeavesTheFileAsItWas) {

@@ -193,7 +193,8 @@ TEST(Json, InfoDescribesTheEvent) {
   }
   model.AddCourse(7)->SetControlCount(60);  // more than a course can hold
   model.CourseAt(1)->SetControlNum(50, 131);
-  model.Segments.push_back({{"7\t21", "8\t0"}, {"M20E;21", "M21;A;21"}, 1, "62-63-F", "00620063"});
+  model.Segments.push_back(std::make_shared<SegmentSet>(
+      SegmentSet{{"7\t21", "8\t0"}, {"M20E;21", "M21;A;21"}, 1, "62-63-F", "00620063"}));
   Json info = Json::parse(InfoJson(model));
   EXPECT_EQ(info["courses"][0]["codes"].size(), 50u);
   EXPECT_EQ(info["courses"][0]["codes"][49], 131);

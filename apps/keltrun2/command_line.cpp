@@ -38,6 +38,21 @@ constexpr char kInfoFooter[] =
     "  keltrun2 info event.lxm\n"
     "  keltrun2 info event.lxm --json -o event.json\n"
     "  ssh club cat event.lxm | keltrun2 info -";
+constexpr char kConvertFooter[] =
+    "Reads native lap files, their previous generation, SPORTident results printouts, OEvent "
+    "split\n"
+    "lists, comma-separated result lists, and LZH archives of lap files. The ending of the output "
+    "is\n"
+    "its format: .lxm native, .lap previous generation, .xml IOF XML 2.0.3 result list, .lzh "
+    "archive.\n"
+    "Examples:\n"
+    "  keltrun2 convert sportident.txt event.lxm\n"
+    "  keltrun2 convert event.lxm results.xml --force";
+constexpr char kMergeFooter[] =
+    "Examples:\n"
+    "  keltrun2 merge event.lxm import.txt -o out.lxm --match name --prefer new\n"
+    "  keltrun2 merge day.lxm late.lxm -o all.lxm --match none\n"
+    "  keltrun2 merge event.lxm cards.lxm -o out.lxm --match id --known-only";
 constexpr char kAnalyzeFooter[] =
     "HTML is the page of one class or course. JSON is one object for a class or course that is\n"
     "named, otherwise an array with one object per class and per course that classes share.\n"
@@ -64,6 +79,22 @@ void AddEvent(CLI::App& app, Options& options) {
   app.add_option("EVENT", options.event, "lap file; - is standard input (UTF-8)")
       ->type_name("")
       ->required();
+  app.add_option("--member", options.member, "which lap file of an archive that holds several")
+      ->type_name("NAME");
+}
+
+// A file name whose ending names a format that can be written.
+CLI::Validator LapFileName() {
+  return CLI::Validator(
+      [](const std::string& name) {
+        for (const char* ending : {".lxm", ".lap", ".xml", ".lzh"}) {
+          if (name.size() > 4 && CLI::detail::to_lower(name.substr(name.size() - 4)) == ending) {
+            return std::string();
+          }
+        }
+        return std::string("a file name must end in .lxm, .lap, .xml or .lzh");
+      },
+      "");
 }
 
 void AddOutput(CLI::App& app, Options& options) {
@@ -81,6 +112,10 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
       ->type_name("NUMBER")
       ->check(CLI::Range(1, kLastCourse).description(""))
       ->excludes(by_class);
+  app.add_option("--segment", options.segment, "a run of controls that courses share")
+      ->type_name("NAME")
+      ->excludes(by_class)
+      ->excludes("--course");
   app.add_option_function<std::string>(
          "--as", [&options](const std::string& form) { options.json = form == "json"; },
          "form of the output")
@@ -97,6 +132,41 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
           },
           ""));
   return by_class;
+}
+
+void AddConvertOptions(CLI::App& app, Options& options) {
+  AddEvent(app, options);
+  app.add_option("OUTPUT", options.output, "file to write, a .lxm, .lap, .xml or .lzh")
+      ->type_name("")
+      ->required()
+      ->check(LapFileName());
+  app.add_flag("--force", options.force, "replace the file when it is there already");
+  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+}
+
+void AddMergeOptions(CLI::App& app, Options& options) {
+  AddEvent(app, options);
+  app.add_option("IMPORT", options.import_file, "file with more about the event")
+      ->type_name("")
+      ->required();
+  app.add_option("-o,--output", options.output, "file to write, a .lxm, .lap, .xml or .lzh")
+      ->type_name("FILE")
+      ->required()
+      ->check(LapFileName());
+  app.add_flag("--force", options.force, "replace the file when it is there already");
+  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+  app.add_option("--match", options.match,
+                 "how a runner of the import is recognised in his class: by name (without regard\n"
+                 "to blanks, case and width), by id, or not at all: then everybody is added")
+      ->type_name("name|id|none")
+      ->check(CLI::IsMember({"name", "id", "none"}).description(""))
+      ->capture_default_str();
+  app.add_option_function<std::string>(
+         "--prefer", [&options](const std::string& word) { options.prefer_new = word == "new"; },
+         "which value counts where both have one (default old)")
+      ->type_name("old|new")
+      ->check(CLI::IsMember({"old", "new"}).description(""));
+  app.add_flag("--known-only", options.known_only, "leave out runners who are not in the event");
 }
 
 void AddSiteOptions(CLI::App& app, Options& options) {
@@ -151,6 +221,10 @@ struct CommandEntry {
 constexpr CommandEntry kCommands[] = {
     {"site", "Publish the event as a web site in a folder", kSiteFooter, AddSiteOptions,
      PublishSite},
+    {"convert", "Write the event in another format", kConvertFooter, AddConvertOptions,
+     ConvertEvent},
+    {"merge", "Add what another file knows to the event", kMergeFooter, AddMergeOptions,
+     MergeEvents},
     {"info", "Show what the event holds", kInfoFooter, AddInfoOptions, ShowInfo},
     {"analyze", "Write the split analysis of a class or course", kAnalyzeFooter, AddAnalyzeOptions,
      WriteAnalysis},

@@ -49,23 +49,22 @@ void AddNewLine(std::string& text, std::string_view new_line) {
   if (!text.ends_with('\n')) text += new_line;
 }
 
-std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ClassAndCourseValue& choice) {
-  auto analyzer = root.NewAnalyzer();
+std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice) {
+  auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();
   Fill(*analyzer, choice);
   analyzer->Execute();
   return analyzer;
 }
 
-std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root,
-                                             const ClassAndCourseValue& choice) {
-  auto results = root.NewResultsHolder();
+std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice) {
+  auto results = choice.segment ? choice.segment->ResultsHolder() : root.NewResultsHolder();
   Fill(*results, choice);
   results->CalcRank();
   return results;
 }
 
-std::string AnalysisJson(const clsKeltrun2& root, const ClassAndCourseValue& choice) {
-  std::string json = root.TextControl()->OutputJson(Analysis(root, choice), KindOf(choice));
+std::string AnalysisJson(const clsKeltrun2& root, const ChosenSet& choice) {
+  std::string json = root.TextControl()->OutputJson(Analysis(root, choice), choice.kind);
   while (json.ends_with('\n') || json.ends_with('\r')) json.pop_back();
   return json;
 }
@@ -75,7 +74,7 @@ std::string AnalysesJson(const clsKeltrun2& root, const Options& options) {
   const auto choices = ChosenSets(root, options);
   if (NamesOneSet(options)) return AnalysisJson(root, choices.front());
   std::string json = "[";
-  for (const ClassAndCourseValue& choice : choices) {
+  for (const ChosenSet& choice : choices) {
     json += json.size() > 1 ? ",\n" : "\n";
     json += AnalysisJson(root, choice);
   }
@@ -84,10 +83,17 @@ std::string AnalysesJson(const clsKeltrun2& root, const Options& options) {
 
 std::string ResultListsJson(const clsKeltrun2& root, const Options& options) {
   std::vector<clsTextControl::ResultSet> sets;
-  for (const ClassAndCourseValue& choice : ChosenSets(root, options)) {
-    sets.push_back({ResultList(root, choice), KindOf(choice)});
+  for (const ChosenSet& choice : ChosenSets(root, options)) {
+    sets.push_back({ResultList(root, choice), choice.kind});
   }
   return root.TextControl()->OutputResultJson(sets);
+}
+
+// The ending of the name is the format.
+void SaveEvent(clsKeltrun2& root, const Options& options) {
+  const auto mode = options.full ? KR_SAVEMODE_FULL : KR_SAVEMODE_NORMAL;
+  const bool saved = root.FileControl()->SaveLapFile(options.output, KR_FILETYPE_AUTODETECT, mode);
+  if (!saved || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
 }
 
 }  // namespace
@@ -108,6 +114,19 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   // The export goes on past a page that it cannot write and lists such pages at the end.
   if (!begun || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';
+}
+
+void ConvertEvent(clsKeltrun2& root, const Options& options) {
+  CheckOutput(options);
+  LoadEvent(root, options);
+  SaveEvent(root, options);
+}
+
+void MergeEvents(clsKeltrun2& root, const Options& options) {
+  CheckOutput(options);
+  LoadEvent(root, options);
+  MergeImport(root, options);
+  SaveEvent(root, options);
 }
 
 void ShowInfo(clsKeltrun2& root, const Options& options) {

@@ -11,6 +11,10 @@ using Command = void (*)(clsKeltrun2& root, const Options& options);
 
 /// The event as a web site in a folder.
 void PublishSite(clsKeltrun2& root, const Options& options);
+/// The event in another format.
+void ConvertEvent(clsKeltrun2& root, const Options& options);
+/// The event with what another file knows of it.
+void MergeEvents(clsKeltrun2& root, const Options& options);
 /// What the event holds, to read or as JSON.
 void ShowInfo(clsKeltrun2& root, const Options& options);
 /// Analyses as a page or as JSON.

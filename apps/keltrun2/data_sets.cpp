@@ -8,12 +8,12 @@
 namespace keltrun::cli {
 namespace {
 
-ClassAndCourseValue FindClass(const clsKeltrun2& root, const std::string& name) {
+ChosenSet FindClass(const clsKeltrun2& root, const std::string& name) {
   const auto wanted = root.ClassData(name);
   std::string names;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
     const auto klass = root.ClassData(i);
-    if (klass == wanted) return {klass->ClassName(), i, 0, klass->FileName(), klass->LapCount()};
+    if (klass == wanted) return {DataSetKind::kClass, i, nullptr};
     names += "\n  " + klass->ClassName();
   }
   if (names.empty()) throw CommandError("the event has no classes");
@@ -30,9 +30,9 @@ std::map<std::int32_t, std::string> CoursesWithClasses(const clsKeltrun2& root) 
   return courses;
 }
 
-ClassAndCourseValue FindCourse(const clsKeltrun2& root, std::int32_t number) {
+ChosenSet FindCourse(const clsKeltrun2& root, std::int32_t number) {
   const auto courses = CoursesWithClasses(root);
-  if (courses.contains(number)) return {courses.at(number), 0, number, "", 0};
+  if (courses.contains(number)) return {DataSetKind::kCourse, number, nullptr};
   if (courses.empty()) throw CommandError("no class of the event names a course");
   std::string names;
   for (const auto& [course, classes] : courses) {
@@ -42,39 +42,54 @@ ClassAndCourseValue FindCourse(const clsKeltrun2& root, std::int32_t number) {
                      "; the courses and their classes are" + names);
 }
 
+ChosenSet FindSegment(const clsKeltrun2& root, const std::string& name) {
+  std::string names;
+  for (std::int32_t i = 1; i <= root.SegmentCount(); ++i) {
+    const auto segment = root.SegmentData(i);
+    if (segment->SegmentName() == name) return {DataSetKind::kSegment, i, segment};
+    names += "\n  " + segment->SegmentName();
+  }
+  if (names.empty()) throw CommandError("no courses of the event share a segment");
+  throw CommandError("there is no segment \"" + name + "\"; the segments are" + names);
+}
+
+ChosenSet FromChoice(const ClassAndCourseValue& choice) {
+  if (choice.ClassIndex > 0) return {DataSetKind::kClass, choice.ClassIndex, nullptr};
+  return {DataSetKind::kCourse, choice.CourseNum, nullptr};
+}
+
 }  // namespace
 
-bool NamesOneSet(const Options& options) { return options.class_name || options.course; }
+bool NamesOneSet(const Options& options) {
+  return options.class_name || options.course || options.segment;
+}
 
-std::vector<ClassAndCourseValue> ChosenSets(const clsKeltrun2& root, const Options& options) {
+std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& options) {
   if (options.class_name) return {FindClass(root, *options.class_name)};
   if (options.course) return {FindCourse(root, *options.course)};
-  std::vector<ClassAndCourseValue> sets;
+  if (options.segment) return {FindSegment(root, *options.segment)};
+  std::vector<ChosenSet> sets;
   for (const std::string& text : root.ClassAndCourseList()) {
-    sets.push_back(root.SeparateClassAndCourseValue(text));
+    sets.push_back(FromChoice(root.SeparateClassAndCourseValue(text)));
   }
   return sets;
 }
 
-ClassAndCourseValue OneSet(const clsKeltrun2& root, const Options& options) {
+ChosenSet OneSet(const clsKeltrun2& root, const Options& options) {
   const auto sets = ChosenSets(root, options);
   if (sets.empty()) throw CommandError("the event has no classes");
   if (sets.size() > 1) {
-    throw CommandError("an HTML page holds one class or course: name it with --class or --course",
+    throw CommandError("an HTML page holds one set: name it with --class, --course or --segment",
                        kWrongUse);
   }
   return sets.front();
 }
 
-DataSetKind KindOf(const ClassAndCourseValue& choice) {
-  return choice.ClassIndex > 0 ? DataSetKind::kClass : DataSetKind::kCourse;
-}
-
-void Fill(DataSet& set, const ClassAndCourseValue& choice) {
-  if (choice.ClassIndex > 0) {
-    set.AddClass(choice.ClassIndex);
-  } else {
-    set.AddCourse(choice.CourseNum);
+void Fill(DataSet& set, const ChosenSet& choice) {
+  if (choice.kind == DataSetKind::kClass) {
+    set.AddClass(choice.number);
+  } else if (choice.kind == DataSetKind::kCourse) {
+    set.AddCourse(choice.number);
   }
 }
 

@@ -1,6 +1,8 @@
-// Which classes and courses a command works on.
+// Which classes, courses and segments a command works on.
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "apps/keltrun2/options.h"
@@ -8,20 +10,24 @@
 
 namespace keltrun::cli {
 
-/// True when the user named a class or a course.
+/// A class, a course, or a segment that courses share.
+struct ChosenSet {
+  DataSetKind kind = DataSetKind::kClass;
+  std::int32_t number = 0;  // position of the class, or number of the course
+  std::shared_ptr<clsSegmentData> segment;
+};
+
+/// True when the user named one set.
 bool NamesOneSet(const Options& options);
 
-/// The class or course that the user named, otherwise all that the event offers. Throws
-/// CommandError with the names there are for an unknown one.
-std::vector<ClassAndCourseValue> ChosenSets(const clsKeltrun2& root, const Options& options);
+/// The set that the user named, otherwise all classes and shared courses that the event offers.
+/// Throws CommandError with the names there are for an unknown one.
+std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& options);
 
 /// The one set of a page. Throws CommandError when the user named none and there are several.
-ClassAndCourseValue OneSet(const clsKeltrun2& root, const Options& options);
+ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 
-/// Whether the choice is a class or a course.
-DataSetKind KindOf(const ClassAndCourseValue& choice);
-
-/// Puts the runners of the choice into an empty data set.
-void Fill(DataSet& set, const ClassAndCourseValue& choice);
+/// Puts the runners of a class or course into an empty data set; those of a segment are in it.
+void Fill(DataSet& set, const ChosenSet& choice);
 
 }  // namespace keltrun::cli

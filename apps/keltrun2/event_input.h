@@ -6,8 +6,12 @@
 
 namespace keltrun::cli {
 
-/// Loads the event, from standard input for "-". Throws CommandError when it does not load, or
+/// Loads the event, from standard input for "-", and shows the remarks of the reader on standard
+/// error. Throws CommandError when it does not load, or
 /// loads with a text that needs attention.
 void LoadEvent(clsKeltrun2& root, const Options& options);
+
+/// Merges the import file into the event that is loaded, as the options say; otherwise the same.
+void MergeImport(clsKeltrun2& root, const Options& options);
 
 }  // namespace keltrun::cli

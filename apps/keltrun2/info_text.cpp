@@ -122,6 +122,20 @@ void AppendChoices(std::string& out, const clsKeltrun2& root) {
   AppendSection(out, "To analyze", static_cast<std::int32_t>(choices.size()), table);
 }
 
+void AppendSegments(std::string& out, const clsKeltrun2& root) {
+  if (root.SegmentCount() == 0) return;
+  TextTable table({{"Segment"}, {"Controls", kRight}, {"Classes, and where it begins"}});
+  for (std::int32_t i = 1; i <= root.SegmentCount(); ++i) {
+    const auto segment = root.SegmentData(i);
+    std::string classes;
+    for (const std::string& target : segment->TargetClassList()) {
+      classes += (classes.empty() ? "" : " ") + target;
+    }
+    table.AddRow({segment->SegmentName(), std::to_string(segment->ControlCount()), classes});
+  }
+  AppendSection(out, "Segments", root.SegmentCount(), table);
+}
+
 }  // namespace
 
 std::string InfoText(const clsKeltrun2& root) {
@@ -129,6 +143,7 @@ std::string InfoText(const clsKeltrun2& root) {
   AppendHead(out, root);
   AppendClasses(out, root);
   AppendCourses(out, root);
+  AppendSegments(out, root);
   AppendChoices(out, root);
   return out;
 }

@@ -27,9 +27,20 @@ struct Options {
   bool json = false;
   std::string style_address;  // of the style sheet an HTML page links, "" for none
 
+  // Loading.
+  std::string member;  // which lap file of an archive that holds several
+
+  // Converting and merging.
+  bool full = false;           // save the fixed ranks and ages, too
+  std::string import_file;     // what is merged into the event
+  std::string match = "name";  // how a runner is recognised: "name", "id", or "none"
+  bool prefer_new = false;     // new values overwrite existing ones
+  bool known_only = false;     // runners who are not there already are left out
+
   // Which data set; nothing set is every one that the event offers.
   std::optional<std::string> class_name;
   std::optional<std::int32_t> course;
+  std::optional<std::string> segment;
 };
 
 }  // namespace keltrun::cli

@@ -2,25 +2,56 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/model/segment_set.h"
 
 namespace keltrun {
 
-/// One segment set of the event, as it was when it was read from the root object.
+/// One segment set of the event. It hands out data sets of all runners who ran the run, cut down to
+/// its legs, so that runners of different courses can be compared on what they had in common.
+///
+///     root->MakeSegmentSet();
+///     auto analyzer = root->SegmentData(1)->Analyzer();
+///     analyzer->Execute();
 class clsSegmentData {
  public:
-  explicit clsSegmentData(SegmentSet segment) : segment_(std::move(segment)) {}
+  explicit clsSegmentData(std::shared_ptr<SegmentSet> segment) : segment_(std::move(segment)) {}
+
+  /// Where the run occurs: a course number, TAB, and the position in that course of the run's first
+  /// control (0 = the start).
+  const std::vector<std::string>& TargetCourseTable() const { return segment_->TargetCourseTable; }
+  void SetTargetCourseTable(std::vector<std::string> Table) {
+    segment_->TargetCourseTable = std::move(Table);
+  }
+
+  /// Whom the data sets take: a class name, ";", and the position of the run's first control in the
+  /// class's course.
+  const std::vector<std::string>& TargetClassList() const { return segment_->TargetClassList; }
+  void SetTargetClassList(std::vector<std::string> List) {
+    segment_->TargetClassList = std::move(List);
+  }
 
   /// Controls strictly inside the run; the run has ControlCount + 1 legs.
-  std::int32_t ControlCount() const { return segment_.ControlCount; }
+  std::int32_t ControlCount() const { return segment_->ControlCount; }
   /// The codes joined by "-", the start as "S" and the finish as "F".
-  const std::string& SegmentName() const { return segment_.SegmentName; }
+  const std::string& SegmentName() const { return segment_->SegmentName; }
+  /// Four digits a code, the start as "0000" and the finish as "9999".
+  const std::string& SegmentBinaryName() const { return segment_->SegmentBinaryName; }
+
+  /// A new data set of the current event's runners, not yet executed or ranked. SexOption takes
+  /// only runners whose Sex is exactly that text.
+  std::shared_ptr<clsAnalyzer> Analyzer(std::string_view SexOption = "") const;
+  std::shared_ptr<clsResultsHolder> ResultsHolder(std::string_view SexOption = "") const;
 
  private:
-  SegmentSet segment_;
+  std::shared_ptr<SegmentSet> segment_;
 };
 
 }  // namespace keltrun

@@ -43,7 +43,7 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
   const Busy busy;
   if (!busy.Granted()) return false;
   return keltrun::LoadLapFile(
-      {std::string(FileName), LapFileType, LoadMode, std::string(FileData)},
+      {std::string(FileName), LapFileType, LoadMode, std::string(FileData)}, remarks_,
       [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
 

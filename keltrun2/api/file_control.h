@@ -4,9 +4,11 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "keltrun2/api/progress.h"
 #include "keltrun2/io/lap_file_types.h"
+#include "keltrun2/io/remarks.h"
 #include "keltrun2/model/load_mode.h"
 
 namespace keltrun {
@@ -50,6 +52,10 @@ class clsFileControl {
                    KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
                    std::string_view FileData = "");
 
+  /// What the reader of the last load noticed without giving up: cells and lines that it took
+  /// differently or dropped. At most about 1,000.
+  const std::vector<LoadRemark>& LoadRemarks() const { return remarks_; }
+
   /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
   /// IOF XML, everything else the native format. An existing file is replaced only by a complete
   /// new one.
@@ -72,6 +78,7 @@ class clsFileControl {
 
  private:
   bool progress_visible_ = false;
+  std::vector<LoadRemark> remarks_;
   std::int32_t attached_ = 0;
   std::shared_ptr<ProgressHandlers> handlers_ = std::make_shared<ProgressHandlers>();
 };

@@ -1,5 +1,6 @@
 #include "keltrun2/api/keltrun2.h"
 
+#include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
@@ -120,7 +121,7 @@ std::int32_t clsKeltrun2::SegmentCount() const {
   return static_cast<std::int32_t>(model_->Segments.size());
 }
 
-void clsKeltrun2::MakeSegmentSet() { model_->Segments.clear(); }
+void clsKeltrun2::MakeSegmentSet() { model_->Segments = FindSegmentSets(*model_); }
 
 void clsKeltrun2::Clear() { model_->Clear(); }
 

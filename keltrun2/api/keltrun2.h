@@ -117,7 +117,8 @@ class clsKeltrun2 {
   /// The segment set at a position from 1. Raises subscript out of range (9) for others.
   std::shared_ptr<clsSegmentData> SegmentData(std::int32_t Index) const;
   std::int32_t SegmentCount() const;
-  /// Rebuilds the segment sets from courses and classes. Not made yet: the list stays empty.
+  /// Rebuilds the segment sets from courses and classes. Loads of native files in normal mode do it
+  /// by themselves; later changes to courses and classes need another call.
   void MakeSegmentSet();
 
   /// Empties the event and starts the runner numbers again at 1.

@@ -4,15 +4,25 @@
 #include <optional>
 #include <utility>
 
+#include "keltrun2/analysis/segment_sets.h"
+#include "keltrun2/api/feed_model.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
+#include "keltrun2/io/import_only_reader.h"
+#include "keltrun2/io/iof_result_writer.h"
+#include "keltrun2/io/keltrun1_reader.h"
+#include "keltrun2/io/keltrun1_writer.h"
 #include "keltrun2/io/native_reader.h"
 #include "keltrun2/io/native_writer.h"
-#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/io/oevent_reader.h"
+#include "keltrun2/io/sportident_reader.h"
 #include "keltrun2/model/process_state.h"
+#include "keltrun2/platform/archiver.h"
 #include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
+#include "keltrun2/platform/lzh_writer.h"
+#include "keltrun2/platform/working_folder.h"
 
 namespace keltrun {
 namespace {
@@ -24,148 +34,244 @@ constexpr std::string_view kDetectOperation = "clsFileControl.DetectFileType";
 constexpr std::string_view kExtractArchive = "clsFileControl.ExtractArchive";
 constexpr std::string_view kMakeArchive = "clsFileControl.MakeArchive";
 
-// The operation that reads or writes a type, as error texts name it, and what it is called where it
-// cannot be read or written yet ("" where it can).
-struct Format {
+// A type of text file: the operation that error texts name, its reader, and what of it goes where.
+struct TextFormat {
   KrLapFileTypeConst type;
   std::string_view operation;
-  std::string_view missing;
+  ReadResult (*read)(std::string_view text);
+  EventNameRule event_name;
+  bool makes_segments;  // the segment sets are made anew with every load
 };
 
-constexpr Format kReaders[] = {
-    {KR_FILETYPE_KELTRUN2, "clsFileControl.LoadKeltrun2", ""},
-    {KR_FILETYPE_KELTRUN1, "clsFileControl.LoadKeltrun1",
-     "text lap files of the previous generation"},
-    {KR_FILETYPE_SPORTIDENT, "clsFileControl.LoadSportIdent", "SPORTident results"},
-    {KR_FILETYPE_OEVENT, "clsFileControl.LoadOEvent", "OEvent split times"},
-    {KR_FILETYPE_IMPORT_ONLY, "clsFileControl.LoadImportOnly", "import-only files"},
+constexpr TextFormat kTextFormats[] = {
+    {KR_FILETYPE_KELTRUN1, "clsFileControl.LoadKeltrun1", ReadKeltrun1, EventNameRule::kNormalLoad,
+     false},
+    {KR_FILETYPE_SPORTIDENT, "clsFileControl.LoadSportIdent", ReadSportIdent,
+     EventNameRule::kAlways, true},
+    {KR_FILETYPE_OEVENT, "clsFileControl.LoadOEvent", ReadOEvent, EventNameRule::kIfEmpty, false},
 };
 
-constexpr Format kWriters[] = {
-    {KR_FILETYPE_KELTRUN2, "clsFileControl.SaveKeltrun2", ""},
-    {KR_FILETYPE_KELTRUN1, "clsFileControl.SaveKeltrun1",
-     "text lap files of the previous generation"},
-    {KR_FILETYPE_IOF_XML_20_RESULT, "clsFileControl.SaveIofXmlResult", "IOF XML result lists"},
-};
-
-template <std::size_t N>
-const Format* FindFormat(const Format (&formats)[N], KrLapFileTypeConst type) {
-  for (const Format& format : formats) {
-    if (format.type == type) return &format;
-  }
-  return nullptr;
-}
+constexpr std::string_view kLoadKeltrun2 = "clsFileControl.LoadKeltrun2";
+constexpr std::string_view kLoadImportOnly = "clsFileControl.LoadImportOnly";
 
 bool Fail(std::string_view message_key, std::string_view operation, std::string_view description) {
   SetErrorText(FailureText(message_key, operation, description));
   return false;
 }
 
-bool FailArchive(std::string_view message_key, std::string_view operation) {
-  return Fail(message_key, operation, "this version has no support for LZH archives yet");
-}
+// One load into one model.
+class Load {
+ public:
+  Load(LoadRequest request, std::vector<LoadRemark>& remarks)
+      : request_(std::move(request)), remarks_(remarks), model_(CurrentModel()) {}
 
-// The name of the source in error texts.
-std::string SourceName(const LoadRequest& request) {
-  return request.FileName.empty() ? "FileData" : request.FileName;
-}
-
-// The type of the request's text or file; nullopt when the file cannot be read.
-std::optional<KrLapFileTypeConst> DetectFileType(LoadRequest& request) {
-  const std::string extension = FileExtension(request.FileName);
-  if (extension == "xml" || extension == "lxm") return KR_FILETYPE_KELTRUN2;
-  KrLapFileTypeConst type;
-  if (!request.FileData.empty()) {
-    type = DetectTextType(request.FileData);
-  } else {
-    std::string error;
-    const std::optional<std::string> bytes = ReadFile(request.FileName, error);
-    if (!bytes) {
-      Fail(kOpenError, kDetectOperation, error);
-      return std::nullopt;
+  bool Run(const StartProgress& start_progress) {
+    if (request_.Mode == KR_LOADMODE_NORMAL) model_->Clear();
+    if (request_.FileData.size() > kLargestInputFile) {
+      return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
     }
-    type = DetectFileTextType(DecodeTextFile(*bytes), request.FileData);
+    if (FileExtension(request_.FileName) == "lzh" && !ExtractLapFile()) return false;
+    if (request_.Type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
+    if (request_.Type == KR_FILETYPE_IMPORT_ONLY && (request_.Mode & KR_LOADMODE_APPEND) == 0) {
+      SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
+      return false;
+    }
+    if (!LoadByType(start_progress)) return false;
+    model_->FileName = request_.FileName;
+    return true;
   }
-  if (type == KR_FILETYPE_UNKNOWN) {
+
+ private:
+  // Unpacks an archive and goes on with the lap file in it; of several the user takes one.
+  bool ExtractLapFile() {
+    std::string error;
+    const auto folder = NewExtractionFolder(error);
+    if (!folder) return Fail(kOpenError, kExtractArchive, error);
+    const auto files = ExtractArchive(request_.FileName, *folder, error);
+    if (!files) return Fail(kOpenError, kExtractArchive, error);
+    std::vector<std::string> names;
+    std::vector<std::string> paths;
+    for (const ExtractedFile& file : *files) {
+      const std::string extension = FileExtension(file.Name);
+      if (extension != "lxm" && extension != "lap") continue;
+      names.push_back(file.Name);
+      paths.push_back(file.Path);
+    }
+    if (names.empty()) {
+      return Fail(kOpenError, kExtractArchive, request_.FileName + " holds no .lxm or .lap file");
+    }
+    std::optional<std::size_t> chosen = 0;
+    if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.FileName, names);
+    if (!chosen || *chosen >= paths.size()) {
+      return Fail(kOpenError, kExtractArchive,
+                  request_.FileName + " holds several lap files and none was chosen");
+    }
+    request_.FileName = paths[*chosen];
+    return true;
+  }
+
+  // Finds out the type; false when the file cannot be read or is of none.
+  bool Detect() {
+    const std::string extension = FileExtension(request_.FileName);
+    if (extension == "xml" || extension == "lxm") {
+      request_.Type = KR_FILETYPE_KELTRUN2;
+      return true;
+    }
+    if (!request_.FileData.empty()) {
+      request_.Type = DetectTextType(request_.FileData);
+    } else {
+      std::string error;
+      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
+      if (!bytes) return Fail(kOpenError, kDetectOperation, error);
+      request_.Type = DetectFileTextType(DecodeTextFile(*bytes), request_.FileData);
+    }
+    if (request_.Type != KR_FILETYPE_UNKNOWN) return true;
     SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
                  std::string(kDetectOperation));
+    return false;
   }
-  return type;
+
+  bool LoadByType(const StartProgress& start_progress) {
+    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+      return Guarded(kLoadKeltrun2, start_progress,
+                     [this](ProgressReport& progress) { return LoadNative(progress); });
+    }
+    if (request_.Type == KR_FILETYPE_IMPORT_ONLY) {
+      return Guarded(kLoadImportOnly, start_progress,
+                     [this](ProgressReport&) { return LoadUpdates(); });
+    }
+    for (const TextFormat& format : kTextFormats) {
+      if (format.type != request_.Type) continue;
+      return Guarded(format.operation, start_progress,
+                     [&](ProgressReport& progress) { return LoadText(format, progress); });
+    }
+    return false;
+  }
+
+  // Reads and feeds the model, then sorts it. What goes wrong after the reader ends as an error of
+  // the reader, too.
+  template <typename LoadRecords>
+  bool Guarded(std::string_view operation, const StartProgress& start_progress,
+               LoadRecords load_records) {
+    try {
+      const auto progress = start_progress();
+      const bool loaded = load_records(*progress);
+      progress->Close();
+      if (loaded) model_->SortLap();
+      return loaded;
+    } catch (const ProgressHandlerError& error) {
+      Fail(kOpenError, operation, "a handler of Progress ended the load");
+      std::rethrow_exception(error.Cause);
+    } catch (const std::exception& error) {
+      return Fail(kOpenError, operation, error.what());
+    }
+  }
+
+  // The name of the source in error texts.
+  std::string SourceName() const {
+    return request_.FileName.empty() ? "FileData" : request_.FileName;
+  }
+
+  bool LoadNative(ProgressReport& progress) {
+    NativeReadResult read;
+    if (!request_.FileData.empty()) {
+      read = ReadNativeLapFile(request_.FileData, NativeSource::kText);
+    } else {
+      std::string error;
+      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
+      if (!bytes) return Fail(kOpenError, kLoadKeltrun2, error);
+      read = ReadNativeLapFile(*bytes, NativeSource::kFileBytes);
+    }
+    if (read.Error) {
+      return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.Error));
+    }
+    FeedModel(*model_, read.File, request_.Mode, progress);
+    if (request_.Mode == KR_LOADMODE_NORMAL) model_->Segments = FindSegmentSets(*model_);
+    return true;
+  }
+
+  // The records of a text file; nullopt when it cannot be opened. What was read before an error in
+  // the text counts.
+  std::optional<ReadResult> Read(std::string_view operation,
+                                 ReadResult (*read)(std::string_view text)) {
+    std::string text = request_.FileData;
+    if (text.empty()) {
+      std::string error;
+      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
+      if (!bytes) {
+        Fail(kOpenError, operation, error);
+        return std::nullopt;
+      }
+      text = DecodeTextFile(*bytes);
+    }
+    ReadResult result = read(text);
+    remarks_ = std::move(result.Remarks);
+    return result;
+  }
+
+  bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
+    if (!error) return true;
+    const std::string line = error->Line > 0 ? "line " + std::to_string(error->Line) + ": " : "";
+    return Fail(kOpenError, operation, SourceName() + ": " + line + error->Detail);
+  }
+
+  bool LoadText(const TextFormat& format, ProgressReport& progress) {
+    const auto read = Read(format.operation, format.read);
+    if (!read) return false;
+    FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress);
+    if (format.makes_segments) model_->Segments = FindSegmentSets(*model_);
+    return Finish(format.operation, read->Error);
+  }
+
+  bool LoadUpdates() {
+    const auto read = Read(kLoadImportOnly, ReadImportOnly);
+    if (!read) return false;
+    ApplyUpdates(*model_, read->Records.Updates, request_.Mode);
+    return Finish(kLoadImportOnly, read->Error);
+  }
+
+  LoadRequest request_;
+  std::vector<LoadRemark>& remarks_;
+  const std::shared_ptr<EventModel> model_;
+};
+
+// The event in the bytes of a file type, and the operation and extension that go with it.
+struct SavedFile {
+  std::string_view operation;
+  std::string_view extension;
+  std::string bytes;
+};
+
+SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode) {
+  if (type == KR_FILETYPE_KELTRUN1) {
+    SavedFile file{"clsFileControl.SaveKeltrun1", ".lap", ""};
+    AppendEncoded(file.bytes, WriteKeltrun1LapFile(model), Charset::kShiftJis,
+                  MissingCharacter::kQuestionMark);
+    return file;
+  }
+  if (type == KR_FILETYPE_IOF_XML_20_RESULT) {
+    return {"clsFileControl.SaveIofXmlResult", ".xml", WriteIofXmlResult(model, Now())};
+  }
+  return {"clsFileControl.SaveKeltrun2", ".lxm", WriteNativeLapFile(model, mode, Now())};
 }
 
-// The event and metadata objects stay the same: a host may hold them.
-void ApplyHeader(EventModel& model, NativeLapFile& file) {
-  *model.Event = std::move(file.Event);
-  *model.Meta = std::move(file.Meta);
-}
-
-// Hands what was read to the model, class by class.
-void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
-               ProgressReport& progress) {
-  if (file.FileDate) model.FileDate = *file.FileDate;
-  if (mode == KR_LOADMODE_NORMAL) ApplyHeader(model, file);
-  for (const auto& course : file.Courses) model.AddCourseObject(course);
-  std::int64_t done = 0;
-  for (const NativeClass& read : file.Classes) {
-    progress.Advance(++done, static_cast<std::int64_t>(file.Classes.size()));
-    const auto existing = model.ClassByName(read.Class->ClassName());
-    const auto& klass = existing ? existing : read.Class;
-    if (!existing) model.AddClassObject(klass);
-    LapMerger merger(*klass, mode);
-    for (const auto& runner : read.Runners) merger.Add(runner);
-  }
-}
-
-bool LoadKeltrun2(EventModel& model, const LoadRequest& request, std::string_view operation,
-                  ProgressReport& progress) {
-  NativeReadResult read;
-  if (!request.FileData.empty()) {
-    read = ReadNativeLapFile(request.FileData, NativeSource::kText);
-  } else {
-    std::string error;
-    const std::optional<std::string> bytes = ReadFile(request.FileName, error);
-    if (!bytes) return Fail(kOpenError, operation, error);
-    read = ReadNativeLapFile(*bytes, NativeSource::kFileBytes);
-  }
-  if (read.Error) {
-    return Fail(kOpenError, operation, SourceName(request) + ": " + ToString(*read.Error));
-  }
-  FeedModel(model, read.File, request.Mode, progress);
-  return true;
-}
-
-// Reads the file, feeds the model and sorts it. What goes wrong after the reader ends as an error
-// of the reader, too.
-bool LoadWith(const Format& reader, EventModel& model, const LoadRequest& request,
-              const StartProgress& start_progress) {
-  if (!reader.missing.empty()) {
-    return Fail(kOpenError, reader.operation,
-                "this version cannot read " + std::string(reader.missing) + " yet");
-  }
-  try {
-    const auto progress = start_progress();
-    const bool loaded = LoadKeltrun2(model, request, reader.operation, *progress);
-    progress->Close();
-    if (loaded) model.SortLap();
-    return loaded;
-  } catch (const ProgressHandlerError& error) {
-    Fail(kOpenError, reader.operation, "a handler of Progress ended the load");
-    std::rethrow_exception(error.Cause);
-  } catch (const std::exception& error) {
-    return Fail(kOpenError, reader.operation, error.what());
-  }
-}
-
-bool SaveWith(const Format& writer, const EventModel& model, const std::string& file_name,
-              KrLapFileSaveModeCosnt mode) {
-  if (!writer.missing.empty()) {
-    return Fail(kSaveError, writer.operation,
-                "this version cannot write " + std::string(writer.missing) + " yet");
-  }
-  const std::string bytes = WriteNativeLapFile(model, mode, Now());
+bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes) {
   std::string error;
-  if (WriteFile(file_name, bytes, error)) return true;
-  return Fail(kSaveError, writer.operation, error);
+  return WriteFile(name, bytes, error) || Fail(kSaveError, operation, error);
+}
+
+// The lap file goes into the working folder and from there into the archive. The result is that of
+// the lap file; an archive that cannot be written leaves an older one and an error text.
+bool SaveArchive(const std::string& archive_name, const SavedFile& file) {
+  std::string error;
+  const auto folder = WorkingFolder(error);
+  if (!folder) return Fail(kSaveError, kMakeArchive, error);
+  const std::string_view archive = FileNamePart(archive_name);
+  const std::string name =
+      std::string(archive.substr(0, archive.rfind('.'))) + std::string(file.extension);
+  if (!WriteOrFail(file.operation, *folder + "/" + name, file.bytes)) return false;
+  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()));
+  return true;
 }
 
 KrLapFileTypeConst TypeOfExtension(const std::string& extension) {
@@ -182,37 +288,20 @@ std::string FailureText(std::string_view message_key, std::string_view operation
          std::string(description);
 }
 
-bool LoadLapFile(LoadRequest request, const StartProgress& start_progress) {
+bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
+                 const StartProgress& start_progress) {
   SetErrorText("");
-  const auto model = CurrentModel();
-  if (request.Mode == KR_LOADMODE_NORMAL) model->Clear();
-  if (request.FileData.size() > kLargestInputFile) {
-    return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
-  }
-  if (FileExtension(request.FileName) == "lzh") return FailArchive(kOpenError, kExtractArchive);
-  if (request.Type == KR_FILETYPE_AUTODETECT) {
-    const auto type = DetectFileType(request);
-    if (!type || *type == KR_FILETYPE_UNKNOWN) return false;
-    request.Type = *type;
-  }
-  const bool append = (request.Mode & KR_LOADMODE_APPEND) != 0;
-  if (request.Type == KR_FILETYPE_IMPORT_ONLY && !append) {
-    SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
-    return false;
-  }
-  const Format* reader = FindFormat(kReaders, request.Type);
-  if (reader == nullptr || !LoadWith(*reader, *model, request, start_progress)) return false;
-  model->FileName = request.FileName;
-  return true;
+  remarks.clear();
+  return Load(std::move(request), remarks).Run(start_progress);
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
                  KrLapFileSaveModeCosnt mode) {
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
-  if (extension == "lzh") return FailArchive(kSaveError, kMakeArchive);
-  const Format* writer = FindFormat(kWriters, type);
-  return SaveWith(writer != nullptr ? *writer : kWriters[0], model, file_name, mode);
+  const SavedFile file = Write(model, type, mode);
+  if (extension == "lzh") return SaveArchive(file_name, file);
+  return WriteOrFail(file.operation, file_name, file.bytes);
 }
 
 }  // namespace keltrun

@@ -5,9 +5,11 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "keltrun2/api/progress_report.h"
 #include "keltrun2/io/lap_file_types.h"
+#include "keltrun2/io/remarks.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
 
@@ -24,8 +26,10 @@ struct LoadRequest {
   std::string FileData;  // in place of the file when not empty; UTF-8
 };
 
-/// True when the file was loaded; else the error text says why.
-bool LoadLapFile(LoadRequest request, const StartProgress& start_progress);
+/// True when the file was loaded; else the error text says why. `remarks` takes what the reader
+/// noticed.
+bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
+                 const StartProgress& start_progress);
 
 /// True when the file was written; else the error text says why.
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,

@@ -36,7 +36,7 @@ class EventModel {
 
   std::shared_ptr<clsEventData> Event = std::make_shared<clsEventData>();
   std::shared_ptr<clsMetaData> Meta = std::make_shared<clsMetaData>();
-  std::vector<SegmentSet> Segments;
+  std::vector<std::shared_ptr<SegmentSet>> Segments;
 
   /// Empties everything and starts the runner numbers again.
   void Clear();

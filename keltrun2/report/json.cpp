@@ -573,7 +573,7 @@ std::string InfoJson(const EventModel& model) {
   WriteFile(json, model);
   WriteLines(json, "classes", model.Classes(), [&](const auto& k) { WriteClass(json, *k); });
   WriteLines(json, "courses", model.Courses(), [&](const auto& c) { WriteCourse(json, *c); });
-  WriteLines(json, "segments", model.Segments, [&](const auto& s) { WriteSegment(json, s); });
+  WriteLines(json, "segments", model.Segments, [&](const auto& s) { WriteSegment(json, *s); });
   WriteLines(json, "choices", model.Choices(), [&](const auto& c) { WriteChoice(json, c); });
   EndDocument(json, out);
   return out;

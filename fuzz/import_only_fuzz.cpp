@@ -1,0 +1,15 @@
+// Import-only texts: no update without a name, no flood of remarks.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "keltrun2/io/import_only_reader.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto read = keltrun::ReadImportOnly({reinterpret_cast<const char*>(data), size});
+  for (const auto& update : read.Records.Updates) {
+    if (update.Name.empty()) std::abort();
+  }
+  if (read.Remarks.size() > 1001) std::abort();
+  return 0;
+}

@@ -1,0 +1,92 @@
+#include "keltrun2/analysis/segment_data.h"
+
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/text/numbers.h"
+
+namespace keltrun {
+namespace {
+
+// When the runner reached the run's first control: the sum of his times up to there.
+void CopyStartTime(const clsLapData& runner, std::int32_t start, clsLapData& copy) {
+  if (runner.StartTime()->Value() == 0) return;
+  if (start == 0) {
+    copy.SetStartTime(runner.StartTime());
+    return;
+  }
+  DateTime time = runner.StartTime()->Value();
+  for (std::int32_t leg = 1; leg <= start; ++leg) {
+    const DateTime lap = LapDataInternal::Lap(runner, leg);
+    if (lap > 0) time = Canonical(time + lap);
+  }
+  copy.StartTime()->SetValue(time);
+}
+
+// The result is the sum of the laps when the runner has all of them.
+void CopyLaps(const clsLapData& runner, std::int32_t start, std::int32_t legs, clsLapData& copy) {
+  DateTime sum = 0;
+  bool complete = true;
+  for (std::int32_t leg = 1; leg <= legs; ++leg) {
+    const DateTime lap = LapDataInternal::Lap(runner, start + leg);
+    copy.SetLap(leg, lap);
+    complete = complete && lap > 0;
+    if (lap > 0) sum = Canonical(sum + lap);
+  }
+  copy.SetResult(complete ? FormatTime(sum, "h:nn:ss", false) : "N/A");
+}
+
+// A record of the run's legs alone, in no class. It keeps the runner's serial number.
+std::shared_ptr<clsLapData> SegmentLap(const clsLapData& runner, std::int32_t start,
+                                       std::int32_t legs) {
+  auto copy = std::make_shared<clsLapData>();
+  copy->Age = runner.Age;
+  copy->SetClassName(runner.ClassName());
+  copy->ClubName = runner.ClubName;
+  copy->Ecard = runner.Ecard;
+  copy->ID = runner.ID;
+  copy->Rank = runner.Rank;
+  copy->RankFix = runner.RankFix;
+  copy->RunnerName = runner.RunnerName;
+  copy->Seed = runner.Seed;
+  LapDataInternal::SetSerialNum(*copy, runner.SerialNum());
+  copy->Sex = runner.Sex;
+  CopyStartTime(runner, start, *copy);
+  CopyLaps(runner, start, legs, *copy);
+  return copy;
+}
+
+template <typename Set>
+std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
+  auto set = std::make_shared<Set>();
+  set->ControlCount = segment.ControlCount;
+  const auto model = CurrentModel();
+  for (const std::string& target : segment.TargetClassList) {
+    const std::size_t separator = target.rfind(';');  // a class name may hold one itself
+    if (separator == std::string::npos) continue;
+    const auto klass = model->ClassByName(std::string_view(target).substr(0, separator));
+    if (!klass) continue;
+    const std::int32_t start = NumericLong(std::string_view(target).substr(separator + 1));
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
+      if (!sex.empty() && runner->Sex != sex) continue;
+      set->AddLap(SegmentLap(*runner, start, segment.ControlCount + 1));
+    }
+  }
+  set->SetDataSetName(sex.empty() ? segment.SegmentName
+                                  : segment.SegmentName + " - " + std::string(sex));
+  return set;
+}
+
+}  // namespace
+
+std::shared_ptr<clsAnalyzer> clsSegmentData::Analyzer(std::string_view SexOption) const {
+  return Fill<clsAnalyzer>(*segment_, SexOption);
+}
+
+std::shared_ptr<clsResultsHolder> clsSegmentData::ResultsHolder(std::string_view SexOption) const {
+  return Fill<clsResultsHolder>(*segment_, SexOption);
+}
+
+}  // namespace keltrun

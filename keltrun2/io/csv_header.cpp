@@ -1,0 +1,215 @@
+#include "keltrun2/io/csv_header.h"
+
+#include <algorithm>
+
+#include "keltrun2/config/leg_labels.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::size_t kMostTitles = 1000;
+
+// The titles of a column: resource texts and words that other programs use.
+struct TitleRule {
+  CsvColumn column;
+  std::string_view normal_key;  // the normal title; empty: the title stays as it is
+  std::array<std::string_view, 4> keys;
+  std::array<std::string_view, 7> words;
+};
+
+constexpr TitleRule kTitleRules[] = {
+    {CsvColumn::kClass, "RES_META_CSV_CLASS", {"RES_META_CSV_CLASS"}, {"CLASS", "**", "クラス名"}},
+    {CsvColumn::kName,
+     "RES_META_CSV_NAME",
+     {"RES_META_CSV_NAME", "RES_META_CSV_NAME_2"},
+     {"NAMAE", "NAME"}},
+    {CsvColumn::kClub, "RES_META_CSV_CLUB", {"RES_META_CSV_CLUB"}, {"SYOZOKU", "SHOZOKU"}},
+    {CsvColumn::kTotalTime,
+     "RES_META_CSV_TOTAL_TIME",
+     {"RES_META_CSV_RECORD", "RES_META_CSV_TOTAL_TIME", "RES_META_CSV_RESULT"},
+     {"TIME", "TOTAL", "T", "TT", "タイム", "時間"}},
+    {CsvColumn::kStartTime,
+     "RES_META_CSV_START_TIME",
+     {"RES_META_CSV_START_TIME"},
+     {"START", "STARTTIME", "スタート時刻"}},
+    {CsvColumn::kRank, "RES_META_CSV_RANK", {"RES_META_CSV_RANK"}, {"RANK", "ORDER", "POSITION"}},
+    {CsvColumn::kSeed, "RES_META_CSV_SEED", {"RES_META_CSV_SEED"}, {"SEED"}},
+    {CsvColumn::kSex, "", {"RES_META_CSV_GENDER"}, {}},
+    {CsvColumn::kStartNumber, "", {"RES_META_CSV_STNO"}, {}},
+    {CsvColumn::kAge, "", {"RES_META_CSV_AGE"}, {}},
+    {CsvColumn::kStartTime, "", {"RES_META_CSV_START"}, {}},
+};
+
+// 1 to 1,000, or 0 for any other text. Longer numbers in a header are years or card numbers.
+std::int32_t LegNumber(std::string_view text) {
+  constexpr std::int32_t kMostNumber = 999;
+  if (text.empty() || text.size() > 3) return 0;
+  if (text.find_first_not_of("0123456789") != std::string_view::npos) return 0;
+  return std::min(NumericLong(text), kMostNumber);
+}
+
+bool IsNumber(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// The leg to the finish is the one behind the highest number. Its label and those of the others are
+// those that the lap file and the CSV outputs write.
+void NameLegs(CsvHeader& header) {
+  for (CsvTitle& title : header.Titles) {
+    if (title.Column != CsvColumn::kLeg) continue;
+    if (title.Leg == 0) title.Leg = header.Controls + 1;
+    title.Text = LegLabel(header.Controls, false, title.Leg);
+    header.Legs = std::max(header.Legs, title.Leg);
+  }
+}
+
+}  // namespace
+
+bool CellWalker::Next() {
+  if (last_) return false;
+  const std::size_t comma = rest_.find(',');
+  cell_ = TrimSpaces(rest_.substr(0, comma));
+  ++position_;
+  last_ = comma == std::string_view::npos;
+  if (!last_) rest_.remove_prefix(comma + 1);
+  return true;
+}
+
+bool IsBlankLine(std::string_view line) {
+  constexpr std::string_view kIdeographicSpace = "\u3000";
+  while (!line.empty()) {
+    if (line.front() == ',' || line.front() == ' ' || line.front() == '\0') {
+      line.remove_prefix(1);
+    } else if (line.starts_with(kIdeographicSpace)) {
+      line.remove_prefix(kIdeographicSpace.size());
+    } else {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool CsvHeader::Has(CsvColumn column) const {
+  return std::any_of(Titles.begin(), Titles.end(),
+                     [column](const CsvTitle& title) { return title.Column == column; });
+}
+
+// Where a leg cell begins and ends; a leg to the finish gets its number when all are known.
+struct CsvHeaderReader::LegEnds {
+  std::int32_t from = 0;  // 0: the start, or not named
+  std::int32_t to = 0;    // 0: the finish
+};
+
+CsvHeaderReader::CsvHeaderReader()
+    : fold_width_(CurrentSettings().Language == "ja"),
+      arrow_(ResourceText("RES_META_RIGHT_ARROW")),
+      start_(Fold(ResourceText("RES_META_START_SYMBOL"))),
+      finish_(Fold(ResourceText("RES_META_FINISH_SYMBOL"))) {
+  for (const TitleRule& rule : kTitleRules) {
+    const std::string normal = ResourceText(rule.normal_key);
+    for (const std::string_view key : rule.keys) AddTitle(rule.column, ResourceText(key), normal);
+    for (const std::string_view word : rule.words) AddTitle(rule.column, word, normal);
+  }
+}
+
+// A key that the resources lack gives no title: an empty cell names no column.
+void CsvHeaderReader::AddTitle(CsvColumn column, std::string_view text, const std::string& normal) {
+  std::string folded = Fold(text);
+  if (folded.empty()) return;
+  if (column == CsvColumn::kName) {
+    constexpr unsigned char kFullWidth = 0xEF;
+    constexpr unsigned char kIdeographicSpace = 0xE3;
+    for (const std::string_view form : {std::string_view(folded), text}) {
+      starts_name_[static_cast<unsigned char>(form.front())] = true;
+      starts_name_[static_cast<unsigned char>(LowerAscii(form.substr(0, 1)).front())] = true;
+    }
+    starts_name_[kFullWidth] = starts_name_[kIdeographicSpace] = true;
+  }
+  titles_.push_back({std::move(folded), column, normal});
+}
+
+std::string CsvHeaderReader::Fold(std::string_view cell) const {
+  const std::string upper = UpperAscii(cell);
+  return std::string(TrimSpaces(fold_width_ ? ToHalfWidth(upper) : upper));
+}
+
+// Nearly every cell of a data line is told from a title by its first byte and its length.
+bool CsvHeaderReader::HasNameTitle(std::string_view line) const {
+  constexpr std::size_t kLongestTitle = 200;
+  CellWalker cells(line);
+  while (cells.Next() && cells.Position() < kMostTitles) {
+    const std::string_view cell = cells.Cell();
+    if (cell.empty() || cell.size() > kLongestTitle) continue;
+    if (!starts_name_[static_cast<unsigned char>(cell.front())]) continue;
+    const Title* title = FindTitle(Fold(cell));
+    if (title != nullptr && title->column == CsvColumn::kName) return true;
+  }
+  return false;
+}
+
+const CsvHeaderReader::Title* CsvHeaderReader::FindTitle(std::string_view folded) const {
+  for (const Title& title : titles_) {
+    if (title.folded == folded) return &title;
+  }
+  return nullptr;
+}
+
+// "7", "6-7", "-7", "S→1", "12→F" and, alone, "F".
+std::optional<CsvHeaderReader::LegEnds> CsvHeaderReader::ReadLeg(std::string_view folded) const {
+  const auto is_finish = [this](std::string_view text) {
+    return !text.empty() && (text == "F" || text == finish_);
+  };
+  if (is_finish(folded)) return LegEnds{};
+  if (const std::int32_t number = LegNumber(folded)) return LegEnds{0, number};
+  std::size_t separator_size = 1;
+  std::size_t at = folded.find('-');
+  if (at == std::string_view::npos && !arrow_.empty()) {
+    at = folded.find(arrow_);
+    separator_size = arrow_.size();
+  }
+  if (at == std::string_view::npos) return std::nullopt;
+  const std::string_view from = TrimSpaces(folded.substr(0, at));
+  const std::string_view to = TrimSpaces(folded.substr(at + separator_size));
+  if (!from.empty() && !IsNumber(from) && from != "S" && from != start_) return std::nullopt;
+  if (is_finish(to) || to == "G") return LegEnds{LegNumber(from), 0};
+  if (LegNumber(to) == 0) return std::nullopt;
+  return LegEnds{LegNumber(from), LegNumber(to)};
+}
+
+std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line) const {
+  if (!HasNameTitle(line)) return std::nullopt;
+  CsvHeader header;
+  CellWalker cells(line);
+  while (cells.Next() && cells.Position() < kMostTitles) {
+    std::string folded = Fold(cells.Cell());
+    if (const Title* title = FindTitle(folded)) {
+      header.Titles.push_back(
+          {title->column, 0, title->normal.empty() ? std::move(folded) : title->normal});
+    } else if (const auto leg = ReadLeg(folded)) {
+      header.Controls = std::max({header.Controls, leg->from, leg->to});
+      header.Titles.push_back({CsvColumn::kLeg, leg->to, ""});
+    } else {
+      header.Titles.push_back({CsvColumn::kOther, 0, std::move(folded)});
+    }
+  }
+  NameLegs(header);
+  return header;
+}
+
+std::string NormalizeCsvHeader(std::string_view line) {
+  const std::optional<CsvHeader> header = CsvHeaderReader().Read(line);
+  if (!header) return std::string(line);
+  std::string out;
+  if (!header->Has(CsvColumn::kClass)) out = ResourceText("RES_META_CSV_CLASS") + ",";
+  for (std::size_t i = 0; i < header->Titles.size(); ++i) {
+    if (i > 0) out += ',';
+    out += header->Titles[i].Text;
+  }
+  return out;
+}
+
+}  // namespace keltrun

@@ -1,0 +1,225 @@
+#include "keltrun2/io/oevent_reader.h"
+
+#include <algorithm>
+#include <array>
+
+#include "keltrun2/io/text_reading.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/time_values.h"
+#include "keltrun2/text/letters.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::string_view kListTitle = "Split times of";
+constexpr std::string_view kFooter = "Created with OEvent";
+constexpr std::string_view kApplication = "OEvent";
+constexpr std::string_view kSeparator = "-------";
+constexpr std::string_view kMissingPunch = "--:--";
+
+// Fields of a row, from 0.
+constexpr std::size_t kRankField = 0;  // or the class name
+constexpr std::size_t kNameField = 1;
+constexpr std::size_t kResultField = 4;
+constexpr std::size_t kFirstSplit = 5;  // then every second one
+constexpr std::size_t kLastSplit = 23;
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+std::string Without(std::string_view text, char unwanted) {
+  std::string out(text);
+  std::erase(out, unwanted);
+  return out;
+}
+
+// The fields of a line that can be asked for, trimmed; "" where there is none.
+class Row {
+ public:
+  explicit Row(std::string_view line) {
+    while (count_ < fields_.size()) {
+      const std::size_t comma = line.find(',');
+      fields_[count_++] = TrimSpaces(line.substr(0, comma));
+      if (comma == std::string_view::npos) break;
+      line.remove_prefix(comma + 1);
+    }
+  }
+
+  std::size_t Count() const { return count_; }
+  std::string_view Field(std::size_t index) const { return fields_[index]; }
+
+  // True for what belongs to no class or runner by itself.
+  bool HasNoHead() const { return Field(kRankField).empty() && Field(kNameField).empty(); }
+  bool HasSplits() const {
+    for (std::size_t i = kFirstSplit; i <= kLastSplit; i += 2) {
+      if (!fields_[i].empty()) return true;
+    }
+    return false;
+  }
+
+ private:
+  std::array<std::string_view, kLastSplit + 1> fields_;
+  std::size_t count_ = 0;
+};
+
+class OEventReader {
+ public:
+  explicit OEventReader(std::string_view text) : line_(text) {}
+
+  ReadResult Read() {
+    if (ReadTitle()) ReadLines();
+    result_.Remarks = remarks_.Take();
+    return std::move(result_);
+  }
+
+ private:
+  // The splits of one runner so far.
+  struct Splits {
+    DateTime sum = 0;            // the last time that was not smaller than the one before
+    std::int32_t legs = 0;       // legs counted
+    std::int32_t last_time = 0;  // the last leg with a time
+    bool too_many = false;
+  };
+
+  bool Fail(std::string detail) {
+    result_.Error = ReadError{line_.Number(), std::move(detail)};
+    return false;
+  }
+
+  void Warn(std::size_t field, std::string_view subject, std::string_view cell,
+            std::string_view consequence) {
+    remarks_.Add(RemarkSeverity::kWarning, line_.Number(), static_cast<std::int32_t>(field) + 1,
+                 subject, cell, consequence);
+  }
+
+  // The two lines of titles. At the first line of the list afterwards.
+  bool ReadTitle() {
+    const std::string_view event_name = line_.Line();
+    line_.Next();
+    if (!Contains(line_.Line(), kListTitle)) {
+      return Fail("no OEvent split list: \"Split times of\" is missing");
+    }
+    line_.Next();
+    if (line_.AtEnd()) return Fail("the split list ends behind its titles");
+    result_.Records.EventName = std::string(event_name);
+    return true;
+  }
+
+  void ReadLines() {
+    while (!line_.AtEnd()) {
+      const Row row(line_.Line());
+      if (Contains(line_.Line(), kSeparator) || row.HasNoHead()) {
+        line_.Next();
+      } else if (!row.Field(kNameField).empty()) {
+        if (!ReadRunner(row)) return;
+      } else if (Contains(row.Field(kRankField), kFooter)) {
+        ReadCreation();
+        return;
+      } else if (!StartClass(row.Field(kRankField))) {
+        return;
+      }
+    }
+  }
+
+  bool StartClass(std::string_view name) {
+    if (result_.Records.Classes.size() >= kMostTextClasses) return Fail("more than 10000 classes");
+    result_.Records.Classes.emplace_back().Name = name;
+    line_.Next();
+    return true;
+  }
+
+  bool ReadRunner(const Row& row) {
+    if (result_.Records.Classes.empty()) return Fail("a runner stands before any class line");
+    if (runners_ >= kMostTextRunners) return Fail("more than 200000 runners");
+    ++runners_;
+    const auto runner = std::make_shared<clsLapData>();
+    runner->Rank = Without(row.Field(kRankField), '.');
+    runner->RunnerName = row.Field(kNameField);
+    runner->SetResult(NormalizeTimeText(row.Field(kResultField), Digits::kElapsed));
+    line_.Next();
+    const Splits splits = ReadSplitRows(*runner);
+    ClassRecords& klass = result_.Records.Classes.back();
+    klass.LegsSeen = std::max(klass.LegsSeen, splits.last_time);
+    klass.Runners.push_back(runner);
+    return true;
+  }
+
+  // The rows of a runner: splits, a row in between that is not read, splits, and so on. At the line
+  // behind them afterwards. A runner, class or footer right behind a runner's line is no row
+  // of his.
+  Splits ReadSplitRows(clsLapData& runner) {
+    Splits splits;
+    Row row(line_.Line());
+    for (bool reading = row.HasNoHead(); reading && !line_.AtEnd();) {
+      ReadSplitRow(row, runner, splits);
+      line_.Next();
+      const Row between(line_.Line());
+      if (between.Count() < 2 || !between.Field(kNameField).empty()) break;
+      line_.Next();
+      row = Row(line_.Line());
+      reading = row.Field(kNameField).empty() && row.HasSplits();
+    }
+    return splits;
+  }
+
+  void ReadSplitRow(const Row& row, clsLapData& runner, Splits& splits) {
+    for (std::size_t i = kFirstSplit; i <= kLastSplit; i += 2) {
+      const std::string_view cell = row.Field(i);
+      if (cell.empty()) continue;
+      if (cell == kMissingPunch) {
+        if (CountLeg(i, runner, splits)) runner.SetLap(splits.legs, kTimeDisq);
+      } else if (const auto time = CellTime(cell)) {
+        if (CountLeg(i, runner, splits)) StoreSplit(i, *time, cell, runner, splits);
+      } else {
+        Warn(i, "split", cell, "is no time and counts as no leg");
+      }
+    }
+  }
+
+  // False beyond the legs that a record holds.
+  bool CountLeg(std::size_t field, const clsLapData& runner, Splits& splits) {
+    if (splits.legs < clsLapData::kMostLegs) {
+      ++splits.legs;
+      return true;
+    }
+    if (!splits.too_many) {
+      Warn(field, "runner", runner.RunnerName, "has more than 50 legs, the rest is dropped");
+    }
+    splits.too_many = true;
+    return false;
+  }
+
+  void StoreSplit(std::size_t field, DateTime time, std::string_view cell, clsLapData& runner,
+                  Splits& splits) {
+    if (time < splits.sum) {
+      Warn(field, "split", cell, "is smaller than the one before, the leg has no time");
+      return;
+    }
+    runner.SetLap(splits.legs, Canonical(time - splits.sum));
+    splits.last_time = splits.legs;
+    splits.sum = time;
+  }
+
+  // At the footer: the next line holds the date.
+  void ReadCreation() {
+    line_.Next();
+    std::string text(TrimSpaces(line_.Line()));
+    std::replace(text.begin(), text.end(), '.', '/');
+    const auto date = HeaderDate(text);
+    if (!date) Warn(0, "creation date", text, "is no date and time and stays empty");
+    result_.Records.CreateApplication = std::string(kApplication);
+    result_.Records.CreateDate = date.value_or(0);
+  }
+
+  LineCursor line_;
+  ReadResult result_;
+  RemarkList remarks_;
+  std::size_t runners_ = 0;
+};
+
+}  // namespace
+
+ReadResult ReadOEvent(std::string_view text) { return OEventReader(text).Read(); }
+
+}  // namespace keltrun

@@ -1,0 +1,614 @@
+#include "keltrun2/io/sportident_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "keltrun2/io/text_reading.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/utf8.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/utf16.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+// The titles of the header line, which stand at the columns of the cells.
+enum Title : std::size_t { kPl, kStno, kName, kCl, kTime, kTitleCount };
+
+constexpr std::array<std::string_view, kTitleCount> kTitles = {"Pl", "Stno", "Name", "Cl.", "Time"};
+
+// Columns from 1; 0 for a title that the header line lacks.
+using TitleColumns = std::array<std::int32_t, kTitleCount>;
+
+// A cell: where it begins, seen from the column of its title, and its width, both in columns.
+struct CellRule {
+  Title title;
+  std::int32_t offset;
+  std::int32_t width;
+};
+
+constexpr CellRule kRankCell = {kPl, -1, 3};
+constexpr CellRule kIdCell = {kStno, -2, 6};
+constexpr CellRule kNarrowNameCell = {kName, 0, 16};  // and the club, one line below
+constexpr CellRule kResultCell = {kTime, -4, 8};
+constexpr CellRule kResultMark = {kTime, 3, 1};  // not blank: the line is a runner
+constexpr CellRule kIdMark = {kStno, 3, 1};      // blank: the line is no runner
+
+constexpr std::int32_t kTimeCellWidth = 8;       // of a leg, and of a control above it
+constexpr std::int32_t kNarrowestWideName = 13;  // columns from "Name" to "Cl."
+constexpr std::int32_t kClubToResult = 5;        // columns between the club and "Time"
+constexpr std::size_t kMostControlRows = 4;
+constexpr std::int32_t kMostLegs = clsLapData::kMostLegs;
+
+constexpr std::string_view kListTitle = "SPORTident results";
+constexpr std::string_view kListApplication = "OE2003";
+constexpr std::string_view kPattern = "Pattern";
+constexpr std::size_t kPatternUnits = 9;  // "Pattern", a blank and at least one character
+constexpr std::string_view kFinish = "F";
+
+// What a result that is no time becomes; case counts.
+struct StatusWord {
+  std::string_view word;
+  std::string_view result;
+};
+constexpr StatusWord kDnf = {"dnf", "DNF"};
+constexpr StatusWord kMispunch = {"mp", "MP"};
+constexpr StatusWord kDisqualified = {"disq", "DISQ"};
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+// --- columns ---
+
+// A place in a line that moves forward, with its column in Shift-JIS bytes.
+struct Place {
+  std::size_t offset = 0;
+  std::int32_t column = 1;
+
+  // The column behind the character here.
+  Place Next(std::string_view line) const {
+    if (static_cast<unsigned char>(line[offset]) < 0x80) return {offset + 1, column + 1};
+    Place next = *this;
+    next.column += ShiftJisLength(NextCodePoint(line, next.offset));
+    return next;
+  }
+};
+
+// The cells of a line. Asking for them in the order of their columns costs one walk over the line.
+class LineColumns {
+ public:
+  explicit LineColumns(std::string_view line) : line_(line), ascii_(IsAscii(line)) {}
+
+  // The characters that lie wholly within the columns, trimmed. What would be left of column 1 does
+  // not exist.
+  std::string_view Cell(std::int32_t first, std::int32_t width) {
+    const std::int32_t end = first + std::max(width, 0);
+    first = std::max(first, 1);
+    if (end <= first) return {};
+    if (ascii_) {
+      const std::size_t begin = std::min(static_cast<std::size_t>(first - 1), line_.size());
+      return TrimSpaces(line_.substr(begin, static_cast<std::size_t>(end - first)));
+    }
+    Seek(first);
+    Place begin = place_;
+    if (begin.column < first && begin.offset < line_.size()) begin = begin.Next(line_);
+    Place last = begin;
+    while (last.offset < line_.size()) {
+      const Place next = last.Next(line_);
+      if (next.column > end) break;
+      last = next;
+    }
+    return TrimSpaces(line_.substr(begin.offset, last.offset - begin.offset));
+  }
+
+  bool IsBlank(std::int32_t column) { return Cell(column, 1).empty(); }
+
+ private:
+  // To the character that covers the column, or the end of the line.
+  void Seek(std::int32_t column) {
+    if (column < place_.column) place_ = {};
+    while (place_.offset < line_.size()) {
+      const Place next = place_.Next(line_);
+      if (next.column > column) break;
+      place_ = next;
+    }
+  }
+
+  std::string_view line_;
+  bool ascii_;
+  Place place_;
+};
+
+std::string_view CellOf(LineColumns& line, const TitleColumns& titles, const CellRule& rule) {
+  return line.Cell(titles[rule.title] + rule.offset, rule.width);
+}
+
+// --- the class block ---
+
+// A control above its column of times.
+struct ControlCell {
+  std::int32_t leg = 0;
+  std::int32_t code = 0;
+};
+
+// "12(133)": the leg that ends at the control, and its code; nullopt for anything else.
+std::optional<ControlCell> ParseControl(std::string_view cell) {
+  const std::size_t open = cell.find('(');
+  if (open == std::string_view::npos) return std::nullopt;
+  const std::int32_t leg = LeadingLong(cell.substr(0, open));
+  if (leg < 1) return std::nullopt;
+  std::string_view code = cell.substr(open + 1);
+  return ControlCell{leg, LeadingLong(code.substr(0, code.find(')')))};
+}
+
+// A leg of a group that has no control in the row. A real cell may begin left of column 1.
+constexpr std::int32_t kNoCell = std::numeric_limits<std::int32_t>::min();
+
+// Where the time of a leg stands in the rows of its group.
+struct LegCell {
+  std::int32_t leg;
+  std::int32_t column;
+};
+
+// The legs whose controls stand in one row, and whose times stand in one row of each runner.
+struct LegGroup {
+  LegGroup() { columns.fill(kNoCell); }
+
+  std::int32_t first = 0;
+  std::int32_t last = 0;                            // below first: no legs
+  std::array<std::int32_t, kMostLegs + 1> columns;  // by leg
+  std::vector<LegCell> cells;  // those of first to last, in the order of their columns
+};
+
+// What the rows of controls say.
+struct ClassLayout {
+  std::vector<LegGroup> groups;
+  std::array<std::int32_t, kMostLegs + 1> codes{};  // by leg
+  std::int32_t legs = 0;                            // finish included
+  bool has_finish = false;
+};
+
+void OrderCells(LegGroup& group) {
+  if (group.first == 0) return;
+  for (std::int32_t leg = group.first; leg <= group.last; ++leg) {
+    group.cells.push_back({leg, group.columns[static_cast<std::size_t>(leg)]});
+  }
+  std::stable_sort(group.cells.begin(), group.cells.end(),
+                   [](const LegCell& a, const LegCell& b) { return a.column < b.column; });
+}
+
+// The class line with every run of spaces as one.
+std::string FoldSpaces(std::string_view line) {
+  std::string out;
+  for (const char c : line) {
+    if (c != ' ' || !out.ends_with(' ')) out += c;
+  }
+  return out;
+}
+
+// The name of a folded class line: its first word, or everything up to the word behind "Pattern".
+std::string_view ClassName(std::string_view line) {
+  const std::size_t pattern = line.find(kPattern);
+  std::size_t from = 0;
+  if (pattern != std::string_view::npos) {
+    from = pattern + Utf16Prefix(line.substr(pattern), kPatternUnits).size();
+  }
+  return TrimSpaces(line.substr(0, line.find(' ', from)));
+}
+
+constexpr std::size_t kShortestFigure = 4;  // characters of a figure with its unit in one word
+
+// The number between a prefix and a suffix, or nullopt.
+std::optional<double> NumberBetween(std::string_view token, std::string_view prefix,
+                                    std::string_view suffix) {
+  if (token.size() < kShortestFigure || !token.starts_with(prefix) || !token.ends_with(suffix)) {
+    return std::nullopt;
+  }
+  token.remove_prefix(prefix.size());
+  token.remove_suffix(suffix.size());
+  return NumericValue(token);
+}
+
+constexpr double kMetresPerKm = 1000;
+
+// A split time that says "missed" rather than something unreadable: nothing, or only hyphens.
+bool IsMissing(std::string_view cell) {
+  return cell.find_first_not_of('-') == std::string_view::npos;
+}
+
+// --- the reader ---
+
+class SportIdentReader {
+ public:
+  explicit SportIdentReader(std::string_view text) : line_(text) {}
+
+  ReadResult Read() {
+    if (ReadHeader()) {
+      while (!line_.AtEnd() && ReadLine()) {
+      }
+    }
+    result_.Remarks = remarks_.Take();
+    return std::move(result_);
+  }
+
+ private:
+  bool Fail(std::string detail) {
+    result_.Error = ReadError{line_.Number(), std::move(detail)};
+    return false;
+  }
+
+  void Remark(RemarkSeverity severity, std::int32_t line, std::int32_t column,
+              std::string_view subject, std::string_view cell, std::string_view consequence) {
+    remarks_.Add(severity, line, std::max(column, 0), subject, cell, consequence);
+  }
+  void Warn(std::int32_t column, std::string_view subject, std::string_view cell,
+            std::string_view consequence) {
+    Remark(RemarkSeverity::kWarning, line_.Number(), column, subject, cell, consequence);
+  }
+  void Note(std::int32_t column, std::string_view subject, std::string_view cell,
+            std::string_view consequence) {
+    Remark(RemarkSeverity::kNote, line_.Number(), column, subject, cell, consequence);
+  }
+
+  // The six lines above the classes. At the line behind them afterwards.
+  bool ReadHeader() {
+    std::array<std::string_view, 6> lines;
+    std::size_t count = 0;
+    for (LineCursor line = line_; count < lines.size() && !line.AtEnd(); line.Next()) {
+      lines[count++] = line.Line();
+    }
+    const bool is_list = Contains(lines[2], kListTitle) || Contains(lines[3], kListApplication);
+    if (count < 4 || !is_list) {
+      return Fail(
+          "no SPORTident results: neither \"SPORTident results\" in line 3 nor \"OE2003\" in "
+          "line 4");
+    }
+    line_.Next();
+    ReadTitle(lines[1]);
+    ReadApplication(lines[3]);
+    ReadTitleColumns(lines[5]);
+    line_.Skip(5);
+    return true;
+  }
+
+  // Event title, two spaces or more, date and time.
+  void ReadTitle(std::string_view line) {
+    line = TrimSpaces(line);
+    const std::size_t gap = line.rfind("  ");
+    if (gap == std::string_view::npos) {
+      Warn(0, "title", line, "no date behind two spaces, event name and date are not read");
+      return;
+    }
+    result_.Records.EventName = std::string(TrimSpaces(line.substr(0, gap)));
+    const std::string_view rest = TrimSpaces(line.substr(gap));
+    const std::size_t end = rest.find_first_of(" ,");
+    std::string date(rest.substr(0, end));
+    if (end != std::string_view::npos) {
+      const std::string_view time = rest.substr(end + 1);
+      date.append(" ").append(time.substr(0, time.find_first_of(" ,")));
+    }
+    const auto created = HeaderDate(date);
+    if (!created) Warn(0, "creation date", rest, "is no date and time and stays empty");
+    result_.Records.CreateDate = created.value_or(0);
+  }
+
+  void ReadApplication(std::string_view line) {
+    std::string text(line);
+    std::erase(text, '-');
+    const std::string_view words = TrimSpaces(text);
+    result_.Records.CreateApplication = std::string(words.substr(0, words.find(' ')));
+  }
+
+  void ReadTitleColumns(std::string_view line) {
+    header_line_ = line;
+    for (std::size_t i = 0; i < kTitleCount; ++i) {
+      const std::size_t pos = line.find(kTitles[i]);
+      titles_[i] = pos == std::string_view::npos
+                       ? 0
+                       : static_cast<std::int32_t>(DisplayWidth(line.substr(0, pos))) + 1;
+    }
+    const std::int32_t club = titles_[kCl];
+    two_lines_ =
+        club - titles_[kName] < kNarrowestWideName || titles_[kTime] - club <= kClubToResult;
+  }
+
+  // One line of the list with the rows below it that belong to it alone. At the line behind it
+  // afterwards; false when the reading ends.
+  bool ReadLine() {
+    const std::string_view line = line_.Line();
+    if (line.empty() || line == header_line_) {
+      line_.Next();
+      return true;
+    }
+    if (line.front() != ' ') return ReadClassLine(line);
+    LineColumns columns(line);
+    if (IsRunner(columns) && !ReadRunner(columns)) return false;
+    line_.Next();
+    return true;
+  }
+
+  bool IsRunner(LineColumns& line) const { return !CellOf(line, titles_, kResultMark).empty(); }
+
+  // --- classes ---
+
+  bool ReadClassLine(std::string_view line) {
+    if (!Contains(line, " ")) {
+      Note(1, "line", line, "begins like a class but holds one word, it is passed over");
+      line_.Next();
+      return true;
+    }
+    const std::string folded = FoldSpaces(line);
+    ClassRecords klass;
+    const bool has_figures = ReadFigures(folded, klass);
+    const LineCursor class_line = line_;
+    line_.Next();
+    ClassLayout layout = ReadControlRows();
+    if (layout.legs == 0) {
+      PassOver(class_line, has_figures);
+      return true;
+    }
+    if (result_.Records.Classes.size() >= kMostTextClasses) return Fail("more than 10000 classes");
+    if (!layout.has_finish) {
+      Remark(RemarkSeverity::kNote, class_line.Number(), 1, "class", class_line.Line(),
+             "has no finish among its controls, the last control stands for it");
+    }
+    klass.Name = ClassName(folded);
+    klass.ControlCount = layout.legs - 1;
+    klass.Codes.assign(layout.codes.begin() + 1, layout.codes.begin() + layout.legs);
+    result_.Records.Classes.push_back(std::move(klass));
+    layout_ = std::move(layout);
+    return true;
+  }
+
+  // A line without controls is the head of a page, and the class before it goes on below; one that
+  // names a length or climb is a class that cannot be read, and so cannot its runners.
+  void PassOver(const LineCursor& line, bool has_figures) {
+    if (has_figures) {
+      layout_ = {};
+      Remark(RemarkSeverity::kWarning, line.Number(), 1, "class", line.Line(),
+             "no row of controls, the class is dropped");
+    } else {
+      Remark(RemarkSeverity::kNote, line.Number(), 1, "line", line.Line(),
+             "begins like a class but brings no controls, it is passed over");
+    }
+  }
+
+  // Length and climb, in any of their notations. False when there is none.
+  bool ReadFigures(std::string_view line, ClassRecords& klass) {
+    bool found = false;
+    std::string_view before;
+    for (bool is_first = true; !line.empty(); is_first = false) {
+      const std::size_t end = std::min(line.find_first_of(" ,"), line.size());
+      const std::string_view token = line.substr(0, end);
+      if (!is_first && ReadFigure(before, token, klass)) found = true;
+      before = token;
+      line.remove_prefix(std::min(end + 1, line.size()));
+    }
+    return found;
+  }
+
+  bool ReadFigure(std::string_view before, std::string_view token, ClassRecords& klass) {
+    if (token == "Km" || token == "km") {
+      klass.Length = RoundToLong(FigureBefore("length", before) * kMetresPerKm);
+    } else if (token == "Cm" || token == "m") {
+      klass.Climb = RoundToLong(FigureBefore("climb", before));
+    } else if (const auto length = NumberBetween(token, "", "km")) {
+      klass.Length = RoundToLong(*length * kMetresPerKm);
+    } else if (const auto climb = NumberBetween(token, "up", "m")) {
+      klass.Climb = RoundToLong(*climb);
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  double FigureBefore(std::string_view subject, std::string_view token) {
+    const double value = LeadingNumber(token);
+    if (!NumericValue(token)) Note(0, subject, token, "is no number, its leading digits count");
+    return value;
+  }
+
+  // The rows of controls from the current line on. At the line behind them afterwards.
+  ClassLayout ReadControlRows() {
+    ClassLayout layout;
+    while (IsControlRow() && layout.groups.size() < kMostControlRows) {
+      LegGroup& group = layout.groups.emplace_back();
+      ReadControlRow(layout, group);
+      if (group.last > 0) layout.legs = group.last;
+      OrderCells(group);
+      line_.Next();
+    }
+    while (layout.legs > 0 && IsControlRow()) {
+      Warn(0, "controls", TrimSpaces(line_.Line()), "in a fifth row or below, the row is dropped");
+      line_.Next();
+    }
+    return layout;
+  }
+
+  // Blank where a runner has his number, and a control as its first word: without a column of
+  // numbers, or for a runner without one, only the controls tell the row from a runner.
+  bool IsControlRow() const {
+    const std::string_view line = line_.Line();
+    const std::size_t begin = line.find_first_not_of(' ');
+    if (begin == std::string_view::npos) return false;
+    LineColumns columns(line);
+    if (titles_[kStno] > 0 && !CellOf(columns, titles_, kIdMark).empty()) return false;
+    const std::string_view word = line.substr(begin, line.find(' ', begin) - begin);
+    return word == kFinish || ParseControl(word);
+  }
+
+  void ReadControlRow(ClassLayout& layout, LegGroup& group) {
+    const std::string_view line = line_.Line();
+    LineColumns columns(line);
+    Place place;
+    for (std::size_t pos = 0; (pos = line.find_first_not_of(' ', pos)) != std::string_view::npos;) {
+      const std::size_t end = std::min(line.find(' ', pos), line.size());
+      while (place.offset < end) place = place.Next(line);
+      const std::int32_t first_column = place.column - kTimeCellWidth;
+      const std::string_view cell = columns.Cell(first_column, kTimeCellWidth);
+      if (cell == kFinish || line.substr(pos, end - pos) == kFinish) {
+        AddFinish(layout, group, first_column);
+        return;
+      }
+      AddControl(layout, group, first_column, cell);
+      pos = end;
+    }
+  }
+
+  void AddControl(ClassLayout& layout, LegGroup& group, std::int32_t column,
+                  std::string_view cell) {
+    const auto control = ParseControl(cell);
+    if (!control) {
+      Warn(column, "control", cell, "is no leg and code, it is skipped");
+      return;
+    }
+    if (!AddLeg(group, control->leg, column, cell)) return;
+    layout.codes[static_cast<std::size_t>(control->leg)] = control->code;
+  }
+
+  // The finish is a leg more than the last control, also when it stands alone in a row.
+  void AddFinish(ClassLayout& layout, LegGroup& group, std::int32_t column) {
+    AddLeg(group, (group.first > 0 ? group.last : layout.legs) + 1, column, kFinish);
+    layout.has_finish = true;
+  }
+
+  bool AddLeg(LegGroup& group, std::int32_t leg, std::int32_t column, std::string_view cell) {
+    if (leg > kMostLegs) {
+      Warn(column, "control", cell, "is beyond 50 legs and dropped");
+      return false;
+    }
+    if (group.first == 0) group.first = leg;
+    group.last = leg;
+    group.columns[static_cast<std::size_t>(leg)] = column;
+    return true;
+  }
+
+  // --- runners ---
+
+  bool ReadRunner(LineColumns& line) {
+    if (layout_.legs == 0) {
+      Warn(0, "runner", TrimSpaces(line_.Line()), "belongs to no class that could be read");
+      return true;
+    }
+    if (runners_ >= kMostTextRunners) return Fail("more than 200000 runners");
+    ++runners_;
+    const auto runner = std::make_shared<clsLapData>();
+    runner->Rank = CellOf(line, titles_, kRankCell);
+    if (titles_[kStno] > 0) runner->ID = ReadId(CellOf(line, titles_, kIdCell));
+    ReadNameAndClub(line, *runner);
+    ReadLaps(*runner);
+    runner->SetResult(ReadResultCell(CellOf(line, titles_, kResultCell), *runner));
+    result_.Records.Classes.back().Runners.push_back(runner);
+    return true;
+  }
+
+  std::int32_t ReadId(std::string_view cell) {
+    if (!cell.empty() && !NumericValue(cell)) {
+      Note(titles_[kStno], "start number", cell, "is no number, its leading digits count");
+    }
+    return LeadingLong(cell);
+  }
+
+  void ReadNameAndClub(LineColumns& line, clsLapData& runner) {
+    const std::int32_t name = titles_[kName];
+    const std::int32_t club = titles_[kCl];
+    if (!two_lines_) {
+      runner.RunnerName = line.Cell(name, club - name);
+      runner.ClubName = line.Cell(club, titles_[kTime] - club - kClubToResult);
+      return;
+    }
+    runner.RunnerName = CellOf(line, titles_, kNarrowNameCell);
+    LineCursor below = line_;
+    below.Next();
+    LineColumns columns(below.Line());
+    if (!BelongsToRunner(below, columns)) return;
+    std::string text(CellOf(columns, titles_, kNarrowNameCell));
+    std::erase(text, '_');
+    runner.ClubName = TrimSpaces(text);
+  }
+
+  // False for the next runner or class: the block of a runner can be cut short.
+  bool BelongsToRunner(const LineCursor& below, LineColumns& columns) const {
+    const std::string_view line = below.Line();
+    return !below.AtEnd() && (line.empty() || line.front() == ' ') && !IsRunner(columns);
+  }
+
+  // Below the line of a runner a row of laps and one of splits alternate, for every group.
+  void ReadLaps(clsLapData& runner) {
+    LineCursor row = line_;
+    bool missing = false;
+    for (std::size_t g = 0; g < layout_.groups.size(); ++g) {
+      for (int step = g == 0 ? 1 : 2; step > 0 && !missing; --step) {
+        row.Next();
+        LineColumns columns(row.Line());
+        missing = !BelongsToRunner(row, columns);
+      }
+      ReadLapRow(layout_.groups[g], missing ? "" : row.Line(), row.Number(), runner);
+    }
+    if (missing) Note(0, "runner", runner.RunnerName, "rows of laps are missing");
+  }
+
+  void ReadLapRow(const LegGroup& group, std::string_view line, std::int32_t number,
+                  clsLapData& runner) {
+    LineColumns columns(line);
+    for (const LegCell& cell : group.cells) {
+      const std::string_view text =
+          cell.column != kNoCell ? columns.Cell(cell.column, kTimeCellWidth) : std::string_view();
+      runner.SetLap(cell.leg, ReadLap(text, number, cell));
+    }
+  }
+
+  DateTime ReadLap(std::string_view text, std::int32_t line, const LegCell& cell) {
+    if (IsMissing(text)) return kTimeDisq;
+    const auto time = CellTime(text);
+    if (!time) {
+      Remark(RemarkSeverity::kWarning, line, cell.column, "lap", text,
+             "is no time and counts as missing");
+      return kTimeDisq;
+    }
+    return *time;
+  }
+
+  std::string ReadResultCell(std::string_view cell, const clsLapData& runner) {
+    const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
+    if (NormalizedTime(text)) return text;
+    if (text == kDnf.word) return std::string(kDnf.result);
+    if (text == kMispunch.word) return MispunchResult(runner);
+    if (text != kDisqualified.word) {
+      Note(titles_[kTime] + kResultCell.offset, "result", cell, "reads as DISQ");
+    }
+    return std::string(kDisqualified.result);
+  }
+
+  // A runner without a time at the finish did not get there. "P0" would stand before every time.
+  std::string MispunchResult(const clsLapData& runner) const {
+    const auto missed = [&](std::int32_t leg) {
+      return LapDataInternal::Lap(runner, leg) == kTimeDisq;
+    };
+    if (missed(layout_.legs)) return std::string(kDnf.result);
+    int count = 0;
+    for (std::int32_t leg = 1; leg < layout_.legs; ++leg) count += missed(leg) ? 1 : 0;
+    return count == 0 ? std::string(kMispunch.result) : "P" + std::to_string(count);
+  }
+
+  LineCursor line_;
+  ReadResult result_;
+  RemarkList remarks_;
+  std::string_view header_line_;
+  TitleColumns titles_{};
+  bool two_lines_ = false;
+  ClassLayout layout_;  // of the last class of the records; no legs when its runners are dropped
+  std::size_t runners_ = 0;
+};
+
+}  // namespace
+
+ReadResult ReadSportIdent(std::string_view text) { return SportIdentReader(text).Read(); }
+
+}  // namespace keltrun

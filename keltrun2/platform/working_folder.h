@@ -1,0 +1,20 @@
+// The private folder for files that the component needs for a while.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace keltrun {
+
+/// The working folder, created when missing: "Keltrun2" inside $XDG_RUNTIME_DIR, else
+/// "Keltrun2-<user id>" inside $TMPDIR or /tmp. A variable counts when it holds the absolute path
+/// of a folder. Only its owner may enter the working folder (mode 0700); where it is a link, no
+/// folder or another user's, nothing is returned and `error` says so.
+std::optional<std::string> WorkingFolder(std::string& error);
+
+/// A new, empty folder inside the working folder for the files of one archive. It stays until this
+/// is called again, by this process or, once this process has ended, by any other; then it is
+/// removed with all that it holds, without following links.
+std::optional<std::string> NewExtractionFolder(std::string& error);
+
+}  // namespace keltrun

@@ -1,0 +1,72 @@
+// Import-only texts: the rows of two events, and which lines are headers and rows.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "keltrun2/io/import_only_reader.h"
+#include "keltrun2/platform/encodings.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+using nlohmann::json;
+using std::string;
+
+string Shown(const ReadResult& read) {
+  string shown;
+  for (const RunnerUpdate& u : read.Records.Updates) {
+    shown += u.Name + "/" + u.Club + "/" + u.Sex + " ";
+  }
+  return shown;
+}
+
+TEST(ImportOnly, HoldsTheRowsOfTheEvents) {
+  RestartIn(Mode::kJapaneseTexts);
+  for (const string event : {"midorigaoka", "hoshinomori"}) {
+    SCOPED_TRACE(event);
+    const string text = DecodeTextFile(ReadBytes(DataFile(event + "/import.txt")));
+    const ReadResult read = ReadImportOnly(text);
+    const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")));
+    json rows = json::array();
+    for (const json& row : facts["import"]["rows"]) rows.push_back({row[1], row[2], row[3]});
+    json held = json::array();
+    for (const RunnerUpdate& u : read.Records.Updates) held.push_back({u.Name, u.Club, u.Sex});
+    EXPECT_EQ(held, rows);
+    EXPECT_FALSE(read.Error);
+    ASSERT_EQ(read.Remarks.size(), 1u);  // the line below the mark
+    EXPECT_EQ(read.Remarks[0].Text, "lines before the first header: 1 skipped");
+  }
+}
+
+TEST(ImportOnly, FollowsItsHeaders) {
+  RestartIn(Mode::kJapaneseTexts);
+  const Rows<string, string, std::size_t> cases = {
+      {"氏名,所属,性別\r\nA,C,男\r\n", "A/C/男 ", 0},
+      {"A,B,C\r\n", "", 1},                        // no header
+      {"NAME,CLUB\nA,C\n", "A// ", 2},             // CLUB is no title here: no club, no use
+      {"名前,syozoku\rA,C\rB\r", "A/C/ B// ", 0},  // missing cells are empty
+      {"氏名,所属\nA,C\n所属,氏名\nC,A", "A/C/ A/C/ ", 0},
+      {"氏名,所属\n,,\n \u3000,\n,C\nA,C,\nA,C,x\n", "A/C/ A/C/ ", 2},   // no name; a cell too many
+      {"氏名,所属\nNAMES,C\nthe NAME,C\n", "NAMES/C/ the NAME/C/ ", 0},  // no whole cell
+      {"氏名,所属,所属\nA,B,C\n", "A/C/ ", 0},                           // the last column counts
+  };
+  for (const auto& [text, updates, remarks] : cases) {
+    const ReadResult read = ReadImportOnly("$IMPORT_ONLY\r\n" + text);
+    EXPECT_EQ(Shown(read), updates) << text;
+    EXPECT_EQ(read.Remarks.size(), remarks) << text;
+  }
+}
+
+TEST(ImportOnly, KeepsAThousandRemarks) {
+  RestartIn(Mode::kJapaneseTexts);
+  string text = "氏名,所属\n";
+  for (int i = 0; i < 1005; ++i) text += ",C\n";
+  const ReadResult read = ReadImportOnly(text);
+  ASSERT_EQ(read.Remarks.size(), 1001u);
+  EXPECT_EQ(read.Remarks[0].Line, 2);
+  EXPECT_EQ(read.Remarks[1000].Text, "5 more remarks");
+}
+
+}  // namespace
+}  // namespace keltrun::test

@@ -1,0 +1,239 @@
+// Text lap files of the previous generation, result lists and their header lines.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "keltrun2/config/settings.h"
+#include "keltrun2/io/csv_header.h"
+#include "keltrun2/io/keltrun1_reader.h"
+#include "keltrun2/io/keltrun1_writer.h"
+#include "keltrun2/model/process_state.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+using nlohmann::json;
+using std::string;
+
+TEST(CsvHeader, NormalizesItsTitles) {
+  struct Case {
+    Mode mode;
+    string line, expected;
+  };
+  const Mode ja = Mode::kJapaneseTexts;
+  const Mode en = Mode::kEnglishTexts;
+  const Case cases[] = {
+      {ja, "クラス名,名前,shozoku,Time,Start,Rank,Seed,性別",
+       "クラス,氏名,所属,合計タイム,スタート時刻,順位,シード,性別"},
+      {ja, "**,NAMAE,SYOZOKU,タイム,STARTTIME,ORDER",
+       "クラス,氏名,所属,合計タイム,スタート時刻,順位"},
+      {ja, "name,記録,結果,時間,T,TT,TOTAL",
+       "クラス,氏名,合計タイム,合計タイム,合計タイム,合計タイム,合計タイム,合計タイム"},
+      {ja, "ＮＡＭＥ,ＣＬＡＳＳ,Ｓ→１,１→２,２→Ｆ", "氏名,クラス,→1,→2,→F"},  // full width
+      {ja, "Position,NAME,memo, age ", "クラス,順位,氏名,MEMO,AGE"},          // others stay
+      {ja, "NAME,S-1,1-2,2-3,3-G", "クラス,氏名,→1,→2,→3,→F"},
+      {ja, "NAME,1,2,3,F", "クラス,氏名,→1,→2,→3,→F"},
+      {ja, "NAME,-1,→2,5→F", "クラス,氏名,→1,→2,→F"},
+      {ja, "NAME,F", "クラス,氏名,→F"},
+      {ja, "NAME,A-1,1-B,2022-06-04,0,1.5,", "クラス,氏名,A-1,1-B,2022-06-04,0,1.5,"},
+      {ja, "M21A,Name Less,club", "M21A,Name Less,club"},  // no whole cell: unchanged
+      {ja, "my name,class", "my name,class"},
+      {ja, "", ""},
+      {en, "Class,Runner Name,Club,Race Time,Start Time,Place,1,F",
+       "CLASS,NAME,CLUB,TOTAL TIME,START TIME,PLACE,\u21921,\u2192F"},
+      {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // width is folded in Japanese only
+      {en, "氏名,クラス名", "氏名,クラス名"},
+      {Mode::kJapaneseMode, "NAME,9,10,F", "クラス,氏名,→９,→10,→F"},
+  };
+  for (const Case& c : cases) {
+    RestartIn(c.mode);
+    EXPECT_EQ(NormalizeCsvHeader(c.line), c.expected) << c.line;
+  }
+}
+
+// --- lap files ---
+
+const string kEventLines =
+    "$LAPFILE Ver=2\r\n$LAPFILE Rev=4\r\n$大会名=E, 1\r\n$開催日=2025/10/18\r\n"
+    "$開催地=\r\n$メモ=a b\r\n$公式サイト=\r\n$ファイル名=\r\n";
+
+TEST(Keltrun1, WritesTheOutlinedLines) {
+  const auto root = NewRoot();
+  root->EventData()->EventName = "E, 1";
+  root->EventData()->Memo = "a\tb";
+  root->EventData()->EventDate()->SetValue(45948);  // 2025-10-18
+  EXPECT_EQ(WriteKeltrun1LapFile(*CurrentModel()), kEventLines);
+  const auto klass = root->AddClass("M,21");
+  klass->ControlCount = 3;
+  klass->Length = 4100;
+  klass->CourseNum = 2;
+  const auto runner = AddRunner(*klass, "A, B\r\nC", "1:02:03", {61, -1, -2, 90061});
+  runner->ID = 7;
+  runner->ClubName = "Club";
+  runner->Seed = "S";
+  runner->Sex = "F";
+  runner->Rank = "3";
+  runner->StartTime()->SetValue(Seconds(36061));
+  AddRunner(*klass, "short", "×", {61});
+  AddRunner(*klass, "no legs", "DNS", {});
+  AddRunner(*root->AddClass("X"), "long", "", {61, 62});
+  const string expected =
+      kEventLines +
+      "$M，21:コース距離=4100\r\n$M，21:登距離=0\r\n"
+      "$M，21:コントロール数=3\r\n$M，21:コース番号=2\r\n"
+      "\r\nクラス,ゼッケン,氏名,所属,シード,性別,スタート時刻,記録,順位,→1,→2,→3,→F\r\n"
+      "M，21,7,A， B  C,Club,S,F,10:01:01,1:02:03,3,00:01:01,→,n/a,25:01:01\r\n"
+      "M，21,0,short,,,,00:00:00,n/a,,00:01:01,n/a,n/a,n/a\r\n"
+      "\r\nクラス,ゼッケン,氏名,所属,シード,性別,スタート時刻,記録,順位,→F\r\n"
+      "X,0,long,,,,00:00:00,,,00:01:01,00:01:02\r\n";
+  EXPECT_EQ(WriteKeltrun1LapFile(*CurrentModel()), expected);
+
+  const ReadResult read = ReadKeltrun1(expected);
+  EXPECT_FALSE(read.Error);
+  EXPECT_TRUE(read.Remarks.empty());
+  ASSERT_EQ(read.Records.Classes.size(), 2u);
+  EXPECT_EQ(read.Records.Classes[0].Runners[1]->Result(), "×");
+  EXPECT_EQ(read.Records.Classes[0].Runners[0]->Lap(4), Seconds(90061));
+  EXPECT_EQ(read.Records.Classes[1].LegsSeen, 1);  // the number of controls stays unknown
+  EXPECT_EQ(read.Records.Classes[1].Runners[0]->Lap(2), Seconds(62));
+}
+
+// The row of a runner as the facts give it, as far as the format can hold it.
+json RowOf(clsLapData& r) {
+  json laps = json::array();
+  for (std::int32_t leg = 1, legs = r.LegCount(); leg <= legs; ++leg) {
+    const DateTime lap = r.Lap(leg);
+    laps.push_back(lap < 0 ? std::lround(lap) : std::lround(lap * 86400));
+  }
+  const DateTime start = r.StartTime()->Value();
+  return {r.RunnerName,
+          r.ID,
+          r.Seed,
+          r.ClubName,
+          start == 0 ? json() : json(std::lround(start * 86400)),
+          r.Result(),
+          r.Rank,
+          r.Sex,
+          laps};
+}
+
+json KnownRow(const json& facts, std::size_t legs) {
+  json laps = facts[10];
+  for (json& lap : laps) lap = lap == -2 ? json(0) : lap;
+  while (laps.size() < legs) laps.push_back(0);
+  return {facts[0], facts[1], facts[3], facts[4], facts[5], facts[6], facts[7], facts[8], laps};
+}
+
+void CheckClass(const ClassRecords& klass, const json& facts) {
+  SCOPED_TRACE(klass.Name);
+  EXPECT_EQ(klass.Name, facts["name"]);
+  EXPECT_EQ(klass.Length, facts["length"].get<int>());
+  EXPECT_EQ(klass.Climb, facts["climb"].get<int>());
+  EXPECT_EQ(klass.ControlCount, facts["controls"].get<int>());
+  EXPECT_EQ(klass.CourseNum, facts["course"].get<int>());
+  const std::size_t legs = facts["controls"].get<std::size_t>() + 1;
+  json held = json::array();
+  json known = json::array();
+  for (const auto& runner : klass.Runners) held.push_back(RowOf(*runner));
+  for (const json& position : facts["sorted"]) {
+    const json& runner = facts["runners"][position.get<std::size_t>()];
+    if (!runner[10].empty()) known.push_back(KnownRow(runner, legs));
+  }
+  EXPECT_EQ(held, known);
+}
+
+TEST(Keltrun1, KeepsTheEvents) {
+  for (const Mode mode : {Mode::kJapaneseTexts, Mode::kEnglishTexts, Mode::kJapaneseMode}) {
+    for (const string event : {"midorigaoka", "hoshinomori"}) {
+      SCOPED_TRACE(event);
+      const auto root = NewRoot(mode);
+      ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile(event + "/event.lxm")));
+      const ReadResult read = ReadKeltrun1(WriteKeltrun1LapFile(*CurrentModel()));
+      EXPECT_FALSE(read.Error);
+      EXPECT_TRUE(read.Remarks.empty());
+      const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")));
+      EXPECT_EQ(read.Records.EventName, facts["event"]["name"].get<string>());
+      EXPECT_EQ(FormatDateTime(read.Records.EventDate.value_or(0), "yyyy/mm/dd"),
+                facts["event"]["date"]);
+      EXPECT_EQ(read.Records.Terrain.value_or(""), facts["event"]["terrain"]);
+      EXPECT_EQ(read.Records.Memo.value_or(""), facts["event"]["memo"]);
+      EXPECT_EQ(read.Records.OfficialSite.value_or(""), facts["event"]["homepage"]);
+      const json& classes = facts["lxm"]["classes"];
+      ASSERT_EQ(read.Records.Classes.size(), classes.size());
+      for (std::size_t i = 0; i < classes.size(); ++i)
+        CheckClass(read.Records.Classes[i], classes[i]);
+    }
+  }
+}
+
+// "class[LegsSeen] name;club;result;rank;laps in seconds", one runner a line; then the remarks.
+string Shown(const ReadResult& read) {
+  string shown;
+  for (const ClassRecords& klass : read.Records.Classes) {
+    shown += klass.Name + "[" + std::to_string(klass.LegsSeen) + "]";
+    for (const auto& r : klass.Runners) {
+      const json row = RowOf(*r);
+      shown += " " + r->RunnerName + ";" + r->ClubName + ";" + r->Result() + ";" + r->Rank + ";" +
+               row[8].dump();
+    }
+    shown += "\n";
+  }
+  for (const LoadRemark& remark : read.Remarks) {
+    shown += std::to_string(remark.Line) + ":" + std::to_string(remark.Column) + " ";
+  }
+  return shown + (read.Error ? "E" : "");
+}
+
+TEST(Keltrun1, ReadsResultLists) {
+  const Mode ja = Mode::kJapaneseTexts;
+  const Mode en = Mode::kEnglishTexts;
+  const Rows<Mode, string, string> cases = {
+      {ja,
+       "クラス,順位,氏名,所属,記録,1,2,F\nM,1,A,K,21:05,5:00,6:05,10:00\nM,,B,L,dnf,5:00,→\nW,1,C,,"
+       "30.10,1830",
+       "M[3] A;K;0:21:05;1;[300,365,600] B;L;DNF;;[300,-1]\nW[1] C;;0:30:10;1;[1110]\n"},
+      {en, "Name,Club,Time,Class\nA,K,1:02:03,M\n\nB,,DNS,M\n",
+       "M[0] A;K;1:02:03;;[] B;;DNS;;[]\n"},
+      // titles of classes stand above headers without a class column
+      {ja, "成績表\nM21,,\n順位,氏名,タイム\n1,A,9:00\n W21\n順位,氏名,タイム\n1,B,9:01\nEOF\n",
+       "M21[0] A;;0:09:00;1;[]\nW21[0] B;;0:09:01;1;[]\n2:0 5:0 8:0 0:0 "},
+      {ja, "氏名,タイム\nA,9:00\n", "[0] A;;0:09:00;;[]\n1:0 "},
+      {ja, "氏名\nA\nB\n", "[0] A;;;;[] B;;;;[]\n1:0 "},
+      {ja, "クラス,氏名\nM,A\n,B\nM,\n",
+       "M[0] A;;;;[] B;;;;[]\n3:0 4:0 "},  // class repeated; no name
+      {ja, "クラス,氏名,Card,F\nM,A,5,9:00,9\n", "M[0] A;;;;[]\n1:0 1:3 2:5 "},
+      {ja, "クラス,氏名,1,51,F\nM,A,x,1:00,1:00\n", "M[1] A;;;;[0]\n1:4 1:5 2:3 "},
+      {ja, "クラス,氏名,ゼッケン,スタート\nM,A,x7,late\n", "M[0] A;;;;[]\n2:0 2:0 "},
+      {ja, "クラス,氏名,記録,結果\nM,A,,9:00\nM,B,9:01,DSQ\n",  // the first that is filled
+       "M[0] A;;0:09:00;;[] B;;0:09:01;;[]\n"},
+      {ja, "クラス,選手\nM,A\nM,B\n", "E"},
+      {ja, "$LAPFILE Ver=2\n$大会名=E\n", "E"},
+      {ja, "", "E"},
+  };
+  for (const auto& [mode, text, expected] : cases) {
+    RestartIn(mode);
+    EXPECT_EQ(Shown(ReadKeltrun1(text)), expected) << text;
+  }
+  EXPECT_EQ(ReadKeltrun1("a,b\n").Error->Detail, ResourceText("RES_MESSAGE_CSV_HEADER_ERROR"));
+}
+
+TEST(Keltrun1, ReadsDamagedLapFiles) {
+  RestartIn(Mode::kJapaneseTexts);
+  const string header = "\nクラス,ゼッケン,氏名,所属,シード,性別,スタート時刻,記録,順位,→1,→F\n";
+  const Rows<string, string> cases = {
+      // names that look like titles and labels
+      {header + "氏名,1,氏名,,,,10:00:00,9:00,1,00:09:00,00:01:00\n",
+       "氏名[2] 氏名;;0:09:00;1;[540,60]\n"},
+      {"$大会名=x:登距離=y\n$大会名:登距離=5\n" + header + "$a,1,A,,,,,9:00,1\n",
+       "大会名[0]\n$a[2] A;;0:09:00;1;[]\n"},
+      {"$開催日=someday\n$M:登距離=high\n$?\n" + header, "M[0]\n2:0 3:0 4:0 "},
+      {header + "M,1,A,,,,25:00:00,9:00,1,abc,\n", "M[2] A;;0:09:00;1;[0,0]\n4:10 4:0 "},
+  };
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(Shown(ReadKeltrun1("$LAPFILE Ver=2\n" + text)), expected) << text;
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::test

@@ -1,0 +1,135 @@
+// OEvent split lists: two events against what is known about them, and what the rows mean.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "keltrun2/io/oevent_reader.h"
+#include "keltrun2/platform/encodings.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+using nlohmann::json;
+using std::string;
+
+json RowOf(clsLapData& r) {
+  json laps = json::array();
+  for (std::int32_t leg = 1, legs = r.LegCount(); leg <= legs; ++leg) {
+    const DateTime lap = r.Lap(leg);
+    laps.push_back(std::lround(lap < 0 ? lap : lap * 86400));
+  }
+  return {r.RunnerName, r.Rank, r.Result(), laps};
+}
+
+json RowsOf(const ClassRecords& klass) {
+  json rows = json::array();
+  for (const auto& runner : klass.Runners) rows.push_back(RowOf(*runner));
+  return rows;
+}
+
+TEST(OEvent, ReadsTheEvents) {
+  for (const string event : {"midorigaoka", "hoshinomori"}) {
+    SCOPED_TRACE(event);
+    const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")))["oevent"];
+    const string text = DecodeTextFile(ReadBytes(DataFile(event + "/oevent.txt")));
+    const ReadResult read = ReadOEvent(text);
+    ASSERT_FALSE(read.Error) << read.Error->Detail;
+    EXPECT_EQ(read.Records.EventName, facts["event_name"].get<string>());
+    EXPECT_EQ(read.Records.CreateApplication, "OEvent");
+    EXPECT_EQ(FormatDateTime(read.Records.CreateDate.value(), "yyyy/mm/dd hh:nn:ss"),
+              facts["create_date"]);
+    EXPECT_TRUE(read.Remarks.empty()) << read.Remarks.front().Text;
+    ASSERT_EQ(read.Records.Classes.size(), facts["classes"].size());
+    for (std::size_t i = 0; i < facts["classes"].size(); ++i) {
+      const ClassRecords& klass = read.Records.Classes[i];
+      EXPECT_EQ(klass.Name, facts["classes"][i]["name"]);
+      EXPECT_EQ(klass.LegsSeen - 1, facts["classes"][i]["controls"]);
+      EXPECT_EQ(RowsOf(klass), facts["classes"][i]["runners"]);
+    }
+  }
+}
+
+// Class by class the name, the legs seen and the runners; then the places of the remarks and the
+// line of the error, 0 without one.
+string Read(const string& lines) {
+  const ReadResult read = ReadOEvent("Cup\nSplit times of Cup\n" + lines);
+  string out;
+  for (const ClassRecords& klass : read.Records.Classes) {
+    out += klass.Name + " " + std::to_string(klass.LegsSeen) + " " + RowsOf(klass).dump() + ";";
+  }
+  for (const LoadRemark& remark : read.Remarks) {
+    out += " " + std::to_string(remark.Line) + ":" + std::to_string(remark.Column);
+  }
+  return out + " E" + std::to_string(read.Error ? read.Error->Line : 0);
+}
+
+TEST(OEvent, Rows) {
+  const string ann = "A\n1.,Ann,,7,3:00\n";
+  const Rows<string, string> cases = {
+      {ann + ",,,,,1:00,31,2:30,32,3:00,F\n", R"(A 3 [["Ann","1","0:03:00",[60,90,30]]]; E0)"},
+      // A smaller split is a leg without a time, "--:--" one that was missed; the sum goes on.
+      {ann + ",,,,,1:00,31,0:30,32,--:--,33,3:00,F\n",
+       R"(A 4 [["Ann","1","0:03:00",[60,0,-2,120]]]; 5:8 E0)"},
+      {ann + ",,,,,1:00,31,,32,xx,33,3:00,F\n", R"(A 2 [["Ann","1","0:03:00",[60,120]]]; 5:10 E0)"},
+      {ann + ",,,,,1:00,31,1:00,32\n", R"(A 2 [["Ann","1","0:03:00",[60,0]]]; E0)"},
+      // Missed legs at the end are no reason to give the class more controls.
+      {ann + ",,,,,1:00,31,--:--,F\n", R"(A 1 [["Ann","1","0:03:00",[60,-2]]]; E0)"},
+      // Splits end at the tenth of a row.
+      {ann + ",,,,,1,,2,,3,,4,,5,,6,,7,,8,,9,,10,,11,\n",
+       R"(A 10 [["Ann","1","0:03:00",[1,1,1,1,1,1,1,1,1,1]]]; E0)"},
+      // The row in between is not read; what follows it is a row only with splits and no name.
+      {ann + ",,,,,1:00,31\n,,,,,9:00\n,,,,,3:00,F\n",
+       R"(A 2 [["Ann","1","0:03:00",[60,120]]]; E0)"},
+      {ann + ",,,,,1:00,31\n,,,,,31,,\nB\n,Bob,,8,MP\n,,,,,2:00,31\n",
+       R"(A 1 [["Ann","1","0:03:00",[60]]];B 1 [["Bob","","MP",[120]]]; E0)"},
+      {ann + ",,,,,1:00,31\n,,,,,31,,\n,Bob,,8,MP\n,,,,,2:00,31\n",
+       R"(A 1 [["Ann","1","0:03:00",[60]],["Bob","","MP",[120]]]; E0)"},
+      // A runner or class right behind a runner without splits.
+      {ann + "(2),Bob,,8,dns\n\n---------\nB\n",
+       R"x(A 0 [["Ann","1","0:03:00",[]],["Bob","(2)","DNS",[]]];B 0 []; E0)x"},
+      {ann + "B\n,Bob,,8,x\n,,,,,\n",
+       R"(A 0 [["Ann","1","0:03:00",[]]];B 0 [["Bob","","X",[]]]; E0)"},
+      {"A\n ,, \n --------,x\n1.,Ann,,7,3:00", R"(A 0 [["Ann","1","0:03:00",[]]]; E0)"},
+      {"1.,Ann,,7,3:00\nA\n", " E3"}};
+  for (const auto& [lines, expected] : cases) {
+    EXPECT_EQ(Read(lines), expected) << lines;
+    EXPECT_EQ(Read(CrLf(lines)), expected) << lines;
+  }
+}
+
+TEST(OEvent, MoreThanFiftyLegs) {
+  string lines = "A\n1.,Ann,,7,9:00\n";
+  for (int row = 0; row < 6; ++row) {
+    lines += ",,,,";
+    for (int i = 1; i <= 10; ++i) lines += "," + std::to_string(row * 1000 + i * 100) + ",";
+    lines += "\n,,,,,\n";
+  }
+  EXPECT_TRUE(Read(lines).starts_with("A 50 ")) << Read(lines);
+  EXPECT_TRUE(Read(lines).ends_with("; 15:6 E0")) << Read(lines);
+}
+
+TEST(OEvent, Footer) {
+  const Rows<string, string, std::size_t> cases = {
+      {"Created with OEvent 2\n 2022.06.04 15:32:00 \nB\n", "OEvent 44716.647222", 0},
+      {"x Created with OEvent,,\nsoon\n", "OEvent 0.000000", 1},
+      {"Created with OEvent", "OEvent 0.000000", 1},
+      {"B\n", "none 0.000000", 0}};
+  for (const auto& [lines, expected, remarks] : cases) {
+    const ReadResult read = ReadOEvent("Cup\nSplit times of Cup\nA\n" + lines);
+    EXPECT_EQ(read.Records.CreateApplication.value_or("none") + " " +
+                  std::to_string(read.Records.CreateDate.value_or(0)),
+              expected);
+    EXPECT_EQ(read.Remarks.size(), remarks);
+    EXPECT_EQ(read.Records.Classes.size(), lines[0] == 'B' ? 2 : 1);
+  }
+}
+
+TEST(OEvent, RefusesOtherTexts) {
+  for (const string text : {"", "Split times of\nCup\nA\n", "Cup\nSplit times of Cup\n"}) {
+    EXPECT_TRUE(ReadOEvent(text).Error) << text;
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::test
