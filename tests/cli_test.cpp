@@ -238,4 +238,34 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_TRUE(Names("blocked").contains("result_m21a.html"));
 }
 
+TEST_F(Cli, ConvertMergeAndSegments) {
+  const string printout = KELTRUN2_TEST_DATA "/hoshinomori/sportident.txt";
+  const Outcome converted = Run("keltrun2 convert " + printout + " si.lxm");
+  EXPECT_EQ(converted.code, 0);
+  EXPECT_TRUE(Has(converted.err, "sportident.txt:150:61: ")) << converted.err;  // a remark
+  EXPECT_TRUE(Has(Output("info si.lxm"), "62-63-F")) << "segments of a printout";
+  EXPECT_EQ(Run("keltrun2 convert si.lxm si.lxm").code, 1) << "without --force";
+  EXPECT_EQ(Run("keltrun2 convert si.lxm si.txt").code, 2);
+  for (const string name : {"a.lap", "a.xml", "a.lzh"}) Output("convert si.lxm " + name);
+  EXPECT_GT(CountOf("laptime", Contents(folder_ / "si.lxm")), 2000);
+  EXPECT_EQ(CountOf("<PersonResult>", Contents(folder_ / "a.xml")), 143);
+  Output("convert a.lzh back.lxm");
+  const auto body = [](const string& xml) { return xml.substr(xml.find("<classes>"), 2000); };
+  EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "back.lxm")), 143);
+  EXPECT_TRUE(Has(body(Contents(folder_ / "back.lxm")), "Erik Lindqvist"));
+
+  const string import = KELTRUN2_TEST_DATA "/hoshinomori/import.txt";
+  Output("merge " + kHoshinomori + " " + import + " -o out.lxm --prefer new");
+  EXPECT_TRUE(Contents(folder_ / "out.lxm") != Contents(folder_ / "si.lxm"));
+  const Outcome by_id = Run("keltrun2 merge two.lxm " + import + " -o x.lxm --match id");
+  EXPECT_EQ(by_id.code, 1) << "clubs and sexes have no numbers to match";
+  Output("merge two.lxm si.lxm -o all.lxm --match none");
+  EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "all.lxm")), 144);
+  Output("merge two.lxm si.lxm -o known.lxm --known-only");
+  EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "known.lxm")), 1);
+
+  EXPECT_TRUE(Has(Output("analyze si.lxm --segment 62-63-F --as json"), "\"kind\":\"segment\""));
+  EXPECT_TRUE(Has(Run("keltrun2 results si.lxm --segment 1-2 --as json").err, "62-63-F"));
+}
+
 }  // namespace
