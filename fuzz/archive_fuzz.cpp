@@ -1,5 +1,6 @@
 // Archives: what comes out is a plain file inside the folder and within the limits; after a failure
 // nothing is left.
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstddef>
@@ -7,10 +8,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <string_view>
+#include <system_error>
 
 #include "keltrun2/platform/archiver.h"
-#include "keltrun2/platform/files.h"
 
 namespace {
 
@@ -32,24 +32,36 @@ void CheckFile(const keltrun::ExtractedFile& file, const fs::path& folder) {
   fs::remove(file.Path);
 }
 
+// A folder that vanishes with the process.
+struct Folder {
+  Folder() { fs::create_directories(Path); }
+  ~Folder() {
+    std::error_code ignored;
+    fs::remove_all(Path, ignored);
+  }
+  fs::path Path = fs::temp_directory_path() / ("keltrun2-archive-fuzz-" + std::to_string(getpid()));
+};
+
+// A file in memory that holds the bytes, by its name.
+std::string InputFile(const std::uint8_t* data, std::size_t size) {
+  static const int handle = memfd_create("input", MFD_CLOEXEC);
+  Require(ftruncate(handle, 0) == 0);
+  Require(pwrite(handle, data, size, 0) == static_cast<ssize_t>(size));
+  return "/proc/self/fd/" + std::to_string(handle);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // One for the life of the process.
-  static const fs::path base =
-      fs::temp_directory_path() / ("keltrun2-archive-fuzz-" + std::to_string(getpid()));
-  const fs::path folder = base / "out", archive = base / "in.lzh";
-  fs::create_directories(folder);
+  static const Folder folder;
+  const std::string archive = InputFile(data, size);
   std::string error;
-  Require(keltrun::WriteFile(archive, {reinterpret_cast<const char*>(data), size}, error));
-
-  const auto files = keltrun::ExtractArchive(archive, folder, error, kLimits);
-  Require(files.has_value() || error.find(archive.string()) != std::string::npos);
+  const auto files = keltrun::ExtractArchive(archive, folder.Path, error, kLimits);
+  Require(files.has_value() || error.find(archive) != std::string::npos);
   if (files) {
     Require(files->size() <= kLimits.Members);
-    for (const keltrun::ExtractedFile& file : *files) CheckFile(file, folder);
+    for (const keltrun::ExtractedFile& file : *files) CheckFile(file, folder.Path);
   }
-  Require(fs::is_empty(folder));
-  fs::remove_all(base);
+  Require(fs::is_empty(folder.Path));
   return 0;
 }
