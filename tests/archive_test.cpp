@@ -13,6 +13,7 @@
 
 #include "keltrun2/platform/archiver.h"
 #include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/host_windows.h"
 #include "keltrun2/platform/lzh_writer.h"
 #include "keltrun2/platform/working_folder.h"
 #include "tests/test_support.h"
@@ -319,6 +320,52 @@ TEST_F(Hostile, NoArchive) {
   WriteBytes(folder_.Path("a.lzh"), OldMember({"a", "b"}) + '\0');
   EXPECT_FALSE(ExtractArchive(folder_.Path("a.lzh"), folder_.Path("nowhere"), error));
   EXPECT_NE(error.find("cannot write"), string::npos) << error;
+}
+
+// --- several lap files in one archive ---
+
+// A host that takes the name at a position, or none.
+class Choice : public HostWindows {
+ public:
+  std::unique_ptr<frmProgressBar> OpenProgress(std::string_view) override { return nullptr; }
+  std::optional<std::size_t> ChooseName(std::string_view caption,
+                                        const std::vector<string>& names) override {
+    Asked = string(caption) + ":";
+    for (const string& name : names) Asked += " " + name;
+    return Taken;
+  }
+  bool AskYesNo(std::string_view, std::string_view) override { return false; }
+
+  std::optional<std::size_t> Taken;
+  string Asked;
+};
+
+TEST(Archives, TheHostChoosesOneOfSeveralLapFiles) {
+  const auto root = NewRoot();
+  const auto host = std::make_shared<Choice>();
+  SetHostWindows(host);
+  const TemporaryFolder folder;
+  const string name = folder.Path("a.lzh");
+  const auto event = [](const string& title) {
+    return "<keltrun><event name=\"" + title + "\"/></keltrun>";
+  };
+  WriteBytes(name, OldMember({"read.me", ""}) + OldMember({"d\\a.lxm", event("A")}) +
+                       OldMember({"\x95\x5C.LXM", event("B")}) + OldMember({"c.lap", ""}) + '\0');
+  const Rows<std::optional<std::size_t>, string> cases = {
+      {0, "A"}, {1, "B"}, {2, ""}, {3, ""}, {std::nullopt, ""}};  // the third is no lap file
+  for (const auto& [taken, title] : cases) {
+    host->Taken = taken;
+    EXPECT_EQ(root->FileControl()->LoadLapFile(name), !title.empty());
+    EXPECT_EQ(host->Asked, name + ": a.lxm 表.LXM c.lap");
+    EXPECT_EQ(root->EventData()->EventName, title);
+    EXPECT_EQ(root->ErrorComment().empty(), !title.empty());
+  }
+  // Nobody is asked about a single one.
+  host->Asked = "";
+  WriteBytes(name, OldMember({"read.me", ""}) + OldMember({"a.lxm", event("A")}) + '\0');
+  EXPECT_TRUE(root->FileControl()->LoadLapFile(name)) << root->ErrorComment();
+  EXPECT_EQ(host->Asked + root->EventData()->EventName, "A");
+  SetHostWindows(nullptr);
 }
 
 // --- the working folder ---

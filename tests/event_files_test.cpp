@@ -2,6 +2,7 @@
 // format means.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
@@ -9,6 +10,8 @@
 
 #include "keltrun2/config/settings_internal.h"
 #include "keltrun2/platform/clock.h"
+#include "keltrun2/platform/encodings.h"
+#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "tests/test_support.h"
 
@@ -136,6 +139,99 @@ TEST(EventFiles, StayTheSameOverLoadingAndSaving) {
     EXPECT_TRUE(saved[0] == saved[2] && saved[1] == saved[3]) << event;
   }
   SetClock({});
+}
+
+// --- the events in every format ---
+
+class EveryFormat : public ::testing::Test {
+ protected:
+  EveryFormat() {
+    SetClock(SaveTime);
+    for (const string event : {"hoshinomori", "midorigaoka"}) {
+      const string example = ExampleFile(event + "/event.lxm");
+      files_.push_back(example);
+      for (const char* name : {"sportident", "sportident_2line", "oevent", "import"}) {
+        files_.push_back(DataFile(event + "/" + name + ".txt"));
+      }
+      EXPECT_TRUE(root_->FileControl()->LoadLapFile(example));
+      for (const char* extension : {".lap", ".lzh"}) {
+        files_.push_back(folder_.Path(event + extension));
+        EXPECT_TRUE(root_->FileControl()->SaveLapFile(files_.back()));
+      }
+      // The classes of a text lap file without the lines in front of them are a result list.
+      const string lap_file = ReadBytes(folder_.Path(event + ".lap"));
+      files_.push_back(folder_.Path(event + ".csv"));
+      WriteBytes(files_.back(), lap_file.substr(lap_file.find("\r\n\r\n") + 4));
+    }
+    files_.push_back(DataFile("hoshinomori/event_indented.lxm"));
+  }
+  ~EveryFormat() override { SetClock({}); }
+
+  // Loads a file's bytes; an import goes into an event.
+  bool Load(const string& file, const string& bytes) {
+    const bool is_import = file.ends_with("import.txt");
+    EXPECT_TRUE(!is_import || root_->FileControl()->LoadLapFile(files_[0]));
+    const string copy = folder_.Path("copy" + file.substr(file.rfind('.')));
+    WriteBytes(copy, bytes);
+    return root_->FileControl()->LoadLapFile(copy, KR_FILETYPE_AUTODETECT,
+                                             is_import ? KR_LOADMODE_APPEND : KR_LOADMODE_NORMAL);
+  }
+  string Saved() {
+    EXPECT_TRUE(root_->FileControl()->SaveLapFile(folder_.Path("saved.lxm")));
+    return ReadBytes(folder_.Path("saved.lxm"));
+  }
+  std::array<int, 3> Counts() const {
+    int runners = 0;
+    for (int i = 1; i <= root_->ClassCount(); ++i) runners += root_->ClassData(i)->LapCount();
+    return {root_->ClassCount(), root_->CourseCount(), runners};
+  }
+
+  TemporaryFolder folder_;
+  std::shared_ptr<clsKeltrun2> root_ = NewRoot();
+  std::vector<string> files_;
+};
+
+// Cut at every 97th byte, and there a bit flipped. Large files are damaged at fewer places, so that
+// a build with sanitizers takes seconds: 12 places of each file are enough to meet every kind of
+// line.
+TEST_F(EveryFormat, DamagedFilesLoadOrFailCleanly) {
+  constexpr std::size_t kStep = 97, kPlaces = 12;
+  for (const string& file : files_) {
+    const string bytes = ReadBytes(file);
+    const std::size_t step = kStep * (bytes.size() / (kStep * kPlaces) + 1);
+    for (std::size_t at = 0; at < bytes.size(); at += step) {
+      SCOPED_TRACE(file + " at " + std::to_string(at));
+      string flipped = bytes;
+      flipped[at] = static_cast<char>(flipped[at] ^ 1 << at / step % 8);
+      for (const string& damaged : {bytes.substr(0, at), flipped}) {
+        const bool loaded = Load(file, damaged);
+        ASSERT_EQ(loaded, root_->ErrorComment().empty());
+        // Whatever was read can be saved and loaded again.
+        const auto counts = Counts();
+        ASSERT_TRUE(root_->FileControl()->LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_NORMAL,
+                                                      Saved()));
+        ASSERT_EQ(Counts(), counts);
+      }
+    }
+  }
+}
+
+TEST_F(EveryFormat, TextsInUtf8LoadEqually) {
+  int texts = 0;
+  for (const string& file : files_) {
+    if (file.ends_with(".lxm") || file.ends_with(".lzh")) continue;
+    SCOPED_TRACE(file);
+    string saved;
+    for (const string& bytes : {ReadBytes(file), DecodeTextFile(ReadBytes(file))}) {
+      EXPECT_NE(FindInvalidUtf8(bytes) == string::npos, saved.empty());
+      ASSERT_TRUE(Load(file, bytes)) << root_->ErrorComment();
+      EXPECT_GE(Counts()[2], 100);
+      EXPECT_TRUE(saved.empty() || saved == Saved());
+      saved = Saved();
+    }
+    ++texts;
+  }
+  EXPECT_EQ(texts, 12);
 }
 
 // --- the parts of the format ---

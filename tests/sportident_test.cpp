@@ -177,6 +177,22 @@ TEST(SportIdent, ControlRows) {
   }
 }
 
+// A class gets the first course that has its codes, also when it has none but the finish.
+TEST(SportIdent, ClassesShareCourses) {
+  const auto root = NewRoot();
+  root->AddCourse(7)->SetControlCount(1);
+  const string none = ControlRow({"F"});
+  const string text = kHead + "A 1 Km\n" + none + "B 1 Km\n" + kRow + "C 1 Km\n" + none +
+                      "D 1 Km\n" + kRow + "E 1 Km\n" + ControlRow({"1(0)", "F"});
+  ASSERT_TRUE(
+      root->FileControl()->LoadLapFile("", KR_FILETYPE_SPORTIDENT, KR_LOADMODE_APPEND, CrLf(text)));
+  string courses;
+  for (int i = 1; i <= 5; ++i) courses += " " + std::to_string(root->ClassData(i)->CourseNum);
+  EXPECT_EQ(courses, " 8 9 8 9 7");
+  EXPECT_EQ(root->CourseCount(), 3);
+  EXPECT_EQ(root->CourseData("8")->ControlCount(), 0);
+}
+
 TEST(SportIdent, HeadsOfPagesLeaveNoClass) {
   const string runner = Runner("3:00", {"1:00", "1:30", "0:30"});
   const string row = " Ann,Club,7,0:03:00[60,90,30]";

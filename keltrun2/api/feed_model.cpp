@@ -80,13 +80,20 @@ class CourseFinder {
   std::map<std::vector<std::int32_t>, std::int32_t> number_of_codes_;
 };
 
+// A class of no controls has all its codes, too, unless the file names its course or its runners
+// may show that it has controls after all.
+bool HasCodes(const ClassRecords& records) {
+  if (!records.Codes.empty()) return true;
+  return records.ControlCount == 0 && records.LegsSeen == 0 && !records.CourseNum;
+}
+
 void ApplyClass(CourseFinder& courses, clsClassData& klass, const ClassRecords& records) {
   SetIfGiven(klass.Length, records.Length);
   SetIfGiven(klass.Climb, records.Climb);
   SetIfGiven(klass.ControlCount, records.ControlCount);
   SetIfGiven(klass.CourseNum, records.CourseNum);
   klass.ControlCount = std::max(klass.ControlCount, records.LegsSeen - 1);
-  if (!records.Codes.empty()) klass.CourseNum = courses.NumberOf(records.Codes);
+  if (HasCodes(records)) klass.CourseNum = courses.NumberOf(records.Codes);
 }
 
 void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapData>>& runners,

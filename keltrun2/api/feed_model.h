@@ -21,8 +21,8 @@ enum class EventNameRule {
 void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
                ProgressReport& progress);
 
-/// The records of a text format, in the same way. A class with control codes gets the course that
-/// has them, or a new one numbered after the highest.
+/// The records of a text format, in the same way. A class with control codes, or with the finish
+/// alone, gets the course that has them, or a new one numbered after the highest.
 void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
                KrLapFileLoadModeCosnt mode, ProgressReport& progress);
 

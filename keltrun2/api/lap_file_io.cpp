@@ -123,7 +123,8 @@ class Load {
       std::string error;
       const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
       if (!bytes) return Fail(kOpenError, kDetectOperation, error);
-      request_.Type = DetectFileTextType(DecodeTextFile(*bytes), request_.FileData);
+      file_text_ = DecodeTextFile(*bytes);
+      request_.Type = DetectFileTextType(file_text_, request_.FileData);
     }
     if (request_.Type != KR_FILETYPE_UNKNOWN) return true;
     SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
@@ -194,7 +195,7 @@ class Load {
   // the text counts.
   std::optional<ReadResult> Read(std::string_view operation,
                                  ReadResult (*read)(std::string_view text)) {
-    std::string text = request_.FileData;
+    std::string text = request_.FileData.empty() ? std::move(file_text_) : request_.FileData;
     if (text.empty()) {
       std::string error;
       const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
@@ -231,6 +232,7 @@ class Load {
   }
 
   LoadRequest request_;
+  std::string file_text_;  // of a text file whose type was detected
   std::vector<LoadRemark>& remarks_;
   const std::shared_ptr<EventModel> model_;
 };

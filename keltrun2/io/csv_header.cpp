@@ -4,6 +4,7 @@
 
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/width.h"
@@ -52,6 +53,12 @@ std::int32_t LegNumber(std::string_view text) {
   return std::min(NumericLong(text), kMostNumber);
 }
 
+std::string_view FirstCharacter(std::string_view text) {
+  std::size_t end = 0;
+  NextCodePoint(text, end);
+  return text.substr(0, end);
+}
+
 bool IsNumber(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
@@ -72,7 +79,8 @@ void NameLegs(CsvHeader& header) {
 bool CellWalker::Next() {
   if (last_) return false;
   const std::size_t comma = rest_.find(',');
-  cell_ = TrimSpaces(rest_.substr(0, comma));
+  cell_ = rest_.substr(0, comma);
+  if (cell_.starts_with(' ') || cell_.ends_with(' ')) cell_ = TrimSpaces(cell_);
   ++position_;
   last_ = comma == std::string_view::npos;
   if (!last_) rest_.remove_prefix(comma + 1);
@@ -120,16 +128,18 @@ CsvHeaderReader::CsvHeaderReader()
 void CsvHeaderReader::AddTitle(CsvColumn column, std::string_view text, const std::string& normal) {
   std::string folded = Fold(text);
   if (folded.empty()) return;
-  if (column == CsvColumn::kName) {
-    constexpr unsigned char kFullWidth = 0xEF;
-    constexpr unsigned char kIdeographicSpace = 0xE3;
-    for (const std::string_view form : {std::string_view(folded), text}) {
-      starts_name_[static_cast<unsigned char>(form.front())] = true;
-      starts_name_[static_cast<unsigned char>(LowerAscii(form.substr(0, 1)).front())] = true;
-    }
-    starts_name_[kFullWidth] = starts_name_[kIdeographicSpace] = true;
-  }
+  if (column == CsvColumn::kName) AddNameStart(FirstCharacter(folded));
   titles_.push_back({std::move(folded), column, normal});
+}
+
+// Every character that folds to the first one of a title, and the blank that folding takes away.
+void CsvHeaderReader::AddNameStart(std::string_view first) {
+  constexpr std::string_view kIdeographicSpace = "\u3000";
+  for (const std::string& start : {std::string(first), LowerAscii(first), ToFullWidth(first),
+                                   std::string(kIdeographicSpace)}) {
+    name_starts_.push_back(start);
+    starts_name_[static_cast<unsigned char>(start.front())] = true;
+  }
 }
 
 std::string CsvHeaderReader::Fold(std::string_view cell) const {
@@ -137,18 +147,31 @@ std::string CsvHeaderReader::Fold(std::string_view cell) const {
   return std::string(TrimSpaces(fold_width_ ? ToHalfWidth(upper) : upper));
 }
 
-// Nearly every cell of a data line is told from a title by its first byte and its length.
+// Every line of a list is asked. Nearly every cell is told from a title by its first byte, most of
+// the others by their first character.
 bool CsvHeaderReader::HasNameTitle(std::string_view line) const {
-  constexpr std::size_t kLongestTitle = 200;
-  CellWalker cells(line);
-  while (cells.Next() && cells.Position() < kMostTitles) {
-    const std::string_view cell = cells.Cell();
-    if (cell.empty() || cell.size() > kLongestTitle) continue;
-    if (!starts_name_[static_cast<unsigned char>(cell.front())]) continue;
-    const Title* title = FindTitle(Fold(cell));
-    if (title != nullptr && title->column == CsvColumn::kName) return true;
+  std::size_t begin = 0;
+  for (std::size_t position = 0; position < kMostTitles; ++position) {
+    begin = line.find_first_not_of(' ', begin);
+    if (begin == std::string_view::npos) return false;
+    const std::size_t end = line.find(',', begin);
+    if (starts_name_[static_cast<unsigned char>(line[begin])] &&
+        IsNameTitle(TrimSpaces(line.substr(begin, end - begin)))) {
+      return true;
+    }
+    if (end == std::string_view::npos) return false;
+    begin = end + 1;
   }
   return false;
+}
+
+bool CsvHeaderReader::IsNameTitle(std::string_view cell) const {
+  constexpr std::size_t kLongestTitle = 200;
+  if (cell.size() > kLongestTitle) return false;
+  const auto begins = [cell](const std::string& start) { return cell.starts_with(start); };
+  if (std::none_of(name_starts_.begin(), name_starts_.end(), begins)) return false;
+  const Title* title = FindTitle(Fold(cell));
+  return title != nullptr && title->column == CsvColumn::kName;
 }
 
 const CsvHeaderReader::Title* CsvHeaderReader::FindTitle(std::string_view folded) const {

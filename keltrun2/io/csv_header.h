@@ -85,14 +85,17 @@ class CsvHeaderReader {
 
   std::string Fold(std::string_view cell) const;
   bool HasNameTitle(std::string_view line) const;
+  bool IsNameTitle(std::string_view cell) const;
   void AddTitle(CsvColumn column, std::string_view text, const std::string& normal);
+  void AddNameStart(std::string_view first);
   const Title* FindTitle(std::string_view folded) const;
   std::optional<LegEnds> ReadLeg(std::string_view folded) const;
 
   bool fold_width_;
   std::string arrow_, start_, finish_;
   std::vector<Title> titles_;
-  std::array<bool, 256> starts_name_{};  // bytes that a title of the name column can begin with
+  std::vector<std::string> name_starts_;  // characters that a title of the name column begins with
+  std::array<bool, 256> starts_name_{};   // their first bytes
 };
 
 /// A header line with every title replaced by its normal one, led by the title of the class column

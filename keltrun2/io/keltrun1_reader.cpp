@@ -113,6 +113,7 @@ class Keltrun1Reader {
   void ReadFields(const Line& line, clsLapData& runner);
   void ReadLap(const Line& line, std::size_t position, std::int32_t leg, std::string_view cell,
                clsLapData& runner);
+  std::optional<DateTime> MarkerOf(std::string_view cell) const;
   std::optional<DateTime> LapOf(std::string_view cell) const;
   std::string_view ClassOf(const Line& line);
   ClassRecords* FindClass(std::string_view name, std::int32_t line);
@@ -277,8 +278,8 @@ bool Keltrun1Reader::FlushTitle() {
   return true;
 }
 
-// A time, a marker, or nullopt for a text that is neither.
-std::optional<DateTime> Keltrun1Reader::LapOf(std::string_view cell) const {
+// The marker that a word or an empty cell stands for; no word begins with a digit.
+std::optional<DateTime> Keltrun1Reader::MarkerOf(std::string_view cell) const {
   struct Word {
     std::string_view text;
     DateTime lap;
@@ -289,14 +290,19 @@ std::optional<DateTime> Keltrun1Reader::LapOf(std::string_view cell) const {
       {kSkipText, kTimeSkip}, {"+", kTimeSkip},
       {kDisqText, kTimeDisq}, {"X", kTimeDisq},
   };
-  constexpr DateTime kNoTime = -10;
-
+  if (!cell.empty() && cell.front() >= '0' && cell.front() <= '9') return std::nullopt;
   for (const Word& word : kWords) {
     if (cell == word.text) return word.lap;
   }
   if (cell == arrow_) return kTimeSkip;
-  if (const auto time = CellTime(cell)) return time;
+  return std::nullopt;
+}
 
+// A time, a marker, or nullopt for a text that is neither.
+std::optional<DateTime> Keltrun1Reader::LapOf(std::string_view cell) const {
+  constexpr DateTime kNoTime = -10;
+  if (const auto marker = MarkerOf(cell)) return marker;
+  if (const auto time = CellTime(cell)) return time;
   const DateTime time =
       cell.front() == '-' ? ParseSignedTime(cell, false, false, kNoTime) : ParseTime(cell, kNoTime);
   if (time == kNoTime) return std::nullopt;
@@ -360,9 +366,10 @@ void Keltrun1Reader::ReadFields(const Line& line, clsLapData& runner) {
   }
   runner.ID = LeadingLong(number);
   const std::string_view start = Cell(CsvColumn::kStartTime);
+  if (start.empty()) return;
   if (const auto time = StartTimeOf(start)) {
     runner.StartTime()->SetValue(*time);
-  } else if (!start.empty() && LapOf(start) != kTimeNoData) {
+  } else if (LapOf(start) != kTimeNoData) {
     Warn(line.number, 0, "start time", start, "no time of day, left out");
   }
 }

@@ -119,23 +119,46 @@ void AppendInvalid(Decoded& decoded) {
   AppendUtf8(decoded.Text, kReplacementCharacter);
 }
 
+// The length of the characters beyond ASCII that the bytes begin with.
+std::size_t WideRun(std::string_view bytes) {
+  std::size_t length = 0;
+  while (length < bytes.size()) {
+    const auto byte = static_cast<unsigned char>(bytes[length]);
+    if (byte < 0x80) break;
+    const bool has_second = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+    length += has_second ? 2 : 1;
+  }
+  return std::min(length, bytes.size());
+}
+
+// ASCII, the most of every file, goes past the converter. Behind a byte that is no Shift-JIS only
+// the converter knows where a character begins.
 Decoded DecodeShiftJis(std::string_view bytes) {
   static Converter converter("UTF-8", "CP932");
   Decoded decoded;
   decoded.Text.reserve(bytes.size() + bytes.size() / 2);
-  const char* in = bytes.data();
-  std::size_t in_left = bytes.size();
   std::array<char, 4096> buffer;
-  while (in_left > 0) {
+  while (!bytes.empty()) {
+    std::size_t run_length = bytes.size();
+    if (decoded.FirstInvalid == std::string::npos) {
+      const auto is_wide = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+      const auto ascii_end = std::find_if(bytes.begin(), bytes.end(), is_wide);
+      decoded.Text.append(bytes.begin(), ascii_end);
+      bytes.remove_prefix(static_cast<std::size_t>(ascii_end - bytes.begin()));
+      if (bytes.empty()) break;
+      run_length = WideRun(bytes);
+    }
+    const char* in = bytes.data();
+    std::size_t in_left = run_length;
     char* target = buffer.data();
     std::size_t target_left = buffer.size();
     const bool whole = converter.Run(in, in_left, target, target_left);
     decoded.Text.append(buffer.data(), buffer.size() - target_left);
     if (!whole && target_left >= 8) {  // not merely a full buffer: a byte that is no Shift-JIS
       AppendInvalid(decoded);
-      ++in;
       --in_left;
     }
+    bytes.remove_prefix(run_length - in_left);
   }
   return decoded;
 }
