@@ -1,5 +1,5 @@
 #!/bin/sh
-# Builds the benchmarks, makes the synthetic events once, measures, and prints the table of figures.
+# Builds the benchmarks, makes the synthetic events and texts once, measures, and prints the table of figures.
 #   bench/run.sh [rounds]
 set -eu
 cd "$(dirname "$0")/.."
@@ -22,4 +22,5 @@ done
 for runners in 125 250 500 1000 2000 4000 8000; do
   make_event "class$runners.lxm" 1 "$runners"
 done
+[ -s "$data/list.csv" ] || python3 bench/make_texts.py "$data/classes2000.lxm" "$data"
 KELTRUN2_BENCH_DATA=$data exec python3 bench/table.py build/release/bin/keltrun2_bench "$rounds"

@@ -4,4 +4,6 @@
 #include "keltrun2/api/keltrun2.h"
 #include "keltrun2/config/startup.h"
 #include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/cairo_picture.h"
 #include "keltrun2/platform/host_windows.h"
+#include "keltrun2/platform/printer.h"

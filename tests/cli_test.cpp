@@ -194,8 +194,9 @@ TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
 TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
   EXPECT_EQ(Output("site " + kHoshinomori + " a/new/site"), "a/new/site/index.html\n");
   const auto names = Names("a/new/site");
-  EXPECT_EQ(names.size(), 3u + 2 * 9);
-  for (const char* name : {"event.lxm", "style.css", "result_m21a.html", "lap_u7537u5b50b.html"}) {
+  EXPECT_EQ(names.size(), 4u + 3 * 9);
+  for (const char* name : {"event.lxm", "event.lap", "style.css", "result_m21a.html",
+                           "lap_u7537u5b50b.html", "legs_m21a.html"}) {
     EXPECT_TRUE(names.contains(name)) << name;
   }
   EXPECT_TRUE(Has(Contents(folder_ / "a/new/site/style.css"), "table.lap"));
@@ -203,7 +204,43 @@ TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
     EXPECT_TRUE(Has(Contents(folder_ / "a/new/site" / page), "href=\"style.css\"")) << page;
   }
   EXPECT_EQ(Output("site -q --courses " + kHoshinomori + " a/new/site"), "");
-  EXPECT_EQ(Names("a/new/site").size(), 3u + 2 * (9 + 4));
+  EXPECT_EQ(Names("a/new/site").size(), 4u + 3 * (9 + 4));
+}
+
+TEST_F(Cli, SiteWithChartsAndViewer) {
+  Output("site --no-legs --charts normal,map --viewer --charset utf-8 " + kHoshinomori + " rich");
+  const auto names = Names("rich");
+  for (const char* name :
+       {"chart_m21a.html", "chart_m21a_0.png", "chart_m21a_7.png", "viewer.html"}) {
+    EXPECT_TRUE(names.contains(name)) << name;
+  }
+  EXPECT_FALSE(names.contains("chart_m21a_2.png") || names.contains("legs_m21a.html"));
+  EXPECT_TRUE(Has(Contents(folder_ / "rich/index.html"), "charset=utf-8"));
+}
+
+TEST_F(Cli, ExportsChartsAndPages) {
+  const struct {
+    const char* arguments;
+    const char* begin;
+  } kCases[] = {
+      {"analyze EVENT --class M21A --as legs", "<html>"},
+      {"analyze EVENT --class M21A --as mail", ""},
+      {"analyze EVENT --class M21A --as macro-csv", ""},
+      {"analyze EVENT --class M21A --as splitsbrowser", ""},
+      {"results EVENT --class M21A --as text", ""},
+      {"chart EVENT --class M21A --mode map --highlight 1,2 -o -", "\x89PNG"},
+      {"chart EVENT --class M21A --mode halfratio -o c.svg && cat c.svg", "<?xml"},
+      {"print EVENT -o -", "%PDF"},
+      {"print EVENT --what analysis --class M21A --landscape --per-sheet 2x1 -o -", "%PDF"},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.arguments);
+    string arguments = test.arguments;
+    arguments.replace(arguments.find("EVENT"), 5, kHoshinomori);
+    const string output = Output(arguments);
+    EXPECT_GT(output.size(), 500u);
+    EXPECT_TRUE(output.starts_with(test.begin));
+  }
 }
 
 TEST_F(Cli, SiteStyleAddAndFailures) {
@@ -263,6 +300,17 @@ TEST_F(Cli, ConvertMergeAndSegments) {
   EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "all.lxm")), 144);
   Output("merge two.lxm si.lxm -o known.lxm --known-only");
   EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "known.lxm")), 1);
+
+  // Two archives without the mark at the end of the first are one archive of two lap files.
+  Output("convert two.lxm b.lzh");
+  const string first = Contents(folder_ / "a.lzh");
+  Write(folder_ / "both.lzh", first.substr(0, first.size() - 1) + Contents(folder_ / "b.lzh"));
+  EXPECT_TRUE(Has(Output("info both.lzh --member b.lxm"), "Club"));
+  for (const string member : {"", " --member c.lxm"}) {
+    const Outcome run = Run("keltrun2 info both.lzh" + member);
+    EXPECT_EQ(run.code, 1) << member;
+    EXPECT_TRUE(Has(run.err, "a.lxm\n") && Has(run.err, "b.lxm\n")) << run.err;
+  }
 
   EXPECT_TRUE(Has(Output("analyze si.lxm --segment 62-63-F --as json"), "\"kind\":\"segment\""));
   EXPECT_TRUE(Has(Run("keltrun2 results si.lxm --segment 1-2 --as json").err, "62-63-F"));

@@ -1,5 +1,5 @@
-// The analysis page and the result page row by row; and whole pages of the examples, to the letter,
-// against the golden files, which KELTRUN2_APPROVE=1 rewrites.
+// The pages row by row; and whole pages of the examples, to the letter, against the golden files,
+// which KELTRUN2_APPROVE=1 rewrites.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -111,11 +111,15 @@ S→1|0:07|0:00|0:25|
   EXPECT_EQ(CountOf(linked, "charset=utf-8\">"), 1U);
 }
 
-TEST(AnalysisPage, NobodyToAnalyse) {
+TEST(AnalysisPages, NobodyToAnalyse) {
   const auto root = NewRoot();
+  const auto html = root->HtmlControl();
+  const auto nobody = root->NewAnalyzer();
   for (const std::string first : {"ファイルが読み込まれてません。<br>\r\n", ""}) {
-    const std::string page = root->HtmlControl()->OutputAnalysis(root->NewAnalyzer());
-    EXPECT_EQ(CountOf(page, "<body>\r\n" + first + "解析できません。<br>\r\n<br><a href="), 1U);
+    for (const std::string& page : {html->OutputAnalysis(nobody), html->OutputLegData(nobody),
+                                    html->OutputChart(nobody, "?.png", "0")}) {
+      EXPECT_EQ(CountOf(page, "<body>\r\n" + first + "解析できません。<br>\r\n<br><a href="), 1U);
+    }
     root->AddClass("A");
   }
 }
@@ -252,6 +256,70 @@ void ExpectGolden(const std::string& name, const std::string& page) {
   EXPECT_EQ(ReadBytes(file), page) << name;
 }
 
+// Reference laps 600, (200 + 180) / 2 and (220 + 240) / 2 of 1020 s. Losses as a share of the total
+// time, of the runners ranked 1 and 2 on the leg: 7.23 / 1020 and 0; 12.29 / 1020 and
+// -21.18 / 1080; -7.23 / 1020 and -3.53 / 1080. Half their differences over the mean of these are
+// the difficulties: 0.003544, 0.015828 and 0.001910 over 0.007094.
+TEST(LegDataPage, ToTheLetter) {
+  for (const auto& [mode, name] : Rows<Mode, const char*>{{Mode::kJapaneseTexts, "ja"},
+                                                          {Mode::kEnglishTexts, "en"},
+                                                          {Mode::kJapaneseMode, "japanese"}}) {
+    const PageEvent event(mode);
+    const auto analyzer = event.Analyzed();
+    analyzer->ExtraAnalyze();
+    ExpectGolden("legs-three-runners-" + std::string(name) + ".html",
+                 event.root->HtmlControl()->OutputLegData(analyzer, "a&b.css", "utf-8"));
+  }
+}
+
+TEST(ViewerControlPage, ToTheLetter) {
+  const std::string address = "http://x.example/?a&b\".lxm";
+  ExpectGolden("viewer-control.html", NewRoot()->HtmlControl()->OutputActiveXPage(address));
+}
+
+TEST(LegDataPage, SixFastestWhoHaveARank) {
+  const PageEvent event;
+  for (int i = 4; i <= 8; ++i) {
+    AddRunner(*event.klass, "R" + std::to_string(i) + " x", "0:20:0" + std::to_string(i),
+              {540, 900. + i, 0});
+  }
+  const std::string page = event.root->HtmlControl()->OutputLegData(event.Analyzed());
+  const std::string blanks = "&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;";
+  // Among equal ranks the runner who comes last in the set stands first.
+  EXPECT_EQ(CountOf(page, "</td><td>R8" + blanks + "&nbsp;9:00</td><td>R7"), 1U);
+  // The total row shows the first six of the set.
+  EXPECT_EQ(CountOf(page, "nowrap>R6" + blanks + "0:20:06</td>\r\n</table>"), 1U);
+  EXPECT_EQ(CountOf(page, "<td>&nbsp;</td>"), 1U + 4U) << "two ranked runners on the last leg";
+}
+
+TEST(ChartPage, PicturesByOption) {
+  const auto picture = [](const char* heading, int mode) {
+    return "<h3>◎ " + std::string(heading) + "</h3><img src=\"a&amp;" + std::to_string(mode) + "b" +
+           std::to_string(mode) + ".png\"><br><hr>";
+  };
+  const std::string normal = picture("標準", 0), real_time = picture("リアルタイム", 1);
+  const std::string others = picture("上位平均110％相対", 3) + picture("上位平均130％相対", 4) +
+                             picture("巡航速度－ミス率", 5) + picture("巡航速度－前後半比", 6);
+  for (const auto& [option, starts, pictures] : Rows<const char*, bool, std::string>{
+           {"0,2,7", false, normal + picture("上位平均相対", 2)},
+           {"1", false, ""},
+           {" 1 ,0,01,1.0", true, real_time + normal},
+           {",x,0x,,0.5,8,-1,1e9,99999999999999999999,0,0", false, normal},
+           {"3,4,5,6", true, others},
+           {"", true, ""}}) {
+    const PageEvent event;
+    if (starts) event.klass->LapData(2)->StartTime()->SetValue(Seconds(36000));
+    const std::string page =
+        event.root->HtmlControl()->OutputChart(event.Analyzed(), "a&?b?.png", option);
+    EXPECT_EQ(page.substr(page.find("<body>")),
+              "<body>\r\n" + pictures +
+                  "<br><a href=\"https://keltrun.example/\">Made with "
+                  "ケルトラン２ (Ver.2.27)</a>\r\n</body></html>");
+    EXPECT_EQ(CountOf(page, "charset=x-sjis\">"), 1U);
+    EXPECT_EQ(CountOf(page, "td { font-family: 'ＭＳ ゴシック'; font-size: 10pt;border"), 1U);
+  }
+}
+
 /// Keeps the files small, and shows that pages hold the selected set.
 void SelectEverySecond(clsAnalyzer& analyzer) {
   analyzer.SelectNone();
@@ -279,12 +347,17 @@ TEST(GoldenPages, ExamplesInEveryMode) {
         course ? set->AddCourse(4) : set->AddClass(klass);
       }
       analyzer->Execute();
+      analyzer->ExtraAnalyze();
       if (course) SelectEverySecond(*analyzer);
       results->CalcRank();
       const std::string name =
           "-" + event + (course ? "-course-" : "-class-") + mode_name + ".html";
-      ExpectGolden("analysis" + name, root->HtmlControl()->OutputAnalysis(analyzer));
-      ExpectGolden("result" + name, root->HtmlControl()->OutputResult(results, "", "style.css"));
+      const auto html = root->HtmlControl();
+      ExpectGolden("analysis" + name, html->OutputAnalysis(analyzer));
+      ExpectGolden("legs" + name, html->OutputLegData(analyzer));
+      ExpectGolden("result" + name, html->OutputResult(results, "", "style.css"));
+      if (course) continue;
+      ExpectGolden("chart" + name, html->OutputChart(analyzer, "c_?.png", "0,1,2,3,4,5,6,7"));
     }
   }
 }

@@ -95,6 +95,27 @@ TEST(Json, AnalysisOfASmallClass) {
       "event": 0, "set": 0, "general": 0, "runners": 0})");
 }
 
+TEST(Json, SpeedsDifficultiesAndMap) {
+  const auto root = ThreeRunners();
+  const auto analyzer = root->NewAnalyzer();
+  analyzer->AddClass(1);
+  analyzer->Execute();
+  analyzer->ExtraAnalyze();
+  analyzer->Item(1)->SetVesmerX(-99.5);
+  analyzer->Item(1)->SetVesmerY(0.25);
+  const Json json = Json::parse(root->TextControl()->OutputJson(analyzer, DataSetKind::kClass));
+  // Leg 1 is more than half the course, so the first part is leg 1 and the last part all legs.
+  ExpectMembers(json["runners"][0], R"({"firstHalfCruiseSpeed": 0.95, "secondHalfCruiseSpeed": 0.85,
+      "map": [-99.5, 0.25]})");
+  // The best two of each leg count, with their losses as shares of their times: 14.286 / 640 and 0,
+  // -12.857 / 640 and 20 / 760, -1.429 / 640 and 5 / 760. The deviation is half the difference:
+  // 0.0111607, 0.0232026, 0.0044055, with a mean of 0.0129229.
+  const double difficulties[] = {0.863636, 1.795455, 0.340909};
+  for (const int leg : {0, 1, 2}) {
+    EXPECT_NEAR(json["general"]["difficulty"][leg], difficulties[leg], 1e-4);
+  }
+}
+
 TEST(Json, ADisqualifiedLegLeavesNoFigures) {
   const auto root = NewRoot();
   root->AddClass("A")->ControlCount = 3;

@@ -139,7 +139,7 @@ TEST_F(SettingsTest, EveryTextIsThereInBothLanguages) {
     }
   }
   EXPECT_EQ(keys[0], keys[1]);
-  EXPECT_EQ(keys[0].size(), 69u);
+  EXPECT_EQ(keys[0].size(), 70u);
 }
 
 TEST_F(SettingsTest, LoadsOnceAndTakesStartValuesBefore) {

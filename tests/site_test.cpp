@@ -1,9 +1,12 @@
 // Publishing an event as a web site.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <numeric>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -13,13 +16,6 @@
 
 namespace keltrun::test {
 namespace {
-
-/// What OutputHtml is called with.
-struct Options {
-  std::string Index = "index.html", Analysis = "a_*.html", Result = "r_*.html", Lap2 = "";
-  bool OfficialSite = false, AddMode = false, AnalysisCourse = false, ResultCourse = false;
-  std::string Style = "";
-};
 
 class SiteTest : public testing::Test {
  protected:
@@ -37,10 +33,30 @@ class SiteTest : public testing::Test {
     AddRunner(*klass, "R", result, {300});
     return klass;
   }
-  bool Publish(const Options& o = {}) const {
-    return root->FileControl()->OutputHtml(site, o.Index, o.Analysis, o.Result, o.Lap2, "",
-                                           o.OfficialSite, o.AddMode, "", "", o.AnalysisCourse,
-                                           o.ResultCourse, "", false, "", false, "", o.Style);
+  /// Publishes an index, results and analyses besides what is asked for; or that alone.
+  bool Publish(SiteOptions options = {}, bool alone = false) const {
+    options.OutputFolder = site;
+    if (!alone) {
+      options.IndexFile = "index.html";
+      options.AnalysisFile = "a_*.html";
+      options.ResultFile = "r_*.html";
+    }
+    return root->FileControl()->OutputSite(options);
+  }
+  /// What else there is to publish; with courses or without.
+  static SiteOptions Everything(bool courses) {
+    SiteOptions options = {.LegDataFile = "l_*.html", .ChartFile = "c_*.html", .ChartOption = "0"};
+    options.ResultIncludeCourse = options.AnalysisIncludeCourse = courses;
+    options.LegDataIncludeCourse = options.ChartIncludeCourse = courses;
+    options.Lap1File = "old.lap", options.Lap2File = "my data.lxm";
+    options.ActiveXFile = "v.html", options.ActiveXAddress = "x.lxm";
+    options.LinkStyleFile = "style.css";
+    options.OfficialSite = true;
+    return options;
+  }
+  void EmptySite() const {
+    std::filesystem::remove_all(site);
+    std::filesystem::create_directory(site);
   }
   /// A page of the site as UTF-8 text.
   std::string Page(const std::string& name = "index.html") const {
@@ -73,7 +89,7 @@ TEST_F(SiteTest, IndexAndPagesToTheLetter) {
   AddRunner(*klass, "山田 太郎", "0:17:00", {1020});
   root->AddClass("Nobody");
   AddRunner(*root->AddClass("<W>"), "A&B", "MP", {0, 100});
-  ASSERT_TRUE(Publish({.Lap2 = "my data.lxm", .OfficialSite = true, .Style = "style.css"}));
+  ASSERT_TRUE(Publish(Everything(false)));
   EXPECT_EQ(root->ErrorComment(), "");
   EXPECT_EQ(Page(), CrLf(R"(<html>
 <head>
@@ -94,17 +110,17 @@ td { font-size:10pt; border-width: 1px 1px 0px 0px ; border-color: black }
 <tr><td nowrap colspan="4" bgcolor="#c04040" class="t-event-name"><font size="+1" color="white"><b>&nbsp;Cup &amp; &lt;1&gt;&nbsp;</b></font></td></tr>
 <tr><td nowrap colspan="4" bgcolor="#ffdddd" class="t-event-info">2024年05月06日&nbsp;&nbsp;[森&quot;]&nbsp;<a href="HTTPS://x.example/?a=1&amp;b=2" target="_blank">公式サイト</a></td></tr>
 <tr><td nowrap colspan="4" bgcolor="#f0f0f0" align="right" class="t-link">
-&nbsp;[<a href="my%20data.lxm">ケルトラン２用データ</a>]
+&nbsp;[<a href="old.lap">ケルトラン用データ</a>]&nbsp;[<a href="my%20data.lxm">ケルトラン２用データ</a>]
 </td></tr>
 <tr><td nowrap bgcolor="#405080" width="125" class="t-class-head"><font color="white"><B>&nbsp;M21 A&nbsp;</B></font></td>
 <td nowrap bgcolor="#ffffff" width="300" class="t-class-body">
-&nbsp;<a href="r_m21%20a.html" target="_blank">成績表</a>&nbsp;<a href="a_m21%20a.html" target="_blank">ラップ解析</a></td>
+&nbsp;<a href="r_m21%20a.html" target="_blank">成績表</a>&nbsp;<a href="a_m21%20a.html" target="_blank">ラップ解析</a>&nbsp;<a href="l_m21%20a.html" target="_blank">レッグ解析</a>&nbsp;<a href="c_m21%20a.html" target="_blank">チャート</a></td>
 <td nowrap bgcolor="#ddffdd" align="center" width="100" class="t-class-length">4.5km ↑120m</td>
 <td nowrap align="center" bgcolor="#ffffcc" width="100" class="t-class-winner">山田太&nbsp;0:17:00</td>
 </tr>
 <tr><td nowrap bgcolor="#405080" width="125" class="t-class-head"><font color="white"><B>&nbsp;&lt;W&gt;&nbsp;</B></font></td>
 <td nowrap bgcolor="#ffffff" width="300" class="t-class-body">
-&nbsp;<a href="r_w.html" target="_blank">成績表</a>&nbsp;<a href="a_w.html" target="_blank">ラップ解析</a></td>
+&nbsp;<a href="r_w.html" target="_blank">成績表</a>&nbsp;<a href="a_w.html" target="_blank">ラップ解析</a>&nbsp;<a href="l_w.html" target="_blank">レッグ解析</a>&nbsp;<a href="c_w.html" target="_blank">チャート</a></td>
 <td nowrap bgcolor="#ddffdd" align="center" width="100" class="t-class-length">&nbsp;</td>
 <td nowrap align="center" bgcolor="#ffffcc" width="100" class="t-class-winner">A&amp;B&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;MP</td>
 </tr>
@@ -116,7 +132,10 @@ td { font-size:10pt; border-width: 1px 1px 0px 0px ; border-color: black }
 </body>
 </html>
 )"));
-  EXPECT_EQ(Files(), "a_m21 a.html a_w.html index.html my data.lxm r_m21 a.html r_w.html ");
+  EXPECT_EQ(Files(),
+            "a_m21 a.html a_w.html c_m21 a.html c_m21 a_0.png c_w.html c_w_0.png index.html l_m21 "
+            "a.html l_w.html "
+            "my data.lxm old.lap r_m21 a.html r_w.html ");
   // Every page is the one that the HTML service makes; result pages carry the bar of links.
   const auto results = root->NewResultsHolder();
   const auto analyzer = root->NewAnalyzer();
@@ -126,39 +145,142 @@ td { font-size:10pt; border-width: 1px 1px 0px 0px ; border-color: black }
   analyzer->Execute();
   const auto html = root->HtmlControl();
   EXPECT_EQ(Page("a_m21 a.html"), html->OutputAnalysis(analyzer, "style.css") + "\r\n");
+  analyzer->ExtraAnalyze();
+  EXPECT_EQ(Page("c_m21 a.html"), html->OutputChart(analyzer, "c_m21%20a_?.png", "0") + "\r\n");
+  std::string legs;  // what their charset lacks is a reference
+  AppendEncoded(legs, html->OutputLegData(analyzer, "style.css") + "\r\n", Charset::kWindows1252,
+                MissingCharacter::kCharacterReference);
+  EXPECT_EQ(ReadBytes(site + "/l_m21 a.html"), legs);
   const std::string bar =
       "<a href=\"r_m21%20a.html\">M21 A</a> <a href=\"r_w.html\">&lt;W&gt;</a> <hr>\r\n";
   EXPECT_EQ(Page("r_w.html"), html->OutputResult(results, bar, "style.css") + "\r\n");
 }
 
-TEST_F(SiteTest, OutputsAndCoursesByFlag) {
+TEST_F(SiteTest, EveryCombinationOfPagesAndCourses) {
   AddClass("A", 1);
   AddClass("B", 1, "0:04:00");
   AddClass("C", 2);
-  const std::string pages = "a_a.html a_b.html a_c.html ", results = "r_a.html r_b.html r_c.html ";
-  const std::pair<Options, std::string> cases[] = {
-      {{.Index = "", .Analysis = ""}, results},
-      {{.Result = ""}, pages + "index.html "},
-      {{}, pages + "index.html " + results},
-      {{.AnalysisCourse = true}, "a_a.html a_a_b.html a_b.html a_c.html index.html " + results},
-      {{.Analysis = "", .Result = ""}, "index.html "},
-      {{.ResultCourse = true}, pages + "index.html r_a.html r_a_b.html r_b.html r_c.html "}};
-  for (const auto& [options, files] : cases) {
-    std::filesystem::remove_all(site);
-    std::filesystem::create_directory(site);
-    ASSERT_TRUE(Publish(options));
-    EXPECT_EQ(Files(), files);
-    if (options.Index.empty()) continue;
+  constexpr std::string SiteOptions::*kPatterns[] = {
+      &SiteOptions::AnalysisFile, &SiteOptions::ChartFile, &SiteOptions::LegDataFile,
+      &SiteOptions::ResultFile};
+  constexpr bool SiteOptions::*kCourses[] = {
+      &SiteOptions::AnalysisIncludeCourse, &SiteOptions::ChartIncludeCourse,
+      &SiteOptions::LegDataIncludeCourse, &SiteOptions::ResultIncludeCourse};
+  // Bits 0 to 3: which pages; 4 to 7: for which of them courses too.
+  for (unsigned bits = 0; bits < 256; ++bits) {
+    EmptySite();
+    SiteOptions options;
+    if (bits % 2 == 0) options.IndexFile = "i";
+    std::string files = bits % 2 == 0 ? "i " : "";
+    bool course_row = false;
+    for (std::size_t kind = 0; kind < 4; ++kind) {
+      const bool courses = options.*kCourses[kind] = bits >> (4 + kind) & 1;
+      if ((bits >> kind & 1) == 0) continue;
+      const std::string letter(1, "pqrs"[kind]);
+      options.*kPatterns[kind] = letter + "_*";
+      files += letter + "_a " + (courses ? letter + "_a_b " : "") + letter + "_b " + letter + "_c ";
+      course_row = course_row || courses;
+    }
+    ASSERT_TRUE(Publish(options, true));
+    ASSERT_EQ(Files(), files);
+    if ((bits & 8) != 0) {
+      const std::string bar = bits & 128 ? "&nbsp;&nbsp;<a href=\"s_a_b\">A/B</a> " : "";
+      EXPECT_NE(Page("s_c").find("<a href=\"s_c\">C</a> " + bar + "<hr>"), bar.npos);
+    }
+    if (bits % 2 != 0) continue;
     // The course's winner is the best of its classes, with and without a result page.
-    const bool course = options.AnalysisCourse || options.ResultCourse;
-    EXPECT_EQ(IndexHas("<B>&nbsp;A/B&nbsp;</B>"), course) << files;
-    EXPECT_EQ(IndexHas("R&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;0:04:00</td>"),
-              files != "index.html ");
+    EXPECT_EQ(Page("i").find("<B>&nbsp;A/B&nbsp;</B>") != files.npos, course_row) << bits;
+    EXPECT_EQ(Page("i").find("R&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;0:04:00</td>") != files.npos,
+              bits % 16 != 0);
   }
-  EXPECT_NE(Page("r_c.html")
-                .find("<a href=\"r_c.html\">C</a> "
-                      "&nbsp;&nbsp;<a href=\"r_a_b.html\">A/B</a> <hr>"),
-            std::string::npos);
+}
+
+TEST_F(SiteTest, OutputHtmlTakesTheSameOptions) {
+  root = NewRoot(Mode::kJapaneseMode);
+  root->EventData()->OfficialSite = "http://x.example/";
+  AddClass("A", 1);
+  AddClass("B", 1);
+  SiteOptions options = Everything(true);
+  options.AnalysisIncludeCourse = options.ChartIncludeCourse = false;
+  ASSERT_TRUE(Publish(options));
+  const std::string files = Files(), index = Page();
+  EXPECT_EQ(files,
+            "a_a.html a_b.html c_a.html c_a_0.png c_b.html c_b_0.png index.html l_a.html "
+            "l_a_b.html l_b.html my data.lxm old.lap r_a.html r_a_b.html r_b.html v.html ");
+  EXPECT_TRUE(
+      IndexHas("&nbsp;[<a href=\"v.html\" target = "
+               "\"_blank\">ビューアで見る（ActiveX版）</a>]&nbsp;[<a href=\"old"));
+  EXPECT_EQ(Page("v.html"), root->HtmlControl()->OutputActiveXPage("x.lxm") + "\r\n");
+  EmptySite();
+  WriteBytes(site + "/index.html", "kept\r\n");
+  ASSERT_TRUE(root->FileControl()->OutputHtml(
+      site, "index.html", "a_*.html", "r_*.html", "my data.lxm", "old.lap", true, true, "v.html",
+      "x.lxm", false, true, "l_*.html", true, "c_*.html", false, "0", "style.css"));
+  EXPECT_EQ(Files(), files);
+  EXPECT_NE(index.find(Page().substr(6)), index.npos) << "the same block behind what was there";
+  // The viewer control wants a page and an address; and the Japanese mode.
+  for (const SiteOptions& half : {SiteOptions{.ActiveXFile = "v"}, {.ActiveXAddress = "v"}}) {
+    EmptySite();
+    ASSERT_TRUE(Publish(half));
+    EXPECT_EQ(Files() + (IndexHas("t-link") ? "v" : ""),
+              "a_a.html a_b.html index.html r_a.html r_b.html ");
+  }
+}
+
+TEST_F(SiteTest, ChartPictures) {
+  // Modes asked for, whether somebody has a start time, finishers, modes drawn.
+  for (const auto& [modes, started, finishers, drawn] :
+       Rows<const char*, bool, int, std::string>{{"0,1,2,3,4,5,6,7", true, 5, "01234567"},
+                                                 {"0,1,2,3,4,5,6,7", false, 4, "023456"},
+                                                 {"7,1,7, 01,x,,8,-1", true, 4, "1"},
+                                                 {"7", false, 5, "7"},
+                                                 {"", true, 5, ""}}) {
+    root = NewRoot();
+    EmptySite();
+    const auto klass = AddClass("A");
+    klass->ControlCount = 1;
+    if (started) klass->LapData(1)->StartTime()->SetValue(Seconds(36000));
+    for (int i = 1; i < finishers; ++i)
+      AddRunner(*klass, "R", "0:06:0" + std::to_string(i), {50. * i, 90});
+    AddRunner(*klass, "Out", "MP", {300});
+    ASSERT_TRUE(Publish({.ChartFile = "x*y.htm", .ChartOption = modes}, true));
+    std::string expected;
+    for (const char mode : drawn) {
+      expected += "xa_" + std::string(1, mode) + "y.png ";
+      const std::string png = ReadBytes(site + "/xa_" + mode + "y.png");
+      EXPECT_EQ(png.substr(1, 3) + png.substr(18, 2) + png.substr(22, 2), "PNG\x3\xE8\x2\xBC")
+          << "1000 x 700";
+      EXPECT_GT(png.size(), 1500U) << "something is drawn";
+    }
+    EXPECT_EQ(root->ErrorComment() + Files(), expected + "xay.htm ");
+  }
+}
+
+TEST_F(SiteTest, PicturesAreThereUnderTheNamesOnThePages) {
+  for (const std::string name : {"M21A", "m21a", "a#%3f b"})
+    AddClass(std::to_string(root->ClassCount()))->SetFileName(name);
+  for (const auto& [pattern, files] : Rows<const char*, const char*>{
+           {"chart_*.html",
+            "chart_a#%3f b.html chart_a#%3f b_0.png chart_m21a.html chart_m21a_0.png "
+            "chart_m21a_2.html chart_m21a_2_0.png "},
+           {"*/?*",
+            "a#%3f b_0__a#%3f b_0.png a#%3f b__a#%3f b m21a_0__m21a_0.png m21a_2_0__m21a_2_0.png "
+            "m21a_2__m21a_2 m21a__m21a "},
+           {"c.html", "c.html c_0.png c_2.html c_2_0.png c_3.html c_3_0.png "}}) {
+    EmptySite();
+    ASSERT_TRUE(Publish({.ChartFile = pattern, .ChartOption = "0"}, true));
+    EXPECT_EQ(Files(), files);
+    for (const auto& file : std::filesystem::directory_iterator(site)) {
+      if (file.path().extension() == ".png") continue;
+      std::string address = Page(file.path().filename());
+      address = std::regex_replace(address, std::regex("[^]*src=\"([^\"]*)\"[^]*"), "$1");
+      for (const auto& [character, code] :
+           Rows<const char*, const char*>{{"%23", "#"}, {"%20", " "}, {"%25", "%"}}) {
+        address = std::regex_replace(address, std::regex(character), code);
+      }
+      EXPECT_TRUE(std::filesystem::exists(site + "/" + address)) << address;
+    }
+  }
 }
 
 TEST_F(SiteTest, FileNames) {
@@ -169,7 +291,8 @@ TEST_F(SiteTest, FileNames) {
     if (std::getline(names, file_name, ';') && !file_name.empty()) klass->SetFileName(file_name);
   }
   const std::string model_name = root->ClassData(2)->FileName();
-  ASSERT_TRUE(Publish({.Analysis = "", .Lap2 = "../../x.lxm"}));
+  ASSERT_TRUE(Publish(
+      {.IndexFile = "index.html", .ResultFile = "r_*.html", .Lap2File = "../../x.lxm"}, true));
   const std::string files = " " + Files();
   // Equal names but for case are numbered in the order of the classes, an empty name is replaced.
   for (const char* name :
@@ -215,23 +338,30 @@ TEST_F(SiteTest, AddMode) {
            {"<p>" + start + "\r\n", "</body>\r\n</html>\r\n"},  // within a line it is no marker
            {"a\r\n</body>\r\nb\r\n", "</body>\r\n" + sjis + "\r\n"},
            {"a\r\n" + sjis + "\r\n", ""},
-           {"<meta content=\"text/html; charset=UTF-8\">\r\n森\r\n", start + "\r\n😀\r\n"}}) {
+           {"<meta content=\"text/html; charset=UTF-8\">\r\n森\r\n", start + "\r\n😀\r\n"},
+           {"森 is UTF-8\r", start + "\rlines of three\nkinds\r\n"},
+           {"\xEF\xBB\xBFmarked as UTF-8\r\n", start + "\r\n"},
+           {"<meta charset=euc-jp>\r\n\xBF\xB9\r\n", start + "\r\n"}}) {
     WriteBytes(site + "/index.html", before + after);
-    ASSERT_TRUE(Publish({.AddMode = true}));
-    std::string page = ReadBytes(site + "/index.html"), kept = before + "\n" + after;
+    ASSERT_TRUE(Publish({.IndexFileAddMode = true}));
+    const std::regex line_end("\r\n?");
+    const std::string kept = CrLf(std::regex_replace(before, line_end, "\n") + "\n" +
+                                  std::regex_replace(after, line_end, "\n"));
+    std::string page = ReadBytes(site + "/index.html");
     const bool utf8 = before.find("UTF-8") != std::string::npos;
-    EXPECT_NE(page.find(utf8 ? "新人" : "\x90\x56\x90\x6c"), std::string::npos);
+    const bool unknown = before.find("euc") != std::string::npos;
+    const char* name = utf8 ? "新人" : unknown ? "&#26032;&#20154;" : "\x90\x56\x90\x6c";
+    EXPECT_NE(page.find(name), std::string::npos) << page;
     const std::size_t block = page.find(start + "\r\n<table"), end = page.find(finish);
     ASSERT_TRUE(block != std::string::npos && end != std::string::npos) << page;
-    std::erase(kept, '\r');
     page.erase(block, end + finish.size() + 4 - block);
-    EXPECT_TRUE(page == CrLf(kept) || page == CrLf(kept + "\n")) << page << "\nfor\n" << kept;
+    EXPECT_TRUE(page == kept || page == kept + "\r\n") << page << "\nfor\n" << kept;
   }
   // Newest first; a page is made when there is none.
   std::filesystem::remove(site + "/index.html");
   for (const char* name : {"One", "Two", "Three"}) {
     root->EventData()->EventName = name;
-    ASSERT_TRUE(Publish({.AddMode = true}));
+    ASSERT_TRUE(Publish({.IndexFileAddMode = true}));
   }
   const std::string page = Page();
   EXPECT_TRUE(page.starts_with("<html>\r\n<head>") && page.find("<head>") == page.rfind("<head>"));
@@ -277,33 +407,138 @@ TEST_F(SiteTest, MissingFolder) {
 TEST_F(SiteTest, PagesThatCannotBeWritten) {
   AddClass("A");
   AddClass("B");
-  for (const char* name : {"/a_a.html", "/data.lxm"}) {
+  for (const char* name : {"/a_a.html", "/data.lxm", "/c_a_0.png"}) {
     std::filesystem::create_directory(site + name);  // in the way
   }
-  EXPECT_TRUE(Publish({.Lap2 = "data.lxm"}));
-  for (const auto& [name, failed] :
-       Rows<const char*, bool>{{"a_a.html", true}, {"data.lxm", true}, {"a_b.html", false}}) {
+  EXPECT_TRUE(Publish({.ChartFile = "c_*.html", .ChartOption = "0,2", .Lap2File = "data.lxm"}));
+  for (const auto& [name, failed] : Rows<const char*, bool>{{"a_a.html", true},
+                                                            {"data.lxm", true},
+                                                            {"c_a_0.png", true},
+                                                            {"a_b.html", false},
+                                                            {"c_a_2.png", false},
+                                                            {"c_b", false}}) {
     EXPECT_EQ(root->ErrorComment().find(name) != std::string::npos, failed) << name;
   }
-  EXPECT_EQ(Files(), "a_a.html a_b.html data.lxm index.html r_a.html r_b.html ");
+  EXPECT_EQ(Files(),
+            "a_a.html a_b.html c_a.html c_a_0.png c_a_2.png c_b.html c_b_0.png c_b_2.png data.lxm "
+            "index.html r_a.html r_b.html ");
   EXPECT_FALSE(IndexHas("\"data.lxm\"")) << "a copy that failed has no link";
   std::filesystem::remove(site + "/a_a.html");
   EXPECT_TRUE(Publish());
   EXPECT_EQ(root->ErrorComment(), "") << "emptied at the start";
 }
 
-TEST_F(SiteTest, BytesAreShiftJisAndShortClassNamesWideInJapaneseMode) {
+// Folders that nothing can be written into, and an index that is not touched.
+TEST_F(SiteTest, NothingCanBeWritten) {
+  AddClass("A");
+  WriteBytes(folder.Path("file"), "content");
+  const auto windows = std::make_shared<AnsweringWindows>();
+  windows->answer = true;
+  SetHostWindows(windows);
+  for (const std::string& name :
+       {folder.Path("file"), folder.Path("file") + "/sub", std::string("/proc/self")}) {
+    site = name;
+    EXPECT_TRUE(Publish(Everything(false)));
+    for (const char* file :
+         {"a_a.html", "r_a.html", "c_a.html", "c_a_0.png", "my data", "old.lap", "index.html"}) {
+      EXPECT_NE(root->ErrorComment().find(site + "/" + file), site.npos) << root->ErrorComment();
+    }
+  }
+  SetHostWindows(nullptr);
+  EXPECT_EQ(ReadBytes(folder.Path("file")), "content");
+  site = folder.Path("site");
+  for (const std::string index : {"\xFF\xFE"
+                                  "a",
+                                  "\xFE\xFF"
+                                  "a"}) {
+    WriteBytes(site + "/index.html", index);
+    EXPECT_TRUE(Publish({.IndexFileAddMode = true}));
+    EXPECT_NE(root->ErrorComment().find("index.html: it is in UTF-16"), site.npos);
+    EXPECT_EQ(Files() + ReadBytes(site + "/index.html"), "a_a.html index.html r_a.html " + index);
+  }
+  EXPECT_THROW(Publish({.Charset = "klingon"}), AutomationError);
+}
+
+// A limit on the size of files fails as a full disk does: in the middle of a write.
+TEST_F(SiteTest, FullDisk) {
+  AddClass("A");
+  const std::string old(20000, 'x');
+  for (const char* name : {"/a_a.html", "/c_a_0.png"}) WriteBytes(site + name, old);
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit small = {2000, limit.rlim_max};
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_TRUE(Publish({.ChartFile = "c_*.html", .ChartOption = "0"}));
+  setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(Files(), "a_a.html c_a.html c_a_0.png index.html r_a.html ") << "no temporary file";
+  for (const char* name : {"/a_a.html", "/c_a_0.png"}) {
+    EXPECT_NE(root->ErrorComment().find(name), old.npos) << name;
+    EXPECT_EQ(ReadBytes(site + name), old) << name;
+  }
+  EXPECT_FALSE(IndexHas("\"a_a.html\"")) << "no link to a page that was not written";
+}
+
+TEST_F(SiteTest, ShortClassNamesAreWideInJapaneseMode) {
   root = NewRoot(Mode::kJapaneseMode);
-  for (const char* name : {"M21-A", "ABCDEFGHIJ", "ABCDEFGHIJK", "髙"}) AddClass(name);
-  root->ClassData(4)->LapData(1)->RunnerName = "Müller\U0001F600";
+  for (const char* name : {"M21-A", "ABCDEFGHIJ", "ABCDEFGHIJK"}) AddClass(name);
   ASSERT_TRUE(Publish());
   for (const char* name : {"Ｍ２１－Ａ", "ＡＢＣＤＥＦＧＨＩＪ", "ABCDEFGHIJK"}) {
     EXPECT_TRUE(IndexHas("<B>&nbsp;" + std::string(name) + "&nbsp;</B>")) << name;
   }
-  const std::string bytes = ReadBytes(site + "/r_u9ad9.html");
-  for (const char* text : {"M&#252;ller&#128512;", "\xFB\xFC" /* 髙 */, "charset=x-sjis"}) {
-    EXPECT_NE(bytes.find(text), std::string::npos) << text;
+}
+
+TEST_F(SiteTest, BytesAreWhatPagesDeclare) {
+  // The charset asked for, that of leg analyses, and what they make of a name.
+  for (const auto& [mode, charset, legs_charset, name, legs_name] :
+       Rows<Mode, std::string, std::string, const char*, const char*>{
+           {Mode::kJapaneseMode, "x-sjis", "x-sjis", "\xFB\xFC&#252;", "\xFB\xFC&#252;"},
+           {Mode::kEnglishTexts, "x-sjis", "iso-8859-1", "\xFB\xFC&#252;", "&#39641;\xFC"},
+           {Mode::kJapaneseMode, "utf-8", "utf-8", "髙ü", "髙ü"},
+           {Mode::kEnglishTexts, "UTF-8", "UTF-8", "髙ü", "髙ü"}}) {
+    root = NewRoot(mode);
+    EmptySite();
+    AddClass("髙ü")->SetFileName("k");
+    SiteOptions options = Everything(false);
+    options.Charset = charset;
+    ASSERT_TRUE(Publish(options));
+    const char* circle = charset == "x-sjis" ? "\x81\x9D" : "◎";
+    for (const auto& [file, declared, shown] :
+         Rows<const char*, std::string, const char*>{{"/index.html", charset, name},
+                                                     {"/r_k.html", charset, name},
+                                                     {"/a_k.html", charset, name},
+                                                     {"/l_k.html", legs_charset, legs_name},
+                                                     {"/c_k.html", charset, circle}}) {
+      const std::string bytes = ReadBytes(site + file);
+      EXPECT_NE(bytes.find("charset=" + declared + "\">"), bytes.npos) << file << charset;
+      EXPECT_NE(bytes.find(shown), bytes.npos) << file << charset;
+      EXPECT_EQ(Decode(bytes, *CharsetFromName(declared)).FirstInvalid, bytes.npos) << file;
+    }
+    if (mode == Mode::kEnglishTexts) continue;
+    // The page of the viewer control declares nothing unless it must.
+    const std::string page = ReadBytes(site + "/v.html");
+    EXPECT_EQ(page.find("charset=utf-8\">") != page.npos, charset == "utf-8");
+    EXPECT_NE(page.find(charset == "utf-8" ? "申" : "\x90\x5C"), page.npos);
   }
+}
+
+TEST_F(SiteTest, ViewerPage) {
+  AddClass("A", 1);
+  AddClass("B", 1);
+  root->AddClass("Nobody");
+  ASSERT_TRUE(Publish({.ViewerFile = "../view \"1\".html"}));
+  EXPECT_EQ(root->ErrorComment() + Files(),
+            ".._view _1_.html a_a.html a_b.html index.html r_a.html r_b.html ");
+  EXPECT_TRUE(
+      IndexHas("&nbsp;[<a href=\".._view%20_1_.html\" target=\"_blank\">ビューアで見る</a>]"));
+  const std::string page = ReadBytes(site + "/.._view _1_.html");
+  for (const std::string set :
+       {"class\" data-name=\"A\" data-runners=\"1\"", "class\" data-name=\"B\" data-runners=\"1\"",
+        "course\" data-name=\"A/B\" data-runners=\"2\""}) {
+    EXPECT_NE(page.find("data-kind=\"" + set), page.npos);
+  }
+  EXPECT_EQ(page.find("Nobody"), page.npos);
 }
 
 TEST_F(SiteTest, PublishingLeavesTheEventAsItWas) {
@@ -312,12 +547,12 @@ TEST_F(SiteTest, PublishingLeavesTheEventAsItWas) {
   AddRunner(*klass, "Skipped", "MP", {100, -1, 120, -1});
   AddRunner(*klass, "Last", "DNF", {100, -1, -1});
   ASSERT_TRUE(root->FileControl()->SaveLapFile(folder.Path("before.lxm")));
-  ASSERT_TRUE(Publish({.Lap2 = "copy.lxm", .AnalysisCourse = true, .ResultCourse = true}));
+  ASSERT_TRUE(Publish(Everything(true)));
   ASSERT_TRUE(root->FileControl()->SaveLapFile(folder.Path("after.lxm")));
   const std::string before = ReadBytes(folder.Path("before.lxm"));
   EXPECT_NE(before.find("index=\"4\" laptime=\"+\""), std::string::npos);
   EXPECT_EQ(ReadBytes(folder.Path("after.lxm")), before);
-  EXPECT_EQ(ReadBytes(site + "/copy.lxm"), before);
+  EXPECT_EQ(ReadBytes(site + "/my data.lxm"), before);
 }
 
 TEST_F(SiteTest, Progress) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
@@ -10,6 +11,18 @@
 #include "keltrun2/platform/locale.h"
 
 namespace keltrun::test {
+namespace {
+
+// Root objects keep settings in the user's folder: the tests have one of their own.
+struct OwnConfigFolder {
+  OwnConfigFolder() {
+    setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
+    setenv("HOME", folder.Path().c_str(), 0);  // some build machines have none
+  }
+  TemporaryFolder folder;
+} const own_config_folder;
+
+}  // namespace
 
 void RestartIn(Mode mode) {
   const bool japanese_mode = mode == Mode::kJapaneseMode;

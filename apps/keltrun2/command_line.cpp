@@ -5,7 +5,9 @@
 #include <iostream>
 #include <limits>
 #include <string>
+#include <vector>
 
+#include "apps/keltrun2/chart_modes.h"
 #include "apps/keltrun2/command_error.h"
 #include "keltrun2/keltrun2.h"
 
@@ -26,12 +28,13 @@ constexpr char kFooter[] =
     "The program ends with 0 when it is done, 1 when it failed, 2 when it was used wrongly.";
 
 constexpr char kSiteFooter[] =
-    "The folder gets index.html, a result page and an analysis page for each class, a copy of the\n"
-    "lap file (event.lxm) and style.css. Files of these names are replaced, with --add too: give\n"
-    "each of several events in one folder a --prefix.\n"
+    "The folder gets index.html, pages with results, splits and legs of each class, copies of the\n"
+    "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, with --add\n"
+    "too: give each of several events in one folder a --prefix.\n"
     "Examples:\n"
     "  keltrun2 site event.lxm public_html\n"
-    "  keltrun2 site event.lxm public_html --courses --style club.css\n"
+    "  keltrun2 site event.lxm public_html --charts all --courses\n"
+    "  keltrun2 site event.lxm public_html --viewer --charset utf-8 --style club.css\n"
     "  keltrun2 site sunday.lxm public_html --add --prefix sunday_ --lang en";
 constexpr char kInfoFooter[] =
     "Examples:\n"
@@ -67,6 +70,21 @@ constexpr char kResultsFooter[] =
     "  keltrun2 results event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 results event.lxm --as json | jq .";
 
+constexpr char kChartFooter[] =
+    "The modes normal, realtime, relative, relative110 and relative130 draw a line a runner down "
+    "the\n"
+    "course; missrate, halfratio and map draw a mark a runner.\n"
+    "Examples:\n"
+    "  keltrun2 chart event.lxm --class M21A --mode normal -o chart.png\n"
+    "  keltrun2 chart event.lxm --class M21A --mode map --highlight 12,15 -o map.svg\n"
+    "  keltrun2 chart event.lxm --course 3 --mode relative --zoom-y 2 --names -o relative.pdf";
+constexpr char kPrintFooter[] =
+    "Examples:\n"
+    "  keltrun2 print event.lxm -o results.pdf\n"
+    "  keltrun2 print event.lxm --what analysis -o analysis.pdf --landscape --per-sheet 2x1\n"
+    "  keltrun2 print --list-printers\n"
+    "  keltrun2 print event.lxm --class M21A --printer office";
+
 void AddGeneralOptions(CLI::App& app, Options& options) {
   app.add_option("--lang", options.language, "language of the pages")
       ->type_name("ja|en")
@@ -75,24 +93,48 @@ void AddGeneralOptions(CLI::App& app, Options& options) {
   app.add_flag("-q,--quiet", options.quiet, "no progress bar, no closing line");
 }
 
-void AddEvent(CLI::App& app, Options& options) {
-  app.add_option("EVENT", options.event, "lap file; - is standard input (UTF-8)")
-      ->type_name("")
-      ->required();
+CLI::Option* AddEvent(CLI::App& app, Options& options) {
+  CLI::Option* event =
+      app.add_option("EVENT", options.event, "lap file; - is standard input (UTF-8)")
+          ->type_name("")
+          ->required();
   app.add_option("--member", options.member, "which lap file of an archive that holds several")
       ->type_name("NAME");
+  return event;
 }
 
-// A file name whose ending names a format that can be written.
-CLI::Validator LapFileName() {
+// A file name whose ending names a format that can be written; "-" among the endings allows it as a
+// name.
+CLI::Validator FileNameEnding(const std::vector<std::string>& endings) {
   return CLI::Validator(
-      [](const std::string& name) {
-        for (const char* ending : {".lxm", ".lap", ".xml", ".lzh"}) {
-          if (name.size() > 4 && CLI::detail::to_lower(name.substr(name.size() - 4)) == ending) {
+      [endings](const std::string& name) {
+        for (const std::string& ending : endings) {
+          const std::string lower = CLI::detail::to_lower(name);
+          if (lower == ending ? ending == "-" : ending != "-" && lower.ends_with(ending)) {
             return std::string();
           }
         }
-        return std::string("a file name must end in .lxm, .lap, .xml or .lzh");
+        return "a file name must end in " + CLI::detail::join(endings, ", ");
+      },
+      "");
+}
+
+CLI::Validator LapFileName() { return FileNameEnding({".lxm", ".lap", ".xml", ".lzh"}); }
+
+// Two whole numbers with an x between them.
+CLI::Validator TwoNumbers(int least, int most, const std::string& wanted) {
+  return CLI::Validator(
+      [least, most, wanted](const std::string& text) {
+        const auto parts = CLI::detail::split(text, 'x');
+        const auto fits = [least, most](const std::string& part) {
+          int number = 0;
+          const bool digits = !part.empty() && part.size() <= 4 &&
+                              part.find_first_not_of("0123456789") == std::string::npos;
+          return digits && CLI::detail::lexical_cast(part, number) && number >= least &&
+                 number <= most;
+        };
+        const bool good = parts.size() == 2 && fits(parts[0]) && fits(parts[1]);
+        return good ? std::string() : "must be " + wanted;
       },
       "");
 }
@@ -104,7 +146,7 @@ void AddOutput(CLI::App& app, Options& options) {
   app.add_flag("--force", options.force, "replace the file when it is there already");
 }
 
-// Which data set and in which form.
+// Which data set.
 CLI::Option* AddDataSet(CLI::App& app, Options& options) {
   CLI::Option* by_class =
       app.add_option("--class", options.class_name, "only this class")->type_name("NAME");
@@ -116,12 +158,20 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
       ->type_name("NAME")
       ->excludes(by_class)
       ->excludes("--course");
-  app.add_option_function<std::string>(
-         "--as", [&options](const std::string& form) { options.json = form == "json"; },
-         "form of the output")
-      ->type_name("html|json")
-      ->check(CLI::IsMember({"html", "json"}).description(""))
-      ->required();
+  return by_class;
+}
+
+// A word out of a few.
+CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
+                       const std::vector<std::string>& words, const std::string& description) {
+  return app.add_option(name, word, description)
+      ->type_name(CLI::detail::join(words, "|"))
+      ->check(CLI::IsMember(words).description(""));
+}
+
+// In which form a data set is written.
+void AddForm(CLI::App& app, Options& options, const std::vector<std::string>& forms) {
+  AddChoice(app, "--as", options.form, forms, "form of the output")->required();
   app.add_option("--style-url", options.style_address, "address of a style sheet for the HTML page")
       ->type_name("URL")
       ->check(CLI::Validator(
@@ -131,7 +181,6 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
                        : std::string("an address must not hold quotes or angle brackets");
           },
           ""));
-  return by_class;
 }
 
 void AddConvertOptions(CLI::App& app, Options& options) {
@@ -180,6 +229,19 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       ->type_name("FILE|none");
   app.add_option("--prefix", options.prefix, "in front of the names of all pages but the index")
       ->type_name("TEXT");
+  app.add_flag_callback(
+      "--no-legs", [&options] { options.legs = false; }, "no pages about the legs");
+  auto charts = ChartModeNames();
+  charts.push_back("all");
+  app.add_option(
+         "--charts", options.charts,
+         "pages with these charts: all, or some of " + CLI::detail::join(ChartModeNames(), ", "))
+      ->type_name("MODES")
+      ->delimiter(',')
+      ->check(CLI::IsMember(charts).description(""));
+  app.add_flag("--viewer", options.viewer, "viewer.html, one page to browse in tables and charts");
+  AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "what the pages are written in")
+      ->capture_default_str();
   app.add_flag("--add", options.add, "keep an index.html that is there and put the event in front");
   app.add_flag_callback(
       "--no-official-site", [&options] { options.official_site = false; },
@@ -195,6 +257,7 @@ void AddInfoOptions(CLI::App& app, Options& options) {
 void AddAnalyzeOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   CLI::Option* by_class = AddDataSet(app, options);
+  AddForm(app, options, {"html", "legs", "mail", "macro-csv", "splitsbrowser", "json"});
   app.add_flag("--all")
       ->description("every class and every shared course, which is what naming none means")
       ->excludes(by_class)
@@ -205,7 +268,97 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
 void AddResultsOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   AddDataSet(app, options);
+  AddForm(app, options, {"html", "text", "json"});
   AddOutput(app, options);
+}
+
+// "1200x800"
+void AddSize(CLI::App& app, ChartOptions& chart) {
+  app.add_option_function<std::string>(
+         "--size",
+         [&chart](const std::string& size) {
+           const std::size_t x = size.find('x');
+           chart.width = std::stoi(size.substr(0, x));
+           chart.height = std::stoi(size.substr(x + 1));
+         },
+         "width and height in pixels (default 1200x800)")
+      ->type_name("WxH")
+      ->check(TwoNumbers(200, 9999, "a size such as 1200x800, each from 200 to 9999"));
+}
+
+void AddChartOptions(CLI::App& app, Options& options) {
+  ChartOptions& chart = options.chart;
+  AddEvent(app, options);
+  AddDataSet(app, options);
+  AddChoice(app, "--mode", chart.mode, ChartModeNames(), "kind of chart")->capture_default_str();
+  app.add_option("--highlight", chart.highlight,
+                 "runners to draw in colour: their positions in the analysis, or parts of names")
+      ->type_name("RUNNERS")
+      ->delimiter(',');
+  app.add_flag("--names", chart.names, "every runner's name at his line or mark");
+  AddSize(app, chart);
+  const auto add_number = [&app](const char* name, float& value, float least, float most,
+                                 const char* description) {
+    app.add_option(name, value, description)
+        ->type_name("NUMBER")
+        ->check(CLI::Range(least, most).description(""))
+        ->capture_default_str();
+  };
+  add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "times as wide as the picture");
+  add_number("--zoom-y", chart.zoom_y, 1, 100, "times as high as the picture");
+  add_number("--scroll-x", chart.scroll_x, 0, 1, "part of a zoomed chart: 0 left, 1 right");
+  add_number("--scroll-y", chart.scroll_y, 0, 1, "part of a zoomed chart: 0 top, 1 bottom");
+  app.add_option("-o,--output", options.output,
+                 "picture to write, a .png, .svg or .pdf; - writes a PNG to standard output")
+      ->type_name("FILE")
+      ->required()
+      ->check(FileNameEnding({"-", ".png", ".svg", ".pdf"}));
+  app.add_flag("--force", options.force, "replace the file when it is there already");
+}
+
+void AddPrintOptions(CLI::App& app, Options& options) {
+  PrintOptions& print = options.print;
+  CLI::Option* list = app.add_flag("--list-printers", print.list_printers,
+                                   "show the names of the printers and end");
+  AddEvent(app, options)->required(false);
+  AddDataSet(app, options);
+  AddChoice(app, "--what", print.what, {"results", "analysis"}, "what to print")
+      ->capture_default_str();
+  AddChoice(app, "--legs", print.legs, {"lap", "miss"},
+            "what an analysis shows of each leg: lap and split, or lap and time lost")
+      ->capture_default_str();
+  AddChoice(app, "--paper", print.paper, {"A3", "A4", "A5", "B4", "B5", "Letter", "Legal"},
+            "paper size")
+      ->capture_default_str();
+  app.add_flag("--landscape", print.landscape, "the sheet lies on its side");
+  app.add_option("--per-sheet", print.per_sheet, "pages on a sheet: side by side x one below other")
+      ->type_name("COLSxROWS")
+      ->check(TwoNumbers(1, 10, "a number of columns and rows such as 2x1, each from 1 to 10"))
+      ->capture_default_str();
+  app.add_option("--margin", print.margin, "margins in mm")
+      ->type_name("MM")
+      ->check(CLI::Range(0.0F, 60.0F).description(""))
+      ->capture_default_str();
+  app.add_option("--line-interval", print.line_interval, "line spacing of result lists")
+      ->type_name("NUMBER")
+      ->check(CLI::Range(1.0F, 10.0F).description(""))
+      ->capture_default_str();
+  app.add_flag("--ids", print.ids, "result lists with the runners' numbers");
+  app.add_flag("--ages", print.ages, "result lists with the runners' ages");
+  app.add_flag("--new-pages", print.new_pages, "each result list on a page of its own");
+  CLI::Option* printer =
+      app.add_option("--printer", print.printer, "print on this printer")->type_name("NAME");
+  app.add_option("-o,--output", options.output, "PDF file to write; - is standard output")
+      ->type_name("FILE")
+      ->excludes(printer);
+  app.add_flag("--force", options.force, "replace the file when it is there already");
+  app.parse_complete_callback([list, printer, &app, &options] {
+    if (list->count() > 0) return;
+    if (options.event.empty()) throw CLI::RequiredError("EVENT");
+    if (printer->count() == 0 && app.get_option("--output")->count() == 0) {
+      throw CLI::RequiredError("--output or --printer");
+    }
+  });
 }
 
 std::string ProgramVersion() { return "Keltrun " + clsKeltrun2().Version(); }
@@ -230,6 +383,8 @@ constexpr CommandEntry kCommands[] = {
      WriteAnalysis},
     {"results", "Write the result list of a class or course", kResultsFooter, AddResultsOptions,
      WriteResults},
+    {"chart", "Draw a chart of a class or course", kChartFooter, AddChartOptions, DrawChart},
+    {"print", "Print result lists or analyses", kPrintFooter, AddPrintOptions, PrintPages},
 };
 
 void AddCommands(CLI::App& app, CommandLine& line) {

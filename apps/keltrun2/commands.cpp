@@ -1,6 +1,7 @@
 #include "apps/keltrun2/commands.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -8,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/keltrun2/chart_modes.h"
 #include "apps/keltrun2/command_error.h"
 #include "apps/keltrun2/data_sets.h"
 #include "apps/keltrun2/event_input.h"
@@ -45,26 +47,36 @@ std::string SiteStyle(const Options& options) {
   return ReadInput(options.style_file);
 }
 
+SiteOptions Site(const Options& options, const std::string& folder, bool styled) {
+  SiteOptions site;
+  site.OutputFolder = folder;
+  site.IndexFile = kIndexFile;
+  site.ResultFile = options.prefix + "result_*.html";
+  site.AnalysisFile = options.prefix + "lap_*.html";
+  if (options.legs) site.LegDataFile = options.prefix + "legs_*.html";
+  if (!options.charts.empty()) site.ChartFile = options.prefix + "chart_*.html";
+  site.ChartOption = ChartModeNumbers(options.charts);
+  site.ResultIncludeCourse = site.AnalysisIncludeCourse = options.courses;
+  site.LegDataIncludeCourse = site.ChartIncludeCourse = options.courses;
+  site.Lap2File = options.prefix + "event.lxm";
+  site.Lap1File = options.prefix + "event.lap";
+  if (options.viewer) site.ViewerFile = options.prefix + "viewer.html";
+  if (styled) site.LinkStyleFile = kStyleFile;
+  site.OfficialSite = options.official_site;
+  site.IndexFileAddMode = options.add;
+  site.Charset = options.charset;
+  return site;
+}
+
 void AddNewLine(std::string& text, std::string_view new_line) {
   if (!text.ends_with('\n')) text += new_line;
 }
 
-std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice) {
-  auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();
-  Fill(*analyzer, choice);
-  analyzer->Execute();
-  return analyzer;
-}
-
-std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice) {
-  auto results = choice.segment ? choice.segment->ResultsHolder() : root.NewResultsHolder();
-  Fill(*results, choice);
-  results->CalcRank();
-  return results;
-}
-
 std::string AnalysisJson(const clsKeltrun2& root, const ChosenSet& choice) {
-  std::string json = root.TextControl()->OutputJson(Analysis(root, choice), choice.kind);
+  const auto analyzer = Analysis(root, choice);
+  analyzer->ExtraAnalyze();
+  analyzer->Vesmer();
+  std::string json = root.TextControl()->OutputJson(analyzer, choice.kind);
   while (json.ends_with('\n') || json.ends_with('\r')) json.pop_back();
   return json;
 }
@@ -89,6 +101,44 @@ std::string ResultListsJson(const clsKeltrun2& root, const Options& options) {
   return root.TextControl()->OutputResultJson(sets);
 }
 
+// HTML whose characters beyond ASCII are written as references, right in every charset.
+std::string WithCharacterReferences(std::string_view html) {
+  std::string out;
+  for (std::size_t i = 0; i < html.size();) {
+    const auto lead = static_cast<unsigned char>(html[i++]);
+    if (lead < 0x80) {
+      out += static_cast<char>(lead);
+      continue;
+    }
+    std::uint32_t code = lead & (lead < 0xE0 ? 0x1F : lead < 0xF0 ? 0x0F : 0x07);
+    while (i < html.size() && (html[i] & 0xC0) == 0x80) code = code << 6 | (html[i++] & 0x3F);
+    out += "&#" + std::to_string(code) + ";";
+  }
+  return out;
+}
+
+std::string AnalysisText(const clsKeltrun2& root, const Options& options,
+                         const std::shared_ptr<clsAnalyzer>& analyzer) {
+  const auto html = root.HtmlControl();
+  const auto text = root.TextControl();
+  if (options.form == "mail") return text->OutputTextMail(analyzer);
+  if (options.form == "macro-csv") return text->OutputCsvQuillonMacro(analyzer);
+  if (options.form == "splitsbrowser") return text->OutputCsvSplitsBrowser(analyzer);
+  if (options.form == "legs") {
+    analyzer->ExtraAnalyze();
+    // Outside the Japanese mode this page declares another charset than the one asked for.
+    return WithCharacterReferences(
+        html->OutputLegData(analyzer, options.style_address, kPageEncoding));
+  }
+  return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);
+}
+
+std::string ResultsText(const clsKeltrun2& root, const Options& options,
+                        const std::shared_ptr<clsResultsHolder>& results) {
+  if (options.form == "text") return root.TextControl()->OutputTextResult(results);
+  return root.HtmlControl()->OutputResult(results, "", options.style_address, kPageEncoding);
+}
+
 // The ending of the name is the format.
 void SaveEvent(clsKeltrun2& root, const Options& options) {
   const auto mode = options.full ? KR_SAVEMODE_FULL : KR_SAVEMODE_NORMAL;
@@ -103,14 +153,13 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   const std::string folder = SiteFolder(options.folder);
   const bool styled = options.style_file != kNoStyle;
   const std::string style = styled ? SiteStyle(options) : "";
-  const std::string copy = options.prefix + "event.lxm";
-  CheckCopyIsAnother(options.event, folder + copy);
+  const SiteOptions site = Site(options, folder, styled);
+  if (!options.charts.empty()) WarnWithoutJapaneseFont();
+  CheckCopyIsAnother(options.event, folder + site.Lap2File);
+  CheckCopyIsAnother(options.event, folder + site.Lap1File);
   MakeFolder(folder);
   if (styled) WriteOutput(folder + kStyleFile, style);
-  const bool begun = root.FileControl()->OutputHtml(
-      folder, kIndexFile, options.prefix + "lap_*.html", options.prefix + "result_*.html", copy, "",
-      options.official_site, options.add, "", "", options.courses, options.courses, "", false, "",
-      false, "", styled ? kStyleFile : "");
+  const bool begun = root.FileControl()->OutputSite(site);
   // The export goes on past a page that it cannot write and lists such pages at the end.
   if (!begun || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';
@@ -140,22 +189,20 @@ void ShowInfo(clsKeltrun2& root, const Options& options) {
 void WriteAnalysis(clsKeltrun2& root, const Options& options) {
   CheckOutput(options);
   LoadEvent(root, options);
-  std::string text = options.json
-                         ? AnalysesJson(root, options)
-                         : root.HtmlControl()->OutputAnalysis(Analysis(root, OneSet(root, options)),
-                                                              options.style_address, kPageEncoding);
-  AddNewLine(text, options.json ? "\n" : "\r\n");
+  const bool json = options.form == "json";
+  std::string text = json ? AnalysesJson(root, options)
+                          : AnalysisText(root, options, Analysis(root, OneSet(root, options)));
+  AddNewLine(text, json ? "\n" : "\r\n");
   WriteOutput(options.output, text);
 }
 
 void WriteResults(clsKeltrun2& root, const Options& options) {
   CheckOutput(options);
   LoadEvent(root, options);
-  std::string text =
-      options.json ? ResultListsJson(root, options)
-                   : root.HtmlControl()->OutputResult(ResultList(root, OneSet(root, options)), "",
-                                                      options.style_address, kPageEncoding);
-  AddNewLine(text, options.json ? "\n" : "\r\n");
+  const bool json = options.form == "json";
+  std::string text = json ? ResultListsJson(root, options)
+                          : ResultsText(root, options, ResultList(root, OneSet(root, options)));
+  AddNewLine(text, json ? "\n" : "\r\n");
   WriteOutput(options.output, text);
 }
 

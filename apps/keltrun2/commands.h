@@ -21,5 +21,9 @@ void ShowInfo(clsKeltrun2& root, const Options& options);
 void WriteAnalysis(clsKeltrun2& root, const Options& options);
 /// Result lists as a page or as JSON.
 void WriteResults(clsKeltrun2& root, const Options& options);
+/// A chart as a picture file.
+void DrawChart(clsKeltrun2& root, const Options& options);
+/// Result lists or analyses as a PDF document or on a printer.
+void PrintPages(clsKeltrun2& root, const Options& options);
 
 }  // namespace keltrun::cli

@@ -58,6 +58,15 @@ ChosenSet FromChoice(const ClassAndCourseValue& choice) {
   return {DataSetKind::kCourse, choice.CourseNum, nullptr};
 }
 
+// Puts the runners of a class or course into an empty data set; those of a segment are in it.
+void Fill(DataSet& set, const ChosenSet& choice) {
+  if (choice.kind == DataSetKind::kClass) {
+    set.AddClass(choice.number);
+  } else if (choice.kind == DataSetKind::kCourse) {
+    set.AddCourse(choice.number);
+  }
+}
+
 }  // namespace
 
 bool NamesOneSet(const Options& options) {
@@ -79,18 +88,24 @@ ChosenSet OneSet(const clsKeltrun2& root, const Options& options) {
   const auto sets = ChosenSets(root, options);
   if (sets.empty()) throw CommandError("the event has no classes");
   if (sets.size() > 1) {
-    throw CommandError("an HTML page holds one set: name it with --class, --course or --segment",
+    throw CommandError("there are several sets: name one with --class, --course or --segment",
                        kWrongUse);
   }
   return sets.front();
 }
 
-void Fill(DataSet& set, const ChosenSet& choice) {
-  if (choice.kind == DataSetKind::kClass) {
-    set.AddClass(choice.number);
-  } else if (choice.kind == DataSetKind::kCourse) {
-    set.AddCourse(choice.number);
-  }
+std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice) {
+  auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();
+  Fill(*analyzer, choice);
+  analyzer->Execute();
+  return analyzer;
+}
+
+std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice) {
+  auto results = choice.segment ? choice.segment->ResultsHolder() : root.NewResultsHolder();
+  Fill(*results, choice);
+  results->CalcRank();
+  return results;
 }
 
 }  // namespace keltrun::cli

@@ -27,7 +27,10 @@ std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& option
 /// The one set of a page. Throws CommandError when the user named none and there are several.
 ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 
-/// Puts the runners of a class or course into an empty data set; those of a segment are in it.
-void Fill(DataSet& set, const ChosenSet& choice);
+/// The analysis of a set, executed.
+std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice);
+
+/// The result list of a set with its ranks.
+std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice);
 
 }  // namespace keltrun::cli

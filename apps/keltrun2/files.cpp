@@ -6,10 +6,12 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <system_error>
 
 #include "apps/keltrun2/command_error.h"
+#include "keltrun2/keltrun2.h"
 
 namespace keltrun::cli {
 namespace {
@@ -124,6 +126,12 @@ void WriteOutput(const std::string& file, std::string_view bytes) {
   } else {
     WriteReplacing(file, bytes);
   }
+}
+
+void WarnWithoutJapaneseFont() {
+  if (HasJapaneseFont()) return;
+  std::cerr << "keltrun2: no font of this system has Japanese letters, they will show as boxes; "
+               "install the package fonts-ipafont-gothic\n";
 }
 
 }  // namespace keltrun::cli

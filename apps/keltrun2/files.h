@@ -23,4 +23,7 @@ void CheckOutput(const Options& options);
 /// is still there when writing fails.
 void WriteOutput(const std::string& file, std::string_view bytes);
 
+/// Says so on standard error when Japanese names cannot be drawn.
+void WarnWithoutJapaneseFont();
+
 }  // namespace keltrun::cli

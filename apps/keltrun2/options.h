@@ -4,8 +4,38 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace keltrun::cli {
+
+/// How a chart looks.
+struct ChartOptions {
+  std::string mode = "normal";
+  std::int32_t width = 1200;  // pixels
+  std::int32_t height = 800;
+  float zoom_x = 1;  // 1 shows the whole chart
+  float zoom_y = 1;
+  float scroll_x = 0;  // 0 is the start of a zoomed chart, 1 its end
+  float scroll_y = 0;
+  std::vector<std::string> highlight;  // positions in the analysis, or parts of names
+  bool names = false;                  // every runner's name at his line or mark
+};
+
+/// What is printed, and on what.
+struct PrintOptions {
+  std::string what = "results";  // or "analysis"
+  std::string paper = "A4";
+  bool landscape = false;
+  std::string per_sheet = "1x1";  // pages side by side x one below the other
+  float margin = 12;              // mm
+  float line_interval = 1.5F;     // of result lists
+  bool ids = false;
+  bool ages = false;
+  bool new_pages = false;    // each list on a page of its own
+  std::string legs = "lap";  // of analyses: "lap" or "miss"
+  std::string printer;       // "" writes a PDF file
+  bool list_printers = false;
+};
 
 /// The arguments of every command; each command reads those that it offers.
 struct Options {
@@ -20,12 +50,20 @@ struct Options {
   bool courses = false;
   bool add = false;
   bool official_site = true;
+  bool legs = true;                 // leg-data pages
+  std::vector<std::string> charts;  // modes to draw, or "all"
+  bool viewer = false;              // a page to browse in
+  std::string charset = "x-sjis";   // or "utf-8"
 
   // Commands that write one file.
   std::string output = "-";  // "-" is standard output
   bool force = false;
   bool json = false;
+  std::string form;           // of an analysis or result list: "html", "json" and so on
   std::string style_address;  // of the style sheet an HTML page links, "" for none
+
+  ChartOptions chart;
+  PrintOptions print;
 
   // Loading.
   std::string member;  // which lap file of an archive that holds several

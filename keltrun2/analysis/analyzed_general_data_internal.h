@@ -17,6 +17,11 @@ class AnalyzedGeneralInternal {
         std::move(runner);
   }
 
+  /// Leg 0 to 51, not checked.
+  static clsPercentValue& Difficulty(clsAnalyzedGeneralData& general, std::int32_t leg) {
+    return general.legs_[static_cast<std::size_t>(leg)].difficulty;
+  }
+
   /// From the upper laps of legs 1 to `legs`: the reference laps, their total and each leg's share.
   static void CalcUpperLaps(clsAnalyzedGeneralData& general, std::int32_t legs);
 };

@@ -31,6 +31,12 @@ class AnalyzedRunnerInternal {
   static clsPercentValue& CruiseSpeed(clsAnalyzedRunnerData& runner) {
     return runner.cruise_speed_;
   }
+  static clsPercentValue& FirstHalfCruiseSpeed(clsAnalyzedRunnerData& runner) {
+    return runner.first_half_cruise_speed_;
+  }
+  static clsPercentValue& SecondHalfCruiseSpeed(clsAnalyzedRunnerData& runner) {
+    return runner.second_half_cruise_speed_;
+  }
   static clsPercentValue& TotalTimeRelative(clsAnalyzedRunnerData& runner) {
     return runner.total_time_relative_;
   }

@@ -5,6 +5,8 @@
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/execution.h"
+#include "keltrun2/analysis/extra_analysis.h"
+#include "keltrun2/analysis/vesmer.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
@@ -131,6 +133,13 @@ void clsAnalyzer::Execute() {
   selected_ = full_;
   is_executed_ = true;
 }
+
+void clsAnalyzer::ExtraAnalyze() {
+  ExtraAnalysis(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
+  SelectAll();
+}
+
+void clsAnalyzer::Vesmer() { PlaceOnMap(full_, AnalyzerInternal::LegCount(*this), *general_); }
 
 void clsAnalyzer::SelectItem(std::int32_t SerialNum) {
   for (const auto& runner : full_) {

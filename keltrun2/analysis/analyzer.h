@@ -60,6 +60,17 @@ class clsAnalyzer : public DataSet {
   /// Raises subscript out of range (9), changing nothing, when ControlCount is above 50.
   void Execute();
 
+  /// After Execute: the runners' FirstHalfCruiseSpeed and SecondHalfCruiseSpeed, and the legs'
+  /// LegDifficulty. Selects everybody.
+  void ExtraAnalyze();
+
+  /// After Execute: places the runners of the full set on the map of loss profiles, VesmerX and
+  /// VesmerY, -100 to 100 on its wider axis. Runners who lost time on the same legs lie close
+  /// together; a runner without losses would lie at (0, 0), and those without a time in Result are
+  /// put there. Fewer than 5 finishers keep their places; above 5,000 no map is made and all are
+  /// at (0, 0). The places stay until the next call.
+  void Vesmer();
+
   /// Appends the first runner of that serial number to the selected set, also when he is there
   /// already; unknown numbers are ignored.
   void SelectItem(std::int32_t SerialNum);

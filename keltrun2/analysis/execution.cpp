@@ -5,6 +5,7 @@
 
 #include "keltrun2/analysis/analyzed_general_data_internal.h"
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
+#include "keltrun2/analysis/best_legs.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
@@ -223,7 +224,8 @@ void Execution::CalcRunnerFigures() {
       AnalysisValue::Set(Figures::Leg(*runner, leg).lap_relative, LapRelative(*runner, leg));
     }
     CalcTotalTimeRelative(*runner);
-    AnalysisValue::Set(Figures::CruiseSpeed(*runner), CruiseSpeed(*runner));
+    AnalysisValue::Set(Figures::CruiseSpeed(*runner),
+                       SpeedOnBestLegs(*runner, general_, 1, legs_, kCruiseShare, cruise_order_));
     CalcMissTimes(*runner);
   }
 }
@@ -248,27 +250,6 @@ void Execution::CalcTotalTimeRelative(clsAnalyzedRunnerData& runner) const {
   const bool comparable = finish.valid_split && finish.split_time > 0 && total != 0;
   AnalysisValue::Set(Figures::TotalTimeRelative(runner),
                      comparable ? finish.split_time / total : 0);
-}
-
-// The factor by which the runner is slower than the reference on his best legs covering half of the
-// course.
-double Execution::CruiseSpeed(const clsAnalyzedRunnerData& runner) {
-  cruise_order_.Clear();
-  for (std::int32_t leg = 1; leg <= legs_; ++leg) {
-    const DateTime lap = Figures::Leg(runner, leg).modified_lap_time;
-    const DateTime reference = general_.UpperLapAverage(leg);
-    if (lap > 0 && reference != 0) cruise_order_.Add(lap / reference, leg);
-  }
-  double share = 0;
-  DateTime laps = 0;
-  DateTime references = 0;
-  for (const auto& line : cruise_order_.LineSet()) {
-    share += general_.LegLength(line.Item);
-    laps += Figures::Leg(runner, line.Item).modified_lap_time;
-    references += general_.UpperLapAverage(line.Item);
-    if (share >= kCruiseShare) break;
-  }
-  return references != 0 ? laps / references : 0;
 }
 
 DateTime Execution::RangeMiss(const clsAnalyzedRunnerData& runner, std::int32_t leg,

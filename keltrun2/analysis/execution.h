@@ -44,7 +44,6 @@ class Execution {
   void CopySplits(clsAnalyzedRunnerData& runner);
   bool MakeModifiedSplit(clsAnalyzedRunnerData& runner, std::int32_t leg);
   double LapRelative(const clsAnalyzedRunnerData& runner, std::int32_t leg) const;
-  double CruiseSpeed(const clsAnalyzedRunnerData& runner);
   void CalcTotalTimeRelative(clsAnalyzedRunnerData& runner) const;
   void CalcMissTimes(clsAnalyzedRunnerData& runner) const;
   DateTime RangeMiss(const clsAnalyzedRunnerData& runner, std::int32_t leg, double cruise) const;

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
-#include "keltrun2/model/time_text.h"
 #include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
@@ -15,12 +15,6 @@ namespace {
 template <typename Order>
 std::shared_ptr<clsLapData> At(Order& order, std::int32_t index) {
   return index >= 1 && index <= order.Count() ? order.Item(index) : nullptr;
-}
-
-// A result of 24 hours and more is a finish time here, although the order by class does not take it
-// for one.
-bool HasFinishTime(const clsLapData& lap) {
-  return ParseFinishTime(lap.Result()).has_value() || IsTimeText(lap.Result());
 }
 
 }  // namespace
@@ -66,7 +60,7 @@ std::shared_ptr<clsLapData> clsResultsHolder::FullSetItem(std::int32_t Index) co
 std::string clsResultsHolder::RankInDataSet(std::int32_t Index) const {
   CheckIndex(Index, 1, Count(), "clsResultsHolder.RankInDataSet");
   const auto& line = selected_->LineObject(Index);
-  return HasFinishTime(*line.Item) ? std::to_string(line.RankOrder) : "";
+  return HasFinishTime(line.Item->Result()) ? std::to_string(line.RankOrder) : "";
 }
 
 void clsResultsHolder::CalcRank() {

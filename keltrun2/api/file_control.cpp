@@ -11,31 +11,42 @@
 
 namespace keltrun {
 
-bool clsFileControl::OutputHtml(
-    std::string_view OutputFolder, std::string_view IndexFile, std::string_view AnalysisFile,
-    std::string_view ResultFile, std::string_view Lap2File, std::string_view Lap1File,
-    bool OfficialSite, bool IndexFileAddMode, std::string_view /*ActiveXFile*/,
-    std::string_view /*ActiveXAddress*/, bool AnalysisIncludeCourse, bool ResultIncludeCourse,
-    std::string_view /*LegDataFile*/, bool LegDataIncludeCourse, std::string_view /*ChartFile*/,
-    bool ChartIncludeCourse, std::string_view /*ChartOption*/, std::string_view LinkStyleFile) {
-  const Busy busy;
-  if (!busy.Granted()) return false;
+bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view IndexFile,
+                                std::string_view AnalysisFile, std::string_view ResultFile,
+                                std::string_view Lap2File, std::string_view Lap1File,
+                                bool OfficialSite, bool IndexFileAddMode,
+                                std::string_view ActiveXFile, std::string_view ActiveXAddress,
+                                bool AnalysisIncludeCourse, bool ResultIncludeCourse,
+                                std::string_view LegDataFile, bool LegDataIncludeCourse,
+                                std::string_view ChartFile, bool ChartIncludeCourse,
+                                std::string_view ChartOption, std::string_view LinkStyleFile) {
   SiteOptions options;
   options.OutputFolder = OutputFolder;
   options.IndexFile = IndexFile;
-  options.AnalysisFile = AnalysisFile;
   options.ResultFile = ResultFile;
+  options.AnalysisFile = AnalysisFile;
+  options.LegDataFile = LegDataFile;
+  options.ChartFile = ChartFile;
+  options.ChartOption = ChartOption;
+  options.ResultIncludeCourse = ResultIncludeCourse;
+  options.AnalysisIncludeCourse = AnalysisIncludeCourse;
+  options.LegDataIncludeCourse = LegDataIncludeCourse;
+  options.ChartIncludeCourse = ChartIncludeCourse;
   options.Lap2File = Lap2File;
   options.Lap1File = Lap1File;
+  options.ActiveXFile = ActiveXFile;
+  options.ActiveXAddress = ActiveXAddress;
+  options.LinkStyleFile = LinkStyleFile;
   options.OfficialSite = OfficialSite;
   options.IndexFileAddMode = IndexFileAddMode;
-  options.AnalysisIncludeCourse = AnalysisIncludeCourse;
-  options.ResultIncludeCourse = ResultIncludeCourse;
-  options.WalkCourses =
-      AnalysisIncludeCourse || ResultIncludeCourse || LegDataIncludeCourse || ChartIncludeCourse;
-  options.LinkStyleFile = LinkStyleFile;
+  return OutputSite(options);
+}
+
+bool clsFileControl::OutputSite(const SiteOptions& Options) {
+  const Busy busy;
+  if (!busy.Granted()) return false;
   return ExportSite(
-      options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+      Options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
 
 bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,

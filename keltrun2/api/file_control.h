@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "keltrun2/api/progress.h"
+#include "keltrun2/api/site_options.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
 #include "keltrun2/model/load_mode.h"
@@ -27,13 +28,12 @@ class clsFileControl {
   bool ProgressVisible() const { return progress_visible_; }
   void SetProgressVisible(bool Visible) { progress_visible_ = Visible; }
 
-  /// Publishes the event as a small web site in a folder. Names with "*" are patterns: the star
-  /// becomes the file name of each class or course. An empty name switches an output off. False
-  /// only when the user does not want the missing folder created; pages that could not be written
-  /// are listed in ErrorComment.
-  ///
-  /// Index, result and analysis pages and the copy in the native format are written; the others of
-  /// these outputs are not made yet, and asking for them has no effect.
+  /// Publishes the event as a small web site in a folder. False only when the user does not want
+  /// the missing folder created; what could not be written is listed in ErrorComment, the rest is
+  /// there. Raises invalid procedure call (5) for a charset that is not known.
+  bool OutputSite(const SiteOptions& Options);
+
+  /// The same by its parameters one by one; `SiteOptions` tells what they mean.
   bool OutputHtml(std::string_view OutputFolder, std::string_view IndexFile = "",
                   std::string_view AnalysisFile = "", std::string_view ResultFile = "",
                   std::string_view Lap2File = "", std::string_view Lap1File = "",

@@ -1,9 +1,57 @@
 // Charts, printing and grids.
 #pragma once
 
+#include <memory>
+#include <utility>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/chart/chart_object.h"
+#include "keltrun2/config/config_control.h"
+#include "keltrun2/print/grid_object.h"
+#include "keltrun2/print/print_analysis.h"
+#include "keltrun2/print/print_book.h"
+
 namespace keltrun {
 
-/// The service that draws charts, prints lists and fills grids.
-class clsGraphicControl {};
+/// The service that draws charts, prints lists and fills grids. A null object raises object not set
+/// (91) and changes nothing.
+class clsGraphicControl {
+ public:
+  /// Colours of printed analyses come from Settings, or are the defaults when it is null.
+  explicit clsGraphicControl(std::shared_ptr<clsConfigControl> Settings = nullptr)
+      : settings_(std::move(Settings)) {}
+
+  /// Builds the chart of an executed analysis into ChartObject, which then draws it. Drawn are the
+  /// runners of the selected set. RatioX (at least 0.5) and RatioY (at least 1) zoom, PositionX and
+  /// PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the figures of
+  /// `clsAnalyzer::ExtraAnalyze`, mode 7 those of `clsAnalyzer::Vesmer`.
+  void DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                 const std::shared_ptr<clsChartObject>& ChartObject, KrChartModeConst ChartMode,
+                 float RatioX, float RatioY, float PositionX, float PositionY);
+
+  /// Lays a result list out on a print book, below what the current page already holds: title band,
+  /// a line a runner, and a border behind the cut-off rank. LineInterval below 1 is taken as 1. The
+  /// book gets a virtual width of 141, and 5 more with PrintAge, 17 more with PrintID. Its
+  /// PrintedAreaHeight is then where the next list starts; a host that asked for PrintNewPage sets
+  /// it to 0 to start at the top.
+  void PrintResult(const std::shared_ptr<clsResultsHolder>& ResultsHolderObject,
+                   const std::shared_ptr<clsPrintBook>& PrintBookObject, float LineInterval = 1.5f,
+                   bool PrintNewPage = false, bool PrintID = false, bool PrintAge = false);
+
+  /// Lays the selected runners of an executed analysis out on a print book, on pages of their own,
+  /// in the book's virtual area whatever its size. Laps of rank 1 to 3 are shaded in the colours of
+  /// the settings PRINT_COLOR_RANK1 to PRINT_COLOR_RANK3 ("&HCCCCCC").
+  void PrintAnalysis(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                     const std::shared_ptr<clsPrintBook>& PrintBookObject,
+                     KrPrintAnalysisModeConst Mode = KR_PRINT_ANALYSIS_LAP);
+
+  /// Fills the host's grid with an executed analysis: a column a runner, a row a figure.
+  void DrawGrid(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                const std::shared_ptr<clsGridObject>& GridObject);
+
+ private:
+  std::shared_ptr<clsConfigControl> settings_;
+};
 
 }  // namespace keltrun

@@ -4,7 +4,12 @@
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/automation_error.h"
 #include "keltrun2/report/analysis_page.h"
+#include "keltrun2/report/chart_page.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/report/leg_data_page.h"
 #include "keltrun2/report/result_page.h"
+#include "keltrun2/report/viewer_control_page.h"
+#include "keltrun2/report/viewer_page.h"
 
 namespace keltrun {
 
@@ -23,6 +28,42 @@ std::string clsHtmlControl::OutputResult(const std::shared_ptr<clsResultsHolder>
   CheckObject(ResultsHolder, "clsHtmlControl.OutputResult");
   std::string page;
   AppendResultPage(page, *ResultsHolder, TopValue, LinkStyleFile, Encoding);
+  return page;
+}
+
+std::string clsHtmlControl::OutputLegData(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                          std::string_view LinkStyleFile,
+                                          std::string_view Encoding) const {
+  CheckObject(Analyzer, "clsHtmlControl.OutputLegData");
+  std::string page;
+  AppendLegDataPage(page, *CurrentModel(), *Analyzer, LinkStyleFile, LegDataCharset(Encoding));
+  return page;
+}
+
+std::string clsHtmlControl::OutputChart(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                        std::string_view ChartName,
+                                        std::string_view ChartOption) const {
+  CheckObject(Analyzer, "clsHtmlControl.OutputChart");
+  std::string page;
+  AppendChartPage(page, *CurrentModel(), *Analyzer, ChartName, ChartOption, kPageCharset);
+  return page;
+}
+
+std::string clsHtmlControl::OutputActiveXPage(std::string_view LapFileURL) const {
+  std::string page;
+  AppendViewerControlPage(page, LapFileURL);
+  return page;
+}
+
+std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets) const {
+  std::vector<ViewerPageSet> page_sets;
+  page_sets.reserve(Sets.size());
+  for (const ViewerSet& set : Sets) {
+    CheckObject(set.Analyzer, "clsHtmlControl.OutputViewer");
+    page_sets.push_back({set.Analyzer.get(), set.Kind});
+  }
+  std::string page;
+  AppendViewerPage(page, *CurrentModel(), page_sets);
   return page;
 }
 

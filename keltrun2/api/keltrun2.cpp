@@ -14,10 +14,10 @@ clsKeltrun2::clsKeltrun2() : model_(std::make_shared<EventModel>()) {
   LoadSettings();
   SetCurrentModel(model_);
   file_control_ = std::make_shared<clsFileControl>();
-  graphic_control_ = std::make_shared<clsGraphicControl>();
+  config_control_ = std::make_shared<clsConfigControl>();
+  graphic_control_ = std::make_shared<clsGraphicControl>(config_control_);
   html_control_ = std::make_shared<clsHtmlControl>();
   text_control_ = std::make_shared<clsTextControl>();
-  config_control_ = std::make_shared<clsConfigControl>();
   Clear();
 }
 

@@ -1,6 +1,7 @@
 #include "keltrun2/api/site_export.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <optional>
 #include <unordered_map>
@@ -8,38 +9,67 @@
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/analysis/segment_data.h"
 #include "keltrun2/api/output_names.h"
 #include "keltrun2/api/skipped_legs_keeper.h"
+#include "keltrun2/chart/chart_builder.h"
+#include "keltrun2/chart/chart_object.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/cairo_picture.h"
 #include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
 #include "keltrun2/report/analysis_page.h"
+#include "keltrun2/report/chart_page.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/index_page.h"
+#include "keltrun2/report/leg_data_page.h"
 #include "keltrun2/report/result_page.h"
+#include "keltrun2/report/viewer_control_page.h"
+#include "keltrun2/report/viewer_page.h"
 
 namespace keltrun {
 namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
-constexpr std::string_view kCharsetName = "x-sjis";
-constexpr Charset kCharset = Charset::kShiftJis;
 constexpr std::string_view kNewWindow = " target=\"_blank\"";
+constexpr std::int32_t kPictureWidth = 1000;
+constexpr std::int32_t kPictureHeight = 700;
 
-// A class or course of the site with the names of its pages.
+// The pages of a class or course, in the order of their links.
+enum PageKind : std::size_t { kResultPage, kAnalysisPage, kLegDataPage, kChartPage, kPageKinds };
+
+struct PageOptions {
+  std::string SiteOptions::*pattern;
+  bool SiteOptions::*include_course;
+  std::string_view link_text_key;
+};
+constexpr std::array<PageOptions, kPageKinds> kPages = {{
+    {&SiteOptions::ResultFile, &SiteOptions::ResultIncludeCourse, "RES_META_RESULT_LIST"},
+    {&SiteOptions::AnalysisFile, &SiteOptions::AnalysisIncludeCourse, "RES_META_SPLITS_ANALYSIS"},
+    {&SiteOptions::LegDataFile, &SiteOptions::LegDataIncludeCourse, "RES_META_LEG_ANALYSIS"},
+    {&SiteOptions::ChartFile, &SiteOptions::ChartIncludeCourse, "RES_META_CHART"},
+}};
+
+// A class or course of the site.
 struct Entry {
   ClassAndCourseChoice choice;
   std::vector<std::shared_ptr<clsClassData>> classes;
-  std::string result_name;  // "" when the page is not asked for
-  std::string analysis_name;
+  std::array<std::string, kPageKinds> names;  // of the pages, "" for one that is not asked for
+  PictureNames charts;
   bool has_results = false;  // somebody has a result, so that there is a result list
 
   bool IsCourse() const { return choice.ClassIndex == 0; }
+  bool Wants(PageKind kind) const { return !names[kind].empty(); }
+  bool WantsAnalysis() const {
+    return Wants(kAnalysisPage) || Wants(kLegDataPage) || Wants(kChartPage);
+  }
 };
 
 bool HasResults(const std::vector<std::shared_ptr<clsClassData>>& classes) {
@@ -50,11 +80,28 @@ bool HasResults(const std::vector<std::shared_ptr<clsClassData>>& classes) {
   });
 }
 
+// Of fewer finishers no map is made.
+bool HasLossMap(const clsAnalyzer& analyzer) {
+  constexpr std::ptrdiff_t kFewestFinishers = 5;
+  const auto& runners = AnalyzerInternal::Selected(analyzer);
+  return std::count_if(runners.begin(), runners.end(), [](const auto& runner) {
+           return HasFinishTime(runner->Result());
+         }) >= kFewestFinishers;
+}
+
+Charset SiteCharset(const SiteOptions& options) {
+  if (const auto charset = CharsetFromName(options.Charset)) return *charset;
+  throw AutomationError(KR_ERROR_INVALID_CALL,
+                        std::string(kOperation) + ": unknown charset " + options.Charset);
+}
+
 class SiteExport {
  public:
   explicit SiteExport(const SiteOptions& options)
       : options_(options),
+        charset_(SiteCharset(options)),
         folder_(WithTrailingSeparator(options.OutputFolder)),
+        chart_modes_(ChartModes(options.ChartOption)),
         model_(CurrentModel()) {}
 
   bool PrepareFolder();
@@ -62,32 +109,48 @@ class SiteExport {
 
  private:
   void MakeEntries();
+  void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
   std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
-  void MakeLapFileCopies();
+
+  void MakeLinksRow();
+  std::string MakeViewerControlPage();
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
+  std::string MakeViewerPage();
+  std::vector<std::shared_ptr<clsAnalyzer>> ViewerAnalyzers(std::vector<ViewerPageSet>& sets);
   void MakeNavigation();
+
   void ExportEntry(const Entry& entry);
-  template <typename Export>
-  std::string Attempt(const std::string& name, Export export_page);
-  std::string ExportResultPage(const Entry& entry);
-  std::string ExportAnalysisPage(const Entry& entry);
+  void GatherResults(const Entry& entry);
+  void Analyze(const Entry& entry);
+  std::string ExportPage(const Entry& entry, PageKind kind);
+  std::string_view DeclaredCharset(PageKind kind) const;
+  void AppendPage(const Entry& entry, PageKind kind, std::string_view charset);
+  void ExportPictures(const Entry& entry);
+  bool IsDrawn(std::int32_t mode) const;
+  void DrawSiteChart(KrChartModeConst mode);
   void AddIndexRow(const Entry& entry, const std::string& links);
   void WriteIndex();
 
-  bool WritePage(const std::string& name);
+  template <typename Step>
+  bool Attempt(std::string_view action, const std::string& name, Step step);
+  bool WritePage(const std::string& name, Charset charset);
   bool WriteBytes(const std::string& name, std::string_view bytes);
   void ReportFailures() const;
 
   const SiteOptions& options_;
+  const Charset charset_;
   const std::string folder_;
+  const std::vector<std::int32_t> chart_modes_;
   const std::shared_ptr<EventModel> model_;
   std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
   std::vector<Entry> entries_;
   std::string index_;       // the block of the index page
   std::string navigation_;  // above every result list
-  clsAnalyzer analyzer_;
+  const std::shared_ptr<clsAnalyzer> analyzer_ = std::make_shared<clsAnalyzer>();
   clsResultsHolder results_;
+  std::shared_ptr<CairoPicture> picture_;  // made for the first chart and kept, as is the chart
+  std::shared_ptr<clsChartObject> chart_;
   std::string page_;   // the page in the making, its memory kept from page to page
   std::string bytes_;  // the page in the bytes of its charset, likewise
   std::vector<std::string> failures_;
@@ -113,7 +176,7 @@ void SiteExport::Run(ProgressReport& progress) {
   const SkippedLegsKeeper keeper(*model_);
   MakeEntries();
   AppendIndexHead(index_, *model_->Event, options_.OfficialSite);
-  MakeLapFileCopies();
+  MakeLinksRow();
   MakeNavigation();
   std::int64_t done = 0;
   for (const Entry& entry : entries_) {
@@ -131,20 +194,35 @@ void SiteExport::MakeEntries() {
   }
   OutputNames names;
   for (const std::string& fixed :
-       {options_.IndexFile, options_.Lap1File, options_.Lap2File, options_.LinkStyleFile}) {
+       {options_.IndexFile, options_.Lap1File, options_.Lap2File, options_.ActiveXFile,
+        options_.ViewerFile, options_.LinkStyleFile}) {
     if (!fixed.empty()) names.Reserve(OutputNames::Safe(fixed));
   }
+  const bool with_courses = std::any_of(kPages.begin(), kPages.end(), [this](const auto& page) {
+    return options_.*page.include_course;
+  });
   for (ClassAndCourseChoice& choice : model_->Choices()) {
-    if (choice.ClassIndex == 0 && !options_.WalkCourses) break;
-    std::string file_name = choice.FileName;
-    if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
+    if (choice.ClassIndex == 0 && !with_courses) break;
     Entry entry;
     entry.classes = ClassesOf(choice);
     entry.has_results = HasResults(entry.classes);
-    entry.result_name = names.Assign(options_.ResultFile, file_name);
-    entry.analysis_name = names.Assign(options_.AnalysisFile, file_name);
     entry.choice = std::move(choice);
+    NamePages(entry, entry.choice.FileName, names);
     entries_.push_back(std::move(entry));
+  }
+}
+
+void SiteExport::NamePages(Entry& entry, std::string file_name, OutputNames& names) const {
+  if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
+  for (std::size_t kind = 0; kind < kPageKinds; ++kind) {
+    if (entry.IsCourse() && !(options_.*kPages[kind].include_course)) continue;
+    const std::string& pattern = options_.*kPages[kind].pattern;
+    if (kind == kChartPage) {
+      entry.charts = names.AssignWithPictures(pattern, file_name);
+      entry.names[kind] = entry.charts.Page;
+    } else {
+      entry.names[kind] = names.Assign(pattern, file_name);
+    }
   }
 }
 
@@ -156,6 +234,32 @@ std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
   return classes_of_course_.at(choice.CourseNum);
 }
 
+// The copies are made before anything is analysed.
+void SiteExport::MakeLinksRow() {
+  const std::string links =
+      MakeViewerControlPage() +
+      MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA") +
+      MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA") +
+      MakeViewerPage();
+  if (!links.empty()) AppendIndexLinksRow(index_, links);
+}
+
+std::string LinkInBrackets(const std::string& name, std::string_view attributes,
+                           std::string_view text_key) {
+  return "&nbsp;[" + IndexLink(name, attributes, ResourceText(text_key)) + "]";
+}
+
+std::string SiteExport::MakeViewerControlPage() {
+  const std::string& address = options_.ActiveXAddress;
+  if (!IsJapaneseMode() || options_.ActiveXFile.empty() || address.empty()) return "";
+  const std::string name = OutputNames::Safe(options_.ActiveXFile);
+  page_.clear();
+  // Browsers guess Shift-JIS for a page of ours without a charset, but not UTF-8.
+  AppendViewerControlPage(page_, address, charset_ == Charset::kShiftJis ? "" : options_.Charset);
+  if (!WritePage(name, charset_)) return "";
+  return LinkInBrackets(name, " target = \"_blank\"", "RES_META_ACTIVE_X_PAGE_LINK");
+}
+
 std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                                         std::string_view text_key) {
   if (name.empty()) return "";
@@ -164,14 +268,44 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
     failures_.push_back(ErrorText());
     return "";
   }
-  return "&nbsp;[" + IndexLink(safe, "", ResourceText(text_key)) + "]";
+  return LinkInBrackets(safe, "", text_key);
 }
 
-void SiteExport::MakeLapFileCopies() {
-  const std::string links =
-      MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA") +
-      MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
-  if (!links.empty()) AppendIndexLinksRow(index_, links);
+std::string SiteExport::MakeViewerPage() {
+  if (options_.ViewerFile.empty()) return "";
+  const std::string name = OutputNames::Safe(options_.ViewerFile);
+  std::vector<ViewerPageSet> sets;
+  const auto analyzers = ViewerAnalyzers(sets);
+  page_.clear();
+  AppendViewerPage(page_, *model_, sets);
+  if (!WritePage(name, Charset::kUtf8)) return "";
+  return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
+}
+
+// Everything there is to look at: classes, courses and the segment sets that were made.
+std::vector<std::shared_ptr<clsAnalyzer>> SiteExport::ViewerAnalyzers(
+    std::vector<ViewerPageSet>& sets) {
+  std::vector<std::shared_ptr<clsAnalyzer>> analyzers;
+  const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
+    analyzer->Execute();
+    if (analyzer->Count() == 0) return;
+    analyzer->ExtraAnalyze();
+    analyzer->Vesmer();
+    analyzers.push_back(analyzer);
+    sets.push_back({analyzer.get(), kind});
+  };
+  for (const ClassAndCourseChoice& choice : model_->Choices()) {
+    Attempt("show", choice.ValueName, [&] {
+      const auto analyzer = std::make_shared<clsAnalyzer>();
+      DataSetInternal::AddClasses(*analyzer, ClassesOf(choice));
+      add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
+    });
+  }
+  for (const auto& segment : model_->Segments) {
+    Attempt("show", segment->SegmentName,
+            [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
+  }
+  return analyzers;
 }
 
 void SiteExport::MakeNavigation() {
@@ -181,63 +315,126 @@ void SiteExport::MakeNavigation() {
     if (entry.IsCourse() && !options_.ResultIncludeCourse) break;
     if (entry.IsCourse() && !std::exchange(course_seen, true)) navigation_ += "&nbsp;&nbsp;";
     if (!entry.has_results) continue;
-    navigation_ += IndexLink(entry.result_name, "", entry.choice.ValueName) + " ";
+    navigation_ += IndexLink(entry.names[kResultPage], "", entry.choice.ValueName) + " ";
   }
   navigation_ += "<hr>\r\n";
 }
 
 void SiteExport::ExportEntry(const Entry& entry) {
   results_.Clear();
-  analyzer_.Clear();
-  const std::string links = Attempt(entry.result_name, [&] { return ExportResultPage(entry); }) +
-                            Attempt(entry.analysis_name, [&] { return ExportAnalysisPage(entry); });
+  analyzer_->Clear();
+  const std::string& name = entry.choice.ValueName;
+  std::string links;
+  if (Attempt("list", name, [&] { GatherResults(entry); })) links += ExportPage(entry, kResultPage);
+  if (Attempt("analyse", name, [&] { Analyze(entry); })) {
+    for (const PageKind kind : {kAnalysisPage, kLegDataPage, kChartPage}) {
+      links += ExportPage(entry, kind);
+    }
+    if (entry.Wants(kChartPage)) ExportPictures(entry);
+  }
   if (!links.empty()) AddIndexRow(entry, links);
 }
 
-// A page that cannot be made (of a class with more controls than the analysis holds, say) is a page
-// less, and the export goes on.
-template <typename Export>
-std::string SiteExport::Attempt(const std::string& name, Export export_page) {
+// What cannot be made (of a class with more controls than the analysis holds, say) is a page less,
+// and the export goes on.
+template <typename Step>
+bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
   try {
-    return export_page();
+    step();
+    return true;
   } catch (const std::exception& error) {
-    failures_.push_back("cannot make " + folder_ + name + ": " + error.what());
-    return "";
+    failures_.push_back("cannot " + std::string(action) + " " + name + ": " + error.what());
+    return false;
   }
 }
 
-std::string SiteExport::ExportResultPage(const Entry& entry) {
-  if (entry.result_name.empty() || (entry.IsCourse() && !options_.ResultIncludeCourse)) return "";
+void SiteExport::GatherResults(const Entry& entry) {
+  if (!entry.Wants(kResultPage)) return;
   DataSetInternal::AddClasses(results_, entry.classes);
   results_.CalcRank();
-  if (results_.Count() == 0) return "";
-  page_.clear();
-  AppendResultPage(page_, results_, navigation_, options_.LinkStyleFile, kCharsetName);
-  if (!WritePage(entry.result_name)) return "";
-  return "&nbsp;" + IndexLink(entry.result_name, kNewWindow, ResourceText("RES_META_RESULT_LIST"));
 }
 
-std::string SiteExport::ExportAnalysisPage(const Entry& entry) {
-  if (entry.analysis_name.empty()) return "";
-  DataSetInternal::AddClasses(analyzer_, entry.classes);
-  analyzer_.Execute();
-  if (analyzer_.Count() == 0 || (entry.IsCourse() && !options_.AnalysisIncludeCourse)) return "";
+void SiteExport::Analyze(const Entry& entry) {
+  const bool any_file = !options_.AnalysisFile.empty() || !options_.LegDataFile.empty() ||
+                        !options_.ChartFile.empty();
+  if (!any_file) return;
+  DataSetInternal::AddClasses(*analyzer_, entry.classes);  // the index shows its length and climb
+  if (!entry.WantsAnalysis()) return;
+  analyzer_->Execute();
+  if (entry.Wants(kLegDataPage) || entry.Wants(kChartPage)) analyzer_->ExtraAnalyze();
+  if (entry.Wants(kChartPage) && IsDrawn(KR_CHART_VESMER)) analyzer_->Vesmer();
+}
+
+// Writes the page, if it is wanted and has somebody to show, and returns the link to it.
+std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
+  const std::string& name = entry.names[kind];
+  const std::int32_t count = kind == kResultPage ? results_.Count() : analyzer_->Count();
+  if (name.empty() || count == 0) return "";
+  const std::string_view charset = DeclaredCharset(kind);
   page_.clear();
-  AppendAnalysisPage(page_, *model_, analyzer_, options_.LinkStyleFile, kCharsetName);
-  if (!WritePage(entry.analysis_name)) return "";
-  return "&nbsp;" +
-         IndexLink(entry.analysis_name, kNewWindow, ResourceText("RES_META_SPLITS_ANALYSIS"));
+  AppendPage(entry, kind, charset);
+  if (!WritePage(name, CharsetFromName(charset).value_or(charset_))) return "";
+  return "&nbsp;" + IndexLink(name, kNewWindow, ResourceText(kPages[kind].link_text_key));
+}
+
+std::string_view SiteExport::DeclaredCharset(PageKind kind) const {
+  const bool by_language = kind == kLegDataPage && charset_ == Charset::kShiftJis;
+  return by_language ? LegDataCharset(options_.Charset) : options_.Charset;
+}
+
+void SiteExport::AppendPage(const Entry& entry, PageKind kind, std::string_view charset) {
+  const std::string& style = options_.LinkStyleFile;
+  if (kind == kResultPage) {
+    AppendResultPage(page_, results_, navigation_, style, charset);
+  } else if (kind == kAnalysisPage) {
+    AppendAnalysisPage(page_, *model_, *analyzer_, style, charset);
+  } else if (kind == kLegDataPage) {
+    AppendLegDataPage(page_, *model_, *analyzer_, style, charset);
+  } else {
+    AppendChartPage(page_, *model_, *analyzer_, entry.charts.Address(), options_.ChartOption,
+                    charset);
+  }
+}
+
+void SiteExport::ExportPictures(const Entry& entry) {
+  if (analyzer_->Count() == 0) return;
+  for (const std::int32_t mode : chart_modes_) {
+    if (!IsDrawn(mode)) continue;
+    const std::string name = entry.charts.Picture(mode);
+    Attempt("draw", folder_ + name, [&] {
+      DrawSiteChart(static_cast<KrChartModeConst>(mode));
+      WriteBytes(name, picture_->Encode());
+    });
+  }
+}
+
+// Whether a chart mode is asked for and has something to show of the analyzed set.
+bool SiteExport::IsDrawn(std::int32_t mode) const {
+  if (std::find(chart_modes_.begin(), chart_modes_.end(), mode) == chart_modes_.end()) return false;
+  if (mode == KR_CHART_REALTIME) return HasStartTimes(*analyzer_);
+  return mode != KR_CHART_VESMER || HasLossMap(*analyzer_);
+}
+
+// The whole chart, as large as the picture.
+void SiteExport::DrawSiteChart(KrChartModeConst mode) {
+  if (!picture_) {
+    picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
+    chart_ = std::make_shared<clsChartObject>();
+    chart_->SetPictureObject(picture_);
+  }
+  BuildChart(analyzer_, *chart_, mode, ChartRatioToFit(*analyzer_, *chart_, mode), 1, 0, 0);
+  chart_->DrawChart();
 }
 
 // The winner is the first of the result list, or without one of the analysis.
 void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
-  const std::string class_info = analyzer_.ClassInfo();
+  const std::string class_info = analyzer_->ClassInfo();
   std::string name;
   std::string result;
   if (const auto winner = results_.Item(1)) {
     name = winner->RunnerName;
     result = winner->Result();
-  } else if (const auto first = analyzer_.Item(1)) {
+  } else if (const auto first = analyzer_->Item(1)) {
     name = first->RunnerName();
     result = first->Result();
   }
@@ -251,11 +448,12 @@ bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes) {
   return false;
 }
 
-bool SiteExport::WritePage(const std::string& name) {
-  bytes_.clear();
+// Writes the page in the making.
+bool SiteExport::WritePage(const std::string& name, Charset charset) {
   page_ += kCrLf;
+  bytes_.clear();
   bytes_.reserve(page_.size());
-  AppendEncoded(bytes_, page_, kCharset, MissingCharacter::kCharacterReference);
+  AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
   return WriteBytes(name, bytes_);
 }
 
@@ -263,21 +461,19 @@ void SiteExport::WriteIndex() {
   if (options_.IndexFile.empty()) return;
   const std::string name = OutputNames::Safe(options_.IndexFile);
   if (!options_.IndexFileAddMode || !FileExists(folder_ + name)) {
-    page_ = IndexPage(index_, options_.LinkStyleFile, kCharsetName);
-    WritePage(name);
+    page_ = IndexPage(index_, options_.LinkStyleFile, options_.Charset);
+    WritePage(name, charset_);
     return;
   }
   std::string error;
   const std::optional<std::string> existing = ReadFile(folder_ + name, error);
   if (!existing) {
     failures_.push_back(error);
-    return;
+  } else if (const auto page = IndexWithBlock(*existing, index_, charset_)) {
+    WriteBytes(name, *page);
+  } else {
+    failures_.push_back("cannot add to " + folder_ + name + ": it is in UTF-16");
   }
-  // The block has to be in the bytes of the page that takes it in.
-  const Charset charset = CharsetFromName(DeclaredCharset(*existing)).value_or(kCharset);
-  bytes_.clear();
-  AppendEncoded(bytes_, index_, charset, MissingCharacter::kCharacterReference);
-  WriteBytes(name, InsertIndexBlock(*existing, bytes_));
 }
 
 void SiteExport::ReportFailures() const {
@@ -292,8 +488,8 @@ void SiteExport::ReportFailures() const {
 }  // namespace
 
 bool ExportSite(const SiteOptions& options, const StartProgress& start_progress) {
-  SetErrorText("");
   SiteExport site(options);
+  SetErrorText("");
   if (!site.PrepareFolder()) return false;
   try {
     const auto progress = start_progress();

@@ -2,9 +2,43 @@
 
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/automation_error.h"
+#include "keltrun2/report/csv_export.h"
 #include "keltrun2/report/json.h"
+#include "keltrun2/report/mail_text.h"
+#include "keltrun2/report/result_text.h"
 
 namespace keltrun {
+
+std::string clsTextControl::OutputCsvQuillonMacro(
+    const std::shared_ptr<clsAnalyzer>& wAnalyzer) const {
+  CheckObject(wAnalyzer, "clsTextControl.OutputCsvQuillonMacro");
+  std::string text;
+  AppendQuillonMacroCsv(text, *wAnalyzer);
+  return text;
+}
+
+std::string clsTextControl::OutputCsvSplitsBrowser(
+    const std::shared_ptr<clsAnalyzer>& wAnalyzer) const {
+  CheckObject(wAnalyzer, "clsTextControl.OutputCsvSplitsBrowser");
+  std::string text;
+  AppendSplitsBrowserCsv(text, *wAnalyzer);
+  return text;
+}
+
+std::string clsTextControl::OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const {
+  CheckObject(wAnalyzer, "clsTextControl.OutputTextMail");
+  std::string text;
+  AppendMailText(text, *CurrentModel(), *wAnalyzer);
+  return text;
+}
+
+std::string clsTextControl::OutputTextResult(
+    const std::shared_ptr<clsResultsHolder>& wResults) const {
+  CheckObject(wResults, "clsTextControl.OutputTextResult");
+  std::string text;
+  AppendResultText(text, *wResults);
+  return text;
+}
 
 std::string clsTextControl::OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
                                        DataSetKind Kind) const {

@@ -1,4 +1,4 @@
-// Text for other programs.
+// Text for other programs and for people.
 #pragma once
 
 #include <memory>
@@ -11,11 +11,29 @@
 
 namespace keltrun {
 
-/// Turns data sets into text for other programs, returned as UTF-8.
+/// Turns data sets into text for other programs and for people, returned as UTF-8. The forms are
+/// described in docs/formats.md. A null object raises object not set (91).
+///
+/// The texts whose lines end in CR LF are commonly written in Shift-JIS: their columns line up in a
+/// font in which a Japanese character is as wide as two Latin ones.
 class clsTextControl {
  public:
-  /// An executed analysis as one JSON object in the form of docs/json.md. Raises object not set
-  /// (91) for null.
+  /// An executed analysis as comma-separated lines for a spreadsheet macro: class, name, club,
+  /// rank, result, start time and splits of every runner with a finish time.
+  std::string OutputCsvQuillonMacro(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+
+  /// An executed analysis as comma-separated lines for the split-time viewer SplitsBrowser: name,
+  /// club, start time and splits of every runner with a finish time.
+  std::string OutputCsvSplitsBrowser(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+
+  /// An executed analysis to be pasted into an e-mail: blocks of twelve runners, a row a leg, times
+  /// as minutes and seconds without separator ("6203" for 1:02:03).
+  std::string OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+
+  /// A result list, a line a runner. Ranks are those of the last `CalcRank`.
+  std::string OutputTextResult(const std::shared_ptr<clsResultsHolder>& wResults) const;
+
+  /// An executed analysis as one JSON object in the form of docs/json.md.
   std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
                          DataSetKind Kind = DataSetKind::kClass) const;
 
@@ -25,7 +43,7 @@ class clsTextControl {
     DataSetKind Kind = DataSetKind::kClass;
   };
 
-  /// Result lists as one JSON object. Raises object not set (91) for a null list.
+  /// Result lists as one JSON object.
   std::string OutputResultJson(const std::vector<ResultSet>& Sets) const;
 
   /// The current event, its classes, courses, segment sets and choices as one JSON object.

@@ -25,6 +25,7 @@ class Font {
   }
   bool Bold = false;
   bool Italic = false;
+  bool Underline = false;
   /// Character set number (128 is Japanese, 0 Western).
   std::int32_t Charset = 0;
 

@@ -121,7 +121,9 @@ class AnalysisPage {
     out_ +=
         "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"lap\">";
     out_ += kCrLf;
-    MakePageTitleRow();
+    // The attribute ends in two quotes; programs that read these pages know it so.
+    MakePageTitleRow(out_, analyzer_, model_.Event->ToString(), ColumnCount(),
+                     " class=\"lap-title\"\"");
     MakeNameRow();
     MakeClubRow();
     MakeResultRankRows();
@@ -180,18 +182,6 @@ class AnalysisPage {
 
   void MakeSectionTitle(std::string_view title, std::string_view attribute) {
     MakeTitleRow(out_, title, ColumnCount(), kSectionTitleColor, "", attribute);
-  }
-
-  void MakePageTitleRow() {
-    std::string title = model_.Event->ToString();
-    const std::string info = analyzer_.ClassInfo();
-    if (!info.empty()) title += " - " + info;
-    const std::string text = "&nbsp;<font color=\"#ffffff\" size=\"+1\"><b>" +
-                             EscapeHtml(TitleName(analyzer_.DataSetName())) +
-                             "</b></font><font color=\"#ffffff\"> - " + EscapeHtml(title) +
-                             "</font>";
-    // The attribute ends in two quotes; programs that read these pages know it so.
-    MakeTitleRow(out_, text, ColumnCount(), kPageTitleColor, "", " class=\"lap-title\"\"");
   }
 
   void MakeNameRow() {

@@ -3,8 +3,10 @@
 #include <array>
 #include <charconv>
 
+#include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
+#include "keltrun2/text/html.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
 
@@ -80,6 +82,17 @@ void MakeFooter(std::string& out) {
 void MakeNoRunnersMessage(std::string& out, const EventModel& model) {
   if (model.ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
   out.append("解析できません。<br>\r\n");
+}
+
+void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,
+                      std::int32_t ColSpan, std::string_view TdAttr) {
+  std::string title(event);
+  const std::string info = analyzer.ClassInfo();
+  if (!info.empty()) title += " - " + info;
+  const std::string text = "&nbsp;<font color=\"#ffffff\" size=\"+1\"><b>" +
+                           EscapeHtml(TitleName(analyzer.DataSetName())) +
+                           "</b></font><font color=\"#ffffff\"> - " + EscapeHtml(title) + "</font>";
+  MakeTitleRow(out, text, ColSpan, kPageTitleColor, "", TdAttr);
 }
 
 std::string TitleName(std::string_view name) {

@@ -7,12 +7,25 @@
 
 namespace keltrun {
 
+class clsAnalyzer;
 class EventModel;
 
 inline constexpr std::string_view kCrLf = "\r\n";
 
+/// The charset that pages declare unless another one is asked for.
+inline constexpr std::string_view kPageCharset = "x-sjis";
+
 /// Where the footers' link leads: the maker's page.
 inline constexpr std::string_view kMakerAddress = "https://keltrun.example/";
+
+/// The viewer control that an old browser can show lap files with: what it is and needs, where
+/// browsers get it from, and the page for everybody else.
+inline constexpr std::string_view kViewerControlClassId = "5B0D9C3E-7A64-4E18-9F2C-C41E83D6A70B";
+inline constexpr std::string_view kViewerControlCabinetAddress =
+    "https://keltrun.example/download/ctlDataView.cab";
+inline constexpr std::string_view kXmlParserCabinetAddress =
+    "https://keltrun.example/download/msxml3.cab";
+inline constexpr std::string_view kVelmoraAddress = "https://keltrun.example/velmora/";
 
 /// Title row colours, written as six hexadecimal digits.
 inline constexpr std::uint32_t kPageTitleColor = 0x3030A0;
@@ -47,6 +60,10 @@ void MakeFooter(std::string& out);
 
 /// What an analysis page shows in place of its table when nobody is in the data set.
 void MakeNoRunnersMessage(std::string& out, const EventModel& model);
+
+/// The title row of an analysis: the data set, the event as `event` names it, and the course.
+void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,
+                      std::int32_t ColSpan, std::string_view TdAttr);
 
 /// A data-set name as titles show it: in Japanese mode full-width. Not yet escaped.
 std::string TitleName(std::string_view name);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "keltrun2/config/settings.h"
+#include "keltrun2/platform/utf8.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/letters.h"
@@ -51,6 +52,66 @@ std::string EventInformation(const clsEventData& event, bool official_site) {
 std::string RowName(std::string_view name) {
   constexpr std::size_t kWidestFullWidthName = 10;
   return DisplayWidth(name) <= kWidestFullWidthName ? TitleName(name) : std::string(name);
+}
+
+// The charset that a page declares, or "".
+std::string DeclaredCharset(std::string_view page) {
+  constexpr std::size_t kHeadBytes = 2048;
+  constexpr std::string_view kName = "charset=";
+  const std::string head = LowerAscii(page.substr(0, kHeadBytes));
+  const std::size_t found = head.find(kName);
+  if (found == std::string::npos) return "";
+  const std::size_t begin = head.find_first_not_of("\"' ", found + kName.size());
+  if (begin == std::string::npos) return "";
+  return head.substr(begin, head.find_first_of("\"' ;/>", begin) - begin);
+}
+
+// Every charset of old pages has ASCII in it.
+std::string InAscii(std::string_view html) {
+  std::string out;
+  for (std::size_t pos = 0; pos < html.size();) {
+    const char32_t c = NextCodePoint(html, pos);
+    if (c < 0x80) {
+      out += static_cast<char>(c);
+    } else {
+      out.append("&#").append(std::to_string(static_cast<std::uint32_t>(c))).append(";");
+    }
+  }
+  return out;
+}
+
+std::string BlockInBytesOf(std::string_view page, std::string_view block, Charset charset) {
+  const std::string declared = DeclaredCharset(page);
+  const bool looks_like_utf8 =
+      declared.empty() && !IsAscii(page) && FindInvalidUtf8(page) == std::string_view::npos;
+  if (page.starts_with("\xEF\xBB\xBF") || looks_like_utf8) {
+    charset = Charset::kUtf8;
+  } else if (const auto known = CharsetFromName(declared)) {
+    charset = *known;
+  } else if (!declared.empty()) {
+    return InAscii(block);
+  }
+  std::string bytes;
+  AppendEncoded(bytes, block, charset, MissingCharacter::kCharacterReference);
+  return bytes;
+}
+
+std::string InsertBytes(std::string_view page, std::string_view block) {
+  const std::vector<std::string_view> lines = SplitLines(page);
+  auto place = std::find(lines.begin(), lines.end(), kIndexStart);
+  if (place == lines.end()) {
+    const auto last_body = std::find_if(lines.rbegin(), lines.rend(), [](std::string_view line) {
+      const std::size_t begin = line.find_first_not_of(" \t");
+      return begin != line.npos && LowerAscii(line.substr(begin, 7)) == "</body>";
+    });
+    if (last_body != lines.rend()) place = std::prev(last_body.base());
+  }
+  std::string out;
+  out.reserve(page.size() + block.size() + lines.size());
+  for (auto line = lines.begin(); line != place; ++line) out.append(*line).append(kCrLf);
+  out += block;
+  for (auto line = place; line != lines.end(); ++line) out.append(*line).append(kCrLf);
+  return out;
 }
 
 }  // namespace
@@ -123,33 +184,10 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
   return out;
 }
 
-std::string InsertIndexBlock(std::string_view page, std::string_view block) {
-  const std::vector<std::string_view> lines = SplitLines(page);
-  auto place = std::find(lines.begin(), lines.end(), kIndexStart);
-  if (place == lines.end()) {
-    const auto last_body = std::find_if(lines.rbegin(), lines.rend(), [](std::string_view line) {
-      const std::size_t begin = line.find_first_not_of(" \t");
-      return begin != line.npos && LowerAscii(line.substr(begin, 7)) == "</body>";
-    });
-    if (last_body != lines.rend()) place = std::prev(last_body.base());
-  }
-  std::string out;
-  out.reserve(page.size() + block.size() + lines.size());
-  for (auto line = lines.begin(); line != place; ++line) out.append(*line).append(kCrLf);
-  out += block;
-  for (auto line = place; line != lines.end(); ++line) out.append(*line).append(kCrLf);
-  return out;
-}
-
-std::string DeclaredCharset(std::string_view page) {
-  constexpr std::size_t kHeadBytes = 2048;
-  constexpr std::string_view kName = "charset=";
-  const std::string head = LowerAscii(page.substr(0, kHeadBytes));
-  const std::size_t found = head.find(kName);
-  if (found == std::string::npos) return "";
-  const std::size_t begin = head.find_first_not_of("\"' ", found + kName.size());
-  if (begin == std::string::npos) return "";
-  return head.substr(begin, head.find_first_of("\"' ;/>", begin) - begin);
+std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,
+                                          Charset charset) {
+  if (page.starts_with("\xFF\xFE") || page.starts_with("\xFE\xFF")) return std::nullopt;
+  return InsertBytes(page, BlockInBytesOf(page, block, charset));
 }
 
 }  // namespace keltrun

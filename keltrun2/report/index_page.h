@@ -2,10 +2,12 @@
 // several blocks, the newest first.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "keltrun2/model/event_model.h"
+#include "keltrun2/platform/encodings.h"
 
 namespace keltrun {
 
@@ -42,10 +44,10 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
                       std::string_view charset);
 
 /// An existing page (bytes) with a block put in front of its first one; without one before the last
-/// line that begins with "</body>", or at the end. Lines end in CR LF afterwards.
-std::string InsertIndexBlock(std::string_view page, std::string_view block);
-
-/// The charset that a page (bytes) declares, or "".
-std::string DeclaredCharset(std::string_view page);
+/// line that begins with "</body>", or at the end. Lines end in CR LF afterwards. The block comes
+/// in the bytes of the page: those of its byte-order mark or of the charset that it declares, else
+/// UTF-8 where the page is UTF-8 beyond ASCII, else `charset`. Nothing for a page in UTF-16.
+std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,
+                                          Charset charset);
 
 }  // namespace keltrun

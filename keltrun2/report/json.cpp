@@ -249,18 +249,6 @@ void EndDocument(JsonWriter& json, std::string& out) {
   out += '\n';
 }
 
-std::string_view KindWord(DataSetKind kind) {
-  switch (kind) {
-    case DataSetKind::kClass:
-      return "class";
-    case DataSetKind::kCourse:
-      return "course";
-    case DataSetKind::kSegment:
-      return "segment";
-  }
-  return "";
-}
-
 void WriteSetHead(JsonWriter& json, const DataSet& set, DataSetKind kind,
                   std::string_view class_info) {
   json.Text("name", set.DataSetName());
@@ -543,6 +531,18 @@ void WriteChoice(JsonWriter& json, const ClassAndCourseChoice& choice) {
 }
 
 }  // namespace
+
+std::string_view KindWord(DataSetKind kind) {
+  switch (kind) {
+    case DataSetKind::kClass:
+      return "class";
+    case DataSetKind::kCourse:
+      return "course";
+    case DataSetKind::kSegment:
+      return "segment";
+  }
+  return "";
+}
 
 std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind) {
   std::string out;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
@@ -15,6 +16,9 @@ struct ResultJsonSet {
   const clsResultsHolder* Results;
   DataSetKind Kind;
 };
+
+/// The word for a kind of data set: "class", "course" or "segment".
+std::string_view KindWord(DataSetKind kind);
 
 /// An executed analysis of the event's runners.
 std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind);

@@ -1,0 +1,95 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "apps/keltrun2/chart_modes.h"
+#include "apps/keltrun2/command_error.h"
+#include "apps/keltrun2/commands.h"
+#include "apps/keltrun2/data_sets.h"
+#include "apps/keltrun2/event_input.h"
+#include "apps/keltrun2/files.h"
+
+namespace keltrun::cli {
+namespace {
+
+// Colours of highlighted runners that are told apart on white, also by most colour-blind eyes.
+constexpr std::array<Color, 8> kHighlightColors = {0x2020D0, 0xD06000, 0x208020, 0xA02090,
+                                                   0x0080E0, 0xA0A000, 0x404080, 0x707070};
+constexpr std::int32_t kHighlightWidth = 3;
+
+PictureFormatConst Format(const std::string& file) {
+  if (file.ends_with(".svg")) return KR_PICTURE_SVG;
+  if (file.ends_with(".pdf")) return KR_PICTURE_PDF;
+  return KR_PICTURE_PNG;
+}
+
+std::optional<std::int32_t> Position(const std::string& text) {
+  std::int32_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, number);
+  if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
+  return number;
+}
+
+// The runners that a word of --highlight means: a position in the analysis or a part of the name.
+std::vector<std::int32_t> RunnersOf(const clsAnalyzer& analyzer, const std::string& word) {
+  std::vector<std::int32_t> found;
+  const std::optional<std::int32_t> position = Position(word);
+  for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {
+    if (position ? i == *position
+                 : analyzer.Item(i)->RunnerName().find(word) != std::string::npos) {
+      found.push_back(i);
+    }
+  }
+  if (!found.empty()) return found;
+  throw CommandError(position ? "there is no runner " + word + ": the analysis has " +
+                                    std::to_string(analyzer.Count())
+                              : "no runner's name holds \"" + word + "\"");
+}
+
+void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOptions& options) {
+  std::size_t used = 0;
+  for (const std::string& word : options.highlight) {
+    for (const std::int32_t runner : RunnersOf(analyzer, word)) {
+      chart.SetRunnerSetting(runner, kHighlightColors[used++ % kHighlightColors.size()],
+                             kHighlightWidth, KR_CHART_FLAG_NAME | KR_CHART_FLAG_LEGEND);
+    }
+  }
+  if (!options.names) return;
+  for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {
+    const ChartRunnerSetting set = chart.GetRunnerSetting(i);
+    chart.SetRunnerSetting(i, set.ForeColor, set.DrawWidth, set.Flag | KR_CHART_FLAG_NAME);
+  }
+}
+
+void Prepare(clsAnalyzer& analyzer, KrChartModeConst mode) {
+  if (mode == KR_CHART_CRUISE_HALFRATIO) analyzer.ExtraAnalyze();
+  if (mode == KR_CHART_VESMER) analyzer.Vesmer();
+}
+
+}  // namespace
+
+void DrawChart(clsKeltrun2& root, const Options& options) {
+  CheckOutput(options);
+  LoadEvent(root, options);
+  WarnWithoutJapaneseFont();
+  const ChartOptions& wanted = options.chart;
+  const KrChartModeConst mode = ChartMode(wanted.mode);
+  const auto analyzer = Analysis(root, OneSet(root, options));
+  Prepare(*analyzer, mode);
+  const auto picture =
+      std::make_shared<CairoPicture>(wanted.width, wanted.height, Format(options.output));
+  const auto chart = std::make_shared<clsChartObject>();
+  chart->SetPictureObject(picture);
+  const float ratio_x = ChartRatioToFit(*analyzer, *chart, mode) * wanted.zoom_x;
+  root.GraphicControl()->DrawChart(analyzer, chart, mode, ratio_x, wanted.zoom_y, wanted.scroll_x,
+                                   wanted.scroll_y);
+  Highlight(*analyzer, *chart, wanted);
+  chart->DrawChart();
+  WriteOutput(options.output, picture->Encode());
+}
+
+}  // namespace keltrun::cli

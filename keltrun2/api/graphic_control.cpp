@@ -1,0 +1,74 @@
+#include "keltrun2/api/graphic_control.h"
+
+#include <array>
+#include <charconv>
+#include <string_view>
+#include <system_error>
+
+#include "keltrun2/chart/chart_builder.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/print/analysis_pages.h"
+#include "keltrun2/print/grid.h"
+#include "keltrun2/print/result_list.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::array<std::string_view, 3> kRankColorItems = {
+    "PRINT_COLOR_RANK1", "PRINT_COLOR_RANK2", "PRINT_COLOR_RANK3"};
+
+// A colour written as "&H" and up to six hexadecimal digits; anything else is the fallback.
+Color ParseColor(std::string_view text, Color fallback) {
+  const bool is_literal = text.starts_with("&H") || text.starts_with("&h");
+  if (!is_literal || text.size() > 8) return fallback;
+  Color color = fallback;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data() + 2, end, color, 16);
+  return error == std::errc() && rest == end && color >= 0 ? color : fallback;
+}
+
+}  // namespace
+
+void clsGraphicControl::DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                                  const std::shared_ptr<clsChartObject>& ChartObject,
+                                  KrChartModeConst ChartMode, float RatioX, float RatioY,
+                                  float PositionX, float PositionY) {
+  CheckObject(AnalyzerObject, "clsGraphicControl.DrawChart");
+  CheckObject(ChartObject, "clsGraphicControl.DrawChart");
+  BuildChart(AnalyzerObject, *ChartObject, ChartMode, RatioX, RatioY, PositionX, PositionY);
+}
+
+void clsGraphicControl::PrintResult(const std::shared_ptr<clsResultsHolder>& ResultsHolderObject,
+                                    const std::shared_ptr<clsPrintBook>& PrintBookObject,
+                                    float LineInterval, bool PrintNewPage, bool PrintID,
+                                    bool PrintAge) {
+  CheckObject(ResultsHolderObject, "clsGraphicControl.PrintResult");
+  CheckObject(PrintBookObject, "clsGraphicControl.PrintResult");
+  PrintResultList(*ResultsHolderObject, *PrintBookObject,
+                  {LineInterval, PrintNewPage, PrintID, PrintAge});
+}
+
+void clsGraphicControl::PrintAnalysis(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                                      const std::shared_ptr<clsPrintBook>& PrintBookObject,
+                                      KrPrintAnalysisModeConst Mode) {
+  CheckObject(AnalyzerObject, "clsGraphicControl.PrintAnalysis");
+  CheckObject(PrintBookObject, "clsGraphicControl.PrintAnalysis");
+  AnalysisPagesOptions options;
+  options.Mode = Mode;
+  for (std::size_t i = 0; settings_ && i < kRankColorItems.size(); ++i) {
+    Color& color = options.RankColors[i];
+    color = ParseColor(settings_->Value(KR_CONFIG_FOLDER_DATA, kRankColorItems[i]), color);
+  }
+  PrintAnalysisPages(*AnalyzerObject, *CurrentModel()->Event, *PrintBookObject, options);
+}
+
+void clsGraphicControl::DrawGrid(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
+                                 const std::shared_ptr<clsGridObject>& GridObject) {
+  CheckObject(AnalyzerObject, "clsGraphicControl.DrawGrid");
+  CheckObject(GridObject, "clsGraphicControl.DrawGrid");
+  FillGrid(*AnalyzerObject, *GridObject);
+}
+
+}  // namespace keltrun

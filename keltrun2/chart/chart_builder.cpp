@@ -1,0 +1,346 @@
+#include "keltrun2/chart/chart_builder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/chart/axis_grid.h"
+#include "keltrun2/chart/chart_geometry.h"
+#include "keltrun2/chart/chart_object_internal.h"
+#include "keltrun2/chart/chart_scales.h"
+#include "keltrun2/chart/chart_wrapper.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/text/numbers.h"
+
+namespace keltrun {
+namespace {
+
+constexpr float kLeastRatioX = 0.5F;
+constexpr float kLeastRatioY = 1;
+constexpr float kMostRatio = 1e4F;
+constexpr double kWidestPicture = 20000;
+
+constexpr Color kBlack = 0;
+constexpr Color kStrongGrey = 0xA0A0A0;
+constexpr Color kGrey = 0xC0C0C0;
+constexpr Color kLightGrey = 0xD0D0D0;
+constexpr Color kFaintGrey = 0xE0E0E0;
+
+constexpr float kLabelGapX = 5;     // between a label and the drawable area
+constexpr double kLabelSpace = 10;  // least space between two labels of an axis
+constexpr float kTitleX = -47;      // left end of the title of the vertical axis
+constexpr float kLabelGapY = 7;
+constexpr float kTitleGap = 21;  // between a title and the drawable area: labels stand there
+constexpr double kGridRoom = 9;  // least distance of two grid lines
+constexpr double kMapGrid = 20;  // map units between two grid lines
+constexpr double kLeastPercentGrid = 0.1;
+
+// The value brought into a range; what is no number is the lower end.
+float Within(float value, float lower, float upper) {
+  return value > lower ? std::min(value, upper) : lower;
+}
+
+float ToFloat(double value) { return static_cast<float>(value); }
+
+class ChartBuilder {
+ public:
+  ChartBuilder(const clsAnalyzer& analyzer, clsChartObject& chart)
+      : analyzer_(analyzer),
+        runners_(AnalyzerInternal::Selected(analyzer)),
+        chart_(chart),
+        state_(ChartObjectInternal::Get(chart)),
+        pen_(state_.picture, state_.book) {}
+
+  void Build() {
+    CopyNames();
+    if (!(state_.width > 0) || !(state_.height > 0)) return;
+    if (!IsLineChart(state_.mode) && !IsScatterChart(state_.mode)) return;
+    SetHorizontalAxis(PlanHorizontal(analyzer_, state_.mode));
+    if (!(state_.width > 0)) return;  // the host's picture may have any size after it was widened
+    if (IsLineChart(state_.mode)) {
+      BuildLineChart();
+    } else {
+      BuildScatterChart();
+    }
+  }
+
+ private:
+  void CopyNames() {
+    state_.names.resize(runners_.size() + 1);
+    for (std::size_t i = 0; i < runners_.size(); ++i) {
+      state_.names[i + 1] = runners_[i]->RunnerName();
+    }
+  }
+
+  void SetHorizontalAxis(const HorizontalPlan& plan) {
+    const double needed = plan.WidthAt(state_.ratio_x);
+    if (chart_.AutoSize && needed > state_.width) {
+      const double widest = kWidestPicture - 2.0 * kChartMarginX;
+      ChartObjectInternal::WidenPicture(chart_, ToFloat(std::ceil(std::min(needed, widest))));
+    }
+    const double spare = state_.width - needed;
+    double left = plan.LeftMargin;
+    if (spare < 0) left += spare * state_.position_x;
+    if (spare > 0 && plan.Centred) left += spare / 2;
+    x_.Scale = plan.UnitsPerOne * state_.ratio_x;
+    x_.Zero = left - plan.Range.Lower * x_.Scale;
+    state_.width_occupied = ToFloat(std::min(1.0, state_.width / needed));
+  }
+
+  // The whole range fills the height at a RatioY of 1.
+  void SetVerticalAxis(const ValueRange& range) {
+    const double offset = state_.height * (state_.ratio_y - 1.0) * state_.position_y;
+    y_.Scale = state_.height / range.Span() * state_.ratio_y;
+    y_.Zero = -range.Lower * y_.Scale - offset;
+    state_.height_occupied = 1 / state_.ratio_y;
+  }
+
+  // Line charts.
+
+  void BuildLineChart() {
+    const Course course = MeasureCourse(analyzer_);
+    constexpr double kHour = 3600;
+    SetVerticalAxis({0, course.Total > 0 ? course.Total : kHour});
+    // The sum of the reference laps may be half a second more than its whole seconds: the finish
+    // stays on the chart.
+    std::vector<double> controls;
+    for (const double position : course.Position) {
+      controls.push_back(y_.At(std::min(position, course.Total)));
+    }
+    AddTimeGrid();
+    AddControls(controls);
+    AddRunnerLines(course, controls);
+  }
+
+  void AddTimeGrid() {
+    constexpr std::int64_t kLinesPerLabel = 10;
+    const bool is_clock = state_.mode == KR_CHART_REALTIME;
+    const double step = TimeStep(x_.Scale, pen_.TextWidth("-00:00") + kLabelSpace);
+    const auto first = static_cast<std::int64_t>(std::ceil(x_.ValueAt(0) / step));
+    const auto last = static_cast<std::int64_t>(std::floor(x_.ValueAt(state_.width) / step));
+    for (const bool labelled : {false, true}) {
+      for (std::int64_t i = first; i <= last; ++i) {
+        if ((i % kLinesPerLabel == 0) != labelled) continue;
+        const double seconds = static_cast<double>(i) * step;
+        const float x = AddVerticalLine(seconds, labelled ? kStrongGrey : kLightGrey);
+        if (labelled) AddLabelsAboveAndBelow(TimeLabel(seconds, is_clock), x);
+      }
+    }
+  }
+
+  void AddControls(const std::vector<double>& controls) {
+    for (const double y : controls) {
+      ChartObjectInternal::AddFrameLine(chart_, 0, ToFloat(y), state_.width, ToFloat(y), kGrey);
+    }
+    // From the finish upwards, so that it is the label of the last controls that gives way.
+    const double room = std::max(1.0F, pen_.TextHeight());
+    const std::size_t finish = controls.size() - 1;
+    double below = controls[finish] + room;
+    for (std::size_t control = finish; control > 0; --control) {
+      const double y = controls[control];
+      if (below - y < room || y - controls[0] < room) continue;
+      AddLabelsAtBothSides(control == finish ? "F" : std::to_string(control), y);
+      below = y;
+    }
+    AddLabelsAtBothSides("S", controls[0]);
+  }
+
+  void AddRunnerLines(const Course& course, const std::vector<double>& controls) {
+    const ChartBox area{0, 0, state_.width, state_.height};
+    std::vector<double> values;
+    for (std::size_t runner = 0; runner < runners_.size(); ++runner) {
+      LineValues(*runners_[runner], course, state_.mode, values);
+      for (std::size_t leg = 1; leg < values.size(); ++leg) {
+        ChartPoint from{x_.At(values[leg - 1]), controls[leg - 1]};
+        ChartPoint to{x_.At(values[leg]), controls[leg]};
+        if (!CutToBox(area, from, to)) continue;
+        ChartObjectInternal::AddRunnerLine(
+            chart_, {ToFloat(from.X), ToFloat(from.Y), ToFloat(to.X), ToFloat(to.Y),
+                     static_cast<std::int32_t>(runner) + 1, 0, static_cast<std::int32_t>(leg)});
+      }
+    }
+  }
+
+  // Scatter charts.
+
+  void BuildScatterChart() {
+    SetVerticalAxis(VerticalRange(analyzer_, state_.mode));
+    AddValueGrids();
+    AddTitles();
+    AddMarks();
+  }
+
+  struct GridSteps {
+    double line, label;
+  };
+
+  GridSteps Steps(double scale, double label_room) const {
+    if (state_.mode == KR_CHART_VESMER) {
+      const double line = GridStep(scale, kGridRoom, kMapGrid);
+      return {line, GridStep(scale, label_room, line)};
+    }
+    const double line = GridStep(scale, kGridRoom, kLeastPercentGrid);
+    // Labels are whole numbers.
+    return {line, GridStep(scale, label_room, std::max(line, 1.0))};
+  }
+
+  struct GridLine {
+    bool vertical;
+    double value;
+    Color color;
+    bool labelled;
+  };
+
+  void AddValueGrids() {
+    std::vector<GridLine> lines;
+    const GridSteps across = Steps(x_.Scale, pen_.TextWidth("-100%") + kLabelSpace);
+    const GridSteps down = Steps(y_.Scale, pen_.TextHeight() + kLabelSpace / 2);
+    CollectLines(true, x_, state_.width, across, lines);
+    CollectLines(false, y_, state_.height, down, lines);
+    // Lighter ones first: where lines cross, the stronger one is not cut.
+    std::stable_sort(lines.begin(), lines.end(),
+                     [](const GridLine& a, const GridLine& b) { return a.color > b.color; });
+    for (const GridLine& line : lines) AddGridLine(line);
+    AddBorderAndAxes();
+  }
+
+  static void CollectLines(bool vertical, const ChartAxis& axis, double end, const GridSteps& steps,
+                           std::vector<GridLine>& lines) {
+    const auto first = static_cast<std::int64_t>(std::ceil(axis.ValueAt(0) / steps.line));
+    const auto last = static_cast<std::int64_t>(std::floor(axis.ValueAt(end) / steps.line));
+    for (std::int64_t i = first; i <= last; ++i) {
+      const double value = static_cast<double>(i) * steps.line;
+      lines.push_back({vertical, value, GridColor(value, steps), IsMultiple(value, steps.label)});
+    }
+  }
+
+  static bool IsMultiple(double value, double step) {
+    return std::fabs(std::remainder(value, step)) < 1e-6 * step;
+  }
+
+  static Color GridColor(double value, const GridSteps& steps) {
+    if (IsMultiple(value, steps.label)) {
+      constexpr double kTen = 10;
+      return steps.line < kTen && IsMultiple(value, kTen) ? kStrongGrey : kGrey;
+    }
+    return IsMultiple(value, 1) ? kLightGrey : kFaintGrey;
+  }
+
+  void AddGridLine(const GridLine& line) {
+    std::string label = line.labelled ? FormatNumber(line.value, "#0") : "";
+    if (state_.mode == KR_CHART_CRUISE_MISSRATE && line.labelled) label += '%';
+    if (line.vertical) {
+      const float x = AddVerticalLine(line.value, line.color);
+      if (line.labelled) AddLabelsAboveAndBelow(std::move(label), x);
+    } else {
+      AddHorizontalLine(line.value, line.color);
+      if (line.labelled) AddLabelsAtBothSides(std::move(label), y_.At(line.value));
+    }
+  }
+
+  // The black axes cross where a runner is as fast as the reference; downwards they show no loss,
+  // equal halves, or on the map the runner without losses in both directions.
+  void AddBorderAndAxes() {
+    const float right = state_.width;
+    const float bottom = state_.height;
+    ChartObjectInternal::AddFrameLine(chart_, 0, 0, right, 0, kGrey);
+    ChartObjectInternal::AddFrameLine(chart_, 0, bottom, right, bottom, kGrey);
+    ChartObjectInternal::AddFrameLine(chart_, 0, 0, 0, bottom, kGrey);
+    ChartObjectInternal::AddFrameLine(chart_, right, 0, right, bottom, kGrey);
+    constexpr double kReference = 100;
+    AddVerticalLine(state_.mode == KR_CHART_VESMER ? 0 : kReference, kBlack);
+    AddHorizontalLine(state_.mode == KR_CHART_CRUISE_HALFRATIO ? kReference : 0, kBlack);
+  }
+
+  void AddTitles() {
+    if (state_.mode == KR_CHART_VESMER) return;
+    AddText(ResourceText("RES_META_CRUISE_SPEED"), state_.width / 2, state_.height + kTitleGap,
+            kBeginsAtY);
+    if (state_.mode == KR_CHART_CRUISE_MISSRATE) {
+      AddText(ResourceText("RES_META_MISTAKE_RATE"), kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
+    } else {
+      // Too wide for the margin in one piece.
+      AddText("後巡行　", kTitleX, -kTitleGap - pen_.TextHeight(), kBeginsAtX | kEndsAtY);
+      AddText("／前巡行", kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
+    }
+  }
+
+  void AddMarks() {
+    const ChartMark mark = state_.mode == KR_CHART_VESMER ? kMarkDot : kMarkCross;
+    for (std::size_t runner = 0; runner < runners_.size(); ++runner) {
+      const auto values = MarkValues(*runners_[runner], state_.mode);
+      if (!values) continue;
+      ChartObjectInternal::AddRunnerPoint(chart_, ToFloat(x_.At(values->X)),
+                                          ToFloat(y_.At(values->Y)),
+                                          static_cast<std::int32_t>(runner) + 1, mark);
+    }
+  }
+
+  // Both.
+
+  float AddVerticalLine(double value, Color color) {
+    const float x = ToFloat(x_.At(value));
+    ChartObjectInternal::AddFrameLine(chart_, x, 0, x, state_.height, color);
+    return x;
+  }
+
+  void AddHorizontalLine(double value, Color color) {
+    const float y = ToFloat(y_.At(value));
+    ChartObjectInternal::AddFrameLine(chart_, 0, y, state_.width, y, color);
+  }
+
+  void AddLabelsAboveAndBelow(std::string label, float x) {
+    AddText(label, x, -kLabelGapY, kEndsAtY);
+    AddText(std::move(label), x, state_.height + kLabelGapY, kBeginsAtY);
+  }
+
+  void AddLabelsAtBothSides(std::string label, double position) {
+    if (position < 0 || position > state_.height) return;
+    const float y = ToFloat(position);
+    AddText(label, -kLabelGapX, y, kEndsAtX);
+    AddText(std::move(label), state_.width + kLabelGapX, y, kBeginsAtX);
+  }
+
+  void AddText(std::string text, float x, float y, std::int32_t align) {
+    ChartObjectInternal::AddText(chart_, std::move(text), x, y, align);
+  }
+
+  const clsAnalyzer& analyzer_;
+  const AnalyzerInternal::Runners& runners_;
+  clsChartObject& chart_;
+  ChartObjectInternal::State& state_;
+  clsChartWrapper pen_;
+  ChartAxis x_, y_;
+};
+
+}  // namespace
+
+void BuildChart(const std::shared_ptr<clsAnalyzer>& analyzer, clsChartObject& chart,
+                KrChartModeConst mode, float ratio_x, float ratio_y, float position_x,
+                float position_y) {
+  ChartObjectInternal::Initialise(chart);
+  ChartObjectInternal::AttachAnalyzer(chart, analyzer);
+  ChartObjectInternal::StoreView(chart, mode, Within(ratio_x, kLeastRatioX, kMostRatio),
+                                 Within(ratio_y, kLeastRatioY, kMostRatio),
+                                 Within(position_x, 0, 1), Within(position_y, 0, 1));
+  ChartBuilder(*analyzer, chart).Build();
+}
+
+float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
+                      KrChartModeConst ChartMode) {
+  if (!(Chart.Width() > 0) || !(Chart.Height() > 0)) return 1;
+  if (!IsLineChart(ChartMode) && !IsScatterChart(ChartMode)) return 1;
+  const HorizontalPlan plan = PlanHorizontal(Analyzer, ChartMode);
+  const bool is_map = ChartMode == KR_CHART_VESMER;
+  const double width = is_map ? Chart.Height() : Chart.Width() - plan.LeftMargin - plan.RightMargin;
+  const double width_at_one = plan.Range.Span() * plan.UnitsPerOne;
+  if (!(width_at_one > 0)) return 1;
+  // Rounded down a little, so that single precision never makes the chart wider than the area.
+  const double down = is_map ? 1 : 1 - 1e-6;
+  return Within(ToFloat(width / width_at_one * down), kLeastRatioX, kMostRatio);
+}
+
+}  // namespace keltrun

@@ -1,0 +1,80 @@
+// Draws a chart's records on its target.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/chart/chart_object_internal.h"
+#include "keltrun2/chart/chart_wrapper.h"
+#include "keltrun2/chart/name_placement.h"
+
+namespace keltrun {
+
+/// One drawing of one chart: the settings of the runners count as they are now.
+class ChartDrawing {
+ public:
+  using State = ChartObjectInternal::State;
+  explicit ChartDrawing(const State& state);
+
+  void Draw();
+
+ private:
+  // How a runner is drawn.
+  struct Look {
+    Color color = 0;
+    std::int32_t width = 1;
+    Color back_color = 0;
+    std::int32_t back_width = 0;  // 0 is none
+    bool is_own = false;          // the host has given him a colour or a width
+    bool is_hidden = false, has_name = false, in_legend = false;
+  };
+  // Where a runner's line ends, or his mark.
+  struct End {
+    std::int32_t runner;
+    float x, y;
+  };
+  struct PlacedName {
+    std::string_view text;
+    ChartBox box;
+    bool turned = false;
+    bool has_leader = false;
+    float from_x = 0, from_y = 0, to_x = 0, to_y = 0;  // of the leader
+  };
+
+  void ReadLooks();
+  const Look& LookOf(std::int32_t runner) const;
+
+  void DrawFrame();
+  void DrawBackLines();
+  void DrawRunners(bool own);
+  void DrawMark(const clsChartLine& mark, const Look& look);
+  void DrawLabels();
+  void DrawNames();
+
+  void PlaceNames();
+  std::vector<End> NamedEnds() const;
+  void PlaceBelow(std::vector<End> ends);
+  bool PlaceInRow(const std::vector<End>& ends);
+  void PlaceTurned(std::vector<End> ends);
+  void ThinOut(double pitch, std::vector<End>& ends) const;
+  void PlaceInside(std::vector<End> ends);
+  bool ComesFirst(const End& a, const End& b) const;
+  TakenSpace SpaceOfRunners(const std::vector<End>& ends) const;
+  bool PlaceBeside(const End& end, int rows_down, TakenSpace& names, const TakenSpace* runners);
+
+  void DrawLegend();
+  ChartBox LegendBox(float width, float height) const;
+
+  void Line(float x1, float y1, float x2, float y2, Color color, std::int32_t width);
+  void Disc(float x, float y, float radius, Color color);
+  void Text(std::string_view text, const ChartBox& box, bool turned);
+
+  const State& state_;
+  clsChartWrapper pen_;
+  std::vector<Look> looks_;  // from index 1
+  std::vector<PlacedName> names_;
+  bool names_below_ = false;  // the lower margin is full of names
+};
+
+}  // namespace keltrun

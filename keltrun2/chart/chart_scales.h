@@ -1,0 +1,69 @@
+// What a chart shows of each runner, and the ranges and scales of its axes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/chart/chart_geometry.h"
+#include "keltrun2/chart/chart_object.h"
+
+namespace keltrun {
+
+/// From the smallest to the largest value on an axis.
+struct ValueRange {
+  double Lower = 0, Upper = 0;
+  double Span() const { return Upper - Lower; }
+};
+
+/// Values to positions: units of the chart from the left or upper edge of the drawable area.
+struct ChartAxis {
+  double Zero = 0;   // position of the value 0
+  double Scale = 1;  // units per one
+  double At(double value) const { return Zero + value * Scale; }
+  double ValueAt(double position) const { return (position - Zero) / Scale; }
+};
+
+/// What the horizontal axis has to show.
+struct HorizontalPlan {
+  ValueRange Range;
+  double UnitsPerOne = 1;                  // at a RatioX of 1
+  double LeftMargin = 0, RightMargin = 0;  // units that stay free
+  bool Centred = false;  // a chart narrower than the area stands in its middle, else at the left
+
+  double WidthAt(double ratio_x) const {
+    return Range.Span() * UnitsPerOne * ratio_x + LeftMargin + RightMargin;
+  }
+};
+
+inline bool IsLineChart(KrChartModeConst mode) {
+  return mode >= KR_CHART_NORMAL && mode <= KR_CHART_RELATIVE_130;
+}
+inline bool IsScatterChart(KrChartModeConst mode) {
+  return mode >= KR_CHART_CRUISE_MISSRATE && mode <= KR_CHART_VESMER;
+}
+
+/// The course as reference times in seconds.
+struct Course {
+  std::vector<double>
+      Position;      // so far at each control; index 0 is the start, the last the finish
+  double Total = 0;  // in whole seconds
+};
+Course MeasureCourse(const clsAnalyzer& analyzer);
+
+/// The values in seconds that a line chart shows of a runner, from the start on (index 0) as far as
+/// he has times; empty when he is not drawn. `values` is filled anew.
+void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrChartModeConst mode,
+                std::vector<double>& values);
+
+/// Where a scatter chart has a runner's mark, in the units of its axes; nullopt when he lacks a
+/// figure.
+std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChartModeConst mode);
+
+HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode);
+
+/// The vertical range of a scatter chart.
+ValueRange VerticalRange(const clsAnalyzer& analyzer, KrChartModeConst mode);
+
+}  // namespace keltrun

@@ -1,0 +1,109 @@
+#include "keltrun2/chart/chart_wrapper.h"
+
+#include <cmath>
+#include <utility>
+
+#include "keltrun2/config/settings.h"
+
+namespace keltrun {
+namespace {
+
+constexpr double kPointsPerInch = 72;
+constexpr double kUnitsPerInch = 96;
+constexpr double kMillimetresPerInch = 25.4;
+
+float ToBook(float units) { return units / kChartUnitsPerBookUnit; }
+
+// Print books take font sizes in points at a zoom of 1, where their unit is a millimetre.
+double BookPoints(float units) { return ToBook(units) / kMillimetresPerInch * kPointsPerInch; }
+
+// Hosts measure texts too; what cannot be a size counts as none.
+float SaneSize(float size) { return std::isfinite(size) && size > 0 ? size : 0; }
+
+}  // namespace
+
+clsChartWrapper::clsChartWrapper(std::shared_ptr<PictureBox> picture,
+                                 std::shared_ptr<clsPrintBook> book)
+    : picture_(std::move(picture)), book_(std::move(book)) {
+  ApplyFont(font_);
+  size_ = static_cast<float>(font_.Size() * kUnitsPerInch / kPointsPerInch);
+}
+
+void clsChartWrapper::DrawLine(float X1, float Y1, float X2, float Y2) {
+  if (picture_) {
+    picture_->DrawLine(X1, Y1, X2, Y2, ForeColor, static_cast<float>(DrawWidth));
+  } else if (book_) {
+    book_->DrawLine(ToBook(X1), ToBook(Y1), ToBook(X2 - X1), ToBook(Y2 - Y1), ForeColor,
+                    static_cast<float>(2 * DrawWidth));
+  }
+}
+
+void clsChartWrapper::DrawBox(float X1, float Y1, float X2, float Y2) {
+  for (const bool fill : {true, false}) {
+    if (fill ? FillStyle != kSolid : DrawWidth <= 0) continue;
+    const Color color = fill ? FillColor : ForeColor;
+    if (picture_) {
+      picture_->DrawBox(X1, Y1, X2 - X1, Y2 - Y1, color, static_cast<float>(DrawWidth), fill);
+    } else if (book_) {
+      book_->DrawBox(ToBook(X1), ToBook(Y1), ToBook(X2 - X1), ToBook(Y2 - Y1), color,
+                     static_cast<float>(2 * DrawWidth), fill);
+    }
+  }
+}
+
+void clsChartWrapper::DrawCircle(float X, float Y, float Radius) {
+  const bool fill = FillStyle == kSolid;
+  const Color color = fill ? FillColor : ForeColor;
+  if (picture_) {
+    picture_->DrawCircle(X, Y, Radius, color, static_cast<float>(DrawWidth), fill);
+  } else if (book_) {
+    book_->DrawCircle(ToBook(X), ToBook(Y), ToBook(Radius), static_cast<float>(color), fill);
+  }
+}
+
+void clsChartWrapper::PrintText(std::string_view Text) {
+  if (picture_) {
+    picture_->DrawText(Text, CurrentX, CurrentY, Style());
+  } else if (book_) {
+    Font font = font_;
+    font.SetSize(BookPoints(size_));
+    // The box is the text's own, so that it fills it whichever way it is aligned. A turned text
+    // hangs to the left of its corner.
+    const float width = ToBook(TextWidth(Text));
+    const float height = ToBook(TextHeight());
+    book_->PrintText(Text, font, ToBook(CurrentX) - (Turned ? height : 0), ToBook(CurrentY),
+                     Turned ? height : width, Turned ? width : height, PRINTBOOK_ALIGN_LEFT,
+                     PRINTBOOK_VALIGN_TOP, Turned, 1.0F, ForeColor);
+  }
+}
+
+float clsChartWrapper::TextWidth(std::string_view Text) const {
+  DrawingSurface* const surface = Measure();
+  return surface != nullptr ? SaneSize(surface->TextWidth(Text, Style())) : 0;
+}
+
+float clsChartWrapper::TextHeight() const {
+  DrawingSurface* const surface = Measure();
+  return surface != nullptr ? SaneSize(surface->TextHeight(Style())) : 0;
+}
+
+void clsChartWrapper::BeginDraw() {
+  if (picture_) picture_->Clear();
+}
+
+void clsChartWrapper::EndDraw() {
+  if (book_) book_->NewPage();
+}
+
+TextStyle clsChartWrapper::Style() const {
+  return {.Font = font_, .Size = size_, .HeightRatio = 1, .Turned = Turned, .Color = ForeColor};
+}
+
+// A text's size grows with its letters, whatever the unit: a print book's printer measures the
+// chart's units as millimetres.
+DrawingSurface* clsChartWrapper::Measure() const {
+  if (picture_) return picture_.get();
+  return book_ ? &book_->PrinterObject()->Measure() : nullptr;
+}
+
+}  // namespace keltrun

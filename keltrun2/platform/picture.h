@@ -1,0 +1,71 @@
+// What pictures and printed pages are drawn on.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "keltrun2/platform/font.h"
+
+namespace keltrun {
+
+/// A colour number: blue * 65536 + green * 256 + red, each 0 to 255.
+using Color = std::int32_t;
+
+/// How a text is drawn.
+struct TextStyle {
+  keltrun::Font Font;     // face, bold, italic, underline; its size in points does not count
+  float Size = 12;        // height of the letters' em square, in units of the surface
+  float HeightRatio = 1;  // letters are this many times as high as normal, as wide as ever
+  bool Turned = false;    // turned by 90 degrees clockwise: reads from top to bottom
+  keltrun::Color Color = 0;
+};
+
+/// A plane with the origin in its upper left corner, x to the right and y downwards, in units of
+/// its own. What lies outside is not drawn. Widths of lines are in the same units.
+class DrawingSurface {
+ public:
+  virtual ~DrawingSurface() = default;
+
+  virtual void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,
+                        float DrawWidth) = 0;
+  /// A rectangle: its outline, or filled (then DrawWidth does not count).
+  virtual void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor,
+                       float DrawWidth, bool Fill) = 0;
+  /// A circle: its outline, or filled (then DrawWidth does not count).
+  virtual void DrawCircle(float X, float Y, float Radius, Color CircleColor, float DrawWidth,
+                          bool Fill) = 0;
+  /// One line of text; (X, Y) is the upper left corner of its box, about which a turned text is
+  /// turned.
+  virtual void DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) = 0;
+
+  /// The width of a text before it is turned, and the height of a line of it.
+  virtual float TextWidth(std::string_view Text, const TextStyle& Style) = 0;
+  virtual float TextHeight(const TextStyle& Style) = 0;
+
+  /// Draws only inside this rectangle from now on, or everywhere again.
+  virtual void SetClip(float Left, float Top, float Width, float Height) = 0;
+  virtual void ResetClip() = 0;
+};
+
+/// A picture of the host's: a window's canvas, or `CairoPicture` for files. Charts and page
+/// previews are drawn on it.
+class PictureBox : public DrawingSurface {
+ public:
+  /// The unit of everything drawn; charts and previews ask for kScalePixels.
+  static constexpr std::int32_t kScalePixels = 3;
+  virtual void SetScaleMode(std::int32_t ScaleMode) = 0;
+  virtual void SetBackColor(Color BackColor) = 0;
+  /// Erases everything drawn: the whole picture has its background colour.
+  virtual void Clear() = 0;
+
+  /// Size of the plane that is drawn on, in its units.
+  virtual float ScaleWidth() const = 0;
+  virtual float ScaleHeight() const = 0;
+
+  /// Outer width in units of whatever holds the picture. A chart that sizes its picture itself sets
+  /// it to Width / ScaleWidth times what it needs and then reads ScaleWidth again.
+  virtual float Width() const = 0;
+  virtual void SetWidth(float Width) = 0;
+};
+
+}  // namespace keltrun

@@ -1,0 +1,70 @@
+#include "keltrun2/report/chart_page.h"
+
+#include <algorithm>
+#include <array>
+
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/text/html.h"
+#include "keltrun2/text/numbers.h"
+#include "keltrun2/text/split.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::int32_t kRealTimeMode = 1;
+constexpr std::int32_t kLastMode = 7;
+
+// By mode. The map, the last one, has none.
+constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
+                                                               "リアルタイム",
+                                                               "上位平均相対",
+                                                               "上位平均110％相対",
+                                                               "上位平均130％相対",
+                                                               "巡航速度－ミス率",
+                                                               "巡航速度－前後半比"};
+
+void MakePicture(std::string& out, std::int32_t mode, std::string_view chart_name) {
+  out.append("<h3>◎ ").append(kHeadings[static_cast<std::size_t>(mode)]);
+  out += "</h3><img src=\"";
+  AppendEscaped(out, CclsSplit("?", chart_name).Expression(std::to_string(mode)));
+  out += "\"><br><hr>";
+}
+
+}  // namespace
+
+std::vector<std::int32_t> ChartModes(std::string_view chart_option) {
+  std::vector<std::int32_t> modes;
+  const CclsSplit entries(",", chart_option);
+  for (std::int32_t i = 0; i <= entries.Bound(); ++i) {
+    const auto value = NumericValue(entries.Value(i));
+    if (!value || *value < 0 || *value > kLastMode) continue;
+    const std::int32_t mode = RoundToLong(*value);
+    const bool whole = *value == mode;
+    if (whole && std::find(modes.begin(), modes.end(), mode) == modes.end()) modes.push_back(mode);
+  }
+  return modes;
+}
+
+bool HasStartTimes(const clsAnalyzer& analyzer) {
+  const auto& runners = AnalyzerInternal::Selected(analyzer);
+  return std::any_of(runners.begin(), runners.end(),
+                     [](const auto& runner) { return runner->StartTime() != 0; });
+}
+
+void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
+                     std::string_view chart_name, std::string_view chart_option,
+                     std::string_view charset) {
+  out += "<html>\r\n";
+  MakeHead(out, {.UseStyle = true, .TdStyle = kTableFontStyle, .Charset = charset});
+  out += "<body>\r\n";
+  if (analyzer.Count() == 0) MakeNoRunnersMessage(out, model);
+  for (const std::int32_t mode : ChartModes(chart_option)) {
+    if (analyzer.Count() == 0 || mode == kLastMode) continue;
+    if (mode != kRealTimeMode || HasStartTimes(analyzer)) MakePicture(out, mode, chart_name);
+  }
+  MakeFooter(out);
+  out += "</body></html>";
+}
+
+}  // namespace keltrun

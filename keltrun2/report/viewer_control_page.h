@@ -1,0 +1,14 @@
+// The HTML page that opens a lap file in the maker's viewer control.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace keltrun {
+
+/// Appends the whole page. The control loads the lap file from `lap_file_address`. The page itself
+/// declares no charset unless one is given.
+void AppendViewerControlPage(std::string& out, std::string_view lap_file_address,
+                             std::string_view charset = "");
+
+}  // namespace keltrun

@@ -1,0 +1,106 @@
+"""A headless Chromium, driven over its DevTools protocol with Python's own library."""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+FAULTS = ("Runtime.exceptionThrown", "Runtime.consoleAPICalled", "Log.entryAdded")
+
+
+def find_browser():
+    return next(filter(None, map(shutil.which, ("chromium", "google-chrome"))), None)
+
+
+def wait_until(condition):
+    for _ in range(1200):  # a minute
+        if condition():
+            return
+        time.sleep(0.05)
+    raise RuntimeError("waited in vain")
+
+
+class Page:
+    """The page of a browser of its own; `faults`: its messages, errors and outside requests so far."""
+
+    def __init__(self):
+        self.faults, self.last_id, self.session, self.folder = [], 0, {}, tempfile.mkdtemp()
+        command_end, self.commands = os.pipe()
+        answers, answer_end = os.pipe()
+        self.process = subprocess.Popen(  # it reads from descriptor 3 and writes to 4
+            ["sh", "-c", f'exec "$@" 3<&{command_end} 4>&{answer_end}', "sh", find_browser(),
+             "--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
+             "--remote-debugging-pipe", f"--user-data-dir={self.folder}", "about:blank"],
+            pass_fds=(command_end, answer_end), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for end in (command_end, answer_end):
+            os.close(end)
+        self.answers, self.unread = os.fdopen(answers, "rb"), b""
+        target = self.call("Target.createTarget", url="about:blank")
+        self.session = self.call("Target.attachToTarget", flatten=True, **target)
+        for domain in ("Page", "Runtime", "Log", "Network"):
+            self.call(domain + ".enable")
+        self.resize(1280, 800)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _receive(self):
+        while b"\0" not in self.unread:
+            self.unread += self.answers.read1(1 << 16) or sys.exit("the browser is gone")
+        message, self.unread = self.unread.split(b"\0", 1)
+        return json.loads(message)
+
+    def call(self, method, **parameters):
+        self.last_id += 1
+        command = {"id": self.last_id, "method": method, "params": parameters, **self.session}
+        os.write(self.commands, json.dumps(command).encode() + b"\0")
+        while (message := self._receive()).get("id") != self.last_id:
+            url = message["params"].get("request", {}).get("url", "file:")
+            if message["method"] in FAULTS or not url.startswith(("file:", "data:", "about:")):
+                self.faults.append(json.dumps(message)[:400])
+        if "error" in message:
+            raise RuntimeError(f"{method}: {message['error']}")
+        return message["result"]
+
+    def run(self, script):
+        """The value of a JavaScript expression."""
+        answer = self.call("Runtime.evaluate", expression=script, returnByValue=True)
+        if "exceptionDetails" in answer:
+            raise RuntimeError(f"{script}: {answer['exceptionDetails']}")
+        return answer["result"].get("value")
+
+    def open(self, url):
+        for address in ("about:blank", url):
+            self.call("Page.navigate", url=address)
+        wait_until(lambda: self.run("document.body?.dataset.ready"))
+
+    def resize(self, width, height):
+        size = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500}
+        self.call("Emulation.setDeviceMetricsOverride", **size)
+
+    def mouse(self, kind, x, y):
+        button = {} if kind == "mouseMoved" else {"button": "left", "clickCount": 1}
+        self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, **button)
+
+    def click(self, x, y):
+        for kind in ("mouseMoved", "mousePressed", "mouseReleased"):
+            self.mouse(kind, x, y)
+
+    def click_on(self, selector):
+        self.click(*self.run(f"""(() => {{
+          const element = document.querySelector({json.dumps(selector)});
+          element.scrollIntoView({{block: 'center', inline: 'center'}});
+          const box = element.getBoundingClientRect();
+          return [box.left + box.width / 2, box.top + box.height / 2]; }})()"""))
+
+    def press(self, key):
+        for kind in ("keyDown", "keyUp"):
+            self.call("Input.dispatchKeyEvent", type=kind, key=key)

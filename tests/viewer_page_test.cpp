@@ -1,0 +1,91 @@
+// The viewer page as the library writes it; tests/viewer/viewer_test.py works it in a browser.
+#include <archive.h>
+#include <archive_entry.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+#include "keltrun2/platform/gzip.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+std::string Unpacked(const std::string& packed) {
+  archive* reader = archive_read_new();
+  archive_read_support_filter_gzip(reader);
+  archive_read_support_format_raw(reader);
+  archive_entry* entry = nullptr;
+  std::string out;
+  if (archive_read_open_memory(reader, packed.data(), packed.size()) == ARCHIVE_OK &&
+      archive_read_next_header(reader, &entry) == ARCHIVE_OK) {
+    char part[4096];
+    for (la_ssize_t size; (size = archive_read_data(reader, part, sizeof part)) > 0;) {
+      out.append(part, static_cast<std::size_t>(size));
+    }
+  }
+  archive_read_free(reader);
+  return out;
+}
+
+std::string FromBase64(std::string_view text) {
+  constexpr std::string_view kDigits =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  std::uint32_t bits = 0;
+  int count = 0;
+  for (const char c : text.substr(0, text.find('='))) {
+    bits = bits << 6 | static_cast<std::uint32_t>(kDigits.find(c));
+    if ((count += 6) < 8) continue;
+    out += static_cast<char>(bits >> (count -= 8) & 0xFF);
+  }
+  return out;
+}
+
+// A packed file ends where its data ends: a browser refuses bytes behind it.
+TEST(Gzip, PacksWithoutPadding) {
+  for (const std::size_t size : {std::size_t{1}, std::size_t{10240}, std::size_t{300000}}) {
+    std::string bytes(size, 'x');
+    for (std::size_t i = 0; i < size; i += 7) bytes[i] = static_cast<char>(i * i >> 3 & 0xFF);
+    const std::string packed = Gzip(bytes);
+    EXPECT_EQ(Unpacked(packed), bytes);
+    std::uint32_t stated = 0;  // the last four bytes are the size of the data
+    for (int i = 1; i <= 4; ++i)
+      stated = stated << 8 | static_cast<std::uint8_t>(packed.rbegin()[i - 1]);
+    EXPECT_EQ(stated, size);
+  }
+}
+
+TEST(ViewerPage, HoldsTheAnalysisAndEscapesNames) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  root->EventData()->EventName = "A & B</title><script>";
+  const auto klass = root->AddClass("M\"21<b>");
+  klass->ControlCount = 1;
+  AddRunner(*klass, "</script><script>alert(1)", "0:01:30", {60, 30});
+  const auto analyzer = root->NewAnalyzer();
+  analyzer->AddClass(1);
+  analyzer->Execute();
+  const std::string page = root->HtmlControl()->OutputViewer({{analyzer, DataSetKind::kClass}});
+
+  const auto holds = [&](std::string_view text) { return page.find(text) != std::string::npos; };
+  EXPECT_TRUE(holds("<html lang=\"en\">"));
+  EXPECT_TRUE(holds("<title>A &amp; B&lt;/title&gt;&lt;script&gt;</title>"));
+  EXPECT_FALSE(holds("alert(1)"));
+  const std::string opening =
+      "<script type=\"application/gzip\" data-kind=\"class\" "
+      "data-name=\"M&quot;21&lt;b&gt;\" data-runners=\"1\">";
+  const std::size_t start = page.find(opening);
+  ASSERT_NE(start, std::string::npos);
+  const std::string_view data = std::string_view(page).substr(start + opening.size());
+  EXPECT_EQ(Unpacked(FromBase64(data.substr(0, data.find('<')))),
+            root->TextControl()->OutputJson(analyzer));
+}
+
+TEST(ViewerPage, NeedsAnalyses) {
+  const auto root = NewRoot();
+  EXPECT_THROW(root->HtmlControl()->OutputViewer({{nullptr, DataSetKind::kClass}}),
+               AutomationError);
+}
+
+}  // namespace
+}  // namespace keltrun::test
