@@ -255,6 +255,7 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   Output("site two.lxm bare --add");
   EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
   EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
+  EXPECT_EQ(Run("keltrun2 site two.lxm bare --prefix a:").code, 2);
   Output("site two.lxm bare --add --prefix club_");
   EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50A.html") &&
               Has(index(), "club_lap_u7537u5b50A.html"));

@@ -303,8 +303,8 @@ TEST(ChartPage, PicturesByOption) {
   for (const auto& [option, starts, pictures] : Rows<const char*, bool, std::string>{
            {"0,2,7", false, normal + picture("上位平均相対", 2)},
            {"1", false, ""},
-           {" 1 ,0,01,1.0", true, real_time + normal},
-           {",x,0x,,0.5,8,-1,1e9,99999999999999999999,0,0", false, normal},
+           {" 1 ,0,01,1.0", true, real_time + normal + real_time + real_time},
+           {",x,0x,,0.5,8,-1,1e9,99999999999999999999,0,0", false, normal + normal},
            {"3,4,5,6", true, others},
            {"", true, ""}}) {
     const PageEvent event;

@@ -341,6 +341,9 @@ TEST_F(SiteTest, AddMode) {
            {"<meta content=\"text/html; charset=UTF-8\">\r\n森\r\n", start + "\r\n😀\r\n"},
            {"森 is UTF-8\r", start + "\rlines of three\nkinds\r\n"},
            {"\xEF\xBB\xBFmarked as UTF-8\r\n", start + "\r\n"},
+           {"<script charset=shift_jis></script><meta charset=UTF-8>\r\n森\r\n", start + "\r\n"},
+           {"<meta charset=us-ascii> not euc\r\n", start + "\r\n"},
+           {"<?xml version='1.0' encoding='euc-jp'?>\r\n\xBF\xB9\r\n", start + "\r\n"},
            {"<meta charset=euc-jp>\r\n\xBF\xB9\r\n", start + "\r\n"}}) {
     WriteBytes(site + "/index.html", before + after);
     ASSERT_TRUE(Publish({.IndexFileAddMode = true}));

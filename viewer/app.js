@@ -100,7 +100,12 @@ function showAll() {
 // Shows the state. `before` is the state that is shown now, null for none.
 async function show(before = null) {
   const entry = chosenEntry();
-  const set = await loadSet(entry);
+  let set;
+  try {
+    set = await loadSet(entry);
+  } catch {
+    return notify(text('damaged'));
+  }
   if (entry !== chosenEntry()) return;  // another one was chosen in the meantime
   Object.assign(app.state, {kind: entry.kind, name: entry.name});
   const anew = !before || set !== app.set;

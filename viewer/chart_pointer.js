@@ -65,7 +65,7 @@ function wholeFigures(runner) {
   const ratio = halfRatio(runner);
   return [
     [text('cruise'), percentText(runner.cruiseSpeed)],
-    [text('rate'), percentText(runner.missRate)],
+    [text('rate'), runner.missRate ? percentText(runner.missRate) : NO_DATA],
     [text('lost'), isTime(runner.missTimeTotal) ? timeText(runner.missTimeTotal) : NO_DATA],
     ...(ratio == null ? [] : [[text('ratio'), `${percentText(ratio)} %`]]),
   ];

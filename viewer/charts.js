@@ -48,7 +48,8 @@ function linearScale(from, to, start, end) {
 
 // Round values from `low` to `high`, at most `most`.
 function ticks(low, high, steps, most) {
-  const step = steps.find((size) => (high - low) / size <= most) ?? steps.at(-1);
+  let step = steps.find((size) => (high - low) / size <= most) ?? steps.at(-1);
+  while ((high - low) / step > most) step *= 2;
   const values = [];
   for (let value = Math.ceil(low / step) * step; value <= high; value += step) values.push(value);
   return values;

@@ -20,8 +20,8 @@ async function unpack(base64) {
 
 // The data of an entry of findSets(), ready to show; kept for the next time.
 async function loadSet(entry) {
-  entry.loaded ??= prepare(await unpack(entry.element.textContent));
-  return entry.loaded;
+  entry.loading ??= unpack(entry.element.textContent).then(prepare);
+  return entry.loading;
 }
 
 function isTime(value) {

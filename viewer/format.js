@@ -20,7 +20,7 @@ function signedTimeText(seconds) {
 
 // Hours and minutes of a time of day, which may lie beyond midnight.
 function clockText(seconds) {
-  const minutes = Math.round(seconds / 60);
+  const minutes = Math.floor(seconds / 60);
   return `${Math.floor(minutes / 60) % 24}:${String(minutes % 60).padStart(2, '0')}`;
 }
 

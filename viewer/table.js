@@ -12,7 +12,7 @@ const COLUMNS = [
   {key: 'name', value: (runner) => folded(runner.name)},
   {key: 'result', value: (runner) => runner.order, show: (runner) => runner.result},
   {key: 'cruise', value: (runner) => runner.cruiseSpeed || null, show: percentText},
-  {key: 'rate', value: (runner) => (runner.cruiseSpeed ? runner.missRate : null), show: percentText},
+  {key: 'rate', value: (runner) => runner.missRate || null, show: percentText},
   {key: 'lost', value: (runner) => runner.missTimeTotal, show: timeText},
   {key: 'clean', value: (runner) => runner.totalTimeWithoutMiss, show: timeText},
 ];
@@ -53,7 +53,8 @@ function sortedRunners(app) {
   if (!value) return runners;
   const direction = app.state.sort.startsWith('-') ? -1 : 1;
   const keyed = runners.map((runner) => ({runner, key: value(runner)}));
-  const isKey = (key) => typeof key === 'number' || (typeof key === 'string' && !(key in MARKS));
+  const isMark = (key) => /^-?(lap|second)/.test(app.state.sort) && Object.hasOwn(MARKS, key);
+  const isKey = (key) => typeof key === 'number' || (typeof key === 'string' && !isMark(key));
   keyed.sort((a, b) => {
     if (!isKey(a.key) || !isKey(b.key)) return isKey(b.key) - isKey(a.key);
     return direction * (a.key < b.key ? -1 : a.key > b.key ? 1 : 0);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <memory>
 #include <optional>
@@ -20,10 +21,18 @@ constexpr std::array<Color, 8> kHighlightColors = {0x2020D0, 0xD06000, 0x208020,
                                                    0x0080E0, 0xA0A000, 0x404080, 0x707070};
 constexpr std::int32_t kHighlightWidth = 3;
 
-PictureFormatConst Format(const std::string& file) {
+PictureFormatConst Format(std::string file) {
+  std::transform(file.begin(), file.end(), file.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   if (file.ends_with(".svg")) return KR_PICTURE_SVG;
   if (file.ends_with(".pdf")) return KR_PICTURE_PDF;
   return KR_PICTURE_PNG;
+}
+
+std::string WithoutBlanks(const std::string& word) {
+  const std::size_t begin = word.find_first_not_of(' ');
+  if (begin == std::string::npos) throw CommandError("--highlight names nobody", kWrongUse);
+  return word.substr(begin, word.find_last_not_of(' ') - begin + 1);
 }
 
 std::optional<std::int32_t> Position(const std::string& text) {
@@ -35,7 +44,8 @@ std::optional<std::int32_t> Position(const std::string& text) {
 }
 
 // The runners that a word of --highlight means: a position in the analysis or a part of the name.
-std::vector<std::int32_t> RunnersOf(const clsAnalyzer& analyzer, const std::string& word) {
+std::vector<std::int32_t> RunnersOf(const clsAnalyzer& analyzer, const std::string& given) {
+  const std::string word = WithoutBlanks(given);
   std::vector<std::int32_t> found;
   const std::optional<std::int32_t> position = Position(word);
   for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {
@@ -58,7 +68,10 @@ void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOp
                              kHighlightWidth, KR_CHART_FLAG_NAME | KR_CHART_FLAG_LEGEND);
     }
   }
-  if (!options.names) return;
+  // Highlighting takes nobody's name away.
+  constexpr std::int32_t kNamedUnasked = 20;
+  const bool highlighted = !options.highlight.empty();
+  if (!options.names && (!highlighted || analyzer.Count() > kNamedUnasked)) return;
   for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {
     const ChartRunnerSetting set = chart.GetRunnerSetting(i);
     chart.SetRunnerSetting(i, set.ForeColor, set.DrawWidth, set.Flag | KR_CHART_FLAG_NAME);

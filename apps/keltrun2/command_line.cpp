@@ -1,10 +1,12 @@
 #include "apps/keltrun2/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <iostream>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apps/keltrun2/chart_modes.h"
@@ -119,6 +121,20 @@ CLI::Validator FileNameEnding(const std::vector<std::string>& endings) {
       "");
 }
 
+// A part of a file name that stays as it is on every system.
+CLI::Validator PlainNamePart() {
+  return CLI::Validator(
+      [](const std::string& text) {
+        static constexpr std::string_view kNotInNames = "/\\:*?\"<>|";
+        const bool bad = std::any_of(text.begin(), text.end(), [](char c) {
+          return static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
+                 kNotInNames.find(c) != std::string_view::npos;
+        });
+        return bad ? "must not hold any of " + std::string(kNotInNames) : std::string();
+      },
+      "");
+}
+
 CLI::Validator LapFileName() { return FileNameEnding({".lxm", ".lap", ".xml", ".lzh"}); }
 
 // Two whole numbers with an x between them.
@@ -228,7 +244,8 @@ void AddSiteOptions(CLI::App& app, Options& options) {
                  "style sheet to publish as style.css; none for pages without one")
       ->type_name("FILE|none");
   app.add_option("--prefix", options.prefix, "in front of the names of all pages but the index")
-      ->type_name("TEXT");
+      ->type_name("TEXT")
+      ->check(PlainNamePart());
   app.add_flag_callback(
       "--no-legs", [&options] { options.legs = false; }, "no pages about the legs");
   auto charts = ChartModeNames();
@@ -238,6 +255,7 @@ void AddSiteOptions(CLI::App& app, Options& options) {
          "pages with these charts: all, or some of " + CLI::detail::join(ChartModeNames(), ", "))
       ->type_name("MODES")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
   app.add_flag("--viewer", options.viewer, "viewer.html, one page to browse in tables and charts");
   AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "what the pages are written in")
@@ -261,7 +279,8 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
   app.add_flag("--all")
       ->description("every class and every shared course, which is what naming none means")
       ->excludes(by_class)
-      ->excludes("--course");
+      ->excludes("--course")
+      ->excludes("--segment");
   AddOutput(app, options);
 }
 
@@ -294,7 +313,8 @@ void AddChartOptions(CLI::App& app, Options& options) {
   app.add_option("--highlight", chart.highlight,
                  "runners to draw in colour: their positions in the analysis, or parts of names")
       ->type_name("RUNNERS")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   app.add_flag("--names", chart.names, "every runner's name at his line or mark");
   AddSize(app, chart);
   const auto add_number = [&app](const char* name, float& value, float least, float most,
@@ -350,6 +370,7 @@ void AddPrintOptions(CLI::App& app, Options& options) {
       app.add_option("--printer", print.printer, "print on this printer")->type_name("NAME");
   app.add_option("-o,--output", options.output, "PDF file to write; - is standard output")
       ->type_name("FILE")
+      ->check(FileNameEnding({"-", ".pdf"}))
       ->excludes(printer);
   app.add_flag("--force", options.force, "replace the file when it is there already");
   app.parse_complete_callback([list, printer, &app, &options] {

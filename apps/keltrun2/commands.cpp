@@ -47,6 +47,16 @@ std::string SiteStyle(const Options& options) {
   return ReadInput(options.style_file);
 }
 
+// Why it could not be written, or "".
+std::string WriteStyle(const std::string& file, const std::string& style) {
+  try {
+    WriteOutput(file, style);
+    return "";
+  } catch (const CommandError& error) {
+    return error.what() + std::string("\n");
+  }
+}
+
 SiteOptions Site(const Options& options, const std::string& folder, bool styled) {
   SiteOptions site;
   site.OutputFolder = folder;
@@ -126,9 +136,9 @@ std::string AnalysisText(const clsKeltrun2& root, const Options& options,
   if (options.form == "splitsbrowser") return text->OutputCsvSplitsBrowser(analyzer);
   if (options.form == "legs") {
     analyzer->ExtraAnalyze();
-    // Outside the Japanese mode this page declares another charset than the one asked for.
-    return WithCharacterReferences(
-        html->OutputLegData(analyzer, options.style_address, kPageEncoding));
+    const std::string page = html->OutputLegData(analyzer, options.style_address, kPageEncoding);
+    // Outside the Japanese mode the page declares another charset than the one asked for.
+    return options.language == "ja" ? page : WithCharacterReferences(page);
   }
   return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);
 }
@@ -158,10 +168,11 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   CheckCopyIsAnother(options.event, folder + site.Lap2File);
   CheckCopyIsAnother(options.event, folder + site.Lap1File);
   MakeFolder(folder);
-  if (styled) WriteOutput(folder + kStyleFile, style);
+  std::string failures = styled ? WriteStyle(folder + kStyleFile, style) : "";
   const bool begun = root.FileControl()->OutputSite(site);
-  // The export goes on past a page that it cannot write and lists such pages at the end.
-  if (!begun || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
+  // The export goes on past a file that it cannot write; all such files are told at the end.
+  failures += root.ErrorComment();
+  if (!begun || !failures.empty()) throw CommandError(failures);
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';
 }
 

@@ -99,6 +99,8 @@ void TextTable::AppendTo(std::string& out) const {
   }
 }
 
+std::string Printable(std::string_view text) { return MakeShown(text).text; }
+
 void AppendFact(std::string& out, std::string_view label, std::string_view text) {
   if (text.empty()) return;
   out += label;

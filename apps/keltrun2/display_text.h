@@ -30,6 +30,9 @@ class TextTable {
   std::vector<std::vector<std::string>> rows_;
 };
 
+/// A text without characters that would move the cursor or command the terminal: they show as "?".
+std::string Printable(std::string_view text);
+
 /// A line "Label   text" of a list of facts; nothing for an empty text.
 void AppendFact(std::string& out, std::string_view label, std::string_view text);
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/keltrun2/command_error.h"
+#include "apps/keltrun2/display_text.h"
 #include "apps/keltrun2/files.h"
 
 namespace keltrun::cli {
@@ -61,10 +62,10 @@ class MemberWindows : public HostWindows {
 
 void ShowRemarks(const clsFileControl& files, const std::string& name) {
   for (const LoadRemark& remark : files.LoadRemarks()) {
-    std::cerr << name;
+    std::cerr << Printable(name);
     if (remark.Line > 0) std::cerr << ':' << remark.Line;
     if (remark.Column > 0) std::cerr << ':' << remark.Column;
-    std::cerr << ": " << remark.Text << '\n';
+    std::cerr << ": " << Printable(remark.Text) << '\n';
   }
 }
 

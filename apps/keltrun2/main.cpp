@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <variant>
 
 #include "apps/keltrun2/command_error.h"
 #include "apps/keltrun2/command_line.h"
+#include "apps/keltrun2/display_text.h"
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::cli {
@@ -37,10 +39,9 @@ void ChooseLanguage(const std::string& language) {
 // characters that would command it.
 void PrintError(std::string text) {
   std::erase(text, '\r');
-  std::replace_if(
-      text.begin(), text.end(),
-      [](char c) { return c != '\n' && (static_cast<unsigned char>(c) < 0x20 || c == 0x7F); }, '?');
-  std::cerr << "keltrun2: " << text << '\n';
+  std::cerr << "keltrun2: ";
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) std::cerr << Printable(line) << '\n';
 }
 
 int Run(const CommandLine& line) {

@@ -56,6 +56,10 @@ void SetUpPages(clsPrintBook& book, const Options& options) {
             print.margin, print.margin, print.margin, print.margin, 1);
   const auto [columns, rows] = CellsPerSheet(print.per_sheet);
   if (columns * rows > 1) book.SetSeparation(rows, columns, kCellGap, kCellGap);
+  if (!(book.Width() > 0) || !(book.Height() > 0)) {
+    throw CommandError("no room is left on the paper: use a smaller --margin or --per-sheet",
+                       kWrongUse);
+  }
 }
 
 void PrintOne(clsKeltrun2& root, const PrintOptions& print, const ChosenSet& choice,

@@ -6,14 +6,16 @@
 #include <memory>
 
 #include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
 /// Per-leg figures of a whole data set. Legs run from 1 to 51, index 0 is never filled; an index
 /// outside 0 to 51 raises subscript out of range (9). A new Execute makes a new object: one that
 /// was kept keeps its figures.
-class clsAnalyzedGeneralData {
+class KELTRUN2_API clsAnalyzedGeneralData {
  public:
+  /// The highest leg.
   static constexpr std::int32_t kMostLegs = clsAnalyzedRunnerData::kMostLegs;
   /// Positions kept of each leg's order.
   static constexpr std::int32_t kMostUpperLaps = 6;

@@ -9,6 +9,7 @@
 
 #include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/time_values.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -19,7 +20,7 @@ namespace keltrun {
 /// A runner who missed controls has a range: the legs from the first missed one to the next that he
 /// punched, which only have a common time. That time stands as the lap of the last leg of the
 /// range.
-class clsAnalyzedRunnerData {
+class KELTRUN2_API clsAnalyzedRunnerData {
  public:
   /// The highest leg: 50 controls and the finish.
   static constexpr std::int32_t kMostLegs = 51;
@@ -77,6 +78,8 @@ class clsAnalyzedRunnerData {
 
   /// How many times the reference lap the runner needs on his best legs covering half the course.
   const clsPercentValue* CruiseSpeed() const { return &cruise_speed_; }
+  /// The same on his best legs covering a fifth of the course, within its first and its last part
+  /// (about half of it each); 0 until ExtraAnalyze.
   const clsPercentValue* FirstHalfCruiseSpeed() const { return &first_half_cruise_speed_; }
   const clsPercentValue* SecondHalfCruiseSpeed() const { return &second_half_cruise_speed_; }
   /// Split at the finish over the sum of the reference laps.
@@ -93,6 +96,7 @@ class clsAnalyzedRunnerData {
                               std::string_view SkipValue = kSkipText,
                               std::string_view DisqValue = kDisqText) const;
 
+  /// The record's serial number, which no other runner of the event has.
   std::int32_t SerialNum() const { return other_data_->SerialNum(); }
 
   /// Running total of the laps up to the leg, or a marker of LapTimeConst.
@@ -140,6 +144,7 @@ class clsAnalyzedRunnerData {
   /// The result without the share that MissRate says was lost.
   const clsTimeValue* TotalTimeWithoutMiss() const { return &total_time_without_miss_; }
 
+  /// The record's names of the runner and his club.
   const std::string& RunnerName() const { return other_data_->RunnerName; }
   const std::string& ClubName() const { return other_data_->ClubName; }
   /// The record's result; for a record without one the split at its last leg, when complete.

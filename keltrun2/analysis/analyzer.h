@@ -11,6 +11,7 @@
 #include "keltrun2/analysis/analyzed_runner_data.h"
 #include "keltrun2/analysis/data_set.h"
 #include "keltrun2/model/course_data.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -23,7 +24,7 @@ namespace keltrun {
 ///
 /// The full set holds every runner added, after Execute in result order. The selected set holds
 /// what is shown: everybody after Execute, then what the Select calls make of it.
-class clsAnalyzer : public DataSet {
+class KELTRUN2_API clsAnalyzer : public DataSet {
  public:
   clsAnalyzer();
 
@@ -76,7 +77,9 @@ class clsAnalyzer : public DataSet {
   void SelectItem(std::int32_t SerialNum);
   /// Orders the selected set by result.
   void SelectSort();
+  /// Selects every runner of the full set once, in its order.
   void SelectAll();
+  /// Empties the selected set.
   void SelectNone();
 
  private:

@@ -8,11 +8,12 @@
 #include <vector>
 
 #include "keltrun2/model/class_data.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
 /// The head of a data set and the ways to fill it from the current event.
-class DataSet {
+class KELTRUN2_API DataSet {
  public:
   std::string DataSetFileName;    // file-name-safe name of the set
   bool DataSetIsMix = false;      // several classes, or a name given by the host
@@ -36,11 +37,13 @@ class DataSet {
   /// Adds one runner. The record is shared, not copied.
   virtual void AddLap(const std::shared_ptr<clsLapData>& LapObject) = 0;
 
+  /// The name of the set: its classes joined by "/", or what the host called it.
   const std::string& DataSetName() const { return name_; }
   /// Names the set, marks it as a mix and derives DataSetFileName from the name.
   void SetDataSetName(std::string_view Name);
 
  protected:
+  /// Copies share the runners.
   DataSet() = default;
   DataSet(const DataSet&) = default;
   DataSet& operator=(const DataSet&) = default;

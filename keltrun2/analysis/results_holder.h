@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "keltrun2/analysis/data_set.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -20,7 +21,7 @@ namespace keltrun {
 ///
 /// The full set holds every runner added, the selected set those that are shown; both are in result
 /// order at any time. Ranks hold until the next adding or selecting.
-class clsResultsHolder : public DataSet {
+class KELTRUN2_API clsResultsHolder : public DataSet {
  public:
   clsResultsHolder();
   ~clsResultsHolder() override;
@@ -50,12 +51,15 @@ class clsResultsHolder : public DataSet {
   /// True when at least two selected runners have an official rank.
   bool RankIsAvalilable() const { return rank_is_available_; }
 
+  /// Every runner added, in result order; null outside 1 to FullSetCount.
   std::int32_t FullSetCount() const;
   std::shared_ptr<clsLapData> FullSetItem(std::int32_t Index) const;
 
   /// Adds every runner of that serial number to the selected set, also when he is there already.
   void SelectItem(std::int32_t SerialNum);
+  /// Selects every runner of the full set once.
   void SelectAll();
+  /// Empties the selected set.
   void SelectNone();
 
  private:

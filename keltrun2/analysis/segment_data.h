@@ -11,6 +11,7 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/model/segment_set.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -20,8 +21,9 @@ namespace keltrun {
 ///     root->MakeSegmentSet();
 ///     auto analyzer = root->SegmentData(1)->Analyzer();
 ///     analyzer->Execute();
-class clsSegmentData {
+class KELTRUN2_API clsSegmentData {
  public:
+  /// The set of that data, which is shared and not null.
   explicit clsSegmentData(std::shared_ptr<SegmentSet> segment) : segment_(std::move(segment)) {}
 
   /// Where the run occurs: a course number, TAB, and the position in that course of the run's first

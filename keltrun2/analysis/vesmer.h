@@ -52,7 +52,7 @@ LossProfiles LossesOf(const std::vector<std::shared_ptr<clsAnalyzedRunnerData>>&
 SymmetricMatrix SquaredDistances(const LossProfiles& profiles);
 
 /// Turns squared distances into products of positions seen from their centre, as multiples of their
-/// trace. False, and the matrix is of no use, when there is no such mean: all
+/// trace. False, and the matrix is of no use, when that is 0 or not finite: all
 /// distances are 0, or a loss is not a number or far too large.
 bool MakeCentredProducts(SymmetricMatrix& matrix);
 

@@ -11,6 +11,7 @@
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
 #include "keltrun2/model/load_mode.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -18,7 +19,7 @@ namespace keltrun {
 ///
 /// Nothing here throws for a bad file: the result is false and the root's ErrorComment says why.
 /// What a reader added before an error stays in the model.
-class clsFileControl {
+class KELTRUN2_API clsFileControl {
  public:
   clsFileControl() = default;
   clsFileControl(const clsFileControl&) = delete;

@@ -8,6 +8,7 @@
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/chart/chart_object.h"
 #include "keltrun2/config/config_control.h"
+#include "keltrun2/platform/export.h"
 #include "keltrun2/print/grid_object.h"
 #include "keltrun2/print/print_analysis.h"
 #include "keltrun2/print/print_book.h"
@@ -16,7 +17,7 @@ namespace keltrun {
 
 /// The service that draws charts, prints lists and fills grids. A null object raises object not set
 /// (91) and changes nothing.
-class clsGraphicControl {
+class KELTRUN2_API clsGraphicControl {
  public:
   /// Colours of printed analyses come from Settings, or are the defaults when it is null.
   explicit clsGraphicControl(std::shared_ptr<clsConfigControl> Settings = nullptr)

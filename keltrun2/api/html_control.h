@@ -9,13 +9,14 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
 /// Turns data sets into complete HTML pages, returned as UTF-8 text whose lines end in CR LF. The
 /// charset in Encoding is only declared: whoever writes the file encodes it so. Texts from data and
 /// addresses are escaped; TopValue and LinkStyleFile are the host's own HTML.
-class clsHtmlControl {
+class KELTRUN2_API clsHtmlControl {
  public:
   /// The page of an executed analysis. LinkStyleFile is the address of a style sheet. Raises object
   /// not set (91) for null.
@@ -47,8 +48,8 @@ class clsHtmlControl {
 
   /// A data set of the viewer page.
   struct ViewerSet {
-    std::shared_ptr<clsAnalyzer> Analyzer;
-    DataSetKind Kind = DataSetKind::kClass;
+    std::shared_ptr<clsAnalyzer> Analyzer;   // executed, not null
+    DataSetKind Kind = DataSetKind::kClass;  // under which heading a reader chooses it
   };
 
   /// One page to browse in the data sets, which a reader chooses among in the order given: split

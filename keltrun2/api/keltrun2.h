@@ -19,6 +19,7 @@
 #include "keltrun2/model/course_data.h"
 #include "keltrun2/model/event_data.h"
 #include "keltrun2/model/meta_data.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -26,11 +27,11 @@ class EventModel;
 
 /// The fields of a class-and-course choice, read back from its text.
 struct ClassAndCourseValue {
-  std::string ValueName;        // class names joined by "/"
-  std::int32_t ClassIndex = 0;  // position of the class from 1, 0 for a course
-  std::int32_t CourseNum = 0;   // course number, 0 for a class
-  std::string FileName;         // file base names joined by "_"
-  std::int32_t RunnerCount = 0;
+  std::string ValueName;         // class names joined by "/"
+  std::int32_t ClassIndex = 0;   // position of the class from 1, 0 for a course
+  std::int32_t CourseNum = 0;    // course number, 0 for a class
+  std::string FileName;          // file base names joined by "_"
+  std::int32_t RunnerCount = 0;  // runners of all its classes
 };
 
 /// The one object that a host creates: the event and the services that load, analyse and publish
@@ -45,7 +46,7 @@ struct ClassAndCourseValue {
 ///
 /// One root object is in use at a time: the services, ClassAndCourseList and SortClass work on the
 /// event of the root created last. Everything runs on the host's thread.
-class clsKeltrun2 {
+class KELTRUN2_API clsKeltrun2 {
  public:
   /// Loads settings and resource texts, if this is the first root of the process, and starts with
   /// an empty event.
@@ -67,12 +68,17 @@ class clsKeltrun2 {
   std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
   std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
 
+  /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;
+
+  /// The services, made with the root; never null.
   const std::shared_ptr<clsFileControl>& FileControl() const { return file_control_; }
   const std::shared_ptr<clsGraphicControl>& GraphicControl() const { return graphic_control_; }
   const std::shared_ptr<clsHtmlControl>& HtmlControl() const { return html_control_; }
   const std::shared_ptr<clsTextControl>& TextControl() const { return text_control_; }
   const std::shared_ptr<clsConfigControl>& ConfigControl() const { return config_control_; }
+
+  /// Who made the lap file that was loaded.
   std::shared_ptr<clsMetaData> MetaData() const;
 
   /// The class of that name, made when there is none. Names are compared without regard to letter
@@ -86,7 +92,9 @@ class clsKeltrun2 {
   /// The class of a name, or at a position from 1; null when there is none.
   std::shared_ptr<clsClassData> ClassData(std::string_view ClassID) const;
   std::shared_ptr<clsClassData> ClassData(std::int32_t ClassID) const;
+  /// Number of classes.
   std::int32_t ClassCount() const;
+  /// Whether there is a class of that name.
   bool IsClassExists(std::string_view ClassName) const;
 
   /// The course of that number, made when there is none.
@@ -96,9 +104,11 @@ class clsKeltrun2 {
   /// A text is a course number, a number is a position from 1; null when there is none.
   std::shared_ptr<clsCourseData> CourseData(std::string_view CourseID) const;
   std::shared_ptr<clsCourseData> CourseData(std::int32_t CourseID) const;
+  /// Number of courses.
   std::int32_t CourseCount() const;
   /// Removes all courses and segment sets.
   void ClearCourse();
+  /// Whether there is a course of that number.
   bool IsCourseExists(std::int32_t CourseIndex) const;
 
   /// What can be analysed: each class, then each course run by at least two classes, as texts of
@@ -116,6 +126,7 @@ class clsKeltrun2 {
 
   /// The segment set at a position from 1. Raises subscript out of range (9) for others.
   std::shared_ptr<clsSegmentData> SegmentData(std::int32_t Index) const;
+  /// Number of segment sets.
   std::int32_t SegmentCount() const;
   /// Rebuilds the segment sets from courses and classes. Loads of native files in normal mode do it
   /// by themselves; later changes to courses and classes need another call.

@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// Called with 0 to 100. An exception that it throws ends the operation and reaches the host's
@@ -16,8 +18,9 @@ using ProgressHandler = std::function<void(std::int32_t Percent)>;
 using ProgressHandlers = std::map<std::int32_t, std::shared_ptr<ProgressHandler>>;
 
 /// Detaches a handler. Letting the handle go keeps the handler attached.
-class ProgressHandle {
+class KELTRUN2_API ProgressHandle {
  public:
+  /// A handle of nothing, or of a handler of that number among those of a service.
   ProgressHandle() = default;
   ProgressHandle(const std::shared_ptr<ProgressHandlers>& handlers, std::int32_t number)
       : handlers_(handlers), number_(number) {}

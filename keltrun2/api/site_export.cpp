@@ -4,6 +4,7 @@
 #include <array>
 #include <exception>
 #include <optional>
+#include <set>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -95,13 +96,19 @@ Charset SiteCharset(const SiteOptions& options) {
                         std::string(kOperation) + ": unknown charset " + options.Charset);
 }
 
+// The modes to draw, each once.
+std::set<std::int32_t> PicturesOf(std::string_view chart_option) {
+  const auto modes = ChartModes(chart_option);
+  return {modes.begin(), modes.end()};
+}
+
 class SiteExport {
  public:
   explicit SiteExport(const SiteOptions& options)
       : options_(options),
         charset_(SiteCharset(options)),
         folder_(WithTrailingSeparator(options.OutputFolder)),
-        chart_modes_(ChartModes(options.ChartOption)),
+        chart_modes_(PicturesOf(options.ChartOption)),
         model_(CurrentModel()) {}
 
   bool PrepareFolder();
@@ -141,7 +148,7 @@ class SiteExport {
   const SiteOptions& options_;
   const Charset charset_;
   const std::string folder_;
-  const std::vector<std::int32_t> chart_modes_;
+  const std::set<std::int32_t> chart_modes_;
   const std::shared_ptr<EventModel> model_;
   std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
   std::vector<Entry> entries_;
@@ -264,7 +271,9 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
                                         std::string_view text_key) {
   if (name.empty()) return "";
   const std::string safe = OutputNames::Safe(name);
-  if (!SaveLapFile(*model_, folder_ + safe, type, KR_SAVEMODE_NORMAL)) {
+  SetErrorText("");
+  const bool saved = SaveLapFile(*model_, folder_ + safe, type, KR_SAVEMODE_NORMAL);
+  if (!saved || !ErrorText().empty()) {  // an archive that failed answers true with a text
     failures_.push_back(ErrorText());
     return "";
   }
@@ -410,7 +419,7 @@ void SiteExport::ExportPictures(const Entry& entry) {
 
 // Whether a chart mode is asked for and has something to show of the analyzed set.
 bool SiteExport::IsDrawn(std::int32_t mode) const {
-  if (std::find(chart_modes_.begin(), chart_modes_.end(), mode) == chart_modes_.end()) return false;
+  if (!chart_modes_.contains(mode)) return false;
   if (mode == KR_CHART_REALTIME) return HasStartTimes(*analyzer_);
   return mode != KR_CHART_VESMER || HasLossMap(*analyzer_);
 }

@@ -19,8 +19,8 @@ namespace keltrun {
 /// course. All files lie in the folder itself: separators and characters that some systems do not
 /// allow become "_" in names, and equal names are numbered.
 struct SiteOptions {
-  std::string OutputFolder = {};
-  std::string IndexFile = {};  // the page that lists the classes
+  std::string OutputFolder = {};  // made when it is missing and the user agrees
+  std::string IndexFile = {};     // the page that lists the classes
 
   std::string ResultFile = {};    // pattern of the result lists
   std::string AnalysisFile = {};  // pattern of the split analyses

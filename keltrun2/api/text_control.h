@@ -8,6 +8,7 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -16,7 +17,7 @@ namespace keltrun {
 ///
 /// The texts whose lines end in CR LF are commonly written in Shift-JIS: their columns line up in a
 /// font in which a Japanese character is as wide as two Latin ones.
-class clsTextControl {
+class KELTRUN2_API clsTextControl {
  public:
   /// An executed analysis as comma-separated lines for a spreadsheet macro: class, name, club,
   /// rank, result, start time and splits of every runner with a finish time.
@@ -39,8 +40,8 @@ class clsTextControl {
 
   /// One result list of a JSON document of result lists, see OutputResultJson.
   struct ResultSet {
-    std::shared_ptr<clsResultsHolder> ResultsHolder;
-    DataSetKind Kind = DataSetKind::kClass;
+    std::shared_ptr<clsResultsHolder> ResultsHolder;  // with ranks of the last CalcRank; not null
+    DataSetKind Kind = DataSetKind::kClass;           // what the document calls it
   };
 
   /// Result lists as one JSON object.

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <iterator>
+#include <string>
 
 #include "keltrun2/model/time_text.h"
 
@@ -32,7 +33,11 @@ std::string TimeLabel(double seconds, bool is_clock) {
   double days = std::round(seconds) / kSecondsPerDay;
   if (is_clock) days -= std::floor(days);
   std::string label(SignText(days));
-  return label + FormatTime(std::fabs(days), "h:nn", false);
+  // "h:nn", also from a day on.
+  const long long minutes = WholeSeconds(std::fabs(days)) / 60;
+  label += std::to_string(minutes / 60) + ':';
+  AppendTwoDigits(label, static_cast<int>(minutes % 60));
+  return label;
 }
 
 double GridStep(double units_per_one, double room, double least) {

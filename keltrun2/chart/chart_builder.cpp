@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -57,6 +58,7 @@ class ChartBuilder {
   void Build() {
     CopyNames();
     if (!(state_.width > 0) || !(state_.height > 0)) return;
+    state_.height_occupied = 1 / state_.ratio_y;
     if (!IsLineChart(state_.mode) && !IsScatterChart(state_.mode)) return;
     SetHorizontalAxis(PlanHorizontal(analyzer_, state_.mode));
     if (!(state_.width > 0)) return;  // the host's picture may have any size after it was widened
@@ -95,7 +97,6 @@ class ChartBuilder {
     const double offset = state_.height * (state_.ratio_y - 1.0) * state_.position_y;
     y_.Scale = state_.height / range.Span() * state_.ratio_y;
     y_.Zero = -range.Lower * y_.Scale - offset;
-    state_.height_occupied = 1 / state_.ratio_y;
   }
 
   // Line charts.
@@ -110,6 +111,7 @@ class ChartBuilder {
     for (const double position : course.Position) {
       controls.push_back(y_.At(std::min(position, course.Total)));
     }
+    state_.finish = ToFloat(std::clamp(controls.back(), 0.0, double{state_.height}));
     AddTimeGrid();
     AddControls(controls);
     AddRunnerLines(course, controls);
@@ -138,7 +140,7 @@ class ChartBuilder {
     // From the finish upwards, so that it is the label of the last controls that gives way.
     const double room = std::max(1.0F, pen_.TextHeight());
     const std::size_t finish = controls.size() - 1;
-    double below = controls[finish] + room;
+    double below = std::numeric_limits<double>::infinity();  // nothing stands below the finish
     for (std::size_t control = finish; control > 0; --control) {
       const double y = controls[control];
       if (below - y < room || y - controls[0] < room) continue;

@@ -155,7 +155,7 @@ void ChartDrawing::PlaceNames() {
   std::vector<End> below;
   std::vector<End> inside;
   for (const End& end : NamedEnds()) {
-    const bool at_bottom = IsLineChart(state_.mode) && end.y >= state_.height;
+    const bool at_bottom = IsLineChart(state_.mode) && end.y >= state_.finish;
     (at_bottom ? below : inside).push_back(end);
   }
   if (!below.empty()) PlaceBelow(std::move(below));
@@ -178,9 +178,9 @@ std::vector<ChartDrawing::End> ChartDrawing::NamedEnds() const {
 }
 
 void ChartDrawing::PlaceBelow(std::vector<End> ends) {
-  names_below_ = true;
   std::stable_sort(ends.begin(), ends.end(), [](const End& a, const End& b) { return a.x < b.x; });
   if (!PlaceInRow(ends)) PlaceTurned(std::move(ends));
+  names_below_ = !names_.empty();
 }
 
 // Whole names side by side; false when one of them would stand far from its line.
@@ -204,7 +204,7 @@ bool ChartDrawing::PlaceInRow(const std::vector<End>& ends) {
                       .box = {center - half, top, center + half, top + height},
                       .has_leader = true,
                       .from_x = ends[i].x,
-                      .from_y = state_.height,
+                      .from_y = ends[i].y,
                       .to_x = static_cast<float>(center),
                       .to_y = state_.height + kRowLeader});
   }
@@ -215,7 +215,10 @@ bool ChartDrawing::PlaceInRow(const std::vector<End>& ends) {
 // stay, so that no name stands far from its line.
 void ChartDrawing::PlaceTurned(std::vector<End> ends) {
   const double pitch = pen_.TextHeight() + kTurnedSpace;
-  if (ends.size() > kFewNames) ThinOut(pitch, ends);
+  const double room = state_.width - 2 * kBelowFrom;
+  if (ends.size() > kFewNames || pitch * static_cast<double>(ends.size()) > room) {
+    ThinOut(pitch, ends);
+  }
   std::vector<RowLabel> labels;
   labels.reserve(ends.size());
   for (const End& end : ends) labels.push_back({end.x, pitch});
@@ -232,7 +235,7 @@ void ChartDrawing::PlaceTurned(std::vector<End> ends) {
                       .turned = true,
                       .has_leader = true,
                       .from_x = ends[i].x,
-                      .from_y = state_.height,
+                      .from_y = ends[i].y,
                       .to_x = static_cast<float>(center),
                       .to_y = state_.height + kTurnedLeader});
   }
@@ -338,6 +341,10 @@ void ChartDrawing::DrawLegend() {
     widest = std::max(widest, pen_.TextWidth(state_.names[runner]));
   }
   if (runners.empty()) return;
+  DrawLegendBox(runners, widest, row);
+}
+
+void ChartDrawing::DrawLegendBox(const std::vector<std::size_t>& runners, float widest, float row) {
   const float text_left = 2 * kLegendPadding + kLegendSample;
   const ChartBox box = LegendBox(text_left + widest + kLegendPadding,
                                  row * static_cast<float>(runners.size()) + 2 * kLegendPadding);
@@ -352,18 +359,19 @@ void ChartDrawing::DrawLegend() {
                static_cast<float>(box.Bottom) + kChartMarginY);
   top += kLegendPadding;
   for (const std::size_t runner : runners) {
-    const Look& look = looks_[runner];
-    const float x = left + kLegendPadding;
-    const float y = top + row / 2;
-    const auto most = static_cast<std::int32_t>(row) - 2;
-    if (look.back_width > 0) {
-      Line(x, y, x + kLegendSample, y, look.back_color, std::min(look.back_width, most));
-    }
-    Line(x, y, x + kLegendSample, y, look.color, std::min(look.width, most));
+    DrawLegendSample(looks_[runner], left + kLegendPadding, top + row / 2, row);
     const double text_x = left + text_left;
     Text(state_.names[runner], {text_x, top + 1.0, text_x + widest, top + row}, false);
     top += row;
   }
+}
+
+void ChartDrawing::DrawLegendSample(const Look& look, float x, float y, float row) {
+  const auto most = static_cast<std::int32_t>(row) - 2;
+  if (look.back_width > 0) {
+    Line(x, y, x + kLegendSample, y, look.back_color, std::min(look.back_width, most));
+  }
+  Line(x, y, x + kLegendSample, y, look.color, std::min(look.width, most));
 }
 
 // The corner of the drawable area in which a box of that size covers least.

@@ -64,6 +64,8 @@ class ChartDrawing {
   bool PlaceBeside(const End& end, int rows_down, TakenSpace& names, const TakenSpace* runners);
 
   void DrawLegend();
+  void DrawLegendBox(const std::vector<std::size_t>& runners, float widest, float row);
+  void DrawLegendSample(const Look& look, float x, float y, float row);
   ChartBox LegendBox(float width, float height) const;
 
   void Line(float x1, float y1, float x2, float y2, Color color, std::int32_t width);

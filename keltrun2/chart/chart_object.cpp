@@ -156,7 +156,7 @@ void ChartObjectInternal::Initialise(clsChartObject& chart) {
   state.mode = KR_CHART_NORMAL;
   state.ratio_x = state.ratio_y = 1;
   state.position_x = state.position_y = 0;
-  state.width_occupied = state.height_occupied = 0;
+  state.width_occupied = state.height_occupied = state.finish = 0;
 }
 
 void ChartObjectInternal::StoreView(clsChartObject& chart, KrChartModeConst mode, float ratio_x,

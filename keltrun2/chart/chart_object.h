@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
 #include "keltrun2/print/print_book.h"
 
@@ -43,8 +44,8 @@ struct ChartRunnerSetting {
 
 /// A broader line behind a runner's own, or a larger disc behind his mark; width 0 is none.
 struct ChartRunnerSetting2 {
-  Color BackLineColor = 0;
-  std::int32_t BackLineWidth = 0;
+  Color BackLineColor = 0;         // 0 is black
+  std::int32_t BackLineWidth = 0;  // in units of the chart; 0 is none
 };
 
 /// One chart: where it is drawn, what was built into it, and how each runner is drawn.
@@ -58,7 +59,7 @@ struct ChartRunnerSetting2 {
 ///
 /// Units are pixels on a picture; on a print book three units are one of the book's. The chart
 /// proper keeps a margin of 52 units at the left and right and 50 at the top and bottom.
-class clsChartObject {
+class KELTRUN2_API clsChartObject {
  public:
   clsChartObject();
   ~clsChartObject();
@@ -125,7 +126,7 @@ class clsChartObject {
 /// The RatioX with which the whole width of the chart just fits the drawable area, at least 0.5;
 /// for the map (mode 7) the one that gives both axes the same scale. 1 when there is nothing to go
 /// by.
-float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
-                      KrChartModeConst ChartMode);
+KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
+                                   KrChartModeConst ChartMode);
 
 }  // namespace keltrun

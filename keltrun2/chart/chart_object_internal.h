@@ -62,6 +62,7 @@ struct clsChartObject::State {
   KrChartModeConst mode = KR_CHART_NORMAL;
   float ratio_x = 1, ratio_y = 1, position_x = 0, position_y = 0;
   float width_occupied = 0, height_occupied = 0;
+  float finish = 0;  // where a line chart has its finish, at most at the lower edge
 };
 
 /// What the chart builder and the drawing do with a chart and a host may not.

@@ -5,7 +5,7 @@
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
-#include "keltrun2/model/time_text.h"
+#include "keltrun2/analysis/data_set_internal.h"
 
 namespace keltrun {
 namespace {
@@ -137,7 +137,7 @@ std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChar
       if (!HasHalves(runner)) return std::nullopt;
       return ChartPoint{Percent(speed), Percent(HalfRatio(runner))};
     default:
-      if (!ParseFinishTime(runner.Result())) return std::nullopt;
+      if (!HasFinishTime(runner.Result())) return std::nullopt;
       return ChartPoint{runner.VesmerX(), runner.VesmerY()};
   }
 }

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// The parts of the settings; every other value counts as KR_CONFIG_FOLDER_SYSTEM.
@@ -27,7 +29,7 @@ enum KrConfigFolderConst : std::int32_t {
 ///
 /// No error reaches the host. A store that another process holds, or that cannot be used, is tried
 /// three times with 1 to 2 seconds between; what cannot be written then is lost.
-class clsConfigControl {
+class KELTRUN2_API clsConfigControl {
  public:
   /// Prepares the store: creates it when missing, else drops the lines that later ones replace.
   /// Never waits; in a folder that cannot be written it does nothing.

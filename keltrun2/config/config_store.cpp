@@ -80,8 +80,17 @@ bool CreateStoreFolder(const std::string& file) {
   return CreateFolder(file.substr(0, file.rfind('/')), error);
 }
 
+// Only a file is replaced: a pipe would wait for its reader, and behind a file that cannot be
+// looked at there may be settings.
+bool IsReplaceable(const std::string& file) {
+  std::error_code code;
+  const fs::file_type type = fs::status(file, code).type();
+  return type == fs::file_type::regular || type == fs::file_type::not_found;
+}
+
 // Requires the lock.
 bool WriteCompacted(const std::string& file, std::string& bytes) {
+  if (!IsReplaceable(file)) return false;
   std::string compacted = FormatConfigStore(ParseConfigStore(bytes));
   std::string error;
   if (compacted == bytes) return true;

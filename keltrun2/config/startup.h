@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// What is not set follows the settings file and the environment.
@@ -19,6 +21,6 @@ struct Startup {
 
 /// Takes effect when the settings are loaded, that is with the first root object or the first font
 /// request of the process. Later it raises invalid procedure call (5): settings load once.
-void SetStartup(const Startup& Values);
+KELTRUN2_API void SetStartup(const Startup& Values);
 
 }  // namespace keltrun

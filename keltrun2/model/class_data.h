@@ -9,12 +9,13 @@
 
 #include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/load_mode.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
 /// A class: the runners who ran one course in one category. Classes are made by the root object
 /// (AddClass). 0 in a number field is unknown.
-class clsClassData {
+class KELTRUN2_API clsClassData {
  public:
   std::int32_t ControlCount = 0;  // number of controls of the course
   std::int32_t CourseNum = 0;     // clsCourseData::CourseIndex of the course, 0 = none
@@ -22,6 +23,7 @@ class clsClassData {
   std::int32_t Climb = 0;         // metres
   std::int32_t CutOffRank = 0;    // last rank above the border in result lists
 
+  /// The name of the class, given when it was made.
   const std::string& ClassName() const { return class_name_; }
 
   /// "5.2km ↑150m"; empty when the length is unknown.
@@ -43,10 +45,12 @@ class clsClassData {
 
   /// Removes the runner at a position from 1; others are ignored.
   void RemoveLap(std::int32_t Index);
+  /// Removes every runner.
   void ClearLap() { laps_.clear(); }
 
   /// The runner at a position from 1, or null.
   std::shared_ptr<clsLapData> LapData(std::int32_t Index) const;
+  /// Number of runners.
   std::int32_t LapCount() const { return static_cast<std::int32_t>(laps_.size()); }
 
   /// Orders the runners by result: times first, then statuses by their code. Among equal results

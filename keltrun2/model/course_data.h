@@ -4,13 +4,16 @@
 #include <array>
 #include <cstdint>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// A course. Several classes may run it: clsClassData::CourseNum names the CourseIndex.
-class clsCourseData {
+class KELTRUN2_API clsCourseData {
  public:
   /// The highest control of a course.
   static constexpr std::int32_t kMostControls = 50;
+  /// What ControlNum gives for the start and for the finish.
   static constexpr std::int32_t kStartCode = 0;
   static constexpr std::int32_t kFinishCode = 9999;
 
@@ -18,6 +21,7 @@ class clsCourseData {
   std::int32_t CourseIndex() const { return course_index_; }
   void SetCourseIndex(std::int32_t Index) { course_index_ = Index; }
 
+  /// Number of controls, start and finish not counted. Setting it stores no codes.
   std::int32_t ControlCount() const { return control_count_; }
   void SetControlCount(std::int32_t Count) { control_count_ = Count; }
 

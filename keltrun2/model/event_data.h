@@ -5,21 +5,24 @@
 #include <string>
 
 #include "keltrun2/model/time_values.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
-class clsEventData {
+/// The head of an event, the texts as the lap file has them; empty when unknown.
+class KELTRUN2_API clsEventData {
  public:
   clsEventData() = default;
   clsEventData(const clsEventData&) = delete;
   clsEventData& operator=(const clsEventData&) = delete;
+  /// The date object goes along; what is left behind is only to be assigned to or destroyed.
   clsEventData(clsEventData&&) = default;
   /// Takes over the values; the date object stays this event's own.
   clsEventData& operator=(clsEventData&& other) noexcept;
 
-  std::string EventName;
-  std::string Terrain;  // name of the map or area
-  std::string Memo;
+  std::string EventName;     // as the organiser calls it
+  std::string Terrain;       // name of the map or area
+  std::string Memo;          // remarks for readers of the results
   std::string FileName;      // the lap file the event came from
   std::string OfficialSite;  // address of the event's web site
 

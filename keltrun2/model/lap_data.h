@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "keltrun2/model/time_values.h"
+#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 
@@ -21,7 +22,7 @@ namespace keltrun {
 ///     runner->RunnerName = "Anna Berger";
 ///     runner->SetResult("1:02:03");
 ///     runner->SetLap(1, 83 / 86400.0);  // 1:23
-class clsLapData {
+class KELTRUN2_API clsLapData {
  public:
   /// The highest leg of a record.
   static constexpr std::int32_t kMostLegs = 50;
@@ -30,15 +31,15 @@ class clsLapData {
   clsLapData(const clsLapData&) = delete;
   clsLapData& operator=(const clsLapData&) = delete;
 
-  std::string RunnerName;
-  std::string ClubName;
-  std::string Rank;        // official rank as the source gave it; may be any text
-  std::int32_t ID = 0;     // competitor number of the source, 0 = none
-  std::int32_t Ecard = 0;  // electronic punch card, 0 = none
-  std::string RankFix;     // rank as fixed by the organiser
-  std::string Seed;        // seeding or start group
-  std::string Age;         // age or age class
-  std::string Sex;
+  std::string RunnerName;    // the whole name, surname and given name in any order
+  std::string ClubName;      // may be empty
+  std::string Rank;          // official rank as the source gave it; may be any text
+  std::int32_t ID = 0;       // competitor number of the source, 0 = none
+  std::int32_t Ecard = 0;    // electronic punch card, 0 = none
+  std::string RankFix;       // rank as fixed by the organiser
+  std::string Seed;          // seeding or start group
+  std::string Age;           // age or age class
+  std::string Sex;           // as the source has it
   std::string CompetitorId;  // identifier of the source system
 
   /// Start time of day; never null, value 0 when unknown. Setting null stores a new value 0. A
@@ -50,6 +51,7 @@ class clsLapData {
   /// before.
   std::int32_t SerialNum() const { return serial_num_; }
 
+  /// The class the runner runs in. Setting it moves him to no other class.
   const std::string& ClassName() const { return class_name_; }
   void SetClassName(std::string_view ClassName) { class_name_ = ClassName; }
 

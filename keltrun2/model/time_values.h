@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {
@@ -28,8 +29,9 @@ inline constexpr std::string_view kSkipText = "\u2193";
 inline constexpr std::string_view kDisqText = "\u00D7";
 
 /// A time: a start time, a lap, a split, a duration.
-class clsTimeValue {
+class KELTRUN2_API clsTimeValue {
  public:
+  /// A time of 0, or of that many days as SetValue takes it.
   clsTimeValue() = default;
   explicit clsTimeValue(DateTime value) { SetValue(value); }
 
@@ -51,8 +53,9 @@ class clsTimeValue {
 };
 
 /// A calendar date.
-class clsDateValue {
+class KELTRUN2_API clsDateValue {
  public:
+  /// No date, or a date as SetValue takes it.
   clsDateValue() = default;
   explicit clsDateValue(DateTime value) { SetValue(value); }
 
@@ -69,7 +72,7 @@ class clsDateValue {
 };
 
 /// The time lost on a leg or in total; negative where the runner was faster than expected.
-class clsMissTimeValue {
+class KELTRUN2_API clsMissTimeValue {
  public:
   /// In days; 0 while not set, -1 for a skipped leg.
   DateTime Value() const { return value_ == kNotSet ? 0 : value_; }
@@ -87,7 +90,7 @@ class clsMissTimeValue {
 };
 
 /// A ratio: 1 is 100 percent.
-class clsPercentValue {
+class KELTRUN2_API clsPercentValue {
  public:
   /// 0 while not set and for the markers.
   float Value() const { return value_ < 0 ? 0 : value_; }
@@ -104,8 +107,9 @@ class clsPercentValue {
 };
 
 /// A rank on a leg; 0 is none.
-class clsLegRankValue {
+class KELTRUN2_API clsLegRankValue {
  public:
+  /// From 1; 0 is none.
   std::int32_t Value() const { return value_; }
 
   /// The rank, or "-" for none (empty without UseHyphen); UseParentheses appends ")" to what is

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// Error numbers, those of the platform's automation errors.
@@ -16,8 +18,9 @@ enum AutomationErrorConst : std::int32_t {
 };
 
 /// An error raised to the host. What raises it has changed nothing.
-class AutomationError : public std::runtime_error {
+class KELTRUN2_API AutomationError : public std::runtime_error {
  public:
+  /// An error of that number with the text that what() gives.
   AutomationError(std::int32_t number, const std::string& text)
       : std::runtime_error(text), number_(number) {}
   /// One of AutomationErrorConst.

@@ -99,11 +99,13 @@ class PngCanvas final : public Canvas {
 
   void Open(Size size) {
     Close();
-    size_ = size;
-    if (pixels_.Count < PixelCount()) {
+    size_ = {0, 0};  // no size before its memory is there
+    const std::size_t count = static_cast<std::size_t>(size.Width) * size.Height;
+    if (pixels_.Count < count) {
       GiveBack(std::exchange(pixels_, {}));
-      pixels_ = TakePixels(PixelCount());
+      pixels_ = TakePixels(count);
     }
+    size_ = size;
     surface_ = cairo_image_surface_create_for_data(
         reinterpret_cast<unsigned char*>(pixels_.Data.get()), CAIRO_FORMAT_RGB24, size.Width,
         size.Height, size.Width * 4);
@@ -228,9 +230,15 @@ float CairoPicture::Width() const { return ScaleWidth(); }
 void CairoPicture::SetWidth(float Width) {
   if (std::isnan(Width)) return;
   const std::int32_t widest = std::min(kLongestSide, kMostPixels / state_->PictureSize.Height);
+  const Size before = state_->PictureSize;
   state_->PictureSize.Width =
       static_cast<std::int32_t>(std::ceil(std::clamp(Width, 1.0F, static_cast<float>(widest))));
-  state_->Start();
+  try {
+    state_->Start();
+  } catch (...) {  // too wide for the memory there is
+    state_->PictureSize = before;
+    throw;
+  }
 }
 
 void CairoPicture::DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
 
 namespace keltrun {
@@ -28,7 +29,7 @@ enum PictureFormatConst : std::int32_t {
 /// ignored. Setting the background colour or the width erases it. The texts of SVG and PDF pictures
 /// stay texts. What has a coordinate that is no finite number is not drawn; others are taken as at
 /// most a million from the origin.
-class CairoPicture : public PictureBox {
+class KELTRUN2_API CairoPicture : public PictureBox {
  public:
   /// Raises invalid procedure call (5) unless both sizes are 1 to 20,000 and the picture has at
   /// most 100 million pixels.
@@ -68,6 +69,6 @@ class CairoPicture : public PictureBox {
 
 /// False when no font of the system has Japanese letters: such texts then show as boxes, and a
 /// program that draws them should say so.
-bool HasJapaneseFont();
+KELTRUN2_API bool HasJapaneseFont();
 
 }  // namespace keltrun

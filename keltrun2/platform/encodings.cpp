@@ -106,7 +106,9 @@ void AppendMissing(std::string& out, char32_t c, MissingCharacter missing) {
 }
 
 void AppendCode(std::string& out, char32_t c, std::uint16_t code, MissingCharacter missing) {
-  if (code == kNoCode) {
+  // The converter gives the yen sign and the overline the bytes of "\" and "~".
+  const bool is_look_alike = code < 0x80 && missing == MissingCharacter::kCharacterReference;
+  if (code == kNoCode || is_look_alike) {
     AppendMissing(out, c, missing);
     return;
   }
@@ -185,13 +187,13 @@ Decoded DecodeUtf8(std::string_view bytes) {
   return decoded;
 }
 
+}  // namespace
+
 bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
-
-}  // namespace
 
 std::optional<Charset> CharsetFromName(std::string_view name) {
   struct Name {
@@ -201,7 +203,6 @@ std::optional<Charset> CharsetFromName(std::string_view name) {
   static constexpr Name kNames[] = {
       {"utf-8", Charset::kUtf8},
       {"utf8", Charset::kUtf8},
-      {"us-ascii", Charset::kUtf8},
       {"x-sjis", Charset::kShiftJis},
       {"shift_jis", Charset::kShiftJis},
       {"shift-jis", Charset::kShiftJis},

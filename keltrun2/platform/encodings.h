@@ -16,6 +16,9 @@ enum class MissingCharacter : std::int32_t {
   kCharacterReference  // HTML: a decimal character reference
 };
 
+/// Compares without regard to the case of ASCII letters.
+bool EqualsIgnoringCase(std::string_view a, std::string_view b);
+
 /// The charset of a declaration (case ignored): "x-sjis", "shift_jis", "windows-31j", "cp932",
 /// "iso-8859-1" (read and written as Windows-1252), "windows-1252", "us-ascii", "utf-8".
 std::optional<Charset> CharsetFromName(std::string_view name);

@@ -6,12 +6,15 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// A font description. The setters skip values that no font can have, so that a gap in the
 /// settings leaves the default standing.
-class Font {
+class KELTRUN2_API Font {
  public:
+  /// The name of the font family.
   const std::string& Face() const { return face_; }
   /// An empty face is skipped.
   void SetFace(std::string_view face) {
@@ -23,6 +26,7 @@ class Font {
   void SetSize(double size) {
     if (size > 0) size_ = size;
   }
+  /// The style.
   bool Bold = false;
   bool Italic = false;
   bool Underline = false;
@@ -38,16 +42,19 @@ class Font {
 
 /// One control on a window of the component, as far as fonts are concerned.
 struct FormControl {
-  std::string TypeName;
-  keltrun::Font Font;
+  std::string TypeName;  // kind of control, such as "FloatButton"
+  keltrun::Font Font;    // what its text is written in
   /// Used by a control whose TypeName is "FloatButton" in place of Font: its own four fonts.
-  keltrun::Font Font1, FontOnMouse1, Font2, FontOnMouse2;
+  keltrun::Font Font1;
+  keltrun::Font FontOnMouse1;
+  keltrun::Font Font2;
+  keltrun::Font FontOnMouse2;
 };
 
 /// The fonts of a window of the component and of every control on it.
 struct FormFonts {
-  keltrun::Font Font;
-  std::vector<FormControl> Controls;
+  keltrun::Font Font;                 // of the window itself
+  std::vector<FormControl> Controls;  // in the order of the window
 };
 
 }  // namespace keltrun

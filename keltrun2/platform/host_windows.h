@@ -10,10 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// The progress window; open from its creation to its destruction.
-class frmProgressBar {
+class KELTRUN2_API frmProgressBar {
  public:
   virtual ~frmProgressBar() = default;
   /// 0 to 100.
@@ -27,7 +29,7 @@ class frmProgressBar {
 };
 
 /// What a host implements to show the component's windows itself. Called on the host's thread.
-class HostWindows {
+class KELTRUN2_API HostWindows {
  public:
   virtual ~HostWindows() = default;
   /// Opens the progress window at 0 percent; null is allowed and shows nothing.
@@ -40,9 +42,9 @@ class HostWindows {
 };
 
 /// Installs the host's windows for the whole process; null puts the terminal windows back.
-void SetHostWindows(std::shared_ptr<HostWindows> Windows);
+KELTRUN2_API void SetHostWindows(std::shared_ptr<HostWindows> Windows);
 
 /// The windows in use, never null.
-std::shared_ptr<HostWindows> CurrentHostWindows();
+KELTRUN2_API std::shared_ptr<HostWindows> CurrentHostWindows();
 
 }  // namespace keltrun

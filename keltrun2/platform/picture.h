@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/font.h"
 
 namespace keltrun {
@@ -13,19 +14,20 @@ using Color = std::int32_t;
 
 /// How a text is drawn.
 struct TextStyle {
-  keltrun::Font Font;     // face, bold, italic, underline; its size in points does not count
-  float Size = 12;        // height of the letters' em square, in units of the surface
-  float HeightRatio = 1;  // letters are this many times as high as normal, as wide as ever
-  bool Turned = false;    // turned by 90 degrees clockwise: reads from top to bottom
-  keltrun::Color Color = 0;
+  keltrun::Font Font;        // face, bold, italic, underline; its size in points does not count
+  float Size = 12;           // height of the letters' em square, in units of the surface
+  float HeightRatio = 1;     // letters are this many times as high as normal, as wide as ever
+  bool Turned = false;       // turned by 90 degrees clockwise: reads from top to bottom
+  keltrun::Color Color = 0;  // of the letters; 0 is black
 };
 
 /// A plane with the origin in its upper left corner, x to the right and y downwards, in units of
 /// its own. What lies outside is not drawn. Widths of lines are in the same units.
-class DrawingSurface {
+class KELTRUN2_API DrawingSurface {
  public:
   virtual ~DrawingSurface() = default;
 
+  /// A straight line from (X1, Y1) to (X2, Y2).
   virtual void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,
                         float DrawWidth) = 0;
   /// A rectangle: its outline, or filled (then DrawWidth does not count).
@@ -49,11 +51,12 @@ class DrawingSurface {
 
 /// A picture of the host's: a window's canvas, or `CairoPicture` for files. Charts and page
 /// previews are drawn on it.
-class PictureBox : public DrawingSurface {
+class KELTRUN2_API PictureBox : public DrawingSurface {
  public:
   /// The unit of everything drawn; charts and previews ask for kScalePixels.
   static constexpr std::int32_t kScalePixels = 3;
   virtual void SetScaleMode(std::int32_t ScaleMode) = 0;
+  /// The colour of the empty picture; what was drawn before may be erased.
   virtual void SetBackColor(Color BackColor) = 0;
   /// Erases everything drawn: the whole picture has its background colour.
   virtual void Clear() = 0;

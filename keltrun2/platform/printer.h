@@ -7,17 +7,20 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
 
 namespace keltrun {
 
 /// Paper and its printable part in mm, as the paper lies in the chosen orientation.
 struct PaperMetrics {
+  /// The whole sheet.
   float PaperWidth = 210;
   float PaperHeight = 297;
   /// From the paper's left and upper edge to the printable part.
   float OffsetLeft = 0;
   float OffsetTop = 0;
+  /// The printable part.
   float PrintableWidth = 210;
   float PrintableHeight = 297;
 };
@@ -35,15 +38,17 @@ enum PaperSizeConst : std::int32_t {
 
 /// A printer: `PdfPrinter`, an installed queue, or one that the host implements and installs with
 /// `InstallPrinter`. A document begins with the first NewSheet and ends with EndDocument.
-class Printer {
+class KELTRUN2_API Printer {
  public:
   virtual ~Printer() = default;
 
+  /// The name by which hosts choose the printer.
   virtual const std::string& DeviceName() const = 0;
   /// A value of PaperSizeConst; an unknown number leaves the paper as it is.
   virtual void SetPaperSize(std::int32_t PaperSize) = 0;
   /// A value of TorbelPrintOrientationType: 1 is landscape, anything else portrait.
   virtual void SetOrientation(std::int32_t Orientation) = 0;
+  /// The sheet as paper size and orientation make it.
   virtual PaperMetrics Metrics() const = 0;
 
   /// Begins a sheet and gives it, in mm from the upper left corner of the printable part; valid
@@ -56,7 +61,7 @@ class Printer {
 };
 
 /// Writes a PDF document; it has no unprintable strips.
-class PdfPrinter : public Printer {
+class KELTRUN2_API PdfPrinter : public Printer {
  public:
   /// A printer of that name that writes each document to the file (replacing it); with an empty
   /// path the document is kept in memory.
@@ -80,16 +85,16 @@ class PdfPrinter : public Printer {
 };
 
 /// The printers there are: those that hosts installed, in that order, then the system's queues.
-std::vector<std::string> PrinterNames();
+KELTRUN2_API std::vector<std::string> PrinterNames();
 
 /// The printer of that name, or null. A host's printer is the object it installed, a queue a new
 /// object each time.
-std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
+KELTRUN2_API std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
 
 /// Adds a printer for the whole process; one of the same name is replaced.
-void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
+KELTRUN2_API void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
 
 /// Takes a printer that was installed away again; unknown names are ignored.
-void RemovePrinter(std::string_view DeviceName);
+KELTRUN2_API void RemovePrinter(std::string_view DeviceName);
 
 }  // namespace keltrun

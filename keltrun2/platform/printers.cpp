@@ -32,6 +32,7 @@ std::vector<std::string> PrinterNames() {
 }
 
 std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName) {
+  if (DeviceName.empty()) return nullptr;  // asks no print server for nothing
   const auto found = FindInstalled(DeviceName);
   return found != Installed().end() ? *found : OpenQueue(DeviceName);
 }

@@ -61,7 +61,8 @@ std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
     return std::nullopt;  // UTF-8, whatever the declaration says
   } else {
     encoding = DeclaredEncoding(bytes);
-    const auto charset = encoding.empty() ? Charset::kUtf8 : CharsetFromName(encoding);
+    const bool plain = encoding.empty() || EqualsIgnoringCase(encoding, "us-ascii");
+    const auto charset = plain ? Charset::kUtf8 : CharsetFromName(encoding);
     if (!charset) {
       return XmlError{1, 1, "the encoding \"" + std::string(encoding) + "\" is not known"};
     }

@@ -26,9 +26,7 @@ constexpr float kPlaceWidth = 9;
 constexpr float kNameWidth = 33;
 constexpr float kFiguresWidth = 20;
 constexpr float kLegsLeft = kPlaceWidth + kNameWidth + kFiguresWidth + 1;
-constexpr float kNarrowestTime = 9.4f;  // room for 1:23:45
 constexpr float kWidestLeg = 22;
-constexpr float kRankDigit = 1.2f;
 constexpr float kPadding = 0.5f;
 
 // Dots of 1/300 inch.
@@ -74,6 +72,7 @@ class AnalysisPages {
     const float own_ratio = book_.VirtualZoomRatio();
     ScaleToPage();
     ArrangeColumns();
+    ShrinkToFit();
     CountPages();
     StartPage();
     PrintReference();
@@ -109,13 +108,30 @@ class AnalysisPages {
   void ArrangeColumns() {
     cells_ = legs_ + (IsMissMode() ? 1 : 0);  // the total of the times lost
     const std::size_t digits = std::max<std::size_t>(std::to_string(runners_.size()).size(), 2);
-    rank_width_ = kRankDigit * static_cast<float>(digits) + 4 * kPadding;
+    rank_width_ = WidthOf("0", small_) * static_cast<float>(digits) + 4 * kPadding;
+    const float cell = std::max(1.0f, WidthOf("1:23:45", standard_) + kPadding + rank_width_);
     const float room = width_ - kLegsLeft;
-    cells_per_line_ =
-        std::min(cells_, static_cast<std::int32_t>(room / (kNarrowestTime + rank_width_)));
+    cells_per_line_ = std::clamp(static_cast<std::int32_t>(room / cell), 1, cells_);
     cell_width_ = std::min(room / static_cast<float>(cells_per_line_), kWidestLeg);
     cell_lines_ = (cells_ + cells_per_line_ - 1) / cells_per_line_;
     table_width_ = kLegsLeft + cell_width_ * static_cast<float>(cells_per_line_);
+  }
+
+  // In units of the layout; the fonts are the settings' own.
+  float WidthOf(std::string_view text, const Font& font) const {
+    constexpr double kMmPerPoint = 25.4 / 72;
+    TextStyle style;
+    style.Font = font;
+    style.Size = static_cast<float>(font.Size() * kMmPerPoint);
+    return book_.PrinterObject()->Measure().TextWidth(text, style);
+  }
+
+  // A page that is too low for its head and one group shows everything smaller.
+  void ShrinkToFit() {
+    const float least = kBandHeight + kEventHeight + LabelsHeight() + GroupHeight();
+    if (!(height_ > 0) || height_ >= least) return;
+    book_.SetVirtualZoomRatio(book_.VirtualZoomRatio() * height_ / least);
+    height_ = book_.Height();
   }
 
   float GroupHeight() const { return static_cast<float>(cell_lines_) * 2 * kLine + kGroupGap; }
@@ -128,12 +144,12 @@ class AnalysisPages {
 
   void CountPages() {
     const float room = height_ - kBandHeight - kEventHeight - LabelsHeight();
-    const auto groups = [this](float space) {
+    const auto groups = [this](float space, float least) {
       constexpr float kMost = 1e6f;
-      return static_cast<std::size_t>(std::min(kMost, std::max(1.0f, space / GroupHeight())));
+      return static_cast<std::size_t>(std::min(kMost, std::max(least, space / GroupHeight())));
     };
-    page_runners_ = groups(room);
-    first_page_runners_ = groups(room - GroupHeight());
+    page_runners_ = groups(room, 1);
+    first_page_runners_ = groups(room - GroupHeight(), 0);  // below the reference laps
     page_count_ = 1;
     if (runners_.size() > first_page_runners_) {
       page_count_ += (runners_.size() - first_page_runners_ + page_runners_ - 1) / page_runners_;

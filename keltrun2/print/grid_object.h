@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
 
 namespace keltrun {
@@ -43,18 +44,23 @@ enum KrColorTypeConst : std::int32_t {
 
 /// The grid as `clsGraphicControl::DrawGrid` drives it. A host derives its own from it; here every
 /// member does nothing. Rows and columns count from 0, column 0 holds the labels.
-class clsGridObject {
+class KELTRUN2_API clsGridObject {
  public:
   virtual ~clsGridObject() = default;
 
+  /// The colour that the host shows cells of a kind in.
   virtual keltrun::Color Color(KrColorTypeConst /*ColorType*/) { return 0; }
+  /// Puts a text into a cell.
   virtual void SetTextMatrix(std::int32_t /*Row*/, std::int32_t /*Col*/,
                              std::string_view /*Text*/) {}
+  /// Empties every cell.
   virtual void Clear() {}
+  /// Hides the grid while it is filled, and shows it at the end.
   virtual void SetVisible(bool /*Visible*/) {}
+  /// The number of columns and rows from now on.
   virtual void SetCols(std::int32_t /*Cols*/) {}
   virtual void SetRows(std::int32_t /*Rows*/) {}
-  /// In twips (1/1440 inch).
+  /// The width of a column, in twips (1/1440 inch).
   virtual void SetColWidth(std::int32_t /*Index*/, std::int32_t /*Width*/) {}
   /// Selects the cells from (Row, Col) to (RowSel, ColSel); -1 stands for Row and Col themselves.
   virtual void SelectCell(std::int32_t /*Row*/, std::int32_t /*Col*/, std::int32_t /*RowSel*/ = -1,
@@ -63,6 +69,7 @@ class clsGridObject {
   virtual void SetCellBackColor(keltrun::Color /*BackColor*/) {}
   virtual void SetCellAlignment(KrAlignTypeConst /*Alignment*/) {}
   virtual void SetCellForeColor(keltrun::Color /*ForeColor*/) {}
+  /// How the texts of a column stand, cells with an alignment of their own excepted.
   virtual void SetColAlignment(std::int32_t /*Index*/, KrAlignTypeConst /*Alignment*/) {}
 };
 

@@ -285,10 +285,13 @@ void clsPrintBook::PrintText(std::string_view Expression, const Font& TextFont, 
                              PrintBookValignConst TextValign, bool IsLandscape, float ChrHeight,
                              Color TextColor, bool AutoStringCut) {
   State& s = *state_;
+  // What can fail for want of memory comes before the record.
+  std::string text = ValidUtf8(Expression);
+  auto font = s.SharedFont(TextFont);
   clsPrintBookLine& line =
       s.Record(PrintKind::kText, Left, Top, Width, Height, TextColor, 0, false);
-  line.Text = ValidUtf8(Expression);
-  line.TextFont = s.SharedFont(TextFont);
+  line.Text = std::move(text);
+  line.TextFont = std::move(font);
   line.Align = TextAlign;
   line.Valign = TextValign;
   line.IsLandscape = IsLandscape;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
 #include "keltrun2/platform/printer.h"
 
@@ -60,13 +61,13 @@ class clsPrintBookLine;
 /// circles are recorded page by page; nothing is printed before `Execute`.
 ///
 ///     auto book = std::make_shared<clsPrintBook>();
-///     book->Init("PDF", KR_PAPER_A4, tpotPortrate, 15, 15, 15, 15, 1);
+///     book->Init("", KR_PAPER_A4, tpotPortrate, 15, 15, 15, 15, 1);
 ///     root->GraphicControl()->PrintResult(*results, *book);
 ///     book->Execute();
 ///
 /// Sheet measures are mm. Virtual units are turned into mm by the zoom; font sizes are points at a
 /// zoom of 1, line widths dots of 1/300 inch at a zoom of 1, and both grow with it.
-class clsPrintBook {
+class KELTRUN2_API clsPrintBook {
  public:
   clsPrintBook();
   ~clsPrintBook();
@@ -105,7 +106,9 @@ class clsPrintBook {
   void Execute(std::int32_t StartPage = 1, std::int32_t EndPage = 0);
 
   /// Draws the sheet of which the page (from 1) stands alone in its cell into a picture. A page
-  /// that is not there shows an empty sheet. Raises object not set (91) for null.
+  /// that is not there shows an empty sheet. Around the sheet is a margin of 4 percent of the
+  /// picture's smaller side; what a zoom moves beyond the picture is drawn there all the same, so a
+  /// host scrolls by moving its picture's origin. Raises object not set (91) for null.
   void ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture, std::int32_t PageNum);
 
   /// A text in a box. Lines are split at CR LF, CR or LF; a TAB goes to the next multiple of eight

@@ -40,8 +40,7 @@ std::vector<std::int32_t> ChartModes(std::string_view chart_option) {
     const auto value = NumericValue(entries.Value(i));
     if (!value || *value < 0 || *value > kLastMode) continue;
     const std::int32_t mode = RoundToLong(*value);
-    const bool whole = *value == mode;
-    if (whole && std::find(modes.begin(), modes.end(), mode) == modes.end()) modes.push_back(mode);
+    if (*value == mode) modes.push_back(mode);
   }
   return modes;
 }

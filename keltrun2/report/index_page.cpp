@@ -54,16 +54,26 @@ std::string RowName(std::string_view name) {
   return DisplayWidth(name) <= kWidestFullWidthName ? TitleName(name) : std::string(name);
 }
 
-// The charset that a page declares, or "".
+// The value of an attribute such as "charset=" inside a tag, or "".
+std::string AttributeWord(std::string_view tag, std::string_view name) {
+  const std::size_t found = tag.find(name);
+  if (found == std::string_view::npos) return "";
+  const std::size_t begin = tag.find_first_not_of("\"' ", found + name.size());
+  if (begin == std::string_view::npos) return "";
+  return std::string(tag.substr(begin, tag.find_first_of("\"' ;/?>", begin) - begin));
+}
+
+// The charset that a page declares in a meta element or an XML declaration, or "".
 std::string DeclaredCharset(std::string_view page) {
   constexpr std::size_t kHeadBytes = 2048;
-  constexpr std::string_view kName = "charset=";
-  const std::string head = LowerAscii(page.substr(0, kHeadBytes));
-  const std::size_t found = head.find(kName);
-  if (found == std::string::npos) return "";
-  const std::size_t begin = head.find_first_not_of("\"' ", found + kName.size());
-  if (begin == std::string::npos) return "";
-  return head.substr(begin, head.find_first_of("\"' ;/>", begin) - begin);
+  const std::string text = LowerAscii(page.substr(0, kHeadBytes));
+  const std::string_view head = text;
+  for (std::size_t at = 0; (at = head.find("<meta", at)) != head.npos; ++at) {
+    const std::string_view tag = head.substr(at, head.find('>', at) - at);
+    if (std::string word = AttributeWord(tag, "charset="); !word.empty()) return word;
+  }
+  if (!head.starts_with("<?xml")) return "";
+  return AttributeWord(head.substr(0, head.find('>')), "encoding=");
 }
 
 // Every charset of old pages has ASCII in it.
@@ -88,8 +98,8 @@ std::string BlockInBytesOf(std::string_view page, std::string_view block, Charse
     charset = Charset::kUtf8;
   } else if (const auto known = CharsetFromName(declared)) {
     charset = *known;
-  } else if (!declared.empty()) {
-    return InAscii(block);
+  } else if (!declared.empty() || charset == Charset::kUtf8) {
+    return InAscii(block);  // right in every charset, known or not
   }
   std::string bytes;
   AppendEncoded(bytes, block, charset, MissingCharacter::kCharacterReference);

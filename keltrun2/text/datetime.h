@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/platform/export.h"
+
 namespace keltrun {
 
 /// A date-time number: days since 1899-12-30 00:00. For a lap, split, result or time lost it is
@@ -20,26 +22,26 @@ inline constexpr double kLongestTime = 1e6;
 /// The time on the grid of whole milliseconds m, as m / 86400000.0: equal durations become equal
 /// bits, whichever way they were read or added up. Markers (0, -1, -2 days) are on the grid.
 /// Values of kLongestTime and beyond, and values that are not finite, pass unchanged.
-DateTime Canonical(DateTime value);
+KELTRUN2_API DateTime Canonical(DateTime value);
 
 /// Whole seconds of a duration, floor(x + 0.5), with a hair (1e-7 s) for halves that days cannot
 /// hold exactly; durations that are not finite or not below kLongestTime are clamped.
-long long WholeSeconds(DateTime value);
+KELTRUN2_API long long WholeSeconds(DateTime value);
 
 /// A day number for a date of the Gregorian calendar; nullopt for a date that does not exist or a
 /// year outside 100 to 9999.
-std::optional<DateTime> DateNumber(int year, int month, int day);
+KELTRUN2_API std::optional<DateTime> DateNumber(int year, int month, int day);
 
 /// The platform's date or time test, surrounding spaces allowed: "h:mm", "h:mm:ss" (hours 0 to 23),
 /// "hh.mm.ss" with two digits each, "yyyy/m/d", or such a date, a blank and such a time. Hours of
 /// 24 and more and minutes or seconds of 60 and more are refused.
-std::optional<DateTime> ParseDateTime(std::string_view text);
+KELTRUN2_API std::optional<DateTime> ParseDateTime(std::string_view text);
 
 /// The value by a pattern: "yyyy" "mm" "dd" date, "h" "hh" hour (0 to 23), "n" "nn" minutes, "s"
 /// "ss" seconds, a backslash makes the next character literal, everything else is copied. The time
 /// of day is that of the value rounded to whole seconds.
-std::string FormatDateTime(DateTime value, std::string_view pattern);
-void AppendDateTime(std::string& out, DateTime value, std::string_view pattern);
+KELTRUN2_API std::string FormatDateTime(DateTime value, std::string_view pattern);
+KELTRUN2_API void AppendDateTime(std::string& out, DateTime value, std::string_view pattern);
 
 /// Two digits with a leading zero; value 0 to 99.
 inline void AppendTwoDigits(std::string& out, int value) {

@@ -1,6 +1,6 @@
 #!/bin/sh
 # run.sh BUILD SOURCE EVENT: installs the library from BUILD into an empty prefix, builds the project
-# in SOURCE against it and runs that on EVENT.
+# in SOURCE against it, once with CMake and once with pkg-config, and runs both on EVENT.
 set -eu
 build=$1 source=$2 event=$3
 work=$(mktemp -d)
@@ -11,3 +11,11 @@ cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" 
   -DCMAKE_CXX_FLAGS="$flags" >"$work/log" || { cat "$work/log"; exit 1; }
 cmake --build "$work/build" >"$work/log" || { cat "$work/log"; exit 1; }
 "$work/build/consumer" "$event"
+
+PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name keltrun2.pc)")
+export PKG_CONFIG_PATH
+# shellcheck disable=SC2046,SC2086 # lists of words
+${CXX:-g++} -std=c++20 $flags "$source/main.cpp" -o "$work/consumer" \
+  -DKELTRUN2_DATA="\"$(pkg-config --variable=data_folder keltrun2)\"" \
+  $(pkg-config --cflags --libs keltrun2)
+"$work/consumer" "$event"

@@ -5,4 +5,4 @@ here=$(dirname "$0")
 site=$(mktemp -d)
 trap 'rm -rf "$site"' EXIT
 "$1" site "$2" "$site" --viewer --quiet
-"$3" "$here/viewer_test.py" "$site/viewer.html"
+PYTHONPATH="$here/../browser" "$3" -B "$here/viewer_test.py" "$site/viewer.html"

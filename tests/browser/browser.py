@@ -1,7 +1,7 @@
 """A headless Chromium, driven over its DevTools protocol with Python's own library."""
+import base64
 import json
 import os
-import pathlib
 import shutil
 import subprocess
 import sys
@@ -77,14 +77,18 @@ class Page:
             raise RuntimeError(f"{script}: {answer['exceptionDetails']}")
         return answer["result"].get("value")
 
-    def open(self, url):
+    def open(self, url, ready="document.body?.dataset.ready"):
+        """Goes to an address and waits for a condition; the viewer page says itself when it is ready."""
         for address in ("about:blank", url):
             self.call("Page.navigate", url=address)
-        wait_until(lambda: self.run("document.body?.dataset.ready"))
+        wait_until(lambda: self.run(ready))
 
     def resize(self, width, height):
         size = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500}
         self.call("Emulation.setDeviceMetricsOverride", **size)
+
+    def screenshot(self, file):
+        file.write_bytes(base64.b64decode(self.call("Page.captureScreenshot")["data"]))
 
     def mouse(self, kind, x, y):
         button = {} if kind == "mouseMoved" else {"button": "left", "clickCount": 1}

@@ -1,0 +1,58 @@
+// The event of docs/analysis.md has the figures that are worked out there by hand.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+using Json = nlohmann::json;
+
+// Of the runners Anna, Bea, Cara and Dora; then of the class Map.
+constexpr const char* kFigures = R"([{"class": "Short",
+  "upperLapAverage": [110, 200, 165, 55], "upperLapTotal": 530,
+  "legLength": [0.2075, 0.3774, 0.3113, 0.1038], "difficulty": [0.4438, 1.4346, 1.5912, 0.5304],
+  "rankInDataSet": ["1", "2", "3", ""], "rank": ["1", "", "2", ""],
+  "lapRank": [[1, 2, 1, 1], [2, 1, 3, 3], [3, 3, 2, 2], [4, 4, 0, 0]],
+  "splitRank": [[1, 1, 1, 1], [2, 1, 2, 2], [3, 3, 3, 3], [4, 4, 0, 4]],
+  "modifiedLap": [[100, 200, 150, 50], [110, 190, 180, 60], [120, 210, 165, 55], [130, 230, 225, 75]],
+  "lapRelative": [[0.909, 1, 0.909, 0.909], [1, 0.95, 1.091, 1.091], [1.091, 1.05, 1, 1],
+                  [1.182, 1.15, "skip", 1.364]],
+  "missTime": [[0, 18.182, 0, 0], [3.548, -3.548, 20.323, 6.774], [7.381, 5.238, -3.929, -1.310],
+               [2.258, -2.258, "skip", 44.516]],
+  "totalTimeRelative": [0.943, 1.019, 1.038, 1.245], "cruiseSpeed": [0.9091, 0.9677, 1.0238, 1.1613],
+  "missTimeTotal": [18.182, 30.645, 12.619, null], "missRate": [0.0364, 0.0568, 0.0229, 0],
+  "totalTimeWithoutMiss": [481.818, 509.355, 537.381, null],
+  "firstHalfCruiseSpeed": [0.9091, 0.95, 1.05, 1.15], "secondHalfCruiseSpeed": [0.9091, 0.95, 1, 1.15]},
+  {"class": "Map", "map": [[0, 0], [33.333, 0], [-50, 0], [66.667, 0], [-100, 0]]}])";
+
+bool Agree(const Json& found, const Json& expected) {
+  if (!expected.is_number() || !found.is_number()) return found == expected;
+  return std::abs(found.get<double>() - expected.get<double>()) < 0.00051;
+}
+
+TEST(WorkedExample, FiguresOfTheDocument) {
+  const auto root = NewRoot();
+  ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("worked/event.lxm")));
+  for (Json figures : Json::parse(kFigures)) {
+    const auto analyzer = root->NewAnalyzer();
+    analyzer->AddClass(figures["class"].get<std::string>());
+    figures.erase("class");
+    analyzer->Execute();
+    analyzer->ExtraAnalyze();
+    analyzer->Vesmer();
+    const Json analysis = Json::parse(root->TextControl()->OutputJson(analyzer));
+    Json found = analysis["general"];
+    for (const auto& runner : analysis["runners"])
+      for (const auto& [key, value] : runner.items()) found[key].push_back(value);
+    const Json expected = figures.flatten(), values = found.flatten();
+    for (const auto& [place, value] : expected.items())
+      EXPECT_PRED2(Agree, values.at(place), value) << place;
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::test
