@@ -1,0 +1,134 @@
+// Print books and charts.
+#include "bindings/python/binding.h"
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::python {
+namespace {
+
+using py::arg;
+
+void BindPrintBook(py::module_& module) {
+  Enumeration<PrintBookAlignConst>(
+      module, "PrintBookAlignConst",
+      {KR_VALUE(PRINTBOOK_ALIGN_LEFT), KR_VALUE(PRINTBOOK_ALIGN_CENTER),
+       KR_VALUE(PRINTBOOK_ALIGN_RIGHT)});
+  Enumeration<PrintBookValignConst>(
+      module, "PrintBookValignConst",
+      {KR_VALUE(PRINTBOOK_VALIGN_TOP), KR_VALUE(PRINTBOOK_VALIGN_MIDDLE),
+       KR_VALUE(PRINTBOOK_VALIGN_BOTTOM)});
+  Enumeration<TorbelPrintAlignType>(
+      module, "TorbelPrintAlignType",
+      {KR_VALUE(tpatLeft), KR_VALUE(tpatCenter), KR_VALUE(tpatRight), KR_VALUE(tpatEqual)});
+  Enumeration<TorbelPrintValignType>(
+      module, "TorbelPrintValignType",
+      {KR_VALUE(tpvtTop), KR_VALUE(tpvtMiddle), KR_VALUE(tpvtBottom), KR_VALUE(tpvtEqual)});
+  Enumeration<TorbelPrintOrientationType>(module, "TorbelPrintOrientationType",
+                                          {KR_VALUE(tpotPortrate), KR_VALUE(tpotLandscape)});
+  Enumeration<TorbelTextAutoScaleType>(
+      module, "TorbelTextAutoScaleType",
+      {KR_VALUE(ttastNone), KR_VALUE(ttastRatioFixed), KR_VALUE(ttastJustFit)});
+  Class<clsPrintBook>(module, "clsPrintBook")
+      .MadeBy(py::init<>())
+      .Field("PreviewZoomRatio", &clsPrintBook::PreviewZoomRatio)
+      .Method("Init", &clsPrintBook::Init, arg("PrinterName"), arg("PaperSize"), arg("Orientation"),
+              arg("MarginLeft"), arg("MarginTop"), arg("MarginBottom"), arg("MarginRight"),
+              arg("ZoomRatio"))
+      .Method("NewPage", &clsPrintBook::NewPage)
+      .Method("SetVirtualSize", &clsPrintBook::SetVirtualSize, arg("VirtualPrintAreaX"),
+              arg("VirtualPrintAreaY"), arg("AutoEnlarge") = true,
+              arg("PageAlign") = PRINTBOOK_ALIGN_CENTER,
+              arg("PageValign") = PRINTBOOK_VALIGN_MIDDLE)
+      .Method("SetSeparation", &clsPrintBook::SetSeparation, arg("RowCount"), arg("ColCount"),
+              arg("RowInterval"), arg("ColInterval"))
+      .Method("Execute", &clsPrintBook::Execute, arg("StartPage") = 1, arg("EndPage") = 0)
+      .Method("ShowPreview", &clsPrintBook::ShowPreview, arg("PreviewPicture"), arg("PageNum"))
+      .Method("PrintText", &clsPrintBook::PrintText, arg("Expression"), arg("TextFont"),
+              arg("Left"), arg("Top"), arg("Width"), arg("Height"), arg("TextAlign"),
+              arg("TextValign"), arg("IsLandscape") = false, arg("ChrHeight") = 1.0F,
+              arg("TextColor") = 0, arg("AutoStringCut") = false)
+      .Method("DrawBox", &clsPrintBook::DrawBox, arg("Left"), arg("Top"), arg("Width"),
+              arg("Height"), arg("BoxColor"), arg("DrawWidth"), arg("Fill"))
+      .Method("DrawLine", &clsPrintBook::DrawLine, arg("Left"), arg("Top"), arg("Width"),
+              arg("Height"), arg("LineColor"), arg("DrawWidth"))
+      .Method("DrawCircle", &clsPrintBook::DrawCircle, arg("X"), arg("Y"), arg("Radius"),
+              arg("CircleColor"), arg("Fill"))
+      .ReadOnly("MarginTop", &clsPrintBook::MarginTop)
+      .ReadOnly("MarginBottom", &clsPrintBook::MarginBottom)
+      .ReadOnly("MarginLeft", &clsPrintBook::MarginLeft)
+      .ReadOnly("MarginRight", &clsPrintBook::MarginRight)
+      .ReadOnly("ZoomRatio", &clsPrintBook::ZoomRatio)
+      .ReadOnly("Width", &clsPrintBook::Width)
+      .ReadOnly("Height", &clsPrintBook::Height)
+      .Property("VirtualZoomRatio", &clsPrintBook::VirtualZoomRatio,
+                &clsPrintBook::SetVirtualZoomRatio)
+      .Property("PrintedAreaWidth", &clsPrintBook::PrintedAreaWidth,
+                &clsPrintBook::SetPrintedAreaWidth)
+      .Property("PrintedAreaHeight", &clsPrintBook::PrintedAreaHeight,
+                &clsPrintBook::SetPrintedAreaHeight)
+      .ReadOnly("RowCount", &clsPrintBook::RowCount)
+      .ReadOnly("ColCount", &clsPrintBook::ColCount)
+      .ReadOnly("PageCount", &clsPrintBook::PageCount)
+      .ReadOnly("PrinterObject", &clsPrintBook::PrinterObject)
+      .Method(
+          "TryUnload",
+          [](clsPrintBook& book, const py::object& form) { book.TryUnload(form.ptr()); },
+          arg("FormObject") = py::none());
+}
+
+void BindCharts(py::module_& module) {
+  Enumeration<KrChartModeConst>(
+      module, "KrChartModeConst",
+      {KR_VALUE(KR_CHART_NORMAL), KR_VALUE(KR_CHART_REALTIME), KR_VALUE(KR_CHART_RELATIVE),
+       KR_VALUE(KR_CHART_RELATIVE_110), KR_VALUE(KR_CHART_RELATIVE_130),
+       KR_VALUE(KR_CHART_CRUISE_MISSRATE), KR_VALUE(KR_CHART_CRUISE_HALFRATIO),
+       KR_VALUE(KR_CHART_VESMER)});
+  Enumeration<ChartRunnerFlagConst>(
+      module, "ChartRunnerFlagConst",
+      {KR_VALUE(KR_CHART_FLAG_NAME), KR_VALUE(KR_CHART_FLAG_LEGEND), KR_VALUE(KR_CHART_FLAG_HIDE)});
+  Class<ChartRunnerSetting>(module, "ChartRunnerSetting")
+      .Field("ForeColor", &ChartRunnerSetting::ForeColor)
+      .Field("DrawWidth", &ChartRunnerSetting::DrawWidth)
+      .Field("Flag", &ChartRunnerSetting::Flag);
+  Class<ChartRunnerSetting2>(module, "ChartRunnerSetting2")
+      .Field("BackLineColor", &ChartRunnerSetting2::BackLineColor)
+      .Field("BackLineWidth", &ChartRunnerSetting2::BackLineWidth);
+  Class<clsChartObject>(module, "clsChartObject")
+      .MadeBy(py::init<>())
+      .Field("AutoSize", &clsChartObject::AutoSize)
+      .ReadOnly("RatioX", &clsChartObject::RatioX)
+      .ReadOnly("RatioY", &clsChartObject::RatioY)
+      .ReadOnly("PositionX", &clsChartObject::PositionX)
+      .ReadOnly("PositionY", &clsChartObject::PositionY)
+      .ReadOnly("ChartMode", &clsChartObject::ChartMode)
+      .Method("ClearRunnerSetting", &clsChartObject::ClearRunnerSetting)
+      .Method("SetRunnerSetting", &clsChartObject::SetRunnerSetting, arg("RunnerIndex"),
+              arg("ForeColor"), arg("DrawWidth"), arg("Flag"))
+      .Method("GetRunnerSetting", &clsChartObject::GetRunnerSetting, arg("RunnerIndex"))
+      .Method("SetRunnerSetting2", &clsChartObject::SetRunnerSetting2, arg("RunnerIndex"),
+              arg("BackLineColor"), arg("BackLineWidth"))
+      .Method("GetRunnerSetting2", &clsChartObject::GetRunnerSetting2, arg("RunnerIndex"))
+      .Method(
+          "SetPictureObject",
+          [](clsChartObject& chart, const py::object& picture) {
+            chart.SetPictureObject(Kept<PictureBox>(picture));
+          },
+          arg("PictureObject"))
+      .Method("SetPrintBookObject", &clsChartObject::SetPrintBookObject, arg("PrintBookObject"))
+      .ReadOnly("Width", &clsChartObject::Width)
+      .ReadOnly("Height", &clsChartObject::Height)
+      .ReadOnly("WidthOccupied", &clsChartObject::WidthOccupied)
+      .ReadOnly("HeightOccupied", &clsChartObject::HeightOccupied)
+      .Method("MousePointRunnerIndex", &clsChartObject::MousePointRunnerIndex, arg("X"), arg("Y"))
+      .Method("DrawChart", &clsChartObject::DrawChart);
+  module.def("ChartRatioToFit", &ChartRatioToFit, Doc("ChartRatioToFit"), arg("Analyzer"),
+             arg("Chart"), arg("ChartMode"));
+}
+
+}  // namespace
+
+void BindDrawing(py::module_& module) {
+  BindPrintBook(module);
+  BindCharts(module);
+}
+
+}  // namespace keltrun::python

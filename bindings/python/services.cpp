@@ -1,0 +1,254 @@
+// The root object, its services and the hosts' windows.
+#include "bindings/python/binding.h"
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::python {
+namespace {
+
+using py::arg;
+
+class PythonProgressBar : public frmProgressBar {
+ public:
+  void SetPercent(std::int32_t Percent) override {
+    PYBIND11_OVERRIDE_PURE(void, frmProgressBar, SetPercent, Percent);
+  }
+};
+
+// A progress window of Python's, kept alive while the component shows it.
+class KeptProgressBar : public frmProgressBar {
+ public:
+  explicit KeptProgressBar(py::object window) : window_(std::move(window)) {}
+  void SetPercent(std::int32_t Percent) override { window_.attr("SetPercent")(Percent); }
+
+ private:
+  py::object window_;
+};
+
+class PythonWindows : public HostWindows {
+ public:
+  std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) override {
+    const py::function open = py::get_override(static_cast<HostWindows*>(this), "OpenProgress");
+    if (!open) return nullptr;
+    py::object window = open(Caption);
+    if (window.is_none()) return nullptr;
+    return std::make_unique<KeptProgressBar>(std::move(window));
+  }
+  std::optional<std::size_t> ChooseName(std::string_view Caption,
+                                        const std::vector<std::string>& Names) override {
+    PYBIND11_OVERRIDE_PURE(std::optional<std::size_t>, HostWindows, ChooseName, Caption, Names);
+  }
+  bool AskYesNo(std::string_view Text, std::string_view Title) override {
+    PYBIND11_OVERRIDE_PURE(bool, HostWindows, AskYesNo, Text, Title);
+  }
+};
+
+void BindWindows(py::module_& module) {
+  Class<frmProgressBar, PythonProgressBar>(module, "frmProgressBar")
+      .MadeBy(py::init<>())
+      .Constant("kFullBarTwips", frmProgressBar::kFullBarTwips)
+      .Method("SetPercent", &frmProgressBar::SetPercent, arg("Percent"))
+      .Static("BarTwips", &frmProgressBar::BarTwips, arg("Percent"));
+  Class<HostWindows, PythonWindows>(module, "HostWindows")
+      .MadeBy(py::init<>())
+      .Method(
+          "OpenProgress",
+          [](HostWindows& windows, std::string_view caption) {
+            return std::shared_ptr<frmProgressBar>(windows.OpenProgress(caption));
+          },
+          arg("Caption"))
+      .Method("ChooseName", &HostWindows::ChooseName, arg("Caption"), arg("Names"))
+      .Method("AskYesNo", &HostWindows::AskYesNo, arg("Text"), arg("Title"));
+  module.def(
+      "SetHostWindows",
+      [](const py::object& windows) { SetHostWindows(Kept<HostWindows>(windows)); },
+      Doc("SetHostWindows"), arg("Windows"));
+  module.def("CurrentHostWindows", &CurrentHostWindows, Doc("CurrentHostWindows"));
+  AtExit([] { SetHostWindows(nullptr); });
+}
+
+void BindSite(py::module_& module) {
+  Class<SiteOptions>(module, "SiteOptions")
+      .MadeBy(Fields<SiteOptions>())
+      .Field("OutputFolder", &SiteOptions::OutputFolder)
+      .Field("IndexFile", &SiteOptions::IndexFile)
+      .Field("ResultFile", &SiteOptions::ResultFile)
+      .Field("AnalysisFile", &SiteOptions::AnalysisFile)
+      .Field("LegDataFile", &SiteOptions::LegDataFile)
+      .Field("ChartFile", &SiteOptions::ChartFile)
+      .Field("ChartOption", &SiteOptions::ChartOption)
+      .Field("ResultIncludeCourse", &SiteOptions::ResultIncludeCourse)
+      .Field("AnalysisIncludeCourse", &SiteOptions::AnalysisIncludeCourse)
+      .Field("LegDataIncludeCourse", &SiteOptions::LegDataIncludeCourse)
+      .Field("ChartIncludeCourse", &SiteOptions::ChartIncludeCourse)
+      .Field("Lap2File", &SiteOptions::Lap2File)
+      .Field("Lap1File", &SiteOptions::Lap1File)
+      .Field("ViewerFile", &SiteOptions::ViewerFile)
+      .Field("ActiveXFile", &SiteOptions::ActiveXFile)
+      .Field("ActiveXAddress", &SiteOptions::ActiveXAddress)
+      .Field("LinkStyleFile", &SiteOptions::LinkStyleFile)
+      .Field("OfficialSite", &SiteOptions::OfficialSite)
+      .Field("IndexFileAddMode", &SiteOptions::IndexFileAddMode)
+      .Field("Charset", &SiteOptions::Charset);
+}
+
+void BindFileControl(py::module_& module) {
+  Enumeration<KrLapFileTypeConst>(
+      module, "KrLapFileTypeConst",
+      {KR_VALUE(KR_FILETYPE_AUTODETECT), KR_VALUE(KR_FILETYPE_UNKNOWN),
+       KR_VALUE(KR_FILETYPE_KELTRUN2), KR_VALUE(KR_FILETYPE_KELTRUN1),
+       KR_VALUE(KR_FILETYPE_SPORTIDENT), KR_VALUE(KR_FILETYPE_OEVENT),
+       KR_VALUE(KR_FILETYPE_IMPORT_ONLY), KR_VALUE(KR_FILETYPE_IOF_XML_20_RESULT)});
+  Enumeration<KrLapFileSaveModeCosnt>(module, "KrLapFileSaveModeCosnt",
+                                      {KR_VALUE(KR_SAVEMODE_NORMAL), KR_VALUE(KR_SAVEMODE_FULL)});
+  Enumeration<RemarkSeverity>(
+      module, "RemarkSeverity",
+      {{"kNote", RemarkSeverity::kNote}, {"kWarning", RemarkSeverity::kWarning}});
+  Class<LoadRemark>(module, "LoadRemark")
+      .Field("Line", &LoadRemark::Line)
+      .Field("Column", &LoadRemark::Column)
+      .Field("Severity", &LoadRemark::Severity)
+      .Field("Text", &LoadRemark::Text);
+  Class<ProgressHandle>(module, "ProgressHandle").Method("Detach", &ProgressHandle::Detach);
+  Class<clsFileControl>(module, "clsFileControl")
+      .Property("ProgressVisible", &clsFileControl::ProgressVisible,
+                &clsFileControl::SetProgressVisible)
+      .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"))
+      .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
+              arg("AnalysisFile") = "", arg("ResultFile") = "", arg("Lap2File") = "",
+              arg("Lap1File") = "", arg("OfficialSite") = false, arg("IndexFileAddMode") = false,
+              arg("ActiveXFile") = "", arg("ActiveXAddress") = "",
+              arg("AnalysisIncludeCourse") = false, arg("ResultIncludeCourse") = false,
+              arg("LegDataFile") = "", arg("LegDataIncludeCourse") = false, arg("ChartFile") = "",
+              arg("ChartIncludeCourse") = false, arg("ChartOption") = "", arg("LinkStyleFile") = "")
+      .Method("LoadLapFile", &clsFileControl::LoadLapFile, arg("FileName"),
+              arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("LoadMode") = KR_LOADMODE_NORMAL,
+              arg("FileData") = "")
+      .ReadOnly("LoadRemarks", &clsFileControl::LoadRemarks)
+      .Method("SaveLapFile", &clsFileControl::SaveLapFile, arg("FileName"),
+              arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("SaveMode") = KR_SAVEMODE_NORMAL)
+      .Method("FileSaveMode", &clsFileControl::FileSaveMode, arg("FilterIndex"))
+      .ReadOnly("FileSaveFilter", &clsFileControl::FileSaveFilter)
+      .ReadOnly("FileLoadFilter", &clsFileControl::FileLoadFilter)
+      .Method("OnProgress", &clsFileControl::OnProgress, arg("Handler"));
+}
+
+// An analysis or a result list with what it was made from.
+template <typename Set, typename Data>
+void BindOutputSet(py::module_& module, const char* name, const char* data_name,
+                   std::shared_ptr<Data> Set::*data) {
+  Class<Set>(module, name)
+      .MadeBy(py::init([](std::shared_ptr<Data> made_of, DataSetKind kind) {
+                return Set{std::move(made_of), kind};
+              }),
+              arg(data_name), arg("Kind") = DataSetKind::kClass)
+      .Field(data_name, data)
+      .Field("Kind", &Set::Kind);
+}
+
+void BindOutputs(py::module_& module) {
+  BindOutputSet(module, "ViewerSet", "Analyzer", &clsHtmlControl::ViewerSet::Analyzer);
+  BindOutputSet(module, "ResultSet", "ResultsHolder", &clsTextControl::ResultSet::ResultsHolder);
+  Class<clsHtmlControl>(module, "clsHtmlControl")
+      .Method("OutputAnalysis", &clsHtmlControl::OutputAnalysis, arg("Analyzer"),
+              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+      .Method("OutputResult", &clsHtmlControl::OutputResult, arg("ResultsHolder"),
+              arg("TopValue") = "", arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+      .Method("OutputLegData", &clsHtmlControl::OutputLegData, arg("Analyzer"),
+              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+      .Method("OutputChart", &clsHtmlControl::OutputChart, arg("Analyzer"), arg("ChartName"),
+              arg("ChartOption"))
+      .Method("OutputActiveXPage", &clsHtmlControl::OutputActiveXPage, arg("LapFileURL"))
+      .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"));
+  Class<clsTextControl>(module, "clsTextControl")
+      .Method("OutputJson", &clsTextControl::OutputJson, arg("Analyzer"),
+              arg("Kind") = DataSetKind::kClass)
+      .Method("OutputResultJson", &clsTextControl::OutputResultJson, arg("Sets"))
+      .Method("OutputInfoJson", &clsTextControl::OutputInfoJson)
+      .Method("OutputTextMail", &clsTextControl::OutputTextMail, arg("Analyzer"))
+      .Method("OutputTextResult", &clsTextControl::OutputTextResult, arg("Results"))
+      .Method("OutputCsvQuillonMacro", &clsTextControl::OutputCsvQuillonMacro, arg("Analyzer"))
+      .Method("OutputCsvSplitsBrowser", &clsTextControl::OutputCsvSplitsBrowser, arg("Analyzer"));
+  Enumeration<KrPrintAnalysisModeConst>(
+      module, "KrPrintAnalysisModeConst",
+      {KR_VALUE(KR_PRINT_ANALYSIS_LAP), KR_VALUE(KR_PRINT_ANALYSIS_MISS)});
+  Class<clsGraphicControl>(module, "clsGraphicControl")
+      .Method("DrawChart", &clsGraphicControl::DrawChart, arg("AnalyzerObject"), arg("ChartObject"),
+              arg("ChartMode"), arg("RatioX"), arg("RatioY"), arg("PositionX"), arg("PositionY"))
+      .Method("PrintResult", &clsGraphicControl::PrintResult, arg("ResultsHolderObject"),
+              arg("PrintBookObject"), arg("LineInterval") = 1.5F, arg("PrintNewPage") = false,
+              arg("PrintID") = false, arg("PrintAge") = false)
+      .Method("PrintAnalysis", &clsGraphicControl::PrintAnalysis, arg("AnalyzerObject"),
+              arg("PrintBookObject"), arg("Mode") = KR_PRINT_ANALYSIS_LAP)
+      .Method("DrawGrid", &clsGraphicControl::DrawGrid, arg("AnalyzerObject"), arg("GridObject"));
+  Enumeration<KrConfigFolderConst>(
+      module, "KrConfigFolderConst",
+      {KR_VALUE(KR_CONFIG_FOLDER_SYSTEM), KR_VALUE(KR_CONFIG_FOLDER_DATA)});
+  Class<clsConfigControl>(module, "clsConfigControl")
+      .Method("Value", &clsConfigControl::Value, arg("ConfigFolder"), arg("Item"),
+              arg("DefaultValue") = "")
+      .Method("SetValue", &clsConfigControl::SetValue, arg("ConfigFolder"), arg("Item"),
+              arg("NewValue"), arg("DefaultValue") = "");
+}
+
+void BindRoot(py::module_& module) {
+  using Root = clsKeltrun2;
+  Class<ClassAndCourseValue>(module, "ClassAndCourseValue")
+      .Field("ValueName", &ClassAndCourseValue::ValueName)
+      .Field("ClassIndex", &ClassAndCourseValue::ClassIndex)
+      .Field("CourseNum", &ClassAndCourseValue::CourseNum)
+      .Field("FileName", &ClassAndCourseValue::FileName)
+      .Field("RunnerCount", &ClassAndCourseValue::RunnerCount);
+  Class<Root>(module, "clsKeltrun2")
+      .MadeBy(py::init<>())
+      .Property("FileName", &Root::FileName, &Root::SetFileName)
+      .Property("FileDate", &Root::FileDate, &Root::SetFileDate)
+      .ReadOnly("ErrorComment", &Root::ErrorComment)
+      .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
+      .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
+      .ReadOnly("EventData", &Root::EventData)
+      .ReadOnly("FileControl", &Root::FileControl)
+      .ReadOnly("GraphicControl", &Root::GraphicControl)
+      .ReadOnly("HtmlControl", &Root::HtmlControl)
+      .ReadOnly("TextControl", &Root::TextControl)
+      .ReadOnly("ConfigControl", &Root::ConfigControl)
+      .ReadOnly("MetaData", &Root::MetaData)
+      .Method("AddClass", &Root::AddClass, arg("ClassName"))
+      .Method("RemoveClass", &Root::RemoveClass, arg("ClassName"))
+      .Method("RenameClass", &Root::RenameClass, arg("OldName"), arg("NewName"))
+      .Method("ClassData", py::overload_cast<std::int32_t>(&Root::ClassData, py::const_),
+              arg("ClassID"))
+      .Method("ClassData", py::overload_cast<std::string_view>(&Root::ClassData, py::const_),
+              arg("ClassID"))
+      .ReadOnly("ClassCount", &Root::ClassCount)
+      .Method("IsClassExists", &Root::IsClassExists, arg("ClassName"))
+      .Method("AddCourse", &Root::AddCourse, arg("CourseIndex"))
+      .Method("RemoveCourse", &Root::RemoveCourse, arg("CourseIndex"))
+      .Method("CourseData", py::overload_cast<std::int32_t>(&Root::CourseData, py::const_),
+              arg("CourseID"))
+      .Method("CourseData", py::overload_cast<std::string_view>(&Root::CourseData, py::const_),
+              arg("CourseID"))
+      .ReadOnly("CourseCount", &Root::CourseCount)
+      .Method("ClearCourse", &Root::ClearCourse)
+      .Method("IsCourseExists", &Root::IsCourseExists, arg("CourseIndex"))
+      .ReadOnly("ClassAndCourseList", &Root::ClassAndCourseList)
+      .Method("SeparateClassAndCourseValue", &Root::SeparateClassAndCourseValue, arg("Expression"))
+      .Method("SortLap", &Root::SortLap)
+      .Method("SortClass", &Root::SortClass, arg("OrderExpression"))
+      .Method("SegmentData", &Root::SegmentData, arg("Index"))
+      .ReadOnly("SegmentCount", &Root::SegmentCount)
+      .Method("MakeSegmentSet", &Root::MakeSegmentSet)
+      .Method("Clear", &Root::Clear)
+      .Method("Version", &Root::Version, arg("WithTestBuild") = true);
+}
+
+}  // namespace
+
+void BindServices(py::module_& module) {
+  BindWindows(module);
+  BindSite(module);
+  BindFileControl(module);
+  BindOutputs(module);
+  BindRoot(module);
+}
+
+}  // namespace keltrun::python

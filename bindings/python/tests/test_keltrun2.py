@@ -1,0 +1,381 @@
+"""The object model from Python: what Python adds to it, and that each part can be reached."""
+import ast
+import datetime
+import gc
+import inspect
+import pathlib
+import re
+
+import pytest
+
+import keltrun2 as kr
+import make_docs
+from conftest import PROJECT
+
+
+def test_loads_merges_and_saves(root, event, tmp_path):
+    count = sum(root.ClassData(i).LapCount for i in range(1, root.ClassCount + 1))
+    mode = kr.KR_LOADMODE_MERGE_NAME | kr.KR_LOADMODE_NOTADD_NEWDATA
+    assert root.FileControl.LoadLapFile(event, LoadMode=mode)
+    assert count == sum(root.ClassData(i).LapCount for i in range(1, root.ClassCount + 1))
+    saved = tmp_path / "event.lap"
+    assert root.FileControl.SaveLapFile(str(saved))
+    assert saved.read_bytes().startswith(b"$LAPFILE")
+
+
+def test_a_bad_file_answers_false_and_says_why(root, tmp_path):
+    (tmp_path / "bad.lxm").write_text("<keltrun><class")
+    assert not root.FileControl.LoadLapFile(str(tmp_path / "bad.lxm"))
+    assert "bad.lxm" in root.ErrorComment or "line" in root.ErrorComment
+
+
+def test_remarks_of_a_load(root, tmp_path):
+    text = "$IMPORT_ONLY\nname,class,club,sex\nNobody,M21A,Club,m\n"
+    root.FileControl.LoadLapFile("", kr.KR_FILETYPE_AUTODETECT, kr.KR_LOADMODE_MERGE_NAME, text)
+    assert all(isinstance(remark.Text, str) for remark in root.FileControl.LoadRemarks)
+
+
+def test_progress_handlers(root, event):
+    seen = []
+    handle = root.FileControl.OnProgress(seen.append)
+    assert root.FileControl.LoadLapFile(event)
+    assert seen[0] == 0 and seen[-1] == 100
+    handle.Detach()
+    seen.clear()
+
+    def stop(percent):
+        raise KeyboardInterrupt(percent)
+
+    root.FileControl.OnProgress(stop)
+    with pytest.raises(KeyboardInterrupt):
+        root.FileControl.LoadLapFile(event)
+    assert seen == []
+
+
+def test_errors_have_numbers(root, analyzer):
+    for call, number in (
+        (lambda: analyzer.Item(1).LapTime(52), 9),
+        (lambda: root.SegmentData(10_000), 9),
+        (lambda: root.RenameClass(root.ClassData(1).ClassName, root.ClassData(2).ClassName), 457),
+        (lambda: root.HtmlControl.OutputAnalysis(None), 91),
+        (lambda: kr.SetStartup(Language="en"), 5),
+    ):
+        with pytest.raises(kr.AutomationError) as raised:
+            call()
+        assert raised.value.Number == number
+    assert root.ClassData("no such class") is None
+
+
+def test_days_and_pythons_own_times():
+    hour = datetime.timedelta(hours=1, seconds=2)
+    assert kr.to_timedelta(kr.from_timedelta(hour)) == hour
+    assert kr.from_timedelta(hour) == 3602 / 86400
+    for marker in (kr.KR_TIME_NODATA, kr.KR_TIME_SKIP, kr.KR_TIME_DISQ):
+        assert kr.to_timedelta(float(int(marker))) is None
+    day = datetime.datetime(2024, 2, 29, 10, 30)
+    assert kr.from_datetime(day) == 45351.4375
+    assert kr.to_datetime(45351.4375) == day
+    assert kr.to_datetime(0) is None
+
+
+def test_analysis_and_its_outputs(root, analyzer):
+    analyzer.ExtraAnalyze()
+    analyzer.Vesmer()
+    finishers = [analyzer.Item(i) for i in range(1, analyzer.Count + 1)]
+    assert finishers[0].Rank == "1"
+    widest = max(max(abs(f.VesmerX), abs(f.VesmerY)) for f in finishers)
+    assert widest == pytest.approx(100)
+    assert analyzer.GeneralData.LegDifficulty(1).Value > 0
+    page = root.HtmlControl.OutputAnalysis(analyzer, Encoding="utf-8")
+    assert "charset=utf-8" in page and finishers[0].Result in page
+    viewer = root.HtmlControl.OutputViewer([kr.ViewerSet(analyzer, kr.DataSetKind.kClass)])
+    assert viewer.startswith("<!DOCTYPE html>") and "DecompressionStream" in viewer
+    assert root.TextControl.OutputJson(analyzer).startswith("{")
+    assert root.TextControl.OutputCsvSplitsBrowser(analyzer).count("\r\n") > analyzer.Count
+    results = root.NewResultsHolder
+    results.AddClass("M21A")
+    results.CalcRank()
+    assert results.RankInDataSet(1) == "1"
+    assert results.Item(1).RunnerName == finishers[0].RunnerName
+
+
+def test_segments(root):
+    assert root.SegmentCount > 0
+    segment = root.SegmentData(1)
+    analyzer = segment.Analyzer()
+    analyzer.Execute()
+    assert analyzer.ControlCount == segment.ControlCount
+
+
+def test_charts_and_the_mouse(root, analyzer, tmp_path):
+    picture = kr.CairoPicture(800, 600)
+    chart = kr.clsChartObject()
+    chart.SetPictureObject(picture)
+    ratio = kr.ChartRatioToFit(analyzer, chart, kr.KR_CHART_NORMAL)
+    root.GraphicControl.DrawChart(analyzer, chart, kr.KR_CHART_NORMAL, ratio, 1, 0, 0)
+    chart.DrawChart()
+    assert picture.Encode().startswith(b"\x89PNG")
+    assert {chart.MousePointRunnerIndex(x, 300) for x in range(52, 748)} - {0}
+
+
+def test_prints_to_pdf(root, analyzer):
+    book = kr.clsPrintBook()
+    book.Init("", kr.KR_PAPER_A4, kr.tpotPortrate, 10, 10, 10, 10, 1)
+    root.GraphicControl.PrintAnalysis(analyzer, book)
+    assert book.PageCount > 0
+    book.Execute()
+    assert book.PrinterObject.Document.startswith(b"%PDF")
+    picture = kr.CairoPicture(300, 400)
+    white = picture.Encode()
+    book.ShowPreview(picture, 1)
+    assert picture.Encode() != white
+
+
+class Paper(kr.DrawingSurface):
+    """A sheet that notes its texts."""
+
+    def __init__(self):
+        super().__init__()
+        self.texts = []
+
+    def DrawText(self, text, x, y, style):
+        self.texts.append(text)
+
+    def TextWidth(self, text, style):
+        return style.Size * 0.5 * len(text)
+
+    def TextHeight(self, style):
+        return style.Size
+
+    def DrawLine(self, *args):
+        pass
+
+    DrawBox = DrawCircle = SetClip = ResetClip = DrawLine
+
+
+class Press(kr.Printer):
+    """A printer of the host's on A4, without strips that it cannot print on."""
+
+    def __init__(self):
+        super().__init__()
+        self.sheets = []
+        self.ended = False
+
+    def DeviceName(self):
+        return "press"
+
+    def Metrics(self):
+        return kr.PaperMetrics(PaperWidth=210, PaperHeight=297)
+
+    def SetPaperSize(self, size):
+        self.paper = size
+
+    def SetOrientation(self, orientation):
+        pass
+
+    def NewSheet(self):
+        self.sheets.append(Paper())
+        return self.sheets[-1]
+
+    def Measure(self):
+        return Paper()
+
+    def EndDocument(self):
+        self.ended = True
+
+
+def test_a_printer_of_the_host(root):
+    press = Press()
+    kr.InstallPrinter(press)
+    assert kr.FindPrinter("press") is press and "press" in kr.PrinterNames()
+    results = root.NewResultsHolder
+    results.AddClass("M21A")
+    results.CalcRank()
+    book = kr.clsPrintBook()
+    book.Init("press", kr.KR_PAPER_A5, kr.tpotPortrate, 10, 10, 10, 10, 1)
+    root.GraphicControl.PrintResult(results, book, PrintID=True)
+    book.Execute()
+    kr.RemovePrinter("press")
+    assert press.paper == kr.KR_PAPER_A5 and press.ended
+    assert len(press.sheets) == book.PageCount
+    assert any(results.Item(1).RunnerName in text for text in press.sheets[0].texts)
+
+
+class Grid(kr.clsGridObject):
+    def __init__(self):
+        super().__init__()
+        self.cells = {}
+
+    def SetTextMatrix(self, row, col, text):
+        self.cells[row, col] = text
+
+
+class Picture(kr.PictureBox):
+    """A picture that only counts."""
+
+    def __init__(self, calls):
+        super().__init__()
+        self.calls = calls
+
+    def ScaleWidth(self):
+        return 800
+
+    def ScaleHeight(self):
+        return 600
+
+    def Width(self):
+        return 800
+
+    def TextWidth(self, text, style):
+        return 6.0 * len(text)
+
+    def TextHeight(self, style):
+        return 12.0
+
+
+for _name in ("DrawLine DrawBox DrawCircle DrawText SetClip ResetClip SetScaleMode SetBackColor "
+              "Clear SetWidth").split():
+    setattr(Picture, _name, lambda self, *args, _name=_name: self.calls.append(_name))
+
+
+def test_a_grid_of_the_host(root, analyzer):
+    grid = Grid()
+    root.GraphicControl.DrawGrid(analyzer, grid)
+    assert grid.cells[2, 1] == analyzer.Item(1).Result
+    assert max(row for row, _ in grid.cells) == 4 * (analyzer.ControlCount + 1) + 14
+
+
+def test_a_picture_of_the_host_lives_as_long_as_the_chart(root, analyzer):
+    calls = []
+    chart = kr.clsChartObject()
+    chart.SetPictureObject(Picture(calls))
+    gc.collect()
+    root.GraphicControl.DrawChart(analyzer, chart, kr.KR_CHART_NORMAL, 1, 1, 0, 0)
+    chart.DrawChart()
+    assert calls.count("DrawLine") > analyzer.Count and "DrawText" in calls
+
+
+class Windows(kr.HostWindows):
+    def __init__(self, percents):
+        super().__init__()
+        self.percents = percents
+        self.questions = []
+
+    def OpenProgress(self, caption):
+        class Bar(kr.frmProgressBar):
+            def SetPercent(bar, percent):
+                self.percents.append(percent)
+
+        return Bar()
+
+    def AskYesNo(self, text, title):
+        self.questions.append(text)
+        return True
+
+
+def test_windows_of_the_host(root, event, tmp_path):
+    percents = []
+    windows = Windows(percents)
+    kr.SetHostWindows(windows)
+    try:
+        root.FileControl.ProgressVisible = True
+        assert root.FileControl.LoadLapFile(event)
+        assert root.FileControl.OutputHtml(str(tmp_path / "new"), "index.html")
+    finally:
+        kr.SetHostWindows(None)
+    assert percents and windows.questions
+    assert (tmp_path / "new" / "index.html").exists()
+
+
+def test_sites(root, tmp_path):
+    options = kr.SiteOptions(OutputFolder=str(tmp_path), IndexFile="index.html", Charset="utf-8")
+    options.ChartFile, options.ChartOption, options.ViewerFile = "c_*.html", "0", "viewer.html"
+    assert root.FileControl.OutputSite(options), root.ErrorComment
+    name = root.ClassData("M21A").FileName
+    written = {path.name for path in tmp_path.iterdir()}
+    assert {"index.html", "viewer.html", f"c_{name}.html", f"c_{name}_0.png"} <= written
+    with pytest.raises(AttributeError):
+        kr.SiteOptions(OutputFoldr="typing error")
+
+
+def test_a_missing_member_of_a_hosts_class_is_an_error(root, analyzer):
+    chart = kr.clsChartObject()
+    with pytest.raises(RuntimeError, match="SetScaleMode"):
+        chart.SetPictureObject(kr.PictureBox())
+
+
+def test_parts_outlive_their_owners(event):
+    root = kr.clsKeltrun2()
+    root.FileControl.LoadLapFile(event)
+    analyzer = root.NewAnalyzer
+    analyzer.AddClass(1)
+    analyzer.Execute()
+    lap = root.ClassData(1).LapData(1)
+    speed, general = analyzer.Item(1).CruiseSpeed, analyzer.GeneralData
+    files, texts = root.FileControl, root.TextControl
+    first = analyzer.Item(1)
+    del root
+    gc.collect()
+    assert analyzer.Count > 0 and lap.RunnerName and first.OtherData.RunnerName
+    del analyzer, first
+    gc.collect()
+    assert speed.ToString("#0.0") and general.UpperLapTotal > 0
+    assert files.FileLoadFilter and texts.OutputInfoJson().startswith("{")
+
+
+# Not bound: what is only for C++, and the fonts of the component's own windows.
+CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "FormControl",
+            "FormFonts", "Startup", "ProgressHandler", "ProgressHandles", "operator"}
+
+
+def documented_names():
+    headers = PROJECT / "keltrun2"
+    listed = re.search(r"set\(public_headers(.*?)\)", (headers / "CMakeLists.txt").read_text(), re.S)
+    reader = make_docs.Reader()
+    for header in listed.group(1).split():
+        reader.read(headers / header)
+    return reader.docs
+
+
+def test_everything_in_the_public_headers_is_bound():
+    def is_bound(name):
+        scope, _, member = name.rpartition(".")
+        if not scope:
+            return hasattr(kr, member)
+        cls = getattr(kr, scope)
+        setter = getattr(getattr(cls, member.removeprefix("Set"), None), "fset", None)
+        return hasattr(cls, member) or setter is not None
+
+    names = [name for name in documented_names()
+             if not CPP_ONLY & set(name.split(".")) and not name.endswith("_")]
+    assert len(names) > 300
+    made = {f"{name}.{name}" for name in names}  # constructors
+    missing = [name for name in names if name not in made and not is_bound(name)]
+    assert missing == [], missing
+
+
+def test_every_member_is_documented():
+    undocumented = []
+    for name, cls in vars(kr._native).items():
+        if not inspect.isclass(cls) or issubclass(cls, BaseException):
+            continue
+        for key, member in vars(cls).items():
+            if key.startswith("_") or key in getattr(cls, "__members__", {}):
+                continue
+            if isinstance(member, int) or key in ("name", "value"):
+                continue
+            text = getattr(member, "__doc__", None) or ""
+            if isinstance(member, staticmethod):
+                text = member.__func__.__doc__
+            lines = text.strip().splitlines()
+            if not lines[0 if isinstance(member, property) else 1:]:
+                undocumented.append(f"{name}.{key}")
+    assert undocumented == [], undocumented
+
+
+def test_stubs_name_everything_and_are_valid():
+    path = pathlib.Path(kr.__file__).with_name("_native.pyi")
+    stub = ast.parse(path.read_text(encoding="utf-8"))
+    named = {node.name for node in stub.body if isinstance(node, (ast.ClassDef, ast.FunctionDef))}
+    named |= {node.target.id for node in stub.body if isinstance(node, ast.AnnAssign)}
+    assert {name for name in vars(kr._native) if not name.startswith("_")} == named
