@@ -20,14 +20,17 @@ check() {  # NAME OFFERED
 
 commands=$("$program" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
 [ -n "$commands" ]
+offered_commands=$(offered keltrun2 '')
 for command in $commands; do
-  check "$command" "$(offered keltrun2 '')"
+  check "$command" "$offered_commands"
+  offered_options=$(offered keltrun2 "$command" --)
   options=$("$program" "$command" --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | sed 's/.*--/--/')
   for option in $options; do
-    check "$option" "$(offered keltrun2 "$command" --)"
+    check "$option" "$offered_options"
   done
 done
+offered_modes=$(offered keltrun2 site --charts '')
 for mode in all map; do
-  offered keltrun2 site --charts '' | grep -qx $mode || { echo "--charts lacks $mode"; faults=1; }
+  printf '%s\n' "$offered_modes" | grep -qx $mode || { echo "--charts lacks $mode"; faults=1; }
 done
 exit $faults

@@ -9,6 +9,7 @@ void BindAutomationError(py::module_& module) {
   static py::exception<AutomationError> type(module, "AutomationError", PyExc_RuntimeError);
   type.doc() = Doc("AutomationError");
   type.attr("Number") = 0;
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): pybind11 wants this signature
   py::register_exception_translator([](std::exception_ptr pointer) {
     try {
       if (pointer) std::rethrow_exception(pointer);

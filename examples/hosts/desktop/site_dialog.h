@@ -1,0 +1,12 @@
+// What of an event is published as a web site, and where.
+#pragma once
+
+#include <QDialog>
+#include <QStringList>
+#include <optional>
+
+#include "keltrun2/keltrun2.h"
+
+/// Asks the user; nothing when he cancels. ChartModes are the names of the chart modes in their
+/// order.
+std::optional<keltrun::SiteOptions> AskSiteOptions(QWidget* parent, const QStringList& chart_modes);
