@@ -27,17 +27,6 @@ DateTime SaveTime() { return 45950.25; }  // 2025-10-20 06:00
 // --- the two events, in the form of the facts about them ---
 
 // Times in seconds, markers as they are.
-json LapsOf(clsLapData& runner) {
-  json laps = json::array();
-  for (std::int32_t leg = 1, legs = runner.LegCount(); leg <= legs; ++leg) {
-    const DateTime lap = runner.Lap(leg);
-    const double seconds = lap < 0 ? lap : std::round(lap * 86400);
-    EXPECT_TRUE(lap < 0 || lap == Seconds(seconds)) << "not on the grid of times";
-    laps.push_back(std::lround(seconds));
-  }
-  return laps;
-}
-
 json RowOf(clsLapData& r) {
   const DateTime start = r.StartTime()->Value();
   const json start_seconds = start == 0 ? json() : json(std::lround(start * 86400));

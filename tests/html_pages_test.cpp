@@ -2,7 +2,6 @@
 // which KELTRUN2_APPROVE=1 rewrites.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <regex>
 
 #include "tests/test_support.h"
@@ -246,14 +245,6 @@ TEST(ResultPage, BorderBehindTheCutOffRank) {
     }
     EXPECT_EQ(rows, expected);
   }
-}
-
-/// Compares a page with a golden file, or rewrites the file.
-void ExpectGolden(const std::string& name, const std::string& page) {
-  const std::string file = KELTRUN2_TEST_DATA "/../golden/" + name;
-  const char* approve = std::getenv("KELTRUN2_APPROVE");
-  if (approve != nullptr && std::string_view(approve) == "1") WriteBytes(file, page);
-  EXPECT_EQ(ReadBytes(file), page) << name;
 }
 
 // Reference laps 600, (200 + 180) / 2 and (220 + 240) / 2 of 1020 s. Losses as a share of the total

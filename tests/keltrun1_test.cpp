@@ -101,11 +101,6 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
 
 // The row of a runner as the facts give it, as far as the format can hold it.
 json RowOf(clsLapData& r) {
-  json laps = json::array();
-  for (std::int32_t leg = 1, legs = r.LegCount(); leg <= legs; ++leg) {
-    const DateTime lap = r.Lap(leg);
-    laps.push_back(lap < 0 ? std::lround(lap) : std::lround(lap * 86400));
-  }
   const DateTime start = r.StartTime()->Value();
   return {r.RunnerName,
           r.ID,
@@ -115,7 +110,7 @@ json RowOf(clsLapData& r) {
           r.Result(),
           r.Rank,
           r.Sex,
-          laps};
+          LapsOf(r)};
 }
 
 json KnownRow(const json& facts, std::size_t legs) {

@@ -13,14 +13,7 @@ namespace {
 using nlohmann::json;
 using std::string;
 
-json RowOf(clsLapData& r) {
-  json laps = json::array();
-  for (std::int32_t leg = 1, legs = r.LegCount(); leg <= legs; ++leg) {
-    const DateTime lap = r.Lap(leg);
-    laps.push_back(std::lround(lap < 0 ? lap : lap * 86400));
-  }
-  return {r.RunnerName, r.Rank, r.Result(), laps};
-}
+json RowOf(clsLapData& r) { return {r.RunnerName, r.Rank, r.Result(), LapsOf(r)}; }
 
 json RowsOf(const ClassRecords& klass) {
   json rows = json::array();

@@ -14,15 +14,6 @@ namespace {
 using nlohmann::json;
 using std::string;
 
-json LapsOf(clsLapData& runner) {
-  json laps = json::array();
-  for (std::int32_t leg = 1, legs = runner.LegCount(); leg <= legs; ++leg) {
-    const DateTime lap = runner.Lap(leg);
-    laps.push_back(std::lround(lap < 0 ? lap : lap * 86400));
-  }
-  return laps;
-}
-
 string Title(const LapRecords& records) {
   return records.EventName.value_or("none") + "|" + records.CreateApplication.value_or("none") +
          "|" + FormatDateTime(records.CreateDate.value_or(0), "yyyy/mm/dd hh:nn:ss");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -82,6 +83,24 @@ std::string ExampleFile(std::string_view name) {
 
 std::string DataFile(std::string_view name) {
   return std::string(KELTRUN2_TEST_DATA "/") + std::string(name);
+}
+
+void ExpectGolden(const std::string& name, const std::string& output) {
+  const std::string file = DataFile("../golden/" + name);
+  const char* approve = std::getenv("KELTRUN2_APPROVE");
+  if (approve != nullptr && std::string_view(approve) == "1") WriteBytes(file, output);
+  EXPECT_EQ(ReadBytes(file), output) << name;
+}
+
+std::vector<long> LapsOf(clsLapData& runner) {
+  std::vector<long> laps;
+  for (std::int32_t leg = 1, legs = runner.LegCount(); leg <= legs; ++leg) {
+    const DateTime lap = runner.Lap(leg);
+    const double seconds = lap < 0 ? lap : std::round(lap * 86400);
+    EXPECT_TRUE(lap < 0 || lap == Seconds(seconds)) << "not on the grid of times";
+    laps.push_back(std::lround(seconds));
+  }
+  return laps;
 }
 
 }  // namespace keltrun::test

@@ -73,6 +73,12 @@ std::string CrLf(std::string_view text);
 std::string ReadBytes(const std::string& name);
 void WriteBytes(const std::string& name, std::string_view bytes);
 
+/// Compares an output with the golden file of that name, which KELTRUN2_APPROVE=1 rewrites.
+void ExpectGolden(const std::string& name, const std::string& output);
+
+/// A runner's laps in whole seconds, markers as they are.
+std::vector<long> LapsOf(clsLapData& runner);
+
 /// A file of the project's examples or test data.
 std::string ExampleFile(std::string_view name);
 std::string DataFile(std::string_view name);

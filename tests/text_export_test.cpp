@@ -2,8 +2,6 @@
 // files, which KELTRUN2_APPROVE=1 rewrites.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -181,16 +179,12 @@ TEST(TextExport, GoldenFiles) {
   ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("hoshinomori/event.lxm")));
   const auto analyzer = Analyzed(*root, "初心者");
   const auto& text = *root->TextControl();
-  const char* approved = std::getenv("KELTRUN2_APPROVE");
-  const bool approve = approved != nullptr && std::string_view(approved) == "1";
   for (const auto& [name, output] :
        Rows<string, string>{{"macro.csv", text.OutputCsvQuillonMacro(analyzer)},
                             {"splitsbrowser.csv", text.OutputCsvSplitsBrowser(analyzer)},
                             {"mail.txt", text.OutputTextMail(analyzer)},
                             {"result.txt", ResultText(*root, {"初心者"})}}) {
-    const string file = DataFile("../golden/export-hoshinomori-" + name);
-    if (approve) WriteBytes(file, output);
-    EXPECT_EQ(ReadBytes(file), output) << name;
+    ExpectGolden("export-hoshinomori-" + name, output);
   }
 }
 

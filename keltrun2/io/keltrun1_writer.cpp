@@ -7,33 +7,18 @@
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
+#include "keltrun2/text/cells.h"
 
 namespace keltrun {
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kNotAvailable = "n/a";
 constexpr std::string_view kTimePattern = "hh:nn:ss";
 
-// Texts on lines of their own keep their commas.
-enum class Commas { kKeep, kFullWidth };
-
-void AppendText(std::string& out, std::string_view text, Commas commas) {
-  for (const char c : text) {
-    if (c == '\r' || c == '\n' || c == '\t') {
-      out += ' ';
-    } else if (c == ',' && commas == Commas::kFullWidth) {
-      out += "\uFF0C";
-    } else {
-      out += c;
-    }
-  }
-}
-
 // A cell that is not the first of its line.
-void AppendCell(std::string& out, std::string_view text) {
+void AppendNextCell(std::string& out, std::string_view text) {
   out += ',';
-  AppendText(out, text, Commas::kFullWidth);
+  AppendCell(out, text);
 }
 
 void WriteEvent(std::string& out, const clsEventData& event) {
@@ -45,8 +30,8 @@ void WriteEvent(std::string& out, const clsEventData& event) {
   };
   for (const auto& [key, value] : lines) {
     out += "$" + ResourceText(key) + "=";
-    AppendText(out, value, Commas::kKeep);
-    out += kLineEnd;
+    AppendInLine(out, value);
+    out += kCrLf;
   }
 }
 
@@ -60,9 +45,9 @@ void WriteCourseFacts(std::string& out, const clsClassData& klass) {
   };
   for (const auto& [key, value] : lines) {
     out += '$';
-    AppendText(out, klass.ClassName(), Commas::kFullWidth);
+    AppendCell(out, klass.ClassName());
     out += ":" + ResourceText(key) + "=" + std::to_string(value);
-    out += kLineEnd;
+    out += kCrLf;
   }
 }
 
@@ -85,31 +70,31 @@ void WriteLegs(std::string& out, const clsLapData& runner, std::int32_t class_le
     out += ',';
     AppendTime(out, LapDataInternal::Lap(runner, leg), kTimePattern, false, markers);
   }
-  for (std::int32_t leg = held; leg < class_legs; ++leg) AppendCell(out, kNotAvailable);
+  for (std::int32_t leg = held; leg < class_legs; ++leg) AppendNextCell(out, kNotAvailable);
 }
 
 void WriteRunner(std::string& out, const clsClassData& klass, const clsLapData& runner,
                  const Words& words) {
-  AppendText(out, klass.ClassName(), Commas::kFullWidth);
-  AppendCell(out, std::to_string(runner.ID));
-  AppendCell(out, runner.RunnerName);
-  AppendCell(out, runner.ClubName);
-  AppendCell(out, runner.Seed);
-  AppendCell(out, runner.Sex);
+  AppendCell(out, klass.ClassName());
+  AppendNextCell(out, std::to_string(runner.ID));
+  AppendNextCell(out, runner.RunnerName);
+  AppendNextCell(out, runner.ClubName);
+  AppendNextCell(out, runner.Seed);
+  AppendNextCell(out, runner.Sex);
   out += ',';
   AppendDateTime(out, runner.StartTime()->Value(), kTimePattern);
-  AppendCell(out, runner.Result() == words.cross ? kNotAvailable : runner.Result());
-  AppendCell(out, runner.Rank);
+  AppendNextCell(out, runner.Result() == words.cross ? kNotAvailable : runner.Result());
+  AppendNextCell(out, runner.Rank);
   WriteLegs(out, runner, LegsOf(klass), words);
-  out += kLineEnd;
+  out += kCrLf;
 }
 
 void WriteClass(std::string& out, const clsClassData& klass, const Words& words) {
-  out += kLineEnd;
+  out += kCrLf;
   out += ResourceText("RES_META_LAPFILE_HEADER");
   const std::int32_t legs = LegsOf(klass);
   for (std::int32_t leg = 1; leg <= legs; ++leg) out += "," + LegLabel(legs - 1, false, leg);
-  out += kLineEnd;
+  out += kCrLf;
   for (const auto& runner : ClassDataInternal::Runners(klass)) {
     if (runner->LegCount() != 0) WriteRunner(out, klass, *runner, words);
   }

@@ -365,19 +365,12 @@ class AnalysisPage {
 
 void AppendAnalysisPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                         std::string_view link_style_file, std::string_view charset) {
-  out += "<html>\r\n";
-  MakeHead(out, {.UseStyle = true,
-                 .TdStyle = kTableFontStyle,
-                 .LinkStyleFile = link_style_file,
-                 .Charset = charset});
-  out += "<body>\r\n";
-  if (analyzer.Count() == 0) {
-    MakeNoRunnersMessage(out, model);
-  } else {
-    AnalysisPage(out, model, analyzer).MakeTable();
-  }
-  MakeFooter(out);
-  out += "</body></html>";
+  const HeadOptions head = {.UseStyle = true,
+                            .TdStyle = kTableFontStyle,
+                            .LinkStyleFile = link_style_file,
+                            .Charset = charset};
+  MakeAnalyzerPage(out, model, analyzer, head,
+                   [&] { AnalysisPage(out, model, analyzer).MakeTable(); });
 }
 
 }  // namespace keltrun

@@ -54,16 +54,13 @@ bool HasStartTimes(const clsAnalyzer& analyzer) {
 void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                      std::string_view chart_name, std::string_view chart_option,
                      std::string_view charset) {
-  out += "<html>\r\n";
-  MakeHead(out, {.UseStyle = true, .TdStyle = kTableFontStyle, .Charset = charset});
-  out += "<body>\r\n";
-  if (analyzer.Count() == 0) MakeNoRunnersMessage(out, model);
-  for (const std::int32_t mode : ChartModes(chart_option)) {
-    if (analyzer.Count() == 0 || mode == kLastMode) continue;
-    if (mode != kRealTimeMode || HasStartTimes(analyzer)) MakePicture(out, mode, chart_name);
-  }
-  MakeFooter(out);
-  out += "</body></html>";
+  const HeadOptions head = {.UseStyle = true, .TdStyle = kTableFontStyle, .Charset = charset};
+  MakeAnalyzerPage(out, model, analyzer, head, [&] {
+    for (const std::int32_t mode : ChartModes(chart_option)) {
+      if (mode == kLastMode) continue;
+      if (mode != kRealTimeMode || HasStartTimes(analyzer)) MakePicture(out, mode, chart_name);
+    }
+  });
 }
 
 }  // namespace keltrun

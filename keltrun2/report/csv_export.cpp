@@ -8,8 +8,6 @@
 namespace keltrun {
 namespace {
 
-constexpr std::string_view kCrLf = "\r\n";
-
 // What the viewer takes for "unknown".
 constexpr std::string_view kNoStart = "9:00:00";
 constexpr std::string_view kNoSplit = "0:00";

@@ -32,6 +32,11 @@ void MakeStyleBlock(std::string& out, std::string_view td_style, std::string_vie
   out.append("-->\r\n</style>\r\n");
 }
 
+void MakeNoRunnersMessage(std::string& out, const EventModel& model) {
+  if (model.ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
+  out.append("解析できません。<br>\r\n");
+}
+
 }  // namespace
 
 void MakeHead(std::string& out, const HeadOptions& options) {
@@ -79,9 +84,18 @@ void MakeFooter(std::string& out) {
   out.append("\">Made with ケルトラン２ (Ver.").append(VersionText(false)).append(")</a>\r\n");
 }
 
-void MakeNoRunnersMessage(std::string& out, const EventModel& model) {
-  if (model.ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
-  out.append("解析できません。<br>\r\n");
+void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
+                      const HeadOptions& head, const std::function<void()>& make_body) {
+  out += "<html>\r\n";
+  MakeHead(out, head);
+  out += "<body>\r\n";
+  if (analyzer.Count() == 0) {
+    MakeNoRunnersMessage(out, model);
+  } else {
+    make_body();
+  }
+  MakeFooter(out);
+  out += "</body></html>";
 }
 
 void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,

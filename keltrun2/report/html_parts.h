@@ -2,15 +2,16 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+
+#include "keltrun2/text/cells.h"
 
 namespace keltrun {
 
 class clsAnalyzer;
 class EventModel;
-
-inline constexpr std::string_view kCrLf = "\r\n";
 
 /// The charset that pages declare unless another one is asked for.
 inline constexpr std::string_view kPageCharset = "x-sjis";
@@ -58,8 +59,10 @@ std::string_view RankBgColor(std::int32_t rank);
 /// The line that names the maker, with its address.
 void MakeFooter(std::string& out);
 
-/// What an analysis page shows in place of its table when nobody is in the data set.
-void MakeNoRunnersMessage(std::string& out, const EventModel& model);
+/// A whole page about an analysis: head, what `make_body` appends, and foot. When nobody is in the
+/// data set, messages that say so stand in place of the body.
+void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
+                      const HeadOptions& head, const std::function<void()>& make_body);
 
 /// The title row of an analysis: the data set, the event as `event` names it, and the course.
 void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,

@@ -156,15 +156,11 @@ std::string_view LegDataCharset(std::string_view charset) {
 
 void AppendLegDataPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                        std::string_view link_style_file, std::string_view charset) {
-  out += "<html>\r\n";
-  MakeHead(out, {.UseStyle = true,
-                 .TdStyle = CurrentWording().cell_style,
-                 .LinkStyleFile = link_style_file,
-                 .Charset = charset});
-  out += "<body>\r\n";
-  if (analyzer.Count() == 0) {
-    MakeNoRunnersMessage(out, model);
-  } else {
+  const HeadOptions head = {.UseStyle = true,
+                            .TdStyle = CurrentWording().cell_style,
+                            .LinkStyleFile = link_style_file,
+                            .Charset = charset};
+  MakeAnalyzerPage(out, model, analyzer, head, [&] {
     out +=
         "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"leg\">";
     out += kCrLf;
@@ -172,9 +168,7 @@ void AppendLegDataPage(std::string& out, const EventModel& model, const clsAnaly
     MakePageTitleRow(out, analyzer, event, kColumns, "");
     LegDataTable(out, analyzer).Make();
     out += "</table>";
-  }
-  MakeFooter(out);
-  out += "</body></html>";
+  });
 }
 
 }  // namespace keltrun

@@ -12,7 +12,6 @@ namespace {
 
 using Runner = clsAnalyzedRunnerData;
 
-constexpr std::string_view kCrLf = "\r\n";
 constexpr int kColumnsPerBlock = 12;
 constexpr std::size_t kColumnWidth = 6;
 constexpr std::string_view kReferenceHeading = "  Ave3";

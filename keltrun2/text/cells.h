@@ -6,6 +6,9 @@
 
 namespace keltrun {
 
+/// How the lines of written files end.
+inline constexpr std::string_view kCrLf = "\r\n";
+
 /// Appends the text with a blank for each CR, LF and TAB: it must not break its line.
 void AppendInLine(std::string& out, std::string_view text);
 

@@ -29,10 +29,13 @@ def test_a_bad_file_answers_false_and_says_why(root, tmp_path):
     assert "bad.lxm" in root.ErrorComment or "line" in root.ErrorComment
 
 
-def test_remarks_of_a_load(root, tmp_path):
-    text = "$IMPORT_ONLY\nname,class,club,sex\nNobody,M21A,Club,m\n"
-    root.FileControl.LoadLapFile("", kr.KR_FILETYPE_AUTODETECT, kr.KR_LOADMODE_MERGE_NAME, text)
-    assert all(isinstance(remark.Text, str) for remark in root.FileControl.LoadRemarks)
+def test_remarks_of_a_load(root):
+    text = "$IMPORT_ONLY\nname,class\n,M21A\n"
+    mode = kr.KR_LOADMODE_MERGE_NAME
+    root.FileControl.LoadLapFile("x.txt", kr.KR_FILETYPE_IMPORT_ONLY, mode, text)
+    remark = root.FileControl.LoadRemarks[-1]
+    assert (remark.Line, remark.Severity) == (3, kr.RemarkSeverity.kWarning)
+    assert "names no runner" in remark.Text
 
 
 def test_progress_handlers(root, event):
