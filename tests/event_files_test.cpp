@@ -225,6 +225,20 @@ TEST_F(EveryFormat, TextsInUtf8LoadEqually) {
   EXPECT_EQ(texts, 12);
 }
 
+// Marks of old systems and damaged bytes are part of no name; an event could not be saved with
+// them.
+TEST_F(EveryFormat, ControlCharactersAreBlanks) {
+  const string lap_file = DecodeTextFile(ReadBytes(folder_.Path("hoshinomori.lap")));
+  ASSERT_TRUE(Load("x.lap", lap_file));
+  const auto counts = Counts();
+  const string saved = Saved();
+  ASSERT_TRUE(
+      Load("x.lap", std::regex_replace(lap_file, std::regex("\nM21A"), "\n\x1A\fM21A") + '\x1A'));
+  EXPECT_EQ(Counts(), counts);
+  EXPECT_EQ(Saved(), saved);
+  EXPECT_EQ(root_->FileControl()->LoadRemarks().size(), 1U);
+}
+
 // --- the parts of the format ---
 
 constexpr std::string_view kEverything =

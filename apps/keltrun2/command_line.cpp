@@ -137,6 +137,20 @@ CLI::Validator PlainNamePart() {
 
 CLI::Validator LapFileName() { return FileNameEnding({".lxm", ".lap", ".xml", ".lzh"}); }
 
+// A number of a range; the library's own check lets "nan" pass.
+CLI::Validator NumberWithin(float least, float most) {
+  return CLI::Validator(
+      [least, most](const std::string& text) {
+        float number = 0;
+        const bool good =
+            CLI::detail::lexical_cast(text, number) && number >= least && number <= most;
+        const auto shown = [](float limit) { return CLI::detail::to_string(limit); };
+        return good ? std::string()
+                    : "must be a number from " + shown(least) + " to " + shown(most);
+      },
+      "");
+}
+
 // Two whole numbers with an x between them.
 CLI::Validator TwoNumbers(int least, int most, const std::string& wanted) {
   return CLI::Validator(
@@ -321,7 +335,7 @@ void AddChartOptions(CLI::App& app, Options& options) {
                                  const char* description) {
     app.add_option(name, value, description)
         ->type_name("NUMBER")
-        ->check(CLI::Range(least, most).description(""))
+        ->check(NumberWithin(least, most))
         ->capture_default_str();
   };
   add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "times as wide as the picture");
@@ -357,11 +371,11 @@ void AddPrintOptions(CLI::App& app, Options& options) {
       ->capture_default_str();
   app.add_option("--margin", print.margin, "margins in mm")
       ->type_name("MM")
-      ->check(CLI::Range(0.0F, 60.0F).description(""))
+      ->check(NumberWithin(0, 60))
       ->capture_default_str();
   app.add_option("--line-interval", print.line_interval, "line spacing of result lists")
       ->type_name("NUMBER")
-      ->check(CLI::Range(1.0F, 10.0F).description(""))
+      ->check(NumberWithin(1, 10))
       ->capture_default_str();
   app.add_flag("--ids", print.ids, "result lists with the runners' numbers");
   app.add_flag("--ages", print.ages, "result lists with the runners' ages");

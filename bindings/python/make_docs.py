@@ -92,6 +92,7 @@ class Reader:
 
 
 def quoted(text):
+    text = re.sub(r"\b(?:Null|null|nullopt)\b", "None", text)
     escaped = text.replace("\\", "\\\\").replace('"', '\\"').replace("\n", "\\n")
     return f'"{escaped}"'
 

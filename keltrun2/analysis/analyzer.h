@@ -50,7 +50,7 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   std::int32_t Count() const { return static_cast<std::int32_t>(selected_.size()); }
   std::shared_ptr<clsAnalyzedRunnerData> Item(std::int32_t Index) const;
 
-  /// The same for the full set.
+  /// The same for the full set; null outside 1 to FullSetCount.
   std::int32_t FullSetCount() const { return static_cast<std::int32_t>(full_.size()); }
   std::shared_ptr<clsAnalyzedRunnerData> FullSetItem(std::int32_t Index) const;
 

@@ -24,8 +24,8 @@ class KELTRUN2_API clsGraphicControl {
       : settings_(std::move(Settings)) {}
 
   /// Builds the chart of an executed analysis into ChartObject, which then draws it. Drawn are the
-  /// runners of the selected set. RatioX (at least 0.5) and RatioY (at least 1) zoom, PositionX and
-  /// PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the figures of
+  /// runners of the selected set. RatioX (0.5 to 10,000) and RatioY (1 to 10,000) zoom, PositionX
+  /// and PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the figures of
   /// `clsAnalyzer::ExtraAnalyze`, mode 7 those of `clsAnalyzer::Vesmer`.
   void DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                  const std::shared_ptr<clsChartObject>& ChartObject, KrChartModeConst ChartMode,

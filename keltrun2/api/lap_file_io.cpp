@@ -16,6 +16,7 @@
 #include "keltrun2/io/native_writer.h"
 #include "keltrun2/io/oevent_reader.h"
 #include "keltrun2/io/sportident_reader.h"
+#include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/platform/archiver.h"
 #include "keltrun2/platform/clock.h"
@@ -205,8 +206,13 @@ class Load {
       }
       text = DecodeTextFile(*bytes);
     }
+    const std::size_t blanked = BlankControlCharacters(text);
     ReadResult result = read(text);
     remarks_ = std::move(result.Remarks);
+    if (blanked > 0) {
+      remarks_.push_back({0, 0, RemarkSeverity::kNote,
+                          "control characters: " + std::to_string(blanked) + " read as blanks"});
+    }
     return result;
   }
 

@@ -5,6 +5,7 @@
 #include <exception>
 #include <optional>
 #include <set>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -114,6 +115,9 @@ class SiteExport {
   bool PrepareFolder();
   void Run(ProgressReport& progress);
 
+  // What failed, in the error text; an abort of the whole export comes first.
+  void ReportFailures(std::string_view abort = "") const;
+
  private:
   void MakeEntries();
   void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
@@ -143,7 +147,6 @@ class SiteExport {
   bool Attempt(std::string_view action, const std::string& name, Step step);
   bool WritePage(const std::string& name, Charset charset);
   bool WriteBytes(const std::string& name, std::string_view bytes);
-  void ReportFailures() const;
 
   const SiteOptions& options_;
   const Charset charset_;
@@ -243,11 +246,15 @@ std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
 
 // The copies are made before anything is analysed.
 void SiteExport::MakeLinksRow() {
-  const std::string links =
-      MakeViewerControlPage() +
-      MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA") +
-      MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA") +
-      MakeViewerPage();
+  std::string links;
+  Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
+  Attempt("write", options_.Lap1File, [&] {
+    links += MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA");
+  });
+  Attempt("write", options_.Lap2File, [&] {
+    links += MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
+  });
+  Attempt("write", options_.ViewerFile, [&] { links += MakeViewerPage(); });
   if (!links.empty()) AppendIndexLinksRow(index_, links);
 }
 
@@ -345,12 +352,16 @@ void SiteExport::ExportEntry(const Entry& entry) {
 }
 
 // What cannot be made (of a class with more controls than the analysis holds, say) is a page less,
-// and the export goes on.
+// and the export goes on. A step may also answer false, when it has noted its failure itself.
 template <typename Step>
 bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
   try {
-    step();
-    return true;
+    if constexpr (std::is_void_v<decltype(step())>) {
+      step();
+      return true;
+    } else {
+      return step();
+    }
   } catch (const std::exception& error) {
     failures_.push_back("cannot " + std::string(action) + " " + name + ": " + error.what());
     return false;
@@ -380,9 +391,12 @@ std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
   const std::int32_t count = kind == kResultPage ? results_.Count() : analyzer_->Count();
   if (name.empty() || count == 0) return "";
   const std::string_view charset = DeclaredCharset(kind);
-  page_.clear();
-  AppendPage(entry, kind, charset);
-  if (!WritePage(name, CharsetFromName(charset).value_or(charset_))) return "";
+  const bool written = Attempt("write", name, [&] {
+    page_.clear();
+    AppendPage(entry, kind, charset);
+    return WritePage(name, CharsetFromName(charset).value_or(charset_));
+  });
+  if (!written) return "";
   return "&nbsp;" + IndexLink(name, kNewWindow, ResourceText(kPages[kind].link_text_key));
 }
 
@@ -485,8 +499,8 @@ void SiteExport::WriteIndex() {
   }
 }
 
-void SiteExport::ReportFailures() const {
-  std::string list;
+void SiteExport::ReportFailures(std::string_view abort) const {
+  std::string list(abort);
   for (const std::string& failure : failures_) {
     if (!list.empty()) list += kCrLf;
     list += failure;
@@ -505,8 +519,7 @@ bool ExportSite(const SiteOptions& options, const StartProgress& start_progress)
     site.Run(*progress);
     progress->Close();
   } catch (const ProgressHandlerError& error) {
-    SetErrorText(FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation,
-                             "a handler of Progress ended the export"));
+    site.ReportFailures("a handler of Progress ended the export");
     std::rethrow_exception(error.Cause);
   }
   return true;

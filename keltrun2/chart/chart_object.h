@@ -70,9 +70,9 @@ class KELTRUN2_API clsChartObject {
   /// is never narrowed and a print book never resized.
   bool AutoSize = false;
 
-  /// Mode, zoom and scroll position of the last build, as used there: the ratios raised to their
-  /// least values, the positions brought into 0 to 1. A new chart has mode 0, ratios 1, positions
-  /// 0.
+  /// Mode, zoom and scroll position of the last build, as used there: the ratios within
+  /// 0.5 (across) or 1 (down) and 10,000, the positions within 0 to 1. A new chart has mode 0,
+  /// ratios 1, positions 0.
   float RatioX() const;
   float RatioY() const;
   float PositionX() const;
@@ -123,7 +123,8 @@ class KELTRUN2_API clsChartObject {
   std::unique_ptr<State> state_;
 };
 
-/// The RatioX with which the whole width of the chart just fits the drawable area, at least 0.5;
+/// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to
+/// 10,000;
 /// for the map (mode 7) the one that gives both axes the same scale. 1 when there is nothing to go
 /// by.
 KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "keltrun2/platform/font.h"
 
@@ -48,6 +49,23 @@ bool IsJapaneseMode();
 /// Gives a font of the component's windows its face, character set and size (the second size when
 /// SecondSize), and makes it bold or italic when asked.
 void ApplyFont(Font& Target, bool SecondSize = false, bool Bold = false, bool Italic = false);
+
+/// One control on a window of the component, as far as fonts are concerned.
+struct FormControl {
+  std::string TypeName;  // kind of control, such as "FloatButton"
+  keltrun::Font Font;    // what its text is written in
+  /// Used by a control whose TypeName is "FloatButton" in place of Font: its own four fonts.
+  keltrun::Font Font1;
+  keltrun::Font FontOnMouse1;
+  keltrun::Font Font2;
+  keltrun::Font FontOnMouse2;
+};
+
+/// The fonts of a window of the component and of every control on it.
+struct FormFonts {
+  keltrun::Font Font;                 // of the window itself
+  std::vector<FormControl> Controls;  // in the order of the window
+};
 
 /// Applies `ApplyFont` to a window and to every control on it.
 void ApplyFormFonts(FormFonts& Form);

@@ -88,6 +88,17 @@ std::vector<LoadRemark> RemarkList::Take() {
   return std::move(remarks_);
 }
 
+std::size_t BlankControlCharacters(std::string& text) {
+  std::size_t blanked = 0;
+  for (char& c : text) {
+    const bool control =
+        static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    c = control ? ' ' : c;
+    blanked += control ? 1 : 0;
+  }
+  return blanked;
+}
+
 std::optional<DateTime> CellTime(std::string_view cell) {
   if (const auto plain = PlainTime(cell)) return plain;
   return NormalizedTime(NormalizeTimeText(cell, Digits::kElapsed));

@@ -60,6 +60,11 @@ class RemarkList {
   std::size_t more_ = 0;
 };
 
+/// Replaces the control characters of a text by blanks, TAB and line breaks aside, and returns
+/// their number: a form feed, the end mark of old systems or a damaged byte is part of no name, and
+/// the XML of a lap file could not hold it.
+std::size_t BlankControlCharacters(std::string& text);
+
 /// An elapsed time in any notation (NormalizeTimeText), never negative; nullopt for everything that
 /// is none.
 std::optional<DateTime> CellTime(std::string_view cell);

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "keltrun2/platform/export.h"
 
@@ -38,23 +37,6 @@ class KELTRUN2_API Font {
  private:
   std::string face_ = "sans-serif";
   double size_ = 9;
-};
-
-/// One control on a window of the component, as far as fonts are concerned.
-struct FormControl {
-  std::string TypeName;  // kind of control, such as "FloatButton"
-  keltrun::Font Font;    // what its text is written in
-  /// Used by a control whose TypeName is "FloatButton" in place of Font: its own four fonts.
-  keltrun::Font Font1;
-  keltrun::Font FontOnMouse1;
-  keltrun::Font Font2;
-  keltrun::Font FontOnMouse2;
-};
-
-/// The fonts of a window of the component and of every control on it.
-struct FormFonts {
-  keltrun::Font Font;                 // of the window itself
-  std::vector<FormControl> Controls;  // in the order of the window
 };
 
 }  // namespace keltrun

@@ -55,7 +55,8 @@ class KELTRUN2_API clsGridObject {
                              std::string_view /*Text*/) {}
   /// Empties every cell.
   virtual void Clear() {}
-  /// Hides the grid while it is filled, and shows it at the end.
+  /// Hides the grid while it is filled, and shows it at the end; with nobody to show it stays
+  /// hidden.
   virtual void SetVisible(bool /*Visible*/) {}
   /// The number of columns and rows from now on.
   virtual void SetCols(std::int32_t /*Cols*/) {}

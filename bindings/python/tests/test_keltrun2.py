@@ -330,9 +330,9 @@ def test_parts_outlive_their_owners(event):
     assert files.FileLoadFilter and texts.OutputInfoJson().startswith("{")
 
 
-# Not bound: what is only for C++, and the fonts of the component's own windows.
-CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "FormControl",
-            "FormFonts", "Startup", "ProgressHandler", "ProgressHandles", "operator"}
+# Not bound: what is only for C++.
+CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "Startup",
+            "ProgressHandler", "ProgressHandles", "operator"}
 
 
 def documented_names():
