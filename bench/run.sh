@@ -14,12 +14,12 @@ make_event() {  # file, classes, runners in each
 }
 
 [ -f build/release/build.ninja ] || cmake --preset release
-cmake --build --preset release --target keltrun2_bench -j2
+cmake --build --preset release --target keltrun2_bench keltrun2_cli -j2
 mkdir -p "$data"
 for runners in 2000 6000 20000; do
   make_event "classes$runners.lxm" $((runners / 50)) 50
 done
-for runners in 125 250 500 1000 2000 4000 8000; do
+for runners in 125 250 400 500 1000 2000 4000 8000; do
   make_event "class$runners.lxm" 1 "$runners"
 done
 [ -s "$data/list.csv" ] || python3 bench/make_texts.py "$data/classes2000.lxm" "$data"

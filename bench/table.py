@@ -9,6 +9,8 @@ of the rounds' ratios.
 """
 import json
 import math
+import os
+import pathlib
 import statistics
 import subprocess
 import sys
@@ -20,6 +22,8 @@ LOADS = [2000, 6000, 20000]
 CLASSES = [125, 250, 500, 1000, 2000, 4000, 8000]
 TEXTS = [('SPORTident text', 'SportIdent'), ('OEvent text', 'OEvent'),
          ('result list with header row', 'ResultList')]
+VIEWERS = [(400, 1000), (2000, 3000)]  # runners of a class, goal in ms
+CLASS_NAME = 'M10A'
 # Growth between sizes that fit the processor's caches and sizes that do not; a square law would give 10 and 34.
 GROWTH_LIMIT = 2.0
 
@@ -34,6 +38,15 @@ def measure(program, memory, pattern):
     if not runs:
         sys.exit('%s gave nothing: %s' % (' '.join(command), done.stderr))
     return {'/'.join(r['name'].split('/')[:2]): r for r in runs}
+
+
+def measure_viewer(program, runners):
+    """Milliseconds per view of the viewer page; nothing without a browser."""
+    folder = pathlib.Path(program).parent
+    event = pathlib.Path(os.environ['KELTRUN2_BENCH_DATA']) / ('class%d.lxm' % runners)
+    command = [sys.executable, str(pathlib.Path(__file__).with_name('viewer_bench.py')),
+               str(folder / 'keltrun2'), str(event), CLASS_NAME]
+    return json.loads(subprocess.run(command, check=True, capture_output=True, text=True).stdout or '{}')
 
 
 class Figures:
@@ -51,9 +64,13 @@ class Figures:
                                     (DEFAULT, '^Map/299/'), (DEFAULT, '^Map/2000/'),
                                     (DEFAULT, '^MapSteps/299/'), (DEFAULT, '^MapSteps/2000/'),
                                     (KEPT, '^Chart(Records|Png)/'), (DEFAULT, '^ManyCharts/'),
-                                    (DEFAULT, '^SiteWithCharts/'), (DEFAULT, '^SiteSteps/')):
+                                    (DEFAULT, '^SiteWithCharts/'), (DEFAULT, '^SiteSteps/'),
+                                    (DEFAULT, '^PrintList/'), (DEFAULT, '^PrintAnalysis/')):
                 for name, values in measure(program, memory, pattern).items():
                     one[memory, name] = values
+            for runners, goal in VIEWERS:
+                for view, opened in measure_viewer(program, runners).items():
+                    one[DEFAULT, 'Viewer/%d/%s' % (runners, view)] = {WALL: opened}
             self.rounds.append(one)
 
     def median(self, memory, name, field):
@@ -128,6 +145,17 @@ def rows(f):
     for step in 'analysis', 'pages', 'drawing', 'encoding':
         percent = '%.1f %%' % f.median(DEFAULT, 'SiteSteps/2000', step)
         yield 'its share: ' + step, DEFAULT, percent, '', '', True
+    yield row('2,000 runners as printed list', DEFAULT, time(DEFAULT, 'PrintList/2000', 0.001), 1, '%.2f s')
+    yield row('its PDF', DEFAULT, lambda clock: f.median(DEFAULT, 'PrintList/2000', 'megabytes'), 1, '%.2f MB')
+    yield 'printed analysis of 2,000 runners', DEFAULT, '%.2f s' % (
+        f.median(DEFAULT, 'PrintAnalysis/2000', WALL) / 1000), '', '', True
+    for runners, goal in VIEWERS:
+        for view in 'table', 'chart':
+            name = 'Viewer/%d/%s' % (runners, view)
+            if (DEFAULT, name) in f.rounds[0]:
+                opened = f.median(DEFAULT, name, WALL)
+                yield ('viewer of %s runners opened in a browser, %s' % (format(runners, ','), view), '',
+                       '%.0f ms' % opened, '', 'at most %d ms' % goal, opened <= goal)
 
 
 def main():
