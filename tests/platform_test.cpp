@@ -63,6 +63,10 @@ TEST(Encodings, Characters) {
   }
   EXPECT_EQ(Encoded("é山😀", Charset::kShiftJis, MissingCharacter::kCharacterReference),
             "&#233;\x8E\x52&#128512;");
+  // A page can show what a plain text only gets a look-alike for.
+  EXPECT_EQ(Encoded("¥‾", Charset::kShiftJis, MissingCharacter::kCharacterReference),
+            "&#165;&#8254;");
+  EXPECT_EQ(Encoded("¥‾", Charset::kShiftJis), "\\~");
   EXPECT_EQ(Decode("\xE9\x80\x96", Charset::kWindows1252).Text, "é€–");
   EXPECT_EQ(Decode("\x81\x60\x81 b\x81", Charset::kShiftJis).Text, "～\uFFFD b\uFFFD");
   EXPECT_EQ(ThroughShiftJis("a〜é😀"), "a〜??");

@@ -129,8 +129,8 @@ std::string WithCharacterReferences(std::string_view html) {
 
 std::string AnalysisText(const clsKeltrun2& root, const Options& options,
                          const std::shared_ptr<clsAnalyzer>& analyzer) {
-  const auto html = root.HtmlControl();
-  const auto text = root.TextControl();
+  const auto& html = root.HtmlControl();
+  const auto& text = root.TextControl();
   if (options.form == "mail") return text->OutputTextMail(analyzer);
   if (options.form == "macro-csv") return text->OutputCsvQuillonMacro(analyzer);
   if (options.form == "splitsbrowser") return text->OutputCsvSplitsBrowser(analyzer);

@@ -121,6 +121,13 @@ void AppendInvalid(Decoded& decoded) {
   AppendUtf8(decoded.Text, kReplacementCharacter);
 }
 
+// The length of the ASCII characters that the bytes begin with.
+std::size_t AsciiRun(std::string_view bytes) {
+  const auto is_wide = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+  return static_cast<std::size_t>(std::find_if(bytes.begin(), bytes.end(), is_wide) -
+                                  bytes.begin());
+}
+
 // The length of the characters beyond ASCII that the bytes begin with.
 std::size_t WideRun(std::string_view bytes) {
   std::size_t length = 0;
@@ -143,10 +150,9 @@ Decoded DecodeShiftJis(std::string_view bytes) {
   while (!bytes.empty()) {
     std::size_t run_length = bytes.size();
     if (decoded.FirstInvalid == std::string::npos) {
-      const auto is_wide = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
-      const auto ascii_end = std::find_if(bytes.begin(), bytes.end(), is_wide);
-      decoded.Text.append(bytes.begin(), ascii_end);
-      bytes.remove_prefix(static_cast<std::size_t>(ascii_end - bytes.begin()));
+      const std::size_t ascii_end = AsciiRun(bytes);
+      decoded.Text.append(bytes.substr(0, ascii_end));
+      bytes.remove_prefix(ascii_end);
       if (bytes.empty()) break;
       run_length = WideRun(bytes);
     }
@@ -231,11 +237,10 @@ void AppendEncoded(std::string& out, std::string_view text, Charset charset,
   }
   ShiftJisTable& table = Table();
   for (std::size_t pos = 0; pos < text.size();) {
-    const auto byte = static_cast<unsigned char>(text[pos]);
-    if (byte < 0x80) {
-      out.push_back(text[pos++]);
-      continue;
-    }
+    const std::size_t ascii = AsciiRun(text.substr(pos));
+    out.append(text, pos, ascii);
+    pos += ascii;
+    if (pos == text.size()) break;
     const char32_t c = NextCodePoint(text, pos);
     const std::uint16_t code = charset == Charset::kShiftJis ? table.Code(c) : Windows1252Code(c);
     AppendCode(out, c, code, missing);
