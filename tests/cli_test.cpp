@@ -183,6 +183,10 @@ TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
                {"results --as json", "{", 13, 4},
                {"results --as json --class M20E", "{", 1, 0},
                {"results --as json --course 3", "{", 1, 1}};
+  EXPECT_EQ(CountOf("* ", Output("results --as text " + kHoshinomori)), 9);
+  const string page = Output("results --as html " + kHoshinomori);  // all classes on one page
+  EXPECT_EQ(CountOf("</table>", page), 9);
+  EXPECT_EQ(CountOf("<body", page) + CountOf("</html>", page), 2);
   for (const auto& test : cases) {
     const string json = Output(test.arguments + " " + kHoshinomori);
     EXPECT_TRUE(json.starts_with(test.start)) << test.arguments;

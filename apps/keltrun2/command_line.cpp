@@ -66,9 +66,10 @@ constexpr char kAnalyzeFooter[] =
     "  keltrun2 analyze event.lxm --course 3 --as json | jq .set\n"
     "  keltrun2 analyze event.lxm --all --as json -o analysis.json --force";
 constexpr char kResultsFooter[] =
-    "HTML is the page of one class or course. JSON holds the class or course that is named,\n"
-    "otherwise every class and every course that classes share.\n"
+    "HTML and text hold the class, course or segment that is named, otherwise the lists of all\n"
+    "classes; JSON then holds every course that classes share, too.\n"
     "Examples:\n"
+    "  keltrun2 results event.lxm --as text\n"
     "  keltrun2 results event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 results event.lxm --as json | jq .";
 

@@ -143,10 +143,30 @@ std::string AnalysisText(const clsKeltrun2& root, const Options& options,
   return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);
 }
 
-std::string ResultsText(const clsKeltrun2& root, const Options& options,
-                        const std::shared_ptr<clsResultsHolder>& results) {
-  if (options.form == "text") return root.TextControl()->OutputTextResult(results);
-  return root.HtmlControl()->OutputResult(results, "", options.style_address, kPageEncoding);
+// What a page shows.
+std::string_view BodyOf(std::string_view page) {
+  constexpr std::string_view kBegin = "<body>";
+  const std::size_t begin = page.find(kBegin);
+  if (begin == std::string_view::npos) return "";
+  page.remove_prefix(begin + kBegin.size());
+  return page.substr(0, page.rfind("</body>"));
+}
+
+// Several lists follow each other, on one page too.
+std::string ResultsText(const clsKeltrun2& root, const Options& options) {
+  std::string text;
+  for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
+    const auto results = ResultList(root, choice);
+    if (options.form == "text") {
+      text += root.TextControl()->OutputTextResult(results);
+    } else {
+      std::string above(BodyOf(text));
+      if (!above.empty()) above += "<br>\r\n";
+      text = root.HtmlControl()->OutputResult(results, above, options.style_address, kPageEncoding);
+    }
+  }
+  if (text.empty()) throw CommandError("the event has no classes");
+  return text;
 }
 
 // The ending of the name is the format.
@@ -211,8 +231,7 @@ void WriteResults(clsKeltrun2& root, const Options& options) {
   CheckOutput(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
-  std::string text = json ? ResultListsJson(root, options)
-                          : ResultsText(root, options, ResultList(root, OneSet(root, options)));
+  std::string text = json ? ResultListsJson(root, options) : ResultsText(root, options);
   AddNewLine(text, json ? "\n" : "\r\n");
   WriteOutput(options.output, text);
 }

@@ -84,6 +84,14 @@ std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& option
   return sets;
 }
 
+std::vector<ChosenSet> NamedSetOrClasses(const clsKeltrun2& root, const Options& options) {
+  auto sets = ChosenSets(root, options);
+  if (!NamesOneSet(options)) {
+    std::erase_if(sets, [](const ChosenSet& set) { return set.kind != DataSetKind::kClass; });
+  }
+  return sets;
+}
+
 ChosenSet OneSet(const clsKeltrun2& root, const Options& options) {
   const auto sets = ChosenSets(root, options);
   if (sets.empty()) throw CommandError("the event has no classes");

@@ -24,6 +24,9 @@ bool NamesOneSet(const Options& options);
 /// Throws CommandError with the names there are for an unknown one.
 std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& options);
 
+/// The set that the user named, otherwise all classes: a runner stands in one list only.
+std::vector<ChosenSet> NamedSetOrClasses(const clsKeltrun2& root, const Options& options);
+
 /// The one set of a page. Throws CommandError when the user named none and there are several.
 ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 

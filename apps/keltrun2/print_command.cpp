@@ -75,15 +75,6 @@ void PrintOne(clsKeltrun2& root, const PrintOptions& print, const ChosenSet& cho
   }
 }
 
-// Classes when the user named no set: a runner stands in one list only.
-std::vector<ChosenSet> SetsToPrint(const clsKeltrun2& root, const Options& options) {
-  auto sets = ChosenSets(root, options);
-  if (!NamesOneSet(options)) {
-    std::erase_if(sets, [](const ChosenSet& set) { return set.kind != DataSetKind::kClass; });
-  }
-  return sets;
-}
-
 }  // namespace
 
 void PrintPages(clsKeltrun2& root, const Options& options) {
@@ -98,7 +89,8 @@ void PrintPages(clsKeltrun2& root, const Options& options) {
   WarnWithoutJapaneseFont();
   const auto book = std::make_shared<clsPrintBook>();
   SetUpPages(*book, options);
-  for (const ChosenSet& choice : SetsToPrint(root, options)) PrintOne(root, print, choice, book);
+  for (const ChosenSet& choice : NamedSetOrClasses(root, options))
+    PrintOne(root, print, choice, book);
   if (book->PageCount() == 0) throw CommandError("there is nothing to print");
   book->Execute();
   if (!print.printer.empty()) return;

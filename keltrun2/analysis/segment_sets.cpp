@@ -263,12 +263,13 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
   for (const Place& place : run.places) {
     const std::int32_t course = model.Courses()[place.course]->CourseIndex();
     const std::string position = std::to_string(place.position);
+    const std::string behind_name = ";" + position;
     segment->TargetCourseTable.push_back(std::to_string(course) + "\t" + position);
     const auto found = classes.find(course);
     if (found == classes.end()) continue;
     for (const std::string& name : found->second) {
       if (!listed.insert(name).second) continue;  // a class keeps its first entry
-      segment->TargetClassList.push_back(name + ";" + position);
+      segment->TargetClassList.push_back(name + behind_name);
     }
   }
   return segment;
@@ -289,6 +290,7 @@ std::vector<std::shared_ptr<SegmentSet>> FindSegmentSets(const EventModel& model
     classes[klass->CourseNum].push_back(klass->ClassName());
   }
   std::vector<std::shared_ptr<SegmentSet>> segments;
+  segments.reserve(runs.size());
   for (const Run& run : runs) segments.push_back(MakeSegment(run, model, classes));
   return segments;
 }

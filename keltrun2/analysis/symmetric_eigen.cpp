@@ -27,7 +27,7 @@ Eigenpair MakePair(double value, const VectorXd& vector) {
 // Makes a symmetric matrix diagonal by rotations in two axes at a time, and collects them.
 class JacobiSolver {
  public:
-  explicit JacobiSolver(Eigen::Ref<MatrixXd> matrix)
+  explicit JacobiSolver(const Eigen::Map<MatrixXd>& matrix)
       : matrix_(matrix),
         vectors_(MatrixXd::Identity(matrix.rows(), matrix.rows())),
         threshold_(std::max(kThreshold * matrix.cwiseAbs().rowwise().sum().maxCoeff(),
@@ -98,7 +98,7 @@ class JacobiSolver {
     matrix_.row(q) = matrix_.col(q).transpose();
   }
 
-  Eigen::Ref<MatrixXd> matrix_;  // both halves are kept up to date: columns are quick to rotate
+  Eigen::Map<MatrixXd> matrix_;  // both halves are kept up to date: columns are quick to rotate
   MatrixXd vectors_;
   double threshold_;
 };

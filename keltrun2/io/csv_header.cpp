@@ -210,8 +210,8 @@ std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line) const {
   while (cells.Next() && cells.Position() < kMostTitles) {
     std::string folded = Fold(cells.Cell());
     if (const Title* title = FindTitle(folded)) {
-      header.Titles.push_back(
-          {title->column, 0, title->normal.empty() ? std::move(folded) : title->normal});
+      if (!title->normal.empty()) folded = title->normal;
+      header.Titles.push_back({title->column, 0, std::move(folded)});
     } else if (const auto leg = ReadLeg(folded)) {
       header.Controls = std::max({header.Controls, leg->from, leg->to});
       header.Titles.push_back({CsvColumn::kLeg, leg->to, ""});
@@ -226,8 +226,11 @@ std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line) const {
 std::string NormalizeCsvHeader(std::string_view line) {
   const std::optional<CsvHeader> header = CsvHeaderReader().Read(line);
   if (!header) return std::string(line);
+  const bool adds_class = !header->Has(CsvColumn::kClass);
+  // The name could be moved out of the columns that are read.
+  if (adds_class && header->Titles.size() == kMostTitles) return std::string(line);
   std::string out;
-  if (!header->Has(CsvColumn::kClass)) out = ResourceText("RES_META_CSV_CLASS") + ",";
+  if (adds_class) out = ResourceText("RES_META_CSV_CLASS") + ",";
   for (std::size_t i = 0; i < header->Titles.size(); ++i) {
     if (i > 0) out += ',';
     out += header->Titles[i].Text;

@@ -66,6 +66,7 @@ constexpr std::array<ClassRule, 4> kClassRules = {{
 template <typename Rules>
 std::vector<std::string> LabelsOf(const Rules& rules) {
   std::vector<std::string> labels;
+  labels.reserve(rules.size());
   for (const auto& rule : rules) labels.push_back(ResourceText(rule.label_key));
   return labels;
 }

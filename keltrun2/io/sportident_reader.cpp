@@ -576,7 +576,7 @@ class SportIdentReader {
   }
 
   std::string ReadResultCell(std::string_view cell, const clsLapData& runner) {
-    const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
+    std::string text = NormalizeTimeText(cell, Digits::kElapsed);
     if (NormalizedTime(text)) return text;
     if (text == kDnf.word) return std::string(kDnf.result);
     if (text == kMispunch.word) return MispunchResult(runner);

@@ -13,7 +13,7 @@ namespace {
 constexpr int kBarColumns = 40;
 
 // A bar on one line of the terminal, wiped when the work is done.
-class TerminalProgress : public frmProgressBar {
+class TerminalProgress final : public frmProgressBar {
  public:
   explicit TerminalProgress(std::string_view caption) : caption_(caption) { SetPercent(0); }
   ~TerminalProgress() override { std::fputs("\r\033[K", stderr); }
