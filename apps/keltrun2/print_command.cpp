@@ -89,8 +89,9 @@ void PrintPages(clsKeltrun2& root, const Options& options) {
   WarnWithoutJapaneseFont();
   const auto book = std::make_shared<clsPrintBook>();
   SetUpPages(*book, options);
-  for (const ChosenSet& choice : NamedSetOrClasses(root, options))
+  for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
     PrintOne(root, print, choice, book);
+  }
   if (book->PageCount() == 0) throw CommandError("there is nothing to print");
   book->Execute();
   if (!print.printer.empty()) return;
