@@ -11,6 +11,7 @@ import pathlib
 import subprocess
 import sys
 import tempfile
+import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / 'tests' / 'browser'))
 from browser import Page, find_browser  # noqa: E402
@@ -29,6 +30,7 @@ def main():
     with tempfile.TemporaryDirectory() as site, Page() as page:
         subprocess.run([program, 'site', event, site, '--viewer', '--no-legs', '--quiet'], check=True)
         page.call('Page.addScriptToEvaluateOnNewDocument', source=OBSERVER)
+        time.sleep(2)  # the browser's own start is over
         measured = {}
         for view, chosen in (('table', ''), ('chart', '&chart=normal')):
             page.open('file://%s/viewer.html#class=%s%s' % (site, class_name, chosen), 'window.openedAfter')

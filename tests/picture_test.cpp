@@ -139,7 +139,8 @@ TEST(Picture, NoCallUpsetsIt) {
     EXPECT_EQ(picture.Encode(), blank);
     for (const float huge : {1e30F, -1e30F, 3e9F}) draw(huge);
     picture.Clear();
-    picture.DrawText(std::string(1 << 20, 'x') + "\xFF\xE5\x01", 0, 0, Style(10));
+    picture.DrawText(std::string(1 << 20, 'x') + "\xFF\xE5\x01\uFDD0\uFFFE\U0001FFFE", 0, 0,
+                     Style(10));
     EXPECT_NE(picture.Encode(), blank);
   }
   SetClock({});

@@ -179,7 +179,7 @@ function appendRows(app, most) {
 
 function appendRowsWhenIdle(app, waiting) {
   whenIdle(() => {
-    const shown = app.set.runners.length - waiting.runners.length;
+    const shown = waiting.count - waiting.runners.length;
     if (waiting !== waitingRows || waiting.runners.length === 0 || shown >= ROWS_WHEN_IDLE) return;
     appendRows(app, ROWS_AT_ONCE);
     appendRowsWhenIdle(app, waiting);
@@ -200,7 +200,7 @@ function appendAllRows(app) {
 function renderTable(app) {
   const runners = sortedRunners(app);
   const focused = document.activeElement.dataset.sort;
-  waitingRows = {runners, base: baseline(app.set, referenceRunner(app))};
+  waitingRows = {runners, count: runners.length, base: baseline(app.set, referenceRunner(app))};
   byId('splits').replaceChildren(tableColumns(app), tableHead(app), ...(runners.length ? [] : [emptyBody(app)]));
   byId('splits').style.setProperty('--legs', app.set.legs);
   markSorted(app);

@@ -125,6 +125,8 @@ void SetEmbolden(FcPattern* pattern, bool embolden) {
 }  // namespace
 
 bool IsInvisible(char32_t c) {
+  // Noncharacters (the last two of each plane and U+FDD0 to U+FDEF) would stop cairo altogether.
+  if ((c & 0xFFFE) == 0xFFFE || (c >= 0xFDD0 && c <= 0xFDEF)) return true;
   return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0xAD || (c >= 0x200B && c <= 0x200F) ||
          (c >= 0x2028 && c <= 0x202E) || (c >= 0x2060 && c <= 0x206F) ||
          (c >= 0xFE00 && c <= 0xFE0F) || c == 0xFEFF || (c >= 0xE0000 && c <= 0xE0FFF);

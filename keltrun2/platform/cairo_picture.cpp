@@ -73,7 +73,9 @@ class PngCanvas final : public Canvas {
   }
 
   void Start(Size size, Color back_color) override {
-    if (size.Width != size_.Width || size.Height != size_.Height) Open(size);
+    // A context that failed once draws nothing any more. There is one whenever the size is not 0.
+    const bool same_size = size.Width == size_.Width && size.Height == size_.Height;
+    if (!same_size || cairo_status(context_) != CAIRO_STATUS_SUCCESS) Open(size);
     const std::uint32_t rgb = static_cast<std::uint32_t>(Red(back_color) << 16 |
                                                          Green(back_color) << 8 | Blue(back_color));
     drawing_.ResetClip();
@@ -85,6 +87,9 @@ class PngCanvas final : public Canvas {
   DrawingSurface& Drawing() override { return drawing_; }
 
   std::string Encode() override {
+    if (context_ == nullptr) {  // no memory when it was opened
+      throw AutomationError(KR_ERROR_INVALID_CALL, "cannot draw the picture: no memory");
+    }
     drawing_.Flush();
     if (const cairo_status_t status = cairo_status(context_)) {
       throw AutomationError(KR_ERROR_INVALID_CALL, std::string("cannot draw the picture: ") +
@@ -160,9 +165,14 @@ class PdfCanvas final : public Canvas {
   }
   DrawingSurface& Drawing() override { return *drawing_; }
   std::string Encode() override {
-    std::string bytes = document_.Finish();
-    Start(size_, back_color_);
-    return bytes;
+    try {
+      std::string bytes = document_.Finish();
+      Start(size_, back_color_);
+      return bytes;
+    } catch (const AutomationError&) {
+      Start(size_, back_color_);  // the next picture needs a document, too
+      throw;
+    }
   }
 
  private:

@@ -130,11 +130,12 @@ bool WriteFile(const std::string& name, std::string_view bytes, std::string& err
   const mode_t mode = exists ? info.st_mode & 07777 : 0666;
   unlink(temporary.c_str());  // left over from a process of the same number that was killed
   Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-  if (file.get() < 0 || (exists && fchmod(file.get(), mode) != 0)) {  // past the umask
+  if (file.get() < 0) {
     error = SystemError("cannot write", name);
     return false;
   }
-  if (!WriteAll(file.get(), bytes) || !file.Close() ||
+  const bool has_mode = !exists || fchmod(file.get(), mode) == 0;  // past the umask
+  if (!has_mode || !WriteAll(file.get(), bytes) || !file.Close() ||
       rename(temporary.c_str(), target.c_str()) != 0) {
     error = SystemError("cannot write", name);
     unlink(temporary.c_str());

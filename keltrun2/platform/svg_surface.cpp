@@ -66,7 +66,7 @@ void AppendEscaped(std::string& out, std::string_view text) {
         out += "&quot;";
         break;
       default:
-        if (!IsInvisible(c) && c != 0xFFFE && c != 0xFFFF) AppendUtf8(out, c);
+        if (!IsInvisible(c)) AppendUtf8(out, c);
     }
   }
 }
