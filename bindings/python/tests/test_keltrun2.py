@@ -14,25 +14,24 @@ from conftest import PROJECT
 
 
 def test_loads_merges_and_saves(root, event, tmp_path):
-    count = sum(root.ClassData(i).LapCount for i in range(1, root.ClassCount + 1))
+    def count():
+        return sum(root.ClassData(i).LapCount for i in range(1, root.ClassCount + 1))
+
+    before = count()
     mode = kr.KR_LOADMODE_MERGE_NAME | kr.KR_LOADMODE_NOTADD_NEWDATA
     assert root.FileControl.LoadLapFile(event, LoadMode=mode)
-    assert count == sum(root.ClassData(i).LapCount for i in range(1, root.ClassCount + 1))
+    assert count() == before
     saved = tmp_path / "event.lap"
     assert root.FileControl.SaveLapFile(str(saved))
     assert saved.read_bytes().startswith(b"$LAPFILE")
 
 
-def test_a_bad_file_answers_false_and_says_why(root, tmp_path):
+def test_what_a_load_says(root, tmp_path):
     (tmp_path / "bad.lxm").write_text("<keltrun><class")
     assert not root.FileControl.LoadLapFile(str(tmp_path / "bad.lxm"))
-    assert "bad.lxm" in root.ErrorComment or "line" in root.ErrorComment
-
-
-def test_remarks_of_a_load(root):
-    text = "$IMPORT_ONLY\nname,class\n,M21A\n"
-    mode = kr.KR_LOADMODE_MERGE_NAME
-    root.FileControl.LoadLapFile("x.txt", kr.KR_FILETYPE_IMPORT_ONLY, mode, text)
+    assert "bad.lxm" in root.ErrorComment
+    root.FileControl.LoadLapFile("x.txt", kr.KR_FILETYPE_IMPORT_ONLY, kr.KR_LOADMODE_MERGE_NAME,
+                                 "$IMPORT_ONLY\nname,class\n,M21A\n")
     remark = root.FileControl.LoadRemarks[-1]
     assert (remark.Line, remark.Severity) == (3, kr.RemarkSeverity.kWarning)
     assert "names no runner" in remark.Text
@@ -134,61 +133,30 @@ def test_prints_to_pdf(root, analyzer):
     assert picture.Encode() != white
 
 
-class Paper(kr.DrawingSurface):
-    """A sheet that notes its texts."""
-
-    def __init__(self):
-        super().__init__()
-        self.texts = []
-
-    def DrawText(self, text, x, y, style):
-        self.texts.append(text)
-
-    def TextWidth(self, text, style):
-        return style.Size * 0.5 * len(text)
-
-    def TextHeight(self, style):
-        return style.Size
-
-    def DrawLine(self, *args):
-        pass
-
-    DrawBox = DrawCircle = SetClip = ResetClip = DrawLine
+def host(base, calls, noted, **methods):
+    """An object of a class of the host's. It notes calls and first arguments; the rest are given."""
+    for name in noted.split():
+        methods[name] = lambda *args, name=name: calls.append((name, *args[:1]))
+    return type("Host", (base,), {name: staticmethod(call) for name, call in methods.items()})()
 
 
-class Press(kr.Printer):
-    """A printer of the host's on A4, without strips that it cannot print on."""
-
-    def __init__(self):
-        super().__init__()
-        self.sheets = []
-        self.ended = False
-
-    def DeviceName(self):
-        return "press"
-
-    def Metrics(self):
-        return kr.PaperMetrics(PaperWidth=210, PaperHeight=297)
-
-    def SetPaperSize(self, size):
-        self.paper = size
-
-    def SetOrientation(self, orientation):
-        pass
-
-    def NewSheet(self):
-        self.sheets.append(Paper())
-        return self.sheets[-1]
-
-    def Measure(self):
-        return Paper()
-
-    def EndDocument(self):
-        self.ended = True
+def surface(base, calls, noted="", **methods):
+    noted += " DrawLine DrawBox DrawCircle DrawText SetClip ResetClip"
+    return host(base, calls, noted, TextWidth=lambda text, style: style.Size * 0.5 * len(text),
+                TextHeight=lambda style: style.Size, **methods)
 
 
 def test_a_printer_of_the_host(root):
-    press = Press()
+    calls, sheets, texts = [], [], []
+
+    def new_sheet():
+        texts.append([])
+        sheets.append(surface(kr.DrawingSurface, texts[-1]))
+        return sheets[-1]
+
+    press = host(kr.Printer, calls, "SetPaperSize SetOrientation EndDocument", NewSheet=new_sheet,
+                 Measure=lambda: surface(kr.DrawingSurface, []), DeviceName=lambda: "press",
+                 Metrics=lambda: kr.PaperMetrics(PaperWidth=210, PaperHeight=297))
     kr.InstallPrinter(press)
     assert kr.FindPrinter("press") is press and "press" in kr.PrinterNames()
     results = root.NewResultsHolder
@@ -199,94 +167,47 @@ def test_a_printer_of_the_host(root):
     root.GraphicControl.PrintResult(results, book, PrintID=True)
     book.Execute()
     kr.RemovePrinter("press")
-    assert press.paper == kr.KR_PAPER_A5 and press.ended
-    assert len(press.sheets) == book.PageCount
-    assert any(results.Item(1).RunnerName in text for text in press.sheets[0].texts)
-
-
-class Grid(kr.clsGridObject):
-    def __init__(self):
-        super().__init__()
-        self.cells = {}
-
-    def SetTextMatrix(self, row, col, text):
-        self.cells[row, col] = text
-
-
-class Picture(kr.PictureBox):
-    """A picture that only counts."""
-
-    def __init__(self, calls):
-        super().__init__()
-        self.calls = calls
-
-    def ScaleWidth(self):
-        return 800
-
-    def ScaleHeight(self):
-        return 600
-
-    def Width(self):
-        return 800
-
-    def TextWidth(self, text, style):
-        return 6.0 * len(text)
-
-    def TextHeight(self, style):
-        return 12.0
-
-
-for _name in ("DrawLine DrawBox DrawCircle DrawText SetClip ResetClip SetScaleMode SetBackColor "
-              "Clear SetWidth").split():
-    setattr(Picture, _name, lambda self, *args, _name=_name: self.calls.append(_name))
+    assert ("SetPaperSize", kr.KR_PAPER_A5) in calls and calls[-1] == ("EndDocument",)
+    assert len(sheets) == book.PageCount
+    name = results.Item(1).RunnerName
+    assert any(call[0] == "DrawText" and name in call[1] for call in texts[0])
 
 
 def test_a_grid_of_the_host(root, analyzer):
-    grid = Grid()
+    cells = {}
+    grid = host(kr.clsGridObject, [], "",
+                SetTextMatrix=lambda row, col, text: cells.update({(row, col): text}))
     root.GraphicControl.DrawGrid(analyzer, grid)
-    assert grid.cells[2, 1] == analyzer.Item(1).Result
-    assert max(row for row, _ in grid.cells) == 4 * (analyzer.ControlCount + 1) + 14
+    assert cells[2, 1] == analyzer.Item(1).Result
+    assert max(row for row, _ in cells) == 4 * (analyzer.ControlCount + 1) + 14
 
 
 def test_a_picture_of_the_host_lives_as_long_as_the_chart(root, analyzer):
     calls = []
     chart = kr.clsChartObject()
-    chart.SetPictureObject(Picture(calls))
+    chart.SetPictureObject(surface(kr.PictureBox, calls, "SetScaleMode SetBackColor Clear SetWidth",
+                                   Width=lambda: 800, ScaleWidth=lambda: 800,
+                                   ScaleHeight=lambda: 600))
     gc.collect()
     root.GraphicControl.DrawChart(analyzer, chart, kr.KR_CHART_NORMAL, 1, 1, 0, 0)
     chart.DrawChart()
-    assert calls.count("DrawLine") > analyzer.Count and "DrawText" in calls
-
-
-class Windows(kr.HostWindows):
-    def __init__(self, percents):
-        super().__init__()
-        self.percents = percents
-        self.questions = []
-
-    def OpenProgress(self, caption):
-        class Bar(kr.frmProgressBar):
-            def SetPercent(bar, percent):
-                self.percents.append(percent)
-
-        return Bar()
-
-    def AskYesNo(self, text, title):
-        self.questions.append(text)
-        return True
+    names = [call[0] for call in calls]
+    assert names.count("DrawLine") > analyzer.Count and "DrawText" in names
 
 
 def test_windows_of_the_host(root, event, tmp_path):
-    percents = []
-    windows = Windows(percents)
-    kr.SetHostWindows(windows)
+    percents, questions = [], []
+    kr.SetHostWindows(host(
+        kr.HostWindows, questions, "",
+        OpenProgress=lambda caption: host(kr.frmProgressBar, percents, "SetPercent"),
+        AskYesNo=lambda text, title: not questions.append(text)))
     try:
         root.FileControl.ProgressVisible = True
         assert root.FileControl.LoadLapFile(event)
         assert root.FileControl.OutputHtml(str(tmp_path / "new"), "index.html")
     finally:
         kr.SetHostWindows(None)
-    assert percents and windows.questions
+    assert percents and questions
     assert (tmp_path / "new" / "index.html").exists()
 
 
@@ -319,8 +240,7 @@ def test_parts_outlive_their_owners(event):
             for rank in range(1, 7)]
     others = [analyzer.Item(i) for i in range(1, analyzer.Count + 1)]
     speed = next(runner for runner in others if runner not in best).CruiseSpeed
-    files, texts = root.FileControl, root.TextControl
-    first = analyzer.Item(1)
+    files, texts, first = root.FileControl, root.TextControl, analyzer.Item(1)
     del root
     gc.collect()
     assert analyzer.Count > 0 and lap.RunnerName and first.OtherData.RunnerName
