@@ -60,7 +60,8 @@ class KELTRUN2_API clsFileControl {
   /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
   /// IOF XML, everything else the native format. An existing file is replaced only by a complete
   /// new one. A failure leaves its reason in `clsKeltrun2::ErrorComment`; a success leaves there
-  /// what was there before.
+  /// what was there before. Of a ".lzh" archive that could not be written only the text tells: the
+  /// result is that of the lap file in the working folder.
   bool SaveLapFile(std::string_view FileName,
                    KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                    KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);

@@ -21,7 +21,7 @@ enum PictureFormatConst : std::int32_t {
 ///
 ///     auto picture = std::make_shared<CairoPicture>(1000, 700);
 ///     chart->SetPictureObject(picture);
-///     root->GraphicControl()->DrawChart(*analyzer, *chart, KR_CHART_NORMAL, 1, 1, 0, 0);
+///     root->GraphicControl()->DrawChart(analyzer, chart, KR_CHART_NORMAL, 1, 1, 0, 0);
 ///     chart->DrawChart();
 ///     picture->Save("chart.png");
 ///

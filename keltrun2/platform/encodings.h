@@ -20,7 +20,7 @@ enum class MissingCharacter : std::int32_t {
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
 /// The charset of a declaration (case ignored): "x-sjis", "shift_jis", "windows-31j", "cp932",
-/// "iso-8859-1" (read and written as Windows-1252), "windows-1252", "us-ascii", "utf-8".
+/// "iso-8859-1" (read and written as Windows-1252), "windows-1252", "utf-8".
 std::optional<Charset> CharsetFromName(std::string_view name);
 
 /// Appends `text` in the charset's bytes.

@@ -62,7 +62,7 @@ class clsPrintBookLine;
 ///
 ///     auto book = std::make_shared<clsPrintBook>();
 ///     book->Init("", KR_PAPER_A4, tpotPortrate, 15, 15, 15, 15, 1);
-///     root->GraphicControl()->PrintResult(*results, *book);
+///     root->GraphicControl()->PrintResult(results, book);
 ///     book->Execute();
 ///
 /// Sheet measures are mm. Virtual units are turned into mm by the zoom; font sizes are points at a
