@@ -11,9 +11,7 @@
 namespace keltrun::test {
 namespace {
 
-using std::string;
-
-string Join(std::initializer_list<float> numbers) {
+std::string Join(std::initializer_list<float> numbers) {
   std::ostringstream text;
   text.precision(5);
   for (const float number : numbers) text << number + 0.0f << ",";
@@ -29,10 +27,10 @@ Font FontOf(double size) {
 /// Writes down what is drawn, call by call. A UTF-16 unit is half as wide as its size.
 struct FakePicture : CairoPicture {
   using CairoPicture::CairoPicture;
-  string calls;
+  std::string calls;
 
   void Log(const char* what, std::initializer_list<float> at, Color color, float width) {
-    calls += string(what) + " " + Join(at) + (color ? " #" + std::to_string(color) : "") +
+    calls += std::string(what) + " " + Join(at) + (color ? " #" + std::to_string(color) : "") +
              (width > 0 ? " " + Join({width}) : "") + ";";
   }
   void DrawLine(float x1, float y1, float x2, float y2, Color color, float width) override {
@@ -45,7 +43,7 @@ struct FakePicture : CairoPicture {
     Log(fill ? "disc" : "circle", {x, y, r}, color, width);
   }
   void DrawText(std::string_view text, float x, float y, const TextStyle& style) override {
-    calls += string(text) + " " + Join({x, y, style.Size, style.HeightRatio}) +
+    calls += std::string(text) + " " + Join({x, y, style.Size, style.HeightRatio}) +
              (style.Turned ? " turned;" : ";");
   }
   float TextWidth(std::string_view text, const TextStyle& style) override {
@@ -75,12 +73,12 @@ struct Book {
     book->Init("fake", KR_PAPER_A4, tpotLandscape, margin, margin, margin, margin, zoom);
     RemovePrinter("fake");
   }
-  string Printed(std::int32_t first = 1, std::int32_t last = 0) const {
+  std::string Printed(std::int32_t first = 1, std::int32_t last = 0) const {
     printer->sheet.calls.clear();
     book->Execute(first, last);
     return printer->sheet.calls;
   }
-  string Area() const { return Join({book->ZoomRatio(), book->Width(), book->Height()}); }
+  std::string Area() const { return Join({book->ZoomRatio(), book->Width(), book->Height()}); }
 
   std::shared_ptr<FakePrinter> printer;
   std::shared_ptr<clsPrintBook> book = std::make_shared<clsPrintBook>();
@@ -128,7 +126,7 @@ TEST(PrintBook, PagesInCells) {
   }
   EXPECT_EQ(book.PageCount(), 5) << "a page without drawings is none";
   // Cells of 92.5 x 136, 97.5 and 141 apart; the area starts 5 and 4 inside the printable part.
-  const string first = "sheet;clip 5,4,92.5,136;fill 10,14,15,20";
+  const std::string first = "sheet;clip 5,4,92.5,136;fill 10,14,15,20";
   EXPECT_EQ(print.Printed(), first +
                                  ";clip 102.5,4,92.5,136;fill 107.5,14,15,20 #1;"
                                  "clip 5,145,92.5,136;fill 10,155,15,20 #2;"
@@ -171,7 +169,7 @@ TEST(PrintBook, Preview) {
     print.book->ShowPreview(picture, page);
     return picture->calls;
   };
-  const string paper = "mode 3;fill 10,10,230,330 #16777215;box 10,10,230,330 1;";
+  const std::string paper = "mode 3;fill 10,10,230,330 #16777215;box 10,10,230,330 1;";
   EXPECT_EQ(shown(0) + shown(4), paper + paper);
   EXPECT_EQ(shown(2), paper + "clip 128.73,28.73,92.54,292.54;box 130,30,10,10 #2 2.54;");
   EXPECT_EQ(shown(3), paper + "clip 28.73,28.73,92.54,292.54;box 30,30,10,10 #3 2.54;");
@@ -199,7 +197,7 @@ TEST(PrintBook, TextsInBoxes) {
     std::replace(text.begin(), text.end(), '/', '\n');
     std::replace(text.begin(), text.end(), '_', '\t');
     const Book print(100, 100);
-    const auto has = [&how = how](char flag) { return how.find(flag, 3) != string::npos; };
+    const auto has = [&how = how](char flag) { return how.find(flag, 3) != std::string::npos; };
     print.book->PrintText(text, FontOf(144 / 25.4), 20, 30, 10, 8,
                           PrintBookAlignConst(std::string_view("LCRE").find(how[0])),
                           PrintBookValignConst(std::string_view("TMBE").find(how[1])), has('t'),
@@ -209,17 +207,17 @@ TEST(PrintBook, TextsInBoxes) {
   const Book print(100, 100);
   print.book->PrintText("0123456789", Font(), 95, 0, 50, 8, PRINTBOOK_ALIGN_LEFT,
                         PRINTBOOK_VALIGN_TOP, false, 1, 0, true);
-  EXPECT_NE(print.Printed().find(";01… 95,0,"), string::npos)
+  EXPECT_NE(print.Printed().find(";01… 95,0,"), std::string::npos)
       << "cut where the virtual area ends: 5 mm hold three characters of 1.5875";
 }
 
 /// The records of a page: place, size, and what is drawn; of a text how and the font's size.
-string Records(const clsPrintBook& book, std::size_t page) {
-  string text;
+std::string Records(const clsPrintBook& book, std::size_t page) {
+  std::string text;
   for (const clsPrintBookLine& line : PrintBookInternal::Pages(book).at(page)) {
     const bool is_text = line.Kind == PrintKind::kText;
     text += Join({line.Left, line.Top, line.Width, line.Height}) + (line.Fill ? " fill" : " ");
-    if (is_text) text += string(1, "LCR"[line.Align]) + (line.AutoStringCut ? "c" : "");
+    if (is_text) text += std::string(1, "LCR"[line.Align]) + (line.AutoStringCut ? "c" : "");
     if (!line.Fill) text += Join({is_text ? float(line.TextFont->Size()) : line.DrawWidth});
     text += (is_text ? " " + line.Text : "") + ";";
   }
@@ -228,7 +226,7 @@ string Records(const clsPrintBook& book, std::size_t page) {
 
 TEST(ResultList, LinesBorderAndPages) {
   const auto root = NewRoot();
-  for (const string rank : {"1", "2"}) {
+  for (const std::string rank : {"1", "2"}) {
     const auto runner = AddRunner(*root->AddClass("M21"), "N", "0:1" + rank + ":00", {});
     runner->Rank = rank;
     runner->ClubName = "C";
@@ -260,7 +258,7 @@ TEST(ResultList, LinesBorderAndPages) {
   results->CutOffRank = 0;
   results->DataSetIsMix = true;
   print_list(1.5f, true, true, true);
-  const string mixed = Records(*print.book, 1);
+  const std::string mixed = Records(*print.book, 1);
   EXPECT_EQ(mixed.substr(0, mixed.find("0,22.5")),
             "0,0,163,13.5 8;0,0,6.52,13.5 fill;11.41,0,130.4,13.5 Lc18 M21;"
             "0,15,15,7.5 R11 1;15,15,20,7.5 Cc9 (M21);35,15,17,7.5 C11 (7);52,15,45,7.5 L11 N;"
@@ -275,7 +273,7 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   const auto root = NewRoot(Mode::kEnglishTexts);
   const auto analyzer = root->NewAnalyzer();
   for (int i = 10; i < 60; ++i) {
-    const string number = std::to_string(i);
+    const std::string number = std::to_string(i);
     AddRunner(*root->AddClass("M21"), "N" + number, "1:00:" + number, std::vector(20, 90. + i));
   }
   analyzer->AddClass("M21");
@@ -286,20 +284,20 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   for (const float width : {210.f, 297.f}) {
     const Book print(width, 507 - width);
     print.book->SetVirtualSize(77, 0);
-    const string area = print.Area();
+    const std::string area = print.Area();
     graphics.PrintAnalysis(analyzer, print.book, KR_PRINT_ANALYSIS_LAP);
     EXPECT_EQ(print.Area(), area);
     const auto& pages = PrintBookInternal::Pages(*print.book);
-    std::map<string, int> all;
+    std::map<std::string, int> all;
     for (std::size_t page = 0; page < pages.size(); ++page) {
-      std::map<string, int> texts;
+      std::map<std::string, int> texts;
       std::map<Color, int> colors;
       for (const clsPrintBookLine& line : pages[page]) {
         ++texts[line.Text], ++all[line.Text], ++colors[line.Color];
         EXPECT_LE(line.Left + line.Width, print.book->Width() + 0.01f) << line.Text;
         EXPECT_LE(line.Top + line.Height, print.book->Height() + 0.01f) << line.Text;
       }
-      const string number = std::to_string(page + 1) + " / " + std::to_string(pages.size());
+      const std::string number = std::to_string(page + 1) + " / " + std::to_string(pages.size());
       EXPECT_EQ(texts["M21"] + texts["S→1"] + texts["19→F"] + texts[number], 4) << number;
       // The reference and the best runner, his laps white on the dark shade, time and rank each.
       EXPECT_EQ(texts["Leg times (1-3)"] * 10000 + colors[0x101010] * 100 + colors[0xFFFFFF],
@@ -311,7 +309,7 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   graphics.PrintAnalysis(root->NewAnalyzer(), print.book);
   EXPECT_EQ(print.book->PageCount(), 0);
   graphics.PrintAnalysis(analyzer, print.book, KR_PRINT_ANALYSIS_MISS);
-  EXPECT_NE(Records(*print.book, 0).find("Leg times / Mistakes;"), string::npos);
+  EXPECT_NE(Records(*print.book, 0).find("Leg times / Mistakes;"), std::string::npos);
   EXPECT_THROW(graphics.PrintAnalysis(nullptr, print.book), AutomationError);
   EXPECT_THROW(graphics.PrintResult(nullptr, print.book), AutomationError);
 }
