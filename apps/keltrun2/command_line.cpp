@@ -170,11 +170,21 @@ CLI::Validator TwoNumbers(int least, int most, const std::string& wanted) {
       "");
 }
 
+void AddForce(CLI::App& app, Options& options) {
+  app.add_flag("--force", options.force, "replace the file when it is there already");
+}
+
+// What convert and merge save.
+void AddSaving(CLI::App& app, Options& options) {
+  AddForce(app, options);
+  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+}
+
 void AddOutput(CLI::App& app, Options& options) {
   app.add_option("-o,--output", options.output, "file to write; - is standard output")
       ->type_name("FILE")
       ->capture_default_str();
-  app.add_flag("--force", options.force, "replace the file when it is there already");
+  AddForce(app, options);
 }
 
 // Which data set.
@@ -220,8 +230,7 @@ void AddConvertOptions(CLI::App& app, Options& options) {
       ->type_name("")
       ->required()
       ->check(LapFileName());
-  app.add_flag("--force", options.force, "replace the file when it is there already");
-  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+  AddSaving(app, options);
 }
 
 void AddMergeOptions(CLI::App& app, Options& options) {
@@ -233,8 +242,7 @@ void AddMergeOptions(CLI::App& app, Options& options) {
       ->type_name("FILE")
       ->required()
       ->check(LapFileName());
-  app.add_flag("--force", options.force, "replace the file when it is there already");
-  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+  AddSaving(app, options);
   app.add_option("--match", options.match,
                  "how a runner of the import is recognised in his class: by name (without regard\n"
                  "to blanks, case and width), by id, or not at all: then everybody is added")
@@ -348,7 +356,7 @@ void AddChartOptions(CLI::App& app, Options& options) {
       ->type_name("FILE")
       ->required()
       ->check(FileNameEnding({"-", ".png", ".svg", ".pdf"}));
-  app.add_flag("--force", options.force, "replace the file when it is there already");
+  AddForce(app, options);
 }
 
 void AddPrintOptions(CLI::App& app, Options& options) {
@@ -387,7 +395,7 @@ void AddPrintOptions(CLI::App& app, Options& options) {
       ->type_name("FILE")
       ->check(FileNameEnding({"-", ".pdf"}))
       ->excludes(printer);
-  app.add_flag("--force", options.force, "replace the file when it is there already");
+  AddForce(app, options);
   app.parse_complete_callback([list, printer, &app, &options] {
     if (list->count() > 0) return;
     if (options.event.empty()) throw CLI::RequiredError("EVENT");

@@ -60,7 +60,7 @@ std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets) con
   page_sets.reserve(Sets.size());
   for (const ViewerSet& set : Sets) {
     CheckObject(set.Analyzer, "clsHtmlControl.OutputViewer");
-    page_sets.push_back({set.Analyzer.get(), set.Kind});
+    page_sets.push_back({set.Analyzer, set.Kind});
   }
   std::string page;
   AppendViewerPage(page, *CurrentModel(), page_sets);

@@ -128,7 +128,7 @@ class SiteExport {
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
   std::string MakeViewerPage();
-  std::vector<std::shared_ptr<clsAnalyzer>> ViewerAnalyzers(std::vector<ViewerPageSet>& sets);
+  std::vector<ViewerPageSet> ViewerSets();
   void MakeNavigation();
 
   void ExportEntry(const Entry& entry);
@@ -290,25 +290,21 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
 std::string SiteExport::MakeViewerPage() {
   if (options_.ViewerFile.empty()) return "";
   const std::string name = OutputNames::Safe(options_.ViewerFile);
-  std::vector<ViewerPageSet> sets;
-  const auto analyzers = ViewerAnalyzers(sets);
   page_.clear();
-  AppendViewerPage(page_, *model_, sets);
+  AppendViewerPage(page_, *model_, ViewerSets());
   if (!WritePage(name, Charset::kUtf8)) return "";
   return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
 }
 
 // Everything there is to look at: classes, courses and the segment sets that were made.
-std::vector<std::shared_ptr<clsAnalyzer>> SiteExport::ViewerAnalyzers(
-    std::vector<ViewerPageSet>& sets) {
-  std::vector<std::shared_ptr<clsAnalyzer>> analyzers;
+std::vector<ViewerPageSet> SiteExport::ViewerSets() {
+  std::vector<ViewerPageSet> sets;
   const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
     analyzer->Execute();
     if (analyzer->Count() == 0) return;
     analyzer->ExtraAnalyze();
     analyzer->Vesmer();
-    analyzers.push_back(analyzer);
-    sets.push_back({analyzer.get(), kind});
+    sets.push_back({analyzer, kind});
   };
   for (const ClassAndCourseChoice& choice : model_->Choices()) {
     Attempt("show", choice.ValueName, [&] {
@@ -321,7 +317,7 @@ std::vector<std::shared_ptr<clsAnalyzer>> SiteExport::ViewerAnalyzers(
     Attempt("show", segment->SegmentName,
             [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
   }
-  return analyzers;
+  return sets;
 }
 
 void SiteExport::MakeNavigation() {

@@ -10,8 +10,6 @@ namespace keltrun {
 namespace {
 
 constexpr double kLeastLineDistance = 4;  // units between two time lines
-constexpr int kLinesPerLabel = 10;
-
 constexpr int kMostDecades = 12;
 
 // Ten steps are 1, 2, 5, 10, 20, 30 minutes, 1, 2, 5, 10 hours; then 1 day and its multiples.

@@ -5,6 +5,9 @@
 
 namespace keltrun {
 
+/// One of so many time lines is labelled.
+inline constexpr int kLinesPerLabel = 10;
+
 /// Distance of the time lines in seconds: the least of a row of handy times at which the lines do
 /// not run together and every tenth of them, a whole number of minutes, has room for its label.
 /// Requires units_per_second > 0; label_room is in units.

@@ -118,7 +118,6 @@ class ChartBuilder {
   }
 
   void AddTimeGrid() {
-    constexpr std::int64_t kLinesPerLabel = 10;
     const bool is_clock = state_.mode == KR_CHART_REALTIME;
     const double step = TimeStep(x_.Scale, pen_.TextWidth("-00:00") + kLabelSpace);
     const auto first = static_cast<std::int64_t>(std::ceil(x_.ValueAt(0) / step));

@@ -11,8 +11,8 @@
 
 namespace keltrun {
 
-/// The chart modes of a comma-separated list of numbers, each once, in the order of the list.
-/// Entries that are no mode are skipped.
+/// The chart modes of a comma-separated list of numbers, in its order, repeated ones
+/// repeated. Entries that are no mode are skipped.
 std::vector<std::int32_t> ChartModes(std::string_view chart_option);
 
 /// Whether somebody of the data set has a start time, so that there is something to show in real

@@ -1,6 +1,7 @@
 // The modern viewer: one page that holds its data, its style and its scripts.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@
 namespace keltrun {
 
 struct ViewerPageSet {
-  const clsAnalyzer* Analyzer;
+  std::shared_ptr<const clsAnalyzer> Analyzer;
   DataSetKind Kind;
 };
 

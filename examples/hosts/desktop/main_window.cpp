@@ -184,7 +184,13 @@ bool MainWindow::Merge(const QString& file) {
 }
 
 bool MainWindow::Save(const QString& file, keltrun::KrLapFileTypeConst type) {
-  return AttemptFile([&](auto& files) { return files.SaveLapFile(file.toStdString(), type); });
+  return AttemptFile([&](auto& files) {
+    const std::string before = root_->ErrorComment();
+    const bool done = files.SaveLapFile(file.toStdString(), type);
+    // Of an archive that could not be written only the text tells.
+    if (done && root_->ErrorComment() != before) Warn(root_->ErrorComment());
+    return done;
+  });
 }
 
 bool MainWindow::ExportSite(const keltrun::SiteOptions& options) {
