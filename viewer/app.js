@@ -68,7 +68,7 @@ function markControls() {
 
 function fillHeading() {
   const {event, info, runners, general} = app.set;
-  byId('event').textContent = event.name || app.set.info.name;
+  byId('event').textContent = event.name || info.name;
   byId('about').textContent = [event.date, event.terrain].filter(Boolean).join(' · ');
   byId('language').textContent = text('otherLanguage');
   byId('language').lang = language === 'ja' ? 'en' : 'ja';

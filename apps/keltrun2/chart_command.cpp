@@ -69,9 +69,8 @@ void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOp
     }
   }
   // Highlighting takes nobody's name away.
-  constexpr std::int32_t kNamedUnasked = 20;
   const bool highlighted = !options.highlight.empty();
-  if (!options.names && (!highlighted || analyzer.Count() > kNamedUnasked)) return;
+  if (!options.names && (!highlighted || analyzer.Count() > kMostNamesUnasked)) return;
   for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {
     const ChartRunnerSetting set = chart.GetRunnerSetting(i);
     chart.SetRunnerSetting(i, set.ForeColor, set.DrawWidth, set.Flag | KR_CHART_FLAG_NAME);

@@ -7,8 +7,7 @@
 namespace keltrun::cli {
 
 /// Loads the event, from standard input for "-", and shows the remarks of the reader on standard
-/// error. Throws CommandError when it does not load, or
-/// loads with a text that needs attention.
+/// error. Throws CommandError when it does not load, or loads with a text that needs attention.
 void LoadEvent(clsKeltrun2& root, const Options& options);
 
 /// Merges the import file into the event that is loaded, as the options say; otherwise the same.

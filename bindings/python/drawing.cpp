@@ -82,6 +82,7 @@ void BindCharts(py::module_& module) {
        KR_VALUE(KR_CHART_RELATIVE_110), KR_VALUE(KR_CHART_RELATIVE_130),
        KR_VALUE(KR_CHART_CRUISE_MISSRATE), KR_VALUE(KR_CHART_CRUISE_HALFRATIO),
        KR_VALUE(KR_CHART_VESMER)});
+  module.attr("kMostNamesUnasked") = kMostNamesUnasked;
   Enumeration<ChartRunnerFlagConst>(
       module, "ChartRunnerFlagConst",
       {KR_VALUE(KR_CHART_FLAG_NAME), KR_VALUE(KR_CHART_FLAG_LEGEND), KR_VALUE(KR_CHART_FLAG_HIDE)});

@@ -168,6 +168,9 @@ void BindOutputs(py::module_& module) {
       .Method("OutputTextResult", &clsTextControl::OutputTextResult, arg("Results"))
       .Method("OutputCsvQuillonMacro", &clsTextControl::OutputCsvQuillonMacro, arg("Analyzer"))
       .Method("OutputCsvSplitsBrowser", &clsTextControl::OutputCsvSplitsBrowser, arg("Analyzer"));
+}
+
+void BindGraphics(py::module_& module) {
   Enumeration<KrPrintAnalysisModeConst>(
       module, "KrPrintAnalysisModeConst",
       {KR_VALUE(KR_PRINT_ANALYSIS_LAP), KR_VALUE(KR_PRINT_ANALYSIS_MISS)});
@@ -180,6 +183,9 @@ void BindOutputs(py::module_& module) {
       .Method("PrintAnalysis", &clsGraphicControl::PrintAnalysis, arg("AnalyzerObject"),
               arg("PrintBookObject"), arg("Mode") = KR_PRINT_ANALYSIS_LAP)
       .Method("DrawGrid", &clsGraphicControl::DrawGrid, arg("AnalyzerObject"), arg("GridObject"));
+}
+
+void BindSettings(py::module_& module) {
   Enumeration<KrConfigFolderConst>(
       module, "KrConfigFolderConst",
       {KR_VALUE(KR_CONFIG_FOLDER_SYSTEM), KR_VALUE(KR_CONFIG_FOLDER_DATA)});
@@ -248,6 +254,8 @@ void BindServices(py::module_& module) {
   BindSite(module);
   BindFileControl(module);
   BindOutputs(module);
+  BindGraphics(module);
+  BindSettings(module);
   BindRoot(module);
 }
 

@@ -17,6 +17,16 @@ class AnalyzerInternal {
   static std::int32_t LegCount(const clsAnalyzer& analyzer) {
     return std::clamp(analyzer.ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1) + 1;
   }
+
+  /// Codes of the controls at both ends of a leg (1 to the number of legs), 0 for none. The label
+  /// of the finish leg shows no code, and the course may have none there.
+  struct LegCodes {
+    std::int32_t From;
+    std::int32_t To;
+  };
+  static LegCodes CodesOfLeg(const clsCourseData& course, std::int32_t leg, std::int32_t legs) {
+    return {course.ControlNum(leg - 1), leg < legs ? course.ControlNum(leg) : 0};
+  }
 };
 
 }  // namespace keltrun

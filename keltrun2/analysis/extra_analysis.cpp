@@ -88,6 +88,7 @@ bool ExtraAnalysis::ShowsDifficulty(const clsAnalyzedRunnerData& runner, std::in
          Figures::Leg(runner, legs_).split_time > 0;
 }
 
+// The sums are of single precision, and so are the difficulties that follow from them.
 double ExtraAnalysis::LossVariance(std::int32_t leg) const {
   float sum = 0;
   float squares = 0;

@@ -85,7 +85,7 @@ void clsResultsHolder::SelectAll() {
 }
 
 std::string clsResultsHolder::SafeFileName(std::string_view name) const {
-  return LowerAscii(RemoveUnsafeKeepingExtension(LowerAscii(name)));
+  return RemoveUnsafeKeepingExtension(LowerAscii(name));
 }
 
 }  // namespace keltrun

@@ -16,6 +16,7 @@ namespace keltrun {
 namespace {
 
 constexpr std::size_t kShortestRun = 3;
+constexpr std::size_t kMostCodes = clsCourseData::kMostControls + 2;  // with start and finish
 
 using Codes = std::vector<std::int32_t>;
 
@@ -155,7 +156,9 @@ class RunFinder {
     }
     std::unordered_set<std::size_t> listed;
     const auto list = [&](const Place& place) {
-      if (listed.insert(place.course * 64 + place.position).second) run.places.push_back(place);
+      if (listed.insert(place.course * kMostCodes + place.position).second) {
+        run.places.push_back(place);
+      }
     };
     for (const auto& [place, later] : partners) {
       list(place);
@@ -281,7 +284,7 @@ std::vector<std::shared_ptr<SegmentSet>> FindSegmentSets(const EventModel& model
   std::vector<Group> groups = GroupCourses(model);
   if (groups.size() > kMostCodeLists) return {};
   std::vector<Run> runs = RunFinder(std::move(groups)).Find();
-  RemoveContained(runs);
+  RemoveContained(runs);  // either of two runs may lie inside the other
   std::reverse(runs.begin(), runs.end());
   RemoveContained(runs);
 

@@ -47,7 +47,10 @@ class KELTRUN2_API clsFileControl {
 
   /// Loads a lap file, or a lap file's text (UTF-8) given in FileData. With KR_LOADMODE_NORMAL the
   /// model is cleared first, also when the file then fails to load. The type is detected unless
-  /// given. Runners are sorted by result afterwards. ErrorComment is emptied at the start.
+  /// given. Of a ".lzh" archive the lap file in it is loaded; of several lap files the host windows
+  /// let the user choose one (`ChooseName`). Runners are sorted by result afterwards. ErrorComment
+  /// is emptied at the start; after a failure it says why, except for IOF XML, which is only
+  /// written: asking for that type gives false alone.
   bool LoadLapFile(std::string_view FileName,
                    KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                    KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,

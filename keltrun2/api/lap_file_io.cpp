@@ -268,8 +268,8 @@ bool WriteOrFail(std::string_view operation, const std::string& name, std::strin
   return WriteFile(name, bytes, error) || Fail(kSaveError, operation, error);
 }
 
-// The lap file goes into the working folder and from there into the archive. The result is that of
-// the lap file; an archive that cannot be written leaves an older one and an error text.
+// The lap file goes into the working folder and, from memory, into the archive. The result is that
+// of the lap file; an archive that cannot be written leaves an older one and an error text.
 bool SaveArchive(const std::string& archive_name, const SavedFile& file) {
   std::string error;
   const auto folder = WorkingFolder(error);

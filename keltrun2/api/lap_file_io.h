@@ -26,8 +26,8 @@ struct LoadRequest {
   std::string FileData;  // in place of the file when not empty; UTF-8
 };
 
-/// True when the file was loaded; else the error text says why. `remarks` takes what the reader
-/// noticed.
+/// True when the file was loaded; else the error text says why, or is empty for a type that is only
+/// written (IOF XML). `remarks` takes what the reader noticed.
 bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
                  const StartProgress& start_progress);
 

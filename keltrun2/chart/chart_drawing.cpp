@@ -11,8 +11,8 @@
 namespace keltrun {
 namespace {
 
-// Up to so many names are written unasked, and each of them somewhere.
-constexpr std::size_t kFewNames = 20;
+// Each of so few names is written somewhere.
+constexpr std::size_t kFewNames = kMostNamesUnasked;
 constexpr std::int32_t kWidestLine = 50;
 constexpr Color kColorBits = 0xFFFFFF;
 constexpr Color kBlack = 0;
@@ -58,7 +58,7 @@ void ChartDrawing::Draw() {
 void ChartDrawing::ReadLooks() {
   const auto is_set = [](const ChartRunnerSetting& setting) { return setting.Flag != 0; };
   const bool names_unasked = std::none_of(state_.settings.begin(), state_.settings.end(), is_set) &&
-                             state_.names.size() <= kFewNames + 1;
+                             state_.names.size() <= kMostNamesUnasked + 1;
   looks_.resize(state_.names.size());
   // The set may have been changed and its settings cleared since the build.
   const std::size_t known = std::min(looks_.size(), state_.settings.size());

@@ -32,9 +32,12 @@ enum ChartRunnerFlagConst : std::int32_t {
   KR_CHART_FLAG_HIDE = 4,    // draw nothing of him; the mouse does not find him either
 };
 
-/// How a runner is drawn. While nobody has a flag, the names of up to 20 runners are written. Names
-/// that would cover each other are moved a little; where that is not enough some are left out,
-/// those of runners with a colour or a width of their own last.
+/// While nobody has a flag, the names of so many runners at most are written.
+inline constexpr std::int32_t kMostNamesUnasked = 20;
+
+/// How a runner is drawn. While nobody has a flag, the names of few runners (kMostNamesUnasked) are
+/// written. Names that would cover each other are moved a little; where that is not enough some are
+/// left out, those of runners with a colour or a width of their own last.
 struct ChartRunnerSetting {
   Color ForeColor = 0;         // 0 is black
   std::int32_t DrawWidth = 0;  // in units of the chart; 0 is 1. A runner with a colour or a width
@@ -124,9 +127,8 @@ class KELTRUN2_API clsChartObject {
 };
 
 /// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to
-/// 10,000;
-/// for the map (mode 7) the one that gives both axes the same scale. 1 when there is nothing to go
-/// by.
+/// 10,000; for the map (mode 7) the one that gives both axes the same scale. 1 when there is
+/// nothing to go by.
 KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
                                    KrChartModeConst ChartMode);
 

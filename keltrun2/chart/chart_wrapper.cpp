@@ -4,18 +4,17 @@
 #include <utility>
 
 #include "keltrun2/config/settings.h"
+#include "keltrun2/platform/drawing_limits.h"
 
 namespace keltrun {
 namespace {
 
-constexpr double kPointsPerInch = 72;
 constexpr double kUnitsPerInch = 96;
-constexpr double kMillimetresPerInch = 25.4;
 
 float ToBook(float units) { return units / kChartUnitsPerBookUnit; }
 
 // Print books take font sizes in points at a zoom of 1, where their unit is a millimetre.
-double BookPoints(float units) { return ToBook(units) / kMillimetresPerInch * kPointsPerInch; }
+double BookPoints(float units) { return ToBook(units) / kMmPerInch * kPointsPerInch; }
 
 // Hosts measure texts too; what cannot be a size counts as none.
 float SaneSize(float size) { return std::isfinite(size) && size > 0 ? size : 0; }

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t kMostTitles = 1000;
 
+bool IsNumber(std::string_view text) { return !text.empty() && IsDigits(text); }
+
 // The titles of a column: resource texts and words that other programs use.
 struct TitleRule {
   CsvColumn column;
@@ -45,22 +47,15 @@ constexpr TitleRule kTitleRules[] = {
     {CsvColumn::kStartTime, "", {"RES_META_CSV_START"}, {}},
 };
 
-// 1 to 1,000, or 0 for any other text. Longer numbers in a header are years or card numbers.
+// 1 to 999, or 0 for any other text. Longer numbers in a header are years or card numbers.
 std::int32_t LegNumber(std::string_view text) {
-  constexpr std::int32_t kMostNumber = 999;
-  if (text.empty() || text.size() > 3) return 0;
-  if (text.find_first_not_of("0123456789") != std::string_view::npos) return 0;
-  return std::min(NumericLong(text), kMostNumber);
+  return text.size() <= 3 && IsNumber(text) ? NumericLong(text) : 0;
 }
 
 std::string_view FirstCharacter(std::string_view text) {
   std::size_t end = 0;
   NextCodePoint(text, end);
   return text.substr(0, end);
-}
-
-bool IsNumber(std::string_view text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 // The leg to the finish is the one behind the highest number. Its label and those of the others are

@@ -9,10 +9,6 @@ namespace {
 
 constexpr std::size_t kLinesLookedAt = 4;
 
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
-
 // The first lines of a text, at most those that are looked at. A separator at the very end is
 // followed by one more line, an empty one.
 std::vector<std::string_view> FirstLines(std::string_view text, std::string_view separator) {

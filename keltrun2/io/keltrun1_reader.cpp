@@ -7,6 +7,7 @@
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/csv_header.h"
+#include "keltrun2/io/limits.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/file_names.h"
@@ -17,7 +18,6 @@
 namespace keltrun {
 namespace {
 
-constexpr std::int32_t kMostClassControls = 49;
 constexpr std::string_view kNotAvailable = "n/a";
 constexpr std::string_view kLapFileMark = "$LAPFILE";
 
@@ -118,7 +118,7 @@ class Keltrun1Reader {
   std::optional<DateTime> LapOf(std::string_view cell) const;
   std::string_view ClassOf(const Line& line);
   ClassRecords* FindClass(std::string_view name, std::int32_t line);
-  bool Stop(std::int32_t line, std::string detail);
+  bool Stop(std::int32_t line, std::string_view detail);
   void CheckHeaderFound();
   void Note(std::int32_t line, std::size_t column, std::string_view subject, std::string_view cell,
             std::string_view consequence) {
@@ -157,8 +157,8 @@ class Keltrun1Reader {
   ReadResult result_;
 };
 
-bool Keltrun1Reader::Stop(std::int32_t line, std::string detail) {
-  result_.Error = ReadError{line, std::move(detail)};
+bool Keltrun1Reader::Stop(std::int32_t line, std::string_view detail) {
+  result_.Error = ReadError{line, std::string(detail)};
   return false;
 }
 
@@ -167,8 +167,8 @@ ClassRecords* Keltrun1Reader::FindClass(std::string_view name, std::int32_t line
   auto& classes = result_.Records.Classes;
   const auto [found, is_new] = class_positions_.try_emplace(name, classes.size());
   if (!is_new) return &classes[found->second];
-  if (classes.size() == kMostTextClasses) {
-    Stop(line, "more than 10,000 classes");
+  if (classes.size() == kMostClasses) {
+    Stop(line, kTooManyClasses);
     return nullptr;
   }
   classes.emplace_back().Name = name;
@@ -215,7 +215,6 @@ void Keltrun1Reader::ReadTitles(const Line& line) {
   has_legs_ = lap_file_ || header_->Controls > 0;
   if (!has_legs_ && header_->Legs > 0) {
     Note(line.number, 0, "column", "F", "no leg without numbered ones, not used");
-    has_legs_ = false;
   }
   for (std::size_t i = 0; i < header_->Titles.size(); ++i) {
     const CsvTitle& title = header_->Titles[i];
@@ -392,7 +391,7 @@ bool Keltrun1Reader::ReadRow(const Line& line) {
     Warn(line.number, 0, "line", line.text, "names no runner, skipped");
     return true;
   }
-  if (++runners_ > kMostTextRunners) return Stop(line.number, "more than 200,000 runners");
+  if (++runners_ > kMostRunners) return Stop(line.number, kTooManyRunners);
   ReadFields(line, *runner);
   ClassRecords* klass = FindClass(ClassOf(line), line.number);
   if (klass == nullptr) return false;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "keltrun2/config/settings.h"
+#include "keltrun2/io/limits.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/platform/encodings.h"
@@ -14,12 +15,6 @@
 
 namespace keltrun {
 namespace {
-
-constexpr std::int32_t kMostClassControls = 49;
-
-constexpr std::size_t kMostRunners = 200000;
-constexpr std::size_t kMostClasses = 10000;
-constexpr std::size_t kMostCourses = 10000;
 
 // One attribute of an element and where its (trimmed) value goes.
 template <typename Target>

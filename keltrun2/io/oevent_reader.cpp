@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "keltrun2/io/limits.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/model/time_values.h"
@@ -23,10 +24,6 @@ constexpr std::size_t kNameField = 1;
 constexpr std::size_t kResultField = 4;
 constexpr std::size_t kFirstSplit = 5;  // then every second one
 constexpr std::size_t kLastSplit = 23;
-
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
 
 std::string Without(std::string_view text, char unwanted) {
   std::string out(text);
@@ -82,8 +79,8 @@ class OEventReader {
     bool too_many = false;
   };
 
-  bool Fail(std::string detail) {
-    result_.Error = ReadError{line_.Number(), std::move(detail)};
+  bool Fail(std::string_view detail) {
+    result_.Error = ReadError{line_.Number(), std::string(detail)};
     return false;
   }
 
@@ -123,7 +120,7 @@ class OEventReader {
   }
 
   bool StartClass(std::string_view name) {
-    if (result_.Records.Classes.size() >= kMostTextClasses) return Fail("more than 10000 classes");
+    if (result_.Records.Classes.size() >= kMostClasses) return Fail(kTooManyClasses);
     result_.Records.Classes.emplace_back().Name = name;
     line_.Next();
     return true;
@@ -131,7 +128,7 @@ class OEventReader {
 
   bool ReadRunner(const Row& row) {
     if (result_.Records.Classes.empty()) return Fail("a runner stands before any class line");
-    if (runners_ >= kMostTextRunners) return Fail("more than 200000 runners");
+    if (runners_ >= kMostRunners) return Fail(kTooManyRunners);
     ++runners_;
     const auto runner = std::make_shared<clsLapData>();
     runner->Rank = Without(row.Field(kRankField), '.');

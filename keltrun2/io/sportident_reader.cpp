@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "keltrun2/io/limits.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
@@ -59,10 +60,6 @@ struct StatusWord {
 constexpr StatusWord kDnf = {"dnf", "DNF"};
 constexpr StatusWord kMispunch = {"mp", "MP"};
 constexpr StatusWord kDisqualified = {"disq", "DISQ"};
-
-bool Contains(std::string_view text, std::string_view part) {
-  return text.find(part) != std::string_view::npos;
-}
 
 // --- columns ---
 
@@ -238,8 +235,8 @@ class SportIdentReader {
   }
 
  private:
-  bool Fail(std::string detail) {
-    result_.Error = ReadError{line_.Number(), std::move(detail)};
+  bool Fail(std::string_view detail) {
+    result_.Error = ReadError{line_.Number(), std::string(detail)};
     return false;
   }
 
@@ -353,7 +350,7 @@ class SportIdentReader {
       PassOver(class_line, has_figures);
       return true;
     }
-    if (result_.Records.Classes.size() >= kMostTextClasses) return Fail("more than 10000 classes");
+    if (result_.Records.Classes.size() >= kMostClasses) return Fail(kTooManyClasses);
     if (!layout.has_finish) {
       Remark(RemarkSeverity::kNote, class_line.Number(), 1, "class", class_line.Line(),
              "has no finish among its controls, the last control stands for it");
@@ -496,7 +493,7 @@ class SportIdentReader {
       Warn(0, "runner", TrimSpaces(line_.Line()), "belongs to no class that could be read");
       return true;
     }
-    if (runners_ >= kMostTextRunners) return Fail("more than 200000 runners");
+    if (runners_ >= kMostRunners) return Fail(kTooManyRunners);
     ++runners_;
     const auto runner = std::make_shared<clsLapData>();
     runner->Rank = CellOf(line, titles_, kRankCell);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "keltrun2/model/time_text.h"
+#include "keltrun2/text/letters.h"
 #include "keltrun2/text/utf16.h"
 #include "keltrun2/text/width.h"
 
@@ -11,8 +12,6 @@ namespace keltrun {
 namespace {
 
 constexpr std::size_t kShownUnits = 40;  // of a cell in a remark
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // "m:ss", "mm:ss" or hours in front of two digits each: what nearly every cell holds. nullopt
 // says only that the full rules have to decide.

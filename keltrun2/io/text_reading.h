@@ -1,4 +1,4 @@
-// What the readers of line-based texts share: lines, remarks, cells that hold times, limits.
+// What the readers of line-based texts share: lines, remarks, cells that hold times.
 #pragma once
 
 #include <cstddef>
@@ -12,11 +12,6 @@
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {
-
-/// No event has more: a reader stops with an error, as a record takes far more memory than its
-/// line.
-inline constexpr std::size_t kMostTextRunners = 200000;
-inline constexpr std::size_t kMostTextClasses = 10000;
 
 /// A line of a text whose lines end at CR LF, CR or LF; a line break at the very end starts no
 /// further line. A copy looks ahead while the original stays. Walking a text costs one pass

@@ -11,7 +11,6 @@
 namespace keltrun {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsSexagesimal(char tens, char ones) { return tens >= '0' && tens <= '5' && IsDigit(ones); }
 
 // "h:mm:ss" above zero, the form in which results are stored: nothing to normalise.

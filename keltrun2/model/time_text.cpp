@@ -51,7 +51,7 @@ void AppendFormattedTime(std::string& out, DateTime value, std::string_view patt
 bool IsLike(std::string_view text, std::string_view pattern) {
   return text.size() == pattern.size() &&
          std::equal(text.begin(), text.end(), pattern.begin(),
-                    [](char c, char p) { return p == '#' ? c >= '0' && c <= '9' : c == p; });
+                    [](char c, char p) { return p == '#' ? IsDigit(c) : c == p; });
 }
 
 bool IsHourPattern(std::string_view pattern) {
@@ -195,7 +195,7 @@ std::optional<LongTime> ParseLongTime(std::string_view text) {
 
 // The seconds behind the point: up to three digits count. nullopt when it is no number.
 std::optional<double> ParseFraction(std::string_view digits) {
-  if (digits.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+  if (!IsDigits(digits)) return std::nullopt;
   digits = digits.substr(0, 3);
   static constexpr std::array<double, 4> kScale = {1, 10, 100, 1000};
   return NumericLong(digits) / kScale[digits.size()];

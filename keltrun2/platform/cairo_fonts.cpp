@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <list>
-#include <string>
 #include <utility>
 
 #include "keltrun2/platform/cairo_picture.h"

@@ -10,7 +10,6 @@
 namespace keltrun {
 namespace {
 
-constexpr double kDaysTo1970 = 25569;  // 1899-12-30 to 1970-01-01
 constexpr double kSecondsPerDay = 86400;
 
 std::function<double()>& Replacement() {

@@ -1,4 +1,5 @@
-// The bounds that every drawing keeps, so that no coordinate of a host upsets a drawing library.
+// What every drawing shares: bounds, so that no coordinate of a host upsets a drawing library,
+// units and the parts of a colour.
 #pragma once
 
 #include <algorithm>
@@ -13,6 +14,7 @@ inline constexpr double kLargestCoordinate = 1e6;
 inline constexpr double kLargestLineWidth = 1e4;
 inline constexpr double kLargestTextSize = 1e4;
 inline constexpr double kPointsPerInch = 72;
+inline constexpr double kMmPerInch = 25.4;
 
 /// What has an infinite or missing coordinate is not drawn.
 template <typename... Numbers>

@@ -134,8 +134,7 @@ std::size_t WideRun(std::string_view bytes) {
   while (length < bytes.size()) {
     const auto byte = static_cast<unsigned char>(bytes[length]);
     if (byte < 0x80) break;
-    const bool has_second = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-    length += has_second ? 2 : 1;
+    length += IsShiftJisLead(byte) ? 2 : 1;
   }
   return std::min(length, bytes.size());
 }

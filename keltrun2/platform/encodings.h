@@ -42,6 +42,11 @@ std::string DecodeTextFile(std::string_view bytes);
 /// invalid.
 Decoded DecodeUtf16(std::string_view bytes, bool big_endian);
 
+/// Whether the byte begins a character of two bytes in Shift-JIS.
+constexpr bool IsShiftJisLead(unsigned char byte) {
+  return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+
 /// Bytes that the character takes in Shift-JIS (code page 932): 1 or 2, and 1 where it has none.
 int ShiftJisLength(char32_t c);
 

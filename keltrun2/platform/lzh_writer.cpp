@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
 
@@ -445,8 +446,7 @@ std::string MemberName(std::string_view name) {
   std::string out;
   for (std::size_t at = 0; at < encoded.size();) {
     const auto byte = static_cast<std::uint8_t>(encoded[at]);
-    const bool lead = (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
-    const std::size_t size = lead && at + 1 < encoded.size() ? 2 : 1;
+    const std::size_t size = IsShiftJisLead(byte) && at + 1 < encoded.size() ? 2 : 1;
     if (out.size() + size > kLongestName) break;
     const bool bad = byte < 0x20 || kReserved.find(encoded[at]) != std::string_view::npos;
     if (bad)
@@ -460,7 +460,6 @@ std::string MemberName(std::string_view name) {
 
 // Seconds since 1970, UTC, of a local day number.
 std::uint32_t UnixTime(double modified) {
-  constexpr double kDaysTo1970 = 25569;
   constexpr double kLast = std::numeric_limits<std::uint32_t>::max();
   const double seconds = std::round((modified - kDaysTo1970) * 86400);
   if (!(seconds > 0)) return 0;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "keltrun2/platform/drawing_limits.h"
+
 namespace keltrun {
 namespace {
 
@@ -15,7 +17,7 @@ constexpr Paper kPapers[] = {
     {KR_PAPER_B5, 182, 257, "jis_b5_182x257mm"},
 };
 
-constexpr double kPointsPerMm = kPointsPerInch / 25.4;
+constexpr double kPointsPerMm = kPointsPerInch / kMmPerInch;
 
 // Some printers turn a landscape sheet to the left and some to the right: the wider strip of two
 // opposite edges is kept free on both.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <unordered_set>
+#include <utility>
 
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/utf8.h"

@@ -6,6 +6,7 @@
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/platform/drawing_limits.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {
@@ -37,9 +38,8 @@ constexpr std::string_view kTimePattern = "hh:nn:ss";
 
 // Black, or white on a dark background.
 Color TextColorOn(Color background) {
-  const Color red = background & 0xFF, green = background >> 8 & 0xFF,
-              blue = background >> 16 & 0xFF;
-  const Color brightness = (299 * red + 587 * green + 114 * blue) / 1000;
+  const std::int32_t brightness =
+      (299 * Red(background) + 587 * Green(background) + 114 * Blue(background)) / 1000;
   return brightness < 128 ? kWhite : kBlack;
 }
 
@@ -119,7 +119,7 @@ class AnalysisPages {
 
   // In units of the layout; the fonts are the settings' own.
   float WidthOf(std::string_view text, const Font& font) const {
-    constexpr double kMmPerPoint = 25.4 / 72;
+    constexpr double kMmPerPoint = kMmPerInch / kPointsPerInch;
     TextStyle style;
     style.Font = font;
     style.Size = static_cast<float>(font.Size() * kMmPerPoint);
@@ -214,11 +214,9 @@ class AnalysisPages {
         leg > legs_ ? ResourceText("RES_META_TOTAL") : LegLabel(legs_ - 1, true, leg);
     Text(label, standard_, left, top, cell_width_, kLine, PRINTBOOK_ALIGN_CENTER);
     if (!HasCodes() || leg > legs_) return;
-    const clsCourseData& course = *analyzer_.CourseData();
-    // The label of the finish leg shows no code, and the course may have none there.
-    const std::int32_t to = leg < legs_ ? course.ControlNum(leg) : 0;
-    Text(LegLabelWithControls(legs_ - 1, true, leg, course.ControlNum(leg - 1), to), small_, left,
-         top + kLine, cell_width_, kLine, PRINTBOOK_ALIGN_CENTER);
+    const auto [from, to] = AnalyzerInternal::CodesOfLeg(*analyzer_.CourseData(), leg, legs_);
+    Text(LegLabelWithControls(legs_ - 1, true, leg, from, to), small_, left, top + kLine,
+         cell_width_, kLine, PRINTBOOK_ALIGN_CENTER);
   }
 
   // The mean of the three best laps of each leg, and their running total.

@@ -132,9 +132,8 @@ class Grid {
   std::string LapLabel(std::int32_t leg) const {
     const auto& course = analyzer_.CourseData();
     if (!course) return LegLabel(legs_ - 1, true, leg);
-    // The label of the finish leg shows no code, and the course may have none there.
-    const std::int32_t to = leg < legs_ ? course->ControlNum(leg) : 0;
-    return LegLabelFull(legs_ - 1, true, leg, course->ControlNum(leg - 1), to);
+    const auto [from, to] = AnalyzerInternal::CodesOfLeg(*course, leg, legs_);
+    return LegLabelFull(legs_ - 1, true, leg, from, to);
   }
 
   void FillRunner(std::int32_t column) {

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/drawing_limits.h"
 #include "keltrun2/platform/utf8.h"
 #include "keltrun2/print/print_book_internal.h"
 #include "keltrun2/print/text_layout.h"
@@ -16,9 +17,7 @@ namespace {
 
 using Page = PrintBookInternal::Page;
 
-constexpr float kMmPerInch = 25.4f;
-constexpr float kDotsPerInch = 300;
-constexpr float kPointsPerInch = 72;
+constexpr double kDotsPerInch = 300;
 
 constexpr Color kPreviewBackColor = 0xA0A0A0;
 constexpr Color kPaperColor = 0xFFFFFF;
@@ -51,14 +50,15 @@ struct Frame {
   float X(float x) const { return left + x * unit; }
   float Y(float y) const { return top + y * unit; }
   float LineWidth(float dots) const {
-    return std::max(dots * kMmPerInch / kDotsPerInch * unit, thinnest_line);
+    return std::max(static_cast<float>(dots * kMmPerInch / kDotsPerInch) * unit, thinnest_line);
   }
 };
 
 void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookLine& line) {
   TextStyle style;
   style.Font = *line.TextFont;
-  style.Size = static_cast<float>(line.TextFont->Size()) * kMmPerInch / kPointsPerInch * frame.unit;
+  const double millimetres = line.TextFont->Size() * kMmPerInch / kPointsPerInch;
+  style.Size = static_cast<float>(millimetres) * frame.unit;
   style.HeightRatio = line.ChrHeight;
   style.Turned = line.IsLandscape;
   style.Color = line.Color;

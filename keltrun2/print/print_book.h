@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include "keltrun2/platform/export.h"
 #include "keltrun2/platform/picture.h"
@@ -53,8 +52,6 @@ enum TorbelTextAutoScaleType : std::int32_t {
   ttastRatioFixed = 1,
   ttastJustFit = 2,
 };
-
-class clsPrintBookLine;
 
 /// A page-layout engine on top of a printer. A virtual drawing area is fitted onto the sheet, or
 /// onto each cell of a sheet that is split into rows and columns of pages; texts, boxes, lines and

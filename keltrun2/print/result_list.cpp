@@ -1,5 +1,6 @@
 #include "keltrun2/print/result_list.h"
 
+#include <optional>
 #include <string>
 
 #include "keltrun2/config/settings.h"

@@ -228,9 +228,8 @@ class AnalysisPage {
     const auto& course = analyzer_.CourseData();
     std::string label;
     if (with_controls && course) {
-      // The label of the finish leg shows no code, and the course may have none there.
-      const std::int32_t to = leg <= controls ? course->ControlNum(leg) : 0;
-      label = LegLabelWithControls(controls, true, leg, course->ControlNum(leg - 1), to);
+      const auto [from, to] = AnalyzerInternal::CodesOfLeg(*course, leg, legs_);
+      label = LegLabelWithControls(controls, true, leg, from, to);
     } else {
       label = LegLabel(controls, true, leg);
     }

@@ -1,6 +1,7 @@
 #include "keltrun2/report/index_page.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "keltrun2/config/settings.h"

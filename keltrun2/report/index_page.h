@@ -45,8 +45,9 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
 
 /// An existing page (bytes) with a block put in front of its first one; without one before the last
 /// line that begins with "</body>", or at the end. Lines end in CR LF afterwards. The block comes
-/// in the bytes of the page: those of its byte-order mark or of the charset that it declares, else
-/// UTF-8 where the page is UTF-8 beyond ASCII, else `charset`. Nothing for a page in UTF-16.
+/// in the bytes of the page: those of its byte-order mark or of the charset that it declares (ASCII
+/// with character references when that is not known), else UTF-8 where the page is UTF-8 beyond
+/// ASCII, else `charset`. Nothing for a page in UTF-16.
 std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,
                                           Charset charset);
 

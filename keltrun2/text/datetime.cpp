@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "keltrun2/platform/clock.h"
 #include "keltrun2/text/letters.h"
 
 namespace keltrun {
@@ -11,7 +12,6 @@ namespace {
 
 constexpr DateTime kFirstDate = -657434;  // 100-01-01
 constexpr DateTime kLastDate = 2958465;   // 9999-12-31
-constexpr int kDaysTo1970 = 25569;
 
 // A half second in days is as a rule a hair above or below the half. Rounding up what is this close
 // below it makes all halves round the same way.
@@ -50,8 +50,7 @@ Civil CivilFromDays(int days) {
 std::optional<int> TakeNumber(std::string_view& text, std::size_t most) {
   int value = 0;
   std::size_t length = 0;
-  for (; length < text.size() && length < most && text[length] >= '0' && text[length] <= '9';
-       ++length) {
+  for (; length < text.size() && length < most && IsDigit(text[length]); ++length) {
     value = value * 10 + (text[length] - '0');
   }
   if (length == 0) return std::nullopt;

@@ -1,5 +1,7 @@
 #include "keltrun2/text/html.h"
 
+#include "keltrun2/text/letters.h"
+
 namespace keltrun {
 namespace {
 
@@ -19,7 +21,7 @@ std::string_view Entity(char c) {
 }
 
 bool IsUnreserved(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || IsDigit(c) ||
          std::string_view("-._~/").find(c) != std::string_view::npos;
 }
 

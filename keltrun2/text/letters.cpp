@@ -3,6 +3,8 @@
 #include <locale.h>
 #include <wctype.h>
 
+#include <algorithm>
+
 #include "keltrun2/platform/utf8.h"
 
 namespace keltrun {
@@ -39,6 +41,12 @@ char32_t Lower(char32_t c) {
 }
 
 }  // namespace
+
+bool IsDigits(std::string_view text) { return std::all_of(text.begin(), text.end(), IsDigit); }
+
+bool Contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
 
 std::string LowerAscii(std::string_view text) { return MapBytes(text, LowerChar); }
 std::string UpperAscii(std::string_view text) { return MapBytes(text, UpperChar); }

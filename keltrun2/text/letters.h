@@ -1,10 +1,16 @@
-// Upper and lower case. Never follows the process's locale.
+// Kinds of characters, upper and lower case. Never follows the process's locale.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 namespace keltrun {
+
+/// "0" to "9". Texts of digits alone may be empty.
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigits(std::string_view text);
+
+bool Contains(std::string_view text, std::string_view part);
 
 /// "A" to "Z" lowered, or "a" to "z" raised; every other character is kept.
 std::string LowerAscii(std::string_view text);
