@@ -68,7 +68,7 @@ class Figures:
                                     (DEFAULT, '^PrintList/'), (DEFAULT, '^PrintAnalysis/')):
                 for name, values in measure(program, memory, pattern).items():
                     one[memory, name] = values
-            for runners, goal in VIEWERS:
+            for runners, _ in VIEWERS:
                 for view, opened in measure_viewer(program, runners).items():
                     one[DEFAULT, 'Viewer/%d/%s' % (runners, view)] = {WALL: opened}
             self.rounds.append(one)

@@ -186,7 +186,7 @@ TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
   EXPECT_EQ(CountOf("* ", Output("results --as text " + kHoshinomori)), 9);
   const string page = Output("results --as html " + kHoshinomori);  // all classes on one page
   EXPECT_EQ(CountOf("</table>", page), 9);
-  EXPECT_EQ(CountOf("<body", page) + CountOf("</html>", page), 2);
+  for (const char* once : {"<body", "</body>", "</html>"}) EXPECT_EQ(CountOf(once, page), 1);
   for (const auto& test : cases) {
     const string json = Output(test.arguments + " " + kHoshinomori);
     EXPECT_TRUE(json.starts_with(test.start)) << test.arguments;

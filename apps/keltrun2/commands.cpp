@@ -152,20 +152,28 @@ std::string_view BodyOf(std::string_view page) {
   return page.substr(0, page.rfind("</body>"));
 }
 
-// Several lists follow each other, on one page too.
-std::string ResultsText(const clsKeltrun2& root, const Options& options) {
-  std::string text;
-  for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
-    const auto results = ResultList(root, choice);
-    if (options.form == "text") {
-      text += root.TextControl()->OutputTextResult(results);
-    } else {
-      std::string above(BodyOf(text));
-      if (!above.empty()) above += "<br>\r\n";
-      text = root.HtmlControl()->OutputResult(results, above, options.style_address, kPageEncoding);
-    }
+// One page: the last list's, with the others above it.
+std::string ResultsPage(const clsKeltrun2& root, const Options& options,
+                        const std::vector<ChosenSet>& sets) {
+  const auto page = [&](const ChosenSet& choice, std::string_view above) {
+    return root.HtmlControl()->OutputResult(ResultList(root, choice), above, options.style_address,
+                                            kPageEncoding);
+  };
+  std::string above;
+  for (auto choice = sets.begin(); choice != sets.end() - 1; ++choice) {
+    above.append(BodyOf(page(*choice, ""))).append("<br>\r\n");
   }
-  if (text.empty()) throw CommandError("the event has no classes");
+  return page(sets.back(), above);
+}
+
+std::string ResultsText(const clsKeltrun2& root, const Options& options) {
+  const auto sets = NamedSetOrClasses(root, options);
+  if (sets.empty()) throw CommandError("the event has no classes");
+  if (options.form != "text") return ResultsPage(root, options, sets);
+  std::string text;
+  for (const ChosenSet& choice : sets) {
+    text += root.TextControl()->OutputTextResult(ResultList(root, choice));
+  }
   return text;
 }
 

@@ -5,7 +5,6 @@
 #include <exception>
 #include <optional>
 #include <set>
-#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -348,16 +347,12 @@ void SiteExport::ExportEntry(const Entry& entry) {
 }
 
 // What cannot be made (of a class with more controls than the analysis holds, say) is a page less,
-// and the export goes on. A step may also answer false, when it has noted its failure itself.
+// and the export goes on.
 template <typename Step>
 bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
   try {
-    if constexpr (std::is_void_v<decltype(step())>) {
-      step();
-      return true;
-    } else {
-      return step();
-    }
+    step();
+    return true;
   } catch (const std::exception& error) {
     failures_.push_back("cannot " + std::string(action) + " " + name + ": " + error.what());
     return false;
@@ -387,10 +382,11 @@ std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
   const std::int32_t count = kind == kResultPage ? results_.Count() : analyzer_->Count();
   if (name.empty() || count == 0) return "";
   const std::string_view charset = DeclaredCharset(kind);
-  const bool written = Attempt("write", name, [&] {
+  bool written = false;
+  Attempt("write", name, [&] {
     page_.clear();
     AppendPage(entry, kind, charset);
-    return WritePage(name, CharsetFromName(charset).value_or(charset_));
+    written = WritePage(name, CharsetFromName(charset).value_or(charset_));
   });
   if (!written) return "";
   return "&nbsp;" + IndexLink(name, kNewWindow, ResourceText(kPages[kind].link_text_key));

@@ -14,8 +14,6 @@ namespace {
 
 constexpr std::size_t kMostTitles = 1000;
 
-bool IsNumber(std::string_view text) { return !text.empty() && IsDigits(text); }
-
 // The titles of a column: resource texts and words that other programs use.
 struct TitleRule {
   CsvColumn column;
@@ -46,6 +44,8 @@ constexpr TitleRule kTitleRules[] = {
     {CsvColumn::kAge, "", {"RES_META_CSV_AGE"}, {}},
     {CsvColumn::kStartTime, "", {"RES_META_CSV_START"}, {}},
 };
+
+bool IsNumber(std::string_view text) { return !text.empty() && IsDigits(text); }
 
 // 1 to 999, or 0 for any other text. Longer numbers in a header are years or card numbers.
 std::int32_t LegNumber(std::string_view text) {

@@ -6,7 +6,7 @@
 
 namespace keltrun {
 
-/// "0" to "9". Texts of digits alone may be empty.
+/// "0" to "9", and texts of nothing else: also the empty one.
 constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsDigits(std::string_view text);
 
