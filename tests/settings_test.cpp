@@ -132,8 +132,8 @@ TEST_F(SettingsTest, Fonts) {
 TEST_F(SettingsTest, EveryTextIsThereInBothLanguages) {
   std::set<string> keys[2];
   for (const bool english : {false, true}) {
-    const string file = english ? "/Keltrun2Res-en.txt" : "/Keltrun2Res-ja.txt";
-    for (const auto& [key, text] : ParseResources(ReadBytes(KELTRUN2_TEST_RESOURCES + file))) {
+    const string file = english ? "Keltrun2Res-en.txt" : "Keltrun2Res-ja.txt";
+    for (const auto& [key, text] : ParseResources(ReadBytes(ResourceFile(file)))) {
       EXPECT_NE(text, "") << key;
       keys[english].insert(key);
     }

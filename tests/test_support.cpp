@@ -85,6 +85,10 @@ std::string DataFile(std::string_view name) {
   return std::string(KELTRUN2_TEST_DATA "/") + std::string(name);
 }
 
+std::string ResourceFile(std::string_view name) {
+  return std::string(KELTRUN2_TEST_RESOURCES "/") + std::string(name);
+}
+
 void ExpectGolden(const std::string& name, const std::string& output) {
   const std::string file = DataFile("../golden/" + name);
   const char* approve = std::getenv("KELTRUN2_APPROVE");

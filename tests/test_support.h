@@ -79,8 +79,9 @@ void ExpectGolden(const std::string& name, const std::string& output);
 /// A runner's laps in whole seconds, markers as they are.
 std::vector<long> LapsOf(clsLapData& runner);
 
-/// A file of the project's examples or test data.
+/// A file of the project's examples, test data or resources.
 std::string ExampleFile(std::string_view name);
 std::string DataFile(std::string_view name);
+std::string ResourceFile(std::string_view name);
 
 }  // namespace keltrun::test
