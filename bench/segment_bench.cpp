@@ -56,9 +56,22 @@ void SegmentsOfEqualCourses(benchmark::State& state) {
   MakeSegments(state, root);
 }
 
+// A relay of 20 controls: every second one is a fork, which each team takes in its own way.
+void SegmentsOfForks(benchmark::State& state) {
+  clsKeltrun2 root;
+  for (std::int32_t number = 1; number <= state.range(0); ++number) {
+    AddCourse(root, number, 20, [&](std::int32_t i) {
+      const bool other = i % 2 == 0 ? (number >> (i / 2 - 1) & 1) != 0 : i == 19 && number >= 1024;
+      return 30 + i + (other ? 100 : 0);
+    });
+  }
+  MakeSegments(state, root);
+}
+
 // The sizes are numbers of courses.
 const Registration kOfCourses("SegmentsOfCourses", SegmentsOfCourses, {60});
 const Registration kOfEqualCourses("SegmentsOfEqualCourses", SegmentsOfEqualCourses, {5000});
+const Registration kOfForks("SegmentsOfForks", SegmentsOfForks, {2000});
 
 }  // namespace
 }  // namespace keltrun::bench

@@ -126,6 +126,7 @@ def rows(f):
     yield row('segment sets of 60 courses of 40 controls', KEPT, time(KEPT, 'SegmentsOfCourses/60'), 100, '%.1f ms')
     yield row('segment sets of 5,000 equal courses of 49 controls', KEPT,
               time(KEPT, 'SegmentsOfEqualCourses/5000', 0.001), 2, '%.2f s')
+    yield row('segment sets of 2,000 courses with forks', KEPT, time(KEPT, 'SegmentsOfForks/2000', 0.001), 2, '%.2f s')
     for finishers, goal in (299, 300), (2000, 400):
         yield row('map of %s finishers' % format(finishers, ','), DEFAULT, time(DEFAULT, 'Map/%d' % finishers), goal,
                   '%.0f ms')

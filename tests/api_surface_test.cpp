@@ -142,7 +142,8 @@ TEST(ApiSurface, RootObject) {
   EXPECT_EQ(segment.Analyzer()->Count() + segment.ResultsHolder()->Count(), 0);
   Are<std::vector<Text>>(root.ClassAndCourseList());
   const ClassAndCourseValue v = root.SeparateClassAndCourseValue(",1,A/C,a_c,17");
-  Are<Text>(v.ValueName, v.FileName, root.FileName(), root.ErrorComment(), root.Version());
+  Are<Text>(v.ValueName, v.FileName, root.FileName(), root.ErrorComment(), root.Version(),
+            root.SegmentRemark());
   Are<Long>(v.ClassIndex, v.CourseNum, v.RunnerCount);
   Are<DateTime>(root.FileDate());
   EXPECT_EQ(root.Version() + root.Version(false), "2.27 ( Build 242 )2.27");

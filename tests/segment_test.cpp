@@ -171,8 +171,74 @@ TEST(Segments, ManyEqualCourses) {
   ASSERT_EQ(root->SegmentCount(), 1);
   EXPECT_EQ(root->SegmentData(1)->ControlCount(), 49);
   EXPECT_EQ(root->SegmentData(1)->TargetClassList().size(), 5000u);
-  // Courses of one code over and over agree at every place: no sets rather than endless work.
-  EXPECT_EQ(RootWith(std::vector<Codes>(5000, Codes(49, 31)))->SegmentCount(), 0);
+  EXPECT_EQ(root->SegmentRemark(), "");
+}
+
+// A relay: every team has its own order of forks, and any two of them share runs.
+TEST(Segments, ManyDifferentCourses) {
+  std::vector<Codes> courses(2048, Codes(20));
+  for (std::size_t team = 0; team < courses.size(); ++team) {
+    for (std::size_t i = 0; i < 20; ++i) {
+      const bool fork = i % 2 == 0 && i / 2 < 11 && (team >> (i / 2) & 1) != 0;
+      courses[team][i] = static_cast<std::int32_t>(i + (fork ? 131 : 31));
+    }
+    courses[team][19] = team < 1024 ? 50 : 150;  // the eleventh fork
+  }
+  const auto root = RootWith(courses);
+  EXPECT_EQ(root->SegmentRemark(), "");
+  const Strings found = Described(*root);
+  const auto courses_of = [&](const std::string& name) {
+    const auto at = std::find_if(found.begin(), found.end(),
+                                 [&](const auto& text) { return text.starts_with(name + ":"); });
+    return at == found.end() ? 0 : std::count(at->begin(), at->end(), '@');
+  };
+  // Half of the teams take one side of a fork, a quarter the same sides of two.
+  EXPECT_EQ(courses_of("S-31-32"), 1024);
+  EXPECT_EQ(courses_of("32-33-34"), 1024);
+  EXPECT_EQ(courses_of("32-33-34-35-36"), 512);
+}
+
+// Courses of one code over and over agree at every place. A run of n of them stands at 50 - n
+// places of each course and, with the finish, at one more; 120 classes make 121 entries of a place.
+// Those of n to 51 codes are (51 - n) (52 - n) / 2 * 20 * 121 entries: 1,984,400 from 11 on,
+// 2,083,620 from 10.
+TEST(Segments, TooManyEntriesLeaveShortRunsOut) {
+  const auto root = RootWith(std::vector<Codes>(20, Codes(49, 31)));
+  for (std::int32_t i = 20; i < 20 * 120; ++i) {
+    root->AddClass("Class " + std::to_string(i))->CourseNum = i % 20 + 1;
+  }
+  root->MakeSegmentSet();
+  EXPECT_EQ(root->SegmentCount(), 39) << "of 11 to 48 codes, and the whole course";
+  const std::string remark =
+      "segments: the courses share too many runs of controls; those of fewer than 11 codes, start "
+      "and finish included, are left out";
+  EXPECT_EQ(root->SegmentRemark(), remark);
+  const TemporaryFolder folder;
+  clsFileControl& files = *root->FileControl();
+  ASSERT_TRUE(files.SaveLapFile(folder.Path("a.lxm")) && files.LoadLapFile(folder.Path("a.lxm")));
+  ASSERT_FALSE(files.LoadRemarks().empty());
+  EXPECT_EQ(files.LoadRemarks().back().Text, remark);
+  root->ClearCourse();
+  EXPECT_EQ(root->SegmentRemark(), "");
+}
+
+// 50 controls make 51 legs, of which a record holds 50.
+TEST(Segments, TheLegThatNoRecordHoldsIsLeftOut) {
+  Codes codes(50);
+  std::iota(codes.begin(), codes.end(), 31);
+  const auto root = RootWith({codes, codes});
+  ASSERT_EQ(root->SegmentCount(), 1);
+  EXPECT_EQ(root->SegmentData(1)->ControlCount(), 50);
+  AddRunner(*root->ClassData(1), "A", "0:25:30", std::vector<double>(50, 30));
+  AddRunner(*root->ClassData(2), "B", "0:25:30", {30, 31});
+  const auto analyzer = root->SegmentData(1)->Analyzer();
+  ASSERT_EQ(analyzer->FullSetCount(), 2);
+  const auto whole = analyzer->FullSetItem(1)->OtherData();
+  EXPECT_EQ(whole->LegCount(), 50);
+  EXPECT_EQ(whole->Result(), "0:25:00");
+  EXPECT_EQ(analyzer->FullSetItem(2)->OtherData()->Result(), "N/A");
+  analyzer->Execute();
+  EXPECT_EQ(analyzer->Item(1)->RankInDataSet(), "1");
 }
 
 TEST(Segments, DataSetsHoldTheRunOnly) {

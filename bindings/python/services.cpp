@@ -243,6 +243,7 @@ void BindRoot(py::module_& module) {
       .Method("SegmentData", &Root::SegmentData, arg("Index"))
       .ReadOnly("SegmentCount", &Root::SegmentCount)
       .Method("MakeSegmentSet", &Root::MakeSegmentSet)
+      .ReadOnly("SegmentRemark", &Root::SegmentRemark)
       .Method("Clear", &Root::Clear)
       .Method("Version", &Root::Version, arg("WithTestBuild") = true);
 }

@@ -1,5 +1,7 @@
 #include "keltrun2/analysis/segment_data.h"
 
+#include <algorithm>
+
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -62,6 +64,8 @@ template <typename Set>
 std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
   auto set = std::make_shared<Set>();
   set->ControlCount = segment.ControlCount;
+  // Courses of 50 controls can share 51 legs; no record has a lap of the last one.
+  const std::int32_t legs = std::min(segment.ControlCount + 1, clsLapData::kMostLegs);
   const auto model = CurrentModel();
   for (const std::string& target : segment.TargetClassList) {
     const std::size_t separator = target.rfind(';');  // a class name may hold one itself
@@ -71,7 +75,7 @@ std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
     const std::int32_t start = NumericLong(std::string_view(target).substr(separator + 1));
     for (const auto& runner : ClassDataInternal::Runners(*klass)) {
       if (!sex.empty() && runner->Sex != sex) continue;
-      set->AddLap(SegmentLap(*runner, start, segment.ControlCount + 1));
+      set->AddLap(SegmentLap(*runner, start, legs));
     }
   }
   set->SetDataSetName(sex.empty() ? segment.SegmentName

@@ -6,47 +6,34 @@
 #include <cstddef>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
 #include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 namespace keltrun {
 namespace {
 
 constexpr std::size_t kShortestRun = 3;
-constexpr std::size_t kMostCodes = clsCourseData::kMostControls + 2;  // with start and finish
+constexpr std::size_t kLongestRun = clsCourseData::kMostControls + 2;  // with start and finish
 
 using Codes = std::vector<std::int32_t>;
 
-// A position in a course or in a group of courses.
+// A position in a course.
 struct Place {
-  std::size_t course;
-  std::size_t position;
+  std::uint32_t course;    // its place in the course list
+  std::uint32_t position;  // 0 is the start
 
   friend auto operator<=>(const Place&, const Place&) = default;
-};
-
-// The courses that visit the same codes: what is found for one holds for all of them.
-struct Group {
-  Codes codes;                       // start, controls, finish
-  std::vector<std::size_t> members;  // positions in the course list, ascending
-};
-
-// Two places of groups from which the same codes follow.
-struct Match {
-  Place from;
-  Place to;
-
-  friend auto operator<=>(const Match&, const Match&) = default;
 };
 
 // A run of codes that courses share.
 struct Run {
   Codes codes;
-  std::vector<Match> matches;  // between groups; each stands for all pairs of their members
-  std::vector<Place> places;   // where courses have it, in the order in which they are found
+  std::vector<Place> places;  // where courses have it, in the order in which they are found
 };
 
 Codes CodesOf(const clsCourseData& course) {
@@ -57,130 +44,139 @@ Codes CodesOf(const clsCourseData& course) {
   return codes;
 }
 
-std::vector<Group> GroupCourses(const EventModel& model) {
-  std::vector<Group> groups;
-  std::map<Codes, std::size_t> group_of_codes;
-  for (std::size_t i = 0; i < model.Courses().size(); ++i) {
-    Codes codes = CodesOf(*model.Courses()[i]);
-    const auto [found, added] = group_of_codes.emplace(codes, groups.size());
-    if (added) groups.push_back({std::move(codes), {}});
-    groups[found->second].members.push_back(i);
-  }
-  return groups;
-}
+using ClassesByCourse = std::unordered_map<std::int32_t, std::vector<std::string>>;
 
+// Finds the runs from the places that begin alike, a code longer each time: two places have the
+// codes in common up to where they part. The work is that of reading each course from each of its
+// positions, however many courses agree.
 class RunFinder {
  public:
-  explicit RunFinder(std::vector<Group> groups) : groups_(std::move(groups)) {}
+  RunFinder(const EventModel& model, const ClassesByCourse& classes) {
+    for (const auto& course : model.Courses()) {
+      codes_.push_back(CodesOf(*course));
+      const auto found = classes.find(course->CourseIndex());
+      entries_of_course_.push_back(1 + (found == classes.end() ? 0 : found->second.size()));
+    }
+  }
 
   // All shared runs with their places, in the order in which walking through the courses finds
   // them: course, position, later course, position there.
   std::vector<Run> Find() {
-    for (std::size_t a = 0; a < groups_.size(); ++a) {
-      for (std::size_t b = a; b < groups_.size(); ++b) Compare(a, b);
-      if (match_count_ > kMostMatches) return {};
+    std::vector<Place> all;
+    for (std::size_t course = 0; course < codes_.size(); ++course) {
+      for (std::size_t position = 0; position < codes_[course].size(); ++position) {
+        all.push_back({static_cast<std::uint32_t>(course), static_cast<std::uint32_t>(position)});
+      }
     }
-    std::sort(runs_.begin(), runs_.end(),
-              [this](const Run& x, const Run& y) { return FirstFound(x) < FirstFound(y); });
-    std::size_t places = 0;
-    for (Run& run : runs_) {
-      ListPlaces(run);
-      places += run.places.size();
-      if (places > kMostPlaces) return {};
-    }
+    Part(std::move(all), 0);
+    std::sort(runs_.begin(), runs_.end(), [](const Run& x, const Run& y) {
+      return std::tie(x.places[0], x.places[1]) < std::tie(y.places[0], y.places[1]);
+    });
     return std::move(runs_);
   }
 
+  // Runs of fewer codes were left out, because there are too many.
+  std::size_t FewestCodes() const { return fewest_codes_; }
+
  private:
-  // The number of codes that agree from each pair of positions on, found from the ends backwards.
-  void Compare(std::size_t a, std::size_t b) {
-    const Codes& first = groups_[a].codes;
-    const Codes& second = groups_[b].codes;
-    std::vector<std::size_t> below(second.size() + 1, 0);
-    std::vector<std::size_t> row(second.size() + 1, 0);
-    for (std::size_t i = first.size(); i-- > 0;) {
-      for (std::size_t j = second.size(); j-- > 0;) {
-        row[j] = first[i] == second[j] ? below[j + 1] + 1 : 0;
-        if (row[j] < kShortestRun) continue;
-        AddMatch({a, i}, {b, j}, row[j]);
-        if (a != b) AddMatch({b, j}, {a, i}, row[j]);
+  bool HasCode(const Place& place, std::size_t ahead) const {
+    return place.position + ahead < codes_[place.course].size();
+  }
+  std::int32_t Code(const Place& place, std::size_t ahead) const {
+    return codes_[place.course][place.position + ahead];
+  }
+
+  bool GoOnAlike(const std::vector<Place>& places, std::size_t length) const {
+    return std::all_of(places.begin(), places.end(), [&](const Place& place) {
+      return HasCode(place, length) && HasCode(places.front(), length) &&
+             Code(place, length) == Code(places.front(), length);
+    });
+  }
+
+  // Takes places in ascending order that agree in `length` codes, and parts them by what follows.
+  // Where a course ends, nothing follows: such a place is a branch of its own.
+  void Part(std::vector<Place> places, std::size_t length) {
+    if (places.empty() || places.front().course == places.back().course) return;
+    while (GoOnAlike(places, length)) ++length;
+    std::vector<std::vector<Place>> branches;
+    std::vector<std::size_t> branch_of_place;
+    std::unordered_map<std::int32_t, std::size_t> branch_of_code;
+    for (const Place& place : places) {
+      std::size_t branch = branches.size();
+      if (HasCode(place, length)) {
+        branch = branch_of_code.emplace(Code(place, length), branch).first->second;
       }
-      std::swap(row, below);
+      if (branch == branches.size()) branches.emplace_back();
+      if (HasCode(place, length)) branches[branch].push_back(place);
+      branch_of_place.push_back(branch);
     }
+    if (length >= fewest_codes_) AddRun(places, branch_of_place, length);
+    places = {};  // the branches hold them
+    for (auto& branch : branches) Part(std::move(branch), length + 1);
   }
 
-  // A match counts from a course to a later one.
-  void AddMatch(Place from, Place to, std::size_t length) {
-    if (groups_[to.course].members.back() <= groups_[from.course].members.front()) return;
-    const Codes& codes = groups_[from.course].codes;
-    const auto begin = codes.begin() + static_cast<std::ptrdiff_t>(from.position);
-    Codes run(begin, begin + static_cast<std::ptrdiff_t>(length));
-    const std::string key(reinterpret_cast<const char*>(run.data()),
-                          run.size() * sizeof(run.front()));
-    const auto [found, added] = run_of_codes_.emplace(key, runs_.size());
-    if (added) runs_.push_back({std::move(run), {}, {}});
-    runs_[found->second].matches.push_back({from, to});
-    ++match_count_;
-  }
-
-  // The courses and positions at which a match is met first.
-  std::tuple<std::size_t, std::size_t, std::size_t, std::size_t> FirstMet(
-      const Match& match) const {
-    const std::size_t course = groups_[match.from.course].members.front();
-    const auto& others = groups_[match.to.course].members;
-    const std::size_t other = *std::upper_bound(others.begin(), others.end(), course);
-    return {course, match.from.position, other, match.to.position};
-  }
-
-  std::tuple<std::size_t, std::size_t, std::size_t, std::size_t> FirstFound(const Run& run) const {
-    auto first = FirstMet(run.matches.front());
-    for (const Match& match : run.matches) first = std::min(first, FirstMet(match));
-    return first;
-  }
-
-  // Every course of a place lists itself; the first course of its group lists all later courses
-  // that match as well, so that its equals find nothing new after it.
-  void ListPlaces(Run& run) const {
-    std::map<Place, std::vector<Place>> partners;  // of courses
-    std::map<Place, std::vector<Place>> matched;   // of groups
-    for (const Match& match : run.matches) matched[match.from].push_back(match.to);
-    for (const auto& [from, targets] : matched) {
-      const auto& members = groups_[from.course].members;
-      std::size_t last = 0;
-      for (const Place& to : targets) last = std::max(last, groups_[to.course].members.back());
-      for (const std::size_t course : members) {
-        if (course >= last) break;
-        auto& list = partners[{course, from.position}];
-        if (course == members.front()) list = LaterPlaces(targets, course);
-      }
+  void AddRun(const std::vector<Place>& places, const std::vector<std::size_t>& branches,
+              std::size_t length) {
+    Run run{{}, ListPlaces(places, branches)};
+    if (run.places.empty()) return;
+    const Place& first = run.places.front();
+    const auto begin = codes_[first.course].begin() + first.position;
+    run.codes.assign(begin, begin + static_cast<std::ptrdiff_t>(length));
+    for (const Place& place : run.places) {
+      entries_of_length_[length] += entries_of_course_[place.course];
+      entries_ += entries_of_course_[place.course];
     }
-    std::unordered_set<std::size_t> listed;
-    const auto list = [&](const Place& place) {
-      if (listed.insert(place.course * kMostCodes + place.position).second) {
-        run.places.push_back(place);
-      }
+    runs_.push_back(std::move(run));
+    while (entries_ > kMostSegmentEntries) DropShortestRuns();
+  }
+
+  void DropShortestRuns() {
+    std::erase_if(runs_, [this](const Run& run) { return run.codes.size() == fewest_codes_; });
+    entries_ -= entries_of_length_[fewest_codes_];
+    ++fewest_codes_;
+  }
+
+  // A place matches those of later courses in other branches. Each place with a match lists itself
+  // and then its matches.
+  static std::vector<Place> ListPlaces(const std::vector<Place>& places,
+                                       const std::vector<std::size_t>& branches) {
+    const auto last_other =
+        std::find_if(branches.rbegin(), branches.rend(),
+                     [&](std::size_t branch) { return branch != branches.back(); });
+    const auto has_match = [&](std::size_t i) {
+      const std::uint32_t last =
+          branches[i] != branches.back()
+              ? places.back().course
+              : places[static_cast<std::size_t>(branches.rend() - last_other) - 1].course;
+      return last > places[i].course;
     };
-    for (const auto& [place, later] : partners) {
-      list(place);
-      for (const Place& partner : later) list(partner);
-    }
-  }
-
-  std::vector<Place> LaterPlaces(const std::vector<Place>& targets, std::size_t course) const {
-    std::vector<Place> places;
-    for (const Place& target : targets) {
-      for (const std::size_t other : groups_[target.course].members) {
-        if (other > course) places.push_back({other, target.position});
+    std::vector<Place> list;
+    std::vector<bool> listed(places.size(), false);
+    const auto add = [&](std::size_t i) {
+      if (!listed[i]) list.push_back(places[i]);
+      listed[i] = true;
+    };
+    // The matches of the first such place are all later ones outside its branch, those of the first
+    // in another branch all later ones in the first one's: no place has more.
+    std::vector<std::size_t> walked;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      if (!has_match(i)) continue;
+      add(i);
+      if (walked.size() == 2 || (walked.size() == 1 && walked[0] == branches[i])) continue;
+      walked.push_back(branches[i]);
+      for (std::size_t j = i + 1; j < places.size(); ++j) {
+        if (places[j].course > places[i].course && branches[j] != branches[i]) add(j);
       }
     }
-    std::sort(places.begin(), places.end());
-    return places;
+    return list;
   }
 
-  std::vector<Group> groups_;
+  std::vector<Codes> codes_;                    // of each course, start and finish included
+  std::vector<std::size_t> entries_of_course_;  // in the lists of a segment for each place
   std::vector<Run> runs_;
-  std::size_t match_count_ = 0;
-  std::unordered_map<std::string, std::size_t> run_of_codes_;
+  std::size_t entries_ = 0;  // of all runs, and of those of a length
+  std::array<std::size_t, kLongestRun + 1> entries_of_length_{};
+  std::size_t fewest_codes_ = kShortestRun;
 };
 
 // The places of a run in course order, counted from the first of them: runs of which one lies
@@ -188,7 +184,7 @@ class RunFinder {
 std::vector<Place> Outline(const Run& run) {
   std::vector<Place> outline = run.places;
   std::sort(outline.begin(), outline.end());
-  const std::size_t origin = outline.front().position;
+  const std::uint32_t origin = outline.front().position;
   for (Place& place : outline)
     place.position -= origin;  // wraps below 0, the same for equal shifts
   return outline;
@@ -254,8 +250,6 @@ std::string BinaryNameOf(const Codes& codes) {
   return name;
 }
 
-using ClassesByCourse = std::unordered_map<std::int32_t, std::vector<std::string>>;
-
 std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
                                         const ClassesByCourse& classes) {
   auto segment = std::make_shared<SegmentSet>();
@@ -280,22 +274,24 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
 
 }  // namespace
 
-std::vector<std::shared_ptr<SegmentSet>> FindSegmentSets(const EventModel& model) {
-  std::vector<Group> groups = GroupCourses(model);
-  if (groups.size() > kMostCodeLists) return {};
-  std::vector<Run> runs = RunFinder(std::move(groups)).Find();
-  RemoveContained(runs);  // either of two runs may lie inside the other
-  std::reverse(runs.begin(), runs.end());
-  RemoveContained(runs);
-
+void MakeSegmentSets(EventModel& model) {
   ClassesByCourse classes;
   for (const auto& klass : model.Classes()) {
     classes[klass->CourseNum].push_back(klass->ClassName());
   }
-  std::vector<std::shared_ptr<SegmentSet>> segments;
-  segments.reserve(runs.size());
-  for (const Run& run : runs) segments.push_back(MakeSegment(run, model, classes));
-  return segments;
+  RunFinder finder(model, classes);
+  std::vector<Run> runs = finder.Find();
+  RemoveContained(runs);  // either of two runs may lie inside the other
+  std::reverse(runs.begin(), runs.end());
+  RemoveContained(runs);
+
+  model.Segments.clear();
+  for (const Run& run : runs) model.Segments.push_back(MakeSegment(run, model, classes));
+  model.SegmentRemark.clear();
+  if (finder.FewestCodes() == kShortestRun) return;
+  model.SegmentRemark =
+      "segments: the courses share too many runs of controls; those of fewer than " +
+      std::to_string(finder.FewestCodes()) + " codes, start and finish included, are left out";
 }
 
 }  // namespace keltrun

@@ -121,7 +121,9 @@ std::int32_t clsKeltrun2::SegmentCount() const {
   return static_cast<std::int32_t>(model_->Segments.size());
 }
 
-void clsKeltrun2::MakeSegmentSet() { model_->Segments = FindSegmentSets(*model_); }
+void clsKeltrun2::MakeSegmentSet() { MakeSegmentSets(*model_); }
+
+const std::string& clsKeltrun2::SegmentRemark() const { return model_->SegmentRemark; }
 
 void clsKeltrun2::Clear() { model_->Clear(); }
 

@@ -131,6 +131,9 @@ class KELTRUN2_API clsKeltrun2 {
   /// Rebuilds the segment sets from courses and classes. Loads of native files in normal mode do it
   /// by themselves; later changes to courses and classes need another call.
   void MakeSegmentSet();
+  /// What MakeSegmentSet left out because the courses share more runs than can be listed, in
+  /// English; empty when nothing. A load has it among its LoadRemarks.
+  const std::string& SegmentRemark() const;
 
   /// Empties the event and starts the runner numbers again at 1.
   void Clear();

@@ -188,8 +188,14 @@ class Load {
       return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.Error));
     }
     FeedModel(*model_, read.File, request_.Mode, progress);
-    if (request_.Mode == KR_LOADMODE_NORMAL) model_->Segments = FindSegmentSets(*model_);
+    if (request_.Mode == KR_LOADMODE_NORMAL) MakeSegments();
     return true;
+  }
+
+  void MakeSegments() {
+    MakeSegmentSets(*model_);
+    if (model_->SegmentRemark.empty()) return;
+    remarks_.push_back({0, 0, RemarkSeverity::kWarning, model_->SegmentRemark});
   }
 
   // The records of a text file; nullopt when it cannot be opened. What was read before an error in
@@ -226,7 +232,7 @@ class Load {
     const auto read = Read(format.operation, format.read);
     if (!read) return false;
     FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress);
-    if (format.makes_segments) model_->Segments = FindSegmentSets(*model_);
+    if (format.makes_segments) MakeSegments();
     return Finish(format.operation, read->Error);
   }
 

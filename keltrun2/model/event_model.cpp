@@ -63,6 +63,7 @@ void EventModel::Clear() {
   classes_.Clear();
   courses_.Clear();
   Segments.clear();
+  SegmentRemark.clear();
   Event = std::make_shared<clsEventData>();
   Meta = std::make_shared<clsMetaData>();
   FileName.clear();
@@ -152,6 +153,7 @@ void EventModel::RemoveCourse(std::int32_t course_number) {
 void EventModel::ClearCourse() {
   courses_.Clear();
   Segments.clear();
+  SegmentRemark.clear();
 }
 
 void EventModel::SortLap() {

@@ -37,6 +37,7 @@ class EventModel {
   std::shared_ptr<clsEventData> Event = std::make_shared<clsEventData>();
   std::shared_ptr<clsMetaData> Meta = std::make_shared<clsMetaData>();
   std::vector<std::shared_ptr<SegmentSet>> Segments;
+  std::string SegmentRemark;  // what the segment sets leave out, "" when nothing
 
   /// Empties everything and starts the runner numbers again.
   void Clear();
