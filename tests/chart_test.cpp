@@ -197,6 +197,9 @@ TEST(ScatterCharts, FollowTheScales) {
   // 88 to 123 percent at 10 units; 12 percent missed at the bottom, 25 units each.
   EXPECT_EQ(LineOf(f.Build(5), 1) + " " + LineOf(f.Build(5), 2), "20,125 320,275");
   EXPECT_EQ(LineOf(f.Build(5), 3), "");
+  f.Ratios(3, 0.5, 0, 0, 0);  // nothing lost: no mark, no range of losses either
+  EXPECT_EQ(LineOf(f.Build(5), 1) + " " + LineOf(f.Build(5), 2), "20,125 320,275");
+  f.Ratios(3, 0, 0.2, 0.1, 5.0);
   // 88 to 132 percent downwards; 2 * 300 / 44.
   EXPECT_EQ(LineOf(f.Build(6), 1) + " " + LineOf(f.Build(6), 2), "20,14 320,286");
   EXPECT_EQ(ChartRatioToFit(*f.analyzer, f.chart, KR_CHART_VESMER), 7.5F);

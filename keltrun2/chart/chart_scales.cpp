@@ -48,9 +48,11 @@ struct RatioRange {
   }
 };
 
-ValueRange CruiseRange(const clsAnalyzer& analyzer) {
+// Runners whom the chart of loss rates does not draw, for want of one, do not widen its axis.
+ValueRange CruiseRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {
   RatioRange ratios;
   for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
+    if (mode == KR_CHART_CRUISE_MISSRATE && !MarkValues(*runner, mode)) continue;
     const float speed = runner->CruiseSpeed()->Value();
     if (speed != 0 && runner->MissRate()->Value() < kMostMissRate) ratios.Include(speed);
   }
@@ -146,7 +148,7 @@ HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode
   if (mode == KR_CHART_VESMER) {
     return {{-kMapSize, kMapSize}, kUnitsPerSecond, kLineMargin, kLineMargin, true};
   }
-  if (IsScatterChart(mode)) return {CruiseRange(analyzer), kUnitsPerPercent, 0, 0, false};
+  if (IsScatterChart(mode)) return {CruiseRange(analyzer, mode), kUnitsPerPercent, 0, 0, false};
   // Every line of the ordinary chart starts at the time 0, which is the left edge itself.
   const double left = mode == KR_CHART_NORMAL ? 0 : kLineMargin;
   return {TimeRange(analyzer, mode), kUnitsPerSecond, left, kLineMargin, false};
