@@ -247,6 +247,21 @@ TEST_F(Cli, ExportsChartsAndPages) {
   }
 }
 
+// The codes make the document longer.
+TEST_F(Cli, PrintedAnalysesShowControlCodes) {
+  const string course =
+      "<courses><course number=\"7\" controls=\"1\">"
+      "<control index=\"1\" unit-number=\"231\"/></course></courses>";
+  string event = kTwoClasses;
+  Write(folder_ / "codes.lxm", event.insert(event.find("<classes>"), course));
+  const auto size = [&](const string& arguments) {
+    return Output("print --what analysis -o - " + arguments).size();
+  };
+  for (const string set : {" --class 男子Ａ", " --course 7"}) {
+    EXPECT_GT(size("codes.lxm" + set), size("two.lxm" + set));
+  }
+}
+
 TEST_F(Cli, SiteStyleAddAndFailures) {
   Write(folder_ / "my.css", "p{}");
   Output("site two.lxm mine --style my.css");

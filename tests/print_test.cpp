@@ -314,5 +314,36 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   EXPECT_THROW(graphics.PrintResult(nullptr, print.book), AutomationError);
 }
 
+// Official ranks are ranks of a class; a course shows the rank among all its runners.
+TEST(PrintedAnalysis, RanksOfACourseAndControlCodes) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  const auto course = root->AddCourse(1);
+  course->SetControlCount(1);
+  course->SetControlNum(1, 231);
+  for (int i = 1; i <= 4; ++i) {
+    const auto klass = root->AddClass(i > 2 ? "W21" : "M21");
+    klass->CourseNum = klass->ControlCount = 1;
+    const std::string number = std::to_string(i);
+    AddRunner(*klass, "N" + number, "0:1" + number + ":00", {60., 60.})->Rank = i > 2 ? "7" : "8";
+  }
+  const auto printed = [&](const std::shared_ptr<clsAnalyzer>& analyzer) {
+    analyzer->Execute();
+    const Book print(210, 297);
+    root->GraphicControl()->PrintAnalysis(analyzer, print.book);
+    std::string places;
+    for (const clsPrintBookLine& line : PrintBookInternal::Pages(*print.book)[0]) {
+      if (line.Left == 0 && line.Text.size() == 1) places += line.Text;
+      if (line.Text.find("231") != std::string::npos) places += line.Text + " ";
+    }
+    return places;
+  };
+  const auto all = root->NewAnalyzer(), one = root->NewAnalyzer();
+  all->AddCourse(1);
+  all->SetCourseData(course);
+  one->AddClass("M21");
+  EXPECT_EQ(printed(all), "→(231) (231)→ 1234");
+  EXPECT_EQ(printed(one), "88");
+}
+
 }  // namespace
 }  // namespace keltrun::test

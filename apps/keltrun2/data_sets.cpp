@@ -102,6 +102,14 @@ ChosenSet OneSet(const clsKeltrun2& root, const Options& options) {
   return sets.front();
 }
 
+std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet& choice) {
+  if (choice.kind == DataSetKind::kSegment) return nullptr;
+  const std::int32_t number = choice.kind == DataSetKind::kCourse
+                                  ? choice.number
+                                  : root.ClassData(choice.number)->CourseNum;
+  return number != 0 ? root.CourseData(std::to_string(number)) : nullptr;
+}
+
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice) {
   auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();
   Fill(*analyzer, choice);

@@ -30,6 +30,9 @@ std::vector<ChosenSet> NamedSetOrClasses(const clsKeltrun2& root, const Options&
 /// The one set of a page. Throws CommandError when the user named none and there are several.
 ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 
+/// The course of a class or course; null for a segment, and where the event does not hold it.
+std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet& choice);
+
 /// The analysis of a set, executed.
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice);
 

@@ -62,6 +62,13 @@ void SetUpPages(clsPrintBook& book, const Options& options) {
   }
 }
 
+// A course of fewer controls than the set has would leave some without a code.
+void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> course) {
+  if (course && course->ControlCount() >= analyzer.ControlCount) {
+    analyzer.SetCourseData(std::move(course));
+  }
+}
+
 void PrintOne(clsKeltrun2& root, const PrintOptions& print, const ChosenSet& choice,
               const std::shared_ptr<clsPrintBook>& book) {
   if (print.what == "results") {
@@ -69,9 +76,10 @@ void PrintOne(clsKeltrun2& root, const PrintOptions& print, const ChosenSet& cho
                                        print.new_pages, print.ids, print.ages);
     if (print.new_pages) book->SetPrintedAreaHeight(0);
   } else {
+    const auto analyzer = Analysis(root, choice);
+    AddControlCodes(*analyzer, CourseOf(root, choice));
     root.GraphicControl()->PrintAnalysis(
-        Analysis(root, choice), book,
-        print.legs == "miss" ? KR_PRINT_ANALYSIS_MISS : KR_PRINT_ANALYSIS_LAP);
+        analyzer, book, print.legs == "miss" ? KR_PRINT_ANALYSIS_MISS : KR_PRINT_ANALYSIS_LAP);
   }
 }
 

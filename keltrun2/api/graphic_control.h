@@ -41,8 +41,9 @@ class KELTRUN2_API clsGraphicControl {
                    bool PrintNewPage = false, bool PrintID = false, bool PrintAge = false);
 
   /// Lays the selected runners of an executed analysis out on a print book, on pages of their own,
-  /// in the book's virtual area whatever its size. Laps of rank 1 to 3 are shaded in the colours of
-  /// the settings PRINT_COLOR_RANK1 to PRINT_COLOR_RANK3 ("&HCCCCCC").
+  /// in the book's virtual area whatever its size. With a CourseData the labels show its control
+  /// codes; a mix of classes shows the ranks in the set. Laps of rank 1 to 3 are shaded in the
+  /// colours of the settings PRINT_COLOR_RANK1 to PRINT_COLOR_RANK3 ("&HCCCCCC").
   void PrintAnalysis(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                      const std::shared_ptr<clsPrintBook>& PrintBookObject,
                      KrPrintAnalysisModeConst Mode = KR_PRINT_ANALYSIS_LAP);

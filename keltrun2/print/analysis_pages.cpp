@@ -238,7 +238,8 @@ class AnalysisPages {
 
   void PrintRunner(const Runner& runner) {
     GroupHead head;
-    head.place = runner.Rank();
+    // The official ranks of several classes are ranks of each class.
+    head.place = analyzer_.DataSetIsMix ? runner.RankInDataSet() : runner.Rank();
     head.name = runner.RunnerName();
     head.club = runner.ClubName();
     if (analyzer_.DataSetIsMix) {
