@@ -179,13 +179,14 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
 }};
 
 // A lap as a time or marker. Times with a fraction and of 24 hours and more are times too: a file
-// that holds one must not lose it.
+// that holds one must not lose it. Dates and negative times are no laps.
 class LapTextReader {
  public:
   DateTime Read(std::string_view text) const {
-    if (const auto time = ParseDateTime(text); time && *time >= 0 && *time < 1) return *time;
-    if (const auto time = ParseFinishTime(text)) return *time;
-    if (IsTimeText(text)) return ParseSignedTime(text, false, false, 0);
+    if (text.find_first_of("/-") == std::string_view::npos) {
+      if (const auto time = ParseFinishTime(text)) return *time;
+      if (IsTimeText(text)) return ParseSignedTime(text, false, false, 0);
+    }
     if (text == kDisqText || text == "X") return kTimeDisq;
     if (text == kSkipText || text == "+" || (!arrow_.empty() && text == arrow_)) return kTimeSkip;
     return kTimeNoData;
