@@ -155,9 +155,10 @@ TEST(ApiSurface, FilesAndPages) {
   TemporaryFolder folder;
   clsFileControl& files = *s.root->FileControl();
   files.SetProgressVisible(false);
+  files.SetRenewRanks(false);
   ProgressHandle handle = files.OnProgress([](std::int32_t) {});
   handle.Detach();
-  Are<bool>(files.ProgressVisible(), files.SaveLapFile(folder.Path("a.lxm")),
+  Are<bool>(files.ProgressVisible(), files.RenewRanks(), files.SaveLapFile(folder.Path("a.lxm")),
             files.SaveLapFile(folder.Path("b"), KR_FILETYPE_KELTRUN2, KR_SAVEMODE_FULL));
   EXPECT_TRUE(files.LoadLapFile(folder.Path("a.lxm")));
   EXPECT_EQ(s.root->ClassData(1)->LapCount(), 1)

@@ -323,6 +323,28 @@ TEST_F(Cli, ConvertMergeAndSegments) {
   Output("merge two.lxm si.lxm -o known.lxm --known-only");
   EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "known.lxm")), 1);
 
+  // A late winner: new ranks unless they shall stay.
+  const auto runner = [](const string& name, const string& result, const string& rank) {
+    return "<runner name=\"" + name + "\" result=\"" + result + "\" rank=\"" + rank + "\"/>";
+  };
+  const string head = "<keltrun><classes><class name=\"M\">", tail = "</class></classes></keltrun>";
+  Write(folder_ / "ranked.lxm", head + runner("A", "0:10:00", "1") + tail);
+  Write(folder_ / "guest.lxm", head + runner("A", "0:10:00", "9") + tail);
+  Write(folder_ / "late.lxm", head + runner("L", "0:09:00", "") + tail);
+  const struct {
+    string event, option, rank;
+    bool stale;
+  } merges[] = {{"ranked.lxm", "", "2", false},
+                {"ranked.lxm", " --ranks keep", "1", false},
+                {"guest.lxm", "", "9", true},
+                {"guest.lxm", " --ranks keep", "9", false}};
+  for (const auto& [event, option, rank, stale] : merges) {
+    const Outcome run = Run("keltrun2 merge --force -o m.lxm " + event + " late.lxm" + option);
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_TRUE(Has(Contents(folder_ / "m.lxm"), "rank=\"" + rank + "\"")) << event << option;
+    EXPECT_EQ(run.err.starts_with("late.lxm: class \"M\": "), stale) << run.err;
+  }
+
   // Two archives without the mark at the end of the first are one archive of two lap files.
   Output("convert two.lxm b.lzh");
   const string first = Contents(folder_ / "a.lzh");

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <regex>
+#include <set>
 #include <stdexcept>
 
 #include "keltrun2/config/settings.h"
@@ -159,6 +160,58 @@ TEST_F(FileControl, LoadModesMergeOrReplaceAndFailuresClearOnlyInNormalMode) {
     EXPECT_EQ(loaded(), expected);
     EXPECT_FALSE(files_->LoadLapFile(bad, KR_FILETYPE_AUTODETECT, mode));
     EXPECT_EQ(loaded(), mode == KR_LOADMODE_NORMAL ? "0" : expected);
+  }
+}
+
+// Runners of class M, each with name, result and rank.
+string ClassFile(const string& runners) {
+  string file = "<keltrun><classes><class name=\"M\">";
+  for (const auto& [name, result, rank] : Table<3>(runners)) {
+    file.append("<runner name=\"").append(name).append("\" result=\"").append(result);
+    file.append("\" rank=\"").append(rank).append("\"/>");
+  }
+  return file + "</class></classes></keltrun>";
+}
+
+TEST_F(FileControl, MergesRenewRanksThatWereThoseOfTheResults) {
+  constexpr auto kName = KR_LOADMODE_MERGE_NAME;
+  const string late = "L 0:09:00 \"\"";
+  const Rows<string, string, KrLapFileLoadModeCosnt, string> cases = {
+      {"A 0:10:00 1 | B 0:11:00 2 | C 0:11:00 2 | D MP \"\"", late, kName, "A2 B3 C3 D L1"},
+      {"A 0:10:00 1 | B 0:11:00 2", "L 0:10:30 1", KR_LOADMODE_APPEND, "A1 B3 L2"},
+      {"A 0:10:00 1 | B 0:11:00 2", "B 0:09:00 7", kName | KR_LOADMODE_PRIORITY_NEWDATA, "A2 B1"},
+      {"A \"\" \"\" | B 0:11:00 1", "A 0:09:00 \"\"", kName, "A1 B2"},
+      // A guest without a rank, a tie that was decided, a word: they stay, and may be stale.
+      {"A 0:10:00 \"\" | B 0:11:00 1", late, kName, "A B1 L stale"},
+      {"A 0:10:00 1 | B 0:10:00 2", late, kName, "A1 B2 L stale"},
+      {"A 0:10:00 1 | B MP -", late, kName, "A1 B- L stale"},
+      {"A 0:10:00 \"\" | B 0:11:00 1", "A \"\" 5", kName, "A5 B1 stale"},
+      {"A 0:10:00 \"\"", "L 0:09:00 1", kName, "A L1 stale"},
+      // Nothing to tell: nobody has a rank, nothing changes, a class of its own.
+      {"A 0:10:00 \"\" | B 0:11:00 \"\"", late, kName, "A B L"},
+      {"A 0:10:00 3 | B 0:11:00 1", "A 0:09:00 4 | B 0:12:00 4", kName, "A3 B1"},
+      {"", "A 0:10:00 5", kName, "A5"}};
+  const auto merged = [&](const string& event, const string& import, KrLapFileLoadModeCosnt mode) {
+    const string file = event.empty() ? "<keltrun/>" : ClassFile(event);
+    EXPECT_TRUE(files_->LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_NORMAL, file));
+    EXPECT_TRUE(files_->LoadLapFile("", KR_FILETYPE_KELTRUN2, mode, ClassFile(import)));
+    std::set<string> ranks;
+    const auto klass = root_->ClassData("M");
+    for (std::int32_t i = 1; i <= klass->LapCount(); ++i) {
+      ranks.insert(klass->LapData(i)->RunnerName + klass->LapData(i)->Rank);
+    }
+    for (const LoadRemark& remark : files_->LoadRemarks()) {
+      EXPECT_TRUE(remark.Text.starts_with("class \"M\": the official ranks may be stale"));
+      ranks.insert("stale");
+    }
+    string text;
+    for (const string& rank : ranks) text += (text.empty() ? "" : " ") + rank;
+    return text;
+  };
+  EXPECT_EQ(merged("A 0:10:00 1", late, kName) + merged("A 0:10:00 8", late, kName), "A1 LA8 L");
+  files_->SetRenewRanks(true);
+  for (const auto& [event, import, mode, expected] : cases) {
+    EXPECT_EQ(merged(event, import, mode), expected) << event << " + " << import;
   }
 }
 

@@ -54,6 +54,8 @@ constexpr char kConvertFooter[] =
     "  keltrun2 convert sportident.txt event.lxm\n"
     "  keltrun2 convert event.lxm results.xml --force";
 constexpr char kMergeFooter[] =
+    "An import-only text adds clubs and sexes to the runners of a name in every class; there only\n"
+    "blanks do not count.\n"
     "Examples:\n"
     "  keltrun2 merge event.lxm import.txt -o out.lxm --match name --prefer new\n"
     "  keltrun2 merge day.lxm late.lxm -o all.lxm --match none\n"
@@ -244,8 +246,9 @@ void AddMergeOptions(CLI::App& app, Options& options) {
       ->check(LapFileName());
   AddSaving(app, options);
   app.add_option("--match", options.match,
-                 "how a runner of the import is recognised in his class: by name (without regard\n"
-                 "to blanks, case and width), by id, or not at all: then everybody is added")
+                 "how a runner of the import is recognised in the class: by name (blanks and the\n"
+                 "case of the letters A to Z do not count), by id, or not at all: then everybody\n"
+                 "is added")
       ->type_name("name|id|none")
       ->check(CLI::IsMember({"name", "id", "none"}).description(""))
       ->capture_default_str();
@@ -255,6 +258,12 @@ void AddMergeOptions(CLI::App& app, Options& options) {
       ->type_name("old|new")
       ->check(CLI::IsMember({"old", "new"}).description(""));
   app.add_flag("--known-only", options.known_only, "leave out runners who are not in the event");
+  app.add_option_function<std::string>(
+         "--ranks", [&options](const std::string& word) { options.renew_ranks = word == "renew"; },
+         "official ranks of a class that changes: renew them where they were those of the results\n"
+         "and tell where they may be stale (default), or keep all")
+      ->type_name("renew|keep")
+      ->check(CLI::IsMember({"renew", "keep"}).description(""));
 }
 
 void AddSiteOptions(CLI::App& app, Options& options) {

@@ -101,6 +101,7 @@ void LoadEvent(clsKeltrun2& root, const Options& options) {
 }
 
 void MergeImport(clsKeltrun2& root, const Options& options) {
+  root.FileControl()->SetRenewRanks(options.renew_ranks);
   Load(root, options.import_file, MergeMode(options), options);
 }
 

@@ -74,6 +74,7 @@ struct Options {
   std::string match = "name";  // how a runner is recognised: "name", "id", or "none"
   bool prefer_new = false;     // new values overwrite existing ones
   bool known_only = false;     // runners who are not there already are left out
+  bool renew_ranks = true;     // of classes that were ranked by their results
 
   // Which data set; nothing set is every one that the event offers.
   std::optional<std::string> class_name;

@@ -112,6 +112,7 @@ void BindFileControl(py::module_& module) {
   Class<clsFileControl>(module, "clsFileControl")
       .Property("ProgressVisible", &clsFileControl::ProgressVisible,
                 &clsFileControl::SetProgressVisible)
+      .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
       .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"))
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
               arg("AnalysisFile") = "", arg("ResultFile") = "", arg("Lap2File") = "",

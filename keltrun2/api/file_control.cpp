@@ -54,7 +54,7 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
   const Busy busy;
   if (!busy.Granted()) return false;
   return keltrun::LoadLapFile(
-      {std::string(FileName), LapFileType, LoadMode, std::string(FileData)}, remarks_,
+      {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_}, remarks_,
       [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
 

@@ -29,6 +29,12 @@ class KELTRUN2_API clsFileControl {
   bool ProgressVisible() const { return progress_visible_; }
   void SetProgressVisible(bool Visible) { progress_visible_ = Visible; }
 
+  /// Whether a load that adds to the event gives new official ranks to the classes whose official
+  /// ranks were exactly those of their results; false at first. Other classes that change keep
+  /// theirs, and a remark says that they may be stale.
+  bool RenewRanks() const { return renew_ranks_; }
+  void SetRenewRanks(bool Renew) { renew_ranks_ = Renew; }
+
   /// Publishes the event as a small web site in a folder. False only when the user does not want
   /// the missing folder created; what could not be written is listed in ErrorComment, the rest is
   /// there. Raises invalid procedure call (5) for a charset that is not known.
@@ -84,6 +90,7 @@ class KELTRUN2_API clsFileControl {
 
  private:
   bool progress_visible_ = false;
+  bool renew_ranks_ = false;
   std::vector<LoadRemark> remarks_;
   std::int32_t attached_ = 0;
   std::shared_ptr<ProgressHandlers> handlers_ = std::make_shared<ProgressHandlers>();

@@ -6,6 +6,7 @@
 
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/api/feed_model.h"
+#include "keltrun2/api/rank_renewal.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
 #include "keltrun2/io/import_only_reader.h"
@@ -77,7 +78,7 @@ class Load {
       SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
       return false;
     }
-    if (!LoadByType(start_progress)) return false;
+    if (!LoadAndRank(start_progress)) return false;
     model_->FileName = request_.FileName;
     return true;
   }
@@ -131,6 +132,17 @@ class Load {
     SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
                  std::string(kDetectOperation));
     return false;
+  }
+
+  // What a reader added before an error counts, for the ranks too.
+  bool LoadAndRank(const StartProgress& start_progress) {
+    if (!request_.RenewRanks || request_.Mode == KR_LOADMODE_NORMAL) {
+      return LoadByType(start_progress);
+    }
+    const RankRenewal ranks(*model_);
+    const bool loaded = LoadByType(start_progress);
+    ranks.Renew(remarks_);
+    return loaded;
   }
 
   bool LoadByType(const StartProgress& start_progress) {

@@ -23,7 +23,8 @@ struct LoadRequest {
   std::string FileName;
   KrLapFileTypeConst Type = KR_FILETYPE_AUTODETECT;
   KrLapFileLoadModeCosnt Mode = KR_LOADMODE_NORMAL;
-  std::string FileData;  // in place of the file when not empty; UTF-8
+  std::string FileData;     // in place of the file when not empty; UTF-8
+  bool RenewRanks = false;  // of an event that the load adds to
 };
 
 /// True when the file was loaded; else the error text says why, or is empty for a type that is only

@@ -24,7 +24,8 @@ std::string FileBaseName(std::string_view name) {
   return EncodeWideCharacters(ToHalfWidth(LowerAscii(CleanFileName(name))));
 }
 
-// Names that differ only in blanks, letter case or the width of letters and digits have one key.
+// Names that differ only in blanks, the case of A to Z or the width of digits and small letters
+// have one key. Full-width capitals stay capitals, so they equal no letters of half width.
 std::string NameKey(std::string_view name) {
   return ToHalfWidth(NormalizeName(LowerAscii(name)), {.Space = false, .Symbols = false});
 }

@@ -11,7 +11,7 @@ enum KrLapFileLoadModeCosnt : std::int32_t {
   KR_LOADMODE_NORMAL = 0,                // the model is cleared first, every runner added
   KR_LOADMODE_APPEND = 1,                // every runner added to the model as it is
   KR_LOADMODE_MERGE_ID = 16,             // match by ID
-  KR_LOADMODE_MERGE_NAME = 17,           // match by name, without regard to blanks, case and width
+  KR_LOADMODE_MERGE_NAME = 17,           // match by name; blanks and the case of A to Z don't count
   KR_LOADMODE_NOTADD_NEWDATA = 4096,     // a runner without a match is dropped
   KR_LOADMODE_PRIORITY_ORIGINAL = 8192,  // existing values win
   KR_LOADMODE_PRIORITY_NEWDATA = 16384,  // new values that are not empty overwrite existing ones

@@ -26,6 +26,36 @@ def test_loads_merges_and_saves(root, event, tmp_path):
     assert saved.read_bytes().startswith(b"$LAPFILE")
 
 
+def test_merge_is_the_programs(root, tmp_path):
+    def lap_file(name, **runners):
+        lines = "".join(f'<runner name="{runner}" result="{result}" rank="{rank}"/>'
+                        for runner, (result, rank) in runners.items())
+        path = tmp_path / name
+        path.write_text(f'<keltrun><classes><class name="M">{lines}</class></classes></keltrun>')
+        return str(path)
+
+    def ranks():
+        runners = (root.ClassData("M").LapData(i) for i in range(1, root.ClassData("M").LapCount + 1))
+        return {runner.RunnerName: runner.Rank for runner in runners}
+
+    event = lap_file("event.lxm", A=("0:10:00", "1"))
+    late = lap_file("late.lxm", a=("0:11:00", ""), L=("0:09:00", ""))
+    for options, expected in (
+        ({}, {"A": "2", "L": "1"}),
+        ({"prefer": "new"}, {"a": "2", "L": "1"}),
+        ({"known_only": True}, {"A": "1"}),
+        ({"match": "none"}, {"A": "2", "L": "1", "a": "3"}),
+        ({"renew_ranks": False}, {"A": "1", "L": ""}),
+    ):
+        assert root.FileControl.LoadLapFile(event)
+        assert kr.merge(root, late, **options)
+        assert ranks() == expected, options
+    assert root.FileControl.RenewRanks is False
+    assert not kr.merge(root, "missing.lxm")
+    with pytest.raises(ValueError, match="name, id, none"):
+        kr.merge(root, late, match="club")
+
+
 def test_what_a_load_says(root, tmp_path):
     (tmp_path / "bad.lxm").write_text("<keltrun><class")
     assert not root.FileControl.LoadLapFile(str(tmp_path / "bad.lxm"))
