@@ -260,8 +260,8 @@ void AddMergeOptions(CLI::App& app, Options& options) {
   app.add_flag("--known-only", options.known_only, "leave out runners who are not in the event");
   app.add_option_function<std::string>(
          "--ranks", [&options](const std::string& word) { options.renew_ranks = word == "renew"; },
-         "official ranks of a class that changes: renew them where they were those of the results\n"
-         "and tell where they may be stale (default), or keep all")
+         "official ranks of a class that changes: renewed where they were exactly those of\n"
+         "the results, else told that they may be stale (default); or all kept")
       ->type_name("renew|keep")
       ->check(CLI::IsMember({"renew", "keep"}).description(""));
 }
