@@ -49,24 +49,33 @@ def from_datetime(moment: _datetime.datetime) -> float:
     return (moment.replace(tzinfo=None) - _EPOCH) / _datetime.timedelta(days=1)
 
 
-_MATCHES = {"name": KR_LOADMODE_MERGE_NAME, "id": KR_LOADMODE_MERGE_ID, "none": KR_LOADMODE_APPEND}  # noqa: F405
-_PREFERENCES = {"old": KR_LOADMODE_PRIORITY_ORIGINAL, "new": KR_LOADMODE_PRIORITY_NEWDATA}  # noqa: F405
+_MATCHES = {
+    "name": KR_LOADMODE_MERGE_NAME,  # noqa: F405
+    "id": KR_LOADMODE_MERGE_ID,  # noqa: F405
+    "none": KR_LOADMODE_APPEND,  # noqa: F405
+}
+_PREFERENCES = {
+    "old": KR_LOADMODE_PRIORITY_ORIGINAL,  # noqa: F405
+    "new": KR_LOADMODE_PRIORITY_NEWDATA,  # noqa: F405
+}
 
 
-def merge(root: clsKeltrun2, file_name: str, *, match: str = "name", prefer: str = "old",  # noqa: F405
-          known_only: bool = False, renew_ranks: bool = True) -> bool:
-    """Adds what another file knows to the event of the root created last, as the program's merge does.
+def merge(root: clsKeltrun2, file_name: str, *, match: str = "name",  # noqa: F405
+          prefer: str = "old", known_only: bool = False, renew_ranks: bool = True) -> bool:
+    """Adds what another file knows to the event, as the program's merge does.
 
-    `match` tells how a runner is recognised in the class: by "name", by "id", or "none", which adds
-    everybody. `prefer` is which value counts where both have one, "old" or "new". `known_only` leaves
-    out runners who are not in the event. With `renew_ranks` classes whose official ranks were exactly
-    those of their results get new ones, and a remark names the other classes that changed.
+    `match` tells how a runner is recognised in the class: by "name", by "id", or "none", which
+    adds everybody. `prefer` is which value counts where both have one, "old" or "new".
+    `known_only` leaves out runners who are not in the event. With `renew_ranks` classes whose
+    official ranks were exactly those of their results get new ones, and a remark names the other
+    classes that changed.
 
-    False when the file cannot be loaded; root.ErrorComment says why. root.FileControl.LoadRemarks has
-    the remarks. Other words for match and prefer raise ValueError.
+    False when the file cannot be loaded; root.ErrorComment says why. root.FileControl.LoadRemarks
+    has the remarks. Other words for match and prefer raise ValueError.
     """
     if match not in _MATCHES or prefer not in _PREFERENCES:
-        raise ValueError(f"match is one of {', '.join(_MATCHES)}, prefer one of {', '.join(_PREFERENCES)}")
+        raise ValueError(f"match is one of {', '.join(_MATCHES)}, "
+                         f"prefer one of {', '.join(_PREFERENCES)}")
     mode = _MATCHES[match] | _PREFERENCES[prefer]
     if known_only:
         mode |= KR_LOADMODE_NOTADD_NEWDATA  # noqa: F405
