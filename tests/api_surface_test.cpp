@@ -165,6 +165,7 @@ TEST(ApiSurface, FilesAndPages) {
       << "the default is to load in place of what was there";
   Are<bool>(files.LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_APPEND, "<keltrun/>"));
   Are<KrLapFileTypeConst>(files.FileSaveMode(3));
+  Are<std::vector<Text>>(files.SiteFiles({.IndexFile = "i", .IndexReplaceBlock = true}));
   std::filesystem::create_directory(folder.Path("site"));
   EXPECT_TRUE(files.OutputHtml(folder.Path("site")));
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("site"))) << "every output is off by default";
@@ -198,6 +199,7 @@ TEST(ApiSurface, DataSetsAndFigures) {
   r.SetVesmerX(1);
   r.SetVesmerY(2);
   Are<double>(r.VesmerX(), r.VesmerY());
+  Are<Long>(s.analyzer->FinisherCount(), kFewestOnMap, kMostOnMap);
   Are<void (R::*)(Long, Long)>(&R::SetSplitRank, &R::SetLapRank, &R::SetModifiedSplitRank,
                                &R::SetModifiedLapRank);
   Are<Long>(r.SplitRank(1), r.LapRank(1), r.ModifiedSplitRank(1), r.ModifiedLapRank(1),

@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <random>
+#include <thread>
 
 #include "keltrun2/platform/archiver.h"
 #include "keltrun2/platform/encodings.h"
@@ -464,6 +466,49 @@ TEST_F(WorkingFolders, TheNextExtractionRemovesTheLast) {
   EXPECT_EQ(left, expected);
   EXPECT_EQ(ReadBytes(outside + "/kept"), "kept");
   close(used);
+}
+
+TEST_F(WorkingFolders, PackedLapFilesDoNotPileUp) {
+  const auto root = NewRoot();
+  const auto names = [this] {
+    string text;
+    for (const auto& [name, bytes] : FilesIn(folder_.Path("Keltrun2"))) text += name + " ";
+    return text;
+  };
+  const auto save = [&](const string& name) {
+    EXPECT_TRUE(root->FileControl()->SaveLapFile(folder_.Path(name))) << root->ErrorComment();
+  };
+  string error;
+  WorkingFolder(error);
+  for (const char* left : {"killed.lap", "killed.xml", "other"})
+    WriteBytes(folder_.Path("Keltrun2/") + left, "");
+  for (const string name : {"a", "b"}) {
+    save(name + ".lzh");
+    EXPECT_EQ(names(), name == "a" ? "a.lxm other " : "b.lxm other ");
+  }
+  std::thread([&] {
+    const auto extracted = NewExtractionFolder(error);
+    ASSERT_TRUE(extracted) << error;
+    EXPECT_TRUE(fs::is_directory(*extracted));
+    save("c.lzh");
+    EXPECT_TRUE(fs::is_directory(*extracted)) << "the loaded file stays when another is packed";
+  }).join();
+  EXPECT_EQ(names(), "other ") << "the end of a thread takes its files along";
+}
+
+TEST_F(WorkingFolders, AChildLeavesTheFolderOfItsParent) {
+  string error;
+  const auto ours = NewExtractionFolder(error);
+  ASSERT_TRUE(ours) << error;
+  const pid_t child = fork();
+  if (child == 0) _exit(NewExtractionFolder(error) ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(fs::exists(*ours));
+  const int handle = open(ours->c_str(), O_RDONLY);
+  EXPECT_NE(flock(handle, LOCK_EX | LOCK_NB), 0) << "still locked";
+  close(handle);
 }
 
 }  // namespace

@@ -129,6 +129,7 @@ TEST(Vesmer, FieldsTooLargeOrWithoutLosses) {
     event.Runner(0).SetVesmerX(9);
     event.analyzer->Vesmer();
     EXPECT_EQ(event.Runner(0).VesmerX(), 0);
+    EXPECT_EQ(event.analyzer->FinisherCount(), static_cast<std::int32_t>(runners));
   }
   EXPECT_TRUE(SolverFor(300) == MapSolver::kJacobi && SolverFor(301) == MapSolver::kLanczos);
 }

@@ -285,7 +285,7 @@ TEST(LegDataPage, SixFastestWhoHaveARank) {
 
 TEST(ChartPage, PicturesByOption) {
   const auto picture = [](const char* heading, int mode) {
-    return "<h3>◎ " + std::string(heading) + "</h3><img src=\"a&amp;" + std::to_string(mode) + "b" +
+    return "<h3>◎ " + std::string(heading) + "</h3><img src=\"a&" + std::to_string(mode) + "b" +
            std::to_string(mode) + ".png\"><br><hr>";
   };
   const std::string normal = picture("標準", 0), real_time = picture("リアルタイム", 1);
@@ -308,6 +308,19 @@ TEST(ChartPage, PicturesByOption) {
                   "ケルトラン２ (Ver.2.27)</a>\r\n</body></html>");
     EXPECT_EQ(CountOf(page, "charset=x-sjis\">"), 1U);
     EXPECT_EQ(CountOf(page, "td { font-family: 'ＭＳ ゴシック'; font-size: 10pt;border"), 1U);
+  }
+}
+
+TEST(ChartPage, SaysThatThereIsNoMapOfTooMany) {
+  const PageEvent event;
+  const std::string note =
+      "<h3>◎ ミスの地図</h3>完走者が5001人いるため、地図はありません（5000人まで）。<br><hr>";
+  for (const auto& [finishers, notes] : Rows<std::int32_t, std::size_t>{{5000, 0}, {5001, 1}}) {
+    for (int i = event.Analyzed()->FinisherCount(); i < finishers; ++i)
+      AddRunner(*event.klass, "R", "0:20:00", {1, 1, 1});
+    const auto html = event.root->HtmlControl();
+    EXPECT_EQ(CountOf(html->OutputChart(event.Analyzed(), "?.png", "7"), note), notes);
+    EXPECT_EQ(CountOf(html->OutputChart(event.Analyzed(), "?.png", "0"), "<h3>"), 1U);
   }
 }
 

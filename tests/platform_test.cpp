@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "keltrun2/platform/clock.h"
@@ -130,6 +132,53 @@ TEST_F(Files, FailuresNameTheFile) {
     EXPECT_EQ(ReadFile(name, error_), std::nullopt);
     EXPECT_NE(std::exchange(error_, "").find(name), string::npos);
   }
+}
+
+// Threads share the process number, as processes in two containers do.
+TEST_F(Files, WritersOfOneFileDoNotMeet) {
+  const string name = folder_.Path("shared");
+  const auto write = [&name](char letter) {
+    string error;
+    for (int i = 0; i < 50; ++i)
+      EXPECT_TRUE(WriteFile(name, string(300000, letter), error)) << error;
+  };
+  std::thread other(write, 'b');
+  write('a');
+  other.join();
+  const string bytes = ReadBytes(name);
+  EXPECT_EQ(bytes, string(300000, bytes.at(0)));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 1);
+}
+
+TEST_F(Files, NothingOfOthersIsRemoved) {
+  const string foreign = folder_.Path(".keltrun2-" + std::to_string(getpid()) + ".tmp");
+  WriteBytes(foreign, "another's");
+  fs::create_directory(folder_.Path("in the way"));
+  EXPECT_TRUE(Write(folder_.Path("new"), "x"));
+  EXPECT_FALSE(Write(folder_.Path("in the way"), "x"));
+  EXPECT_EQ(ReadBytes(foreign), "another's");
+  EXPECT_TRUE(CanMakeFiles(folder_.Path(), error_)) << error_;
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 3);
+  EXPECT_FALSE(CanMakeFiles(folder_.Path("missing"), error_));
+  EXPECT_NE(error_.find("missing: "), string::npos) << error_;
+}
+
+TEST_F(Files, SyncedBeforeTheNameAndAfterIt) {
+  const string name = folder_.Path("file");
+  WriteBytes(name, "old");
+  fs::permissions(name, fs::perms(0606));
+  DiskSyncLog log;
+  log.Look = [&name] { return ReadBytes(name); };
+  ASSERT_TRUE(WriteFile(name, "new", error_, Sync::kNow)) << error_;
+  EXPECT_EQ(log.Take(), "file old folder new ");
+  EXPECT_EQ(fs::status(name).permissions(), fs::perms(0606));
+  ASSERT_TRUE(Write(name, "newer") && SyncFileSystem(folder_.Path(), error_)) << error_;
+  EXPECT_EQ(log.Take(), "all newer ");
+  SetDiskSync([](int, bool) { return errno = EIO, false; });
+  EXPECT_FALSE(WriteFile(name, "lost", error_, Sync::kNow));
+  EXPECT_NE(error_.find(name), string::npos);
+  EXPECT_EQ(ReadBytes(name), "newer");
+  EXPECT_FALSE(SyncFileSystem(folder_.Path(), error_));
 }
 
 TEST_F(Files, FoldersAndLinks) {

@@ -9,19 +9,22 @@
 #include <iterator>
 
 #include "keltrun2/config/settings_internal.h"
+#include "keltrun2/platform/files.h"
 #include "keltrun2/platform/locale.h"
 
 namespace keltrun::test {
 namespace {
 
-// Root objects keep settings in the user's folder: the tests have one of their own.
-struct OwnConfigFolder {
-  OwnConfigFolder() {
+// Root objects keep settings in the user's folder: the tests have one of their own. Nobody waits
+// for the disk but where that is the subject.
+struct OwnSurroundings {
+  OwnSurroundings() {
+    SetDiskSync([](int, bool) { return true; });
     setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
     setenv("HOME", folder.Path().c_str(), 0);  // some build machines have none
   }
   TemporaryFolder folder;
-} const own_config_folder;
+} const own_surroundings;
 
 }  // namespace
 
@@ -57,6 +60,23 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+DiskSyncLog::DiskSyncLog() {
+  SetDiskSync([this](int handle, bool whole_file_system) {
+    std::error_code none;
+    const auto path =
+        std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(handle), none);
+    entries_ += whole_file_system                     ? "all "
+                : std::filesystem::is_directory(path) ? "folder "
+                                                      : "file ";
+    if (Look) entries_ += Look() + " ";
+    return true;
+  });
+}
+
+DiskSyncLog::~DiskSyncLog() {
+  SetDiskSync([](int, bool) { return true; });
 }
 
 std::string CrLf(std::string_view text) {

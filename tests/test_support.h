@@ -3,6 +3,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <iomanip>
 #include <memory>
 #include <sstream>
@@ -10,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "keltrun2/keltrun2.h"
@@ -45,6 +47,23 @@ class TemporaryFolder {
 
  private:
   std::filesystem::path path_;
+};
+
+/// While it lives: what the component waited for on the disk, "file", "folder" or "all" (a whole
+/// file system), each with what Look saw at that moment.
+class DiskSyncLog {
+ public:
+  DiskSyncLog();
+  ~DiskSyncLog();
+  DiskSyncLog(const DiskSyncLog&) = delete;
+  DiskSyncLog& operator=(const DiskSyncLog&) = delete;
+
+  /// What was written down since the last call.
+  std::string Take() { return std::exchange(entries_, ""); }
+  std::function<std::string()> Look;
+
+ private:
+  std::string entries_;
 };
 
 /// A table of cases, to be walked as `for (const auto& [text, expected] : Rows<A, B>{{...}, ...})`.

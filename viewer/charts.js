@@ -289,8 +289,12 @@ function placedRunners(app) {
   const {chart} = app.state;
   const placed = drawnRunners(app).map((runner) => ({runner, place: PLACES[chart](runner)}))
       .filter(({place}) => place);
-  const isComputed = chart !== 'map' || app.set.runners.some(({map: [x, y]}) => x !== 0 || y !== 0);
-  return isComputed ? placed : [];
+  return chart !== 'map' || hasMap(app.set) ? placed : [];
+}
+
+// Where no map was made, everybody is at the origin.
+function hasMap(set) {
+  return set.runners.some(({map: [x, y]}) => x !== 0 || y !== 0);
 }
 
 function drawMarks(app, width, height) {
@@ -312,8 +316,9 @@ function drawMarks(app, width, height) {
 
 // --- The whole chart ---
 
-function emptyMessage(plot) {
-  return label((plot.left + plot.right) / 2, (plot.top + plot.bottom) / 2, 'middle', text('noFigures'), 'empty');
+function emptyMessage(app, plot) {
+  const message = text(app.state.chart === 'map' && !hasMap(app.set) ? 'noMap' : 'noFigures');
+  return label((plot.left + plot.right) / 2, (plot.top + plot.bottom) / 2, 'middle', message, 'empty');
 }
 
 // What is left of the window, within bounds that suit the width.
@@ -329,7 +334,7 @@ function renderChart(app) {
   const draw = LINE_CHARTS.includes(app.state.chart) ? drawLines : drawMarks;
   scene = {...draw(app, width, height), width};
   const drawing = svg('svg', {viewBox: `0 0 ${width} ${height}`, 'aria-hidden': 'true'}, ...scene.nodes);
-  if (scene.shapes.length === 0) drawing.append(emptyMessage(scene.plot));
+  if (scene.shapes.length === 0) drawing.append(emptyMessage(app, scene.plot));
   scene.hover = svg('g', {class: 'hover'});
   drawing.append(scene.hover);
   canvas.ariaLabel = text('chartLabel', app.set.info.name, text(app.state.chart));

@@ -116,6 +116,8 @@ void BindAnalysis(py::module_& module) {
   BindDataSet(module);
   BindRunner(module);
   BindGeneralData(module);
+  module.attr("kFewestOnMap") = kFewestOnMap;
+  module.attr("kMostOnMap") = kMostOnMap;
   Class<clsAnalyzer, DataSet>(module, "clsAnalyzer")
       .MadeBy(py::init<>())
       .Property("CourseData", &clsAnalyzer::CourseData, &clsAnalyzer::SetCourseData)
@@ -129,6 +131,7 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("GeneralData", &clsAnalyzer::GeneralData)
       .Method("Execute", &clsAnalyzer::Execute)
       .Method("ExtraAnalyze", &clsAnalyzer::ExtraAnalyze)
+      .ReadOnly("FinisherCount", &clsAnalyzer::FinisherCount)
       .Method("Vesmer", &clsAnalyzer::Vesmer)
       .Method("SelectItem", &clsAnalyzer::SelectItem, arg("SerialNum"))
       .Method("SelectSort", &clsAnalyzer::SelectSort)

@@ -88,6 +88,7 @@ void BindSite(py::module_& module) {
       .Field("LinkStyleFile", &SiteOptions::LinkStyleFile)
       .Field("OfficialSite", &SiteOptions::OfficialSite)
       .Field("IndexFileAddMode", &SiteOptions::IndexFileAddMode)
+      .Field("IndexReplaceBlock", &SiteOptions::IndexReplaceBlock)
       .Field("Charset", &SiteOptions::Charset);
 }
 
@@ -114,6 +115,7 @@ void BindFileControl(py::module_& module) {
                 &clsFileControl::SetProgressVisible)
       .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
       .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"))
+      .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"))
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
               arg("AnalysisFile") = "", arg("ResultFile") = "", arg("Lap2File") = "",
               arg("Lap1File") = "", arg("OfficialSite") = false, arg("IndexFileAddMode") = false,

@@ -1,9 +1,11 @@
 #include "keltrun2/analysis/analyzer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/execution.h"
 #include "keltrun2/analysis/extra_analysis.h"
 #include "keltrun2/analysis/vesmer.h"
@@ -137,6 +139,12 @@ void clsAnalyzer::Execute() {
 void clsAnalyzer::ExtraAnalyze() {
   ExtraAnalysis(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
   SelectAll();
+}
+
+std::int32_t clsAnalyzer::FinisherCount() const {
+  return static_cast<std::int32_t>(
+      std::count_if(full_.begin(), full_.end(),
+                    [](const auto& runner) { return HasFinishTime(runner->Result()); }));
 }
 
 void clsAnalyzer::Vesmer() { PlaceOnMap(full_, AnalyzerInternal::LegCount(*this), *general_); }

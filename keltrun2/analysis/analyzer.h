@@ -15,6 +15,10 @@
 
 namespace keltrun {
 
+/// How many finishers a map of loss profiles takes. Of more the distances would need over 100 MB.
+inline constexpr std::int32_t kFewestOnMap = 5;
+inline constexpr std::int32_t kMostOnMap = 5000;
+
 /// Gathers the runners to be compared, analyses them and holds the results.
 ///
 ///     auto analyzer = root->NewAnalyzer();
@@ -65,11 +69,15 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// LegDifficulty. Selects everybody.
   void ExtraAnalyze();
 
+  /// How many runners of the full set have a time in Result: those that a map shows. Vesmer makes
+  /// one of kFewestOnMap to kMostOnMap of them.
+  std::int32_t FinisherCount() const;
+
   /// After Execute: places the runners of the full set on the map of loss profiles, VesmerX and
   /// VesmerY, -100 to 100 on its wider axis. Runners who lost time on the same legs lie close
   /// together; a runner without losses would lie at (0, 0), and those without a time in Result are
-  /// put there. Fewer than 5 finishers keep their places; above 5,000 no map is made and all are
-  /// at (0, 0). The places stay until the next call.
+  /// put there. Fewer finishers than a map takes keep their places; of more no map is made and all
+  /// are at (0, 0). The places stay until the next call.
   void Vesmer();
 
   /// Appends the first runner of that serial number to the selected set, also when he is there

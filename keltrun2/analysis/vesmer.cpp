@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/model/time_values_internal.h"
 
@@ -13,9 +14,6 @@ namespace keltrun {
 namespace {
 
 using Runners = std::vector<std::shared_ptr<clsAnalyzedRunnerData>>;
-
-constexpr std::size_t kFewestFinishers = 5;
-constexpr std::size_t kMostFinishers = 5000;  // their matrix has 100 MB
 
 // Jacobi rotations of more points than this take too long.
 constexpr std::size_t kMostJacobiPoints = 300;
@@ -171,9 +169,9 @@ std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver
 
 void PlaceOnMap(const Runners& runners, std::int32_t legs, const clsAnalyzedGeneralData& general) {
   const Runners finishers = TakeFinishers(runners);
-  if (finishers.size() < kFewestFinishers) return;
+  if (finishers.size() < kFewestOnMap) return;
   std::vector<MapPoint> points(finishers.size());
-  if (finishers.size() <= kMostFinishers) {
+  if (finishers.size() <= kMostOnMap) {
     const LossProfiles profiles = LossesOf(finishers, legs, general);
     points = MapProfiles(profiles, SolverFor(profiles.Points()));
   }

@@ -64,8 +64,8 @@ TopEigenpairs TopAxes(SymmetricMatrix&& products, MapSolver solver);
 std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver);
 
 /// Places the finishers among executed runners on a map with a runner without loss at (0, 0), and
-/// the other runners at (0, 0). Fewer than 5 finishers stay where they are; of more than 5,000 no
-/// map is made, and they are at (0, 0) too.
+/// the other runners at (0, 0). Fewer finishers than kFewestOnMap stay where they are; of more than
+/// kMostOnMap no map is made, and they are at (0, 0) too.
 void PlaceOnMap(const std::vector<std::shared_ptr<clsAnalyzedRunnerData>>& runners,
                 std::int32_t legs, const clsAnalyzedGeneralData& general);
 

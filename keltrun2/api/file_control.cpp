@@ -49,6 +49,10 @@ bool clsFileControl::OutputSite(const SiteOptions& Options) {
       Options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
 
+std::vector<std::string> clsFileControl::SiteFiles(const SiteOptions& Options) const {
+  return keltrun::SiteFiles(Options);
+}
+
 bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileLoadModeCosnt LoadMode, std::string_view FileData) {
   const Busy busy;
@@ -60,7 +64,8 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
 
 bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileSaveModeCosnt SaveMode) {
-  return keltrun::SaveLapFile(*CurrentModel(), std::string(FileName), LapFileType, SaveMode);
+  return keltrun::SaveLapFile(*CurrentModel(), std::string(FileName), LapFileType, SaveMode,
+                              Sync::kNow);
 }
 
 KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {

@@ -37,8 +37,14 @@ class KELTRUN2_API clsFileControl {
 
   /// Publishes the event as a small web site in a folder. False only when the user does not want
   /// the missing folder created; what could not be written is listed in ErrorComment, the rest is
-  /// there. Raises invalid procedure call (5) for a charset that is not known.
+  /// there, and on the disk when this returns. Raises invalid procedure call (5) for a charset that
+  /// is not known.
   bool OutputSite(const SiteOptions& Options);
+
+  /// The names, with the folder, of all files that OutputSite writes with these options, in no
+  /// order and with some that it leaves out where there is nothing to show. Raises invalid
+  /// procedure call (5) for a charset that is not known.
+  std::vector<std::string> SiteFiles(const SiteOptions& Options) const;
 
   /// The same by its parameters one by one; `SiteOptions` tells what they mean.
   bool OutputHtml(std::string_view OutputFolder, std::string_view IndexFile = "",
@@ -68,9 +74,9 @@ class KELTRUN2_API clsFileControl {
 
   /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
   /// IOF XML, everything else the native format. An existing file is replaced only by a complete
-  /// new one. A failure leaves its reason in `clsKeltrun2::ErrorComment`; a success leaves there
-  /// what was there before. Of a ".lzh" archive that could not be written only the text tells: the
-  /// result is that of the lap file in the working folder.
+  /// new one that is on the disk. A failure leaves its reason in `clsKeltrun2::ErrorComment`; a
+  /// success leaves there what was there before. Of a ".lzh" archive that could not be written only
+  /// the text tells: the result is that of the lap file in the working folder.
   bool SaveLapFile(std::string_view FileName,
                    KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                    KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);

@@ -14,8 +14,8 @@
 namespace keltrun {
 
 /// Turns data sets into complete HTML pages, returned as UTF-8 text whose lines end in CR LF. The
-/// charset in Encoding is only declared: whoever writes the file encodes it so. Texts from data and
-/// addresses are escaped; TopValue and LinkStyleFile are the host's own HTML.
+/// charset in Encoding is only declared: whoever writes the file encodes it so. Texts from data are
+/// escaped; TopValue, LinkStyleFile, ChartName and LapFileURL are the host's own HTML.
 class KELTRUN2_API clsHtmlControl {
  public:
   /// The page of an executed analysis. LinkStyleFile is the address of a style sheet. Raises object
@@ -38,8 +38,9 @@ class KELTRUN2_API clsHtmlControl {
                             std::string_view Encoding = "x-sjis") const;
 
   /// The page of chart pictures that the host saved. ChartName is their address, "?" in it stands
-  /// for the chart mode; ChartOption lists the modes, as in "0,2,5". The map (7) is not shown, nor
-  /// the real-time chart (1) where nobody has a start time. Raises object not set (91) for null.
+  /// for the chart mode; ChartOption lists the modes, as in "0,2,5". The map (7) is not shown, but
+  /// the page says so when there are too many finishers for one; nor is the real-time chart (1)
+  /// where nobody has a start time. Raises object not set (91) for null.
   std::string OutputChart(const std::shared_ptr<clsAnalyzer>& Analyzer, std::string_view ChartName,
                           std::string_view ChartOption) const;
 

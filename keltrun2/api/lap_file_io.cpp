@@ -281,22 +281,23 @@ SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveM
   return {"clsFileControl.SaveKeltrun2", ".lxm", WriteNativeLapFile(model, mode, Now())};
 }
 
-bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes) {
+bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes,
+                 Sync sync) {
   std::string error;
-  return WriteFile(name, bytes, error) || Fail(kSaveError, operation, error);
+  return WriteFile(name, bytes, error, sync) || Fail(kSaveError, operation, error);
 }
 
 // The lap file goes into the working folder and, from memory, into the archive. The result is that
 // of the lap file; an archive that cannot be written leaves an older one and an error text.
-bool SaveArchive(const std::string& archive_name, const SavedFile& file) {
+bool SaveArchive(const std::string& archive_name, const SavedFile& file, Sync sync) {
   std::string error;
-  const auto folder = WorkingFolder(error);
-  if (!folder) return Fail(kSaveError, kMakeArchive, error);
   const std::string_view archive = FileNamePart(archive_name);
   const std::string name =
       std::string(archive.substr(0, archive.rfind('.'))) + std::string(file.extension);
-  if (!WriteOrFail(file.operation, *folder + "/" + name, file.bytes)) return false;
-  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()));
+  const auto lap_file = NewWorkingFile(name, error);
+  if (!lap_file) return Fail(kSaveError, kMakeArchive, error);
+  if (!WriteOrFail(file.operation, *lap_file, file.bytes, Sync::kLater)) return false;
+  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()), sync);
   return true;
 }
 
@@ -322,12 +323,12 @@ bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode) {
+                 KrLapFileSaveModeCosnt mode, Sync sync) {
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
   const SavedFile file = Write(model, type, mode);
-  if (extension == "lzh") return SaveArchive(file_name, file);
-  return WriteOrFail(file.operation, file_name, file.bytes);
+  if (extension == "lzh") return SaveArchive(file_name, file, sync);
+  return WriteOrFail(file.operation, file_name, file.bytes, sync);
 }
 
 }  // namespace keltrun

@@ -12,6 +12,7 @@
 #include "keltrun2/io/remarks.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
+#include "keltrun2/platform/files.h"
 
 namespace keltrun {
 
@@ -32,9 +33,10 @@ struct LoadRequest {
 bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
                  const StartProgress& start_progress);
 
-/// True when the file was written; else the error text says why.
+/// True when the file was written; else the error text says why. With Sync::kNow it is on the disk
+/// then.
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode);
+                 KrLapFileSaveModeCosnt mode, Sync sync);
 
 /// The error text of a failure: the message of a resource key, the operation, what happened.
 std::string FailureText(std::string_view message_key, std::string_view operation,

@@ -27,9 +27,9 @@ class OutputNames {
   /// Keeps a name for somebody else.
   void Reserve(const std::string& name);
 
-  /// The name of a page: the pattern with "*" replaced by `file_name`, a "_2", "_3" ... behind that
-  /// (or in front of the extension of a pattern without "*") when the name is taken. "" for an
-  /// empty pattern.
+  /// The name of a page: the pattern with "*" replaced by `file_name`, of which at most 200 bytes
+  /// stay, a "_2", "_3" ... behind that (or in front of the extension of a pattern without "*")
+  /// when the name is taken. "" for an empty pattern.
   std::string Assign(const std::string& pattern, const std::string& file_name);
 
   /// The same with the names of pictures: those of the page with "_" and the number of the picture

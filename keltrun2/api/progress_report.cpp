@@ -41,7 +41,7 @@ void ProgressReport::Advance(std::int64_t done, std::int64_t total) {
   if (total <= 0) return;
   const double percent =
       std::floor(static_cast<double>(done) / static_cast<double>(total) * 100 + 0.5);
-  Raise(static_cast<std::int32_t>(percent));
+  if (percent < 100) Raise(static_cast<std::int32_t>(percent));  // 100 is for Close to report
   if (window_) window_->SetPercent(static_cast<std::int32_t>(percent));
 }
 

@@ -15,7 +15,8 @@ struct ProgressHandlerError {
   std::exception_ptr Cause;
 };
 
-/// Reports 0 percent when it is made and 100 when it is closed, with the window closed before.
+/// Reports 0 percent when it is made and 100 when it is closed, once and with the window closed
+/// before.
 class ProgressReport {
  public:
   ProgressReport(std::shared_ptr<ProgressHandlers> handlers, bool show_window);
@@ -23,7 +24,7 @@ class ProgressReport {
   ProgressReport(const ProgressReport&) = delete;
   ProgressReport& operator=(const ProgressReport&) = delete;
 
-  /// Reports done / total, rounded to whole percents.
+  /// Reports done / total, rounded to whole percents; 100 percent only in the window.
   void Advance(std::int64_t done, std::int64_t total);
 
   /// Reports the end. This, Advance and the constructor throw ProgressHandlerError.

@@ -34,6 +34,7 @@
 #include "keltrun2/report/result_page.h"
 #include "keltrun2/report/viewer_control_page.h"
 #include "keltrun2/report/viewer_page.h"
+#include "keltrun2/text/html.h"
 
 namespace keltrun {
 namespace {
@@ -81,15 +82,6 @@ bool HasResults(const std::vector<std::shared_ptr<clsClassData>>& classes) {
   });
 }
 
-// Of fewer finishers no map is made.
-bool HasLossMap(const clsAnalyzer& analyzer) {
-  constexpr std::ptrdiff_t kFewestFinishers = 5;
-  const auto& runners = AnalyzerInternal::Selected(analyzer);
-  return std::count_if(runners.begin(), runners.end(), [](const auto& runner) {
-           return HasFinishTime(runner->Result());
-         }) >= kFewestFinishers;
-}
-
 Charset SiteCharset(const SiteOptions& options) {
   if (const auto charset = CharsetFromName(options.Charset)) return *charset;
   throw AutomationError(KR_ERROR_INVALID_CALL,
@@ -113,11 +105,13 @@ class SiteExport {
 
   bool PrepareFolder();
   void Run(ProgressReport& progress);
+  std::vector<std::string> FileNames();
 
   // What failed, in the error text; an abort of the whole export comes first.
   void ReportFailures(std::string_view abort = "") const;
 
  private:
+  void NameFiles(OutputNames& names);
   void MakeEntries();
   void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
   std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
@@ -141,11 +135,13 @@ class SiteExport {
   void DrawSiteChart(KrChartModeConst mode);
   void AddIndexRow(const Entry& entry, const std::string& links);
   void WriteIndex();
+  std::string ReplacedPiece() const;
 
   template <typename Step>
   bool Attempt(std::string_view action, const std::string& name, Step step);
-  bool WritePage(const std::string& name, Charset charset);
-  bool WriteBytes(const std::string& name, std::string_view bytes);
+  bool WritePage(const std::string& name, Charset charset, Sync sync = Sync::kLater);
+  bool WriteBytes(const std::string& name, std::string_view bytes, Sync sync = Sync::kLater);
+  void NoteFailure(const std::string& failure);
 
   const SiteOptions& options_;
   const Charset charset_;
@@ -154,6 +150,8 @@ class SiteExport {
   const std::shared_ptr<EventModel> model_;
   std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
   std::vector<Entry> entries_;
+  // Names of the single files, "" for one that is not asked for.
+  std::string index_name_, lap2_name_, lap1_name_, viewer_name_, viewer_control_name_;
   std::string index_;       // the block of the index page
   std::string navigation_;  // above every result list
   const std::shared_ptr<clsAnalyzer> analyzer_ = std::make_shared<clsAnalyzer>();
@@ -163,6 +161,7 @@ class SiteExport {
   std::string page_;   // the page in the making, its memory kept from page to page
   std::string bytes_;  // the page in the bytes of its charset, likewise
   std::vector<std::string> failures_;
+  bool folder_failed_ = false;  // nothing can be written; one failure says so
 };
 
 // A missing folder is created only with the user's consent.
@@ -177,7 +176,8 @@ bool SiteExport::PrepareFolder() {
     return false;
   }
   std::string error;
-  if (!CreateFolder(folder_, error)) failures_.push_back(error);
+  folder_failed_ = !CreateFolder(folder_, error);
+  if (folder_failed_) failures_.push_back(error);
   return true;
 }
 
@@ -193,8 +193,39 @@ void SiteExport::Run(ProgressReport& progress) {
     progress.Advance(++done, static_cast<std::int64_t>(entries_.size()));
   }
   AppendIndexFoot(index_, Now());
+  // The index may hold blocks of other events, and it must not link pages that a loss of power
+  // took.
+  std::string error;
+  if (!SyncFileSystem(folder_, error)) NoteFailure(error);
   WriteIndex();
   ReportFailures();
+}
+
+std::vector<std::string> SiteExport::FileNames() {
+  MakeEntries();
+  std::vector<std::string> names = {index_name_, lap2_name_, lap1_name_, viewer_name_,
+                                    viewer_control_name_};
+  for (const Entry& entry : entries_) {
+    names.insert(names.end(), entry.names.begin(), entry.names.end());
+    if (!entry.Wants(kChartPage)) continue;
+    for (const std::int32_t mode : chart_modes_) names.push_back(entry.charts.Picture(mode));
+  }
+  std::erase(names, "");
+  for (std::string& name : names) name.insert(0, folder_);
+  return names;
+}
+
+// Equal names are numbered, those of classes and courses as well as these.
+void SiteExport::NameFiles(OutputNames& names) {
+  const auto assign = [&](const std::string& name) {
+    return name.empty() ? "" : names.Assign(OutputNames::Safe(name), "");
+  };
+  index_name_ = assign(options_.IndexFile);
+  if (!options_.LinkStyleFile.empty()) names.Reserve(OutputNames::Safe(options_.LinkStyleFile));
+  lap2_name_ = assign(options_.Lap2File);
+  lap1_name_ = assign(options_.Lap1File);
+  viewer_name_ = assign(options_.ViewerFile);
+  viewer_control_name_ = assign(options_.ActiveXFile);
 }
 
 void SiteExport::MakeEntries() {
@@ -202,11 +233,7 @@ void SiteExport::MakeEntries() {
     classes_of_course_[klass->CourseNum].push_back(klass);
   }
   OutputNames names;
-  for (const std::string& fixed :
-       {options_.IndexFile, options_.Lap1File, options_.Lap2File, options_.ActiveXFile,
-        options_.ViewerFile, options_.LinkStyleFile}) {
-    if (!fixed.empty()) names.Reserve(OutputNames::Safe(fixed));
-  }
+  NameFiles(names);
   const bool with_courses = std::any_of(kPages.begin(), kPages.end(), [this](const auto& page) {
     return options_.*page.include_course;
   });
@@ -247,11 +274,11 @@ std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
 void SiteExport::MakeLinksRow() {
   std::string links;
   Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
-  Attempt("write", options_.Lap1File, [&] {
-    links += MakeLapFileCopy(options_.Lap1File, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA");
+  Attempt("write", lap1_name_, [&] {
+    links += MakeLapFileCopy(lap1_name_, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA");
   });
-  Attempt("write", options_.Lap2File, [&] {
-    links += MakeLapFileCopy(options_.Lap2File, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
+  Attempt("write", lap2_name_, [&] {
+    links += MakeLapFileCopy(lap2_name_, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
   });
   Attempt("write", options_.ViewerFile, [&] { links += MakeViewerPage(); });
   if (!links.empty()) AppendIndexLinksRow(index_, links);
@@ -265,7 +292,7 @@ std::string LinkInBrackets(const std::string& name, std::string_view attributes,
 std::string SiteExport::MakeViewerControlPage() {
   const std::string& address = options_.ActiveXAddress;
   if (!IsJapaneseMode() || options_.ActiveXFile.empty() || address.empty()) return "";
-  const std::string name = OutputNames::Safe(options_.ActiveXFile);
+  const std::string& name = viewer_control_name_;
   page_.clear();
   // Browsers guess Shift-JIS for a page of ours without a charset, but not UTF-8.
   AppendViewerControlPage(page_, address, charset_ == Charset::kShiftJis ? "" : options_.Charset);
@@ -276,19 +303,18 @@ std::string SiteExport::MakeViewerControlPage() {
 std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                                         std::string_view text_key) {
   if (name.empty()) return "";
-  const std::string safe = OutputNames::Safe(name);
   SetErrorText("");
-  const bool saved = SaveLapFile(*model_, folder_ + safe, type, KR_SAVEMODE_NORMAL);
+  const bool saved = SaveLapFile(*model_, folder_ + name, type, KR_SAVEMODE_NORMAL, Sync::kLater);
   if (!saved || !ErrorText().empty()) {  // an archive that failed answers true with a text
-    failures_.push_back(ErrorText());
+    NoteFailure(ErrorText());
     return "";
   }
-  return LinkInBrackets(safe, "", text_key);
+  return LinkInBrackets(name, "", text_key);
 }
 
 std::string SiteExport::MakeViewerPage() {
   if (options_.ViewerFile.empty()) return "";
-  const std::string name = OutputNames::Safe(options_.ViewerFile);
+  const std::string& name = viewer_name_;
   page_.clear();
   AppendViewerPage(page_, *model_, ViewerSets());
   if (!WritePage(name, Charset::kUtf8)) return "";
@@ -354,7 +380,7 @@ bool SiteExport::Attempt(std::string_view action, const std::string& name, Step 
     step();
     return true;
   } catch (const std::exception& error) {
-    failures_.push_back("cannot " + std::string(action) + " " + name + ": " + error.what());
+    NoteFailure("cannot " + std::string(action) + " " + name + ": " + error.what());
     return false;
   }
 }
@@ -427,7 +453,7 @@ void SiteExport::ExportPictures(const Entry& entry) {
 bool SiteExport::IsDrawn(std::int32_t mode) const {
   if (!chart_modes_.contains(mode)) return false;
   if (mode == KR_CHART_REALTIME) return HasStartTimes(*analyzer_);
-  return mode != KR_CHART_VESMER || HasLossMap(*analyzer_);
+  return mode != KR_CHART_VESMER || HasMap(*analyzer_);
 }
 
 // The whole chart, as large as the picture.
@@ -456,38 +482,52 @@ void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
   AppendIndexRow(index_, {entry.choice.ValueName, links, class_info, name, result});
 }
 
-bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes) {
+bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes, Sync sync) {
   std::string error;
-  if (WriteFile(folder_ + name, bytes, error)) return true;
-  failures_.push_back(error);
+  if (WriteFile(folder_ + name, bytes, error, sync)) return true;
+  NoteFailure(error);
   return false;
 }
 
+// When the folder takes no files at all, one failure says so in place of one a file.
+void SiteExport::NoteFailure(const std::string& failure) {
+  if (folder_failed_) return;
+  std::string error;
+  folder_failed_ = !CanMakeFiles(folder_, error);
+  failures_.push_back(folder_failed_ ? error : failure);
+}
+
 // Writes the page in the making.
-bool SiteExport::WritePage(const std::string& name, Charset charset) {
+bool SiteExport::WritePage(const std::string& name, Charset charset, Sync sync) {
   page_ += kCrLf;
   bytes_.clear();
   bytes_.reserve(page_.size());
   AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
-  return WriteBytes(name, bytes_);
+  return WriteBytes(name, bytes_, sync);
+}
+
+// The HTML by which an index knows the block of the same files.
+std::string SiteExport::ReplacedPiece() const {
+  const std::string& copy = lap2_name_.empty() ? lap1_name_ : lap2_name_;
+  if (!options_.IndexReplaceBlock || copy.empty()) return "";
+  return "<a href=\"" + PercentEncode(copy) + "\"";
 }
 
 void SiteExport::WriteIndex() {
-  if (options_.IndexFile.empty()) return;
-  const std::string name = OutputNames::Safe(options_.IndexFile);
-  if (!options_.IndexFileAddMode || !FileExists(folder_ + name)) {
+  if (index_name_.empty() || folder_failed_) return;
+  if (!options_.IndexFileAddMode || !FileExists(folder_ + index_name_)) {
     page_ = IndexPage(index_, options_.LinkStyleFile, options_.Charset);
-    WritePage(name, charset_);
+    WritePage(index_name_, charset_, Sync::kNow);
     return;
   }
   std::string error;
-  const std::optional<std::string> existing = ReadFile(folder_ + name, error);
+  const std::optional<std::string> existing = ReadFile(folder_ + index_name_, error);
   if (!existing) {
-    failures_.push_back(error);
-  } else if (const auto page = IndexWithBlock(*existing, index_, charset_)) {
-    WriteBytes(name, *page);
+    NoteFailure(error);
+  } else if (const auto page = IndexWithBlock(*existing, index_, charset_, ReplacedPiece())) {
+    WriteBytes(index_name_, *page, Sync::kNow);
   } else {
-    failures_.push_back("cannot add to " + folder_ + name + ": it is in UTF-16");
+    NoteFailure("cannot add to " + folder_ + index_name_ + ": it is in UTF-16");
   }
 }
 
@@ -501,6 +541,10 @@ void SiteExport::ReportFailures(std::string_view abort) const {
 }
 
 }  // namespace
+
+std::vector<std::string> SiteFiles(const SiteOptions& options) {
+  return SiteExport(options).FileNames();
+}
 
 bool ExportSite(const SiteOptions& options, const StartProgress& start_progress) {
   SiteExport site(options);

@@ -43,6 +43,9 @@ struct SiteOptions {
   std::string LinkStyleFile = {};  // address of a style sheet that every page links
   bool OfficialSite = false;       // the index links the event's own site
   bool IndexFileAddMode = false;   // put a new block into an index that is there already
+  /// In that mode: blocks that link the same copy of the lap file (Lap2File, else Lap1File) were
+  /// made of the same files; the new one takes their place. Otherwise it goes in front.
+  bool IndexReplaceBlock = false;
 
   /// What pages declare and are written in. Without the Japanese mode leg analyses are in
   /// iso-8859-1 in place of "x-sjis".

@@ -1,11 +1,13 @@
 #include "keltrun2/platform/files.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -42,6 +44,27 @@ bool HasNul(const std::string& name, std::string& error) {
   return true;
 }
 
+DiskSync& SyncReplacement() {
+  static DiskSync sync;
+  return sync;
+}
+
+bool WaitForDisk(int handle, bool whole_file_system) {
+  if (SyncReplacement()) return SyncReplacement()(handle, whole_file_system);
+  while ((whole_file_system ? syncfs(handle) : fsync(handle)) != 0) {
+    // Some file systems have nothing to wait for, or do not offer it.
+    if (errno == EINVAL || errno == ENOTSUP || errno == ENOSYS || errno == EROFS) return true;
+    if (errno != EINTR) return false;
+  }
+  return true;
+}
+
+// Waits for the names in a folder. Whoever may write into it need not be allowed to open it.
+bool SyncFolder(const std::filesystem::path& folder) {
+  Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return handle.get() < 0 || WaitForDisk(handle.get(), false);
+}
+
 bool WriteAll(int handle, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = write(handle, bytes.data(), bytes.size());
@@ -71,6 +94,53 @@ std::string LinkTarget(const std::string& name) {
   const std::filesystem::path path(name);
   const std::filesystem::path link = std::filesystem::read_symlink(path, code);
   return code ? name : (path.parent_path() / link).string();
+}
+
+// A new file in a folder, which goes when it was not given its final name. Two processes of the
+// same number (in two containers, say) may share the folder: only a random name that is taken
+// exclusively keeps them apart.
+class TemporaryFile {
+ public:
+  // The permissions are as given but for those that the process's mask takes.
+  TemporaryFile(const std::filesystem::path& folder, mode_t mode) {
+    constexpr int kTries = 100;
+    for (int i = 0; i < kTries && handle_ < 0; ++i) {
+      std::uint64_t number = 0;
+      if (getrandom(&number, sizeof number, 0) != sizeof number) return;
+      path_ = (folder / (".keltrun2-" + std::to_string(number) + ".tmp")).string();
+      handle_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode & 0777);
+      if (handle_ < 0 && errno != EEXIST) return;
+    }
+    exists_ = IsOpen();
+  }
+  ~TemporaryFile() {
+    if (IsOpen()) close(handle_);
+    if (exists_) unlink(path_.c_str());
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  // The members answer false with errno set.
+  bool IsOpen() const { return handle_ >= 0; }
+  bool SetMode(mode_t mode) const { return fchmod(handle_, mode) == 0; }
+  bool Write(std::string_view bytes) const { return WriteAll(handle_, bytes); }
+  bool WaitForDisk() const { return keltrun::WaitForDisk(handle_, false); }
+  // Some systems tell only at closing that the bytes could not be kept.
+  bool MoveTo(const std::string& name) {
+    if (close(std::exchange(handle_, -1)) != 0) return false;
+    exists_ = rename(path_.c_str(), name.c_str()) != 0;
+    return !exists_;
+  }
+
+ private:
+  std::string path_;
+  int handle_ = -1;
+  bool exists_ = false;  // under this name
+};
+
+std::filesystem::path FolderOf(const std::string& name) {
+  const std::filesystem::path folder = std::filesystem::path(name).parent_path();
+  return folder.empty() ? "." : folder;
 }
 
 }  // namespace
@@ -113,7 +183,7 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error)
   return bytes;
 }
 
-bool WriteFile(const std::string& name, std::string_view bytes, std::string& error) {
+bool WriteFile(const std::string& name, std::string_view bytes, std::string& error, Sync sync) {
   if (HasNul(name, error)) return false;
   struct stat info;
   const bool exists = stat(name.c_str(), &info) == 0;
@@ -124,25 +194,26 @@ bool WriteFile(const std::string& name, std::string_view bytes, std::string& err
   if (exists && !S_ISREG(info.st_mode)) return WriteDirectly(name, bytes, error);
 
   const std::string target = LinkTarget(name);
-  const std::string temporary = (std::filesystem::path(target).parent_path() /
-                                 (".keltrun2-" + std::to_string(getpid()) + ".tmp"))
-                                    .string();
+  const std::filesystem::path folder = FolderOf(target);
   const mode_t mode = exists ? info.st_mode & 07777 : 0666;
-  unlink(temporary.c_str());  // left over from a process of the same number that was killed
-  Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-  if (file.get() < 0) {
-    error = SystemError("cannot write", name);
-    return false;
+  TemporaryFile file(folder, mode);
+  const bool waits = sync == Sync::kNow;
+  if (file.IsOpen() && (!exists || file.SetMode(mode)) && file.Write(bytes) &&
+      (!waits || file.WaitForDisk()) && file.MoveTo(target) && (!waits || SyncFolder(folder))) {
+    return true;
   }
-  const bool has_mode = !exists || fchmod(file.get(), mode) == 0;  // past the umask
-  if (!has_mode || !WriteAll(file.get(), bytes) || !file.Close() ||
-      rename(temporary.c_str(), target.c_str()) != 0) {
-    error = SystemError("cannot write", name);
-    unlink(temporary.c_str());
-    return false;
-  }
-  return true;
+  error = SystemError("cannot write", name);
+  return false;
 }
+
+bool SyncFileSystem(const std::string& folder, std::string& error) {
+  Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (handle.get() < 0 || WaitForDisk(handle.get(), true)) return true;
+  error = SystemError("cannot bring to the disk what was written into", folder);
+  return false;
+}
+
+void SetDiskSync(DiskSync sync) { SyncReplacement() = std::move(sync); }
 
 bool FileExists(const std::string& name) {
   std::error_code code;
@@ -160,6 +231,13 @@ bool CreateFolder(const std::string& name, std::string& error) {
   if (FolderExists(name)) return true;
   error = "cannot create the folder " + name + ": " +
           (code ? code.message() : std::string("a file of that name is in the way"));
+  return false;
+}
+
+bool CanMakeFiles(const std::string& folder, std::string& error) {
+  if (HasNul(folder, error)) return false;
+  if (TemporaryFile(folder, 0600).IsOpen()) return true;
+  error = SystemError("cannot write into the folder", folder);
   return false;
 }
 

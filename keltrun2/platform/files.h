@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,16 +16,39 @@ inline constexpr std::size_t kLargestInputFile = std::size_t{64} << 20;
 /// Reads a whole file. On failure nothing is returned and `error` says what and which file.
 std::optional<std::string> ReadFile(const std::string& name, std::string& error);
 
+/// Whether a written file must outlive a loss of power from the moment on that writing returns, or
+/// whether the caller waits for the disk later (`SyncFileSystem`), or not at all.
+enum class Sync { kLater, kNow };
+
 /// Writes a whole file through a temporary file beside it and a rename, so that a failed write
-/// leaves an existing file as it was. A link is followed; a device or pipe is written directly.
-/// On failure the result is false and `error` says what and which file.
-bool WriteFile(const std::string& name, std::string_view bytes, std::string& error);
+/// leaves an existing file as it was. The temporary file has a random name that nobody had before
+/// and the permissions of the file that it replaces; whatever this process did not make is left
+/// alone. A link is followed; a device or pipe is written directly. With Sync::kNow the bytes are
+/// on the disk before the rename, and the rename is when this returns. On failure the result is
+/// false and `error` says what and which file.
+bool WriteFile(const std::string& name, std::string_view bytes, std::string& error,
+               Sync sync = Sync::kLater);
+
+/// Waits until all that was written to the file system of a folder is on the disk: for many files,
+/// this is far quicker than Sync::kNow for each. On failure the result is false and `error` says
+/// why.
+bool SyncFileSystem(const std::string& folder, std::string& error);
+
+/// Waits for the disk: for the file or folder of a handle, or for its whole file system. False,
+/// with errno set, when that failed.
+using DiskSync = std::function<bool(int handle, bool whole_file_system)>;
+/// Replaces the waiting; an empty function puts the system's back. For tests that watch it and
+/// benchmarks that leave out the disk.
+void SetDiskSync(DiskSync sync);
 
 bool FileExists(const std::string& name);
 bool FolderExists(const std::string& name);
 
 /// Creates a folder with its parents; true when it exists afterwards.
 bool CreateFolder(const std::string& name, std::string& error);
+
+/// Whether new files can be made in a folder; when not, `error` names the folder and says why.
+bool CanMakeFiles(const std::string& folder, std::string& error);
 
 /// `folder` with "\" read as a separator and one "/" at its end; the empty name is the working
 /// directory, "./".

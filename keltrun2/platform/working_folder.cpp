@@ -30,14 +30,17 @@ class OpenFolder {
   // Not open when `path` is a link or no folder.
   explicit OpenFolder(const std::string& path)
       : handle_(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
-  OpenFolder(OpenFolder&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+  OpenFolder(OpenFolder&& other) noexcept
+      : handle_(std::exchange(other.handle_, -1)), owner_(other.owner_) {}
   OpenFolder& operator=(OpenFolder&& other) noexcept {
     std::swap(handle_, other.handle_);
+    std::swap(owner_, other.owner_);
     return *this;
   }
   ~OpenFolder() {
     if (handle_ < 0) return;
-    flock(handle_, LOCK_UN);  // also for a child of this process that still has the folder open
+    // A child of this process may have the folder open still; the lock is not the child's to give.
+    if (owner_ == getpid()) flock(handle_, LOCK_UN);
     close(handle_);
   }
 
@@ -56,6 +59,33 @@ class OpenFolder {
 
  private:
   int handle_ = -1;
+  pid_t owner_ = getpid();
+};
+
+// A file or folder of ours in the working folder, removed when the next one takes its place and at
+// the end of the thread, which for the first thread is that of the process. A child of this process
+// leaves it alone.
+class Kept {
+ public:
+  Kept() = default;
+  explicit Kept(std::string path, OpenFolder folder = {})
+      : path_(std::move(path)), folder_(std::move(folder)) {}
+  Kept(const Kept&) = delete;
+  Kept& operator=(Kept&& other) noexcept {
+    std::swap(path_, other.path_);
+    std::swap(folder_, other.folder_);
+    std::swap(owner_, other.owner_);
+    return *this;
+  }
+  ~Kept() {
+    std::error_code ignored;
+    if (!path_.empty() && owner_ == getpid()) fs::remove_all(path_, ignored);
+  }
+
+ private:
+  std::string path_;
+  OpenFolder folder_;  // locked, when it is a folder
+  pid_t owner_ = getpid();
 };
 
 // The value of a variable that holds the absolute path of a folder.
@@ -89,16 +119,26 @@ std::string Objection(const std::string& name) {
   return "";
 }
 
-// Removes the folders of earlier extractions that no process uses any more.
-void RemoveUnusedFolders(const std::string& working) {
+bool IsLapFile(const fs::directory_entry& entry) {
+  const std::string extension = FileExtension(entry.path().string());
+  return (extension == "lxm" || extension == "lap" || extension == "xml") &&
+         fs::is_regular_file(entry.symlink_status());
+}
+
+// Removes the lap files of earlier archives, and the folders of earlier extractions that no thread
+// and no process uses any more.
+void RemoveLeftovers(const std::string& working) {
   std::error_code code;
   for (fs::directory_iterator entry(working, code), end; !code && entry != end;
        entry.increment(code)) {
     const std::string path = entry->path().string();
-    if (!FileNamePart(path).starts_with(kExtractionPrefix)) continue;
-    const OpenFolder folder(path);
     std::error_code ignored;
-    if (folder.Lock()) fs::remove_all(path, ignored);  // of a link, the link
+    if (FileNamePart(path).starts_with(kExtractionPrefix)) {
+      const OpenFolder folder(path);
+      if (folder.Lock()) fs::remove_all(path, ignored);  // of a link, the link
+    } else if (IsLapFile(*entry)) {
+      fs::remove(path, ignored);
+    }
   }
 }
 
@@ -117,11 +157,11 @@ std::optional<std::string> WorkingFolder(std::string& error) {
 }
 
 std::optional<std::string> NewExtractionFolder(std::string& error) {
-  static OpenFolder in_use;
+  static thread_local Kept in_use;
   const std::optional<std::string> working = WorkingFolder(error);
   if (!working) return std::nullopt;
-  { const OpenFolder before = std::exchange(in_use, OpenFolder()); }
-  RemoveUnusedFolders(*working);
+  in_use = Kept();
+  RemoveLeftovers(*working);
   // Another process may take the new folder for an unused one until it is locked.
   constexpr int kTries = 10;
   for (int i = 0; i < kTries; ++i) {
@@ -129,11 +169,21 @@ std::optional<std::string> NewExtractionFolder(std::string& error) {
     if (mkdtemp(name.data()) == nullptr) break;
     OpenFolder folder(name);
     if (!folder.IsOpen() || !folder.Lock() || folder.IsRemoved()) continue;
-    in_use = std::move(folder);
+    in_use = Kept(name, std::move(folder));
     return name;
   }
   error = "cannot create a folder in " + *working + ": " + std::strerror(errno);
   return std::nullopt;
+}
+
+std::optional<std::string> NewWorkingFile(const std::string& name, std::string& error) {
+  static thread_local Kept in_use;
+  const std::optional<std::string> working = WorkingFolder(error);
+  if (!working) return std::nullopt;
+  RemoveLeftovers(*working);
+  const std::string path = *working + "/" + name;
+  in_use = Kept(path);
+  return path;
 }
 
 }  // namespace keltrun

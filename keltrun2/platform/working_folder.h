@@ -13,8 +13,12 @@ namespace keltrun {
 std::optional<std::string> WorkingFolder(std::string& error);
 
 /// A new, empty folder inside the working folder for the files of one archive. It stays until this
-/// is called again, by this process or, once this process has ended, by any other; then it is
-/// removed with all that it holds, without following links.
+/// thread asks for the next one, or ends; then it is removed with all that it holds, without
+/// following links. Folders of processes that were killed are removed by whoever asks next.
 std::optional<std::string> NewExtractionFolder(std::string& error);
+
+/// The path in the working folder of a lap file that is about to be packed. The file stays until
+/// the next archive is packed or unpacked, or this thread ends.
+std::optional<std::string> NewWorkingFile(const std::string& name, std::string& error);
 
 }  // namespace keltrun

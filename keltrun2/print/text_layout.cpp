@@ -13,6 +13,8 @@ namespace {
 constexpr std::string_view kEllipsis = "\u2026";
 constexpr float kDigitsPerTab = 8;
 constexpr char32_t kJoiner = 0x200D;
+constexpr char32_t kFirstFlagLetter = 0x1F1E6;  // two of these letters are a flag
+constexpr char32_t kLastFlagLetter = 0x1F1FF;
 
 struct CharacterRange {
   char32_t first, last;
@@ -27,6 +29,7 @@ constexpr CharacterRange kExtending[] = {
     {0x0E31, 0x0E31},    // Thai vowels and tones above and below
     {0x0E34, 0x0E3A},    //
     {0x0E47, 0x0E4E},    //
+    {0x1160, 0x11FF},    // Hangul vowels and finals
     {0x1AB0, 0x1AFF},    // further diacritical marks
     {0x1DC0, 0x1DFF},    //
     {0x200D, 0x200D},    // joiner
@@ -34,6 +37,7 @@ constexpr CharacterRange kExtending[] = {
     {0x3099, 0x309A},    // kana voicing marks
     {0xFE00, 0xFE0F},    // variation selectors
     {0xFE20, 0xFE2F},    // half marks
+    {0xFF9E, 0xFF9F},    // half-width kana voicing marks
     {0x1F3FB, 0x1F3FF},  // skin tones
     {0xE0100, 0xE01EF},  // variation selectors of ideographs
 };
@@ -190,14 +194,17 @@ void DrawTextInBox(DrawingSurface& surface, const TextBox& box, const TextStyle&
 std::vector<std::size_t> CharacterEnds(std::string_view text) {
   std::vector<std::size_t> ends;
   bool joined = false;
+  bool half_flag = false;
   for (std::size_t pos = 0; pos < text.size();) {
     const char32_t c = NextCodePoint(text, pos);
-    if (!ends.empty() && (joined || Extends(c))) {
+    const bool flag_letter = c >= kFirstFlagLetter && c <= kLastFlagLetter;
+    if (!ends.empty() && (joined || Extends(c) || (half_flag && flag_letter))) {
       ends.back() = pos;
     } else {
       ends.push_back(pos);
     }
     joined = c == kJoiner;
+    half_flag = flag_letter && !half_flag;
   }
   return ends;
 }

@@ -25,7 +25,7 @@ struct TextBox {
 void DrawTextInBox(DrawingSurface& surface, const TextBox& box, const TextStyle& style);
 
 /// Ends of the characters as a reader sees them: a letter together with its combining marks,
-/// variation selectors and what a joiner ties to it.
+/// variation selectors and what a joiner ties to it, or the two letters of a flag.
 std::vector<std::size_t> CharacterEnds(std::string_view text);
 
 }  // namespace keltrun

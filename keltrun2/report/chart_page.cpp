@@ -5,7 +5,6 @@
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/report/html_parts.h"
-#include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"
 
@@ -27,8 +26,17 @@ constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
 void MakePicture(std::string& out, std::int32_t mode, std::string_view chart_name) {
   out.append("<h3>◎ ").append(kHeadings[static_cast<std::size_t>(mode)]);
   out += "</h3><img src=\"";
-  AppendEscaped(out, CclsSplit("?", chart_name).Expression(std::to_string(mode)));
+  out += CclsSplit("?", chart_name).Expression(std::to_string(mode));
   out += "\"><br><hr>";
+}
+
+// A reader who looks for the map is told why there is no picture of it.
+void MakeMapNote(std::string& out, const clsAnalyzer& analyzer) {
+  const std::int32_t finishers = analyzer.FinisherCount();
+  if (finishers <= kMostOnMap) return;
+  out.append("<h3>◎ ミスの地図</h3>完走者が").append(std::to_string(finishers));
+  out.append("人いるため、地図はありません（").append(std::to_string(kMostOnMap));
+  out += "人まで）。<br><hr>";
 }
 
 }  // namespace
@@ -45,6 +53,11 @@ std::vector<std::int32_t> ChartModes(std::string_view chart_option) {
   return modes;
 }
 
+bool HasMap(const clsAnalyzer& analyzer) {
+  const std::int32_t finishers = analyzer.FinisherCount();
+  return finishers >= kFewestOnMap && finishers <= kMostOnMap;
+}
+
 bool HasStartTimes(const clsAnalyzer& analyzer) {
   const auto& runners = AnalyzerInternal::Selected(analyzer);
   return std::any_of(runners.begin(), runners.end(),
@@ -57,8 +70,11 @@ void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyze
   const HeadOptions head = {.UseStyle = true, .TdStyle = kTableFontStyle, .Charset = charset};
   MakeAnalyzerPage(out, model, analyzer, head, [&] {
     for (const std::int32_t mode : ChartModes(chart_option)) {
-      if (mode == kLastMode) continue;
-      if (mode != kRealTimeMode || HasStartTimes(analyzer)) MakePicture(out, mode, chart_name);
+      if (mode == kLastMode) {
+        MakeMapNote(out, analyzer);
+      } else if (mode != kRealTimeMode || HasStartTimes(analyzer)) {
+        MakePicture(out, mode, chart_name);
+      }
     }
   });
 }

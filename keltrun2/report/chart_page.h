@@ -19,9 +19,13 @@ std::vector<std::int32_t> ChartModes(std::string_view chart_option);
 /// time.
 bool HasStartTimes(const clsAnalyzer& analyzer);
 
+/// Whether Vesmer makes a map of the analysis.
+bool HasMap(const clsAnalyzer& analyzer);
+
 /// Appends the whole page: a heading and a picture for each chart mode of `chart_option`, without
-/// the map, and without the real-time chart where nobody has a start time. `chart_name` is the
-/// pictures' address, "?" in it stands for the mode number.
+/// the map (a sentence where there are too many finishers for one), and without the real-time chart
+/// where nobody has a start time. `chart_name` is the pictures' address, HTML already; "?" in it
+/// stands for the mode number.
 void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                      std::string_view chart_name, std::string_view chart_option,
                      std::string_view charset);

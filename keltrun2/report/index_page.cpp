@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 #include "keltrun2/config/settings.h"
@@ -107,21 +108,66 @@ std::string BlockInBytesOf(std::string_view page, std::string_view block, Charse
   return bytes;
 }
 
-std::string InsertBytes(std::string_view page, std::string_view block) {
-  const std::vector<std::string_view> lines = SplitLines(page);
-  auto place = std::find(lines.begin(), lines.end(), kIndexStart);
-  if (place == lines.end()) {
-    const auto last_body = std::find_if(lines.rbegin(), lines.rend(), [](std::string_view line) {
-      const std::size_t begin = line.find_first_not_of(" \t");
-      return begin != line.npos && LowerAscii(line.substr(begin, 7)) == "</body>";
-    });
-    if (last_body != lines.rend()) place = std::prev(last_body.base());
+using Lines = std::vector<std::string_view>;
+
+void AppendLines(std::string& out, Lines::const_iterator begin, Lines::const_iterator end) {
+  for (auto line = begin; line != end; ++line) out.append(*line).append(kCrLf);
+}
+
+// Puts the block where the page has blocks with this piece of HTML: in place of the first, and the
+// others go. False when there is none.
+bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
+                   std::string_view piece) {
+  bool replaced = false;
+  auto line = lines.begin();
+  while (true) {
+    const auto finish = std::find(line, lines.end(), kIndexFinish);
+    if (finish == lines.end()) {
+      AppendLines(out, line, finish);
+      return replaced;
+    }
+    // A block that somebody cut has no finish: the last start in front of it counts.
+    const auto start = std::find_end(line, finish, &kIndexStart, &kIndexStart + 1);
+    AppendLines(out, line, start);
+    line = std::next(finish);
+    const bool same = std::any_of(start, finish,
+                                  [piece](std::string_view text) { return Contains(text, piece); });
+    if (!same) {
+      AppendLines(out, start, line);
+    } else if (!std::exchange(replaced, true)) {
+      // The empty lines around the old block stay.
+      out.append(block.substr(kCrLf.size(), block.size() - 2 * kCrLf.size()));
+    }
   }
+}
+
+// The line in front of which a block goes; the last "</body>" begins a line afterwards.
+Lines::iterator PlaceOfBlock(Lines& lines) {
+  const auto marker = std::find(lines.begin(), lines.end(), kIndexStart);
+  if (marker != lines.end()) return marker;
+  for (auto line = lines.end(); line != lines.begin();) {
+    --line;
+    const std::size_t body = LowerAscii(*line).rfind("</body>");
+    if (body == std::string::npos) continue;
+    const std::string_view before = line->substr(0, body);
+    if (before.find_first_not_of(" \t") == std::string_view::npos) return line;
+    line->remove_prefix(body);
+    return std::next(lines.insert(line, before));
+  }
+  return lines.end();
+}
+
+std::string InsertBytes(std::string_view page, std::string_view block,
+                        std::string_view replaced_piece) {
+  Lines lines = SplitLines(page);
   std::string out;
   out.reserve(page.size() + block.size() + lines.size());
-  for (auto line = lines.begin(); line != place; ++line) out.append(*line).append(kCrLf);
+  if (!replaced_piece.empty() && ReplaceBlocks(out, lines, block, replaced_piece)) return out;
+  out.clear();
+  const auto place = PlaceOfBlock(lines);
+  AppendLines(out, lines.begin(), place);
   out += block;
-  for (auto line = place; line != lines.end(); ++line) out.append(*line).append(kCrLf);
+  AppendLines(out, place, lines.end());
   return out;
 }
 
@@ -196,9 +242,9 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
 }
 
 std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,
-                                          Charset charset) {
+                                          Charset charset, std::string_view replaced_piece) {
   if (page.starts_with("\xFF\xFE") || page.starts_with("\xFE\xFF")) return std::nullopt;
-  return InsertBytes(page, BlockInBytesOf(page, block, charset));
+  return InsertBytes(page, BlockInBytesOf(page, block, charset), replaced_piece);
 }
 
 }  // namespace keltrun

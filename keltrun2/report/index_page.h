@@ -44,11 +44,12 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
                       std::string_view charset);
 
 /// An existing page (bytes) with a block put in front of its first one; without one before the last
-/// line that begins with "</body>", or at the end. Lines end in CR LF afterwards. The block comes
-/// in the bytes of the page: those of its byte-order mark or of the charset that it declares (ASCII
+/// "</body>", or at the end. Blocks that have `replaced_piece` (ASCII) in them, unless that is
+/// empty, give their place to the new one. Lines end in CR LF afterwards. The block comes in the
+/// bytes of the page: those of its byte-order mark or of the charset that it declares (ASCII
 /// with character references when that is not known), else UTF-8 where the page is UTF-8 beyond
 /// ASCII, else `charset`. Nothing for a page in UTF-16.
 std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,
-                                          Charset charset);
+                                          Charset charset, std::string_view replaced_piece = "");
 
 }  // namespace keltrun

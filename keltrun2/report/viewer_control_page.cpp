@@ -1,7 +1,6 @@
 #include "keltrun2/report/viewer_control_page.h"
 
 #include "keltrun2/report/html_parts.h"
-#include "keltrun2/text/html.h"
 
 namespace keltrun {
 namespace {
@@ -28,7 +27,7 @@ void AppendViewerObject(std::string& out, std::string_view lap_file_address) {
   out.append("<OBJECT ID=\"ctlDataView\" CLASSID=\"CLSID:").append(kViewerControlClassId);
   out.append("\"\r\nCODEBASE=\"").append(kViewerControlCabinetAddress);
   out += "#version=1,0,0,61\" width=\"100%\" height=\"100%\">\r\n<PARAM NAME=\"FileName\" VALUE=\"";
-  AppendEscaped(out, lap_file_address);
+  out += lap_file_address;
   out += "\">\r\n<NOOBJECT>\r\n申し訳ありませんがお使いのブラウザではご利用できません。<br>\r\n";
   out.append("<a href=\"").append(kVelmoraAddress).append("\">Velmoraへ</a>\r\n");
   out += "</NOOBJECT>\r\n</OBJECT>\r\n";
