@@ -87,11 +87,12 @@ class Cli : public testing::Test {
 
 TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
   Write(folder_ / "other.lxm", "<other/>");
+  fs::create_hard_link(folder_ / "two.lxm", folder_ / "same.png");
   const struct {
     int code;
     string line, error;
   } cases[] = {{2, "", "command is missing"},
-               {2, "publish two.lxm", "publish"},
+               {2, "publish two.lxm --add", "unknown command publish; the commands are site, "},
                {2, "info", "EVENT"},
                {2, "site two.lxm", "DIR"},
                {2, "site two.lxm ''", "empty"},
@@ -109,6 +110,8 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
                {1, "info two.lxm -o no/folder", "no/folder"},
                {1, "info two.lxm -o .", "directory"},
                {1, "info two.lxm -o old.txt", "--force"},
+               {1, "info two.lxm -o ./two.lxm --force", "two.lxm itself"},
+               {1, "chart two.lxm --class M21 -o same.png --force", "two.lxm itself"},
                {1, "info two.lxm >/dev/full", "standard output"},
                {1, "site two.lxm x --style missing.css", "missing.css"},
                {1, "site two.lxm old.txt", "old.txt"}};
@@ -119,8 +122,9 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
     EXPECT_TRUE(run.err.starts_with("keltrun2: ") && !Has(run.err, "\r")) << run.err;
     EXPECT_EQ(run.out, "") << test.line;
   }
-  EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "other.lxm", "two.lxm"}));
+  EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "other.lxm", "same.png", "two.lxm"}));
   EXPECT_EQ(Contents(folder_ / "old.txt"), "old");
+  EXPECT_EQ(Contents(folder_ / "same.png"), kTwoClasses);
 }
 
 TEST_F(Cli, HelpAndVersion) {
@@ -139,6 +143,14 @@ TEST_F(Cli, FilesAreReplacedWholeOrNotAtAll) {
   EXPECT_EQ(Contents(folder_ / "old.txt"), "old");
   EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "two.lxm"}));
 
+  // A name that leaves no room for an ending, and a file that another program is writing.
+  const string longest = string(250, 'n') + ".lxm";
+  Write(folder_ / ".keltrun2-1.tmp", "another's");
+  Output("analyze two.lxm --as json -o " + string(255, 'j'));
+  Output("convert two.lxm " + longest);
+  EXPECT_EQ(Names("."),
+            (std::set<string>{"old.txt", "two.lxm", longest, string(255, 'j'), ".keltrun2-1.tmp"}));
+
   Run("chmod 640 old.txt; ln -s old.txt link");
   Output("analyze two.lxm --as json --force -o link");
   EXPECT_EQ(Contents(folder_ / "old.txt"), Output("analyze two.lxm --as json -o -"));
@@ -154,6 +166,64 @@ TEST_F(Cli, SummaryLinesUpAndReadsStandardInput) {
   EXPECT_TRUE(Has(text, "  男子Ａ        1         1       -      -       7 ")) << text;
   EXPECT_TRUE(Has(text, "  M21           0         1       -      -       - ")) << text;
   EXPECT_TRUE(Has(Output("info two.lxm --json"), "\"keltrun2-info\""));
+}
+
+// Whatever a file may be, a pipe may be too.
+TEST_F(Cli, StandardInputTakesEveryFormat) {
+  const string data = KELTRUN2_TEST_DATA "/hoshinomori/";
+  Output("convert two.lxm two.lzh");
+  Run("iconv -f UTF-8 -t UTF-16 two.lxm >wide.lxm; mkdir temp");
+  const struct {
+    string file, in, name;
+  } cases[] = {{"two.lxm", "男子Ａ", "standard input.lxm"},
+               {"wide.lxm", "男子Ａ", "standard input.lxm"},
+               {"two.lzh", "男子Ａ", "two.lxm"},
+               {data + "sportident.txt", "62-63-F", "standard input.txt"}};
+  for (const auto& test : cases) {
+    const Outcome run = Run("TMPDIR=$PWD/temp keltrun2 info - -q <'" + test.file + "'");
+    EXPECT_EQ(run.code, 0) << test.file << run.err;
+    EXPECT_TRUE(Has(run.out, test.in) && Has(run.out, test.name)) << run.out;
+  }
+  EXPECT_EQ(Output("info - --json <" + data + "sportident.txt | grep -v '\"file'"),
+            Output("info " + data + "sportident.txt --json | grep -v '\"file'"));
+  const Outcome bad = Run("echo '<keltrun>' | TMPDIR=$PWD/temp keltrun2 info -");
+  EXPECT_TRUE(Has(bad.err, "standard input.lxm: ") && !Has(bad.err, "temp")) << bad.err;
+  EXPECT_EQ(Names("temp").size(), 1U) << "the component's working folder only";
+}
+
+TEST_F(Cli, QuietShowsErrorsOnly) {
+  const string printout = KELTRUN2_TEST_DATA "/hoshinomori/sportident.txt";
+  const Outcome run = Run("keltrun2 convert -q " + printout + " si.lxm");
+  EXPECT_EQ(run.err + run.out, "");
+  EXPECT_NE(Run("keltrun2 info -q missing.lxm").err, "");
+}
+
+// The index of the example shows "男子Ａ" and, in Japanese, "Ｍ２１".
+TEST_F(Cli, ClassesAreFoundInAnyWidth) {
+  for (const string name : {"男子A", "男子ａ", "Ｍ２１", "ｍ21"}) {
+    EXPECT_TRUE(Has(Output("results two.lxm --as text --class " + name), "* ")) << name;
+  }
+}
+
+TEST_F(Cli, ThereIsNoMapOfMoreThan5000) {
+  string event = "<keltrun><classes><class name=\"A\" controls=\"1\">";
+  for (int i = 0; i < 5001; ++i) {
+    event +=
+        "<runner name=\"R\" result=\"0:02:00\"><leg index=\"1\" laptime=\"00:01:00\"/>"
+        "<leg index=\"2\" laptime=\"00:01:00\"/></runner>";
+  }
+  Write(folder_ / "large.lxm", event + "</class></classes></keltrun>");
+  const Outcome run = Run("keltrun2 chart large.lxm --mode map -o map.png");
+  EXPECT_EQ(run.code, 1);
+  EXPECT_TRUE(Has(run.err, "no map of 5001 finishers: it takes at most 5000")) << run.err;
+}
+
+TEST_F(Cli, ArchivesLeaveNothingInTheWorkingFolder) {
+  Run("mkdir run");
+  const Outcome run =
+      Run("export XDG_RUNTIME_DIR=$PWD/run; keltrun2 convert two.lxm a.lzh && keltrun2 info a.lzh");
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(Names("run/Keltrun2"), std::set<string>{});
 }
 
 TEST_F(Cli, LanguageFollowsTheOptionNotTheEnvironment) {
@@ -271,28 +341,78 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_FALSE(Names("bare").contains("style.css"));
   EXPECT_FALSE(Has(Contents(folder_ / "bare/lap_m21a.html"), "stylesheet"));
   EXPECT_TRUE(Has(index(), "www.example.org"));
-  Output("site two.lxm bare --add");
-  EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
-  EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
   EXPECT_EQ(Run("keltrun2 site two.lxm bare --prefix a:").code, 2);
-  Output("site two.lxm bare --add --prefix club_");
+  for (int run = 0; run < 2; ++run) {  // the same prefix again is the same event again
+    Output("site two.lxm bare --add --prefix club_");
+    EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
+    EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
+  }
   EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50A.html") &&
               Has(index(), "club_lap_u7537u5b50A.html"));
   Output("site " + kMidorigaoka + " bare --no-official-site");
   EXPECT_TRUE(CountOf("KELTRUN START", index()) == 1 && !Has(index(), "www.example.org"));
-
-  // The event itself is never replaced by the site's plainer copy.
-  const string event = Contents(folder_ / "two.lxm");
-  Write(folder_ / "event.lxm", event);
-  EXPECT_EQ(Run("keltrun2 site event.lxm .").code, 1);
-  EXPECT_EQ(Contents(folder_ / "event.lxm"), event);
-  EXPECT_FALSE(Names(".").contains("index.html"));
 
   fs::create_directories(folder_ / "blocked/lap_m21a.html");
   const Outcome blocked = Run("keltrun2 site " + kMidorigaoka + " blocked");
   EXPECT_EQ(blocked.code, 1);
   EXPECT_TRUE(Has(blocked.err, "lap_m21a.html") && blocked.out.empty()) << blocked.err;
   EXPECT_TRUE(Names("blocked").contains("result_m21a.html"));
+}
+
+// The event itself is never replaced by what is made of it, whatever the file is called.
+TEST_F(Cli, SiteKeepsItsInput) {
+  for (const string name : {"event.lxm", "event.lap", "index.html", "style.css", "result_m21.html",
+                            "chart_m21_5.png", "viewer.html"}) {
+    fs::create_hard_link(folder_ / "two.lxm", folder_ / name);
+    const Outcome run = Run("keltrun2 site two.lxm new/.. --force --charts all --viewer");
+    EXPECT_EQ(run.code, 1) << name;
+    EXPECT_TRUE(Has(run.err, "/" + name + " is the event two.lxm itself")) << run.err;
+    EXPECT_EQ(Names("."), (std::set<string>{"new", "old.txt", "two.lxm", name}));
+    fs::remove(folder_ / name);
+  }
+  Write(folder_ / "event.lxm", kTwoClasses);
+  EXPECT_EQ(Run("keltrun2 site event.lxm new/..").code, 1);
+  EXPECT_EQ(Contents(folder_ / "event.lxm"), kTwoClasses);
+  Output("site event.lxm . --prefix club_");
+  EXPECT_EQ(Contents(folder_ / "event.lxm"), kTwoClasses);
+}
+
+TEST_F(Cli, SiteKeepsForeignPages) {
+  const struct {
+    string index, style, options;
+    int code;
+    string shown;  // on standard error
+  } cases[] = {
+      {"<p>club</p>\n", "", "", 1, "index.html"},
+      {"<p>club</p>\n", "", "--add", 0, ""},
+      {"<p>club</p>\n", "", "--force", 0, ""},
+      {"<p>\n<!-- ### KELTRUN START ### -->\n", "", "", 0, ""},
+      {"", "p{}\n", "", 1, "style.css"},
+      {"", "p{}\n", "--style none", 0, ""},
+      {"", "p{}\n", "--style my.css", 0, ""},
+      {"", "p{}\n", "--add", 0, "style.css"},
+      {"", "p{}\n", "--add -q", 0, ""},
+      {"", "p{}\n", "--force", 0, ""},
+      {"", "/* Style sheet of a published site: index, result, analysis and leg-data pages.\n", "",
+       0, ""}};
+  Write(folder_ / "my.css", "p{}\n");
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.index + test.style + test.options);
+    fs::remove_all(folder_ / "site");
+    fs::create_directory(folder_ / "site");
+    if (!test.index.empty()) Write(folder_ / "site/index.html", test.index);
+    if (!test.style.empty()) Write(folder_ / "site/style.css", test.style);
+    const Outcome run = Run("keltrun2 site two.lxm site " + test.options);
+    EXPECT_EQ(run.code, test.code) << run.err;
+    EXPECT_EQ(run.err.empty(), test.shown.empty()) << run.err;
+    EXPECT_TRUE(Has(run.err, test.shown)) << run.err;
+    const bool forced = test.options == "--force";
+    const bool keeps_index = Has(Contents(folder_ / "site/index.html"), "<p>club</p>");
+    EXPECT_EQ(keeps_index, Has(test.index, "club") && !forced);
+    const bool keeps_style = Contents(folder_ / "site/style.css") == "p{}\n";
+    EXPECT_EQ(keeps_style, Has(test.style, "p{}") && !forced);
+    EXPECT_EQ(Names("site").contains("event.lxm"), test.code == 0);
+  }
 }
 
 TEST_F(Cli, ConvertMergeAndSegments) {

@@ -79,15 +79,21 @@ void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOp
 
 void Prepare(clsAnalyzer& analyzer, KrChartModeConst mode) {
   if (mode == KR_CHART_CRUISE_HALFRATIO) analyzer.ExtraAnalyze();
-  if (mode == KR_CHART_VESMER) analyzer.Vesmer();
+  if (mode != KR_CHART_VESMER) return;
+  if (analyzer.FinisherCount() > kMostOnMap) {
+    throw CommandError("there is no map of " + std::to_string(analyzer.FinisherCount()) +
+                       " finishers: it takes at most " + std::to_string(kMostOnMap) +
+                       "; choose another --mode or a smaller set");
+  }
+  analyzer.Vesmer();
 }
 
 }  // namespace
 
 void DrawChart(clsKeltrun2& root, const Options& options) {
-  CheckOutput(options);
+  CheckReport(options);
   LoadEvent(root, options);
-  WarnWithoutJapaneseFont();
+  WarnWithoutJapaneseFont(options);
   const ChartOptions& wanted = options.chart;
   const KrChartModeConst mode = ChartMode(wanted.mode);
   const auto analyzer = Analysis(root, OneSet(root, options));

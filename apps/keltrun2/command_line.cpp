@@ -32,7 +32,8 @@ constexpr char kFooter[] =
 constexpr char kSiteFooter[] =
     "The folder gets index.html, pages with results, splits and legs of each class, copies of the\n"
     "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, with --add\n"
-    "too: give each of several events in one folder a --prefix.\n"
+    "too, except an index.html or style.css that this program did not make: give each of several\n"
+    "events in one folder a --prefix.\n"
     "Examples:\n"
     "  keltrun2 site event.lxm public_html\n"
     "  keltrun2 site event.lxm public_html --charts all --courses\n"
@@ -95,14 +96,14 @@ void AddGeneralOptions(CLI::App& app, Options& options) {
       ->type_name("ja|en")
       ->capture_default_str()
       ->check(CLI::IsMember({"ja", "en"}).description(""));
-  app.add_flag("-q,--quiet", options.quiet, "no progress bar, no closing line");
+  app.add_flag("-q,--quiet", options.quiet,
+               "nothing but errors: no progress bar, remarks or closing line");
 }
 
 CLI::Option* AddEvent(CLI::App& app, Options& options) {
-  CLI::Option* event =
-      app.add_option("EVENT", options.event, "lap file; - is standard input (UTF-8)")
-          ->type_name("")
-          ->required();
+  CLI::Option* event = app.add_option("EVENT", options.event, "lap file; - is standard input")
+                           ->type_name("")
+                           ->required();
   app.add_option("--member", options.member, "which lap file of an archive that holds several")
       ->type_name("NAME");
   return event;
@@ -292,7 +293,11 @@ void AddSiteOptions(CLI::App& app, Options& options) {
   app.add_flag("--viewer", options.viewer, "viewer.html, one page to browse in tables and charts");
   AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "what the pages are written in")
       ->capture_default_str();
-  app.add_flag("--add", options.add, "keep an index.html that is there and put the event in front");
+  app.add_flag("--add", options.add,
+               "keep an index.html that is there and put the event in front, or in the place that\n"
+               "an event of the same --prefix has; a style.css that is not ours stays, too");
+  app.add_flag("--force", options.force,
+               "replace an index.html or style.css that this program did not make");
   app.add_flag_callback(
       "--no-official-site", [&options] { options.official_site = false; },
       "no link from the index to the event's own web site");
@@ -459,6 +464,19 @@ void SetWords(CLI::App& app) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
+// The word that stands where a command should, or "".
+std::string UnknownCommand(const CLI::App& app) {
+  const std::vector<std::string> words = app.remaining();
+  const bool unknown = app.get_subcommands().empty() && !words.empty();
+  return unknown && !words.front().starts_with('-') ? words.front() : "";
+}
+
+std::string CommandNames() {
+  std::vector<std::string> names;
+  for (const CommandEntry& entry : kCommands) names.emplace_back(entry.name);
+  return CLI::detail::join(names, ", ");
+}
+
 int ExplainWrongUse(const CLI::App& app, const std::string& text) {
   const auto commands = app.get_subcommands();
   const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
@@ -480,7 +498,10 @@ std::variant<CommandLine, int> ReadCommandLine(int argc, char** argv) {
   } catch (const CLI::Success& help_or_version) {
     return app.exit(help_or_version);
   } catch (const CLI::ParseError& error) {
-    return ExplainWrongUse(app, error.what());
+    const std::string unknown = UnknownCommand(app);
+    return ExplainWrongUse(app, unknown.empty() ? error.what()
+                                                : "unknown command " + unknown +
+                                                      "; the commands are " + CommandNames());
   }
   if (line.command == nullptr) return ExplainWrongUse(app, "a command is missing");
   return line;

@@ -12,6 +12,7 @@
 #include "apps/keltrun2/chart_modes.h"
 #include "apps/keltrun2/command_error.h"
 #include "apps/keltrun2/data_sets.h"
+#include "apps/keltrun2/display_text.h"
 #include "apps/keltrun2/event_input.h"
 #include "apps/keltrun2/files.h"
 #include "apps/keltrun2/info_text.h"
@@ -23,6 +24,7 @@ namespace {
 constexpr char kIndexFile[] = "index.html";
 constexpr char kStyleFile[] = "style.css";
 constexpr char kNoStyle[] = "none";
+constexpr std::string_view kIndexMarker = "<!-- ### KELTRUN START ### -->";  // begins each event
 constexpr char kPageEncoding[] = "utf-8";  // the host has texts in UTF-8 and writes them so
 
 // The folder with "/" only, as the library reads it, and at the end of it.
@@ -33,13 +35,45 @@ std::string SiteFolder(std::string folder) {
   return folder;
 }
 
-// The copy of the lap file in the site is a plainer file than the event may be: it must not replace
-// the event itself.
-void CheckCopyIsAnother(const std::string& event, const std::string& copy) {
+bool HasLine(std::string_view text, std::string_view wanted) {
+  while (!text.empty()) {
+    const std::size_t end = text.find_first_of("\r\n");
+    if (text.substr(0, end) == wanted) return true;
+    if (end == std::string_view::npos) return false;
+    text.remove_prefix(end + 1);
+  }
+  return false;
+}
+
+std::string_view FirstLine(std::string_view text) {
+  return text.substr(0, text.find_first_of("\r\n"));
+}
+
+[[noreturn]] void RefuseForeign(const std::string& file, const std::string& advice) {
+  throw CommandError(
+      file + " was not made by this program and would be lost: choose another folder, " + advice);
+}
+
+// An index of ours, or nobody's, may be replaced.
+void CheckIndex(const std::string& file, const Options& options) {
   std::error_code none;
-  if (event == "-" || !std::filesystem::equivalent(event, copy, none)) return;
-  throw CommandError("the site's copy of the lap file would replace " + event +
-                     ": choose another folder, or a --prefix");
+  if (options.add || options.force || !std::filesystem::exists(file, none)) return;
+  if (HasLine(ReadInput(file), kIndexMarker)) return;
+  RefuseForeign(file, "put the event in front with --add, or replace the page with --force");
+}
+
+// Whether the style sheet is to be written. --add keeps what is there as it keeps the index.
+bool ReplacesStyle(const std::string& file, const std::string& style, const Options& options) {
+  std::error_code none;
+  if (options.force || !std::filesystem::exists(file, none)) return true;
+  const std::string old = ReadInput(file);
+  if (old == style || FirstLine(old) == FirstLine(StyleSheet())) return true;
+  if (!options.add) RefuseForeign(file, "keep it with --add, or replace it with --force");
+  if (!options.quiet) {
+    std::cerr << "keltrun2: " << Printable(file)
+              << " was not made by this program and stays; --force replaces it\n";
+  }
+  return false;
 }
 
 std::string SiteStyle(const Options& options) {
@@ -74,6 +108,7 @@ SiteOptions Site(const Options& options, const std::string& folder, bool styled)
   if (styled) site.LinkStyleFile = kStyleFile;
   site.OfficialSite = options.official_site;
   site.IndexFileAddMode = options.add;
+  site.IndexReplaceBlock = true;  // the same prefix again is the same event again
   site.Charset = options.charset;
   return site;
 }
@@ -192,11 +227,15 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   const bool styled = options.style_file != kNoStyle;
   const std::string style = styled ? SiteStyle(options) : "";
   const SiteOptions site = Site(options, folder, styled);
-  if (!options.charts.empty()) WarnWithoutJapaneseFont();
-  CheckCopyIsAnother(options.event, folder + site.Lap2File);
-  CheckCopyIsAnother(options.event, folder + site.Lap1File);
+  if (!options.charts.empty()) WarnWithoutJapaneseFont(options);
   MakeFolder(folder);
-  std::string failures = styled ? WriteStyle(folder + kStyleFile, style) : "";
+  CheckIndex(folder + kIndexFile, options);
+  const std::string style_file = folder + kStyleFile;
+  const bool writes_style = styled && ReplacesStyle(style_file, style, options);
+  auto outputs = root.FileControl()->SiteFiles(site);
+  if (writes_style) outputs.push_back(style_file);
+  CheckEventIsKept(options, outputs, "choose another folder, or a --prefix");
+  std::string failures = writes_style ? WriteStyle(style_file, style) : "";
   const bool begun = root.FileControl()->OutputSite(site);
   // The export goes on past a file that it cannot write; all such files are told at the end.
   failures += root.ErrorComment();
@@ -218,7 +257,7 @@ void MergeEvents(clsKeltrun2& root, const Options& options) {
 }
 
 void ShowInfo(clsKeltrun2& root, const Options& options) {
-  CheckOutput(options);
+  CheckReport(options);
   LoadEvent(root, options);
   std::string text = options.json ? root.TextControl()->OutputInfoJson() : InfoText(root);
   AddNewLine(text, "\n");
@@ -226,7 +265,7 @@ void ShowInfo(clsKeltrun2& root, const Options& options) {
 }
 
 void WriteAnalysis(clsKeltrun2& root, const Options& options) {
-  CheckOutput(options);
+  CheckReport(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
   std::string text = json ? AnalysesJson(root, options)
@@ -236,7 +275,7 @@ void WriteAnalysis(clsKeltrun2& root, const Options& options) {
 }
 
 void WriteResults(clsKeltrun2& root, const Options& options) {
-  CheckOutput(options);
+  CheckReport(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
   std::string text = json ? ResultListsJson(root, options) : ResultsText(root, options);

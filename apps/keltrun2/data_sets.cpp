@@ -4,12 +4,24 @@
 #include <string>
 
 #include "apps/keltrun2/command_error.h"
+#include "apps/keltrun2/display_text.h"
 
 namespace keltrun::cli {
 namespace {
 
+// The class of a name; where there is none, the first that differs in width only: pages show narrow
+// letters wide.
+std::shared_ptr<clsClassData> ClassOf(const clsKeltrun2& root, const std::string& name) {
+  if (auto klass = root.ClassData(name)) return klass;
+  for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
+    auto klass = root.ClassData(i);
+    if (FoldedName(klass->ClassName()) == FoldedName(name)) return klass;
+  }
+  return nullptr;
+}
+
 ChosenSet FindClass(const clsKeltrun2& root, const std::string& name) {
-  const auto wanted = root.ClassData(name);
+  const auto wanted = ClassOf(root, name);
   std::string names;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
     const auto klass = root.ClassData(i);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <cwctype>
 
 namespace keltrun::cli {
 namespace {
@@ -100,6 +101,22 @@ void TextTable::AppendTo(std::string& out) const {
 }
 
 std::string Printable(std::string_view text) { return MakeShown(text).text; }
+
+std::wstring FoldedName(std::string_view name) {
+  constexpr wchar_t kWideSpace = 0x3000;
+  constexpr wchar_t kFirstWide = 0xFF01;  // of the wide counterparts of "!" to "~"
+  constexpr wchar_t kLastWide = 0xFF5E;
+  const Utf8Locale locale;
+  std::wstring folded;
+  while (!name.empty()) {
+    auto [character, length] = FirstCharacter(name);
+    if (character == kWideSpace) character = L' ';
+    if (character >= kFirstWide && character <= kLastWide) character -= kFirstWide - L'!';
+    folded += static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+    name.remove_prefix(length);
+  }
+  return folded;
+}
 
 void AppendFact(std::string& out, std::string_view label, std::string_view text) {
   if (text.empty()) return;

@@ -33,6 +33,9 @@ class TextTable {
 /// A text without characters that would move the cursor or command the terminal: they show as "?".
 std::string Printable(std::string_view text);
 
+/// A form in which names that differ in letter case and in the width of letters only are equal.
+std::wstring FoldedName(std::string_view name);
+
 /// A line "Label   text" of a list of facts; nothing for an empty text.
 void AppendFact(std::string& out, std::string_view label, std::string_view text);
 

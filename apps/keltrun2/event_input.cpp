@@ -1,9 +1,15 @@
 #include "apps/keltrun2/event_input.h"
 
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -14,14 +20,54 @@
 namespace keltrun::cli {
 namespace {
 
-// The extension makes it a native lap file; what a pipe brings has no name to go by.
-constexpr char kStandardInputName[] = "standard input.lxm";
+constexpr char kStandardInput[] = "standard input";
 
-std::string ReadEventText() {
-  std::string text = ReadStandardInput();
-  if (text.empty()) throw CommandError("standard input is empty");
-  return text;
+// The name that what a pipe brings would have as a file: its ending tells archives and XML apart
+// from texts, which are known by their content.
+std::string NameForContent(std::string_view bytes) {
+  constexpr std::string_view kMarksAndBlanks = "\xEF\xBB\xBF\xFF\xFE \t\r\n\0";
+  const std::size_t begin = bytes.find_first_not_of(std::string_view(kMarksAndBlanks.data(), 10));
+  const bool xml = begin != std::string_view::npos && bytes[begin] == '<';
+  const bool archive = bytes.substr(2, 3) == "-lh" && bytes.substr(6, 1) == "-";
+  return std::string(kStandardInput) + (archive ? ".lzh" : xml ? ".lxm" : ".txt");
 }
+
+// Standard input as a file, for what readers take of files only: any charset, and archives.
+class StandardInputFile {
+ public:
+  StandardInputFile() {
+    const std::string bytes = ReadStandardInput();
+    if (bytes.empty()) throw CommandError("standard input is empty");
+    std::error_code none;
+    folder_ = (std::filesystem::temp_directory_path(none) / "keltrun2-XXXXXX").string();
+    if (mkdtemp(folder_.data()) == nullptr) {
+      throw CommandError("cannot make a folder for standard input, " + folder_ + ": " +
+                         std::strerror(errno) + "; TMPDIR names another place");
+    }
+    name_ = NameForContent(bytes);
+    WriteOutput(Path(), bytes);
+  }
+  ~StandardInputFile() {
+    std::error_code none;
+    std::filesystem::remove_all(folder_, none);
+  }
+  StandardInputFile(const StandardInputFile&) = delete;
+  StandardInputFile& operator=(const StandardInputFile&) = delete;
+
+  const std::string& Name() const { return name_; }
+  std::string Path() const { return folder_ + "/" + name_; }
+
+  // A text without the folder, which the user never heard of.
+  std::string WithoutFolder(std::string text) const {
+    for (std::size_t at; (at = text.find(folder_ + "/")) != std::string::npos;) {
+      text.erase(at, folder_.size() + 1);
+    }
+    return text;
+  }
+
+ private:
+  std::string folder_, name_;
+};
 
 // Shows the component's windows as before, but knows which lap file of an archive is wanted.
 class MemberWindows : public HostWindows {
@@ -69,18 +115,29 @@ void ShowRemarks(const clsFileControl& files, const std::string& name) {
   }
 }
 
-void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mode,
-          const Options& options) {
+// `name` is what the user calls the file.
+void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& name,
+              KrLapFileLoadModeCosnt mode, const Options& options) {
   const auto& files = root.FileControl();
   files->SetProgressVisible(!options.quiet);  // shows nothing where there is no terminal
   SetHostWindows(std::make_shared<MemberWindows>(options.member));
-  const bool loaded = name == "-" ? files->LoadLapFile(kStandardInputName, KR_FILETYPE_AUTODETECT,
-                                                       mode, ReadEventText())
-                                  : files->LoadLapFile(name, KR_FILETYPE_AUTODETECT, mode);
-  ShowRemarks(*files, name);
+  const bool loaded = files->LoadLapFile(file, KR_FILETYPE_AUTODETECT, mode);
+  if (!options.quiet) ShowRemarks(*files, name);
   if (!loaded || !root.ErrorComment().empty()) {
     throw CommandError(name + ": " + root.ErrorComment());
   }
+}
+
+void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mode,
+          const Options& options) {
+  if (name != "-") return LoadFile(root, name, name, mode, options);
+  const StandardInputFile input;
+  try {
+    LoadFile(root, input.Path(), kStandardInput, mode, options);
+  } catch (const CommandError& error) {
+    throw CommandError(input.WithoutFolder(error.what()));
+  }
+  if (root.FileName() == input.Path()) root.SetFileName(input.Name());
 }
 
 // The load mode in the words of the options. An import of clubs and sexes needs the mode that

@@ -1,14 +1,20 @@
 #include "apps/keltrun2/files.h"
 
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "apps/keltrun2/command_error.h"
 #include "keltrun2/keltrun2.h"
@@ -60,13 +66,6 @@ void WriteDirectly(const std::string& name, std::string_view bytes) {
   if (!file || !WriteAll(file.get(), bytes)) Fail("write", name, errno);
 }
 
-// The new file gets the permissions of the one it replaces.
-void KeepPermissions(const fs::path& from, const fs::path& to) {
-  std::error_code code;
-  const fs::file_status status = fs::status(from, code);
-  if (fs::exists(status)) fs::permissions(to, status.permissions(), code);
-}
-
 // Behind links, so that a link stays a link.
 fs::path ReplacedFile(const std::string& name) {
   std::error_code code;
@@ -74,23 +73,70 @@ fs::path ReplacedFile(const std::string& name) {
   return code ? fs::path(name) : target;
 }
 
+// A new file in a folder, removed unless it gets its final name. The name is random and nobody's: a
+// second program may write into the folder at the same time, even one of the same process number.
+class TemporaryFile {
+ public:
+  // Throws std::system_error, as the other members do.
+  TemporaryFile(const fs::path& folder, mode_t mode) {
+    std::uint64_t number = 0;
+    Check(getrandom(&number, sizeof number, 0) == sizeof number);
+    path_ = folder / (".keltrun2-" + std::to_string(number) + ".tmp");
+    handle_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    Check(handle_ >= 0);
+  }
+  ~TemporaryFile() {
+    if (handle_ >= 0) close(handle_);
+    if (exists_) unlink(path_.c_str());
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  void SetMode(mode_t mode) { Check(fchmod(handle_, mode) == 0); }
+  void Write(std::string_view bytes) {
+    while (!bytes.empty()) {
+      const ssize_t written = write(handle_, bytes.data(), bytes.size());
+      Check(written >= 0 || errno == EINTR);
+      bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+  }
+  // The bytes are on the disk before the old file goes.
+  void Replace(const fs::path& target) {
+    Check(fsync(handle_) == 0 || errno == EINVAL || errno == ENOTSUP);
+    Check(close(std::exchange(handle_, -1)) == 0);
+    Check(rename(path_.c_str(), target.c_str()) == 0);
+    exists_ = false;
+  }
+
+ private:
+  static void Check(bool good) {
+    if (!good) throw std::system_error(errno, std::generic_category());
+  }
+
+  fs::path path_;
+  int handle_ = -1;
+  bool exists_ = true;
+};
+
+// The new file gets the permissions of the one it replaces.
 void WriteReplacing(const std::string& name, std::string_view bytes) {
   const fs::path target = ReplacedFile(name);
-  const std::string temporary = target.string() + "." + std::to_string(getpid()) + ".tmp";
-  std::remove(temporary.c_str());  // left over from a process of the same number that was killed
-  File file(std::fopen(temporary.c_str(), "wbx"));
-  if (!file) Fail("write", name, errno);
-  bool written = WriteAll(file.get(), bytes);
-  int error = errno;
-  if (written) KeepPermissions(target, temporary);
-  file.reset();
-  if (written && std::rename(temporary.c_str(), target.c_str()) != 0) {
-    written = false;
-    error = errno;
+  struct stat old;
+  const bool replaces = stat(target.c_str(), &old) == 0;
+  const mode_t mode = replaces ? old.st_mode & 0777 : 0666;
+  try {
+    TemporaryFile file(target.has_parent_path() ? target.parent_path() : ".", mode);
+    if (replaces) file.SetMode(mode);
+    file.Write(bytes);
+    file.Replace(target);
+  } catch (const std::system_error& error) {
+    Fail("write", name, error.code().value());
   }
-  if (written) return;
-  std::remove(temporary.c_str());
-  Fail("write", name, error);
+}
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code none;
+  return fs::equivalent(a, b, none);
 }
 
 }  // namespace
@@ -108,6 +154,17 @@ void MakeFolder(const std::string& folder) {
   fs::create_directories(folder, code);
   if (code) throw CommandError("cannot make folder " + folder + ": " + code.message());
   if (!fs::is_directory(folder, code)) Fail("make folder", folder, ENOTDIR);
+  if (access(folder.c_str(), W_OK | X_OK) != 0) Fail("write into the folder", folder, errno);
+}
+
+void CheckEventIsKept(const Options& options, const std::vector<std::string>& outputs,
+                      const std::string& advice) {
+  if (options.event == kStandardStream) return;
+  for (const std::string& output : outputs) {
+    if (!IsSameFile(options.event, output)) continue;
+    throw CommandError(output + " is the event " + options.event +
+                       " itself, which would be lost: " + advice);
+  }
 }
 
 void CheckOutput(const Options& options) {
@@ -116,6 +173,11 @@ void CheckOutput(const Options& options) {
   if (fs::is_directory(options.output, code)) Fail("write", options.output, EISDIR);
   if (options.force || IsDevice(options.output)) return;
   throw CommandError(options.output + " is there already; --force replaces it");
+}
+
+void CheckReport(const Options& options) {
+  CheckOutput(options);
+  CheckEventIsKept(options, {options.output}, "choose another --output");
 }
 
 void WriteOutput(const std::string& file, std::string_view bytes) {
@@ -128,8 +190,8 @@ void WriteOutput(const std::string& file, std::string_view bytes) {
   }
 }
 
-void WarnWithoutJapaneseFont() {
-  if (HasJapaneseFont()) return;
+void WarnWithoutJapaneseFont(const Options& options) {
+  if (options.quiet || HasJapaneseFont()) return;
   std::cerr << "keltrun2: no font of this system has Japanese letters, they will show as boxes; "
                "install the package fonts-ipafont-gothic\n";
 }

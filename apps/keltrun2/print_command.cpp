@@ -89,12 +89,12 @@ void PrintPages(clsKeltrun2& root, const Options& options) {
   const PrintOptions& print = options.print;
   if (print.list_printers) return ListPrinters();
   if (print.printer.empty()) {
-    CheckOutput(options);
+    CheckReport(options);
   } else {
     CheckPrinter(print.printer);
   }
   LoadEvent(root, options);
-  WarnWithoutJapaneseFont();
+  WarnWithoutJapaneseFont(options);
   const auto book = std::make_shared<clsPrintBook>();
   SetUpPages(*book, options);
   for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
