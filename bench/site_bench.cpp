@@ -9,6 +9,7 @@
 
 #include "bench_support.h"
 #include "keltrun2/chart/chart_builder.h"
+#include "keltrun2/platform/files.h"
 
 namespace keltrun::bench {
 namespace {
@@ -68,6 +69,12 @@ void Publish(benchmark::State& state, bool charts) {
 }
 
 void Site(benchmark::State& state) { Publish(state, false); }
+// With the wait for the disk, which depends on what else is being written to it.
+void SiteOnDisk(benchmark::State& state) {
+  SetDiskSync({});
+  Publish(state, false);
+  SetDiskSync([](int, bool) { return true; });
+}
 void SiteWithCharts(benchmark::State& state) { Publish(state, true); }
 
 // Percent of the time of all steps but the writing of files.
@@ -123,6 +130,7 @@ void SiteSteps(benchmark::State& state) {
 }
 
 const Registration kSite("Site", Site, {2000});
+const Registration kSiteOnDisk("SiteOnDisk", SiteOnDisk, {2000});
 const Registration kSiteWithCharts("SiteWithCharts", SiteWithCharts, {2000});
 const Registration kSiteSteps("SiteSteps", SiteSteps, {2000});
 

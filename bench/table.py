@@ -60,7 +60,7 @@ class Figures:
                                     (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
                                     (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
                                     (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
-                                    (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/'),
+                                    (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/'), (DEFAULT, '^SiteOnDisk/'),
                                     (DEFAULT, '^Map/299/'), (DEFAULT, '^Map/2000/'),
                                     (DEFAULT, '^MapSteps/299/'), (DEFAULT, '^MapSteps/2000/'),
                                     (KEPT, '^Chart(Records|Png)/'), (DEFAULT, '^ManyCharts/'),
@@ -116,6 +116,8 @@ def rows(f):
     yield row('site of 2,000 runners', DEFAULT, time(DEFAULT, site, 0.001), 0.5, '%.2f s')
     yield row('its peak memory, with the load', DEFAULT,
               lambda clock: f.median(DEFAULT, site, 'peak_megabytes'), 100, '%.0f MB')
+    on_disk = lambda clock: '%.2f s' % (f.median(DEFAULT, 'SiteOnDisk/2000', clock) / 1000)
+    yield 'the same with the wait for the disk', DEFAULT, on_disk(WALL), on_disk(PROCESSOR), '', True
     for text, name in TEXTS:
         for part, benchmark in (('loaded', 'Load'), ('read', 'Read')):
             yield row('%s of 2,000 runners, %s' % (text, part), KEPT, speed(KEPT, '%s%s/2000' % (benchmark, name)),

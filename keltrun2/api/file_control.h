@@ -41,11 +41,6 @@ class KELTRUN2_API clsFileControl {
   /// is not known.
   bool OutputSite(const SiteOptions& Options);
 
-  /// The names, with the folder, of all files that OutputSite writes with these options, in no
-  /// order and with some that it leaves out where there is nothing to show. Raises invalid
-  /// procedure call (5) for a charset that is not known.
-  std::vector<std::string> SiteFiles(const SiteOptions& Options) const;
-
   /// The same by its parameters one by one; `SiteOptions` tells what they mean.
   bool OutputHtml(std::string_view OutputFolder, std::string_view IndexFile = "",
                   std::string_view AnalysisFile = "", std::string_view ResultFile = "",
@@ -56,6 +51,11 @@ class KELTRUN2_API clsFileControl {
                   std::string_view LegDataFile = "", bool LegDataIncludeCourse = false,
                   std::string_view ChartFile = "", bool ChartIncludeCourse = false,
                   std::string_view ChartOption = "", std::string_view LinkStyleFile = "");
+
+  /// The names, with the folder, of all files that OutputSite writes with these options, in no
+  /// order and with some that it leaves out where there is nothing to show. Raises invalid
+  /// procedure call (5) for a charset that is not known.
+  std::vector<std::string> SiteFiles(const SiteOptions& Options) const;
 
   /// Loads a lap file, or a lap file's text (UTF-8) given in FileData. With KR_LOADMODE_NORMAL the
   /// model is cleared first, also when the file then fails to load. The type is detected unless
