@@ -58,13 +58,54 @@ TEST_F(SettingsTest, NearestFolderWithSettingsFileCounts) {
   }
 }
 
-TEST_F(SettingsTest, WithoutFilesEverythingIsDefault) {
-  RestartSettings({.Folder = folder_.Path()});
-  EXPECT_EQ(CurrentSettings().Language + ResourceText("RES_META_NAME"), "");
-  Font font;
-  font.Charset = 7;
-  ApplyFont(font, true);
-  EXPECT_EQ(font, Font());  // the empty face and the size 0 are skipped, the character set is not
+TEST_F(SettingsTest, WithoutFilesTheTextsOfTheLibraryServe) {
+  const auto own = [](Text file) { return ParseResources(ReadBytes(ResourceFile(file))); };
+  const auto japanese = own("Keltrun2Res-ja.txt"), english = own("Keltrun2Res-en.txt");
+  const PrintFont font =
+      ParseSettings(ReadBytes(ResourceFile("Keltrun2.ini"))).PrintFonts.at("RESULT_CLASS");
+  const string nowhere = folder_.Path();
+  RestartSettings({.Folder = nowhere});
+  EXPECT_EQ(CurrentSettings().Language, "ja");
+  EXPECT_EQ(CurrentSettings().Resources, japanese);
+  EXPECT_EQ(MakePrintFont("RESULT_CLASS").Face(), font.Face);
+  EXPECT_EQ(MakePrintFont("RESULT_CLASS").Size(), font.Size);
+  setenv("KELTRUN2_FOLDER", nowhere.c_str(), 1);  // the search finds nothing, either
+  for (const auto& [language, texts] :
+       Rows<string, decltype(japanese)>{{"ja", japanese}, {"en", english}, {"fr", english}}) {
+    RestartSettings({.Language = language});
+    EXPECT_EQ(CurrentSettings().Resources, texts) << language;
+  }
+  // Each file that is there counts, also when the other one is missing.
+  WriteBytes(folder_.Path("Keltrun2.ini"), "LANGUAGE=en\nFONT_SIZE=0,0");
+  RestartSettings({.Folder = nowhere});
+  EXPECT_EQ(CurrentSettings().Resources, english);
+  Font none;
+  none.Charset = 7;
+  ApplyFont(none, true);
+  EXPECT_EQ(none, Font());  // the empty face and the size 0 are skipped, the character set is not
+  std::filesystem::remove(folder_.Path("Keltrun2.ini"));
+  WriteBytes(folder_.Path("Keltrun2Res-ja.txt"), "RES_META_NAME\tN");
+  RestartSettings({.Folder = nowhere});
+  EXPECT_EQ(ResourceText("RES_META_NAME") + MakePrintFont("RESULT_CLASS").Face(), "N" + font.Face);
+}
+
+TEST_F(SettingsTest, AFolderWithoutFilesIsRefused) {
+  RestartSettings({});
+  try {
+    SetStartup({.Language = "en", .Folder = folder_.Path("typo")});
+    FAIL() << "taken";
+  } catch (const AutomationError& error) {
+    EXPECT_EQ(error.Number(), KR_ERROR_INVALID_CALL);
+    EXPECT_NE(Text(error.what()).find(folder_.Path("typo")), Text::npos) << error.what();
+  }
+  EXPECT_EQ(CurrentSettings().Language, "ja") << "nothing was changed";
+  for (const char* file : {"Keltrun2.ini", "Keltrun2Res-en.txt", "Keltrun2Res-xx.txt"}) {
+    const string folder = folder_.Path(string("with-") + file);
+    std::filesystem::create_directories(folder);
+    WriteBytes(folder + "/" + file, "");
+    RestartSettings({});
+    EXPECT_NO_THROW(SetStartup({.Language = "xx", .Folder = folder})) << file;
+  }
 }
 
 TEST_F(SettingsTest, ReadsSettings) {

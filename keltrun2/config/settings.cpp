@@ -1,5 +1,10 @@
 #include "keltrun2/config/settings.h"
 
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "keltrun2/config/built_in_resources.h"
 #include "keltrun2/config/settings_internal.h"
 #include "keltrun2/config/startup.h"
 #include "keltrun2/platform/automation_error.h"
@@ -17,10 +22,17 @@ namespace {
 constexpr char kSettingsFile[] = "Keltrun2.ini";
 constexpr std::string_view kPrintFontPrefix = "PRINT_FONT_";
 
+struct BuiltInTexts {
+  std::string_view language, texts;
+};
+constexpr BuiltInTexts kBuiltInTexts[] = {{"ja", kBuiltInTextsJa}, {"en", kBuiltInTextsEn}};
+
+// The settings never change once they are loaded, so that all threads may read them.
 struct ProcessSettings {
+  std::mutex mutex;  // of the first load and of what comes before it
   Startup startup;
-  bool loaded = false;
-  Settings settings;
+  std::unique_ptr<const Settings> settings;
+  std::atomic<const Settings*> loaded = nullptr;
 };
 
 ProcessSettings& Process() {
@@ -47,11 +59,35 @@ std::string FindSettingsFolder() {
   return component;
 }
 
-// "" when the file cannot be read: a missing file is no error.
-std::string ReadTextFile(const std::string& name) {
+std::string ResourceFileName(std::string_view language) {
+  return "Keltrun2Res-" + std::string(language) + ".txt";
+}
+
+// A file's text, or what the library holds itself of it where the file cannot be read.
+std::string TextOfFile(const std::string& name, std::string_view built_in) {
   std::string error;
   const std::optional<std::string> bytes = ReadFile(name, error);
-  return bytes ? DecodeTextFile(*bytes) : "";
+  return DecodeTextFile(bytes ? *bytes : built_in);
+}
+
+// Of a language that the library does not know, the English texts: every page needs some.
+std::string_view TextsOf(std::string_view language) {
+  for (const BuiltInTexts& known : kBuiltInTexts) {
+    if (known.language == language) return known.texts;
+  }
+  return kBuiltInTextsEn;
+}
+
+// Whether a host can mean this folder: it holds the settings file or the texts of some language.
+bool HasComponentFiles(const std::string& folder, const Startup& startup) {
+  if (FileExists(InFolder(folder, kSettingsFile))) return true;
+  if (startup.Language && FileExists(InFolder(folder, ResourceFileName(*startup.Language)))) {
+    return true;
+  }
+  for (const BuiltInTexts& known : kBuiltInTexts) {
+    if (FileExists(InFolder(folder, ResourceFileName(known.language)))) return true;
+  }
+  return false;
 }
 
 bool IsTrue(const std::string& field) { return LowerAscii(field) == "true"; }
@@ -79,12 +115,24 @@ void StoreSetting(Settings& settings, const std::string& name, std::string_view 
 
 Settings Load(const Startup& startup) {
   const std::string folder = startup.Folder ? *startup.Folder : FindSettingsFolder();
-  Settings settings = ParseSettings(ReadTextFile(InFolder(folder, kSettingsFile)));
+  Settings settings = ParseSettings(TextOfFile(InFolder(folder, kSettingsFile), kBuiltInSettings));
   settings.Folder = folder;
   if (startup.Language) settings.Language = *startup.Language;
-  const std::string resources = "Keltrun2Res-" + settings.Language + ".txt";
-  settings.Resources = ParseResources(ReadTextFile(InFolder(folder, resources)));
+  const std::string resources = InFolder(folder, ResourceFileName(settings.Language));
+  settings.Resources = ParseResources(TextOfFile(resources, TextsOf(settings.Language)));
   return settings;
+}
+
+const Settings& LoadedSettings() {
+  ProcessSettings& process = Process();
+  if (const Settings* loaded = process.loaded.load(std::memory_order_acquire)) return *loaded;
+  const std::lock_guard lock(process.mutex);
+  if (!process.settings) {
+    process.settings = std::make_unique<const Settings>(Load(process.startup));
+    SetUserLocale(process.startup.Locale);
+    process.loaded.store(process.settings.get(), std::memory_order_release);
+  }
+  return *process.settings;
 }
 
 void SetCharset(Font& font, std::int32_t charset) {
@@ -94,7 +142,15 @@ void SetCharset(Font& font, std::int32_t charset) {
 }  // namespace
 
 void SetStartup(const Startup& Values) {
-  if (Process().loaded) {
+  if (Values.Folder && !HasComponentFiles(*Values.Folder, Values)) {
+    throw AutomationError(KR_ERROR_INVALID_CALL,
+                          "SetStartup: the folder \"" + *Values.Folder +
+                              "\" holds neither Keltrun2.ini nor a resource file such as "
+                              "Keltrun2Res-ja.txt; name the folder that does, or none: the library "
+                              "has texts of its own");
+  }
+  const std::lock_guard lock(Process().mutex);
+  if (Process().settings) {
     throw AutomationError(KR_ERROR_INVALID_CALL,
                           "SetStartup: the settings are loaded already; call it before the first "
                           "root object");
@@ -103,22 +159,15 @@ void SetStartup(const Startup& Values) {
 }
 
 void RestartSettings(const Startup& values) {
-  Process() = ProcessSettings{};
+  const std::lock_guard lock(Process().mutex);
+  Process().loaded = nullptr;
+  Process().settings.reset();
   Process().startup = values;
 }
 
-void LoadSettings() {
-  ProcessSettings& process = Process();
-  if (process.loaded) return;
-  process.loaded = true;
-  process.settings = Load(process.startup);
-  SetUserLocale(process.startup.Locale);
-}
+void LoadSettings() { LoadedSettings(); }
 
-const Settings& CurrentSettings() {
-  LoadSettings();
-  return Process().settings;
-}
+const Settings& CurrentSettings() { return LoadedSettings(); }
 
 std::string ResourceText(std::string_view Key, bool ExpandNewLines) {
   const auto& resources = CurrentSettings().Resources;

@@ -22,7 +22,7 @@ struct PrintFont {
   bool Italic = false;
 };
 
-/// The settings as loaded; all defaults when there is no file.
+/// The settings as loaded. Where there is no file, those that the library holds itself.
 struct Settings {
   std::string Folder;                       // where the file was found, else the component's folder
   std::string Language;                     // LANGUAGE
@@ -33,7 +33,8 @@ struct Settings {
   std::unordered_map<std::string, std::string> Resources;  // key to text
 };
 
-/// Loads settings and resources; later calls do nothing. Everything below calls it.
+/// Loads settings and resources; later calls do nothing. Everything below calls it. Once loaded
+/// they never change: any thread may read them.
 void LoadSettings();
 
 /// The settings in use.

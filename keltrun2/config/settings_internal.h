@@ -5,7 +5,8 @@
 
 namespace keltrun {
 
-/// Forgets the loaded settings and takes new start values; the next use loads again.
+/// Forgets the loaded settings and takes new start values; the next use loads again. Only for one
+/// thread that runs alone.
 void RestartSettings(const Startup& values);
 
 }  // namespace keltrun

@@ -15,12 +15,14 @@ struct Startup {
   std::optional<std::string> Language = std::nullopt;
   /// Identifier of the user's locale; 1041 together with language "ja" is the Japanese mode.
   std::optional<std::int32_t> Locale = std::nullopt;
-  /// The folder that holds Keltrun2.ini and the resource files, in place of the search.
+  /// The folder that holds Keltrun2.ini and the resource files, in place of the search. What it
+  /// does not hold is taken from the library itself, as where the search finds nothing.
   std::optional<std::string> Folder = std::nullopt;
 };
 
 /// Takes effect when the settings are loaded, that is with the first root object or the first font
-/// request of the process. Later it raises invalid procedure call (5): settings load once.
+/// request of the process. Later it raises invalid procedure call (5): settings load once. So does
+/// a folder that holds neither the settings file nor a resource file; nothing is changed then.
 KELTRUN2_API void SetStartup(const Startup& Values);
 
 }  // namespace keltrun

@@ -1,13 +1,14 @@
 #include "keltrun2/platform/locale.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <string_view>
 
 namespace keltrun {
 namespace {
 
-std::optional<std::int32_t>& Override() {
-  static std::optional<std::int32_t> locale;
+std::atomic<std::optional<std::int32_t>>& Override() {
+  static std::atomic<std::optional<std::int32_t>> locale;
   return locale;
 }
 
@@ -22,7 +23,7 @@ std::string_view EnvironmentLocale() {
 }  // namespace
 
 std::int32_t UserLocale() {
-  if (Override()) return *Override();
+  if (const auto locale = Override().load()) return *locale;
   const std::string_view name = EnvironmentLocale();
   const bool japanese = name == "ja" || name.substr(0, 3) == "ja_" || name.substr(0, 3) == "ja.";
   return japanese ? kLocaleJapanese : kLocaleEnglish;
