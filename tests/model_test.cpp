@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <functional>
 #include <sstream>
 
 #include "keltrun2/model/result_status.h"
@@ -291,12 +293,11 @@ TEST(Root, ClearEmptiesTheModelAndKeepsTheServices) {
   EXPECT_EQ(root->AddClass("B")->AddLap()->SerialNum(), 1);
 }
 
-TEST(Root, ServicesWorkOnTheRootCreatedLastAndObjectsOutliveIt) {
+TEST(Root, ServicesWorkOnTheYoungestRootAndObjectsOutliveIt) {
   const auto first = RootWith("First");
   auto second = std::make_shared<clsKeltrun2>();
   for (const char* name : {"A", "B"}) second->AddClass(name);
   const auto event = second->EventData();
-  const auto service = second->FileControl();
   const auto runner = AddRunner(*second->ClassData(1), "a", "0:03:00", {60, 120});
   const auto analyzer = first->NewAnalyzer();
   analyzer->AddClass("A");
@@ -309,9 +310,50 @@ TEST(Root, ServicesWorkOnTheRootCreatedLastAndObjectsOutliveIt) {
   analyzer->Execute();
   EXPECT_EQ(analyzer->Count(), 1);
   EXPECT_EQ(event->ToString(), "");
-  EXPECT_TRUE(service->LoadLapFile(ExampleFile("midorigaoka/event.lxm")));
-  EXPECT_TRUE(first->ClassAndCourseList().empty());
-  EXPECT_EQ(ClassNames(*first), "First ");
+}
+
+TEST(Root, ATemporaryRootGivesWayToTheOneBefore) {
+  const TemporaryFolder folder;
+  const string file = folder.Path("e.lxm");
+  auto first = RootWith("First");
+  const auto files = first->FileControl();
+  {
+    const auto second = std::make_shared<clsKeltrun2>();
+    auto third = std::make_shared<clsKeltrun2>();
+    third.reset();
+    second->AddClass("Second");
+    EXPECT_EQ(first->ClassAndCourseList().back(), "1,,Second,second,0");
+  }
+  EXPECT_EQ(first->ClassAndCourseList().back(), "1,,First,first,0");
+  ASSERT_TRUE(files->SaveLapFile(file)) << first->ErrorComment();
+  const string saved = ReadBytes(file);
+  EXPECT_NE(saved.find("First"), string::npos);
+
+  // Without any root there is no event: nothing is read, written or returned as if it were one.
+  const auto analyzer = first->NewAnalyzer();
+  const auto html = first->HtmlControl();
+  const auto texts = first->TextControl();
+  const auto graphics = first->GraphicControl();
+  first.reset();
+  SiteOptions site;
+  site.OutputFolder = folder.Path();
+  site.IndexFile = "index.html";
+  const auto fails = [](bool done) {
+    return !done && NewRoot()->ErrorComment().find("no root object") != string::npos;
+  };
+  EXPECT_TRUE(fails(files->SaveLapFile(file)));
+  EXPECT_TRUE(fails(files->LoadLapFile(file)));
+  EXPECT_TRUE(fails(files->OutputSite(site)));
+  EXPECT_EQ(ReadBytes(file), saved);
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("index.html")));
+  using Call = std::function<void()>;
+  for (const Call& call :
+       {Call([&] { analyzer->AddClass("First"); }), Call([&] { analyzer->AddCourse(1); }),
+        Call([&] { html->OutputAnalysis(analyzer); }), Call([&] { html->OutputViewer({}); }),
+        Call([&] { texts->OutputTextMail(analyzer); }), Call([&] { texts->OutputInfoJson(); }),
+        Call([&] { graphics->PrintAnalysis(analyzer, std::make_shared<clsPrintBook>()); })}) {
+    EXPECT_EQ(ErrorNumberOf(call), KR_ERROR_OBJECT_NOT_SET);
+  }
 }
 
 constexpr auto kMergeId = KR_LOADMODE_MERGE_ID;

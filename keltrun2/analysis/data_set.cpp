@@ -10,16 +10,16 @@
 namespace keltrun {
 
 void DataSet::AddClass(std::string_view ClassName) {
-  AddClasses({CurrentModel()->ClassByName(ClassName)});
+  AddClasses({CurrentModel("DataSet.AddClass")->ClassByName(ClassName)});
 }
 
 void DataSet::AddClass(std::int32_t ClassNumber) {
-  AddClasses({CurrentModel()->ClassAt(ClassNumber)});
+  AddClasses({CurrentModel("DataSet.AddClass")->ClassAt(ClassNumber)});
 }
 
 void DataSet::AddCourse(std::int32_t CourseNum) {
   if (CourseNum <= 0) return;
-  const auto model = CurrentModel();
+  const auto model = CurrentModel("DataSet.AddCourse");
   std::vector<std::shared_ptr<clsClassData>> classes;
   std::copy_if(model->Classes().begin(), model->Classes().end(), std::back_inserter(classes),
                [&](const auto& klass) { return klass->CourseNum == CourseNum; });

@@ -66,7 +66,7 @@ std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
   set->ControlCount = segment.ControlCount;
   // Courses of 50 controls can share 51 legs; no record has a lap of the last one.
   const std::int32_t legs = std::min(segment.ControlCount + 1, clsLapData::kMostLegs);
-  const auto model = CurrentModel();
+  const auto model = CurrentModel("clsSegmentData");
   for (const std::string& target : segment.TargetClassList) {
     const std::size_t separator = target.rfind(';');  // a class name may hold one itself
     if (separator == std::string::npos) continue;

@@ -10,6 +10,20 @@
 #include "keltrun2/model/process_state.h"
 
 namespace keltrun {
+namespace {
+
+// The event to work on; null, with an error text, when no root object is there that owns one.
+std::shared_ptr<EventModel> EventOrFail(std::string_view message_key, std::string_view operation) {
+  auto model = FindCurrentModel();
+  if (!model) {
+    SetErrorText(FailureText(message_key, operation,
+                             "there is no event to work on: this thread has no root object "
+                             "(clsKeltrun2) that still lives; nothing was read or written"));
+  }
+  return model;
+}
+
+}  // namespace
 
 bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view IndexFile,
                                 std::string_view AnalysisFile, std::string_view ResultFile,
@@ -45,6 +59,8 @@ bool clsFileControl::OutputHtml(std::string_view OutputFolder, std::string_view 
 bool clsFileControl::OutputSite(const SiteOptions& Options) {
   const Busy busy;
   if (!busy.Granted()) return false;
+  const auto model = EventOrFail("RES_MESSAGE_ERROR_HAPPEN", "clsFileControl.OutputHtml");
+  if (!model) return false;
   return ExportSite(
       Options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
 }
@@ -57,6 +73,8 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
                                  KrLapFileLoadModeCosnt LoadMode, std::string_view FileData) {
   const Busy busy;
   if (!busy.Granted()) return false;
+  const auto model = EventOrFail("RES_MESSAGE_FILE_OPEN_ERROR", "clsFileControl.LoadLapFile");
+  if (!model) return false;
   return keltrun::LoadLapFile(
       {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_}, remarks_,
       [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
@@ -64,8 +82,9 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
 
 bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileSaveModeCosnt SaveMode) {
-  return keltrun::SaveLapFile(*CurrentModel(), std::string(FileName), LapFileType, SaveMode,
-                              Sync::kNow);
+  const auto model = EventOrFail("RES_MESSAGE_ERROR_HAPPEN", "clsFileControl.SaveLapFile");
+  return model && keltrun::SaveLapFile(*model, std::string(FileName), LapFileType, SaveMode,
+                                       Sync::kNow);
 }
 
 KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {

@@ -18,7 +18,8 @@ std::string clsHtmlControl::OutputAnalysis(const std::shared_ptr<clsAnalyzer>& A
                                            std::string_view Encoding) const {
   CheckObject(Analyzer, "clsHtmlControl.OutputAnalysis");
   std::string page;
-  AppendAnalysisPage(page, *CurrentModel(), *Analyzer, LinkStyleFile, Encoding);
+  AppendAnalysisPage(page, *CurrentModel("clsHtmlControl.OutputAnalysis"), *Analyzer, LinkStyleFile,
+                     Encoding);
   return page;
 }
 
@@ -36,7 +37,8 @@ std::string clsHtmlControl::OutputLegData(const std::shared_ptr<clsAnalyzer>& An
                                           std::string_view Encoding) const {
   CheckObject(Analyzer, "clsHtmlControl.OutputLegData");
   std::string page;
-  AppendLegDataPage(page, *CurrentModel(), *Analyzer, LinkStyleFile, LegDataCharset(Encoding));
+  AppendLegDataPage(page, *CurrentModel("clsHtmlControl.OutputLegData"), *Analyzer, LinkStyleFile,
+                    LegDataCharset(Encoding));
   return page;
 }
 
@@ -45,7 +47,8 @@ std::string clsHtmlControl::OutputChart(const std::shared_ptr<clsAnalyzer>& Anal
                                         std::string_view ChartOption) const {
   CheckObject(Analyzer, "clsHtmlControl.OutputChart");
   std::string page;
-  AppendChartPage(page, *CurrentModel(), *Analyzer, ChartName, ChartOption, kPageCharset);
+  AppendChartPage(page, *CurrentModel("clsHtmlControl.OutputChart"), *Analyzer, ChartName,
+                  ChartOption, kPageCharset);
   return page;
 }
 
@@ -63,7 +66,7 @@ std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets) con
     page_sets.push_back({set.Analyzer, set.Kind});
   }
   std::string page;
-  AppendViewerPage(page, *CurrentModel(), page_sets);
+  AppendViewerPage(page, *CurrentModel("clsHtmlControl.OutputViewer"), page_sets);
   return page;
 }
 

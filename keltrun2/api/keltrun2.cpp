@@ -89,7 +89,8 @@ bool clsKeltrun2::IsCourseExists(std::int32_t CourseIndex) const {
 
 std::vector<std::string> clsKeltrun2::ClassAndCourseList() const {
   std::vector<std::string> list;
-  for (const ClassAndCourseChoice& choice : CurrentModel()->Choices()) {
+  for (const ClassAndCourseChoice& choice :
+       CurrentModel("clsKeltrun2.ClassAndCourseList")->Choices()) {
     list.push_back(ToString(choice));
   }
   return list;
@@ -109,7 +110,7 @@ ClassAndCourseValue clsKeltrun2::SeparateClassAndCourseValue(std::string_view Ex
 void clsKeltrun2::SortLap() { model_->SortLap(); }
 
 void clsKeltrun2::SortClass(std::string_view OrderExpression) {
-  CurrentModel()->SortClass(OrderExpression);
+  CurrentModel("clsKeltrun2.SortClass")->SortClass(OrderExpression);
 }
 
 std::shared_ptr<clsSegmentData> clsKeltrun2::SegmentData(std::int32_t Index) const {

@@ -4,16 +4,9 @@
 #include <utility>
 
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/process_state.h"
 
 namespace keltrun {
-namespace {
-
-bool& OperationRunning() {
-  static bool running = false;
-  return running;
-}
-
-}  // namespace
 
 ProgressReport::ProgressReport(std::shared_ptr<ProgressHandlers> handlers, bool show_window)
     : handlers_(std::move(handlers)) {
@@ -62,10 +55,10 @@ void ProgressReport::Raise(std::int32_t percent) {
   }
 }
 
-Busy::Busy() : granted_(!OperationRunning()) { OperationRunning() = true; }
+Busy::Busy() : running_(OperationFlag()), granted_(!running_->exchange(true)) {}
 
 Busy::~Busy() {
-  if (granted_) OperationRunning() = false;
+  if (granted_) *running_ = false;
 }
 
 }  // namespace keltrun

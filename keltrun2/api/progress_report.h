@@ -1,6 +1,7 @@
 // One operation's progress: the window, if it is wanted, and the events.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -39,10 +40,11 @@ class ProgressReport {
   bool open_ = true;
 };
 
-/// Held while a load or export runs: its handlers may not start another.
+/// Held while a load or export runs: its handlers may not start another. Threads that have roots of
+/// their own do not hinder each other.
 class Busy {
  public:
-  /// Marks the component busy unless it is already.
+  /// Marks the roots of this thread busy unless they are already.
   Busy();
   ~Busy();
   Busy(const Busy&) = delete;
@@ -52,6 +54,7 @@ class Busy {
   bool Granted() const { return granted_; }
 
  private:
+  std::shared_ptr<std::atomic<bool>> running_;
   bool granted_;
 };
 

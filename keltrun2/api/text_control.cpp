@@ -28,7 +28,7 @@ std::string clsTextControl::OutputCsvSplitsBrowser(
 std::string clsTextControl::OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const {
   CheckObject(wAnalyzer, "clsTextControl.OutputTextMail");
   std::string text;
-  AppendMailText(text, *CurrentModel(), *wAnalyzer);
+  AppendMailText(text, *CurrentModel("clsTextControl.OutputTextMail"), *wAnalyzer);
   return text;
 }
 
@@ -43,7 +43,7 @@ std::string clsTextControl::OutputTextResult(
 std::string clsTextControl::OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
                                        DataSetKind Kind) const {
   CheckObject(Analyzer, "clsTextControl.OutputJson");
-  return AnalysisJson(*CurrentModel(), *Analyzer, Kind);
+  return AnalysisJson(*CurrentModel("clsTextControl.OutputJson"), *Analyzer, Kind);
 }
 
 std::string clsTextControl::OutputResultJson(const std::vector<ResultSet>& Sets) const {
@@ -53,9 +53,11 @@ std::string clsTextControl::OutputResultJson(const std::vector<ResultSet>& Sets)
   std::vector<ResultJsonSet> lists;
   lists.reserve(Sets.size());
   for (const ResultSet& set : Sets) lists.push_back({set.ResultsHolder.get(), set.Kind});
-  return ResultJson(*CurrentModel(), lists);
+  return ResultJson(*CurrentModel("clsTextControl.OutputResultJson"), lists);
 }
 
-std::string clsTextControl::OutputInfoJson() const { return InfoJson(*CurrentModel()); }
+std::string clsTextControl::OutputInfoJson() const {
+  return InfoJson(*CurrentModel("clsTextControl.OutputInfoJson"));
+}
 
 }  // namespace keltrun

@@ -1,36 +1,108 @@
 #include "keltrun2/model/process_state.h"
 
+#include <mutex>
 #include <utility>
+#include <vector>
 
 #include "keltrun2/model/event_model.h"
+#include "keltrun2/platform/automation_error.h"
 
 namespace keltrun {
 namespace {
 
-struct ProcessState {
-  std::int32_t serial_counter = 0;
+// What all roots share that one thread created. Threads without a root of their own use that of
+// another thread, so it is guarded.
+struct RootState {
+  std::atomic<std::int32_t> serial_counter = 0;
+  std::atomic<bool> operation_running = false;
+  std::mutex mutex;
   std::string error_text;
-  std::weak_ptr<EventModel> current;
 };
 
-ProcessState& State() {
-  static ProcessState state;
+using StatePointer = std::shared_ptr<RootState>;
+
+struct Root {
+  std::weak_ptr<EventModel> model;
+  StatePointer state;  // of the thread that created it
+};
+
+// The roots of the process, in the order of their creation.
+struct Roots {
+  std::mutex mutex;
+  std::vector<Root> list;
+  const StatePointer nobodys = std::make_shared<RootState>();  // while there is no root at all
+};
+
+Roots& AllRoots() {
+  static Roots roots;
+  return roots;
+}
+
+// Set by the first root that the thread creates, and kept when its roots are gone: the thread goes
+// on with nothing then, not with what is another thread's.
+StatePointer& OwnState() {
+  thread_local StatePointer state;
   return state;
 }
 
-}  // namespace
+struct Found {
+  std::shared_ptr<EventModel> model;
+  StatePointer state;
+};
 
-std::int32_t NextSerialNumber() { return ++State().serial_counter; }
-void ResetSerialNumbers() { State().serial_counter = 0; }
-
-const std::string& ErrorText() { return State().error_text; }
-void SetErrorText(std::string text) { State().error_text = std::move(text); }
-
-std::shared_ptr<EventModel> CurrentModel() {
-  auto model = State().current.lock();
-  return model ? model : std::make_shared<EventModel>();
+Found FindRoot() {
+  Roots& roots = AllRoots();
+  const StatePointer& own = OwnState();
+  const std::lock_guard lock(roots.mutex);
+  for (auto root = roots.list.rbegin(); root != roots.list.rend(); ++root) {
+    if (own && root->state != own) continue;
+    if (auto model = root->model.lock()) return {std::move(model), root->state};
+  }
+  return {nullptr, own ? own : roots.nobodys};
 }
 
-void SetCurrentModel(const std::shared_ptr<EventModel>& model) { State().current = model; }
+StatePointer State() { return OwnState() ? OwnState() : FindRoot().state; }
+
+}  // namespace
+
+std::int32_t NextSerialNumber() { return ++State()->serial_counter; }
+void ResetSerialNumbers() { State()->serial_counter = 0; }
+
+std::string ErrorText() {
+  const StatePointer state = State();
+  const std::lock_guard lock(state->mutex);
+  return state->error_text;
+}
+
+void SetErrorText(std::string text) {
+  const StatePointer state = State();
+  const std::lock_guard lock(state->mutex);
+  state->error_text = std::move(text);
+}
+
+std::shared_ptr<std::atomic<bool>> OperationFlag() {
+  StatePointer state = State();
+  std::atomic<bool>* const flag = &state->operation_running;
+  return {std::move(state), flag};
+}
+
+std::shared_ptr<EventModel> FindCurrentModel() { return FindRoot().model; }
+
+std::shared_ptr<EventModel> CurrentModel(std::string_view member) {
+  if (auto model = FindCurrentModel()) return model;
+  throw AutomationError(KR_ERROR_OBJECT_NOT_SET,
+                        std::string(member) +
+                            ": there is no event to work on: this thread has no root object "
+                            "(clsKeltrun2) that still lives");
+}
+
+void SetCurrentModel(const std::shared_ptr<EventModel>& model) {
+  StatePointer& own = OwnState();
+  if (!own) own = std::make_shared<RootState>();
+  Roots& roots = AllRoots();
+  const std::lock_guard lock(roots.mutex);
+  std::erase_if(roots.list, [](const Root& root) { return root.model.expired(); });
+  roots.list.push_back({model, own});
+}
 
 }  // namespace keltrun
