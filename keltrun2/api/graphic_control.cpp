@@ -31,13 +31,18 @@ Color ParseColor(std::string_view text, Color fallback) {
 
 }  // namespace
 
+// Pictures, printers and grids are the host's: while one is called, the host may clear or let go of
+// everything that it gave. So each member works on an analyzer of its own, which shares the
+// runners, and keeps the other objects.
+
 void clsGraphicControl::DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                                   const std::shared_ptr<clsChartObject>& ChartObject,
                                   KrChartModeConst ChartMode, float RatioX, float RatioY,
                                   float PositionX, float PositionY) {
   CheckObject(AnalyzerObject, "clsGraphicControl.DrawChart");
   CheckObject(ChartObject, "clsGraphicControl.DrawChart");
-  BuildChart(AnalyzerObject, *ChartObject, ChartMode, RatioX, RatioY, PositionX, PositionY);
+  const std::shared_ptr<clsChartObject> chart = ChartObject;
+  BuildChart(AnalyzerObject, *chart, ChartMode, RatioX, RatioY, PositionX, PositionY);
 }
 
 void clsGraphicControl::PrintResult(const std::shared_ptr<clsResultsHolder>& ResultsHolderObject,
@@ -61,14 +66,20 @@ void clsGraphicControl::PrintAnalysis(const std::shared_ptr<clsAnalyzer>& Analyz
     Color& color = options.RankColors[i];
     color = ParseColor(settings_->Value(KR_CONFIG_FOLDER_DATA, kRankColorItems[i]), color);
   }
-  PrintAnalysisPages(*AnalyzerObject, *CurrentModel()->Event, *PrintBookObject, options);
+  const clsAnalyzer analyzer = *AnalyzerObject;
+  const std::shared_ptr<clsEventData> event =
+      CurrentModel("clsGraphicControl.PrintAnalysis")->Event;
+  const std::shared_ptr<clsPrintBook> book = PrintBookObject;
+  PrintAnalysisPages(analyzer, *event, *book, options);
 }
 
 void clsGraphicControl::DrawGrid(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                                  const std::shared_ptr<clsGridObject>& GridObject) {
   CheckObject(AnalyzerObject, "clsGraphicControl.DrawGrid");
   CheckObject(GridObject, "clsGraphicControl.DrawGrid");
-  FillGrid(*AnalyzerObject, *GridObject);
+  const clsAnalyzer analyzer = *AnalyzerObject;
+  const std::shared_ptr<clsGridObject> grid = GridObject;
+  FillGrid(analyzer, *grid);
 }
 
 }  // namespace keltrun

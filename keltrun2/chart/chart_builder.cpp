@@ -322,12 +322,14 @@ class ChartBuilder {
 void BuildChart(const std::shared_ptr<clsAnalyzer>& analyzer, clsChartObject& chart,
                 KrChartModeConst mode, float ratio_x, float ratio_y, float position_x,
                 float position_y) {
+  const ChartObjectInternal::Build build(chart);
+  const clsAnalyzer held = *analyzer;  // the picture is the host's, which may clear its own
   ChartObjectInternal::Initialise(chart);
   ChartObjectInternal::AttachAnalyzer(chart, analyzer);
   ChartObjectInternal::StoreView(chart, mode, Within(ratio_x, kLeastRatioX, kMostRatio),
                                  Within(ratio_y, kLeastRatioY, kMostRatio),
                                  Within(position_x, 0, 1), Within(position_y, 0, 1));
-  ChartBuilder(*analyzer, chart).Build();
+  ChartBuilder(held, chart).Build();
 }
 
 float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,

@@ -72,7 +72,8 @@ class ChartDrawing {
   void Disc(float x, float y, float radius, Color color);
   void Text(std::string_view text, const ChartBox& box, bool turned);
 
-  const State& state_;
+  const State
+      state_;  // a copy: the picture is the host's, which may build the chart anew meanwhile
   clsChartWrapper pen_;
   std::vector<Look> looks_;  // from index 1
   std::vector<PlacedName> names_;

@@ -24,9 +24,21 @@ float WithoutMargins(float size, float margin) {
   return std::isfinite(size) ? std::min(size, kLargestTarget) - 2 * margin : 0;
 }
 
-void ReadPictureSize(State& state) {
-  state.width = WithoutMargins(state.picture->ScaleWidth(), kChartMarginX);
-  state.height = WithoutMargins(state.picture->ScaleHeight(), kChartMarginY);
+struct AreaSize {
+  float width, height;
+};
+
+AreaSize DrawableArea(const PictureBox& picture) {
+  return {WithoutMargins(picture.ScaleWidth(), kChartMarginX),
+          WithoutMargins(picture.ScaleHeight(), kChartMarginY)};
+}
+
+void MakeTarget(State& state, std::shared_ptr<PictureBox> picture,
+                std::shared_ptr<clsPrintBook> book, const AreaSize& area) {
+  state.picture = std::move(picture);
+  state.book = std::move(book);
+  state.width = area.width;
+  state.height = area.height;
 }
 
 void NewSettings(State& state, std::int32_t count) {
@@ -75,7 +87,7 @@ void AddInside(const State& state, std::vector<clsChartLine>& records, const cls
 
 }  // namespace
 
-clsChartObject::clsChartObject() : state_(std::make_unique<State>()) {}
+clsChartObject::clsChartObject() : state_(std::make_shared<State>()) {}
 clsChartObject::~clsChartObject() = default;
 
 float clsChartObject::RatioX() const { return state_->ratio_x; }
@@ -120,19 +132,19 @@ ChartRunnerSetting2 clsChartObject::GetRunnerSetting2(std::int32_t RunnerIndex) 
 
 void clsChartObject::SetPictureObject(std::shared_ptr<PictureBox> PictureObject) {
   CheckObject(PictureObject, "clsChartObject.PictureObject");
-  state_->picture = std::move(PictureObject);
-  state_->book.reset();
-  state_->picture->SetScaleMode(PictureBox::kScalePixels);
-  state_->picture->SetBackColor(kWhite);
-  ReadPictureSize(*state_);
+  const std::shared_ptr<State> state = state_;  // the picture's host may let go of the chart
+  PictureObject->SetScaleMode(PictureBox::kScalePixels);
+  PictureObject->SetBackColor(kWhite);
+  const AreaSize area = DrawableArea(*PictureObject);
+  MakeTarget(*state, std::move(PictureObject), nullptr, area);
 }
 
 void clsChartObject::SetPrintBookObject(std::shared_ptr<clsPrintBook> PrintBookObject) {
   CheckObject(PrintBookObject, "clsChartObject.PrintBookObject");
-  state_->book = std::move(PrintBookObject);
-  state_->picture.reset();
-  state_->width = WithoutMargins(state_->book->Width() * kChartUnitsPerBookUnit, kChartMarginX);
-  state_->height = WithoutMargins(state_->book->Height() * kChartUnitsPerBookUnit, kChartMarginY);
+  const AreaSize area = {
+      WithoutMargins(PrintBookObject->Width() * kChartUnitsPerBookUnit, kChartMarginX),
+      WithoutMargins(PrintBookObject->Height() * kChartUnitsPerBookUnit, kChartMarginY)};
+  MakeTarget(*state_, nullptr, std::move(PrintBookObject), area);
 }
 
 std::int32_t clsChartObject::MousePointRunnerIndex(float X, float Y) const {
@@ -145,6 +157,17 @@ std::int32_t clsChartObject::MousePointRunnerIndex(float X, float Y) const {
 }
 
 void clsChartObject::DrawChart() { ChartDrawing(*state_).Draw(); }
+
+ChartObjectInternal::Build::Build(clsChartObject& chart) : state_(Get(chart)) {
+  if (state_.is_being_built) {
+    throw AutomationError(KR_ERROR_INVALID_CALL,
+                          "clsGraphicControl.DrawChart: this chart is being built; its picture "
+                          "cannot build it meanwhile");
+  }
+  state_.is_being_built = true;
+}
+
+ChartObjectInternal::Build::~Build() { state_.is_being_built = false; }
 
 void ChartObjectInternal::Initialise(clsChartObject& chart) {
   State& state = Get(chart);
@@ -182,11 +205,13 @@ void ChartObjectInternal::AttachAnalyzer(clsChartObject& chart,
 
 void ChartObjectInternal::WidenPicture(clsChartObject& chart, float width) {
   State& state = Get(chart);
-  if (!state.picture) return;
-  const float scale = state.picture->Width() / state.picture->ScaleWidth();
+  const std::shared_ptr<PictureBox> picture = state.picture;
+  if (!picture) return;
+  const float scale = picture->Width() / picture->ScaleWidth();
   if (!std::isfinite(scale) || scale <= 0) return;
-  state.picture->SetWidth(scale * (width + 2 * kChartMarginX));
-  ReadPictureSize(state);
+  picture->SetWidth(scale * (width + 2 * kChartMarginX));
+  const AreaSize area = DrawableArea(*picture);
+  if (state.picture == picture) MakeTarget(state, picture, nullptr, area);
 }
 
 void ChartObjectInternal::AddFrameLine(clsChartObject& chart, float X1, float Y1, float X2,

@@ -123,7 +123,7 @@ class KELTRUN2_API clsChartObject {
  private:
   friend class ChartObjectInternal;
   struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<State> state_;
 };
 
 /// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to

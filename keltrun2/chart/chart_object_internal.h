@@ -63,6 +63,7 @@ struct clsChartObject::State {
   float ratio_x = 1, ratio_y = 1, position_x = 0, position_y = 0;
   float width_occupied = 0, height_occupied = 0;
   float finish = 0;  // where a line chart has its finish, at most at the lower edge
+  bool is_being_built = false;
 };
 
 /// What the chart builder and the drawing do with a chart and a host may not.
@@ -71,6 +72,19 @@ class ChartObjectInternal {
   using State = clsChartObject::State;
   static State& Get(clsChartObject& chart) { return *chart.state_; }
   static const State& Get(const clsChartObject& chart) { return *chart.state_; }
+
+  /// Held while a chart is built. Its picture is the host's and may ask for anything meanwhile, but
+  /// not for another build of the same chart: that raises invalid procedure call (5).
+  class Build {
+   public:
+    explicit Build(clsChartObject& chart);
+    ~Build();
+    Build(const Build&) = delete;
+    Build& operator=(const Build&) = delete;
+
+   private:
+    State& state_;
+  };
 
   /// Empties the records; mode 0, ratios 1, positions 0.
   static void Initialise(clsChartObject& chart);

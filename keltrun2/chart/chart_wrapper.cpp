@@ -77,13 +77,13 @@ void clsChartWrapper::PrintText(std::string_view Text) {
 }
 
 float clsChartWrapper::TextWidth(std::string_view Text) const {
-  DrawingSurface* const surface = Measure();
-  return surface != nullptr ? SaneSize(surface->TextWidth(Text, Style())) : 0;
+  const auto surface = Measure();
+  return surface ? SaneSize(surface->TextWidth(Text, Style())) : 0;
 }
 
 float clsChartWrapper::TextHeight() const {
-  DrawingSurface* const surface = Measure();
-  return surface != nullptr ? SaneSize(surface->TextHeight(Style())) : 0;
+  const auto surface = Measure();
+  return surface ? SaneSize(surface->TextHeight(Style())) : 0;
 }
 
 void clsChartWrapper::BeginDraw() {
@@ -99,10 +99,11 @@ TextStyle clsChartWrapper::Style() const {
 }
 
 // A text's size grows with its letters, whatever the unit: a print book's printer measures the
-// chart's units as millimetres.
-DrawingSurface* clsChartWrapper::Measure() const {
-  if (picture_) return picture_.get();
-  return book_ ? &book_->PrinterObject()->Measure() : nullptr;
+// chart's units as millimetres. The surface keeps its printer, which the book may let go of.
+std::shared_ptr<DrawingSurface> clsChartWrapper::Measure() const {
+  if (picture_ || !book_) return picture_;
+  const std::shared_ptr<Printer> printer = book_->PrinterObject();
+  return {printer, &printer->Measure()};
 }
 
 }  // namespace keltrun

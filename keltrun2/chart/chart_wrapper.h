@@ -48,7 +48,7 @@ class clsChartWrapper {
 
  private:
   TextStyle Style() const;
-  DrawingSurface* Measure() const;
+  std::shared_ptr<DrawingSurface> Measure() const;
 
   std::shared_ptr<PictureBox> picture_;
   std::shared_ptr<clsPrintBook> book_;

@@ -123,7 +123,8 @@ class AnalysisPages {
     TextStyle style;
     style.Font = font;
     style.Size = static_cast<float>(font.Size() * kMmPerPoint);
-    return book_.PrinterObject()->Measure().TextWidth(text, style);
+    const std::shared_ptr<Printer> printer = book_.PrinterObject();  // the book may let go of it
+    return printer->Measure().TextWidth(text, style);
   }
 
   // A page that is too low for its head and one group shows everything smaller.

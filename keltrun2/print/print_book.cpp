@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <mutex>
 
 #include "keltrun2/platform/automation_error.h"
 #include "keltrun2/platform/drawing_limits.h"
@@ -98,6 +99,39 @@ void DrawRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookL
   }
 }
 
+// A printer that prints a document. A second one, of its own host's making or of another thread's,
+// would take the sheet away that the first one draws on.
+class Printing {
+ public:
+  explicit Printing(const Printer* printer) : printer_(printer) {
+    const std::lock_guard lock(Mutex());
+    if (std::find(Busy().begin(), Busy().end(), printer) != Busy().end()) {
+      throw AutomationError(KR_ERROR_INVALID_CALL,
+                            "clsPrintBook.Execute: the printer is printing another document; call "
+                            "it again when that one is done");
+    }
+    Busy().push_back(printer);
+  }
+  ~Printing() {
+    const std::lock_guard lock(Mutex());
+    std::erase(Busy(), printer_);
+  }
+  Printing(const Printing&) = delete;
+  Printing& operator=(const Printing&) = delete;
+
+ private:
+  static std::mutex& Mutex() {
+    static std::mutex mutex;
+    return mutex;
+  }
+  static std::vector<const Printer*>& Busy() {
+    static std::vector<const Printer*> printers;
+    return printers;
+  }
+
+  const Printer* printer_;
+};
+
 }  // namespace
 
 struct clsPrintBook::State {
@@ -113,9 +147,15 @@ struct clsPrintBook::State {
   float virtual_x = 0, virtual_y = 0;           // virtual units
   std::int32_t rows = 1, columns = 1;
   float row_interval = 0, column_interval = 0;  // mm
-  std::vector<Page> pages;
+  // Shared with the copy that is being printed or shown; a drawing recorded meanwhile parts them.
+  std::shared_ptr<std::vector<Page>> pages = std::make_shared<std::vector<Page>>();
   bool page_open = false;                          // the last page takes more drawings
   std::vector<std::shared_ptr<const Font>> fonts;  // those used last
+
+  std::int32_t PageCount() const { return static_cast<std::int32_t>(pages->size()); }
+  const Page& PageAt(std::int32_t number) const {
+    return (*pages)[static_cast<std::size_t>(number) - 1];
+  }
 
   std::int64_t CellsPerSheet() const { return std::int64_t{rows} * columns; }
 
@@ -143,9 +183,10 @@ struct clsPrintBook::State {
 
   clsPrintBookLine& Record(PrintKind kind, float left, float top, float width, float height,
                            Color color, float draw_width, bool fill) {
-    if (!page_open) pages.emplace_back();
+    if (pages.use_count() > 1) pages = std::make_shared<std::vector<Page>>(*pages);
+    if (!page_open) pages->emplace_back();
     page_open = true;
-    clsPrintBookLine& line = pages.back().emplace_back();
+    clsPrintBookLine& line = pages->back().emplace_back();
     line.Kind = kind;
     line.Left = left * scale;
     line.Top = top * scale;
@@ -169,12 +210,13 @@ struct clsPrintBook::State {
   }
 };
 
-clsPrintBook::clsPrintBook() : state_(std::make_unique<State>()) {}
+clsPrintBook::clsPrintBook() : state_(std::make_shared<State>()) {}
 clsPrintBook::~clsPrintBook() = default;
 
 void clsPrintBook::Init(std::string_view PrinterName, std::int32_t PaperSize,
                         std::int32_t Orientation, float MarginLeft, float MarginTop,
                         float MarginBottom, float MarginRight, float ZoomRatio) {
+  const std::shared_ptr<State> state = state_;  // the printer's host may let go of the book
   State fresh;
   fresh.printer = FindPrinter(PrinterName);
   if (!fresh.printer) fresh.printer = state_->printer;
@@ -198,7 +240,7 @@ void clsPrintBook::Init(std::string_view PrinterName, std::int32_t PaperSize,
   fresh.cell_height = fresh.area_height;
   fresh.virtual_x = fresh.area_width / fresh.zoom;
   fresh.virtual_y = fresh.area_height / fresh.zoom;
-  *state_ = std::move(fresh);
+  *state = std::move(fresh);
 }
 
 void clsPrintBook::NewPage() { state_->page_open = false; }
@@ -237,15 +279,16 @@ void clsPrintBook::SetSeparation(std::int32_t RowCount, std::int32_t ColCount, f
 }
 
 void clsPrintBook::Execute(std::int32_t StartPage, std::int32_t EndPage) {
-  const State& s = *state_;
+  const State s = *state_;  // a copy, which shares the pages
   const std::int32_t first = std::max(StartPage, 1);
-  const std::int32_t last = EndPage < 1 ? PageCount() : std::min(EndPage, PageCount());
+  const std::int32_t last = EndPage < 1 ? s.PageCount() : std::min(EndPage, s.PageCount());
   if (first > last) return;
+  const Printing printing(s.printer.get());
   DrawingSurface* sheet = nullptr;
   for (std::int32_t number = first; number <= last; ++number) {
     const std::int64_t cell = (number - first) % s.CellsPerSheet();
     if (cell == 0) sheet = &s.printer->NewSheet();
-    s.DrawPage(*sheet, s.CellFrame(cell), s.pages[static_cast<std::size_t>(number - 1)]);
+    s.DrawPage(*sheet, s.CellFrame(cell), s.PageAt(number));
   }
   s.printer->EndDocument();
 }
@@ -253,8 +296,10 @@ void clsPrintBook::Execute(std::int32_t StartPage, std::int32_t EndPage) {
 void clsPrintBook::ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture,
                                std::int32_t PageNum) {
   CheckObject(PreviewPicture, "clsPrintBook.ShowPreview");
-  const State& s = *state_;
-  PictureBox& picture = *PreviewPicture;
+  const State s = *state_;  // a copy, which shares the pages
+  const float zoom = PreviewZoomRatio > 0 ? UsableRatio(PreviewZoomRatio) : 1;
+  const std::shared_ptr<PictureBox> kept = PreviewPicture;
+  PictureBox& picture = *kept;
   picture.SetScaleMode(PictureBox::kScalePixels);
   picture.SetBackColor(kPreviewBackColor);
   picture.Clear();
@@ -264,20 +309,20 @@ void clsPrintBook::ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture
   const float margin = kPreviewMargin * std::min(width, height);
   const float fit =
       std::min((width - 2 * margin) / paper.PaperWidth, (height - 2 * margin) / paper.PaperHeight);
-  const float pixels = fit * (PreviewZoomRatio > 0 ? UsableRatio(PreviewZoomRatio) : 1);  // per mm
+  const float pixels = fit * zoom;  // per mm
   const float sheet_width = paper.PaperWidth * pixels, sheet_height = paper.PaperHeight * pixels;
   // A sheet that is larger than the picture shows its upper left part.
   const float left = std::max((width - sheet_width) / 2, margin);
   const float top = std::max((height - sheet_height) / 2, margin);
   picture.DrawBox(left, top, sheet_width, sheet_height, kPaperColor, kPixel, true);
   picture.DrawBox(left, top, sheet_width, sheet_height, 0, kPixel, false);
-  if (PageNum < 1 || PageNum > PageCount()) return;
+  if (PageNum < 1 || PageNum > s.PageCount()) return;
 
   const Frame on_sheet = s.CellFrame((PageNum - 1) % s.CellsPerSheet());
   const Frame frame = {left + (paper.OffsetLeft + on_sheet.left) * pixels,
                        top + (paper.OffsetTop + on_sheet.top) * pixels, on_sheet.unit * pixels,
                        on_sheet.width * pixels, kPixel};
-  s.DrawPage(picture, frame, s.pages[static_cast<std::size_t>(PageNum - 1)]);
+  s.DrawPage(picture, frame, s.PageAt(PageNum));
 }
 
 void clsPrintBook::PrintText(std::string_view Expression, const Font& TextFont, float Left,
@@ -335,9 +380,7 @@ void clsPrintBook::SetPrintedAreaHeight(float Height) {
 
 std::int32_t clsPrintBook::RowCount() const { return state_->rows; }
 std::int32_t clsPrintBook::ColCount() const { return state_->columns; }
-std::int32_t clsPrintBook::PageCount() const {
-  return static_cast<std::int32_t>(state_->pages.size());
-}
+std::int32_t clsPrintBook::PageCount() const { return state_->PageCount(); }
 const std::shared_ptr<Printer>& clsPrintBook::PrinterObject() const { return state_->printer; }
 
 void clsPrintBook::TryUnload(const void* /*FormObject*/) {
@@ -346,7 +389,7 @@ void clsPrintBook::TryUnload(const void* /*FormObject*/) {
 }
 
 const std::vector<PrintBookInternal::Page>& PrintBookInternal::Pages(const clsPrintBook& book) {
-  return book.state_->pages;
+  return *book.state_->pages;
 }
 
 }  // namespace keltrun

@@ -62,6 +62,9 @@ enum TorbelTextAutoScaleType : std::int32_t {
 ///     root->GraphicControl()->PrintResult(results, book);
 ///     book->Execute();
 ///
+/// While a page is printed or shown, the printer's or the picture's host may do with the book what
+/// it likes: the pages are those of the beginning.
+///
 /// Sheet measures are mm. Virtual units are turned into mm by the zoom; font sizes are points at a
 /// zoom of 1, line widths dots of 1/300 inch at a zoom of 1, and both grow with it.
 class KELTRUN2_API clsPrintBook {
@@ -98,8 +101,8 @@ class KELTRUN2_API clsPrintBook {
                      float ColInterval);
 
   /// Prints the pages from StartPage to EndPage (from 1; 0 is the last). The first of them stands
-  /// in the first cell of the first sheet. Raises invalid procedure call (5) when the printer
-  /// fails.
+  /// in the first cell of the first sheet. Raises invalid procedure call (5) when the printer fails
+  /// or is printing already: one document at a time.
   void Execute(std::int32_t StartPage = 1, std::int32_t EndPage = 0);
 
   /// Draws the sheet of which the page (from 1) stands alone in its cell into a picture. A page
@@ -165,7 +168,7 @@ class KELTRUN2_API clsPrintBook {
  private:
   friend class PrintBookInternal;
   struct State;
-  std::unique_ptr<State> state_;
+  std::shared_ptr<State> state_;
 };
 
 }  // namespace keltrun
