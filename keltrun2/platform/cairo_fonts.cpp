@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <list>
+#include <mutex>
 #include <utility>
 
 #include "keltrun2/platform/cairo_picture.h"
@@ -123,6 +124,11 @@ void SetEmbolden(FcPattern* pattern, bool embolden) {
 
 }  // namespace
 
+std::unique_lock<std::mutex> LockFonts() {
+  static std::mutex mutex;
+  return std::unique_lock(mutex);
+}
+
 bool IsInvisible(char32_t c) {
   // Noncharacters (the last two of each plane and U+FDD0 to U+FDEF) would stop cairo altogether.
   if ((c & 0xFFFE) == 0xFFFE || (c >= 0xFDD0 && c <= 0xFDEF)) return true;
@@ -147,7 +153,8 @@ FontFile::~FontFile() {
 }
 
 bool FontFile::Load() {
-  if (std::exchange(tried_, true)) return face_ != nullptr;
+  if (tried_) return face_ != nullptr;  // only read from now on: threads that draw ask, too
+  tried_ = true;
   cairo_font_face_t* face = cairo_ft_font_face_create_for_pattern(pattern_);
   cairo_matrix_t size;
   cairo_matrix_t identity;
@@ -209,7 +216,18 @@ double FontFile::Advance(unsigned long glyph) {
 
 // --- a face with its stand-ins ---
 
-TypeFace::TypeFace(const Font& font) : files_(SortedFiles(font)) {
+TypeFace::TypeFace(const Font& font) {
+  const auto lock = LockFonts();
+  FindFiles(font);
+}
+
+TypeFace::~TypeFace() {
+  const auto lock = LockFonts();
+  files_.clear();
+}
+
+void TypeFace::FindFiles(const Font& font) {
+  files_ = SortedFiles(font);
   std::erase_if(files_, [usable = false](const auto& file) mutable {
     usable = usable || file->Face() != nullptr;  // the first usable one is the face itself
     return !usable;
@@ -237,36 +255,75 @@ const Glyph& TypeFace::Find(char32_t c) {
   return glyphs_.emplace(c, IsInvisible(c) ? Glyph{} : Search(c)).first->second;
 }
 
+void TypeFace::FindGlyphs(std::string_view text, std::size_t& pos, std::size_t most,
+                          std::vector<Glyph>& glyphs) {
+  const auto lock = LockFonts();
+  for (; pos < text.size() && most > 0; --most) glyphs.push_back(Find(NextCodePoint(text, pos)));
+}
+
+bool TypeFace::Shows(char32_t c) {
+  const auto lock = LockFonts();
+  return Find(c).Index != 0;
+}
+
 double TypeFace::Width(std::string_view text) {
+  const auto lock = LockFonts();
   double width = 0;
   for (std::size_t pos = 0; pos < text.size();) width += Find(NextCodePoint(text, pos)).Advance;
   return width;
 }
 
-TypeFace& FindTypeFace(const Font& font) {
-  SystemFonts();  // first, so that they outlive what is kept here
-  struct Kept {
-    std::string Face;
-    bool Bold;
-    bool Italic;
-    TypeFace Type;
-  };
-  static std::list<Kept> kept;  // last used first
-  const auto found = std::find_if(kept.begin(), kept.end(), [&font](const Kept& entry) {
-    return entry.Bold == font.Bold && entry.Italic == font.Italic && entry.Face == font.Face();
-  });
-  if (found != kept.end()) {
-    kept.splice(kept.begin(), kept, found);
-    return kept.front().Type;
+namespace {
+
+// The typefaces used last, for all threads.
+class TypeFaceCache {
+ public:
+  // Null when it is not kept.
+  std::shared_ptr<TypeFace> Find(const Font& font) {
+    const std::lock_guard lock(mutex_);
+    const auto found = std::find_if(kept_.begin(), kept_.end(), [&font](const Kept& entry) {
+      return entry.bold == font.Bold && entry.italic == font.Italic && entry.face == font.Face();
+    });
+    if (found == kept_.end()) return nullptr;
+    kept_.splice(kept_.begin(), kept_, found);
+    return found->type;
   }
-  if (kept.size() >= kMostTypeFaces) kept.pop_back();
-  kept.push_front({font.Face(), font.Bold, font.Italic, TypeFace(font)});
-  return kept.front().Type;
+
+  void Keep(const Font& font, std::shared_ptr<TypeFace> type) {
+    std::list<Kept> dropped;  // given back without the lock
+    const std::lock_guard lock(mutex_);
+    kept_.push_front({font.Face(), font.Bold, font.Italic, std::move(type)});
+    if (kept_.size() > kMostTypeFaces) dropped.splice(dropped.begin(), kept_, --kept_.end());
+  }
+
+ private:
+  struct Kept {
+    std::string face;
+    bool bold;
+    bool italic;
+    std::shared_ptr<TypeFace> type;
+  };
+
+  std::mutex mutex_;
+  std::list<Kept> kept_;  // last used first
+};
+
+}  // namespace
+
+std::shared_ptr<TypeFace> FindTypeFace(const Font& font) {
+  // First, so that the fonts of the system and the lock outlive what is kept here.
+  SystemFonts();
+  LockFonts().unlock();
+  static TypeFaceCache cache;
+  if (auto known = cache.Find(font)) return known;
+  auto made = std::make_shared<TypeFace>(font);  // two threads may make the same one: no harm
+  cache.Keep(font, made);
+  return made;
 }
 
 bool HasJapaneseFont() {
-  TypeFace& face = FindTypeFace(Font());
-  return face.Find(U'あ').Index != 0 && face.Find(U'漢').Index != 0;
+  const auto face = FindTypeFace(Font());
+  return face->Shows(U'あ') && face->Shows(U'漢');
 }
 
 }  // namespace keltrun

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <mutex>
 #include <utility>
 
 #include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/cairo_fonts.h"
 #include "keltrun2/platform/cairo_surface.h"
 #include "keltrun2/platform/files.h"
 #include "keltrun2/platform/pdf_document.h"
@@ -45,13 +47,22 @@ struct Pixels {
   std::size_t Count = 0;
 };
 
-Pixels& SparePixels() {
-  static Pixels spare;
-  return spare;
-}
+// One for all threads: a spare picture for each would be too much.
+class SparePixels {
+ public:
+  static Pixels Exchange(Pixels pixels) {
+    static SparePixels spare;
+    const std::lock_guard lock(spare.mutex_);
+    return std::exchange(spare.pixels_, std::move(pixels));
+  }
+
+ private:
+  std::mutex mutex_;
+  Pixels pixels_;
+};
 
 Pixels TakePixels(std::size_t count) {
-  Pixels pixels = std::exchange(SparePixels(), {});
+  Pixels pixels = SparePixels::Exchange({});
   if (pixels.Count < count) {
     pixels.Data.reset();
     pixels.Data = std::make_unique_for_overwrite<std::uint32_t[]>(count);
@@ -60,9 +71,12 @@ Pixels TakePixels(std::size_t count) {
   return pixels;
 }
 
+// The larger ones stay.
 void GiveBack(Pixels pixels) {
-  if (pixels.Count > kMostKeptPixels || pixels.Count <= SparePixels().Count) return;
-  SparePixels() = std::move(pixels);
+  if (pixels.Count > kMostKeptPixels) return;
+  Pixels before = SparePixels::Exchange({});
+  if (before.Count >= pixels.Count) pixels = std::move(before);
+  SparePixels::Exchange(std::move(pixels));
 }
 
 class PngCanvas final : public Canvas {
@@ -126,6 +140,7 @@ class PngCanvas final : public Canvas {
 
   void Close() {
     drawing_.SetContext(nullptr);
+    const auto lock = LockFonts();
     if (context_ != nullptr) cairo_destroy(std::exchange(context_, nullptr));
     if (surface_ != nullptr) cairo_surface_destroy(std::exchange(surface_, nullptr));
   }

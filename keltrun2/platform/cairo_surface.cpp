@@ -159,11 +159,11 @@ void CairoSurface::ResetClip() {
 float CairoSurface::TextWidth(std::string_view Text, const TextStyle& Style) {
   const TextScale scale = LimitedTextScale(Style);
   if (scale.Size == 0) return 0;
-  return static_cast<float>(FindTypeFace(Style.Font).Width(Text) * scale.Size);
+  return static_cast<float>(FindTypeFace(Style.Font)->Width(Text) * scale.Size);
 }
 
 float CairoSurface::TextHeight(const TextStyle& Style) {
-  return static_cast<float>(FindTypeFace(Style.Font).Height() * LimitedTextScale(Style).Height);
+  return static_cast<float>(FindTypeFace(Style.Font)->Height() * LimitedTextScale(Style).Height);
 }
 
 void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) {
@@ -171,7 +171,8 @@ void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextS
   if (context_ == nullptr || scale.Size == 0 || !AllFinite(X, Y)) return;
   Flush();
   SetSource(Style.Color);
-  TypeFace& face = FindTypeFace(Style.Font);
+  const std::shared_ptr<TypeFace> kept = FindTypeFace(Style.Font);
+  TypeFace& face = *kept;
   double x = LimitedCoordinate(X);
   double y = LimitedCoordinate(Y);
   cairo_matrix_t before;
@@ -191,9 +192,16 @@ void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextS
 
 void CairoSurface::DrawGlyphs(std::string_view text, double x, double baseline, TextScale scale,
                               TypeFace& face) {
-  for (std::size_t pos = 0; pos < text.size() && x < kLargestCoordinate;) {
+  std::size_t next_glyph = 0;
+  glyphs_.clear();
+  for (std::size_t pos = 0, found = 0; pos < text.size() && x < kLargestCoordinate;) {
+    if (next_glyph == glyphs_.size()) {
+      glyphs_.clear();
+      next_glyph = 0;
+      face.FindGlyphs(text, found, kGlyphsAtOnce, glyphs_);
+    }
     const char32_t c = NextCodePoint(text, pos);
-    const Glyph& glyph = face.Find(c);
+    const Glyph& glyph = glyphs_[next_glyph++];
     if (glyph.File == nullptr) {
       x += glyph.Advance * scale.Size;
       continue;
@@ -215,6 +223,7 @@ void CairoSurface::ShowRun(TextScale scale) {
   if (run_.Glyphs.empty()) return;
   cairo_font_face_t* face = run_.File->Face();
   if (face != nullptr) {
+    const auto lock = LockFonts();
     cairo_matrix_t letters;
     cairo_matrix_init(&letters, scale.Size, 0, run_.File->NeedsSlant() ? -kSlant * scale.Size : 0,
                       scale.Height, 0, 0);

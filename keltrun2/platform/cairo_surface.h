@@ -71,7 +71,8 @@ class CairoSurface final : public DrawingSurface {
   Target target_ = Target::kPixels;
   double thinnest_ = 1;
   std::optional<Polyline> line_;
-  Run run_;  // kept for its memory
+  Run run_;                    // kept for its memory, as are these
+  std::vector<Glyph> glyphs_;  // of the text being drawn
 };
 
 }  // namespace keltrun

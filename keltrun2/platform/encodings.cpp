@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <memory>
 
 #include "keltrun2/platform/utf8.h"
@@ -11,7 +12,7 @@
 namespace keltrun {
 namespace {
 
-// An iconv descriptor kept open for the life of the process.
+// An iconv descriptor, kept open for the life of its thread.
 class Converter {
  public:
   Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
@@ -40,27 +41,32 @@ class Converter {
 constexpr std::uint16_t kNoCode = 0xFFFF;
 
 // Shift-JIS codes of the characters up to U+FFFF, filled 256 characters at a time when first asked.
+// All threads read it: a page that is there never changes and stays for the life of the process.
 class ShiftJisTable {
  public:
   // The code (one byte below 256, two bytes above), or kNoCode.
   std::uint16_t Code(char32_t c) {
     if (c < 0x80) return static_cast<std::uint16_t>(c);
     if (c > 0xFFFF) return kNoCode;
-    auto& page = pages_[c >> 8];
-    if (!page) page = MakePage(c & 0xFF00);
+    std::atomic<const Page*>& place = pages_[c >> 8];
+    const Page* page = place.load(std::memory_order_acquire);
+    if (page == nullptr) page = MakePage(place, c & 0xFF00);
     return (*page)[c & 0xFF];
   }
 
  private:
   using Page = std::array<std::uint16_t, 256>;
 
-  std::unique_ptr<Page> MakePage(char32_t first) {
+  // Where two threads make the same page, the first one counts.
+  static const Page* MakePage(std::atomic<const Page*>& place, char32_t first) {
+    thread_local Converter converter("CP932", "UTF-8");
     auto page = std::make_unique<Page>();
-    for (char32_t i = 0; i < 256; ++i) (*page)[i] = Ask(first + i);
-    return page;
+    for (char32_t i = 0; i < 256; ++i) (*page)[i] = Ask(converter, first + i);
+    const Page* there = nullptr;
+    return place.compare_exchange_strong(there, page.get()) ? page.release() : there;
   }
 
-  std::uint16_t Ask(char32_t c) {
+  static std::uint16_t Ask(Converter& converter, char32_t c) {
     if (c >= 0xD800 && c <= 0xDFFF) return kNoCode;
     std::string utf8;
     AppendUtf8(utf8, c);
@@ -69,18 +75,17 @@ class ShiftJisTable {
     unsigned char bytes[8];
     char* out = reinterpret_cast<char*>(bytes);
     std::size_t out_left = sizeof bytes;
-    if (!converter_.Run(in, in_left, out, out_left)) return kNoCode;
+    if (!converter.Run(in, in_left, out, out_left)) return kNoCode;
     const std::size_t length = sizeof bytes - out_left;
     if (length == 1) return bytes[0];
     return length == 2 ? static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]) : kNoCode;
   }
 
-  Converter converter_{"CP932", "UTF-8"};
-  std::array<std::unique_ptr<Page>, 256> pages_;
+  std::array<std::atomic<const Page*>, 256> pages_{};
 };
 
 ShiftJisTable& Table() {
-  static ShiftJisTable table;
+  static constinit ShiftJisTable table;
   return table;
 }
 
@@ -142,7 +147,7 @@ std::size_t WideRun(std::string_view bytes) {
 // ASCII, the most of every file, goes past the converter. Behind a byte that is no Shift-JIS only
 // the converter knows where a character begins.
 Decoded DecodeShiftJis(std::string_view bytes) {
-  static Converter converter("UTF-8", "CP932");
+  thread_local Converter converter("UTF-8", "CP932");
   Decoded decoded;
   decoded.Text.reserve(bytes.size() + bytes.size() / 2);
   std::array<char, 4096> buffer;

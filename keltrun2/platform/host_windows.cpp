@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdio>
 #include <iostream>
+#include <mutex>
 #include <utility>
 
 namespace keltrun {
@@ -68,17 +69,27 @@ class TerminalWindows : public HostWindows {
   }
 };
 
-std::shared_ptr<HostWindows>& Installed() {
-  static std::shared_ptr<HostWindows> windows = std::make_shared<TerminalWindows>();
-  return windows;
+struct Installation {
+  std::mutex mutex;
+  std::shared_ptr<HostWindows> windows = std::make_shared<TerminalWindows>();
+};
+
+Installation& Installed() {
+  static Installation installed;
+  return installed;
 }
 
 }  // namespace
 
 void SetHostWindows(std::shared_ptr<HostWindows> Windows) {
-  Installed() = Windows ? std::move(Windows) : std::make_shared<TerminalWindows>();
+  if (!Windows) Windows = std::make_shared<TerminalWindows>();
+  const std::lock_guard lock(Installed().mutex);
+  Installed().windows.swap(Windows);  // those before go when the lock is released
 }
 
-std::shared_ptr<HostWindows> CurrentHostWindows() { return Installed(); }
+std::shared_ptr<HostWindows> CurrentHostWindows() {
+  const std::lock_guard lock(Installed().mutex);
+  return Installed().windows;
+}
 
 }  // namespace keltrun

@@ -28,7 +28,8 @@ class KELTRUN2_API frmProgressBar {
   }
 };
 
-/// What a host implements to show the component's windows itself. Called on the host's thread.
+/// What a host implements to show the component's windows itself. Called on the thread whose call
+/// shows the window; a host with several threads expects several at once.
 class KELTRUN2_API HostWindows {
  public:
   virtual ~HostWindows() = default;

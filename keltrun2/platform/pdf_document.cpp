@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/cairo_fonts.h"
 #include "keltrun2/platform/clock.h"
 
 namespace keltrun {
@@ -62,6 +63,7 @@ CairoSurface& PdfDocument::NewPage(const Page& page) {
     Begin(page);
   } else {
     drawing_.ResetClip();
+    const auto lock = LockFonts();
     cairo_show_page(context_);
     cairo_pdf_surface_set_size(surface_, page.Width, page.Height);
   }
@@ -75,7 +77,10 @@ CairoSurface& PdfDocument::NewPage(const Page& page) {
 std::string PdfDocument::Finish() {
   drawing_.Flush();
   cairo_status_t status = cairo_status(context_);
-  cairo_surface_finish(surface_);
+  {
+    const auto lock = LockFonts();  // the fonts go into the document here
+    cairo_surface_finish(surface_);
+  }
   if (status == CAIRO_STATUS_SUCCESS) status = cairo_surface_status(surface_);
   std::string bytes = std::move(bytes_);
   Discard();
@@ -86,6 +91,7 @@ std::string PdfDocument::Finish() {
 
 void PdfDocument::Discard() {
   drawing_.SetContext(nullptr);
+  const auto lock = LockFonts();
   if (context_ != nullptr) cairo_destroy(std::exchange(context_, nullptr));
   if (surface_ != nullptr) cairo_surface_destroy(std::exchange(surface_, nullptr));
   bytes_.clear();

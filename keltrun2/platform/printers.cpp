@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 #include "keltrun2/platform/automation_error.h"
@@ -8,48 +9,73 @@
 namespace keltrun {
 namespace {
 
-using Printers = std::vector<std::shared_ptr<Printer>>;
+// Names are kept beside the printers: asking a printer calls the host, which may call back here.
+struct InstalledPrinter {
+  std::string name;
+  std::shared_ptr<Printer> printer;
+};
+using Printers = std::vector<InstalledPrinter>;
 
-Printers& Installed() {
-  static Printers printers;
-  return printers;
+struct Installation {
+  std::mutex mutex;
+  Printers printers;
+};
+
+Installation& Installed() {
+  static Installation installed;
+  return installed;
 }
 
-Printers::iterator FindInstalled(std::string_view name) {
-  return std::find_if(Installed().begin(), Installed().end(),
-                      [name](const auto& printer) { return printer->DeviceName() == name; });
+Printers InstalledPrinters() {
+  const std::lock_guard lock(Installed().mutex);
+  return Installed().printers;
+}
+
+Printers::iterator Find(Printers& printers, std::string_view name) {
+  return std::find_if(printers.begin(), printers.end(),
+                      [name](const InstalledPrinter& entry) { return entry.name == name; });
 }
 
 }  // namespace
 
 std::vector<std::string> PrinterNames() {
+  Printers installed = InstalledPrinters();
   std::vector<std::string> names;
-  for (const auto& printer : Installed()) names.push_back(printer->DeviceName());
+  for (const InstalledPrinter& entry : installed) names.push_back(entry.name);
   for (std::string& queue : QueueNames()) {
-    if (FindInstalled(queue) == Installed().end()) names.push_back(std::move(queue));
+    if (Find(installed, queue) == installed.end()) names.push_back(std::move(queue));
   }
   return names;
 }
 
 std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName) {
   if (DeviceName.empty()) return nullptr;  // asks no print server for nothing
-  const auto found = FindInstalled(DeviceName);
-  return found != Installed().end() ? *found : OpenQueue(DeviceName);
+  Printers installed = InstalledPrinters();
+  const auto found = Find(installed, DeviceName);
+  return found != installed.end() ? found->printer : OpenQueue(DeviceName);
 }
 
 void InstallPrinter(std::shared_ptr<Printer> NewPrinter) {
   CheckObject(NewPrinter, "InstallPrinter");
-  const auto found = FindInstalled(NewPrinter->DeviceName());
-  if (found != Installed().end()) {
-    *found = std::move(NewPrinter);
+  std::string name = NewPrinter->DeviceName();
+  const std::lock_guard lock(Installed().mutex);
+  Printers& printers = Installed().printers;
+  const auto found = Find(printers, name);
+  if (found != printers.end()) {
+    found->printer.swap(NewPrinter);  // the one before goes when the lock is released
   } else {
-    Installed().push_back(std::move(NewPrinter));
+    printers.push_back({std::move(name), std::move(NewPrinter)});
   }
 }
 
 void RemovePrinter(std::string_view DeviceName) {
-  const auto found = FindInstalled(DeviceName);
-  if (found != Installed().end()) Installed().erase(found);
+  InstalledPrinter removed;  // goes when the lock is released
+  const std::lock_guard lock(Installed().mutex);
+  Printers& printers = Installed().printers;
+  const auto found = Find(printers, DeviceName);
+  if (found == printers.end()) return;
+  removed = std::move(*found);
+  printers.erase(found);
 }
 
 }  // namespace keltrun

@@ -84,7 +84,8 @@ void AppendFamily(std::string& out, std::string_view family) {
 void AppendFamilies(std::string& out, const Font& font) {
   constexpr std::string_view kKinds[] = {"serif", "monospace", "sans-serif"};
   const auto* const kind = std::find(std::begin(kKinds), std::end(kKinds) - 1, font.Face());
-  const std::string& matched = FindTypeFace(font).Family();
+  const auto face = FindTypeFace(font);
+  const std::string& matched = face->Family();
   out += " font-family=\"";
   if (*kind != font.Face()) AppendFamily(out, font.Face());
   if (!matched.empty() && matched != font.Face()) AppendFamily(out, matched);
@@ -204,11 +205,11 @@ void SvgSurface::ResetClip() {
 // --- texts ---
 
 float SvgSurface::TextWidth(std::string_view Text, const TextStyle& Style) {
-  return static_cast<float>(FindTypeFace(Style.Font).Width(Text) * LimitedTextScale(Style).Size);
+  return static_cast<float>(FindTypeFace(Style.Font)->Width(Text) * LimitedTextScale(Style).Size);
 }
 
 float SvgSurface::TextHeight(const TextStyle& Style) {
-  return static_cast<float>(FindTypeFace(Style.Font).Height() * LimitedTextScale(Style).Height);
+  return static_cast<float>(FindTypeFace(Style.Font)->Height() * LimitedTextScale(Style).Height);
 }
 
 void SvgSurface::AppendPlace(double x, double baseline, const TextStyle& style,
@@ -234,7 +235,7 @@ void SvgSurface::DrawText(std::string_view Text, float X, float Y, const TextSty
   const float width = TextWidth(Text, Style);
   if (width == 0 || !AllFinite(X, Y, width)) return;
   EndLine();
-  const double ascent = FindTypeFace(Style.Font).Measures().Ascent * scale.Height;
+  const double ascent = FindTypeFace(Style.Font)->Measures().Ascent * scale.Height;
   const double x = LimitedCoordinate(X);
   const double y = LimitedCoordinate(Y);
   body_ += "<text";
