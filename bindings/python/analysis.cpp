@@ -129,10 +129,10 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("FullSetCount", &clsAnalyzer::FullSetCount)
       .Method("FullSetItem", &clsAnalyzer::FullSetItem, arg("Index"))
       .ReadOnly("GeneralData", &clsAnalyzer::GeneralData)
-      .Method("Execute", &clsAnalyzer::Execute)
-      .Method("ExtraAnalyze", &clsAnalyzer::ExtraAnalyze)
+      .Method("Execute", &clsAnalyzer::Execute, Released())
+      .Method("ExtraAnalyze", &clsAnalyzer::ExtraAnalyze, Released())
       .ReadOnly("FinisherCount", &clsAnalyzer::FinisherCount)
-      .Method("Vesmer", &clsAnalyzer::Vesmer)
+      .Method("Vesmer", &clsAnalyzer::Vesmer, Released())
       .Method("SelectItem", &clsAnalyzer::SelectItem, arg("SerialNum"))
       .Method("SelectSort", &clsAnalyzer::SelectSort)
       .Method("SelectAll", &clsAnalyzer::SelectAll)
@@ -144,7 +144,7 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("Count", &clsResultsHolder::Count)
       .Method("Item", &clsResultsHolder::Item, arg("Index"))
       .Method("RankInDataSet", &clsResultsHolder::RankInDataSet, arg("Index"))
-      .Method("CalcRank", &clsResultsHolder::CalcRank)
+      .Method("CalcRank", &clsResultsHolder::CalcRank, Released())
       .ReadOnly("RankIsAvalilable", &clsResultsHolder::RankIsAvalilable)
       .ReadOnly("FullSetCount", &clsResultsHolder::FullSetCount)
       .Method("FullSetItem", &clsResultsHolder::FullSetItem, arg("Index"))
@@ -167,8 +167,8 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("ControlCount", &clsSegmentData::ControlCount)
       .ReadOnly("SegmentName", &clsSegmentData::SegmentName)
       .ReadOnly("SegmentBinaryName", &clsSegmentData::SegmentBinaryName)
-      .Method("Analyzer", &clsSegmentData::Analyzer, arg("SexOption") = "")
-      .Method("ResultsHolder", &clsSegmentData::ResultsHolder, arg("SexOption") = "");
+      .Method("Analyzer", &clsSegmentData::Analyzer, arg("SexOption") = "", Released())
+      .Method("ResultsHolder", &clsSegmentData::ResultsHolder, arg("SexOption") = "", Released());
 }
 
 }  // namespace keltrun::python

@@ -5,12 +5,45 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
+
+#include "keltrun2/keltrun2.h"
+
+namespace keltrun::python {
+
+/// The UTF-8 text in a bytes or bytearray object; nullopt for any other object. What is no UTF-8
+/// raises UnicodeDecodeError: pybind11 alone would take every byte for text.
+std::optional<std::string_view> TextOfBytes(pybind11::handle object);
+
+}  // namespace keltrun::python
+
+namespace pybind11::detail {
+
+template <>
+template <>
+inline bool string_caster<std::string, false>::load_raw<char>(handle src) {
+  const auto text = keltrun::python::TextOfBytes(src);
+  if (text) value = *text;
+  return text.has_value();
+}
+
+template <>
+template <>
+inline bool string_caster<std::string_view, true>::load_raw<char>(handle src) {
+  const auto text = keltrun::python::TextOfBytes(src);
+  if (text) value = *text;
+  return text.has_value();
+}
+
+}  // namespace pybind11::detail
 
 namespace keltrun::python {
 
@@ -19,12 +52,27 @@ namespace py = pybind11;
 /// The comment above a member in its header ("clsLapData.Lap"), "" when it has none.
 const char* Doc(const std::string& name);
 
+/// For calls that take long, wait, or call the host: other threads run meanwhile. Whatever the
+/// component calls of Python's takes the interpreter's lock again.
+using Released = py::call_guard<py::gil_scoped_release>;
+
+/// Makes the members of an object that was never initialised, as `cls.__new__(cls)` makes one,
+/// raise TypeError. Without it pybind11 gives them memory that holds no object.
+template <typename T>
+void RefuseUninitialised() {
+  py::detail::get_type_info(typeid(T))->operator_new = [](std::size_t) -> void* {
+    const auto name = py::type::of<T>().attr("__name__").template cast<std::string>();
+    throw py::type_error("__init__() of " + name + " was not called");
+  };
+}
+
 /// An enumeration; its parameters take plain numbers too, as sums of flags are numbers. The values
 /// of an unscoped one are also the module's.
 template <typename T>
 void Enumeration(py::module_& module, const char* name,
                  std::initializer_list<std::pair<const char*, T>> values) {
   py::enum_<T> type(module, name, py::arithmetic(), Doc(name));
+  RefuseUninitialised<T>();
   for (const auto& [value_name, value] : values) {
     type.value(value_name, value, Doc(std::string(name) + "." + value_name));
   }
@@ -39,7 +87,11 @@ void Enumeration(py::module_& module, const char* name,
 template <typename T, typename... Options>
 class Class {
  public:
-  Class(py::module_& module, const char* name) : class_(module, name, Doc(name)), name_(name) {}
+  template <typename... Extra>
+  Class(py::module_& module, const char* name, const Extra&... extra)
+      : class_(module, name, Doc(name), extra...), name_(name) {
+    RefuseUninitialised<T>();
+  }
 
   template <typename Init, typename... Extra>
   Class& MadeBy(Init&& init, const Extra&... extra) {
@@ -115,6 +167,13 @@ std::shared_ptr<T> Kept(const py::object& object) {
     delete owner;
   });
 }
+
+/// A chart, and the Python object of its picture: the garbage collector has to see that one to find
+/// a picture that holds its chart.
+class PythonChart : public clsChartObject {
+ public:
+  py::handle picture;  // the chart's own reference keeps it alive
+};
 
 void BindModel(py::module_& module);
 void BindAnalysis(py::module_& module);

@@ -32,7 +32,7 @@ void BindPrintBook(py::module_& module) {
       .Field("PreviewZoomRatio", &clsPrintBook::PreviewZoomRatio)
       .Method("Init", &clsPrintBook::Init, arg("PrinterName"), arg("PaperSize"), arg("Orientation"),
               arg("MarginLeft"), arg("MarginTop"), arg("MarginBottom"), arg("MarginRight"),
-              arg("ZoomRatio"))
+              arg("ZoomRatio"), Released())
       .Method("NewPage", &clsPrintBook::NewPage)
       .Method("SetVirtualSize", &clsPrintBook::SetVirtualSize, arg("VirtualPrintAreaX"),
               arg("VirtualPrintAreaY"), arg("AutoEnlarge") = true,
@@ -40,8 +40,10 @@ void BindPrintBook(py::module_& module) {
               arg("PageValign") = PRINTBOOK_VALIGN_MIDDLE)
       .Method("SetSeparation", &clsPrintBook::SetSeparation, arg("RowCount"), arg("ColCount"),
               arg("RowInterval"), arg("ColInterval"))
-      .Method("Execute", &clsPrintBook::Execute, arg("StartPage") = 1, arg("EndPage") = 0)
-      .Method("ShowPreview", &clsPrintBook::ShowPreview, arg("PreviewPicture"), arg("PageNum"))
+      .Method("Execute", &clsPrintBook::Execute, arg("StartPage") = 1, arg("EndPage") = 0,
+              Released())
+      .Method("ShowPreview", &clsPrintBook::ShowPreview, arg("PreviewPicture"), arg("PageNum"),
+              Released())
       .Method("PrintText", &clsPrintBook::PrintText, arg("Expression"), arg("TextFont"),
               arg("Left"), arg("Top"), arg("Width"), arg("Height"), arg("TextAlign"),
               arg("TextValign"), arg("IsLandscape") = false, arg("ChrHeight") = 1.0F,
@@ -75,6 +77,35 @@ void BindPrintBook(py::module_& module) {
           arg("FormObject") = py::none());
 }
 
+// The chart that the object holds; null before it was initialised.
+PythonChart* ChartOf(PyObject* self) {
+  auto* const instance = reinterpret_cast<py::detail::instance*>(self);
+  if (!instance->simple_layout || !instance->simple_holder_constructed) return nullptr;
+  return static_cast<PythonChart*>(instance->simple_value_holder[0]);
+}
+
+// Lets the garbage collector see the picture, and take it away when nobody else holds the two.
+void TraversePicture(PyHeapTypeObject* heap_type) {
+  PyTypeObject& type = heap_type->ht_type;
+  type.tp_flags |= Py_TPFLAGS_HAVE_GC;
+  type.tp_traverse = [](PyObject* self, visitproc visit, void* arg) {
+    Py_VISIT(Py_TYPE(self));
+    if (const PythonChart* chart = ChartOf(self)) Py_VISIT(chart->picture.ptr());
+    return 0;
+  };
+  type.tp_clear = [](PyObject* self) {
+    PythonChart* const chart = ChartOf(self);
+    if (chart == nullptr || !chart->picture) return 0;
+    chart->picture = {};
+    chart->SetPrintBookObject(std::make_shared<clsPrintBook>());  // in place of the picture
+    return 0;
+  };
+  type.tp_dealloc = [](PyObject* self) {
+    PyObject_GC_UnTrack(self);
+    py::detail::pybind11_object_dealloc(self);
+  };
+}
+
 void BindCharts(py::module_& module) {
   Enumeration<KrChartModeConst>(
       module, "KrChartModeConst",
@@ -93,7 +124,7 @@ void BindCharts(py::module_& module) {
   Class<ChartRunnerSetting2>(module, "ChartRunnerSetting2")
       .Field("BackLineColor", &ChartRunnerSetting2::BackLineColor)
       .Field("BackLineWidth", &ChartRunnerSetting2::BackLineWidth);
-  Class<clsChartObject>(module, "clsChartObject")
+  Class<PythonChart>(module, "clsChartObject", py::custom_type_setup(TraversePicture))
       .MadeBy(py::init<>())
       .Field("AutoSize", &clsChartObject::AutoSize)
       .ReadOnly("RatioX", &clsChartObject::RatioX)
@@ -110,19 +141,30 @@ void BindCharts(py::module_& module) {
       .Method("GetRunnerSetting2", &clsChartObject::GetRunnerSetting2, arg("RunnerIndex"))
       .Method(
           "SetPictureObject",
-          [](clsChartObject& chart, const py::object& picture) {
+          [](PythonChart& chart, const py::object& picture) {
             chart.SetPictureObject(Kept<PictureBox>(picture));
+            chart.picture = picture;
           },
           arg("PictureObject"))
-      .Method("SetPrintBookObject", &clsChartObject::SetPrintBookObject, arg("PrintBookObject"))
+      .Method(
+          "SetPrintBookObject",
+          [](PythonChart& chart, std::shared_ptr<clsPrintBook> book) {
+            chart.SetPrintBookObject(std::move(book));
+            chart.picture = {};
+          },
+          arg("PrintBookObject"))
       .ReadOnly("Width", &clsChartObject::Width)
       .ReadOnly("Height", &clsChartObject::Height)
       .ReadOnly("WidthOccupied", &clsChartObject::WidthOccupied)
       .ReadOnly("HeightOccupied", &clsChartObject::HeightOccupied)
       .Method("MousePointRunnerIndex", &clsChartObject::MousePointRunnerIndex, arg("X"), arg("Y"))
-      .Method("DrawChart", &clsChartObject::DrawChart);
-  module.def("ChartRatioToFit", &ChartRatioToFit, Doc("ChartRatioToFit"), arg("Analyzer"),
-             arg("Chart"), arg("ChartMode"));
+      .Method("DrawChart", &clsChartObject::DrawChart, Released());
+  module.def(
+      "ChartRatioToFit",
+      [](const clsAnalyzer& analyzer, const PythonChart& chart, KrChartModeConst mode) {
+        return ChartRatioToFit(analyzer, chart, mode);
+      },
+      Doc("ChartRatioToFit"), arg("Analyzer"), arg("Chart"), arg("ChartMode"));
 }
 
 }  // namespace

@@ -59,6 +59,7 @@ class PythonPicture : public PythonSurface<PictureBox> {
 class PythonPrinter : public Printer {
  public:
   const std::string& DeviceName() const override {
+    const py::gil_scoped_acquire lock;
     name_ = Call("DeviceName").cast<std::string>();
     return name_;
   }
@@ -83,6 +84,7 @@ class PythonPrinter : public Printer {
   }
   // The component uses the surface longer than the call lasts.
   DrawingSurface& Surface(py::object& kept, const char* name) {
+    const py::gil_scoped_acquire lock;
     kept = Call(name);
     return kept.cast<DrawingSurface&>();
   }
@@ -179,9 +181,17 @@ void BindPictures(py::module_& module) {
   Class<CairoPicture, PictureBox>(module, "CairoPicture")
       .MadeBy(py::init<std::int32_t, std::int32_t, PictureFormatConst>(), arg("Width"),
               arg("Height"), arg("Format") = KR_PICTURE_PNG)
-      .Method("Encode", [](CairoPicture& picture) { return py::bytes(picture.Encode()); })
-      .Method("Save", &CairoPicture::Save, arg("Path"));
-  module.def("HasJapaneseFont", &HasJapaneseFont, Doc("HasJapaneseFont"));
+      .Method("Encode",
+              [](CairoPicture& picture) {
+                std::string bytes;
+                {
+                  const py::gil_scoped_release released;
+                  bytes = picture.Encode();
+                }
+                return py::bytes(bytes);
+              })
+      .Method("Save", &CairoPicture::Save, arg("Path"), Released());
+  module.def("HasJapaneseFont", &HasJapaneseFont, Doc("HasJapaneseFont"), Released());
 }
 
 // Printers installed from here, to be removed before the interpreter ends.
@@ -216,8 +226,8 @@ void BindPrinters(py::module_& module) {
       .MadeBy(py::init<std::string, std::string>(), arg("Name") = "PDF", arg("Path") = "")
       .ReadOnly("Document",
                 [](const PdfPrinter& printer) { return py::bytes(printer.Document()); });
-  module.def("PrinterNames", &PrinterNames, Doc("PrinterNames"));
-  module.def("FindPrinter", &FindPrinter, Doc("FindPrinter"), arg("DeviceName"));
+  module.def("PrinterNames", &PrinterNames, Doc("PrinterNames"), Released());
+  module.def("FindPrinter", &FindPrinter, Doc("FindPrinter"), arg("DeviceName"), Released());
   module.def(
       "InstallPrinter",
       [](const py::object& printer) {

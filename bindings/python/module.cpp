@@ -2,6 +2,21 @@
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::python {
+
+std::optional<std::string_view> TextOfBytes(py::handle object) {
+  const bool is_bytes = PyBytes_Check(object.ptr());
+  if (!is_bytes && !PyByteArray_Check(object.ptr())) return std::nullopt;
+  const std::string_view bytes =
+      is_bytes ? std::string_view(PyBytes_AS_STRING(object.ptr()),
+                                  static_cast<std::size_t>(PyBytes_GET_SIZE(object.ptr())))
+               : std::string_view(PyByteArray_AS_STRING(object.ptr()),
+                                  static_cast<std::size_t>(PyByteArray_GET_SIZE(object.ptr())));
+  const auto text = py::reinterpret_steal<py::object>(
+      PyUnicode_DecodeUTF8(bytes.data(), static_cast<Py_ssize_t>(bytes.size()), "strict"));
+  if (!text) throw py::error_already_set();
+  return bytes;
+}
+
 namespace {
 
 // The Python exception AutomationError has the number of the error, as in C++.

@@ -18,7 +18,16 @@ class PythonProgressBar : public frmProgressBar {
 class KeptProgressBar : public frmProgressBar {
  public:
   explicit KeptProgressBar(py::object window) : window_(std::move(window)) {}
-  void SetPercent(std::int32_t Percent) override { window_.attr("SetPercent")(Percent); }
+  ~KeptProgressBar() override {
+    const py::gil_scoped_acquire lock;
+    window_ = py::object();
+  }
+  KeptProgressBar(const KeptProgressBar&) = delete;
+  KeptProgressBar& operator=(const KeptProgressBar&) = delete;
+  void SetPercent(std::int32_t Percent) override {
+    const py::gil_scoped_acquire lock;
+    window_.attr("SetPercent")(Percent);
+  }
 
  private:
   py::object window_;
@@ -27,6 +36,7 @@ class KeptProgressBar : public frmProgressBar {
 class PythonWindows : public HostWindows {
  public:
   std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) override {
+    const py::gil_scoped_acquire lock;
     const py::function open = py::get_override(static_cast<HostWindows*>(this), "OpenProgress");
     if (!open) return nullptr;
     py::object window = open(Caption);
@@ -114,21 +124,23 @@ void BindFileControl(py::module_& module) {
       .Property("ProgressVisible", &clsFileControl::ProgressVisible,
                 &clsFileControl::SetProgressVisible)
       .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
-      .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"))
-      .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"))
+      .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"), Released())
+      .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"), Released())
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
               arg("AnalysisFile") = "", arg("ResultFile") = "", arg("Lap2File") = "",
               arg("Lap1File") = "", arg("OfficialSite") = false, arg("IndexFileAddMode") = false,
               arg("ActiveXFile") = "", arg("ActiveXAddress") = "",
               arg("AnalysisIncludeCourse") = false, arg("ResultIncludeCourse") = false,
               arg("LegDataFile") = "", arg("LegDataIncludeCourse") = false, arg("ChartFile") = "",
-              arg("ChartIncludeCourse") = false, arg("ChartOption") = "", arg("LinkStyleFile") = "")
+              arg("ChartIncludeCourse") = false, arg("ChartOption") = "", arg("LinkStyleFile") = "",
+              Released())
       .Method("LoadLapFile", &clsFileControl::LoadLapFile, arg("FileName"),
               arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("LoadMode") = KR_LOADMODE_NORMAL,
-              arg("FileData") = "")
+              arg("FileData") = "", Released())
       .ReadOnly("LoadRemarks", &clsFileControl::LoadRemarks)
       .Method("SaveLapFile", &clsFileControl::SaveLapFile, arg("FileName"),
-              arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("SaveMode") = KR_SAVEMODE_NORMAL)
+              arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("SaveMode") = KR_SAVEMODE_NORMAL,
+              Released())
       .Method("FileSaveMode", &clsFileControl::FileSaveMode, arg("FilterIndex"))
       .ReadOnly("FileSaveFilter", &clsFileControl::FileSaveFilter)
       .ReadOnly("FileLoadFilter", &clsFileControl::FileLoadFilter)
@@ -153,24 +165,27 @@ void BindOutputs(py::module_& module) {
   BindOutputSet(module, "ResultSet", "ResultsHolder", &clsTextControl::ResultSet::ResultsHolder);
   Class<clsHtmlControl>(module, "clsHtmlControl")
       .Method("OutputAnalysis", &clsHtmlControl::OutputAnalysis, arg("Analyzer"),
-              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis", Released())
       .Method("OutputResult", &clsHtmlControl::OutputResult, arg("ResultsHolder"),
-              arg("TopValue") = "", arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+              arg("TopValue") = "", arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis",
+              Released())
       .Method("OutputLegData", &clsHtmlControl::OutputLegData, arg("Analyzer"),
-              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis")
+              arg("LinkStyleFile") = "", arg("Encoding") = "x-sjis", Released())
       .Method("OutputChart", &clsHtmlControl::OutputChart, arg("Analyzer"), arg("ChartName"),
-              arg("ChartOption"))
+              arg("ChartOption"), Released())
       .Method("OutputActiveXPage", &clsHtmlControl::OutputActiveXPage, arg("LapFileURL"))
-      .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"));
+      .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"), Released());
   Class<clsTextControl>(module, "clsTextControl")
       .Method("OutputJson", &clsTextControl::OutputJson, arg("Analyzer"),
-              arg("Kind") = DataSetKind::kClass)
-      .Method("OutputResultJson", &clsTextControl::OutputResultJson, arg("Sets"))
-      .Method("OutputInfoJson", &clsTextControl::OutputInfoJson)
-      .Method("OutputTextMail", &clsTextControl::OutputTextMail, arg("Analyzer"))
-      .Method("OutputTextResult", &clsTextControl::OutputTextResult, arg("Results"))
-      .Method("OutputCsvQuillonMacro", &clsTextControl::OutputCsvQuillonMacro, arg("Analyzer"))
-      .Method("OutputCsvSplitsBrowser", &clsTextControl::OutputCsvSplitsBrowser, arg("Analyzer"));
+              arg("Kind") = DataSetKind::kClass, Released())
+      .Method("OutputResultJson", &clsTextControl::OutputResultJson, arg("Sets"), Released())
+      .Method("OutputInfoJson", &clsTextControl::OutputInfoJson, Released())
+      .Method("OutputTextMail", &clsTextControl::OutputTextMail, arg("Analyzer"), Released())
+      .Method("OutputTextResult", &clsTextControl::OutputTextResult, arg("Results"), Released())
+      .Method("OutputCsvQuillonMacro", &clsTextControl::OutputCsvQuillonMacro, arg("Analyzer"),
+              Released())
+      .Method("OutputCsvSplitsBrowser", &clsTextControl::OutputCsvSplitsBrowser, arg("Analyzer"),
+              Released());
 }
 
 void BindGraphics(py::module_& module) {
@@ -178,14 +193,21 @@ void BindGraphics(py::module_& module) {
       module, "KrPrintAnalysisModeConst",
       {KR_VALUE(KR_PRINT_ANALYSIS_LAP), KR_VALUE(KR_PRINT_ANALYSIS_MISS)});
   Class<clsGraphicControl>(module, "clsGraphicControl")
-      .Method("DrawChart", &clsGraphicControl::DrawChart, arg("AnalyzerObject"), arg("ChartObject"),
-              arg("ChartMode"), arg("RatioX"), arg("RatioY"), arg("PositionX"), arg("PositionY"))
+      .Method(
+          "DrawChart",
+          [](clsGraphicControl& graphics, const std::shared_ptr<clsAnalyzer>& analyzer,
+             const std::shared_ptr<PythonChart>& chart, KrChartModeConst mode, float ratio_x,
+             float ratio_y, float x,
+             float y) { graphics.DrawChart(analyzer, chart, mode, ratio_x, ratio_y, x, y); },
+          Released(), arg("AnalyzerObject"), arg("ChartObject"), arg("ChartMode"), arg("RatioX"),
+          arg("RatioY"), arg("PositionX"), arg("PositionY"))
       .Method("PrintResult", &clsGraphicControl::PrintResult, arg("ResultsHolderObject"),
               arg("PrintBookObject"), arg("LineInterval") = 1.5F, arg("PrintNewPage") = false,
-              arg("PrintID") = false, arg("PrintAge") = false)
+              arg("PrintID") = false, arg("PrintAge") = false, Released())
       .Method("PrintAnalysis", &clsGraphicControl::PrintAnalysis, arg("AnalyzerObject"),
-              arg("PrintBookObject"), arg("Mode") = KR_PRINT_ANALYSIS_LAP)
-      .Method("DrawGrid", &clsGraphicControl::DrawGrid, arg("AnalyzerObject"), arg("GridObject"));
+              arg("PrintBookObject"), arg("Mode") = KR_PRINT_ANALYSIS_LAP, Released())
+      .Method("DrawGrid", &clsGraphicControl::DrawGrid, arg("AnalyzerObject"), arg("GridObject"),
+              Released());
 }
 
 void BindSettings(py::module_& module) {
@@ -194,9 +216,9 @@ void BindSettings(py::module_& module) {
       {KR_VALUE(KR_CONFIG_FOLDER_SYSTEM), KR_VALUE(KR_CONFIG_FOLDER_DATA)});
   Class<clsConfigControl>(module, "clsConfigControl")
       .Method("Value", &clsConfigControl::Value, arg("ConfigFolder"), arg("Item"),
-              arg("DefaultValue") = "")
+              arg("DefaultValue") = "", Released())
       .Method("SetValue", &clsConfigControl::SetValue, arg("ConfigFolder"), arg("Item"),
-              arg("NewValue"), arg("DefaultValue") = "");
+              arg("NewValue"), arg("DefaultValue") = "", Released());
 }
 
 void BindRoot(py::module_& module) {
@@ -208,7 +230,7 @@ void BindRoot(py::module_& module) {
       .Field("FileName", &ClassAndCourseValue::FileName)
       .Field("RunnerCount", &ClassAndCourseValue::RunnerCount);
   Class<Root>(module, "clsKeltrun2")
-      .MadeBy(py::init<>())
+      .MadeBy(py::init<>(), Released())
       .Property("FileName", &Root::FileName, &Root::SetFileName)
       .Property("FileDate", &Root::FileDate, &Root::SetFileDate)
       .ReadOnly("ErrorComment", &Root::ErrorComment)
@@ -245,7 +267,7 @@ void BindRoot(py::module_& module) {
       .Method("SortClass", &Root::SortClass, arg("OrderExpression"))
       .Method("SegmentData", &Root::SegmentData, arg("Index"))
       .ReadOnly("SegmentCount", &Root::SegmentCount)
-      .Method("MakeSegmentSet", &Root::MakeSegmentSet)
+      .Method("MakeSegmentSet", &Root::MakeSegmentSet, Released())
       .ReadOnly("SegmentRemark", &Root::SegmentRemark)
       .Method("Clear", &Root::Clear)
       .Method("Version", &Root::Version, arg("WithTestBuild") = true);

@@ -157,7 +157,7 @@ std::optional<std::string> WorkingFolder(std::string& error) {
 }
 
 std::optional<std::string> NewExtractionFolder(std::string& error) {
-  static thread_local Kept in_use;  // a thread may read from its folder while another one extracts
+  static thread_local Kept in_use;
   const std::optional<std::string> working = WorkingFolder(error);
   if (!working) return std::nullopt;
   in_use = Kept();
@@ -177,7 +177,7 @@ std::optional<std::string> NewExtractionFolder(std::string& error) {
 }
 
 std::optional<std::string> NewWorkingFile(const std::string& name, std::string& error) {
-  static thread_local Kept in_use;  // a thread may read from its folder while another one extracts
+  static thread_local Kept in_use;
   const std::optional<std::string> working = WorkingFolder(error);
   if (!working) return std::nullopt;
   RemoveLeftovers(*working);

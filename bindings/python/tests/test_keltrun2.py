@@ -1,10 +1,15 @@
 """The object model from Python: what Python adds to it, and that each part can be reached."""
 import ast
+import concurrent.futures
 import datetime
 import gc
 import inspect
+import os
 import pathlib
 import re
+import subprocess
+import sys
+import weakref
 
 import pytest
 
@@ -277,7 +282,193 @@ def test_parts_outlive_their_owners(event):
     del analyzer, first, best, others  # nothing but his speed keeps that runner
     gc.collect()
     assert speed.ToString("#0.0") and general.UpperLapTotal > 0
-    assert files.FileLoadFilter and texts.OutputInfoJson().startswith("{")
+    assert files.FileLoadFilter
+    with pytest.raises(kr.AutomationError, match="no root object"):
+        texts.OutputInfoJson()
+    assert not files.SaveLapFile("never written")
+
+
+def test_a_host_may_clear_everything_while_it_is_called(event):
+    def disturbed(run, **made_of):
+        root = kr.clsKeltrun2()
+        assert root.FileControl.LoadLapFile(event)
+        analyzer = root.NewAnalyzer
+        analyzer.AddClass("M21A")
+        analyzer.Execute()
+        calls = []
+
+        def disturb(what):
+            calls.append(what)
+            if made_of["clear"]:
+                analyzer.Clear()
+                root.Clear()
+
+        run(root, analyzer, disturb)
+        return calls
+
+    def grid(root, analyzer, disturb):
+        root.GraphicControl.DrawGrid(analyzer, host(
+            kr.clsGridObject, [], "", SetTextMatrix=lambda row, col, text: disturb(text)))
+
+    def chart(root, analyzer, disturb):
+        picture = surface(kr.PictureBox, [], "SetScaleMode SetBackColor SetWidth",
+                          Clear=lambda: disturb("clear"), Width=lambda: 800,
+                          ScaleWidth=lambda: 800, ScaleHeight=lambda: 600)
+        drawn = kr.clsChartObject()
+        drawn.SetPictureObject(picture)
+        root.GraphicControl.DrawChart(analyzer, drawn, kr.KR_CHART_NORMAL, 1, 1, 0, 0)
+        drawn.DrawChart()
+
+    def print_out(root, analyzer, disturb):
+        book = kr.clsPrintBook()
+        sheet = surface(kr.DrawingSurface, [])
+        type(sheet).DrawText = lambda self, text, *rest: disturb(text)
+
+        def unload(sheet=sheet):
+            book.TryUnload()
+            return sheet
+
+        kr.InstallPrinter(host(kr.Printer, [], "SetPaperSize SetOrientation EndDocument",
+                               NewSheet=unload, Measure=lambda: sheet, DeviceName=lambda: "p",
+                               Metrics=lambda: kr.PaperMetrics(PaperWidth=210, PaperHeight=297)))
+        book.Init("p", kr.KR_PAPER_A4, kr.tpotPortrate, 10, 10, 10, 10, 1)
+        kr.RemovePrinter("p")
+        root.GraphicControl.PrintAnalysis(analyzer, book)
+        book.Execute()
+
+    for run in grid, chart, print_out:
+        undisturbed = disturbed(run, clear=False)
+        assert undisturbed and disturbed(run, clear=True) == undisturbed
+
+
+def test_pictures_and_charts_that_hold_each_other_are_collected(analyzer):
+    class Picture(kr.PictureBox):
+        SetScaleMode = SetBackColor = Clear = lambda self, *args: None
+        Width = ScaleWidth = ScaleHeight = lambda self: 800.0
+
+    for chart_class in kr.clsChartObject, type("Chart", (kr.clsChartObject,), {}):
+        picture = Picture()
+        chart = chart_class()
+        picture.chart = chart
+        chart.SetPictureObject(picture)
+        gone = weakref.ref(picture)
+        del picture
+        gc.collect()
+        assert gone() is not None and chart.Width > 0, "the chart holds it"
+        del chart
+        gc.collect()
+        assert gone() is None
+
+
+def test_objects_without_init_raise():
+    tried = 0
+    for name, cls in vars(kr._native).items():
+        if not inspect.isclass(cls) or issubclass(cls, BaseException):
+            continue
+        made = cls.__new__(cls)
+        for key, member in vars(cls).items():
+            if not isinstance(member, property) or key.startswith("_") or key in ("name", "value"):
+                continue
+            tried += 1
+            with pytest.raises(TypeError, match="__init__"):
+                getattr(made, key)
+        if hasattr(cls, "__members__"):
+            with pytest.raises(TypeError, match="__init__"):
+                int(made)
+    assert tried > 150
+    root = kr.clsKeltrun2()
+    for call in (lambda: root.HtmlControl.OutputAnalysis(kr.clsAnalyzer.__new__(kr.clsAnalyzer)),
+                 lambda: kr.clsChartObject().SetPictureObject(kr.PictureBox.__new__(kr.PictureBox)),
+                 lambda: kr.clsAnalyzer.Execute(kr.clsAnalyzer.__new__(kr.clsAnalyzer))):
+        with pytest.raises((TypeError, RuntimeError)):
+            call()
+
+
+def test_bytes_are_utf8_or_raise(root):
+    assert root.AddClass("女子".encode()).ClassName == "女子"
+    assert root.AddClass(bytearray(b"W21")).ClassName == "W21"
+    before = root.ClassCount
+    for bad in (b"\xff", "女子".encode("shift_jis"), bytearray(b"a\xe3\x81")):
+        with pytest.raises(UnicodeDecodeError):
+            root.AddClass(bad)
+        with pytest.raises(UnicodeDecodeError):
+            root.FileName = bad
+        with pytest.raises(UnicodeDecodeError):
+            root.EventData.EventName = bad
+    assert root.ClassCount == before
+
+
+def test_threads_with_roots_of_their_own(event, tmp_path):
+    def serve(number):
+        root = kr.clsKeltrun2()
+        assert not root.FileControl.LoadLapFile(f"missing{number}.lxm")
+        assert f"missing{number}" in root.ErrorComment
+        assert root.FileControl.LoadLapFile(event)
+        for i in range(number):
+            root.RemoveClass(root.ClassData(1).ClassName)
+        analyzer = root.NewAnalyzer
+        analyzer.AddClass(1)
+        analyzer.Execute()
+        cells = []
+        root.GraphicControl.DrawGrid(analyzer, host(
+            kr.clsGridObject, [], "", SetTextMatrix=lambda row, col, text: cells.append(text)))
+        picture = kr.CairoPicture(400, 300)
+        chart = kr.clsChartObject()
+        chart.SetPictureObject(picture)
+        root.GraphicControl.DrawChart(analyzer, chart, kr.KR_CHART_NORMAL, 1, 1, 0, 0)
+        chart.DrawChart()
+        return (root.HtmlControl.OutputAnalysis(analyzer), root.TextControl.OutputInfoJson(), cells,
+                picture.Encode())
+
+    with concurrent.futures.ThreadPoolExecutor(4) as pool:
+        together = list(pool.map(serve, range(8)))
+    assert together == [serve(number) for number in range(8)]
+
+
+# Each call waits for another thread that has not run yet: with the interpreter's lock held it would
+# wait for ever.
+WAITING_CALLS = """
+import os, sys, threading
+import keltrun2 as kr
+
+event, pipe, call = sys.argv[1:]
+root = kr.clsKeltrun2()
+if call != "load":
+    assert root.FileControl.LoadLapFile(event), root.ErrorComment
+
+def other():
+    if call == "load":
+        with open(pipe, "wb") as out, open(event, "rb") as source:
+            out.write(source.read())
+    else:
+        with open(pipe, "rb") as source:
+            assert source.read()
+
+thread = threading.Timer(0.2, other)
+thread.start()
+if call == "load":
+    assert root.FileControl.LoadLapFile(pipe, kr.KR_FILETYPE_KELTRUN2), root.ErrorComment
+    assert root.ClassCount > 0
+elif call == "save":
+    assert root.FileControl.SaveLapFile(pipe, kr.KR_FILETYPE_KELTRUN2), root.ErrorComment
+elif call == "print":
+    kr.InstallPrinter(kr.PdfPrinter("pipe", pipe))
+    book = kr.clsPrintBook()
+    book.Init("pipe", kr.KR_PAPER_A4, kr.tpotPortrate, 1, 1, 1, 1, 1)
+    book.DrawBox(1, 1, 9, 9, 0, 1, True)
+    book.Execute()
+elif call == "draw":
+    kr.CairoPicture(10, 10).Save(pipe)
+thread.join()
+"""
+
+
+@pytest.mark.parametrize("call", ["load", "save", "print", "draw"])
+def test_other_threads_run_during_long_calls(event, tmp_path, call):
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    subprocess.run([sys.executable, "-c", WAITING_CALLS, event, str(pipe), call], check=True,
+                   timeout=60)
 
 
 # Not bound: what is only for C++.
