@@ -1,0 +1,271 @@
+// A server has many threads, each with a root of its own: what each one makes is what it would make
+// alone. The preset "tsan" runs these tests under ThreadSanitizer.
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <thread>
+
+#include "keltrun2/platform/clock.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+using std::string;
+using std::to_string;
+
+// Outputs by name. Differences show which one, without pages of bytes.
+using Outputs = std::map<string, string>;
+
+string TimeText(int seconds) { return FormatDateTime(Seconds(seconds), "hh:nn:ss"); }
+
+// An event of its own for each number: three classes, two of them on one course, with runners whose
+// names need other characters and fonts.
+string EventText(int number) {
+  const string names[] = {"山田", "Müller", "Đorđe", "Иван", "鈴木", "Ås", "김", "Zoë"};
+  string text = "<keltrun><event name='Event " + to_string(number) + "'/><courses>";
+  for (int course = 1; course <= 2; ++course) {
+    text += "<course number='" + to_string(course) + "' controls='3'>";
+    for (int i = 1; i <= 3; ++i) {
+      text += "<control index='" + to_string(i) + "' unit-number='" +
+              to_string(30 + (course + 1) * i + number) + "'/>";
+    }
+    text += "</course>";
+  }
+  text += "</courses><classes>";
+  for (const char* klass : {"M21", "W21", "男子"}) {
+    text += "<class name='" + string(klass) + to_string(number) + "' course='" +
+            (klass[0] == 'W' ? "2" : "1") + "' controls='3'>";
+    for (int i = 0; i < 9 + number; ++i) {
+      text += "<runner name='" + names[(i + number) % 8] + " " + to_string(i) +
+              "' result='0:" + to_string(15 + i) + ":00' start='10:" + to_string(10 + i) + ":00'>";
+      for (int leg = 1; leg <= 4; ++leg) {
+        text += "<leg index='" + to_string(leg) + "' laptime='" +
+                TimeText(200 + 15 * i + leg * ((i * number) % 7)) + "'/>";
+      }
+      text += "</runner>";
+    }
+    text += "</class>";
+  }
+  return text + "</classes></keltrun>";
+}
+
+struct TextGrid : clsGridObject {
+  string texts;
+  void SetTextMatrix(std::int32_t, std::int32_t, std::string_view text) override {
+    texts += string(text) + "|";
+  }
+};
+
+class Server {
+ public:
+  Server(int number, string folder) : number_(number), folder_(std::move(folder)) {
+    std::filesystem::create_directories(folder_);
+  }
+
+  Outputs Serve() {
+    Load();
+    analyzer_->ExtraAnalyze();
+    analyzer_->Vesmer();
+    Pages();
+    Pictures();
+    Print();
+    Files();
+    return std::move(made_);
+  }
+
+ private:
+  void Load() {
+    const auto files = root_->FileControl();
+    files->OnProgress([this](std::int32_t percent) { made_["percents"] += to_string(percent); });
+    EXPECT_FALSE(files->LoadLapFile(folder_ + "/missing.lxm"));
+    made_["error"] = root_->ErrorComment();
+    EXPECT_TRUE(
+        files->LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_NORMAL, EventText(number_)));
+    const string own = "M21" + to_string(number_);
+    analyzer_->AddClass(own);
+    analyzer_->Execute();
+    results_->AddClass(own);
+    results_->CalcRank();
+    for (std::int32_t i = 1; i <= analyzer_->Count(); ++i) {
+      made_["serials"] += to_string(analyzer_->Item(i)->SerialNum()) + " ";
+    }
+    for (const string& choice : root_->ClassAndCourseList()) made_["choices"] += choice + "\n";
+    EXPECT_EQ(analyzer_->Count(), 9 + number_);
+  }
+
+  void Pages() {
+    const auto html = root_->HtmlControl();
+    made_["analysis"] = html->OutputAnalysis(analyzer_);
+    made_["result"] = html->OutputResult(results_);
+    made_["legs"] = html->OutputLegData(analyzer_);
+    made_["chart page"] = html->OutputChart(analyzer_, "c", "0,1,2");
+    made_["viewer"] = html->OutputViewer({{analyzer_, DataSetKind::kClass}});
+    const auto texts = root_->TextControl();
+    made_["mail"] = texts->OutputTextMail(analyzer_);
+    made_["text"] = texts->OutputTextResult(results_);
+    made_["macro"] = texts->OutputCsvQuillonMacro(analyzer_);
+    made_["splits"] = texts->OutputCsvSplitsBrowser(analyzer_);
+    made_["json"] = texts->OutputJson(analyzer_);
+    made_["results json"] = texts->OutputResultJson({{results_, DataSetKind::kClass}});
+    made_["info"] = texts->OutputInfoJson();
+  }
+
+  void Pictures() {
+    for (const auto format : {KR_PICTURE_PNG, KR_PICTURE_SVG, KR_PICTURE_PDF}) {
+      const auto picture = std::make_shared<CairoPicture>(600, 400, format);
+      const auto chart = std::make_shared<clsChartObject>();
+      chart->SetPictureObject(picture);
+      const auto mode = number_ % 2 == 0 ? KR_CHART_NORMAL : KR_CHART_CRUISE_MISSRATE;
+      root_->GraphicControl()->DrawChart(analyzer_, chart, mode, 1, 1, 0, 0);
+      chart->DrawChart();
+      made_["picture " + to_string(format)] = picture->Encode();
+    }
+    const auto grid = std::make_shared<TextGrid>();
+    root_->GraphicControl()->DrawGrid(analyzer_, grid);
+    made_["grid"] = grid->texts;
+  }
+
+  void Print() {
+    const auto book = std::make_shared<clsPrintBook>();
+    book->Init("", KR_PAPER_A4, tpotPortrate, 10, 10, 10, 10, 1);
+    root_->GraphicControl()->PrintResult(results_, book, 1.5f, true);
+    root_->GraphicControl()->PrintAnalysis(analyzer_, book);
+    book->Execute();
+    made_["print"] = dynamic_cast<PdfPrinter&>(*book->PrinterObject()).Document();
+    const auto preview = std::make_shared<CairoPicture>(200, 300);
+    book->ShowPreview(preview, 1);
+    made_["preview"] = preview->Encode();
+  }
+
+  void Files() {
+    const auto files = root_->FileControl();
+    SiteOptions site;
+    site.OutputFolder = folder_ + "/site";
+    std::filesystem::create_directories(site.OutputFolder);
+    site.IndexFile = "index.html";
+    site.AnalysisFile = "a_*.html";
+    site.ResultFile = "r_*.html";
+    site.LegDataFile = "l_*.html";
+    site.ChartFile = "c_*.html";
+    site.ChartOption = "0";
+    site.ViewerFile = "viewer.html";
+    site.Lap1File = "event.lap";
+    site.AnalysisIncludeCourse = true;
+    if (number_ % 2 == 0) site.Charset = "utf-8";
+    EXPECT_TRUE(files->OutputSite(site));
+    EXPECT_EQ(root_->ErrorComment(), "");
+    for (const char* kind : {".lxm", ".lap", ".xml", ".lzh"}) {
+      EXPECT_TRUE(files->SaveLapFile(folder_ + "/event" + to_string(number_) + kind))
+          << root_->ErrorComment();
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_)) {
+      if (!entry.is_regular_file()) continue;
+      made_[entry.path().lexically_relative(folder_).string()] = ReadBytes(entry.path().string());
+    }
+    EXPECT_TRUE(files->LoadLapFile(folder_ + "/event" + to_string(number_) + ".lzh"))
+        << root_->ErrorComment();
+    analyzer_->Clear();
+    analyzer_->AddClass(1);
+    analyzer_->Execute();
+    made_["unpacked"] = root_->TextControl()->OutputCsvSplitsBrowser(analyzer_);
+  }
+
+  const int number_;
+  const string folder_;
+  const std::shared_ptr<clsKeltrun2> root_ = std::make_shared<clsKeltrun2>();
+  const std::shared_ptr<clsAnalyzer> analyzer_ = root_->NewAnalyzer();
+  const std::shared_ptr<clsResultsHolder> results_ = root_->NewResultsHolder();
+  Outputs made_;
+};
+
+class Threads : public testing::Test {
+ protected:
+  Threads() {
+    RestartIn(Mode::kJapaneseTexts);
+    SetClock([] { return 46023.5; });
+  }
+  ~Threads() override { SetClock({}); }
+};
+
+TEST_F(Threads, EachWithARootMakeWhatOneMakesAlone) {
+  constexpr int kThreads = 8;
+  const TemporaryFolder folder;
+  std::vector<Outputs> alone, together(kThreads);
+  // The threads first: they find nothing prepared, neither fonts nor tables.
+  std::barrier start(kThreads);
+  std::vector<std::thread> threads;
+  for (int number = 0; number < kThreads; ++number) {
+    threads.emplace_back([&, number] {
+      start.arrive_and_wait();
+      together[static_cast<std::size_t>(number)] =
+          Server(number, folder.Path(to_string(number))).Serve();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int number = 0; number < kThreads; ++number) {
+    std::filesystem::remove_all(folder.Path(to_string(number)));
+    alone.push_back(Server(number, folder.Path(to_string(number))).Serve());
+  }
+  for (std::size_t number = 0; number < kThreads; ++number) {
+    ASSERT_GT(alone[number].size(), 30u);
+    for (const auto& [name, output] : alone[number]) {
+      EXPECT_TRUE(together[number][name] == output) << "event " << number << ": " << name;
+      const bool of_its_own = number == 0 || alone[number - 1][name] != output;
+      EXPECT_TRUE(of_its_own || name == "percents" || name == "chart page") << name;
+    }
+    EXPECT_EQ(together[number].size(), alone[number].size());
+  }
+}
+
+// Runs to its end beside this one.
+template <typename Call>
+auto OnAnotherThread(Call call) {
+  std::optional<decltype(call())> result;
+  std::thread([&] { result = call(); }).join();
+  return *result;
+}
+
+TEST_F(Threads, WithoutARootWorkWithTheYoungestOfTheProcess) {
+  const auto root = std::make_shared<clsKeltrun2>();
+  root->AddClass("Main");
+  const auto names = [&root] {
+    string all;
+    for (const string& choice : root->ClassAndCourseList()) all += choice + " ";
+    return all;
+  };
+  EXPECT_EQ(OnAnotherThread(names), "1,,Main,main,0 ");
+  EXPECT_FALSE(OnAnotherThread([&] { return root->FileControl()->LoadLapFile("missing.lxm"); }));
+  EXPECT_NE(root->ErrorComment(), "") << "the error is that of the root's thread";
+  root->AddClass("Main");
+
+  // A root of another thread, even one that lives on, is none of this thread's.
+  std::shared_ptr<clsKeltrun2> other;
+  EXPECT_EQ(OnAnotherThread([&] {
+              other = std::make_shared<clsKeltrun2>();
+              other->AddClass("Other")->AddLap();
+              other->FileControl()->LoadLapFile("other.lxm", KR_FILETYPE_AUTODETECT,
+                                                KR_LOADMODE_APPEND);
+              return names() + (root->ErrorComment().find("other.lxm") != string::npos ? "!" : "");
+            }),
+            "1,,Other,other,1 !");
+  EXPECT_EQ(names(), "1,,Main,main,0 ");
+  EXPECT_EQ(root->ErrorComment().find("other.lxm"), string::npos);
+  EXPECT_EQ(root->ClassData(1)->AddLap()->SerialNum(), 1);
+  EXPECT_EQ(OnAnotherThread(names), "1,,Other,other,1 ") << "its thread has ended, the root lives";
+
+  // Released on another thread than its own; its thread then has none.
+  EXPECT_EQ(OnAnotherThread([&] { return other.reset(), names(); }), "1,,Main,main,1 ");
+  EXPECT_EQ(OnAnotherThread([&] {
+              std::make_shared<clsKeltrun2>().reset();
+              return root->FileControl()->SaveLapFile("nothing.lxm");
+            }),
+            false)
+      << "not the event of another thread";
+}
+
+}  // namespace
+}  // namespace keltrun::test
