@@ -31,7 +31,8 @@ class KELTRUN2_API DataSet {
   void AddClass(std::int32_t ClassNumber);
 
   /// Adds every class that runs the course, in class order. Ignored for 0 and below.
-  /// Both raise what AddLap raises for any of the runners, and have then changed nothing.
+  /// Both raise what AddLap raises for any of the runners, and object not set (91) when there is no
+  /// root object; they have then changed nothing.
   void AddCourse(std::int32_t CourseNum);
 
   /// Adds one runner. The record is shared, not copied.

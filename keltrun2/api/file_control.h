@@ -15,7 +15,7 @@
 
 namespace keltrun {
 
-/// The file service. It works on the event of the root object created last.
+/// The file service. It works on the event of the thread's youngest root object (`clsKeltrun2`).
 ///
 /// Nothing here throws for a bad file: the result is false and the root's ErrorComment says why.
 /// What a reader added before an error stays in the model.
@@ -36,9 +36,9 @@ class KELTRUN2_API clsFileControl {
   void SetRenewRanks(bool Renew) { renew_ranks_ = Renew; }
 
   /// Publishes the event as a small web site in a folder. False only when the user does not want
-  /// the missing folder created; what could not be written is listed in ErrorComment, the rest is
-  /// there, and on the disk when this returns. Raises invalid procedure call (5) for a charset that
-  /// is not known.
+  /// the missing folder created, or when there is no root object; what could not be written is
+  /// listed in ErrorComment, the rest is there, and on the disk when this returns. Raises invalid
+  /// procedure call (5) for a charset that is not known.
   bool OutputSite(const SiteOptions& Options);
 
   /// The same by its parameters one by one; `SiteOptions` tells what they mean.

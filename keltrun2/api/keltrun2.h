@@ -44,8 +44,10 @@ struct ClassAndCourseValue {
 ///     analyzer->Execute();
 ///     save(root->HtmlControl()->OutputAnalysis(analyzer));
 ///
-/// One root object is in use at a time: the services, ClassAndCourseList and SortClass work on the
-/// event of the root created last. Everything runs on the host's thread.
+/// A thread uses one root object at a time: the services, ClassAndCourseList and SortClass work on
+/// the event of its youngest root that still lives, or of the process's youngest when the thread
+/// never created one. Without any the file service answers false; what else needs an event raises
+/// object not set (91). Threads with roots of their own work side by side.
 class KELTRUN2_API clsKeltrun2 {
  public:
   /// Loads settings and resource texts, if this is the first root of the process, and starts with
@@ -61,7 +63,8 @@ class KELTRUN2_API clsKeltrun2 {
   DateTime FileDate() const;
   void SetFileDate(DateTime FileDate);
 
-  /// Why the last load, save or export failed; lines end in CR LF. Shared by all roots.
+  /// Why the last load, save or export failed; lines end in CR LF. Shared by all roots of
+  /// the thread.
   std::string ErrorComment() const;
 
   /// New, empty data sets that the host owns.

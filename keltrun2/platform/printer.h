@@ -91,7 +91,8 @@ KELTRUN2_API std::vector<std::string> PrinterNames();
 /// object each time.
 KELTRUN2_API std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
 
-/// Adds a printer for the whole process; one of the same name is replaced.
+/// Adds a printer for the whole process, under the name that it has now; one of the same name is
+/// replaced. It prints one document at a time: threads that print install one each.
 KELTRUN2_API void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
 
 /// Takes a printer that was installed away again; unknown names are ignored.

@@ -13,8 +13,9 @@
         print(runner.Rank, runner.Result, runner.RunnerName)
 
 Names are those of the object model. What takes no argument is a property, what takes an index is a
-method, with SetX to write. Nothing is None. Times are days as float, a second is 1/86400; to_timedelta,
-from_timedelta, to_datetime and from_datetime turn them into Python's own. merge adds a second file.
+method, with SetX to write. A null pointer of C++ is None. Times are days as float, a second is
+1/86400; to_timedelta, from_timedelta, to_datetime and from_datetime turn them into Python's own. merge
+adds a second file. Threads may work side by side, each with a root of its own.
 """
 import datetime as _datetime
 
