@@ -182,6 +182,10 @@ TEST(TimeText, NormalizesEveryNotation) {
       1:02.03.4 01:02:03 1:02.03.4 | 1:02:03.45 1:02:03.45 1:02:03.45
       "2024/2/29 1:02:03" 01:02:03 01:02:03 | "  12:34  " 00:12:34 12:34:00
       12:34(3) 00:12:34 12:34:00 | "1234 (3) x" 00:12:34 12:34:00 | (12:34) "" ""
+      12:34.56 00:12:34.56 12:34.56 | 2:34.567 00:02:34.567 2:34.567 | 123:45.6 02:03:45.6 123:45.6
+      12:34.5 00:12:34.5 12:34.5 | 12:75.50 12:75.50 12:75.50 | note:abc note:abc note:abc
+      1234.567 1234.567 1234.567 | 12345678 12345678 12345678 | 3723450 3723450 3723450
+      -3723450 -3723450 -3723450 | 2958465.5 12:00:00 12:00:00
       DNF DNF DNF | ＤＮＦ DNF DNF | DISQUALI DISQUALI DISQUALI | "" "" "")")) {
     EXPECT_EQ(NormalizeTimeText(text, Digits::kElapsed), elapsed) << text;
     EXPECT_EQ(NormalizeTimeText(text, Digits::kClock), clock) << text;
@@ -223,6 +227,8 @@ TEST(TimeText, EverySecondOfADay) {
     return runner.Result();
   };
   EXPECT_EQ(stored("0:00:00"), "DISQ");
+  EXPECT_EQ(stored("12:34.56"), "0:12:34.5");
+  EXPECT_EQ(stored("3723450"), "3723450");
   for (int s = 1; s < 86400; ++s) {
     const string text = Clock(s);
     ASSERT_EQ(FormatTime((s * 1000 - 500) / 86400000.0, "h\\:nn\\:ss", false), text);

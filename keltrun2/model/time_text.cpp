@@ -60,9 +60,11 @@ bool IsHourPattern(std::string_view pattern) {
 }
 
 // A text formatted with a pattern is read as a date-time first, a bare number as a day count; a
-// text that is neither stays as it is.
+// text that is neither stays as it is, such as a number beyond the last date.
 std::string FormatText(std::string_view text, std::string_view pattern) {
-  if (const auto number = NumericValue(text)) return FormatDateTime(*number, pattern);
+  if (const auto number = NumericValue(text)) {
+    return IsDateNumber(*number) ? FormatDateTime(*number, pattern) : std::string(text);
+  }
   if (const auto value = ParseDateTime(text)) return FormatDateTime(*value, pattern);
   return std::string(text);
 }
@@ -79,12 +81,13 @@ std::string FormatEightCharacters(const std::u16string& text, std::string_view p
   return FormatText(hour + rest, pattern);
 }
 
-// The last step of a normalisation.
-std::string FinishText(std::string_view text, std::string_view pattern,
-                       bool eight_need_colon = false) {
+// The last step of a normalisation. Eight characters are pairs only where they are parted as pairs;
+// a point in front of the last two begins a fraction.
+std::string FinishText(std::string_view text, std::string_view pattern) {
   const std::u16string units = ToUtf16(text);
-  const bool eight = units.size() == 8 && (!eight_need_colon || text.find(':') != text.npos);
-  return eight ? FormatEightCharacters(units, pattern) : FormatText(text, pattern);
+  if (units.size() != 8) return FormatText(text, pattern);
+  const bool pairs = (units[2] == u':' || units[2] == u'.') && units[5] == u':';
+  return pairs ? FormatEightCharacters(units, pattern) : std::string(text);
 }
 
 std::string WithColons(std::string_view text) {
@@ -151,6 +154,21 @@ std::optional<std::string> RewriteElapsed(const std::string& s, std::string_view
   return std::nullopt;
 }
 
+std::string NormalizeElapsedText(const std::string& s, std::string_view pattern);
+
+// Minutes and seconds with a decimal fraction, which stays behind the time in the pattern; or
+// nullopt.
+std::optional<std::string> NormalizeFraction(const std::string& s, std::string_view pattern) {
+  const std::size_t point = s.find('.');
+  if (point == std::string::npos || point + 1 == s.size()) return std::nullopt;
+  if (!IsDigits(std::string_view(s).substr(point + 1))) return std::nullopt;
+  const std::string whole = s.substr(0, point);
+  const bool has_minutes =
+      IsLike(whole, "#:##") || IsLike(whole, "##:##") || IsLike(whole, "###:##");
+  if (!has_minutes || whole[whole.size() - 2] > '5') return std::nullopt;
+  return NormalizeElapsedText(whole, pattern) + s.substr(point);
+}
+
 std::string NormalizeElapsedText(const std::string& s, std::string_view pattern) {
   const std::string colons = WithColons(s);
   if (ParseDateTime(s)) {
@@ -160,7 +178,8 @@ std::string NormalizeElapsedText(const std::string& s, std::string_view pattern)
   }
   if (IsTimeText(s)) return FormatTotalTime(ParseSignedTime(s, false, false, 0), pattern);
   if (auto rewritten = RewriteElapsed(s, pattern)) return *rewritten;
-  return FinishText(s, pattern, true);
+  if (auto normal = NormalizeFraction(s, pattern)) return *normal;
+  return FinishText(s, pattern);
 }
 
 std::string NormalizeClockText(const std::string& s, std::string_view pattern) {
@@ -191,14 +210,6 @@ std::optional<LongTime> ParseLongTime(std::string_view text) {
   const auto rest = ParseDateTime(std::to_string(hours % 24) + ":" + std::string(tail));
   if (!rest) return std::nullopt;
   return LongTime{hours, *rest};
-}
-
-// The seconds behind the point: up to three digits count. nullopt when it is no number.
-std::optional<double> ParseFraction(std::string_view digits) {
-  if (!IsDigits(digits)) return std::nullopt;
-  digits = digits.substr(0, 3);
-  static constexpr std::array<double, 4> kScale = {1, 10, 100, 1000};
-  return NumericLong(digits) / kScale[digits.size()];
 }
 
 std::optional<DateTime> ParseUnsigned(std::string_view text, bool allow_number) {
@@ -321,6 +332,13 @@ std::string RankToString(std::int32_t rank, bool use_hyphen, bool use_parenthese
   std::string out;
   AppendRank(out, rank, use_hyphen, use_parentheses);
   return out;
+}
+
+std::optional<double> ParseFraction(std::string_view digits) {
+  if (!IsDigits(digits)) return std::nullopt;
+  digits = digits.substr(0, 3);
+  static constexpr std::array<double, 4> kScale = {1, 10, 100, 1000};
+  return NumericLong(digits) / kScale[digits.size()];
 }
 
 bool IsTimeText(std::string_view text) {

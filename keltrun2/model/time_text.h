@@ -57,6 +57,10 @@ DateTime ParseTime(std::string_view text, DateTime default_value);
 DateTime ParseSignedTime(std::string_view text, bool allow_number, bool skip_width_folding,
                          DateTime default_value);
 
+/// The part of a second that the digits behind a decimal point are; the first three count, "" is 0.
+/// nullopt when a character is no digit.
+std::optional<double> ParseFraction(std::string_view digits);
+
 /// A date or time of the platform, or h:mm:ss with hours of 24 and more.
 bool IsTimeText(std::string_view text);
 
@@ -65,7 +69,8 @@ bool IsTimeText(std::string_view text);
 enum class Digits : std::int32_t { kElapsed, kClock };
 
 /// The many ways in which timing systems and people write a time, as one text in the pattern; a
-/// text that is no time is returned folded and trimmed.
+/// decimal fraction of an elapsed time stays behind it ("12:34.56" is "00:12:34.56"). A text that
+/// is no time is returned folded and trimmed.
 std::string NormalizeTimeText(std::string_view text, Digits digits,
                               std::string_view pattern = "hh\\:nn\\:ss");
 
