@@ -1,4 +1,5 @@
 // Header lines: what is a header stays one in its normal form, and every other line is unchanged.
+// The lines of a text follow each other, and no cell in quotes breaks one.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -6,6 +7,22 @@
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/csv_header.h"
+#include "keltrun2/io/csv_lines.h"
+
+namespace {
+
+void WalkLines(std::string_view text) {
+  using namespace keltrun;
+  RemarkList remarks;
+  std::int32_t last = 0;
+  for (CsvLineCursor lines(text, FindCsvForm(text, {}), remarks); !lines.AtEnd(); lines.Next()) {
+    const CsvLine& line = lines.Line();
+    if (line.Number <= last || line.Text.find_first_of("\r\n") != line.Text.npos) std::abort();
+    last = line.Number;
+  }
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keltrun;
@@ -16,5 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (is_header && ResourceText("RES_META_CSV_NAME") != "" && !CsvHeaderReader().Read(normal)) {
     std::abort();
   }
+  WalkLines(line);
   return 0;
 }

@@ -43,8 +43,9 @@ TEST(ImportOnly, FollowsItsHeaders) {
   RestartIn(Mode::kJapaneseTexts);
   const Rows<string, string, std::size_t> cases = {
       {"氏名,所属,性別\r\nA,C,男\r\n", "A/C/男 ", 0},
-      {"A,B,C\r\n", "", 1},                        // no header
-      {"NAME,CLUB\nA,C\n", "A// ", 2},             // CLUB is no title here: no club, no use
+      {"A,B,C\r\n", "", 1},             // no header
+      {"NAME,TEAM\nA,C\n", "A// ", 2},  // TEAM is no title: no club, no use
+      {"NAME;CLUB;SEX\nA;\"C; D\";F\nB;\"\"\"C\"\"\";M\n", "A/C; D/F B/\"C\"/M ", 0},
       {"名前,syozoku\rA,C\rB\r", "A/C/ B// ", 0},  // missing cells are empty
       {"氏名,所属\nA,C\n所属,氏名\nC,A", "A/C/ A/C/ ", 0},
       {"氏名,所属\n,,\n \u3000,\n,C\nA,C,\nA,C,x\n", "A/C/ A/C/ ", 2},   // no name; a cell too many

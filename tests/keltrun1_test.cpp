@@ -8,6 +8,7 @@
 #include "keltrun2/io/keltrun1_reader.h"
 #include "keltrun2/io/keltrun1_writer.h"
 #include "keltrun2/model/process_state.h"
+#include "keltrun2/model/time_text.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -43,7 +44,8 @@ TEST(CsvHeader, NormalizesItsTitles) {
       {en, "Class,Runner Name,Club,Race Time,Start Time,Place,1,F",
        "CLASS,NAME,CLUB,TOTAL TIME,START TIME,PLACE,\u21921,\u2192F"},
       {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // width is folded in Japanese only
-      {en, "氏名,クラス名", "氏名,クラス名"},
+      {en, "氏名,クラス名,合計タイム,STNO", "NAME,CLASS,TOTAL TIME,STNO"},  // both languages
+      {ja, "Runner name,Class,Race time,Place", "氏名,クラス,合計タイム,順位"},
       {Mode::kJapaneseMode, "NAME,9,10,F", "クラス,氏名,→９,→10,→F"},
   };
   for (const Case& c : cases) {
@@ -187,22 +189,41 @@ TEST(Keltrun1, ReadsResultLists) {
       {ja,
        "クラス,順位,氏名,所属,記録,1,2,F\nM,1,A,K,21:05,5:00,6:05,10:00\nM,,B,L,dnf,5:00,→\nW,1,C,,"
        "30.10,1830",
-       "M[3] A;K;0:21:05;1;[300,365,600] B;L;DNF;;[300,-1]\nW[1] C;;0:30:10;1;[1110]\n"},
+       "M[3] A;K;0:21:05;1;[300,365,600] B;L;DNF;;[300,-1]\nW[1] C;;0:30:10;1;[1110]\n4:0 "},
       {en, "Name,Club,Time,Class\nA,K,1:02:03,M\n\nB,,DNS,M\n",
        "M[0] A;K;1:02:03;;[] B;;DNS;;[]\n"},
       // titles of classes stand above headers without a class column
       {ja, "成績表\nM21,,\n順位,氏名,タイム\n1,A,9:00\n W21\n順位,氏名,タイム\n1,B,9:01\nEOF\n",
        "M21[0] A;;0:09:00;1;[]\nW21[0] B;;0:09:01;1;[]\n2:0 5:0 8:0 0:0 "},
       {ja, "氏名,タイム\nA,9:00\n", "[0] A;;0:09:00;;[]\n1:0 "},
-      {ja, "氏名\nA\nB\n", "[0] A;;;;[] B;;;;[]\n1:0 "},
-      {ja, "クラス,氏名\nM,A\n,B\nM,\n",
+      {ja, "クラス,氏名,記録\nM,A\n,B\nM,\n",
        "M[0] A;;;;[] B;;;;[]\n3:0 4:0 "},  // class repeated; no name
-      {ja, "クラス,氏名,Card,F\nM,A,5,9:00,9\n", "M[0] A;;;;[]\n1:0 1:3 2:5 "},
+      {ja, "クラス,氏名,Card,F,記録\nM,A,5,9:00,,9\n", "M[0] A;;;;[]\n1:0 1:3 2:6 "},
       {ja, "クラス,氏名,1,51,F\nM,A,x,1:00,1:00\n", "M[1] A;;;;[0]\n1:4 1:5 2:3 "},
-      {ja, "クラス,氏名,ゼッケン,スタート\nM,A,x7,late\n", "M[0] A;;;;[]\n2:0 2:0 "},
+      {ja, "クラス,氏名,ゼッケン,スタート,記録\nM,A,x7,late,\n", "M[0] A;;;;[]\n2:0 2:0 "},
       {ja, "クラス,氏名,記録,結果\nM,A,,9:00\nM,B,9:01,DSQ\n",  // the first that is filled
        "M[0] A;;0:09:00;;[] B;;0:09:01;;[]\n"},
       {ja, "クラス,選手\nM,A\nM,B\n", "E"},
+      // quotes: a separator, a quote and line breaks in cells; a quote is no reason to lose rows
+      {ja,
+       "氏名,所属,記録,1,F\n\"A\", \"K, CZ\" ,3:00,1:00,2:00\n\"B "
+       "\"\"b\"\"\",\"K\r\nL\",,1:00,2:00\n"
+       "C,D,,1'30\",2:00\n\"Bo\" B,,4:00,\"1:00\",3:00\nE,\"F,5:00,1:00,4:00\nG,H,,1:00,2:00\n",
+       "[2] A;K, CZ;0:03:00;;[60,120] B \"b\";K L;;;[60,120] C;D;;;[0,120] \"Bo\" "
+       "B;;0:04:00;;[60,180] "
+       "E;\"F;0:05:00;;[60,240] G;H;;;[60,120]\n1:0 3:2 5:4 6:1 7:2 "},
+      {en, "\"Class\";\"Name\";\"Time\"\n\"M; 1\";\"A, B\";3:00\n;C;4:00\n",
+       "M; 1[0] A, B;;0:03:00;;[] C;;0:04:00;;[]\n3:0 "},
+      {en, "M21\t\t\nName\tClub\tTime\nA\t\t3:00\n", "M21[0] A;;0:03:00;;[]\n1:0 0:0 "},
+      {en, "Name\tA,NAME,B\tTime\nA, B\tx\t3:00\n", "[0] A, B;;0:03:00;;[]\n1:2 1:0 "},
+      // splits in place of laps; the second row has no time at the finish, the third none at 2
+      {en,
+       "Name,Class,Time,1,2,F\nA,M,0:06:00,1:00,3:00,6:00\nB,M,0:06:00,3:00,5:00,-\n"
+       "C,M,0:07:00,2:00,-,7:00\nD,M,dnf,2:00,1:00\n",
+       "M[3] A;;0:06:00;;[60,120,180] B;;0:06:00;;[180,120,0] C;;0:07:00;;[120,0,300] "
+       "D;;DNF;;[120,0]\n0:0 5:0 "},
+      {en, "Name,Class,Time,1,F\nA,M,3:00,1:00,2:00\nB,M,3:00,1:00,3:00\nC,M,2:00,2:00\n",
+       "M[2] A;;0:03:00;;[60,120] B;;0:03:00;;[60,180] C;;0:02:00;;[120]\n"},
       {ja, "$LAPFILE Ver=2\n$大会名=E\n", "E"},
       {ja, "", "E"},
   };
@@ -211,6 +232,76 @@ TEST(Keltrun1, ReadsResultLists) {
     EXPECT_EQ(Shown(ReadKeltrun1(text)), expected) << text;
   }
   EXPECT_EQ(ReadKeltrun1("a,b\n").Error->Detail, ResourceText("RES_MESSAGE_CSV_HEADER_ERROR"));
+}
+
+// The laps of a row in milliseconds, then the column of each remark.
+string LapsRead(const string& cells) {
+  const ReadResult read = ReadKeltrun1("CLASS,NAME,1,2,3,F\nM,A," + cells + "\n");
+  string shown;
+  clsLapData& runner = *read.Records.Classes.at(0).Runners.at(0);
+  for (int leg = 1; leg <= 4; ++leg) {
+    shown += std::to_string(std::lround(runner.Lap(leg) * kMillisecondsPerDay)) + " ";
+  }
+  for (const LoadRemark& remark : read.Remarks) shown += "@" + std::to_string(remark.Column);
+  return shown;
+}
+
+TEST(Keltrun1, ReadsTheTimesOfLists) {
+  RestartIn(Mode::kEnglishTexts);
+  for (const auto& [cells, expected] : Table<2>(R"(
+      9.05,0.45,75.50,1234      "545000 45000 4550000 754000 @3"  | 5,45,90,123 "5000 45000 90000 83000 "
+      59.5,9.05,123,12:34.56    "59500 9050 123000 754560 @3"     | 9.75,9.05,, "9750 9050 0 0 @3"
+      9.5,10.123,.5,1:00        "9500 10123 500 60000 "           | 9.05,1:00.98765,0:00.04, "545000 60987 40 0 @3"
+      1.02.03,25.34.56,1:02:03.4,25:00:00.5 "3723000 92096000 3723400 90000500 "
+      １２．３４,0:05,1:00,62:05.5 "754000 5000 60000 3725500 @3"
+      -3:00,1e3,1234567,12:75   "0 0 0 0 @3@4@5@6"                | +5,5.,1.75.00,-0:01:00 "0 0 0 0 @3@4@5@6")")) {
+    EXPECT_EQ(LapsRead(cells), expected) << cells;
+  }
+  // As a result and as a start time. A number that is no time is none, whatever date it counts.
+  for (const auto& [cell, result, start] : Table<3>(R"(
+      9.05 0:09:05 9:05:00 | 10.30 0:10:30 10:30:00 | 59.5 0:00:59.5 "" | 75.50 1:15:50 ""
+      1.02.03 1:02:03 1:02:03 | 12:34.56 0:12:34.5 "" | 10:30:15.25 10:30:15.2 10:30:15
+      25:03:07.5 25:03:08 "" | 930 0:09:30 9:30:00 | 3723450 3723450 "" | 1234567 "" ""
+      -5 "" "" | 0.4375 0:00:00.4 "" | 12:75 00:12:75 "" | P3 P3 "" | dns DNS "")")) {
+    const ReadResult read = ReadKeltrun1("NAME,TIME,START\nA," + cell + "," + cell + "\n");
+    const clsLapData& runner = *read.Records.Classes.at(0).Runners.at(0);
+    EXPECT_EQ(runner.Result(), result) << cell;
+    EXPECT_EQ(runner.StartTime()->ToString("h:nn:ss", false, ""), start) << cell;
+  }
+}
+
+TEST(Keltrun1, RefusesListsWithoutResultsAndLegs) {
+  RestartIn(Mode::kEnglishTexts);
+  const ReadResult read = ReadKeltrun1("note\nname,class,\"leg, code\"\nA,M,31\nA,M,32\n");
+  EXPECT_TRUE(read.Records.Classes.empty());
+  ASSERT_TRUE(read.Error);
+  EXPECT_EQ(read.Error->Line, 2);
+  EXPECT_NE(read.Error->Detail.find("\"name,class,\"leg, code\"\""), string::npos);
+  const auto root = NewRoot();
+  root->AddClass("W");
+  EXPECT_FALSE(root->FileControl()->LoadLapFile("x.csv", KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND,
+                                                "name,class\r\nA,M\r\nB,M\r\n"));
+  EXPECT_EQ(root->ClassCount(), 1);
+}
+
+TEST(Keltrun1, TurnsTheSplitsOfTheMacroCsvIntoLaps) {
+  const auto root = NewRoot(Mode::kJapaneseTexts);
+  ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("midorigaoka/event.lxm")));
+  std::size_t runners = 0;
+  for (std::int32_t i = 1; i <= root->ClassCount(); ++i) {
+    const auto analyzer = root->NewAnalyzer();
+    analyzer->AddClass(i);
+    analyzer->Execute();
+    const ReadResult read = ReadKeltrun1(root->TextControl()->OutputCsvQuillonMacro(analyzer));
+    std::int32_t item = 0;
+    for (const auto& runner : read.Records.Classes.at(0).Runners) {
+      do ++item;
+      while (!ParseFinishTime(analyzer->Item(item)->Result()));
+      EXPECT_EQ(LapsOf(*runner), LapsOf(*analyzer->Item(item)->OtherData())) << runner->RunnerName;
+      ++runners;
+    }
+  }
+  EXPECT_EQ(runners, 103u);
 }
 
 TEST(Keltrun1, ReadsDamagedLapFiles) {
@@ -224,6 +315,10 @@ TEST(Keltrun1, ReadsDamagedLapFiles) {
        "大会名[0]\n$a[2] A;;0:09:00;1;[]\n"},
       {"$開催日=someday\n$M:登距離=high\n$?\n" + header, "M[0]\n2:0 3:0 4:0 "},
       {header + "M,1,A,,,,25:00:00,9:00,1,abc,\n", "M[2] A;;0:09:00;1;[0,0]\n4:10 4:0 "},
+      // laps that look like splits, and quotes, are what they are
+      {header + "M,1,\"A,\"K\",,,,3:00,1,00:01:00,00:03:00\n",
+       "M[2] \"A;\"K\";0:03:00;1;[60,180]\n"},
+      {"$Event=E\n$M:Climb=5\n" + header, "M[0]\n"},  // labels of the other language
   };
   for (const auto& [text, expected] : cases) {
     EXPECT_EQ(Shown(ReadKeltrun1("$LAPFILE Ver=2\n" + text)), expected) << text;

@@ -14,35 +14,46 @@ namespace {
 
 constexpr std::size_t kMostTitles = 1000;
 
-// The titles of a column: resource texts and words that other programs use.
+// The titles of a column: resource texts, the words of both languages (a list is read the same
+// whatever the language in use) and words that other programs use.
 struct TitleRule {
   CsvColumn column;
   std::string_view normal_key;  // the normal title; empty: the title stays as it is
   std::array<std::string_view, 4> keys;
-  std::array<std::string_view, 7> words;
+  std::array<std::string_view, 12> words;
 };
 
 constexpr TitleRule kTitleRules[] = {
-    {CsvColumn::kClass, "RES_META_CSV_CLASS", {"RES_META_CSV_CLASS"}, {"CLASS", "**", "クラス名"}},
+    {CsvColumn::kClass,
+     "RES_META_CSV_CLASS",
+     {"RES_META_CSV_CLASS"},
+     {"クラス", "CLASS", "**", "クラス名"}},
     {CsvColumn::kName,
      "RES_META_CSV_NAME",
      {"RES_META_CSV_NAME", "RES_META_CSV_NAME_2"},
-     {"NAMAE", "NAME"}},
-    {CsvColumn::kClub, "RES_META_CSV_CLUB", {"RES_META_CSV_CLUB"}, {"SYOZOKU", "SHOZOKU"}},
+     {"氏名", "名前", "NAME", "RUNNER NAME", "NAMAE"}},
+    {CsvColumn::kClub,
+     "RES_META_CSV_CLUB",
+     {"RES_META_CSV_CLUB"},
+     {"所属", "CLUB", "SYOZOKU", "SHOZOKU"}},
     {CsvColumn::kTotalTime,
      "RES_META_CSV_TOTAL_TIME",
      {"RES_META_CSV_RECORD", "RES_META_CSV_TOTAL_TIME", "RES_META_CSV_RESULT"},
-     {"TIME", "TOTAL", "T", "TT", "タイム", "時間"}},
+     {"記録", "合計タイム", "結果", "RACE TIME", "TOTAL TIME", "RESULT", "TIME", "TOTAL", "T", "TT",
+      "タイム", "時間"}},
     {CsvColumn::kStartTime,
      "RES_META_CSV_START_TIME",
      {"RES_META_CSV_START_TIME"},
-     {"START", "STARTTIME", "スタート時刻"}},
-    {CsvColumn::kRank, "RES_META_CSV_RANK", {"RES_META_CSV_RANK"}, {"RANK", "ORDER", "POSITION"}},
-    {CsvColumn::kSeed, "RES_META_CSV_SEED", {"RES_META_CSV_SEED"}, {"SEED"}},
-    {CsvColumn::kSex, "", {"RES_META_CSV_GENDER"}, {}},
-    {CsvColumn::kStartNumber, "", {"RES_META_CSV_STNO"}, {}},
-    {CsvColumn::kAge, "", {"RES_META_CSV_AGE"}, {}},
-    {CsvColumn::kStartTime, "", {"RES_META_CSV_START"}, {}},
+     {"スタート時刻", "START TIME", "START", "STARTTIME"}},
+    {CsvColumn::kRank,
+     "RES_META_CSV_RANK",
+     {"RES_META_CSV_RANK"},
+     {"順位", "PLACE", "RANK", "ORDER", "POSITION"}},
+    {CsvColumn::kSeed, "RES_META_CSV_SEED", {"RES_META_CSV_SEED"}, {"シード", "SEED"}},
+    {CsvColumn::kSex, "", {"RES_META_CSV_GENDER"}, {"性別", "SEX"}},
+    {CsvColumn::kStartNumber, "", {"RES_META_CSV_STNO"}, {"ゼッケン", "STNO"}},
+    {CsvColumn::kAge, "", {"RES_META_CSV_AGE"}, {"年齢", "AGE"}},
+    {CsvColumn::kStartTime, "", {"RES_META_CSV_START"}, {"スタート"}},
 };
 
 bool IsNumber(std::string_view text) { return !text.empty() && IsDigits(text); }
@@ -73,19 +84,20 @@ void NameLegs(CsvHeader& header) {
 
 bool CellWalker::Next() {
   if (last_) return false;
-  const std::size_t comma = rest_.find(',');
-  cell_ = rest_.substr(0, comma);
+  const std::size_t end = rest_.find(separator_);
+  cell_ = rest_.substr(0, end);
   if (cell_.starts_with(' ') || cell_.ends_with(' ')) cell_ = TrimSpaces(cell_);
   ++position_;
-  last_ = comma == std::string_view::npos;
-  if (!last_) rest_.remove_prefix(comma + 1);
+  last_ = end == std::string_view::npos;
+  if (!last_) rest_.remove_prefix(end + 1);
   return true;
 }
 
-bool IsBlankLine(std::string_view line) {
+bool IsBlankLine(std::string_view line, char separator) {
   constexpr std::string_view kIdeographicSpace = "\u3000";
   while (!line.empty()) {
-    if (line.front() == ',' || line.front() == ' ' || line.front() == '\0') {
+    const char c = line.front();
+    if (c == separator || c == ',' || c == ' ' || c == '\0') {
       line.remove_prefix(1);
     } else if (line.starts_with(kIdeographicSpace)) {
       line.remove_prefix(kIdeographicSpace.size());
@@ -119,10 +131,11 @@ CsvHeaderReader::CsvHeaderReader()
   }
 }
 
-// A key that the resources lack gives no title: an empty cell names no column.
+// A key that the resources lack gives no title: an empty cell names no column. Of equal titles the
+// first counts.
 void CsvHeaderReader::AddTitle(CsvColumn column, std::string_view text, const std::string& normal) {
   std::string folded = Fold(text);
-  if (folded.empty()) return;
+  if (folded.empty() || FindTitle(folded) != nullptr) return;
   if (column == CsvColumn::kName) AddNameStart(FirstCharacter(folded));
   titles_.push_back({std::move(folded), column, normal});
 }
@@ -144,12 +157,12 @@ std::string CsvHeaderReader::Fold(std::string_view cell) const {
 
 // Every line of a list is asked. Nearly every cell is told from a title by its first byte, most of
 // the others by their first character.
-bool CsvHeaderReader::HasNameTitle(std::string_view line) const {
+bool CsvHeaderReader::HasNameTitle(std::string_view line, char separator) const {
   std::size_t begin = 0;
   for (std::size_t position = 0; position < kMostTitles; ++position) {
     begin = line.find_first_not_of(' ', begin);
     if (begin == std::string_view::npos) return false;
-    const std::size_t end = line.find(',', begin);
+    const std::size_t end = line.find(separator, begin);
     if (starts_name_[static_cast<unsigned char>(line[begin])] &&
         IsNameTitle(TrimSpaces(line.substr(begin, end - begin)))) {
       return true;
@@ -198,10 +211,10 @@ std::optional<CsvHeaderReader::LegEnds> CsvHeaderReader::ReadLeg(std::string_vie
   return LegEnds{LegNumber(from), LegNumber(to)};
 }
 
-std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line) const {
-  if (!HasNameTitle(line)) return std::nullopt;
+std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line, char separator) const {
+  if (!HasNameTitle(line, separator)) return std::nullopt;
   CsvHeader header;
-  CellWalker cells(line);
+  CellWalker cells(line, separator);
   while (cells.Next() && cells.Position() < kMostTitles) {
     std::string folded = Fold(cells.Cell());
     if (const Title* title = FindTitle(folded)) {

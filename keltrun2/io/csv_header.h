@@ -11,10 +11,11 @@
 
 namespace keltrun {
 
-/// Walks the cells of a line. There is no quoting: every comma separates.
+/// Walks the cells of a line. There is no quoting: every separator separates.
 class CellWalker {
  public:
-  explicit CellWalker(std::string_view line) : rest_(line) {}
+  explicit CellWalker(std::string_view line, char separator = ',')
+      : rest_(line), separator_(separator) {}
 
   /// Moves to the next cell; false behind the last one. An empty line has one empty cell.
   bool Next();
@@ -27,11 +28,12 @@ class CellWalker {
   std::string_view rest_;
   std::string_view cell_;
   std::size_t position_ = static_cast<std::size_t>(-1);
+  char separator_;
   bool last_ = false;
 };
 
-/// True when a line holds nothing but commas, blanks, ideographic spaces and NUL.
-bool IsBlankLine(std::string_view line);
+/// True when a line holds nothing but separators, commas, blanks, ideographic spaces and NUL.
+bool IsBlankLine(std::string_view line, char separator = ',');
 
 /// What a column of a comma-separated list holds.
 enum class CsvColumn : std::int32_t {
@@ -66,14 +68,15 @@ struct CsvHeader {
   bool Has(CsvColumn column) const;
 };
 
-/// Recognises header lines. The titles are taken from the resource texts when it is made.
+/// Recognises header lines. The titles are those of both languages, and the resource texts when it
+/// is made.
 class CsvHeaderReader {
  public:
   CsvHeaderReader();
 
   /// The header, when one whole cell of the line is a title of the name column; letter case of
   /// ASCII letters is ignored and, where the language is Japanese, full width.
-  std::optional<CsvHeader> Read(std::string_view line) const;
+  std::optional<CsvHeader> Read(std::string_view line, char separator = ',') const;
 
  private:
   struct Title {
@@ -84,7 +87,7 @@ class CsvHeaderReader {
   struct LegEnds;
 
   std::string Fold(std::string_view cell) const;
-  bool HasNameTitle(std::string_view line) const;
+  bool HasNameTitle(std::string_view line, char separator) const;
   bool IsNameTitle(std::string_view cell) const;
   void AddTitle(CsvColumn column, std::string_view text, const std::string& normal);
   void AddNameStart(std::string_view first);

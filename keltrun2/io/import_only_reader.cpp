@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "keltrun2/io/csv_header.h"
+#include "keltrun2/io/csv_lines.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
@@ -25,7 +26,7 @@ class ImportOnlyReader {
               std::string_view cell, std::string_view consequence) {
     remarks_.Add(severity, line_, static_cast<std::int32_t>(column), subject, cell, consequence);
   }
-  void ReadRow(std::string_view line);
+  void ReadRow(const CsvLine& line);
   std::string_view& CellOf(CsvColumn column) { return cells_[static_cast<std::size_t>(column)]; }
 
   CsvHeaderReader headers_;
@@ -49,10 +50,10 @@ void ImportOnlyReader::ReadHeader(CsvHeader header) {
   }
 }
 
-void ImportOnlyReader::ReadRow(std::string_view line) {
+void ImportOnlyReader::ReadRow(const CsvLine& line) {
   cells_.fill({});
   std::size_t extra_at = 0;
-  CellWalker cells(line);
+  CellWalker cells(line.Text, line.Separator);
   while (cells.Next()) {
     if (cells.Position() < header_->Titles.size()) {
       // Of two columns with one meaning the last counts.
@@ -62,12 +63,12 @@ void ImportOnlyReader::ReadRow(std::string_view line) {
     }
   }
   if (extra_at != 0) {
-    Remark(RemarkSeverity::kNote, extra_at, "line", line,
-           "more cells than the header; a comma inside a text?");
+    Remark(RemarkSeverity::kNote, extra_at, "line", line.Shown,
+           "more cells than the header; a separator inside a text?");
   }
   const std::string_view name = CellOf(CsvColumn::kName);
   if (IsBlankLine(name)) {
-    Remark(RemarkSeverity::kWarning, 0, "line", line, "names no runner, skipped");
+    Remark(RemarkSeverity::kWarning, 0, "line", line.Shown, "names no runner, skipped");
     return;
   }
   result_.Records.Updates.push_back({std::string(name), std::string(CellOf(CsvColumn::kClub)),
@@ -76,11 +77,12 @@ void ImportOnlyReader::ReadRow(std::string_view line) {
 
 ReadResult ImportOnlyReader::Read(std::string_view text) {
   std::int32_t skipped = 0;
-  for (LineCursor lines(text); !lines.AtEnd(); lines.Next()) {
-    line_ = lines.Number();
-    const std::string_view line = TrimSpaces(lines.Line());
-    if (IsBlankLine(line)) continue;
-    if (auto header = headers_.Read(line)) {
+  const CsvForm form = FindCsvForm(text, headers_);
+  for (CsvLineCursor lines(text, form, remarks_); !lines.AtEnd(); lines.Next()) {
+    const CsvLine& line = lines.Line();
+    line_ = line.Number;
+    if (IsBlankLine(line.Text, line.Separator)) continue;
+    if (auto header = headers_.Read(line.Text, line.Separator)) {
       ReadHeader(std::move(*header));
     } else if (!header_) {
       if (line_ > 1) ++skipped;  // line 1 marks the format

@@ -2,45 +2,61 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <unordered_map>
 #include <utility>
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/csv_header.h"
+#include "keltrun2/io/csv_lines.h"
 #include "keltrun2/io/limits.h"
+#include "keltrun2/io/split_columns.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
+#include "keltrun2/text/utf16.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {
 namespace {
 
 constexpr std::string_view kNotAvailable = "n/a";
+constexpr std::string_view kDisqualified = "DISQ";  // a result of no time, as the record stores it
 constexpr std::string_view kLapFileMark = "$LAPFILE";
 
 // --- the lines in front of the runners: "$label=value" and "$class:label=value" ---
 
+// The labels of a rule: the resource text and the words of both languages.
+using LabelWords = std::array<std::string_view, 2>;
+
 struct EventRule {
   std::string_view label_key;
+  LabelWords words;
   bool (*store)(LapRecords& records, std::string_view value);  // false: the value has no meaning
 };
 
 constexpr std::array<EventRule, 6> kEventRules = {{
     {"RES_META_EVENT_NAME",
+     {"大会名", "Event"},
      [](LapRecords& r, std::string_view v) { return (r.EventName = v, true); }},
     {"RES_META_EVENT_DATE",
+     {"開催日", "Date"},
      [](LapRecords& r, std::string_view v) {
        return (r.EventDate = ParseDateTime(v)).has_value();
      }},
     {"RES_META_EVENT_VENUE",
+     {"開催地", "Venue"},
      [](LapRecords& r, std::string_view v) { return (r.Terrain = v, true); }},
-    {"RES_META_EVENT_MEMO", [](LapRecords& r, std::string_view v) { return (r.Memo = v, true); }},
+    {"RES_META_EVENT_MEMO",
+     {"メモ", "Memo"},
+     [](LapRecords& r, std::string_view v) { return (r.Memo = v, true); }},
     {"RES_META_WEBSITE",
+     {"公式サイト", "Official site"},
      [](LapRecords& r, std::string_view v) { return (r.OfficialSite = v, true); }},
     {"RES_META_EVENT_FILENAME",
+     {"ファイル名", "File"},
      [](LapRecords& r, std::string_view v) {
        r.EventFileName = CleanFileName(LowerAscii(ToHalfWidth(v, {.Symbols = false})));
        return true;
@@ -49,77 +65,119 @@ constexpr std::array<EventRule, 6> kEventRules = {{
 
 struct ClassRule {
   std::string_view label_key;
+  LabelWords words;
   void (*store)(ClassRecords& klass, std::int32_t value);
 };
 
 constexpr std::array<ClassRule, 4> kClassRules = {{
-    {"RES_META_COURCE_LENGTH", [](ClassRecords& c, std::int32_t v) { c.Length = v; }},
-    {"RES_META_CLIMB_HEIGHT", [](ClassRecords& c, std::int32_t v) { c.Climb = v; }},
+    {"RES_META_COURCE_LENGTH",
+     {"コース距離", "Course length"},
+     [](ClassRecords& c, std::int32_t v) { c.Length = v; }},
+    {"RES_META_CLIMB_HEIGHT",
+     {"登距離", "Climb"},
+     [](ClassRecords& c, std::int32_t v) { c.Climb = v; }},
     {"RES_META_CONTROL_COUNT",
+     {"コントロール数", "Controls"},
      [](ClassRecords& c, std::int32_t v) {
        c.ControlCount = std::clamp(v, 0, kMostClassControls);
      }},
-    {"RES_META_COURSE_NUMBER", [](ClassRecords& c, std::int32_t v) { c.CourseNum = v; }},
+    {"RES_META_COURSE_NUMBER",
+     {"コース番号", "Course number"},
+     [](ClassRecords& c, std::int32_t v) { c.CourseNum = v; }},
 }};
 
-// The labels of a table of rules in the language of the resources.
+struct Label {
+  std::string text;
+  std::size_t rule;  // its position in the table
+};
+
 template <typename Rules>
-std::vector<std::string> LabelsOf(const Rules& rules) {
-  std::vector<std::string> labels;
-  labels.reserve(rules.size());
-  for (const auto& rule : rules) labels.push_back(ResourceText(rule.label_key));
+std::vector<Label> LabelsOf(const Rules& rules) {
+  std::vector<Label> labels;
+  for (std::size_t i = 0; i < rules.size(); ++i) {
+    labels.push_back({ResourceText(rules[i].label_key), i});
+    for (const std::string_view word : rules[i].words) labels.push_back({std::string(word), i});
+  }
   return labels;
 }
 
-// The position of the label that the text begins with, with "=" behind it; cuts both off.
-std::optional<std::size_t> TakeLabel(std::string_view& text,
-                                     const std::vector<std::string>& labels) {
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    const std::string& label = labels[i];
-    if (label.empty() || !text.starts_with(label)) continue;
-    if (text.substr(label.size(), 1) != "=") continue;
-    text.remove_prefix(label.size() + 1);
-    return i;
+// The rule of the label that the text begins with, with "=" behind it; cuts both off.
+std::optional<std::size_t> TakeLabel(std::string_view& text, const std::vector<Label>& labels) {
+  for (const Label& label : labels) {
+    const std::size_t size = label.text.size();
+    if (size == 0 || !text.starts_with(label.text) || text.substr(size, 1) != "=") continue;
+    text.remove_prefix(size + 1);
+    return label.rule;
   }
   return std::nullopt;
 }
 
+bool HasOneCell(const CsvLine& line) {
+  std::size_t filled = 0;
+  CellWalker cells(line.Text, line.Separator);
+  while (cells.Next() && filled < 2) filled += cells.Cell().empty() ? 0 : 1;
+  return filled == 1;
+}
+
+// The cell of a line that has but one.
+std::string_view OnlyCell(const CsvLine& line) {
+  CellWalker cells(line.Text, line.Separator);
+  while (cells.Next() && cells.Cell().empty()) {
+  }
+  return cells.Cell();
+}
+
 // --- the reader ---
+
+// Finds texts by views of them.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>{}(text);
+  }
+};
 
 // Cells of a line by column, legs aside.
 using Cells = std::array<std::string_view, kCsvColumnCount>;
 
 class Keltrun1Reader {
  public:
+  explicit Keltrun1Reader(NumberMeaning meaning) : meaning_(meaning) {}
+
   ReadResult Read(std::string_view text);
 
+  /// True after Read when a number that can be nothing else showed that others are seconds, too.
+  bool NumbersAreSeconds() const {
+    return only_seconds_.line != 0 && (either_.line != 0 || has_digits_);
+  }
+
  private:
-  struct Line {
-    std::string_view text;
-    std::int32_t number = 0;
-  };
+  bool ReadLine(const CsvLine& line);
 
-  bool ReadLine(const Line& line);
-
-  bool ReadFrontLine(const Line& line);
-  bool ReadMark(const Line& line);
-  bool ReadEventLine(const Line& line);
-  bool ReadClassLine(const Line& line);
-  bool ReadHeader(const Line& line);
-  void ReadTitles(const Line& line);
-  bool ReadListLine(const Line& line);
+  bool ReadFrontLine(const CsvLine& line);
+  bool ReadMark(const CsvLine& line);
+  bool ReadEventLine(const CsvLine& line);
+  bool ReadClassLine(const CsvLine& line);
+  bool ReadHeader(const CsvLine& line);
+  void ReadTitles(const CsvLine& line);
+  bool ReadListLine(const CsvLine& line);
+  void KeepTitle(const CsvLine& line);
   bool FlushTitle();
-  bool ReadRow(const Line& line);
-  void ReadCells(const Line& line, clsLapData& runner);
-  void ReadFields(const Line& line, clsLapData& runner);
-  void ReadLap(const Line& line, std::size_t position, std::int32_t leg, std::string_view cell,
+  bool ReadRow(const CsvLine& line);
+  void ReadCells(const CsvLine& line, clsLapData& runner);
+  void ReadFields(const CsvLine& line, clsLapData& runner);
+  void ReadLap(const CsvLine& line, std::size_t position, std::int32_t leg, std::string_view cell,
                clsLapData& runner);
   std::optional<DateTime> MarkerOf(std::string_view cell) const;
-  std::optional<DateTime> LapOf(std::string_view cell) const;
-  std::string_view ClassOf(const Line& line);
+  void Observe(NumberHint hint, const CsvLine& line, std::size_t column, std::string_view cell);
+  void ReadTotalTime(const CsvLine& line, std::string_view cell, clsLapData& runner);
+  void ReadStartTime(const CsvLine& line, std::string_view cell, clsLapData& runner);
+  std::string_view ClassOf(const CsvLine& line);
   ClassRecords* FindClass(std::string_view name, std::int32_t line);
   bool Stop(std::int32_t line, std::string_view detail);
   void CheckHeaderFound();
+  void CheckTimes();
+  void NoteMeaning();
   void Note(std::int32_t line, std::size_t column, std::string_view subject, std::string_view cell,
             std::string_view consequence) {
     remarks_.Add(RemarkSeverity::kNote, line, static_cast<std::int32_t>(column), subject, cell,
@@ -133,8 +191,8 @@ class Keltrun1Reader {
 
   std::string_view& Cell(CsvColumn column) { return cells_[static_cast<std::size_t>(column)]; }
 
-  const std::vector<std::string> event_labels_ = LabelsOf(kEventRules);
-  const std::vector<std::string> class_labels_ = LabelsOf(kClassRules);
+  const std::vector<Label> event_labels_ = LabelsOf(kEventRules);
+  const std::vector<Label> class_labels_ = LabelsOf(kClassRules);
   const std::string arrow_ = ResourceText("RES_META_RIGHT_ARROW");
   const std::string cross_ = ResourceText("RES_META_CROSS_SYMBOL");
   CsvHeaderReader headers_;
@@ -145,14 +203,27 @@ class Keltrun1Reader {
   std::int32_t skipped_lines_ = 0;  // in front of the first header
   std::optional<CsvHeader> header_;
   bool has_legs_ = false;
+  bool has_times_ = false;  // a header of the text had results or legs
+  std::int32_t first_header_line_ = 0;
+  std::string_view first_header_;
 
-  Line title_;  // in a list: a line with one cell that may name the class below it
-  std::string_view class_title_;  // class of the lines below a header without a class column
-  std::string_view last_class_;
+  CsvLine title_;  // in a list: a line with one cell that may name the class below it
+  std::string title_text_;
+  std::string class_title_;  // class of the lines below a header without a class column
+  std::string last_class_;
   Cells cells_;
-  std::unordered_map<std::string_view, std::size_t>
-      class_positions_;  // names are views of the text
+  std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> class_positions_;
   std::size_t runners_ = 0;
+  std::vector<ListRow> rows_;  // of a list with legs
+
+  struct NumberPlace {
+    std::int32_t line = 0;  // 0: there is none
+    std::int32_t column = 0;
+    std::string cell;
+  };
+  const NumberMeaning meaning_;
+  NumberPlace either_, only_seconds_;
+  bool has_digits_ = false;  // three digits or more
   RemarkList remarks_;
   ReadResult result_;
 };
@@ -165,116 +236,114 @@ bool Keltrun1Reader::Stop(std::int32_t line, std::string_view detail) {
 // The class of a name, made when there is none; null when there are too many.
 ClassRecords* Keltrun1Reader::FindClass(std::string_view name, std::int32_t line) {
   auto& classes = result_.Records.Classes;
-  const auto [found, is_new] = class_positions_.try_emplace(name, classes.size());
-  if (!is_new) return &classes[found->second];
+  const auto found = class_positions_.find(name);
+  if (found != class_positions_.end()) return &classes[found->second];
   if (classes.size() == kMostClasses) {
     Stop(line, kTooManyClasses);
     return nullptr;
   }
+  class_positions_.emplace(name, classes.size());
   classes.emplace_back().Name = name;
   return &classes.back();
 }
 
-bool Keltrun1Reader::ReadMark(const Line& line) {
-  if (!line.text.starts_with(kLapFileMark)) return false;
+bool Keltrun1Reader::ReadMark(const CsvLine& line) {
+  if (!line.Shown.starts_with(kLapFileMark)) return false;
   lap_file_ = true;
   return true;
 }
 
 // Each label counts once, so that a class whose name begins like a label is none.
-bool Keltrun1Reader::ReadEventLine(const Line& line) {
-  std::string_view value = line.text.substr(1);
+bool Keltrun1Reader::ReadEventLine(const CsvLine& line) {
+  std::string_view value = line.Shown.substr(1);
   const auto label = TakeLabel(value, event_labels_);
   if (!label || event_line_seen_[*label]) return false;
   event_line_seen_[*label] = true;
   value = TrimSpaces(value);
   if (!value.empty() && !kEventRules[*label].store(result_.Records, value)) {
-    Warn(line.number, 0, "event date", value, "no date, left out");
+    Warn(line.Number, 0, "event date", value, "no date, left out");
   }
   return true;
 }
 
 // Class names may hold ":", values do not.
-bool Keltrun1Reader::ReadClassLine(const Line& line) {
-  const std::size_t colon = line.text.rfind(':');
+bool Keltrun1Reader::ReadClassLine(const CsvLine& line) {
+  const std::size_t colon = line.Shown.rfind(':');
   if (colon == std::string_view::npos) return false;
-  std::string_view value = line.text.substr(colon + 1);
+  std::string_view value = line.Shown.substr(colon + 1);
   const auto label = TakeLabel(value, class_labels_);
   if (!label) return false;
-  ClassRecords* klass = FindClass(TrimSpaces(line.text.substr(1, colon - 1)), line.number);
+  ClassRecords* klass = FindClass(TrimSpaces(line.Shown.substr(1, colon - 1)), line.Number);
   if (klass == nullptr) return true;
   value = TrimSpaces(value);
   if (!value.empty() && !NumericValue(value)) {
-    Warn(line.number, 0, "value of a class", value, "no number, the digits at its start count");
+    Warn(line.Number, 0, "value of a class", value, "no number, the digits at its start count");
   }
   kClassRules[*label].store(*klass, LeadingLong(value));
   return true;
 }
 
-void Keltrun1Reader::ReadTitles(const Line& line) {
+void Keltrun1Reader::ReadTitles(const CsvLine& line) {
   has_legs_ = lap_file_ || header_->Controls > 0;
+  has_times_ = has_times_ || has_legs_ || header_->Has(CsvColumn::kTotalTime);
+  if (first_header_line_ == 0) {
+    first_header_line_ = line.Number;
+    first_header_ = line.Shown;
+  }
   if (!has_legs_ && header_->Legs > 0) {
-    Note(line.number, 0, "column", "F", "no leg without numbered ones, not used");
+    Note(line.Number, 0, "column", "F", "no leg without numbered ones, not used");
   }
   for (std::size_t i = 0; i < header_->Titles.size(); ++i) {
     const CsvTitle& title = header_->Titles[i];
     if (title.Column == CsvColumn::kOther && !title.Text.empty()) {
-      Note(line.number, i + 1, "column", title.Text, "not used");
+      Note(line.Number, i + 1, "column", title.Text, "not used");
     } else if (title.Leg > clsLapData::kMostLegs) {
-      Warn(line.number, i + 1, "leg", title.Text, "legs above 50 are dropped");
+      Warn(line.Number, i + 1, "leg", title.Text, "legs above 50 are dropped");
     }
   }
   if (lap_file_ || header_->Has(CsvColumn::kClass)) return;
-  if (title_.number != 0) {
-    class_title_ = title_.text;
-    Note(title_.number, 0, "title", class_title_, "taken as the class of the lines below");
+  if (title_.Number != 0) {
+    class_title_ = OnlyCell(title_);
+    Note(title_.Number, 0, "title", class_title_, "taken as the class of the lines below");
   } else {
-    Note(line.number, 0, "header without classes", class_title_,
+    Note(line.Number, 0, "header without classes", class_title_,
          class_title_.empty() ? "the class has no name" : "taken as the class of the lines below");
   }
 }
 
 // In a lap file headers stand below a blank line: a runner may be called like a title.
-bool Keltrun1Reader::ReadHeader(const Line& line) {
+bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   if (lap_file_ && header_ && !after_break_) return false;
-  auto header = headers_.Read(line.text);
+  auto header = headers_.Read(line.Text, line.Separator);
   if (!header) return false;
   header_ = std::move(*header);
   ReadTitles(line);
   title_ = {};
-  last_class_ = {};
+  last_class_.clear();
   return true;
-}
-
-bool HasOneCell(std::string_view line) {
-  std::size_t filled = 0;
-  CellWalker cells(line);
-  while (cells.Next() && filled < 2) filled += cells.Cell().empty() ? 0 : 1;
-  return filled == 1;
-}
-
-// The cell of a line that has but one.
-std::string_view OnlyCell(std::string_view line) {
-  CellWalker cells(line);
-  while (cells.Next() && cells.Cell().empty()) {
-  }
-  return cells.Cell();
 }
 
 // A line with one cell waits for the next one: above a header it is a title.
-bool Keltrun1Reader::ReadListLine(const Line& line) {
+bool Keltrun1Reader::ReadListLine(const CsvLine& line) {
   if (!FlushTitle()) return false;
-  if (!HasOneCell(line.text)) return ReadRow(line);
-  title_ = line;
+  if (!HasOneCell(line)) return ReadRow(line);
+  KeepTitle(line);
   return true;
 }
 
+void Keltrun1Reader::KeepTitle(const CsvLine& line) {
+  title_text_ = line.Text;
+  title_ = line;
+  title_.Text = title_text_;
+}
+
 bool Keltrun1Reader::FlushTitle() {
-  if (title_.number == 0) return true;
-  const Line line = std::exchange(title_, {});
-  const bool is_row = header_->Titles.size() == 1 || line.text.find(',') != std::string_view::npos;
+  if (title_.Number == 0) return true;
+  const CsvLine line = std::exchange(title_, {});
+  const bool is_row =
+      header_->Titles.size() == 1 || line.Text.find(line.Separator) != std::string_view::npos;
   if (is_row) return ReadRow(line);
-  Warn(line.number, 0, "line", line.text, "a single cell is no runner, skipped");
+  Warn(line.Number, 0, "line", line.Shown, "a single cell is no runner, skipped");
   return true;
 }
 
@@ -298,33 +367,36 @@ std::optional<DateTime> Keltrun1Reader::MarkerOf(std::string_view cell) const {
   return std::nullopt;
 }
 
-// A time, a marker, or nullopt for a text that is neither.
-std::optional<DateTime> Keltrun1Reader::LapOf(std::string_view cell) const {
-  constexpr DateTime kNoTime = -10;
-  if (const auto marker = MarkerOf(cell)) return marker;
-  if (const auto time = CellTime(cell)) return time;
-  const DateTime time =
-      cell.front() == '-' ? ParseSignedTime(cell, false, false, kNoTime) : ParseTime(cell, kNoTime);
-  if (time == kNoTime) return std::nullopt;
-  return time;
+// Keeps the first number that can be read in two ways, and the first that tells in which.
+void Keltrun1Reader::Observe(NumberHint hint, const CsvLine& line, std::size_t column,
+                             std::string_view cell) {
+  if (hint == NumberHint::kDigits) has_digits_ = true;
+  if (hint != NumberHint::kSeconds && hint != NumberHint::kEither) return;
+  NumberPlace& place = hint == NumberHint::kSeconds ? only_seconds_ : either_;
+  if (place.line == 0) place = {line.Number, static_cast<std::int32_t>(column), std::string(cell)};
 }
 
-void Keltrun1Reader::ReadLap(const Line& line, std::size_t position, std::int32_t leg,
+void Keltrun1Reader::ReadLap(const CsvLine& line, std::size_t position, std::int32_t leg,
                              std::string_view cell, clsLapData& runner) {
   // In a list the legs end with the last one that is filled.
   if (leg > clsLapData::kMostLegs || (cell.empty() && !lap_file_)) return;
-  const std::optional<DateTime> lap = LapOf(cell);
-  if (!lap) Warn(line.number, position + 1, "leg", cell, "no time, the leg has no data");
-  runner.SetLap(leg, lap.value_or(kTimeNoData));
+  if (const auto marker = MarkerOf(cell)) {
+    runner.SetLap(leg, *marker);
+    return;
+  }
+  const CellValue value = ReadCellTime(cell, meaning_);
+  Observe(value.Hint, line, position + 1, cell);
+  if (!value.Time) Warn(line.Number, position + 1, "leg", cell, "no time, the leg has no data");
+  runner.SetLap(leg, value.Time.value_or(kTimeNoData));
 }
 
 // Of two columns with one meaning the first that is filled counts. In a lap file the legs go on
 // behind the last title, as a class whose number of controls is not known has only one.
-void Keltrun1Reader::ReadCells(const Line& line, clsLapData& runner) {
+void Keltrun1Reader::ReadCells(const CsvLine& line, clsLapData& runner) {
   cells_.fill({});
   std::int32_t leg = 0;
   bool has_extra = false;
-  CellWalker cells(line.text);
+  CellWalker cells(line.Text, line.Separator);
   while (cells.Next()) {
     const std::size_t position = cells.Position();
     const bool titled = position < header_->Titles.size();
@@ -336,7 +408,7 @@ void Keltrun1Reader::ReadCells(const Line& line, clsLapData& runner) {
       ReadLap(line, position, ++leg, cells.Cell(), runner);
     } else if (!titled && !has_extra && !cells.Cell().empty()) {
       has_extra = true;
-      Warn(line.number, position + 1, "cell", cells.Cell(),
+      Warn(line.Number, position + 1, "cell", cells.Cell(),
            "beyond the header, dropped with all that follow");
     } else if (Cell(column).empty()) {
       Cell(column) = cells.Cell();
@@ -344,76 +416,97 @@ void Keltrun1Reader::ReadCells(const Line& line, clsLapData& runner) {
   }
 }
 
-std::optional<DateTime> StartTimeOf(std::string_view cell) {
-  auto time = ParseDateTime(cell);
-  if (!time) time = ParseDateTime(NormalizeTimeText(cell, Digits::kClock));
-  if (time && *time >= 0 && *time < 1) return time;
-  return std::nullopt;
+bool BeginsLikeNumber(std::string_view text) {
+  if (!text.empty() && std::string_view("+-.").find(text.front()) != std::string_view::npos) {
+    text.remove_prefix(1);
+  }
+  return !text.empty() && IsDigit(text.front());
 }
 
-void Keltrun1Reader::ReadFields(const Line& line, clsLapData& runner) {
+// A text that is no time stays, such as a status. Some numbers the record would take for a count of
+// days.
+void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, clsLapData& runner) {
+  const CellValue value = ReadCellTime(cell, meaning_);
+  if (value.Time) {
+    Observe(value.Hint, line, 0, cell);
+    runner.SetResult(ResultText(*value.Time, value.HasFraction));
+    return;
+  }
+  runner.SetResult(cell == kNotAvailable ? std::string_view(cross_) : cell);
+  if (!BeginsLikeNumber(cell)) return;
+  const bool is_text = runner.Result() != kDisqualified && ParseTime(runner.Result(), -1) < 0;
+  Warn(line.Number, 0, "result", cell,
+       is_text ? "no time, kept as a text" : "no time, the runner has no result");
+  if (!is_text) runner.SetResult("");
+}
+
+void Keltrun1Reader::ReadStartTime(const CsvLine& line, std::string_view cell, clsLapData& runner) {
+  if (cell.empty()) return;
+  if (const auto time = CellClock(cell)) {
+    runner.StartTime()->SetValue(*time);
+  } else if (MarkerOf(cell) != kTimeNoData) {
+    Warn(line.Number, 0, "start time", cell, "no time of day, left out");
+  }
+}
+
+void Keltrun1Reader::ReadFields(const CsvLine& line, clsLapData& runner) {
   runner.RunnerName = Cell(CsvColumn::kName);
   runner.ClubName = Cell(CsvColumn::kClub);
   runner.Rank = Cell(CsvColumn::kRank);
   runner.Seed = Cell(CsvColumn::kSeed);
   runner.Sex = Cell(CsvColumn::kSex);
   runner.Age = Cell(CsvColumn::kAge);
-  const std::string_view result = Cell(CsvColumn::kTotalTime);
-  runner.SetResult(result == kNotAvailable ? std::string_view(cross_) : result);
+  ReadTotalTime(line, Cell(CsvColumn::kTotalTime), runner);
   const std::string_view number = Cell(CsvColumn::kStartNumber);
   if (!number.empty() && !NumericValue(number)) {
-    Warn(line.number, 0, "start number", number, "no number, the digits at its start count");
+    Warn(line.Number, 0, "start number", number, "no number, the digits at its start count");
   }
   runner.ID = LeadingLong(number);
-  const std::string_view start = Cell(CsvColumn::kStartTime);
-  if (start.empty()) return;
-  if (const auto time = StartTimeOf(start)) {
-    runner.StartTime()->SetValue(*time);
-  } else if (LapOf(start) != kTimeNoData) {
-    Warn(line.number, 0, "start time", start, "no time of day, left out");
-  }
+  ReadStartTime(line, Cell(CsvColumn::kStartTime), runner);
 }
 
 // The class of the line whose cells were read last. In a list an empty cell repeats the one above.
-std::string_view Keltrun1Reader::ClassOf(const Line& line) {
+std::string_view Keltrun1Reader::ClassOf(const CsvLine& line) {
   const std::string_view name = Cell(CsvColumn::kClass);
   if (lap_file_ || !name.empty()) return last_class_ = name;
   if (!header_->Has(CsvColumn::kClass)) return class_title_;
-  Note(line.number, 0, "class", last_class_, "taken from the line above");
+  Note(line.Number, 0, "class", last_class_, "taken from the line above");
   return last_class_;
 }
 
 // False when reading ends: the event is larger than events are.
-bool Keltrun1Reader::ReadRow(const Line& line) {
+bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   auto runner = std::make_shared<clsLapData>();
   ReadCells(line, *runner);
   if (!lap_file_ && Cell(CsvColumn::kName).empty()) {
-    Warn(line.number, 0, "line", line.text, "names no runner, skipped");
+    Warn(line.Number, 0, "line", line.Shown, "names no runner, skipped");
     return true;
   }
-  if (++runners_ > kMostRunners) return Stop(line.number, kTooManyRunners);
+  if (++runners_ > kMostRunners) return Stop(line.Number, kTooManyRunners);
   ReadFields(line, *runner);
-  ClassRecords* klass = FindClass(ClassOf(line), line.number);
+  ClassRecords* klass = FindClass(ClassOf(line), line.Number);
   if (klass == nullptr) return false;
   const std::int32_t legs = lap_file_ ? header_->Legs : runner->LegCount();
   klass->LegsSeen = std::max(klass->LegsSeen, std::min(legs, clsLapData::kMostLegs));
+  if (!lap_file_ && has_legs_) rows_.push_back({line.Number, runner.get()});
   klass->Runners.push_back(std::move(runner));
   return true;
 }
 
 // A line in front of the header that begins with "$".
-bool Keltrun1Reader::ReadFrontLine(const Line& line) {
+bool Keltrun1Reader::ReadFrontLine(const CsvLine& line) {
   if (ReadMark(line) || ReadEventLine(line)) return true;
   if (ReadClassLine(line)) return !result_.Error;
-  Warn(line.number, 0, "line", line.text, "not understood, skipped");
+  Warn(line.Number, 0, "line", line.Shown, "not understood, skipped");
   return true;
 }
 
-bool Keltrun1Reader::ReadLine(const Line& line) {
-  if (!header_ && line.text.starts_with('$')) return ReadFrontLine(line);
+bool Keltrun1Reader::ReadLine(const CsvLine& line) {
+  if (!header_ && line.Shown.starts_with('$')) return ReadFrontLine(line);
   if (ReadHeader(line)) return true;
   if (header_) return lap_file_ ? ReadRow(line) : ReadListLine(line);
-  title_ = HasOneCell(line.text) ? Line{OnlyCell(line.text), line.number} : Line{};
+  title_ = {};
+  if (HasOneCell(line)) KeepTitle(line);
   ++skipped_lines_;
   return true;
 }
@@ -429,22 +522,57 @@ void Keltrun1Reader::CheckHeaderFound() {
   }
 }
 
+// A list without results and legs shows no event: one of starts, or of punches one a line.
+void Keltrun1Reader::CheckTimes() {
+  constexpr std::size_t kShownUnits = 200;
+  if (result_.Error || !header_ || lap_file_ || has_times_) return;
+  Stop(first_header_line_,
+       "the list has no column of results and none of legs; its header line is \"" +
+           std::string(Utf16Prefix(first_header_, kShownUnits)) +
+           "\"; it needs a column such as TIME or 記録, or one for each leg: 1, 2, ... F");
+  result_.Records = {};
+}
+
+void Keltrun1Reader::NoteMeaning() {
+  if (meaning_ == NumberMeaning::kSeconds) {
+    remarks_.AddFirst(only_seconds_.line, only_seconds_.column, "number", only_seconds_.cell,
+                      "can only be seconds, so all numbers of the list are");
+  } else if (either_.line != 0) {
+    remarks_.AddFirst(
+        either_.line, either_.column, "number", either_.cell,
+        "taken as minutes and seconds, since no number of the list can only be seconds");
+  }
+}
+
 ReadResult Keltrun1Reader::Read(std::string_view text) {
   bool goes_on = true;
-  for (LineCursor lines(text); goes_on && !lines.AtEnd(); lines.Next()) {
-    const std::string_view line = TrimSpaces(lines.Line());
-    const bool blank = IsBlankLine(line);
-    if (!blank) goes_on = ReadLine({line, lines.Number()});
+  const CsvForm form = FindCsvForm(text, headers_);
+  for (CsvLineCursor lines(text, form, remarks_); goes_on && !lines.AtEnd(); lines.Next()) {
+    const CsvLine& line = lines.Line();
+    const bool blank = IsBlankLine(line.Text, line.Separator);
+    if (!blank) goes_on = ReadLine(line);
     after_break_ = blank;
   }
   if (goes_on && header_ && !lap_file_) goes_on = FlushTitle();
   if (goes_on) CheckHeaderFound();
+  CheckTimes();
+  TurnSplitsIntoLaps(rows_, remarks_);
+  NoteMeaning();
   result_.Remarks = remarks_.Take();
   return std::move(result_);
 }
 
 }  // namespace
 
-ReadResult ReadKeltrun1(std::string_view text) { return Keltrun1Reader().Read(text); }
+// Numbers that can be read in two ways are read in one way throughout a text. Few texts hold one
+// that shows that all are seconds; they are read once more.
+ReadResult ReadKeltrun1(std::string_view text) {
+  {
+    Keltrun1Reader reader(NumberMeaning::kMinutesSeconds);
+    ReadResult result = reader.Read(text);
+    if (!reader.NumbersAreSeconds()) return result;
+  }
+  return Keltrun1Reader(NumberMeaning::kSeconds).Read(text);
+}
 
 }  // namespace keltrun

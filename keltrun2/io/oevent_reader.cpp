@@ -133,7 +133,9 @@ class OEventReader {
     const auto runner = std::make_shared<clsLapData>();
     runner->Rank = Without(row.Field(kRankField), '.');
     runner->RunnerName = row.Field(kNameField);
-    runner->SetResult(NormalizeTimeText(row.Field(kResultField), Digits::kElapsed));
+    const CellValue result = ReadCellTime(row.Field(kResultField));
+    runner->SetResult(result.Time ? ResultText(*result.Time, result.HasFraction)
+                                  : NormalizeTimeText(row.Field(kResultField), Digits::kElapsed));
     line_.Next();
     const Splits splits = ReadSplitRows(*runner);
     ClassRecords& klass = result_.Records.Classes.back();

@@ -573,8 +573,9 @@ class SportIdentReader {
   }
 
   std::string ReadResultCell(std::string_view cell, const clsLapData& runner) {
-    std::string text = NormalizeTimeText(cell, Digits::kElapsed);
-    if (NormalizedTime(text)) return text;
+    const CellValue value = ReadCellTime(cell);
+    if (value.Time) return ResultText(*value.Time, value.HasFraction);
+    const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
     if (text == kDnf.word) return std::string(kDnf.result);
     if (text == kMispunch.word) return MispunchResult(runner);
     if (text != kDisqualified.word) {

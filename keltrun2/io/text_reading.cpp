@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "keltrun2/model/time_text.h"
+#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
 #include "keltrun2/text/utf16.h"
 #include "keltrun2/text/width.h"
 
@@ -35,6 +37,112 @@ std::optional<DateTime> PlainTime(std::string_view cell) {
     seconds = seconds * 60 + (rest[1] - '0') * 10 + (rest[2] - '0');
   }
   return Canonical(seconds / kSecondsPerDay);
+}
+
+// A cell as its notation is looked at: half width, without a remark in parentheses behind it.
+std::string_view TimePart(std::string_view cell, std::string& folded) {
+  if (!IsAscii(cell)) cell = folded = ToHalfWidth(cell);
+  return TrimSpaces(cell.substr(0, cell.find('(')));
+}
+
+// More digits are the number of a card or of a runner.
+constexpr std::size_t kMostTimeDigits = 6;
+
+bool IsTwoDigitsBelow60(std::string_view text) {
+  return text.size() == 2 && IsDigits(text) && text[0] <= '5';
+}
+
+// "12.34" as its two parts; the first may be empty. nullopt when it is no such number.
+std::optional<std::pair<std::string_view, std::string_view>> DecimalParts(std::string_view text) {
+  const std::size_t point = text.find('.');
+  if (point == std::string_view::npos || point + 1 == text.size()) return std::nullopt;
+  const std::pair parts{text.substr(0, point), text.substr(point + 1)};
+  if (!IsDigits(parts.first) || !IsDigits(parts.second)) return std::nullopt;
+  return parts;
+}
+
+std::optional<DateTime> NormalizedTime(std::string_view text) {
+  const std::string normal = NormalizeTimeText(text, Digits::kElapsed);
+  if (!IsTimeText(normal)) return std::nullopt;
+  const DateTime time = ParseSignedTime(normal, false, false, -1);
+  if (time < 0) return std::nullopt;
+  return time;
+}
+
+CellValue DigitsTime(std::string_view digits, NumberMeaning numbers) {
+  if (digits.size() > kMostTimeDigits) return {};
+  const bool only_seconds = digits.size() <= 2;
+  const NumberHint hint = only_seconds ? NumberHint::kNone : NumberHint::kDigits;
+  if (only_seconds || numbers == NumberMeaning::kSeconds) {
+    return {Canonical(NumericLong(digits) / kSecondsPerDay), false, hint};
+  }
+  return {NormalizedTime(digits), false, hint};
+}
+
+CellValue DecimalTime(std::string_view whole, std::string_view decimals, NumberMeaning numbers) {
+  if (whole.size() > kMostTimeDigits) return {};
+  const std::int32_t number = NumericLong(whole);
+  const bool either = !whole.empty() && IsTwoDigitsBelow60(decimals);
+  if (either && numbers == NumberMeaning::kMinutesSeconds) {
+    const double seconds = number * 60.0 + NumericLong(decimals);
+    return {Canonical(seconds / kSecondsPerDay), false, NumberHint::kEither};
+  }
+  const double seconds = number + ParseFraction(decimals).value_or(0);
+  return {Canonical(seconds / kSecondsPerDay), true,
+          either ? NumberHint::kEither : NumberHint::kSeconds};
+}
+
+// "h.mm.ss" with colons, any other text as it is.
+std::string WithColons(std::string_view text) {
+  std::string colons(text);
+  if (text.size() < 7 || !IsTwoDigitsBelow60(text.substr(text.size() - 2))) return colons;
+  const std::size_t first = text.size() - 6;
+  const std::size_t second = text.size() - 3;
+  if (text[first] != '.' || text[second] != '.' || !IsDigits(text.substr(0, first))) return colons;
+  colons[first] = colons[second] = ':';
+  return colons;
+}
+
+// Notations with separators.
+CellValue SeparatedTime(std::string_view text) {
+  const std::size_t point = text.find('.');
+  const std::string_view whole = text.substr(0, point);
+  const bool has_fraction = point != std::string_view::npos && point + 1 < text.size() &&
+                            whole.find(':') != std::string_view::npos &&
+                            IsDigits(text.substr(point + 1));
+  if (!has_fraction) return {NormalizedTime(WithColons(text))};
+  const auto time = NormalizedTime(whole);
+  if (!time) return {};
+  const double fraction = ParseFraction(text.substr(point + 1)).value_or(0);
+  return {Canonical(*time + fraction / kSecondsPerDay), true};
+}
+
+// A number as a time of day; nullopt when it is none.
+std::optional<DateTime> NumberClock(std::string_view number) {
+  if (IsDigits(number) && number.size() <= kMostTimeDigits) {
+    return ParseDateTime(NormalizeTimeText(number, Digits::kClock));
+  }
+  const auto parts = DecimalParts(number);
+  if (!parts || parts->second.size() != 2) return std::nullopt;
+  return ParseDateTime(std::string(parts->first) + ":" + std::string(parts->second));
+}
+
+std::optional<DateTime> AnyClock(std::string_view text) {
+  if (const auto time = ParseFinishTime(text)) return time;
+  if (NumericValue(text)) return NumberClock(text);
+  if (const auto time = ParseDateTime(WithColons(text))) return time;
+  return ParseDateTime(NormalizeTimeText(text, Digits::kClock));
+}
+
+std::string RemarkText(std::string_view subject, std::string_view cell,
+                       std::string_view consequence) {
+  std::string text(subject);
+  if (!cell.empty()) {
+    const std::string_view shown = Utf16Prefix(cell, kShownUnits);
+    text.append(" \"").append(shown).append(shown.size() < cell.size() ? "...\"" : "\"");
+  }
+  text.append(": ").append(consequence);
+  return text;
 }
 
 }  // namespace
@@ -71,13 +179,17 @@ void RemarkList::Add(RemarkSeverity severity, std::int32_t line, std::int32_t co
     ++more_;
     return;
   }
-  std::string text(subject);
-  if (!cell.empty()) {
-    const std::string_view shown = Utf16Prefix(cell, kShownUnits);
-    text.append(" \"").append(shown).append(shown.size() < cell.size() ? "...\"" : "\"");
+  remarks_.push_back({line, column, severity, RemarkText(subject, cell, consequence)});
+}
+
+void RemarkList::AddFirst(std::int32_t line, std::int32_t column, std::string_view subject,
+                          std::string_view cell, std::string_view consequence) {
+  if (remarks_.size() >= kMost) {
+    remarks_.pop_back();
+    ++more_;
   }
-  text.append(": ").append(consequence);
-  remarks_.push_back({line, column, severity, std::move(text)});
+  remarks_.insert(remarks_.begin(),
+                  {line, column, RemarkSeverity::kNote, RemarkText(subject, cell, consequence)});
 }
 
 std::vector<LoadRemark> RemarkList::Take() {
@@ -99,16 +211,30 @@ std::size_t BlankControlCharacters(std::string& text) {
   return static_cast<std::size_t>(count);
 }
 
-std::optional<DateTime> CellTime(std::string_view cell) {
-  if (const auto plain = PlainTime(cell)) return plain;
-  return NormalizedTime(NormalizeTimeText(cell, Digits::kElapsed));
+CellValue ReadCellTime(std::string_view cell, NumberMeaning numbers) {
+  if (const auto plain = PlainTime(cell)) return {plain};
+  std::string folded;
+  const std::string_view text = TimePart(cell, folded);
+  if (text.find_first_of("0123456789") == std::string_view::npos) return {};
+  if (IsDigits(text)) return DigitsTime(text, numbers);
+  if (const auto parts = DecimalParts(text))
+    return DecimalTime(parts->first, parts->second, numbers);
+  if (NumericValue(text) || text.front() == '-') return {};  // a sign or an exponent
+  return SeparatedTime(text);
 }
 
-std::optional<DateTime> NormalizedTime(std::string_view normalized) {
-  if (!IsTimeText(normalized)) return std::nullopt;
-  const DateTime time = ParseSignedTime(normalized, false, false, -1);
-  if (time < 0) return std::nullopt;
-  return time;
+std::optional<DateTime> CellTime(std::string_view cell) { return ReadCellTime(cell).Time; }
+
+std::string ResultText(DateTime time, bool has_fraction) {
+  // From a day on tenths would stand behind the time of day.
+  return FormatTime(time, "h\\:nn\\:ss", has_fraction && time < 1);
+}
+
+std::optional<DateTime> CellClock(std::string_view cell) {
+  std::string folded;
+  const auto time = AnyClock(TimePart(cell, folded));
+  if (time && *time >= 0 && *time < 1) return time;
+  return std::nullopt;
 }
 
 std::optional<DateTime> HeaderDate(std::string_view text) {

@@ -47,6 +47,10 @@ class RemarkList {
   void Add(RemarkSeverity severity, std::int32_t line, std::int32_t column,
            std::string_view subject, std::string_view cell, std::string_view consequence);
 
+  /// Adds a note on the text as a whole in front of all others.
+  void AddFirst(std::int32_t line, std::int32_t column, std::string_view subject,
+                std::string_view cell, std::string_view consequence);
+
   /// The remarks, a last one saying how many more there were.
   std::vector<LoadRemark> Take();
 
@@ -60,12 +64,41 @@ class RemarkList {
 /// the XML of a lap file could not hold it.
 std::size_t BlankControlCharacters(std::string& text);
 
-/// An elapsed time in any notation (NormalizeTimeText), never negative; nullopt for everything that
-/// is none.
+/// What the numbers of a text mean where they could mean either.
+enum class NumberMeaning : std::int32_t {
+  kMinutesSeconds,  // "9.05" is 9 min 5 s, "1234" is 12 min 34 s
+  kSeconds,         // "9.05" is 9.05 s, "1234" is 1,234 s
+};
+
+/// What a cell says about the numbers of its text.
+enum class NumberHint : std::int32_t {
+  kNone,
+  kDigits,   // three digits or more: as the other numbers
+  kEither,   // digits, a point and two digits below 60
+  kSeconds,  // other decimals: seconds
+};
+
+/// An elapsed time as a cell holds it.
+struct CellValue {
+  std::optional<DateTime> Time;  // never negative; nullopt for everything that is no time
+  bool HasFraction = false;      // written with decimals of a second
+  NumberHint Hint = NumberHint::kNone;
+};
+
+/// Reads an elapsed time: any notation of NormalizeTimeText, hours of any number, decimals of a
+/// second of which three count, h.mm.ss, m.ss, or a number of seconds.
+CellValue ReadCellTime(std::string_view cell,
+                       NumberMeaning numbers = NumberMeaning::kMinutesSeconds);
+
+/// The time of ReadCellTime.
 std::optional<DateTime> CellTime(std::string_view cell);
 
-/// The same for a cell whose normalised text is known.
-std::optional<DateTime> NormalizedTime(std::string_view normalized);
+/// The text that clsLapData::SetResult stores for the time.
+std::string ResultText(DateTime time, bool has_fraction);
+
+/// A time of day: h:mm, h:mm:ss, with decimals of a second too, h.mm, h.mm.ss, or one to six digits
+/// that count from the hours.
+std::optional<DateTime> CellClock(std::string_view cell);
 
 /// A date and time of a file header, full-width characters allowed.
 std::optional<DateTime> HeaderDate(std::string_view text);

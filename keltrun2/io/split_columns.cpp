@@ -1,0 +1,76 @@
+#include "keltrun2/io/split_columns.h"
+
+#include <cmath>
+#include <string>
+
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/time_values.h"
+
+namespace keltrun {
+namespace {
+
+// Results may hold tenths that whole seconds of a split do not.
+bool IsSameTime(DateTime a, DateTime b) { return std::fabs(a - b) * kSecondsPerDay < 1; }
+
+enum class Meaning { kUnknown, kLaps, kSplits };
+
+// Laps never take longer than the result together, which tells where the finish has no time.
+Meaning MeaningOf(const clsLapData& runner) {
+  const DateTime result = ParseTime(runner.Result(), 0);
+  if (!(result > 0)) return Meaning::kUnknown;
+  int times = 0;
+  bool ascend = true;
+  DateTime last = 0;
+  DateTime sum = 0;
+  for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(runner); ++leg) {
+    const DateTime time = LapDataInternal::Lap(runner, leg);
+    if (!(time > 0)) continue;
+    ++times;
+    ascend = ascend && time >= last;
+    last = time;
+    sum += time;
+  }
+  if (times < 2) return Meaning::kUnknown;
+  if (!ascend) return Meaning::kLaps;
+  if (IsSameTime(last, result)) return Meaning::kSplits;
+  if (IsSameTime(sum, result)) return Meaning::kLaps;
+  return last < result && sum > result ? Meaning::kSplits : Meaning::kUnknown;
+}
+
+// A leg behind one without a time takes both together.
+void TurnRow(const ListRow& row, RemarkList& remarks) {
+  DateTime before = 0;
+  for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*row.Runner); ++leg) {
+    const DateTime split = LapDataInternal::Lap(*row.Runner, leg);
+    if (!(split > 0)) continue;
+    if (split < before) {
+      remarks.Add(RemarkSeverity::kWarning, row.Line, 0, "split", CompactTime(split),
+                  "smaller than the one before, leg " + std::to_string(leg) + " has no data");
+      row.Runner->SetLap(leg, kTimeNoData);
+      continue;
+    }
+    row.Runner->SetLap(leg, Canonical(split - before));
+    before = split;
+  }
+}
+
+}  // namespace
+
+void TurnSplitsIntoLaps(const std::vector<ListRow>& rows, RemarkList& remarks) {
+  std::size_t all = 0;
+  std::size_t splits = 0;
+  for (const ListRow& row : rows) {
+    const Meaning meaning = MeaningOf(*row.Runner);
+    all += meaning == Meaning::kUnknown ? 0 : 1;
+    splits += meaning == Meaning::kSplits ? 1 : 0;
+  }
+  if (splits * 2 <= all) return;
+  for (const ListRow& row : rows) TurnRow(row, remarks);
+  remarks.AddFirst(0, 0, "leg columns", "",
+                   "taken as splits, since in " + std::to_string(splits) + " of " +
+                       std::to_string(all) +
+                       " rows that tell they ascend to the result; laps are their differences");
+}
+
+}  // namespace keltrun
