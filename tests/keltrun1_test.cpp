@@ -46,6 +46,7 @@ TEST(CsvHeader, NormalizesItsTitles) {
       {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // width is folded in Japanese only
       {en, "氏名,クラス名,合計タイム,STNO", "NAME,CLASS,TOTAL TIME,STNO"},  // both languages
       {ja, "Runner name,Class,Race time,Place", "氏名,クラス,合計タイム,順位"},
+      {en, "氏名,→１,→10,→Ｆ", "CLASS,NAME,\u21921,\u219210,\u2192F"},
       {Mode::kJapaneseMode, "NAME,9,10,F", "クラス,氏名,→９,→10,→F"},
   };
   for (const Case& c : cases) {

@@ -220,7 +220,7 @@ std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line, char separ
     if (const Title* title = FindTitle(folded)) {
       if (!title->normal.empty()) folded = title->normal;
       header.Titles.push_back({title->column, 0, std::move(folded)});
-    } else if (const auto leg = ReadLeg(folded)) {
+    } else if (const auto leg = ReadLeg(ToHalfWidth(folded))) {  // labels of legs may be full width
       header.Controls = std::max({header.Controls, leg->from, leg->to});
       header.Titles.push_back({CsvColumn::kLeg, leg->to, ""});
     } else {

@@ -134,6 +134,7 @@ CsvForm FindCsvForm(std::string_view text, const CsvHeaderReader& headers) {
     std::ptrdiff_t most = 0;
     CsvForm form;
     for (const char separator : {',', ';', '\t'}) {
+      if (separator != ',' && line.Line().find(separator) == std::string_view::npos) continue;
       const std::ptrdiff_t known = KnownTitles(ReadHeader(line, separator, headers));
       if (known > most) form.Separator = separator;
       most = std::max(most, known);

@@ -6,6 +6,7 @@
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/model/time_values.h"
+#include "keltrun2/text/letters.h"
 
 namespace keltrun {
 namespace {
@@ -17,8 +18,8 @@ enum class Meaning { kUnknown, kLaps, kSplits };
 
 // Laps never take longer than the result together, which tells where the finish has no time.
 Meaning MeaningOf(const clsLapData& runner) {
-  const DateTime result = ParseTime(runner.Result(), 0);
-  if (!(result > 0)) return Meaning::kUnknown;
+  // A stored time begins with a digit; it is parsed only for the few rows that need it.
+  if (runner.Result().empty() || !IsDigit(runner.Result().front())) return Meaning::kUnknown;
   int times = 0;
   bool ascend = true;
   DateTime last = 0;
@@ -33,6 +34,7 @@ Meaning MeaningOf(const clsLapData& runner) {
   }
   if (times < 2) return Meaning::kUnknown;
   if (!ascend) return Meaning::kLaps;
+  const DateTime result = ParseTime(runner.Result(), 0);
   if (IsSameTime(last, result)) return Meaning::kSplits;
   if (IsSameTime(sum, result)) return Meaning::kLaps;
   return last < result && sum > result ? Meaning::kSplits : Meaning::kUnknown;
