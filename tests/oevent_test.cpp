@@ -32,7 +32,8 @@ TEST(OEvent, ReadsTheEvents) {
     EXPECT_EQ(read.Records.CreateApplication, "OEvent");
     EXPECT_EQ(FormatDateTime(read.Records.CreateDate.value(), "yyyy/mm/dd hh:nn:ss"),
               facts["create_date"]);
-    EXPECT_TRUE(read.Remarks.empty()) << read.Remarks.front().Text;
+    ASSERT_EQ(read.Remarks.size(), 1U);
+    EXPECT_EQ(read.Remarks[0].Text.substr(0, 16), "clubs: those of ");
     ASSERT_EQ(read.Records.Classes.size(), facts["classes"].size());
     for (std::size_t i = 0; i < facts["classes"].size(); ++i) {
       const ClassRecords& klass = read.Records.Classes[i];
@@ -84,6 +85,10 @@ TEST(OEvent, Rows) {
       {ann + "B\n,Bob,,8,x\n,,,,,\n",
        R"(A 0 [["Ann","1","0:03:00",[]]];B 0 [["Bob","","X",[]]]; E0)"},
       {"A\n ,, \n --------,x\n1.,Ann,,7,3:00", R"(A 0 [["Ann","1","0:03:00",[]]]; E0)"},
+      {"A\n1.,Ann,,7,3:00\n2.,Bob,Club,8,4:00\n,Cid,Club,9,5:00\n",
+       R"(A 0 [["Ann","1","0:03:00",[]],["Bob","2","0:04:00",[]],["Cid","","0:05:00",[]]]; 5:3 E0)"},
+      // Below zero there is no time.
+      {ann + ",,,,,-0:01:00,31,1:00,F\n", R"(A 1 [["Ann","1","0:03:00",[60]]]; 5:6 E0)"},
       {"1.,Ann,,7,3:00\nA\n", " E3"}};
   for (const auto& [lines, expected] : cases) {
     EXPECT_EQ(Read(lines), expected) << lines;

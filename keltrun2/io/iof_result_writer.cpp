@@ -160,13 +160,11 @@ TotalTime GetTotalTime(const clsLapData& runner) {
   return total;
 }
 
-// An official rank that is no number puts the runner outside the competition: "(3)" after the time
-// limit, any other word as a guest. A runner without a result would be judged by his laps, but a
+// An official rank that is no number, "(3)" or a word, puts the runner outside the competition. A
+// runner without a result would be judged by his laps, but a
 // results holder leaves him out.
 std::string_view CompetitorStatus(const clsLapData& runner, bool disqualified) {
-  if (!runner.Rank.empty() && !NumericValue(runner.Rank)) {
-    return runner.Rank.find('(') != std::string::npos ? "OverTime" : "NotCompeting";
-  }
+  if (!runner.Rank.empty() && !NumericValue(runner.Rank)) return "NotCompeting";
   if (ResultTime(runner.Result())) return "OK";
   if (!runner.Result().empty()) return runner.Result() == "DNS" ? "Inactive" : "Disqualified";
   return disqualified ? "Disqualified" : "OK";

@@ -21,6 +21,7 @@ constexpr std::string_view kMissingPunch = "--:--";
 // Fields of a row, from 0.
 constexpr std::size_t kRankField = 0;  // or the class name
 constexpr std::size_t kNameField = 1;
+constexpr std::size_t kClubField = 2;
 constexpr std::size_t kResultField = 4;
 constexpr std::size_t kFirstSplit = 5;  // then every second one
 constexpr std::size_t kLastSplit = 23;
@@ -66,6 +67,10 @@ class OEventReader {
 
   ReadResult Read() {
     if (ReadTitle()) ReadLines();
+    if (clubs_ > 0) {
+      remarks_.Add(RemarkSeverity::kWarning, first_club_line_, kClubField + 1, "clubs", "",
+                   "those of " + std::to_string(clubs_) + " runners are not read, nor are numbers");
+    }
     result_.Remarks = remarks_.Take();
     return std::move(result_);
   }
@@ -126,6 +131,18 @@ class OEventReader {
     return true;
   }
 
+  // A text that is no time stays, such as a status.
+  void ReadTotalTime(std::string_view cell, clsLapData& runner) {
+    const CellValue value = ReadCellTime(cell);
+    if (value.Time) {
+      runner.SetResult(ResultText(*value.Time, value.HasFraction));
+    } else if (IsNegative(cell) && cell.find_first_of("0123456789") != std::string_view::npos) {
+      Warn(kResultField, "result", cell, "is below zero, the runner has no result");
+    } else {
+      runner.SetResult(NormalizeTimeText(cell, Digits::kElapsed));
+    }
+  }
+
   bool ReadRunner(const Row& row) {
     if (result_.Records.Classes.empty()) return Fail("a runner stands before any class line");
     if (runners_ >= kMostRunners) return Fail(kTooManyRunners);
@@ -133,9 +150,8 @@ class OEventReader {
     const auto runner = std::make_shared<clsLapData>();
     runner->Rank = Without(row.Field(kRankField), '.');
     runner->RunnerName = row.Field(kNameField);
-    const CellValue result = ReadCellTime(row.Field(kResultField));
-    runner->SetResult(result.Time ? ResultText(*result.Time, result.HasFraction)
-                                  : NormalizeTimeText(row.Field(kResultField), Digits::kElapsed));
+    ReadTotalTime(row.Field(kResultField), *runner);
+    if (!row.Field(kClubField).empty() && clubs_++ == 0) first_club_line_ = line_.Number();
     line_.Next();
     const Splits splits = ReadSplitRows(*runner);
     ClassRecords& klass = result_.Records.Classes.back();
@@ -215,6 +231,8 @@ class OEventReader {
   ReadResult result_;
   RemarkList remarks_;
   std::size_t runners_ = 0;
+  std::size_t clubs_ = 0;  // runners with a club
+  std::int32_t first_club_line_ = 0;
 };
 
 }  // namespace

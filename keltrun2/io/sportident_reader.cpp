@@ -58,6 +58,7 @@ struct StatusWord {
   std::string_view result;
 };
 constexpr StatusWord kDnf = {"dnf", "DNF"};
+constexpr StatusWord kDns = {"dns", "DNS"};
 constexpr StatusWord kMispunch = {"mp", "MP"};
 constexpr StatusWord kDisqualified = {"disq", "DISQ"};
 
@@ -577,6 +578,7 @@ class SportIdentReader {
     if (value.Time) return ResultText(*value.Time, value.HasFraction);
     const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
     if (text == kDnf.word) return std::string(kDnf.result);
+    if (text == kDns.word) return std::string(kDns.result);
     if (text == kMispunch.word) return MispunchResult(runner);
     if (text != kDisqualified.word) {
       Note(titles_[kTime] + kResultCell.offset, "result", cell, "reads as DISQ");

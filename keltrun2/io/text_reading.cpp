@@ -225,6 +225,11 @@ CellValue ReadCellTime(std::string_view cell, NumberMeaning numbers) {
 
 std::optional<DateTime> CellTime(std::string_view cell) { return ReadCellTime(cell).Time; }
 
+bool IsNegative(std::string_view cell) {
+  const std::string_view text = TrimSpaces(cell);
+  return text.starts_with('-') || text.starts_with("\uFF0D") || text.starts_with("\u2212");
+}
+
 std::string ResultText(DateTime time, bool has_fraction) {
   // From a day on tenths would stand behind the time of day.
   return FormatTime(time, "h\\:nn\\:ss", has_fraction && time < 1);

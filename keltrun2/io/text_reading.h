@@ -100,6 +100,9 @@ std::string ResultText(DateTime time, bool has_fraction);
 /// that count from the hours.
 std::optional<DateTime> CellClock(std::string_view cell);
 
+/// Whether a cell begins with a minus sign of either width: what follows is no elapsed time then.
+bool IsNegative(std::string_view cell);
+
 /// A date and time of a file header, full-width characters allowed.
 std::optional<DateTime> HeaderDate(std::string_view text);
 
