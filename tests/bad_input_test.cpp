@@ -61,11 +61,12 @@ TEST_F(BadInput, DamagedDocumentsAreRefusedWithTheirPlace) {
       {"line 1, column 14", "<keltrun a='A&#4294967296;B'/>"},
       {"line 1, column 13", "<keltrun a='&#xD800;'/>"},
       {"line 1, column 13", "<keltrun a='&#1;'/>"},
-      {"200001 runners",
+      {"more than 200000 runners",
        "<keltrun><classes><c>" + Repeated("<r/>", 200001) + "</c></classes></keltrun>"},
-      {"10001 classes", "<keltrun><classes>" + Repeated("<c/>", 10001) + "</classes></keltrun>"},
-      {"10001 courses", "<keltrun><courses>" + Repeated("<c/>", 10001) + "</courses></keltrun>"},
-      {"tags", "<keltrun>" + Repeated("<a/>", 5000001) + "</keltrun>"},
+      {"more than 10000 classes",
+       "<keltrun><classes>" + Repeated("<c/>", 10001) + "</classes></keltrun>"},
+      {"more than 10000 courses",
+       "<keltrun><courses>" + Repeated("<c/>", 10001) + "</courses></keltrun>"},
       {"nested", Nested(10000) + "</keltrun>"},
       {"line 1, column ", Nested(300000)}};
   for (const auto& [told, bytes] : cases) {

@@ -282,6 +282,13 @@ class NativeFormat : public ::testing::Test {
     return ReadBytes(name);
   }
 
+  // The remarks of the last load, each ended by "|".
+  string Remarks() const {
+    string texts;
+    for (const LoadRemark& remark : root_->FileControl()->LoadRemarks()) texts += remark.Text + "|";
+    return texts;
+  }
+
   TemporaryFolder folder_;
   std::shared_ptr<clsKeltrun2> root_ = NewRoot();
 };
@@ -370,9 +377,10 @@ start="2025/10/18" result=" dnf "/></class></classes></k:keltrun>)");
   EXPECT_EQ(meta->CreateApplication + meta->LastUpdateApplication, "TH");
   EXPECT_EQ(meta->CreateDate, 45948);
   EXPECT_EQ(event->EventDate()->Value() + root_->FileDate() + meta->LastUpdateDate, 0);
-  // Shift-JIS has no "é"; line breaks go, references included; a tab in an attribute is a blank.
+  // A name keeps what Shift-JIS does not have; line breaks go, references included; a tab in an
+  // attribute is a blank.
   EXPECT_EQ(root_->ClassData(1)->ClassName() + "|" + root_->ClassData(1)->FileName(),
-            "?男Ж B|res x");
+            "é男Ж B|res x");
   const auto runner = root_->ClassData(1)->LapData(1);
   EXPECT_EQ(runner->RunnerName + runner->Result(), "éDNF");
   EXPECT_EQ(runner->StartTime()->Value(), 0);
@@ -398,6 +406,93 @@ TEST_F(NativeFormat, AppendingKeepsTheHeaderAndJoinsClassesAndCourses) {
   EXPECT_EQ(root_->CourseCount(), 3);
   EXPECT_EQ(root_->CourseData("4")->ControlCount(), 2);
   EXPECT_EQ(root_->CourseData("5")->ControlCount(), 1);
+  // The class that is spelled otherwise, the two of the file, and the courses that do not count.
+  EXPECT_EQ(
+      Remarks(),
+      "course \"4\": there is a course of that number with other controls before it, which "
+      "counts|course \"5\": there is a course of that number with other controls before it, "
+      "which counts|class \"m 21\": is one with the class \"M 21\" that was there before: the "
+      "runners of both are in it|class \"w\": is one with the class \"W\" that was there "
+      "before: the runners of both are in it|");
+}
+
+TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
+  const Rows<string, string> cases = {
+      {"<event date='soon'/>", R"(date "soon": is no date and is left out)"},
+      {"<meta><file type='create' application='T' date='x'/></meta>",
+       R"(date "x": is no date and is left out)"},
+      {"<courses><course number='1a' controls='51'><control index='x' unit-number='1'/></course>"
+       "</courses>",
+       R"(number "1a": is no number, the digits at its start count|)"
+       R"(controls "51": is no number of controls from 0 to 50, the nearest one counts|)"
+       R"(control "x": has no index from 1 to 50 and is dropped)"},
+      {"<courses><course number='4' controls='1'><control index='2' unit-number='x'/></course>"
+       "</courses>",
+       R"(unit-number "x": is no number, the digits at its start count|)"
+       R"(course "4": has more controls than its attribute "controls" says, they are not used)"},
+      {"<classes><class name='A' controls='60' length='4,5km'/></classes>",
+       R"(controls "60": is no number of controls from 0 to 49, the nearest one counts|)"
+       R"(length "4,5km": is no number, the digits at its start count)"},
+      {"<classes><class name='A'><runner id='2147483648' start='2025/10/18'/></class></classes>",
+       R"(id "2147483648": is no number, the digits at its start count|)"
+       R"(start "2025/10/18": is no time and is left out)"}};
+  for (const auto& [content, expected] : cases) {
+    Load("<keltrun>" + content + "</keltrun>");
+    EXPECT_EQ(Remarks(), expected + "|");
+  }
+  // Negative laps and dates are no laps.
+  const auto runner = Runner(
+      "\n<leg index='1' laptime='-00:03:00'/>\n<leg index='2' laptime='2025/10/18'/>"
+      "<leg index='3' laptime='-'/><leg index='4'/><leg index='51' laptime='0:01:00'/>");
+  EXPECT_EQ(LapsOf(*runner), (std::vector<long>{0, 0, 0, 0}));
+  EXPECT_EQ(Remarks(), R"(laptime "-00:03:00": is no time, the leg has no data|)"
+                       R"(laptime "2025/10/18": is no time, the leg has no data|)"
+                       R"(leg "51": has no index from 1 to 50 and is dropped|)");
+  const auto& remarks = root_->FileControl()->LoadRemarks();
+  EXPECT_EQ(remarks[0].Line * 100 + remarks[0].Column, 201);
+  EXPECT_EQ(remarks[2].Line, 3);
+  for (const auto& [event, file] : kFiles) {
+    EXPECT_TRUE(root_->FileControl()->LoadLapFile(file));
+    EXPECT_EQ(Remarks(), "") << file;
+  }
+}
+
+TEST_F(NativeFormat, ClassesKeepNamesThatShiftJisDoesNotHave) {
+  Load("<keltrun><classes><class name='Ä10'/><class name='Ö10'/></classes></keltrun>");
+  Load(Saved());
+  ASSERT_EQ(root_->ClassCount(), 2);
+  EXPECT_EQ(root_->ClassData(1)->ClassName() + root_->ClassData(2)->ClassName(), "Ä10Ö10");
+  EXPECT_EQ(Remarks(), "");
+}
+
+// What whole seconds or a time of day could not say keeps its fraction and its hours.
+TEST_F(NativeFormat, ShortLapsAndOddStartTimesAreKept) {
+  const Rows<double, string, double> laps = {
+      {0.3, "00:00:00.300", 0.3}, {0.0001, "00:00:00.001", 0.001}, {0.499, "00:00:00.499", 0.499},
+      {0.5, "00:00:01", 1},       {83.4, "00:01:23", 83},          {-2, "X", -2}};
+  for (const auto& [seconds, text, read_back] : laps) {
+    root_->Clear();
+    AddRunner(*root_->AddClass("A"), "Anna", "", {seconds});
+    const string saved = Saved();
+    EXPECT_NE(saved.find("laptime=\"" + text + "\""), string::npos) << text;
+    Load(saved);
+    const double expected = read_back < 0 ? read_back : Seconds(read_back);
+    EXPECT_EQ(root_->ClassData(1)->LapData(1)->Lap(1), Canonical(expected)) << text;
+  }
+  const Rows<double, string> starts = {{36000, "10:00:00"},
+                                       {35999.25, "09:59:59.250"},
+                                       {86400, "24:00:00"},
+                                       {91800.5, "25:30:00.500"},
+                                       {360000, "100:00:00"}};
+  for (const auto& [seconds, text] : starts) {
+    root_->Clear();
+    root_->AddClass("A")->AddLap()->StartTime()->SetValue(Seconds(seconds));
+    const string saved = Saved();
+    EXPECT_NE(saved.find("start=\"" + text + "\""), string::npos) << text;
+    Load(saved);
+    EXPECT_EQ(root_->ClassData(1)->LapData(1)->StartTime()->Value(), Canonical(Seconds(seconds)));
+    EXPECT_EQ(Remarks(), "");
+  }
 }
 
 TEST_F(NativeFormat, NamesAreWrittenWhereTheyAreNeededAndAllowed) {

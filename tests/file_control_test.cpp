@@ -21,45 +21,49 @@ using std::string;
 bool Contains(const string& text, std::string_view part) { return text.find(part) != string::npos; }
 
 TEST(Detection, OfFilesByTheirFirstLines) {
-  const Rows<KrLapFileTypeConst, bool, std::vector<string>> cases = {
+  const Rows<KrLapFileTypeConst, std::vector<string>> cases = {
       {KR_FILETYPE_KELTRUN1,
-       false,
-       {"$LAPFILE Ver=2", "xml $LAPFILE Ver=2;\r\na\r\nb", "$IMPORT_ONLY \r\nNAME\r\nx",
-        "<?XML?>\r\na\r\nb", "Split times of\r\na\r\nb", "a\r\nb\r\nOE2003\r\nc"}},
-      {KR_FILETYPE_IMPORT_ONLY, false, {"$IMPORT_ONLY", "$import_Only\r\nNAME\r\nx"}},
-      {KR_FILETYPE_KELTRUN2, false, {"<?xml version=\"1.0\"?>", "a\n<?xml?>\nb"}},
-      {KR_FILETYPE_OEVENT, false, {"a\r\nSplit times of M21A", "a\rSplit times of M21A\r"}},
+       {"$LAPFILE Ver=2", "xml $LAPFILE Ver=2;\na\nb", "$IMPORT_ONLY \nNAME\nx", "<?XML?>\na\nb",
+        "Split times of\na\nb", "a\nb\nOE2003\nc", "a\n<?xml?>\nb"}},
+      {KR_FILETYPE_IMPORT_ONLY, {"$IMPORT_ONLY", "$import_Only\nNAME\nx"}},
+      {KR_FILETYPE_KELTRUN2, {"<?xml version=\"1.0\"?>", "<?xml?>\n\n"}},
+      {KR_FILETYPE_OEVENT, {"a\nSplit times of M21A", "a\nSplit times of M21A\n"}},
       {KR_FILETYPE_SPORTIDENT,
-       false,
-       {"a\r\n\r\nSPORTident results\r\n", "a\rb\rSPORTident results", "a\rb\rc\rOE2003;"}},
-      {KR_FILETYPE_UNKNOWN, false, {"a\r\nb", "a\r\nb\r\n", ""}},
-      // LF alone ends no line: examined again as a text, which knows fewer marks.
-      {KR_FILETYPE_SPORTIDENT, true, {"a\nb\nSPORTident results"}},
-      {KR_FILETYPE_OEVENT, true, {"a\nSplit times of\nb\n"}},
-      {KR_FILETYPE_KELTRUN1, true, {"$IMPORT_ONLY\nNAME\nx", "a\nb\nc\nOE2003"}},
-      {KR_FILETYPE_UNKNOWN, true, {"a"}}};
-  for (const auto& [type, as_text, texts] : cases) {
+       {"a\n\nSPORTident results\n", "a\nb\nSPORTident results", "a\nb\nc\nOE2003;"}},
+      {KR_FILETYPE_UNKNOWN, {"a", "a\nb", "a\nb\n", "a\n\n", ""}}};
+  for (const auto& [type, texts] : cases) {
     for (const string& text : texts) {
-      string converted;
-      EXPECT_EQ(DetectFileTextType(text, converted), type) << text;
-      EXPECT_EQ(converted, as_text ? CrLf(text) : "");
+      for (const char* line_end : {"\r\n", "\r", "\n"}) {
+        const string file = std::regex_replace(text, std::regex("\n"), line_end);
+        EXPECT_EQ(DetectFileTextType(file), type) << file;
+      }
     }
   }
 }
 
 TEST(Detection, OfTexts) {
   const Rows<KrLapFileTypeConst, std::vector<string>> cases = {
-      {KR_FILETYPE_UNKNOWN, {"$LAPFILE Ver=2\r\n<?xml?>", "a\nSplit times of\nb"}},
+      {KR_FILETYPE_UNKNOWN, {"$LAPFILE Ver=2\n<?xml?>", "a\nSplit times of"}},
       {KR_FILETYPE_KELTRUN1,
-       {"xml $LAPFILE Ver=2\r\na\r\nb", "$IMPORT_ONLY\r\nNAME\r\nx", "a\r\nb\r\nc\r\nOE2003"}},
-      {KR_FILETYPE_KELTRUN2, {"<?xml?>\r\nSplit times of\r\nSPORTident results"}},
-      {KR_FILETYPE_OEVENT, {"a\r\nSplit times of\r\nSPORTident results"}}};
+       {"xml $LAPFILE Ver=2\na\nb", "$IMPORT_ONLY\nNAME\nx", "a\nb\nc\nOE2003"}},
+      {KR_FILETYPE_KELTRUN2,
+       {"<?xml?>\nSplit times of\nSPORTident results", "<?xml?>\n<keltrun/>\n"}},
+      {KR_FILETYPE_OEVENT, {"a\nSplit times of\nSPORTident results"}}};
   for (const auto& [type, texts] : cases) {
-    for (string text : texts) EXPECT_EQ(DetectTextType(text), type) << text;
+    for (const string& text : texts) {
+      string lf = text, cr_lf = CrLf(text);
+      EXPECT_EQ(DetectTextType(lf), type) << text;
+      EXPECT_EQ(DetectTextType(cr_lf), type) << text;
+    }
   }
   string text = "a\rb\rSPORTident results\r";  // lines that end in CR alone are rewritten
   EXPECT_EQ(DetectTextType(text), KR_FILETYPE_SPORTIDENT);
   EXPECT_EQ(text, "a\r\nb\r\nSPORTident results\r\n");
+}
+
+string WithoutReturns(string text) {
+  std::erase(text, '\r');
+  return text;
 }
 
 // Three classes; the second has a runner of the number and club given.
@@ -69,6 +73,9 @@ string Event(const string& name, const string& club = "") {
          "club=\"" +
          club + "\"/></class><class name=\"C\"/></classes></keltrun>\r\n";
 }
+
+// What an archive of that method begins like.
+string Archived(const string& method) { return "\x1C\x01" + method + string(20, '\0'); }
 
 class FileControl : public ::testing::Test {
  protected:
@@ -115,7 +122,12 @@ TEST_F(FileControl, LoadsByExtensionAndContentOrSaysWhyNot) {
       {"a.txt", "$IMPORT_ONLY", append_only},
       {"a.txt", "$IMPORT_ONLY", append_only, "", "", KR_LOADMODE_MERGE_ID},  // bit 0 is clear
       {"a.lzh", "-lh5-", open, "ExtractArchive", "a.lzh"},
-      {"a.txt", "a\r\nb\r\n", "DETECT_ERROR", "DetectFileType"}};
+      {"a.txt", "a\r\nb\r\n", "DETECT_ERROR", "DetectFileType"},
+      // Archives under other names.
+      {"a.lxm", Archived("-lh5-"), open, "LoadKeltrun2", "a.lxm is an LZH archive"},
+      {"a.txt", Archived("-lh5-"), open, "DetectFileType", "has to end in .lzh"},
+      {"a.csv", "PK\3\4" + string(20, 'x'), open, "DetectFileType", "is a ZIP archive"},
+      {"a.lzh", "PK\3\4" + string(20, 'x'), open, "ExtractArchive", "is a ZIP archive"}};
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.name + c.operation + c.told);
     root_->Clear();
@@ -136,6 +148,38 @@ TEST_F(FileControl, LoadsByExtensionAndContentOrSaysWhyNot) {
   // A type of files that are only written.
   EXPECT_FALSE(files_->LoadLapFile(File("a.lxm", xml), KR_FILETYPE_IOF_XML_20_RESULT));
   EXPECT_EQ(root_->ErrorComment(), "");
+}
+
+TEST_F(FileControl, LinesMayEndInLfAlone) {
+  const string print = ReadBytes(DataFile("midorigaoka/sportident.txt"));  // "OE2003" in line 4
+  ASSERT_TRUE(files_->LoadLapFile(File("lf.txt", WithoutReturns(print)))) << root_->ErrorComment();
+  EXPECT_EQ(root_->ClassCount(), 11);
+  ASSERT_TRUE(Load(Event("Cup"))) << "with CR LF";
+  ASSERT_TRUE(Load(WithoutReturns(Event("Cup")) + "\n")) << root_->ErrorComment();
+  EXPECT_EQ(root_->ClassCount(), 3);
+  ASSERT_TRUE(files_->LoadLapFile(File("lf.txt", "$IMPORT_ONLY\nNAME,CLUB\nAnna,Green\n"),
+                                  KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND));
+  EXPECT_EQ(root_->ClassCount(), 3) << "an import updates runners and adds no class";
+  EXPECT_EQ(root_->ClassData("B")->LapData(1)->ClubName, "Green");
+}
+
+TEST_F(FileControl, ListsTellTheirCharsetOrAreToldIt) {
+  const string list =
+      File("a.csv", "CLASS,NAME,TIME\r\nH21,J\xF6rg M\xFCller,1:00:00\r\nH21,Anna,1:00:01\r\n");
+  const auto read = [&](const string& charset) {
+    files_->SetInputCharset(charset);
+    EXPECT_TRUE(files_->LoadLapFile(list)) << root_->ErrorComment();
+    string text = root_->ClassData(1)->LapData(1)->RunnerName;
+    for (const LoadRemark& remark : files_->LoadRemarks()) text += "|" + remark.Text.substr(0, 50);
+    return text;
+  };
+  EXPECT_EQ(read(""), "Jörg Müller|encoding: neither UTF-8 nor Shift-JIS, read as Win");
+  EXPECT_EQ(read("ISO-8859-1"), "Jörg Müller");
+  EXPECT_EQ(read("utf-8"),
+            "J\uFFFDrg M\uFFFDller|encoding: bytes from here on that are no UTF-8 sho");
+  EXPECT_EQ(files_->LoadRemarks()[0].Line, 2);
+  EXPECT_THROW(files_->SetInputCharset("klingon"), AutomationError);
+  EXPECT_EQ(files_->InputCharset(), "utf-8");
 }
 
 TEST_F(FileControl, LoadModesMergeOrReplaceAndFailuresClearOnlyInNormalMode) {
@@ -340,6 +384,68 @@ TEST_F(FileControl, SavesByTypeAndExtensionOrSaysWhyNot) {
   EXPECT_FALSE(files_->SaveLapFile(""));
   EXPECT_EQ(root_->FileName(), "text");
   EXPECT_EQ(FilesInFolder(), 9) << "eight files, the folder and no temporary file";
+}
+
+TEST_F(FileControl, NothingIsReplacedByAFileTooLargeToBeReadAgain) {
+  ASSERT_TRUE(Load(Event("Cup")));
+  root_->EventData()->Memo = string((64U << 20) + 1, 'm');
+  for (const char* name : {"a.lap", "a.lzh"}) {
+    const string existing = File(name, "precious");
+    EXPECT_FALSE(files_->SaveLapFile(existing)) << name;
+    EXPECT_TRUE(Contains(root_->ErrorComment(), "64 MiB")) << root_->ErrorComment().substr(0, 200);
+    EXPECT_EQ(ReadBytes(existing), "precious");
+  }
+  for (const char* name : {"a.lxm", "noextension"}) {  // large, but not too large for these
+    ASSERT_TRUE(files_->SaveLapFile(folder_.Path(name))) << root_->ErrorComment().substr(0, 200);
+    ASSERT_TRUE(files_->LoadLapFile(folder_.Path(name))) << root_->ErrorComment().substr(0, 200);
+    EXPECT_EQ(root_->EventData()->Memo.size(), (64U << 20) + 1);
+  }
+  // Not every large file is one of ours.
+  EXPECT_FALSE(files_->LoadLapFile(File("large.txt", string((64U << 20) + 1, 'm'))));
+  EXPECT_TRUE(Contains(root_->ErrorComment(), "large.txt is larger than a list can be"));
+}
+
+TEST_F(FileControl, SavingTellsWhatTheFormDoesNotHold) {
+  const auto a = root_->AddClass("Ä10");
+  a->CourseNum = a->ControlCount = 1;
+  a->Length = 4000;
+  const auto anna = AddRunner(*a, "Anna van Dyk", "DNF", {60.5, -2});
+  anna->Ecard = 7;
+  anna->Rank = "(1)";
+  anna->ClubName = "OK, Brno";
+  AddRunner(*a, "Bob", "", {});
+  root_->AddClass("Ö10");
+  root_->AddCourse(1)->SetControlCount(1);
+  root_->AddCourse(2);
+  root_->EventData()->Memo = "memo";
+  const auto told = [&](const string& name) {
+    EXPECT_TRUE(files_->SaveLapFile(folder_.Path(name))) << root_->ErrorComment();
+    string texts;
+    for (const LoadRemark& remark : files_->SaveRemarks()) texts += remark.Text + "\n";
+    return texts;
+  };
+  EXPECT_EQ(told("a.lap"), R"(class "Ä10": 1 runners without legs, not written
+class "Ö10": has neither controls nor runners with legs, not written
+2 courses with their controls: not written, the format has no place for them
+1 card numbers: not written, the format has no place for them
+1 runners with disqualified legs: written as legs without data
+1 runners with laps in fractions of a second: rounded to whole seconds
+text "Ä10": has characters that Shift-JIS does not have, "?" stands for them; so do 1 others
+text "OK, Brno": has commas or line breaks, other characters stand for them
+class "Ö10": is written as "?10" like the class "Ä10", they will be read as one
+)");
+  EXPECT_EQ(told("a.xml"), R"(class "Ä10": 1 runners without a result, not written
+course "2": no class with results runs it, not written
+1 results other than times and DNS: all written as Disqualified
+1 runners with legs that were skipped, have no data or are disqualified: the format does not tell which
+1 ranks that are no number: all written as NotCompeting
+1 names of more than two parts: only the first two parts are written
+1 runners with laps in fractions of a second: rounded to whole seconds
+terrain, memo and file name of the event: not written, the format has no place for them
+)");
+  EXPECT_EQ(told("a.lxm"), "");
+  EXPECT_FALSE(files_->SaveLapFile(folder_.Path("none/a.lap")));
+  EXPECT_TRUE(files_->SaveRemarks().empty());
 }
 
 TEST_F(FileControl, ADiskThatFillsUpLeavesTheFileAsItWas) {

@@ -14,6 +14,7 @@
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
 #include "keltrun2/platform/host_windows.h"
+#include "keltrun2/platform/list_encoding.h"
 #include "keltrun2/platform/utf8.h"
 #include "keltrun2/platform/xml.h"
 #include "tests/test_support.h"
@@ -90,6 +91,52 @@ TEST(Encodings, TextFilesTellTheirEncoding) {
       {"a\x8E\x52\xB1\\", "a山ｱ\\"},
       {"山\x81", "螻ｱ\uFFFD"}};
   for (const auto& [bytes, text] : cases) EXPECT_EQ(DecodeTextFile(bytes), text) << text;
+}
+
+// Texts in the bytes of a charset, and the charset that lists of them are taken for.
+TEST(Encodings, ListsOfEuropeAndJapanAreToldApart) {
+  const Text european[] = {
+      "Jörg Müller", "Größe;Überschrift", "JÖRG MÜLLER", "ÄÖÜß", "ÅÄÖ", "Ödön", "Åsa Öberg",
+      // Two and three kanji in a row, and katakana.
+      "Hélène,Zoé", "étés", "Mäkäräinen Hämäläinen", "VÄÄNÄNEN;JÄÄSKELÄINEN", "äää", "pitää äkää",
+      "François-Éloïse", "CRÉÉE À L’ÎLE", "“Hélène” – l’été", "rock ’n’ roll", "S–A–F",
+      "Þóra Ævarsdóttir", "Žižka Matouš", "ŽIŽKA", "Šiška Tomáš", "Núñez, Íñigo", "«ÉÀ»",
+      "———————————", "–––––– ––––", "····· ·····", "100 €", "è"};
+  const Text japanese[] = {"Anna Berger,山田", "1,高橋,OLC", "桜台OLC",  "OLC桜台",
+                           "みどり",           "マリ",       "Ｍ２１Ａ", "佐々木",
+                           "ﾔﾏﾓﾄ ﾕｷ",          "ｻｲﾄｳ",       "ﾔﾏﾈｺOC",   "平野　誠",
+                           "男子10",           "髙﨑",       "五十嵐 結"};
+  const auto expect = [](Text text, Charset charset, Charset used) {
+    const ListText list = DecodeList(Encoded(text, charset), std::nullopt);
+    EXPECT_EQ(list.Used, used) << text;
+    EXPECT_EQ(list.Content.Text, text);
+    EXPECT_EQ(list.Assumed, used == Charset::kWindows1252);
+    EXPECT_EQ(list.Content.FirstInvalid, string::npos) << text;
+  };
+  for (const Text text : european) expect(text, Charset::kWindows1252, Charset::kWindows1252);
+  for (const Text text : japanese) {
+    expect(text, Charset::kShiftJis, Charset::kShiftJis);
+    expect(text, Charset::kUtf8, Charset::kUtf8);
+  }
+  expect("Anna", Charset::kShiftJis, Charset::kUtf8);  // ASCII is all of them
+}
+
+TEST(Encodings, ListsWithBytesThatFitNoCharsetOrAreAskedFor) {
+  const auto list = [](Text bytes, std::optional<Charset> asked_for = std::nullopt) {
+    const ListText read = DecodeList(bytes, asked_for);
+    return read.Content.Text + (read.Assumed ? "?" : "");
+  };
+  // A name cut inside a character; 0x8D is no Windows-1252.
+  EXPECT_EQ(list("\x8D\x82\x8B\xB4,\x8E\x52\x93 "), "高橋,山\uFFFD ?");
+  EXPECT_EQ(list("\x8E\x52\x93\x63\x93 "), "ŽR“c“ ?") << "every byte has to decode";
+  EXPECT_EQ(list("J\xF6rg \x81"), "Jörg \uFFFD?");
+  EXPECT_EQ(list("a\x81\x40"
+                 "b"),
+            "a　b")
+      << "Shift-JIS without a word, but no Windows-1252";
+  EXPECT_EQ(list("J\xF6rg", Charset::kShiftJis), Decode("J\xF6rg", Charset::kShiftJis).Text);
+  EXPECT_EQ(list("山", Charset::kWindows1252), "å±±");
+  EXPECT_EQ(list("\xEF\xBB\xBF山", Charset::kWindows1252), "山") << "a mark decides";
 }
 
 TEST(Encodings, InvalidUtf8IsOneReplacementPerByte) {
@@ -224,6 +271,26 @@ string Declared(const string& encoding, const string& value) {
   return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\r\n<a x=\"" + value + "\"/>";
 }
 
+// A document read to its end: the attribute "x" of its root element, and what went wrong.
+struct XmlRead {
+  string X;
+  std::optional<XmlError> Error;
+};
+
+XmlRead ReadXml(const string& bytes) {
+  XmlReader xml;
+  XmlRead read{"", xml.OpenBytes(bytes)};
+  if (read.Error) return read;
+  if (xml.NextChild()) {
+    for (const XmlAttribute& attribute : xml.Attributes()) {
+      if (attribute.Name() == "x") read.X = attribute.Value();
+    }
+  }
+  xml.SkipTo(0);
+  read.Error = xml.Error();
+  return read;
+}
+
 TEST(Xml, RefusalsTellThePlace) {
   constexpr int kAny = -1;
   const Rows<string, int, int> cases = {
@@ -241,12 +308,20 @@ TEST(Xml, RefusalsTellThePlace) {
       {"<?xml version='1.0'?>\n<!DOCTYPE a [<!ENTITY e 'x'>]>\n<a/>", 2, kAny},
       {Nested(257), 1, 256 * 3 + 1},
       {"<a>\r<b\n>山<c x='1' y='' x='2'/></b></a>", 3, 3},
+      {"<a>\n<b></a>", 2, 4},
+      {"<a/>\n</a>", 2, 1},
+      {"<a>\n<b x=1/></a>", 2, 4},
+      {"<a>\n<b x='1'y='2'/></a>", 2, 9},
+      {"<a>\n<b x='1/></a>", 2, 4},
+      {"<a>\n<b x='1'", 2, 9},
+      {"<a>\n< b/></a>", 2, 1},
+      {"<a>\n<!-- </a>", 2, 1},
+      {"<a>\n<!DOCTYPE a></a>", 2, 1},
+      {"<a>\n", 2, 1},
       {ManyAttributes(" n7=''"), 1, 1}};
   for (const auto& [bytes, line, column] : cases) {
     SCOPED_TRACE(bytes.substr(0, 50));
-    XmlDocument document;
-    const XmlError error = document.LoadBytes(bytes).value_or(XmlError{-1, -1, "accepted"});
-    EXPECT_FALSE(document.Root());
+    const XmlError error = ReadXml(bytes).Error.value_or(XmlError{-1, -1, "accepted"});
     EXPECT_EQ(error.Line, line) << error.Detail;
     EXPECT_TRUE(column == kAny || error.Column == column || error.Column == column + 1)
         << ToString(error);
@@ -267,17 +342,36 @@ TEST(Xml, Accepts) {
       {"<!DOCTYPE a SYSTEM 'a.dtd'><a x='&lt;&amp;&#23665;&#x5C71;&quot;'/>", "<&山山\""},
       {Nested(256), ""},
       {ManyAttributes(" x='1'"), "1"}};
-  XmlDocument document;
   for (const auto& [bytes, expected] : cases) {
-    const auto error = document.LoadBytes(bytes);
-    EXPECT_FALSE(error) << ToString(error.value_or(XmlError{})) << bytes.substr(0, 50);
-    EXPECT_EQ(document.Root().attribute("x").value(), expected) << bytes.substr(0, 50);
+    const XmlRead read = ReadXml(bytes);
+    EXPECT_FALSE(read.Error) << ToString(*read.Error) << bytes.substr(0, 50);
+    EXPECT_EQ(read.X, expected) << bytes.substr(0, 50);
   }
   // A text is UTF-8 already, whatever its declaration says.
-  EXPECT_FALSE(document.LoadText("\xEF\xBB\xBF" + Declared("Shift_JIS", "山é髙")));
-  EXPECT_EQ(document.Root().attribute("x").value(), "山é髙"s);
-  ASSERT_FALSE(document.LoadText("<k:a xmlns:k='u'/>"));
-  EXPECT_EQ(LocalName(document.Root()), "a");
+  XmlReader text;
+  const string declared = "\xEF\xBB\xBF" + Declared("Shift_JIS", "山é髙");
+  ASSERT_FALSE(text.OpenText(declared));
+  ASSERT_TRUE(text.NextChild());
+  EXPECT_EQ(text.Attributes()[0].Value(), "山é髙");
+}
+
+TEST(Xml, WalksThroughTheElements) {
+  XmlReader xml;
+  const string document =
+      "<r a='1&amp;2&unknown;&#38;\r\n3\t' b=\"<'\" >x<!--<c/>--><k:c /><![CDATA[<c>]]>"
+      "<d\n><e f='g'/></d ><?p <c>?><h></h></r>";
+  ASSERT_FALSE(xml.OpenText(document));
+  ASSERT_TRUE(xml.NextChild());
+  EXPECT_EQ(xml.Attributes()[0].Value(), "1&2&unknown;& 3 ");
+  EXPECT_EQ(xml.Attributes()[1].Value(), "<'");
+  string names;
+  while (xml.NextChild()) {
+    names += string(xml.LocalName()) + std::to_string(xml.Attributes().size()) + " ";
+    xml.SkipTo(1);  // "e" is passed over
+  }
+  EXPECT_EQ(names, "c0 d0 h0 ");
+  xml.SkipTo(0);
+  EXPECT_FALSE(xml.Error()) << ToString(*xml.Error());
 }
 
 TEST(Xml, WrittenDocumentsReadBack) {
@@ -285,9 +379,7 @@ TEST(Xml, WrittenDocumentsReadBack) {
   const string value = "\"'<&>\t\r\n山😀 ";
   pugi::xml_document document;
   document.append_child("r").append_attribute("x") = value.c_str();
-  XmlDocument read;
-  ASSERT_FALSE(read.LoadBytes(WriteXml(document)));
-  EXPECT_EQ(read.Root().attribute("x").value(), value);
+  EXPECT_EQ(ReadXml(WriteXml(document)).X, value);
 }
 
 TEST(HostWindows, WithoutHostAndTerminalNothingIsChosen) {

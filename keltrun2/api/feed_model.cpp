@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "keltrun2/config/settings.h"
@@ -102,35 +103,79 @@ void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapDat
   for (const auto& runner : runners) merger.Add(runner);
 }
 
+// Tells of classes that become one: two of a file, or one of the file and one of the event whose
+// names are not spelled alike. The class of the event that a file's class is meant to join is none.
+class ClassJoins {
+ public:
+  explicit ClassJoins(RemarkList& remarks) : remarks_(remarks) {}
+
+  // A class of the file whose runners go to `klass`.
+  void See(std::string_view name, const clsClassData& klass, bool existed) {
+    const bool of_file = !seen_.insert(&klass).second;
+    if (!existed || (!of_file && klass.ClassName() == name)) return;
+    remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", name,
+                 "is one with the class \"" + klass.ClassName() +
+                     "\" that was there before: the runners of both are in it");
+  }
+
+ private:
+  RemarkList& remarks_;
+  std::unordered_set<const clsClassData*> seen_;
+};
+
+bool HaveEqualControls(const clsCourseData& a, const clsCourseData& b) {
+  if (a.ControlCount() != b.ControlCount()) return false;
+  const std::int32_t held = std::min(a.ControlCount(), clsCourseData::kMostControls);
+  for (std::int32_t i = 1; i <= held; ++i) {
+    if (a.ControlNum(i) != b.ControlNum(i)) return false;
+  }
+  return true;
+}
+
+void AddCourses(EventModel& model, const std::vector<std::shared_ptr<clsCourseData>>& courses,
+                RemarkList& remarks) {
+  for (const auto& course : courses) {
+    if (model.AddCourseObject(course)) continue;
+    if (HaveEqualControls(*model.CourseByNumber(course->CourseIndex()), *course)) continue;
+    remarks.Add(RemarkSeverity::kWarning, 0, 0, "course", std::to_string(course->CourseIndex()),
+                "there is a course of that number with other controls before it, which counts");
+  }
+}
+
 }  // namespace
 
 void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
-               ProgressReport& progress) {
+               ProgressReport& progress, RemarkList& remarks) {
   if (file.FileDate) model.FileDate = *file.FileDate;
   if (mode == KR_LOADMODE_NORMAL) {
     // The event and metadata objects stay the same: a host may hold them.
     *model.Event = std::move(file.Event);
     *model.Meta = std::move(file.Meta);
   }
-  for (const auto& course : file.Courses) model.AddCourseObject(course);
+  AddCourses(model, file.Courses, remarks);
+  ClassJoins joins(remarks);
   std::int64_t done = 0;
   for (const NativeClass& read : file.Classes) {
     progress.Advance(++done, static_cast<std::int64_t>(file.Classes.size()));
     const auto existing = model.ClassByName(read.Class->ClassName());
     const auto& klass = existing ? existing : read.Class;
     if (!existing) model.AddClassObject(klass);
+    joins.See(read.Class->ClassName(), *klass, existing != nullptr);
     AddRunners(*klass, read.Runners, mode);
   }
 }
 
 void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
-               KrLapFileLoadModeCosnt mode, ProgressReport& progress) {
+               KrLapFileLoadModeCosnt mode, ProgressReport& progress, RemarkList& remarks) {
   ApplyHeader(model, records, rule, mode);
   CourseFinder courses(model);
+  ClassJoins joins(remarks);
   std::int64_t done = 0;
   for (const ClassRecords& read : records.Classes) {
     progress.Advance(++done, static_cast<std::int64_t>(records.Classes.size()));
+    const bool existed = model.ClassByName(read.Name) != nullptr;
     const auto klass = model.AddClass(read.Name);
+    joins.See(read.Name, *klass, existed);
     ApplyClass(courses, *klass, read);
     AddRunners(*klass, read.Runners, mode);
   }

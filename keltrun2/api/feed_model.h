@@ -4,6 +4,7 @@
 #include "keltrun2/api/progress_report.h"
 #include "keltrun2/io/lap_records.h"
 #include "keltrun2/io/native_reader.h"
+#include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
 
@@ -17,14 +18,15 @@ enum class EventNameRule {
 };
 
 /// A native lap file: the header only with KR_LOADMODE_NORMAL, courses and classes that are new,
-/// and every runner as the mode says. Progress advances with each class.
+/// and every runner as the mode says. Progress advances with each class. A course that is dropped
+/// for another one of its number is a remark, and so are two classes that become one.
 void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
-               ProgressReport& progress);
+               ProgressReport& progress, RemarkList& remarks);
 
 /// The records of a text format, in the same way. A class with control codes, or with the finish
 /// alone, gets the course that has them, or a new one numbered after the highest.
 void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
-               KrLapFileLoadModeCosnt mode, ProgressReport& progress);
+               KrLapFileLoadModeCosnt mode, ProgressReport& progress, RemarkList& remarks);
 
 /// Club and sex for the runners of these names, in every class: a club where there is none, or over
 /// any with KR_LOADMODE_PRIORITY_NEWDATA; a sex only where there is none.

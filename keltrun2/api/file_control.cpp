@@ -8,6 +8,8 @@
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
+#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/platform/encodings.h"
 
 namespace keltrun {
 namespace {
@@ -76,15 +78,24 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
   const auto model = EventOrFail("RES_MESSAGE_FILE_OPEN_ERROR", "clsFileControl.LoadLapFile");
   if (!model) return false;
   return keltrun::LoadLapFile(
-      {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_}, remarks_,
-      [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+      {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_,
+       CharsetFromName(input_charset_)},
+      remarks_, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+}
+
+void clsFileControl::SetInputCharset(std::string_view InputCharset) {
+  if (!InputCharset.empty() && !CharsetFromName(InputCharset)) {
+    throw AutomationError(KR_ERROR_INVALID_CALL, "clsFileControl.InputCharset: the charset \"" +
+                                                     std::string(InputCharset) + "\" is not known");
+  }
+  input_charset_ = InputCharset;
 }
 
 bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileSaveModeCosnt SaveMode) {
   const auto model = EventOrFail("RES_MESSAGE_ERROR_HAPPEN", "clsFileControl.SaveLapFile");
   return model && keltrun::SaveLapFile(*model, std::string(FileName), LapFileType, SaveMode,
-                                       Sync::kNow);
+                                       Sync::kNow, &save_remarks_);
 }
 
 KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {

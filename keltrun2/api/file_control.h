@@ -68,18 +68,30 @@ class KELTRUN2_API clsFileControl {
                    KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
                    std::string_view FileData = "");
 
-  /// What the reader of the last load noticed without giving up: cells and lines that it took
-  /// differently or dropped. At most about 1,000.
+  /// What the last load noticed without giving up: cells and lines that were taken differently or
+  /// dropped, classes that became one. At most about 2,000.
   const std::vector<LoadRemark>& LoadRemarks() const { return remarks_; }
+
+  /// The charset of lists and printouts that have no byte-order mark: "utf-8", "x-sjis",
+  /// "windows-1252", "iso-8859-1" or another of their names. Empty, as at first, it is found out:
+  /// UTF-8, or Shift-JIS where Japanese words appear, else Windows-1252, with a remark. Setting it
+  /// raises invalid procedure call (5) for a charset that is not known.
+  const std::string& InputCharset() const { return input_charset_; }
+  void SetInputCharset(std::string_view InputCharset);
 
   /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
   /// IOF XML, everything else the native format. An existing file is replaced only by a complete
-  /// new one that is on the disk. A failure leaves its reason in `clsKeltrun2::ErrorComment`; a
+  /// new one that is on the disk, and never by one too large to be read again (native 512 MiB,
+  /// others and in archives 64 MiB). A failure leaves its reason in `clsKeltrun2::ErrorComment`; a
   /// success leaves there what was there before. Of a ".lzh" archive that could not be written only
   /// the text tells: the result is that of the lap file in the working folder.
   bool SaveLapFile(std::string_view FileName,
                    KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                    KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
+
+  /// What the type of the last save had no place for: runners that it leaves out, values that it
+  /// drops, characters that its charset does not have. Empty after a failure.
+  const std::vector<LoadRemark>& SaveRemarks() const { return save_remarks_; }
 
   /// The type to save in for a filter of FileSaveFilter, counted from 1;
   /// KR_FILETYPE_AUTODETECT for anything but 1 to 5.
@@ -98,6 +110,8 @@ class KELTRUN2_API clsFileControl {
   bool progress_visible_ = false;
   bool renew_ranks_ = false;
   std::vector<LoadRemark> remarks_;
+  std::vector<LoadRemark> save_remarks_;
+  std::string input_charset_;
   std::int32_t attached_ = 0;
   std::shared_ptr<ProgressHandlers> handlers_ = std::make_shared<ProgressHandlers>();
 };

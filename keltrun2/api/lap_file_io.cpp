@@ -1,6 +1,9 @@
 #include "keltrun2/api/lap_file_io.h"
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -9,6 +12,7 @@
 #include "keltrun2/api/rank_renewal.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
+#include "keltrun2/io/form_losses.h"
 #include "keltrun2/io/import_only_reader.h"
 #include "keltrun2/io/iof_result_writer.h"
 #include "keltrun2/io/keltrun1_reader.h"
@@ -23,6 +27,7 @@
 #include "keltrun2/platform/clock.h"
 #include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
+#include "keltrun2/platform/list_encoding.h"
 #include "keltrun2/platform/lzh_writer.h"
 #include "keltrun2/platform/working_folder.h"
 
@@ -61,6 +66,11 @@ bool Fail(std::string_view message_key, std::string_view operation, std::string_
   return false;
 }
 
+// The most bytes that are read of a type.
+std::size_t LargestFile(KrLapFileTypeConst type) {
+  return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestInputFile;
+}
+
 // One load into one model.
 class Load {
  public:
@@ -69,11 +79,11 @@ class Load {
 
   bool Run(const StartProgress& start_progress) {
     if (request_.Mode == KR_LOADMODE_NORMAL) model_->Clear();
-    if (request_.FileData.size() > kLargestInputFile) {
-      return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
-    }
     if (FileExtension(request_.FileName) == "lzh" && !ExtractLapFile()) return false;
     if (request_.Type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
+    if (request_.FileData.size() > LargestFile(request_.Type)) {
+      return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
+    }
     if (request_.Type == KR_FILETYPE_IMPORT_ONLY && (request_.Mode & KR_LOADMODE_APPEND) == 0) {
       SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
       return false;
@@ -112,6 +122,21 @@ class Load {
     return true;
   }
 
+  // The bytes of the file; nullopt when they cannot be read or are those of an archive.
+  std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
+    std::string error;
+    std::optional<std::string> bytes = ReadFile(request_.FileName, error, largest);
+    const std::string_view archive = bytes ? KindOfArchive(*bytes) : "";
+    if (archive == "LZH") {
+      error = request_.FileName + " is an LZH archive: its name has to end in .lzh";
+    } else if (!archive.empty()) {
+      error = request_.FileName + " is a " + std::string(archive) + " archive: unpack it first";
+    }
+    if (error.empty()) return bytes;
+    Fail(kOpenError, operation, error);
+    return std::nullopt;
+  }
+
   // Finds out the type; false when the file cannot be read or is of none.
   bool Detect() {
     const std::string extension = FileExtension(request_.FileName);
@@ -121,12 +146,8 @@ class Load {
     }
     if (!request_.FileData.empty()) {
       request_.Type = DetectTextType(request_.FileData);
-    } else {
-      std::string error;
-      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
-      if (!bytes) return Fail(kOpenError, kDetectOperation, error);
-      file_text_ = DecodeTextFile(*bytes);
-      request_.Type = DetectFileTextType(file_text_, request_.FileData);
+    } else if (!DetectFile()) {
+      return false;
     }
     if (request_.Type != KR_FILETYPE_UNKNOWN) return true;
     SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
@@ -143,6 +164,25 @@ class Load {
     const bool loaded = LoadByType(start_progress);
     ranks.Renew(remarks_);
     return loaded;
+  }
+
+  bool DetectFile() {
+    constexpr std::size_t kBeginning = 4096;  // enough to know a native lap file
+    std::optional<std::string> bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
+    if (!bytes) return false;
+    const bool is_large = bytes->size() > kLargestInputFile;
+    list_ = DecodeList(is_large ? std::string_view(*bytes).substr(0, kBeginning) : *bytes,
+                       request_.InputCharset);
+    request_.Type = DetectFileTextType(list_->Content.Text);
+    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+      bytes_ = std::move(bytes);
+      list_.reset();
+    } else if (is_large) {
+      return Fail(kOpenError, kDetectOperation,
+                  request_.FileName + " is larger than a list can be: " +
+                      std::to_string(kLargestInputFile >> 20) + " MiB");
+    }
+    return true;
   }
 
   bool LoadByType(const StartProgress& start_progress) {
@@ -191,15 +231,18 @@ class Load {
     if (!request_.FileData.empty()) {
       read = ReadNativeLapFile(request_.FileData, NativeSource::kText);
     } else {
-      std::string error;
-      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
-      if (!bytes) return Fail(kOpenError, kLoadKeltrun2, error);
-      read = ReadNativeLapFile(*bytes, NativeSource::kFileBytes);
+      if (!bytes_) bytes_ = ReadBytes(kLoadKeltrun2, kLargestNativeFile);
+      if (!bytes_) return false;
+      read = ReadNativeLapFile(*bytes_, NativeSource::kFileBytes);
+      bytes_.reset();
     }
     if (read.Error) {
       return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.Error));
     }
-    FeedModel(*model_, read.File, request_.Mode, progress);
+    remarks_ = std::move(read.Remarks);
+    RemarkList more;
+    FeedModel(*model_, read.File, request_.Mode, progress, more);
+    AddRemarks(more.Take());
     if (request_.Mode == KR_LOADMODE_NORMAL) MakeSegments();
     return true;
   }
@@ -210,28 +253,56 @@ class Load {
     remarks_.push_back({0, 0, RemarkSeverity::kWarning, model_->SegmentRemark});
   }
 
+  void AddRemarks(std::vector<LoadRemark> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(remarks_));
+  }
+  void AddNote(std::int32_t line, std::string text) {
+    remarks_.push_back({line, 0, RemarkSeverity::kNote, std::move(text)});
+  }
+
+  // The text of the request or of the file; nullopt when the file cannot be read.
+  std::optional<ListText> TakeText(std::string_view operation) {
+    if (!request_.FileData.empty()) return ListText{{std::move(request_.FileData)}};
+    if (list_) return std::exchange(list_, std::nullopt);
+    const std::optional<std::string> bytes = ReadBytes(operation, kLargestInputFile);
+    if (!bytes) return std::nullopt;
+    return DecodeList(*bytes, request_.InputCharset);
+  }
+
   // The records of a text file; nullopt when it cannot be opened. What was read before an error in
   // the text counts.
   std::optional<ReadResult> Read(std::string_view operation,
                                  ReadResult (*read)(std::string_view text)) {
-    std::string text = request_.FileData.empty() ? std::move(file_text_) : request_.FileData;
-    if (text.empty()) {
-      std::string error;
-      const std::optional<std::string> bytes = ReadFile(request_.FileName, error);
-      if (!bytes) {
-        Fail(kOpenError, operation, error);
-        return std::nullopt;
-      }
-      text = DecodeTextFile(*bytes);
-    }
+    std::optional<ListText> list = TakeText(operation);
+    if (!list) return std::nullopt;
+    std::string& text = list->Content.Text;
     const std::size_t blanked = BlankControlCharacters(text);
     ReadResult result = read(text);
     remarks_ = std::move(result.Remarks);
     if (blanked > 0) {
-      remarks_.push_back({0, 0, RemarkSeverity::kNote,
-                          "control characters: " + std::to_string(blanked) + " read as blanks"});
+      AddNote(0, "control characters: " + std::to_string(blanked) + " read as blanks");
     }
+    RemarkEncoding(*list);
     return result;
+  }
+
+  // What was assumed about the encoding, and where it does not fit.
+  void RemarkEncoding(const ListText& list) {
+    const std::string name = list.Used == Charset::kUtf8       ? "UTF-8"
+                             : list.Used == Charset::kShiftJis ? "Shift-JIS"
+                                                               : "Windows-1252";
+    if (list.Assumed) {
+      AddNote(0, "encoding: neither UTF-8 nor " +
+                     std::string(list.Used == Charset::kShiftJis ? "all of it " : "") +
+                     "Shift-JIS, read as " + name +
+                     "; clsFileControl.InputCharset or --input-charset names another");
+    }
+    if (list.Content.FirstInvalid == std::string::npos) return;
+    const auto line = std::count(
+        list.Content.Text.begin(),
+        list.Content.Text.begin() + static_cast<std::ptrdiff_t>(list.Content.FirstInvalid), '\n');
+    AddNote(static_cast<std::int32_t>(line) + 1,
+            "encoding: bytes from here on that are no " + name + " show as U+FFFD");
   }
 
   bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
@@ -243,7 +314,9 @@ class Load {
   bool LoadText(const TextFormat& format, ProgressReport& progress) {
     const auto read = Read(format.operation, format.read);
     if (!read) return false;
-    FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress);
+    RemarkList more;
+    FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress, more);
+    AddRemarks(more.Take());
     if (format.makes_segments) MakeSegments();
     return Finish(format.operation, read->Error);
   }
@@ -256,34 +329,44 @@ class Load {
   }
 
   LoadRequest request_;
-  std::string file_text_;  // of a text file whose type was detected
+  std::optional<std::string> bytes_;  // of a native lap file whose type was detected
+  std::optional<ListText> list_;      // of a text file whose type was detected
   std::vector<LoadRemark>& remarks_;
   const std::shared_ptr<EventModel> model_;
 };
 
-// The event in the bytes of a file type, and the operation and extension that go with it.
+// The event in the bytes of a file type, and what goes with it.
 struct SavedFile {
   std::string_view operation;
   std::string_view extension;
+  std::size_t largest;  // bytes that can be read again
   std::string bytes;
 };
 
 SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode) {
   if (type == KR_FILETYPE_KELTRUN1) {
-    SavedFile file{"clsFileControl.SaveKeltrun1", ".lap", ""};
+    SavedFile file{"clsFileControl.SaveKeltrun1", ".lap", LargestFile(type), ""};
     AppendEncoded(file.bytes, WriteKeltrun1LapFile(model), Charset::kShiftJis,
                   MissingCharacter::kQuestionMark);
     return file;
   }
   if (type == KR_FILETYPE_IOF_XML_20_RESULT) {
-    return {"clsFileControl.SaveIofXmlResult", ".xml", WriteIofXmlResult(model, Now())};
+    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();  // never read
+    return {"clsFileControl.SaveIofXmlResult", ".xml", kNoLimit, WriteIofXmlResult(model, Now())};
   }
-  return {"clsFileControl.SaveKeltrun2", ".lxm", WriteNativeLapFile(model, mode, Now())};
+  return {"clsFileControl.SaveKeltrun2", ".lxm", LargestFile(KR_FILETYPE_KELTRUN2),
+          WriteNativeLapFile(model, mode, Now())};
 }
 
+// Nothing is replaced by a file that could not be read again.
 bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes,
-                 Sync sync) {
+                 std::size_t largest, Sync sync) {
   std::string error;
+  if (bytes.size() > largest) {
+    error = "cannot write " + name + ": it would be larger than " + std::to_string(largest >> 20) +
+            " MiB, the most that can be read again";
+    return Fail(kSaveError, operation, error);
+  }
   return WriteFile(name, bytes, error, sync) || Fail(kSaveError, operation, error);
 }
 
@@ -296,8 +379,10 @@ bool SaveArchive(const std::string& archive_name, const SavedFile& file, Sync sy
       std::string(archive.substr(0, archive.rfind('.'))) + std::string(file.extension);
   const auto lap_file = NewWorkingFile(name, error);
   if (!lap_file) return Fail(kSaveError, kMakeArchive, error);
-  if (!WriteOrFail(file.operation, *lap_file, file.bytes, Sync::kLater)) return false;
-  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()), sync);
+  const std::size_t largest = std::min(file.largest, ExtractionLimits().MemberBytes);
+  if (!WriteOrFail(file.operation, *lap_file, file.bytes, largest, Sync::kLater)) return false;
+  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()),
+              kLargestInputFile, sync);
   return true;
 }
 
@@ -323,12 +408,16 @@ bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode, Sync sync) {
+                 KrLapFileSaveModeCosnt mode, Sync sync, std::vector<LoadRemark>* remarks) {
+  if (remarks != nullptr) remarks->clear();
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
   const SavedFile file = Write(model, type, mode);
-  if (extension == "lzh") return SaveArchive(file_name, file, sync);
-  return WriteOrFail(file.operation, file_name, file.bytes, sync);
+  const bool saved = extension == "lzh"
+                         ? SaveArchive(file_name, file, sync)
+                         : WriteOrFail(file.operation, file_name, file.bytes, file.largest, sync);
+  if (saved && remarks != nullptr) *remarks = FormLosses(model, type);
+  return saved;
 }
 
 }  // namespace keltrun

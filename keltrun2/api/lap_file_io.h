@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "keltrun2/io/remarks.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
+#include "keltrun2/platform/encodings.h"
 #include "keltrun2/platform/files.h"
 
 namespace keltrun {
@@ -24,8 +26,9 @@ struct LoadRequest {
   std::string FileName;
   KrLapFileTypeConst Type = KR_FILETYPE_AUTODETECT;
   KrLapFileLoadModeCosnt Mode = KR_LOADMODE_NORMAL;
-  std::string FileData;     // in place of the file when not empty; UTF-8
-  bool RenewRanks = false;  // of an event that the load adds to
+  std::string FileData;                                // in place of the file when not empty; UTF-8
+  bool RenewRanks = false;                             // of an event that the load adds to
+  std::optional<Charset> InputCharset = std::nullopt;  // of a text file without a byte-order mark
 };
 
 /// True when the file was loaded; else the error text says why, or is empty for a type that is only
@@ -34,9 +37,10 @@ bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
                  const StartProgress& start_progress);
 
 /// True when the file was written; else the error text says why. With Sync::kNow it is on the disk
-/// then.
+/// then. `remarks` takes what the type has no place for, unless it is null.
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode, Sync sync);
+                 KrLapFileSaveModeCosnt mode, Sync sync,
+                 std::vector<LoadRemark>* remarks = nullptr);
 
 /// The error text of a failure: the message of a resource key, the operation, what happened.
 std::string FailureText(std::string_view message_key, std::string_view operation,

@@ -9,25 +9,12 @@ namespace {
 
 constexpr std::size_t kLinesLookedAt = 4;
 
-// The first lines of a text, at most those that are looked at. A separator at the very end is
+// The first lines of a text, at most those that are looked at. A line break at the very end is
 // followed by one more line, an empty one.
-std::vector<std::string_view> FirstLines(std::string_view text, std::string_view separator) {
+std::vector<std::string_view> FirstLines(std::string_view text, std::string_view line_ends) {
   std::vector<std::string_view> lines;
   while (lines.size() < kLinesLookedAt) {
-    const std::size_t end = text.find(separator);
-    lines.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) break;
-    text.remove_prefix(end + separator.size());
-  }
-  return lines;
-}
-
-// The same for a file, where lines end at CR LF or CR, and a line break at the very end is followed
-// by nothing. LF alone ends no line.
-std::vector<std::string_view> FirstFileLines(std::string_view text) {
-  std::vector<std::string_view> lines;
-  while (!text.empty() && lines.size() < kLinesLookedAt) {
-    const std::size_t end = text.find('\r');
+    const std::size_t end = text.find_first_of(line_ends);
     lines.push_back(text.substr(0, end));
     if (end == std::string_view::npos) break;
     text.remove_prefix(end + (text.substr(end, 2) == "\r\n" ? 2 : 1));
@@ -44,20 +31,11 @@ std::string ReturnsToCrLf(std::string_view text) {
   return out;
 }
 
-std::string LineFeedsToCrLf(std::string_view text) {
-  std::string out;
-  for (const char c : text) {
-    if (c == '\n') out += '\r';
-    out += c;
-  }
-  return out;
-}
-
 }  // namespace
 
 KrLapFileTypeConst DetectTextType(std::string& text) {
-  if (text.find("\r\n") == std::string::npos) text = ReturnsToCrLf(text);
-  const std::vector<std::string_view> lines = FirstLines(text, "\r\n");
+  if (text.find('\n') == std::string::npos) text = ReturnsToCrLf(text);
+  const std::vector<std::string_view> lines = FirstLines(text, "\n");
   if (lines.size() < 3) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[0], "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
   if (Contains(lines[0], "xml")) return KR_FILETYPE_KELTRUN2;
@@ -66,16 +44,14 @@ KrLapFileTypeConst DetectTextType(std::string& text) {
   return KR_FILETYPE_KELTRUN1;
 }
 
-KrLapFileTypeConst DetectFileTextType(std::string_view text, std::string& converted) {
-  const std::vector<std::string_view> lines = FirstFileLines(text);
+KrLapFileTypeConst DetectFileTextType(std::string_view text) {
+  std::vector<std::string_view> lines = FirstLines(text, "\r\n");
+  if (lines.back().empty()) lines.pop_back();
   if (lines.empty()) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[0], "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
   if (UpperAscii(lines[0]) == "$IMPORT_ONLY") return KR_FILETYPE_IMPORT_ONLY;
   if (Contains(lines[0], "xml")) return KR_FILETYPE_KELTRUN2;
-  if (lines.size() == 1) {
-    converted = LineFeedsToCrLf(lines[0]);
-    return DetectTextType(converted);
-  }
+  if (lines.size() == 1) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[1], "Split times of")) return KR_FILETYPE_OEVENT;
   if (lines.size() == 2) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[2], "SPORTident results")) return KR_FILETYPE_SPORTIDENT;

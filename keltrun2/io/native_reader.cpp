@@ -2,46 +2,103 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <utility>
 
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/limits.h"
+#include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/encodings.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
+#include "keltrun2/text/split.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {
 namespace {
 
-// One attribute of an element and where its (trimmed) value goes.
+// How a value that is not what it should be is taken.
+constexpr std::string_view kLeadingDigits = "is no number, the digits at its start count";
+constexpr std::string_view kNoDate = "is no date and is left out";
+
+// One attribute of an element and where its (trimmed) value goes. False for a value that is not
+// what it should be; a remark then tells the consequence.
 template <typename Target>
 struct AttributeRule {
   std::string_view name;
-  void (*store)(Target& target, std::string_view value);
+  bool (*store)(Target& target, std::string_view value);
+  std::string_view consequence = {};
+};
+
+// The document with what is noticed about it.
+class Source {
+ public:
+  explicit Source(XmlReader& xml) : xml_(xml) {}
+
+  XmlReader& Xml() { return xml_; }
+  std::vector<LoadRemark> TakeRemarks() { return remarks_.Take(); }
+
+  // At the element opened last.
+  void Warn(std::string_view subject, std::string_view value, std::string_view consequence) {
+    const XmlError place = xml_.ElementPlace();
+    remarks_.Add(RemarkSeverity::kWarning, place.Line, place.Column, subject, value, consequence);
+  }
+
+  // Counts one of the things that an event can have only so many of; the reading ends at one more.
+  void Count(std::size_t& count, std::size_t most, std::string_view things) {
+    if (count++ < most) return;
+    xml_.FailAtElement("more than " + std::to_string(most) + " " + std::string(things));
+  }
+
+ private:
+  XmlReader& xml_;
+  RemarkList remarks_;
 };
 
 template <typename Target, std::size_t N>
-void ReadAttributes(const pugi::xml_node& element, Target& target,
+void ReadAttributes(Source& source, Target& target,
                     const std::array<AttributeRule<Target>, N>& rules) {
-  for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
-       attribute = attribute.next_attribute()) {
-    const std::string_view name = attribute.name();
+  for (const XmlAttribute& attribute : source.Xml().Attributes()) {
     for (const AttributeRule<Target>& rule : rules) {
-      if (rule.name != name) continue;
-      rule.store(target, TrimSpaces(attribute.value()));
+      if (rule.name != attribute.Name()) continue;
+      const std::string_view value = TrimSpaces(attribute.Value());
+      if (!rule.store(target, value) && !value.empty()) {
+        source.Warn(rule.name, value, rule.consequence);
+      }
       break;
     }
   }
 }
 
+// Visits the children of the element that is open. What a visit leaves unread is skipped.
 template <typename Visit>
-void ForEachElement(const pugi::xml_node& parent, Visit visit) {
-  for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
-    if (child.type() == pugi::node_element) visit(child);
+void ForEachElement(XmlReader& xml, Visit visit) {
+  const std::size_t depth = xml.Depth();
+  while (xml.NextChild()) {
+    visit();
+    xml.SkipTo(depth);
   }
+}
+
+bool StoreText(std::string& target, std::string_view value) {
+  target = value;
+  return true;
+}
+
+// A number that fits, rounded; the leading digits of anything else.
+bool StoreNumber(std::int32_t& target, std::string_view value) {
+  target = LeadingLong(value);
+  const auto number = NumericValue(value);
+  return number && std::fabs(*number - target) <= 0.5;
+}
+
+// A number of controls, within what there is room for.
+bool StoreControls(std::int32_t& target, std::string_view value, std::int32_t most) {
+  const bool good = StoreNumber(target, value);
+  const std::int32_t given = std::exchange(target, std::clamp(target, 0, most));
+  return good && given == target;
 }
 
 // File names of classes and events are compared and kept in half width and lower case.
@@ -52,16 +109,21 @@ std::string FoldFileName(std::string_view name) {
 // --- event and meta ---
 
 constexpr std::array<AttributeRule<clsEventData>, 6> kEventRules = {{
-    {"name", [](clsEventData& e, std::string_view v) { e.EventName = v; }},
+    {"name", [](clsEventData& e, std::string_view v) { return StoreText(e.EventName, v); }},
     {"date",
      [](clsEventData& e, std::string_view v) {
-       if (const auto date = ParseDateTime(v)) e.EventDate()->SetValue(*date);
-     }},
-    {"terrain", [](clsEventData& e, std::string_view v) { e.Terrain = v; }},
-    {"memo", [](clsEventData& e, std::string_view v) { e.Memo = v; }},
-    {"homepage", [](clsEventData& e, std::string_view v) { e.OfficialSite = v; }},
+       const auto date = ParseDateTime(v);
+       if (date) e.EventDate()->SetValue(*date);
+       return date.has_value();
+     },
+     kNoDate},
+    {"terrain", [](clsEventData& e, std::string_view v) { return StoreText(e.Terrain, v); }},
+    {"memo", [](clsEventData& e, std::string_view v) { return StoreText(e.Memo, v); }},
+    {"homepage", [](clsEventData& e, std::string_view v) { return StoreText(e.OfficialSite, v); }},
     {"filename",
-     [](clsEventData& e, std::string_view v) { e.FileName = CleanFileName(FoldFileName(v)); }},
+     [](clsEventData& e, std::string_view v) {
+       return StoreText(e.FileName, CleanFileName(FoldFileName(v)));
+     }},
 }};
 
 struct MetaEntry {
@@ -70,17 +132,22 @@ struct MetaEntry {
 };
 
 constexpr std::array<AttributeRule<MetaEntry>, 4> kMetaRules = {{
-    {"type", [](MetaEntry& m, std::string_view v) { m.type = v; }},
-    {"application", [](MetaEntry& m, std::string_view v) { m.application = v; }},
+    {"type", [](MetaEntry& m, std::string_view v) { return StoreText(m.type, v); }},
+    {"application", [](MetaEntry& m, std::string_view v) { return StoreText(m.application, v); }},
     {"date",
-     [](MetaEntry& m, std::string_view v) { m.date = ParseDateTime(ToHalfWidth(v)).value_or(0); }},
-    {"username", [](MetaEntry& m, std::string_view v) { m.username = v; }},
+     [](MetaEntry& m, std::string_view v) {
+       const auto date = ParseDateTime(ToHalfWidth(v));
+       m.date = date.value_or(0);
+       return date.has_value();
+     },
+     kNoDate},
+    {"username", [](MetaEntry& m, std::string_view v) { return StoreText(m.username, v); }},
 }};
 
-void ReadMeta(const pugi::xml_node& element, clsMetaData& meta) {
-  ForEachElement(element, [&](const pugi::xml_node& child) {
+void ReadMeta(Source& source, clsMetaData& meta) {
+  ForEachElement(source.Xml(), [&] {
     MetaEntry entry;
-    ReadAttributes(child, entry, kMetaRules);
+    ReadAttributes(source, entry, kMetaRules);
     if (entry.type == "create") {
       meta.CreateApplication = entry.application;
       meta.CreateDate = entry.date;
@@ -95,42 +162,71 @@ void ReadMeta(const pugi::xml_node& element, clsMetaData& meta) {
 
 // --- courses ---
 
-constexpr std::array<AttributeRule<clsCourseData>, 2> kCourseRules = {{
-    {"number", [](clsCourseData& c, std::string_view v) { c.SetCourseIndex(LeadingLong(v)); }},
+// A course's attributes; its record takes them all at once.
+struct CourseNumbers {
+  std::int32_t number = 0;
+  std::int32_t controls = 0;
+};
+
+constexpr std::array<AttributeRule<CourseNumbers>, 2> kCourseRules = {{
+    {"number", [](CourseNumbers& c, std::string_view v) { return StoreNumber(c.number, v); },
+     kLeadingDigits},
     {"controls",
-     [](clsCourseData& c, std::string_view v) {
-       c.SetControlCount(std::clamp(LeadingLong(v), 0, clsCourseData::kMostControls));
-     }},
+     [](CourseNumbers& c, std::string_view v) {
+       return StoreControls(c.controls, v, clsCourseData::kMostControls);
+     },
+     "is no number of controls from 0 to 50, the nearest one counts"},
 }};
 
-// A numbered value of an element: a leg or a control. Without an index it belongs nowhere.
+// A numbered value of an element: a leg or a control. Index 0 belongs nowhere.
 struct IndexedValue {
-  std::int32_t index = -1;
+  std::int32_t index = 0;
   std::string_view value;
 };
 
-IndexedValue ReadIndexed(const pugi::xml_node& element, std::string_view value_name) {
+IndexedValue ReadIndexed(Source& source, std::string_view value_name, std::string_view subject,
+                         std::int32_t most) {
   IndexedValue result;
-  for (pugi::xml_attribute attribute = element.first_attribute(); attribute;
-       attribute = attribute.next_attribute()) {
-    const std::string_view name = attribute.name();
-    if (name == "index") {
-      result.index = LeadingLong(attribute.value());
-    } else if (name == value_name) {
-      result.value = attribute.value();
+  std::string_view index;
+  for (const XmlAttribute& attribute : source.Xml().Attributes()) {
+    if (attribute.Name() == "index") {
+      index = attribute.Value();
+    } else if (attribute.Name() == value_name) {
+      result.value = attribute.Value();
     }
+  }
+  const bool good = StoreNumber(result.index, index);
+  if (result.index < 1 || result.index > most) {
+    source.Warn(subject, index, "has no index from 1 to 50 and is dropped");
+    result.index = 0;
+  } else if (!good) {
+    source.Warn(subject, index, kLeadingDigits);
   }
   return result;
 }
 
-std::shared_ptr<clsCourseData> ReadCourse(const pugi::xml_node& element) {
+std::shared_ptr<clsCourseData> ReadCourse(Source& source) {
+  CourseNumbers numbers;
+  ReadAttributes(source, numbers, kCourseRules);
   auto course = std::make_shared<clsCourseData>();
-  ReadAttributes(element, *course, kCourseRules);
-  ForEachElement(element, [&](const pugi::xml_node& child) {
-    const IndexedValue control = ReadIndexed(child, "unit-number");
-    if (control.index < 0 || control.index > clsCourseData::kMostControls) return;
-    course->SetControlNum(control.index, LeadingLong(control.value));
+  course->SetCourseIndex(numbers.number);
+  course->SetControlCount(numbers.controls);
+  std::int32_t highest = 0;
+  ForEachElement(source.Xml(), [&] {
+    const IndexedValue control =
+        ReadIndexed(source, "unit-number", "control", clsCourseData::kMostControls);
+    if (control.index == 0) return;
+    std::int32_t code = 0;
+    if (!StoreNumber(code, control.value) && !control.value.empty()) {
+      source.Warn("unit-number", control.value, kLeadingDigits);
+    }
+    course->SetControlNum(control.index, code);
+    highest = std::max(highest, control.index);
   });
+  if (highest > numbers.controls) {
+    source.Warn("course", std::to_string(numbers.number),
+                "has more controls than its attribute \"controls\" says, they are not used");
+  }
   return course;
 }
 
@@ -143,67 +239,103 @@ struct ClassAttributes {
 };
 
 constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
-    {"name", [](ClassAttributes& c, std::string_view v) { c.name = ThroughShiftJis(v); }},
-    {"filename", [](ClassAttributes& c, std::string_view v) { c.file_name = FoldFileName(v); }},
+    {"name", [](ClassAttributes& c, std::string_view v) { return StoreText(c.name, v); }},
+    {"filename",
+     [](ClassAttributes& c, std::string_view v) {
+       c.file_name = FoldFileName(v);
+       return true;
+     }},
     {"length",
-     [](ClassAttributes& c, std::string_view v) { c.result.Class->Length = LeadingLong(v); }},
+     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.Class->Length, v); },
+     kLeadingDigits},
     {"climb",
-     [](ClassAttributes& c, std::string_view v) { c.result.Class->Climb = LeadingLong(v); }},
+     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.Class->Climb, v); },
+     kLeadingDigits},
     {"controls",
      [](ClassAttributes& c, std::string_view v) {
-       c.result.Class->ControlCount = std::clamp(LeadingLong(v), 0, kMostClassControls);
-     }},
+       return StoreControls(c.result.Class->ControlCount, v, kMostClassControls);
+     },
+     "is no number of controls from 0 to 49, the nearest one counts"},
     {"course",
-     [](ClassAttributes& c, std::string_view v) { c.result.Class->CourseNum = LeadingLong(v); }},
+     [](ClassAttributes& c, std::string_view v) {
+       return StoreNumber(c.result.Class->CourseNum, v);
+     },
+     kLeadingDigits},
     {"cutoffrank",
-     [](ClassAttributes& c, std::string_view v) { c.result.Class->CutOffRank = LeadingLong(v); }},
+     [](ClassAttributes& c, std::string_view v) {
+       return StoreNumber(c.result.Class->CutOffRank, v);
+     },
+     kLeadingDigits},
 }};
+
+// "h:mm:ss" with any number of hours and, perhaps, a fraction of a second. Dates and times below
+// zero are none.
+std::optional<DateTime> Duration(std::string_view text) {
+  if (text.find('/') != std::string_view::npos) return std::nullopt;
+  if (const auto time = ParseFinishTime(text)) {
+    if (*time >= 0 && *time < 1) return time;
+    return std::nullopt;
+  }
+  const auto [whole, fraction] = SplitAt(text, ".");
+  if (!IsTimeText(whole) || !IsDigits(fraction)) return std::nullopt;
+  const DateTime time = ParseSignedTime(whole, false, false, -1);
+  if (time < 0) return std::nullopt;
+  const double seconds = NumericValue("0." + std::string(fraction)).value_or(0);
+  return Canonical(time + seconds / kSecondsPerDay);
+}
 
 constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
-    {"name", [](clsLapData& r, std::string_view v) { r.RunnerName = v; }},
-    {"id", [](clsLapData& r, std::string_view v) { r.ID = LeadingLong(v); }},
-    {"ecard", [](clsLapData& r, std::string_view v) { r.Ecard = LeadingLong(v); }},
-    {"seed", [](clsLapData& r, std::string_view v) { r.Seed = v; }},
-    {"club", [](clsLapData& r, std::string_view v) { r.ClubName = v; }},
+    {"name", [](clsLapData& r, std::string_view v) { return StoreText(r.RunnerName, v); }},
+    {"id", [](clsLapData& r, std::string_view v) { return StoreNumber(r.ID, v); }, kLeadingDigits},
+    {"ecard", [](clsLapData& r, std::string_view v) { return StoreNumber(r.Ecard, v); },
+     kLeadingDigits},
+    {"seed", [](clsLapData& r, std::string_view v) { return StoreText(r.Seed, v); }},
+    {"club", [](clsLapData& r, std::string_view v) { return StoreText(r.ClubName, v); }},
     {"start",
      [](clsLapData& r, std::string_view v) {
-       const auto time = ParseDateTime(v);
-       if (time && *time >= 0 && *time < 1) r.StartTime()->SetValue(*time);
+       const auto time = Duration(v);
+       if (time) r.StartTime()->SetValue(*time);
+       return time.has_value();
+     },
+     "is no time and is left out"},
+    {"result",
+     [](clsLapData& r, std::string_view v) {
+       r.SetResult(v);
+       return true;
      }},
-    {"result", [](clsLapData& r, std::string_view v) { r.SetResult(v); }},
-    {"rank", [](clsLapData& r, std::string_view v) { r.Rank = v; }},
-    {"sex", [](clsLapData& r, std::string_view v) { r.Sex = v; }},
-    {"competitor-id", [](clsLapData& r, std::string_view v) { r.CompetitorId = v; }},
-    {"rankfix", [](clsLapData& r, std::string_view v) { r.RankFix = v; }},
-    {"age", [](clsLapData& r, std::string_view v) { r.Age = v; }},
+    {"rank", [](clsLapData& r, std::string_view v) { return StoreText(r.Rank, v); }},
+    {"sex", [](clsLapData& r, std::string_view v) { return StoreText(r.Sex, v); }},
+    {"competitor-id",
+     [](clsLapData& r, std::string_view v) { return StoreText(r.CompetitorId, v); }},
+    {"rankfix", [](clsLapData& r, std::string_view v) { return StoreText(r.RankFix, v); }},
+    {"age", [](clsLapData& r, std::string_view v) { return StoreText(r.Age, v); }},
 }};
 
-// A lap as a time or marker. Times with a fraction and of 24 hours and more are times too: a file
-// that holds one must not lose it. Dates and negative times are no laps.
+// A lap as a time or marker; nullopt for a text that is neither.
 class LapTextReader {
  public:
-  DateTime Read(std::string_view text) const {
-    if (text.find_first_of("/-") == std::string_view::npos) {
-      if (const auto time = ParseFinishTime(text)) return *time;
-      if (IsTimeText(text)) return ParseSignedTime(text, false, false, 0);
-    }
+  std::optional<DateTime> Read(std::string_view text) const {
+    if (const auto time = Duration(text)) return time;
     if (text == kDisqText || text == "X") return kTimeDisq;
     if (text == kSkipText || text == "+" || (!arrow_.empty() && text == arrow_)) return kTimeSkip;
-    return kTimeNoData;
+    if (text.empty() || text == "-") return kTimeNoData;
+    return std::nullopt;
   }
 
  private:
   std::string arrow_ = ResourceText("RES_META_RIGHT_ARROW");
 };
 
-std::shared_ptr<clsLapData> ReadRunner(const pugi::xml_node& element, const LapTextReader& laps) {
+std::shared_ptr<clsLapData> ReadRunner(Source& source, const LapTextReader& laps) {
   auto runner = std::make_shared<clsLapData>();
-  ReadAttributes(element, *runner, kRunnerRules);
-  ForEachElement(element, [&](const pugi::xml_node& child) {
-    if (LocalName(child) != "leg") return;
-    const IndexedValue leg = ReadIndexed(child, "laptime");
-    if (leg.index < 0 || leg.index > clsLapData::kMostLegs) return;
-    runner->SetLap(leg.index, laps.Read(leg.value));
+  ReadAttributes(source, *runner, kRunnerRules);
+  ForEachElement(source.Xml(), [&] {
+    if (source.Xml().LocalName() != "leg") return;
+    const IndexedValue leg = ReadIndexed(source, "laptime", "leg", clsLapData::kMostLegs);
+    if (leg.index == 0) return;
+    const auto lap = laps.Read(leg.value);
+    if (!lap) source.Warn("laptime", leg.value, "is no time, the leg has no data");
+    runner->SetLap(leg.index, lap.value_or(kTimeNoData));
   });
   return runner;
 }
@@ -213,60 +345,54 @@ std::string WithoutLineBreaks(std::string text) {
   return text;
 }
 
-NativeClass ReadClass(const pugi::xml_node& element, const LapTextReader& laps) {
+NativeClass ReadClass(Source& source, const LapTextReader& laps, std::size_t& runners) {
   ClassAttributes attributes;
-  ReadAttributes(element, attributes, kClassRules);
+  ReadAttributes(source, attributes, kClassRules);
   NativeClass& klass = attributes.result;
   ClassDataInternal::SetClassName(*klass.Class, WithoutLineBreaks(std::move(attributes.name)));
   if (attributes.file_name) klass.Class->SetFileName(*attributes.file_name);
-  ForEachElement(element, [&](const pugi::xml_node& child) {
-    klass.Runners.push_back(ReadRunner(child, laps));
+  ForEachElement(source.Xml(), [&] {
+    source.Count(runners, kMostRunners, "runners");
+    klass.Runners.push_back(ReadRunner(source, laps));
   });
   return std::move(klass);
 }
 
-std::size_t CountChildren(const pugi::xml_node& parent) {
-  std::size_t count = 0;
-  ForEachElement(parent, [&](const pugi::xml_node&) { ++count; });
-  return count;
+std::optional<DateTime> ReadFileDate(Source& source) {
+  for (const XmlAttribute& attribute : source.Xml().Attributes()) {
+    if (attribute.Name() != "filedate") continue;
+    const auto date = ParseDateTime(attribute.Value());
+    if (!date && !attribute.Value().empty()) source.Warn("filedate", attribute.Value(), kNoDate);
+    return date;
+  }
+  return std::nullopt;
 }
 
-// "" when the document is of a size that an event can have.
-std::string TooLarge(const pugi::xml_node& root) {
+// At the root element.
+NativeLapFile ReadRoot(Source& source) {
+  XmlReader& xml = source.Xml();
+  NativeLapFile file;
+  const LapTextReader laps;
   std::size_t runners = 0;
   std::size_t classes = 0;
   std::size_t courses = 0;
-  ForEachElement(root, [&](const pugi::xml_node& child) {
-    const std::string_view name = LocalName(child);
-    if (name == "courses") courses += CountChildren(child);
-    if (name != "classes") return;
-    classes += CountChildren(child);
-    ForEachElement(child, [&](const pugi::xml_node& klass) { runners += CountChildren(klass); });
-  });
-  const auto message = [](std::size_t count, std::size_t most, const char* things) {
-    return std::to_string(count) + " " + things + ", more than " + std::to_string(most);
-  };
-  if (runners > kMostRunners) return message(runners, kMostRunners, "runners");
-  if (classes > kMostClasses) return message(classes, kMostClasses, "classes");
-  if (courses > kMostCourses) return message(courses, kMostCourses, "courses");
-  return "";
-}
-
-NativeLapFile ReadDocument(const pugi::xml_node& root) {
-  NativeLapFile file;
-  const LapTextReader laps;
-  file.FileDate = ParseDateTime(root.attribute("filedate").value());
-  ForEachElement(root, [&](const pugi::xml_node& child) {
-    const std::string_view name = LocalName(child);
+  file.FileDate = ReadFileDate(source);
+  ForEachElement(xml, [&] {
+    const std::string_view name = xml.LocalName();
     if (name == "event") {
-      ReadAttributes(child, file.Event, kEventRules);
+      ReadAttributes(source, file.Event, kEventRules);
     } else if (name == "meta") {
-      ReadMeta(child, file.Meta);
+      ReadMeta(source, file.Meta);
     } else if (name == "courses") {
-      ForEachElement(child, [&](const auto& node) { file.Courses.push_back(ReadCourse(node)); });
+      ForEachElement(xml, [&] {
+        source.Count(courses, kMostCourses, "courses");
+        file.Courses.push_back(ReadCourse(source));
+      });
     } else if (name == "classes") {
-      ForEachElement(child,
-                     [&](const auto& node) { file.Classes.push_back(ReadClass(node, laps)); });
+      ForEachElement(xml, [&] {
+        source.Count(classes, kMostClasses, "classes");
+        file.Classes.push_back(ReadClass(source, laps, runners));
+      });
     }
   });
   return file;
@@ -274,20 +400,21 @@ NativeLapFile ReadDocument(const pugi::xml_node& root) {
 
 }  // namespace
 
-NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind) {
-  XmlDocument document;
+NativeReadResult ReadNativeLapFile(std::string_view bytes, NativeSource kind) {
+  XmlReader xml;
   std::optional<XmlError> error =
-      kind == NativeSource::kText ? document.LoadText(source) : document.LoadBytes(source);
-  if (error) return {{}, std::move(error)};
-  const pugi::xml_node root = document.Root();
-  if (LocalName(root) != "keltrun") {
-    return {{},
-            document.ErrorAtRoot("the root element is <" + std::string(root.name()) +
-                                 ">, expected <keltrun>: this is no native lap file")};
+      kind == NativeSource::kText ? xml.OpenText(bytes) : xml.OpenBytes(bytes);
+  if (error) return {{}, {}, std::move(error)};
+  Source source(xml);
+  NativeLapFile file;
+  if (xml.NextChild() && xml.LocalName() != "keltrun") {
+    xml.FailAtElement("the root element is <" + std::string(xml.LocalName()) +
+                      ">, expected <keltrun>: this is no native lap file");
   }
-  const std::string too_large = TooLarge(root);
-  if (!too_large.empty()) return {{}, document.ErrorAtRoot(too_large)};
-  return {ReadDocument(root), std::nullopt};
+  if (!xml.Error()) file = ReadRoot(source);
+  xml.SkipTo(0);
+  if (xml.Error()) return {{}, {}, xml.Error()};
+  return {std::move(file), source.TakeRemarks(), std::nullopt};
 }
 
 }  // namespace keltrun

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/io/remarks.h"
 #include "keltrun2/model/class_data.h"
 #include "keltrun2/model/course_data.h"
 #include "keltrun2/model/event_data.h"
@@ -31,6 +32,7 @@ struct NativeLapFile {
 
 struct NativeReadResult {
   NativeLapFile File;
+  std::vector<LoadRemark> Remarks;
   std::optional<XmlError> Error;  // when set, File is empty
 };
 
@@ -39,10 +41,11 @@ enum class NativeSource { kFileBytes, kText };
 
 /// Reads a native lap file. Unknown elements and attributes are ignored and missing ones leave the
 /// defaults. Numbers are read leniently (leading digits, else 0); control counts are kept within 0
-/// to 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside 0
-/// to 50 is dropped. An error means that the document is no XML, that its root element is not
-/// "keltrun", or that it holds more than 200,000 runners, 10,000 classes or 10,000 courses: no
-/// event has so many, and a record takes far more memory than its element.
-NativeReadResult ReadNativeLapFile(std::string_view source, NativeSource kind);
+/// to 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside 1
+/// to 50 is dropped. What is not as it should be is a remark with the place of its element. An
+/// error means that the document is no XML, that its root element is not "keltrun", or that it
+/// holds more than 200,000 runners, 10,000 classes or 10,000 courses: no event has so many, and a
+/// record takes far more memory than its element.
+NativeReadResult ReadNativeLapFile(std::string_view bytes, NativeSource kind);
 
 }  // namespace keltrun

@@ -1,6 +1,7 @@
 #include "keltrun2/io/native_writer.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -13,6 +14,7 @@ namespace keltrun {
 namespace {
 
 constexpr std::string_view kStamp = "yyyy/mm/dd hh:nn:ss";
+constexpr DateTime kShortestTime = 1 / kMillisecondsPerDay;
 constexpr MarkerTexts kLapMarkers = {"-", "+", "X"};
 
 void Write(pugi::xml_node& element, const char* name, std::string_view text) {
@@ -58,15 +60,46 @@ void WriteEvent(pugi::xml_node& root, const clsEventData& data) {
   WriteIfSet(event, "filename", data.FileName);
 }
 
+// "hh:mm:ss.fff", with any number of hours; the fraction only where there is one.
+void AppendExactTime(std::string& out, DateTime time) {
+  const auto milliseconds = std::llround(time * kMillisecondsPerDay);
+  const auto hours = milliseconds / 3'600'000;
+  const auto rest = static_cast<int>(milliseconds % 3'600'000);
+  if (hours < 10) out += '0';
+  out += std::to_string(hours) + ":";
+  AppendTwoDigits(out, rest / 60'000);
+  out += ':';
+  AppendTwoDigits(out, rest / 1000 % 60);
+  if (rest % 1000 == 0) return;
+  out += '.';
+  out += static_cast<char>('0' + rest % 1000 / 100);
+  AppendTwoDigits(out, rest % 100);
+}
+
+// A lap that whole seconds would turn into none keeps its fraction.
+bool RoundsToNothing(DateTime lap) { return lap > 0 && WholeSeconds(lap) == 0; }
+
 void WriteLegs(pugi::xml_node& runner, const clsLapData& lap) {
   std::string time;
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(lap); ++leg) {
     time.clear();
-    AppendTime(time, LapDataInternal::Lap(lap, leg), "hh:nn:ss", false, kLapMarkers);
+    const DateTime value = LapDataInternal::Lap(lap, leg);
+    if (RoundsToNothing(value)) {
+      AppendExactTime(time, std::max(value, kShortestTime));
+    } else {
+      AppendTime(time, value, "hh:nn:ss", false, kLapMarkers);
+    }
     pugi::xml_node element = runner.append_child("leg");
     Write(element, "index", leg);
     Write(element, "laptime", time);
   }
+}
+
+std::string StartText(DateTime start) {
+  if (start < 0 || start >= kLongestTime) return FormatDateTime(start, "hh:nn:ss");
+  std::string text;
+  AppendExactTime(text, start);
+  return text;
 }
 
 void WriteRunner(pugi::xml_node& klass, const clsLapData& lap, KrLapFileSaveModeCosnt mode) {
@@ -77,7 +110,7 @@ void WriteRunner(pugi::xml_node& klass, const clsLapData& lap, KrLapFileSaveMode
   WriteIfSet(runner, "seed", lap.Seed);
   WriteIfSet(runner, "club", lap.ClubName);
   const DateTime start = lap.StartTime()->Value();
-  if (start != 0) Write(runner, "start", FormatDateTime(start, "hh:nn:ss"));
+  if (start != 0) Write(runner, "start", StartText(start));
   WriteIfSet(runner, "result", lap.Result());
   WriteIfSet(runner, "rank", lap.Rank);
   WriteIfSet(runner, "sex", lap.Sex);

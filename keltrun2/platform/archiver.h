@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace keltrun {
@@ -20,6 +21,10 @@ struct ExtractionLimits {
   std::size_t TotalBytes = std::size_t{256} << 20;
   std::size_t Members = 1000;
 };
+
+/// Which kind of archive or packed file the bytes begin like: "LZH", "ZIP", "7z", "RAR" or "gzip";
+/// "" for none of these.
+std::string_view KindOfArchive(std::string_view bytes);
 
 /// Unpacks the files of an LZH archive (header levels 0 to 3; methods -lh0-, -lh5- to -lh7-) into
 /// an existing folder, in the archive's order. Names are read as Shift-JIS, or as UTF-8 or UTF-16

@@ -145,7 +145,8 @@ std::filesystem::path FolderOf(const std::string& name) {
 
 }  // namespace
 
-std::optional<std::string> ReadFile(const std::string& name, std::string& error) {
+std::optional<std::string> ReadFile(const std::string& name, std::string& error,
+                                    std::size_t largest) {
   if (HasNul(name, error)) return std::nullopt;
   Descriptor file(open(name.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat info;
@@ -157,11 +158,10 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error)
     error = "cannot read " + name + ": it is a folder";
     return std::nullopt;
   }
+  const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
   std::string bytes;
   std::size_t filled = 0;
-  std::size_t room = std::min(static_cast<std::size_t>(std::max<off_t>(info.st_size, 0)),
-                              kLargestInputFile) +
-                     1;  // one more shows the end of the file
+  std::size_t room = std::min(size, largest) + 1;  // one more shows the end of the file
   while (true) {
     bytes.resize(filled + room);
     const ssize_t got = read(file.get(), bytes.data() + filled, room);
@@ -172,12 +172,13 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error)
     }
     filled += static_cast<std::size_t>(got);
     if (got == 0) break;
-    if (filled > kLargestInputFile) {
-      error = "cannot read " + name + ": it is larger than " +
-              std::to_string(kLargestInputFile >> 20) + " MiB";
+    if (filled > largest || size > largest) {
+      error =
+          "cannot read " + name + ": it is larger than " + std::to_string(largest >> 20) + " MiB";
       return std::nullopt;
     }
-    room = std::max<std::size_t>(room - static_cast<std::size_t>(got), 4096);
+    room -= static_cast<std::size_t>(got);
+    if (room == 0) room = std::max<std::size_t>(4096, filled / 8);
   }
   bytes.resize(filled);
   return bytes;

@@ -1,10 +1,8 @@
 #include "keltrun2/platform/xml.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <unordered_set>
 #include <utility>
 
@@ -14,8 +12,7 @@
 namespace keltrun {
 namespace {
 
-constexpr int kDeepestNesting = 256;
-constexpr std::ptrdiff_t kMostTags = 5'000'000;  // each costs memory; 20,000 runners need a million
+constexpr std::size_t kDeepestNesting = 256;
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
 
 // The encoding named in the XML declaration at the start of `bytes`, or "".
@@ -38,15 +35,23 @@ bool DropMark(std::string_view& text) {
   return true;
 }
 
-// Line and column (in characters) of an offset in a text.
+// Moves a place, in lines and characters, over a part of a text. CR LF is one line break, and so is
+// either alone.
+void MovePlace(XmlError& place, std::string_view text, std::size_t begin, std::size_t end) {
+  for (std::size_t i = begin; i < end; ++i) {
+    const char c = text[i];
+    if (c == '\n' || (c == '\r' && text.substr(i + 1, 1) != "\n")) {
+      ++place.Line;
+      place.Column = 1;
+    } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) {
+      ++place.Column;
+    }
+  }
+}
+
 XmlError Locate(std::string_view text, std::size_t offset, std::string detail) {
   XmlError error{1, 1, std::move(detail)};
-  for (std::size_t pos = 0; pos < std::min(offset, text.size());) {
-    const char32_t c = NextCodePoint(text, pos);
-    const bool line_break = c == '\n' || (c == '\r' && text.substr(pos, 1) != "\n");
-    error.Line += line_break ? 1 : 0;
-    error.Column = line_break ? 1 : error.Column + 1;
-  }
+  MovePlace(error, text, 0, std::min(offset, text.size()));
   return error;
 }
 
@@ -95,41 +100,64 @@ char32_t ReferencedCharacter(std::string_view digits) {
   return whole ? value : 0;
 }
 
-// Offset of a reference like "&#0;" to a character that is none, or npos. The parser would end the
-// value there in silence, or make invalid UTF-8 of it.
+constexpr std::string_view kReferenceDigits = "0123456789abcdefABCDEFx";
+
+// Offset of a reference like "&#0;" to a character that is none, or npos.
 std::size_t FindBadReference(std::string_view text) {
   for (std::size_t at = text.find("&#"); at != std::string_view::npos;
        at = text.find("&#", at + 2)) {
     const std::size_t begin = at + 2;
-    const std::size_t end = text.find_first_not_of("0123456789abcdefABCDEFx", begin);
-    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text to the parser
+    const std::size_t end = text.find_first_not_of(kReferenceDigits, begin);
+    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text
     if (!AllowedCharacter(ReferencedCharacter(text.substr(begin, end - begin)))) return at;
   }
   return std::string_view::npos;
 }
 
-// The second of two attributes of one name among many, or null; linear.
-pugi::xml_attribute DuplicateAmongMany(const pugi::xml_node& element) {
-  std::unordered_set<std::string_view> names;
-  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
-    if (!names.insert(a.name()).second) return a;
-  }
-  return {};
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+constexpr bool BeginsName(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
+         static_cast<unsigned char>(c) >= 0x80;
 }
 
-pugi::xml_attribute Duplicate(const pugi::xml_node& element) {
-  constexpr std::size_t kFewAttributes = 16;
-  std::array<const char*, kFewAttributes> names;
-  std::size_t seen = 0;
-  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
-    if (seen == kFewAttributes) return DuplicateAmongMany(element);
-    const char* name = a.name();
-    for (std::size_t i = 0; i < seen; ++i) {
-      if (*names[i] == *name && std::strcmp(names[i], name) == 0) return a;
-    }
-    names[seen++] = name;
+constexpr bool IsInName(char c) {
+  return BeginsName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
+struct Entity {
+  std::string_view text;
+  char character;
+};
+constexpr Entity kEntities[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+
+// The reference at the start of a text goes to `out`; returns its length, 0 for a "&" that stands
+// for itself.
+std::size_t DecodeReference(std::string_view text, std::string& out) {
+  for (const Entity& entity : kEntities) {
+    if (!text.starts_with(entity.text)) continue;
+    out += entity.character;
+    return entity.text.size();
   }
-  return {};
+  if (!text.starts_with("&#")) return 0;
+  const std::size_t end = text.find_first_not_of(kReferenceDigits, 2);
+  if (end == std::string_view::npos || text[end] != ';') return 0;
+  AppendUtf8(out, ReferencedCharacter(text.substr(2, end - 2)));
+  return end + 1;
+}
+
+void DecodeValue(std::string_view raw, std::string& out) {
+  out.clear();
+  for (std::size_t i = 0; i < raw.size();) {
+    const std::size_t reference = raw[i] == '&' ? DecodeReference(raw.substr(i), out) : 0;
+    if (reference > 0) {
+      i += reference;
+      continue;
+    }
+    out += IsBlank(raw[i]) ? ' ' : raw[i];
+    i += raw.substr(i, 2) == "\r\n" ? 2 : 1;
+  }
 }
 
 struct StringWriter : pugi::xml_writer {
@@ -148,135 +176,241 @@ std::string ToString(const XmlError& error) {
          error.Detail;
 }
 
-std::optional<XmlError> XmlDocument::LoadBytes(std::string_view bytes) {
+std::optional<XmlError> XmlReader::OpenBytes(std::string_view bytes) {
   Decoded converted;
   if (std::optional<XmlError> error = ToUtf8(bytes, converted)) return error;
-  source_ = bytes;
-  return Parse();
+  if (converted.Text.empty()) {
+    source_ = bytes;
+  } else {
+    converted_ = std::move(converted.Text);
+    source_ = converted_;
+  }
+  return Open();
 }
 
-std::optional<XmlError> XmlDocument::LoadText(std::string_view text) {
+std::optional<XmlError> XmlReader::OpenText(std::string_view text) {
   source_ = text;
   DropMark(source_);
-  return Parse();
+  return Open();
 }
 
-std::optional<XmlError> XmlDocument::Parse() {
-  document_.reset();
+std::optional<XmlError> XmlReader::Open() {
   const std::size_t invalid = FindInvalidUtf8(source_);
-  if (invalid != std::string::npos) return ErrorAt(invalid, "a byte that is not valid UTF-8");
+  if (invalid != std::string::npos) {
+    return Locate(source_, invalid, "a byte that is not valid UTF-8");
+  }
   const std::size_t nul = source_.find('\0');
-  if (nul != std::string::npos) return ErrorAt(nul, "a NUL character");
+  if (nul != std::string::npos) return Locate(source_, nul, "a NUL character");
   const std::size_t reference = FindBadReference(source_);
   if (reference != std::string::npos) {
-    return ErrorAt(reference, "a reference to a character that XML does not allow");
-  }
-  if (std::count(source_.begin(), source_.end(), '<') > kMostTags) {
-    return XmlError{0, 0, "the document has more than " + std::to_string(kMostTags) + " tags"};
+    return Locate(source_, reference, "a reference to a character that XML does not allow");
   }
   if (source_.find_first_not_of(" \t\r\n") == std::string::npos) {
     return XmlError{1, 1, "the file is empty"};
   }
-  buffer_ = source_;
-  buffer_ += '\n';  // the parser works in place and needs the last byte for itself
-  // Read as a fragment, so that text beside the root is kept and can be refused.
-  const unsigned flags = pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment;
-  const pugi::xml_parse_result result =
-      document_.load_buffer_inplace(buffer_.data(), buffer_.size(), flags, pugi::encoding_utf8);
-  std::optional<XmlError> error;
-  if (!result) {
-    error = ErrorAt(static_cast<std::size_t>(result.offset), result.description());
-  } else {
-    error = CheckTopLevel();
-    if (!error) error = CheckElements();
-  }
-  if (error) {
-    document_.reset();
-  } else {
-    root_place_ = ErrorAt(Root(), "");
-  }
-  return error;
-}
-
-std::optional<XmlError> XmlDocument::CheckTopLevel() const {
-  bool root_seen = false;
-  for (const pugi::xml_node& node : document_.children()) {
-    switch (node.type()) {
-      case pugi::node_element:
-        if (root_seen) return ErrorAt(node, "a second root element");
-        root_seen = true;
-        break;
-      case pugi::node_doctype:
-        if (std::strchr(node.value(), '[') != nullptr) {
-          return ErrorAt(node, "a document type with declarations of its own is not accepted");
-        }
-        break;
-      case pugi::node_pcdata:
-      case pugi::node_cdata:
-        return ErrorAtText(node, "text outside the root element");
-      default:
-        break;
-    }
-  }
-  if (!root_seen) return XmlError{0, 0, "there is no root element"};
   return std::nullopt;
 }
 
-// Walks without recursion: the nesting is not known to be shallow yet.
-std::optional<XmlError> XmlDocument::CheckElements() const {
-  const pugi::xml_node root = document_.document_element();
-  pugi::xml_node node = root;
-  int depth = 1;
+XmlError XmlReader::ErrorAt(std::size_t offset, std::string detail) {
+  // Places are asked for in the order of the document, nearly always.
+  if (offset < placed_) {
+    place_ = {1, 1, ""};
+    placed_ = 0;
+  }
+  MovePlace(place_, source_, placed_, offset);
+  placed_ = offset;
+  return {place_.Line, place_.Column, std::move(detail)};
+}
+
+bool XmlReader::Fail(std::size_t offset, std::string detail) {
+  error_ = ErrorAt(std::min(offset, source_.size()), std::move(detail));
+  open_.clear();
+  return false;
+}
+
+bool XmlReader::NextChild() {
+  if (error_) return false;
+  if (empty_) {
+    empty_ = false;
+    open_.pop_back();
+    return false;
+  }
   while (true) {
-    if (node.type() == pugi::node_element) {
-      if (depth > kDeepestNesting) {
-        return ErrorAt(node, "elements nested deeper than " + std::to_string(kDeepestNesting));
-      }
-      if (const pugi::xml_attribute duplicate = Duplicate(node)) {
-        return ErrorAt(node, "the attribute \"" + std::string(duplicate.name()) + "\" twice in <" +
-                                 std::string(node.name()) + ">");
-      }
+    const std::size_t tag = std::min(source_.find('<', pos_), source_.size());
+    if (open_.empty()) {
+      const std::size_t text = source_.find_first_not_of(" \t\r\n", pos_);
+      if (text < tag) return Fail(text, "text outside the root element");
     }
-    if (const pugi::xml_node child = node.first_child()) {
-      node = child;
-      ++depth;
-      continue;
-    }
-    pugi::xml_node next;
-    while (node != root && !(next = node.next_sibling())) {
-      node = node.parent();
-      --depth;
-    }
-    if (node == root) return std::nullopt;
-    node = next;
+    pos_ = tag;
+    if (tag == source_.size()) return ReadEnd();
+    const char kind = source_.substr(pos_ + 1, 1).empty() ? '\0' : source_[pos_ + 1];
+    if (kind == '/') return ReadEndTag();
+    if (kind != '!' && kind != '?') return ReadStartTag();
+    if (!SkipMarkup()) return false;
   }
 }
 
-XmlError XmlDocument::ErrorAt(std::size_t offset, std::string detail) const {
-  return Locate(source_, offset, std::move(detail));
+void XmlReader::SkipTo(std::size_t depth) {
+  while (open_.size() > depth) NextChild();
+  if (depth == 0) NextChild();
 }
 
-XmlError XmlDocument::ErrorAtRoot(std::string detail) const {
-  XmlError error = root_place_;
-  error.Detail = std::move(detail);
-  return error;
+// At the end of the document.
+bool XmlReader::ReadEnd() {
+  if (!open_.empty()) {
+    return Fail(pos_, "the document ends inside <" + std::string(open_.back()) + ">");
+  }
+  if (!root_seen_) error_ = XmlError{0, 0, "there is no root element"};
+  return false;
 }
 
-// Behind the white space that a text begins with.
-XmlError XmlDocument::ErrorAtText(pugi::xml_node node, std::string detail) const {
-  const auto begin = static_cast<std::size_t>(std::max<std::ptrdiff_t>(node.offset_debug(), 0));
-  const std::size_t text = source_.find_first_not_of(" \t\r\n", begin);
-  return ErrorAt(std::min(text, source_.size()), std::move(detail));
+bool XmlReader::ReadStartTag() {
+  element_ = pos_++;
+  const std::string_view name = TakeName();
+  if (name.empty()) return Fail(element_, "a \"<\" that begins no tag");
+  if (open_.empty() && root_seen_) return Fail(element_, "a second root element");
+  if (open_.size() == kDeepestNesting) {
+    return Fail(element_, "elements nested deeper than " + std::to_string(kDeepestNesting));
+  }
+  root_seen_ = true;
+  open_.push_back(name);
+  return ReadAttributes(name) && CheckNames(name);
 }
 
-XmlError XmlDocument::ErrorAt(pugi::xml_node node, std::string detail) const {
-  const std::ptrdiff_t offset = node.offset_debug();
-  if (offset < 0) return XmlError{0, 0, std::move(detail)};
-  return ErrorAt(static_cast<std::size_t>(offset), std::move(detail));
+bool XmlReader::ReadEndTag() {
+  const std::size_t begin = pos_;
+  pos_ += 2;
+  const std::string_view name = TakeName();
+  if (open_.empty() || open_.back() != name) {
+    const std::string wanted =
+        open_.empty() ? "no element is open" : "</" + std::string(open_.back()) + "> was expected";
+    return Fail(begin, "</" + std::string(name) + "> where " + wanted);
+  }
+  TakeBlanks();
+  if (Next() != '>') return Fail(pos_, "a \">\" is missing");
+  ++pos_;
+  open_.pop_back();
+  return false;
 }
 
-std::string_view LocalName(const pugi::xml_node& node) {
-  const std::string_view name = node.name();
+// The attributes and the end of a start tag.
+bool XmlReader::ReadAttributes(std::string_view element) {
+  used_ = 0;
+  while (true) {
+    const bool blanks = TakeBlanks();
+    const char c = Next();
+    if (c == '>' || (c == '/' && source_.substr(pos_, 2) == "/>")) {
+      empty_ = c == '/';
+      pos_ += empty_ ? 2 : 1;
+      return true;
+    }
+    if (pos_ >= source_.size()) {
+      return Fail(pos_, "the document ends inside the tag <" + std::string(element) + ">");
+    }
+    if (!blanks || !BeginsName(c)) {
+      return Fail(pos_,
+                  "neither an attribute nor the end of the tag <" + std::string(element) + ">");
+    }
+    if (!ReadAttribute(element)) return false;
+  }
+}
+
+bool XmlReader::ReadAttribute(std::string_view element) {
+  const std::size_t begin = pos_;
+  if (used_ == attributes_.size()) attributes_.emplace_back();
+  XmlAttribute& attribute = attributes_[used_++];
+  attribute.name_ = TakeName();
+  TakeBlanks();
+  bool good = Next() == '=';
+  if (good) {
+    ++pos_;
+    TakeBlanks();
+    good = Next() == '"' || Next() == '\'';
+  }
+  const std::size_t end = good ? source_.find(source_[pos_], pos_ + 1) : std::string_view::npos;
+  if (end == std::string_view::npos) {
+    return Fail(begin, "the attribute \"" + std::string(attribute.name_) + "\" of <" +
+                           std::string(element) + "> has no value in quotes");
+  }
+  attribute.raw_ = source_.substr(pos_ + 1, end - pos_ - 1);
+  attribute.plain_ = attribute.raw_.find_first_of("&\t\r\n") == std::string_view::npos;
+  if (!attribute.plain_) DecodeValue(attribute.raw_, attribute.decoded_);
+  pos_ = end + 1;
+  return true;
+}
+
+// No attribute may be there twice.
+bool XmlReader::CheckNames(std::string_view element) {
+  constexpr std::size_t kFewAttributes = 16;
+  std::string_view twice;
+  if (used_ > kFewAttributes) {
+    std::unordered_set<std::string_view> names;
+    for (const XmlAttribute& attribute : Attributes()) {
+      if (!names.insert(attribute.name_).second) twice = attribute.name_;
+    }
+  } else {
+    for (std::size_t i = 0; i < used_; ++i) {
+      for (std::size_t j = 0; j < i; ++j) {
+        if (attributes_[i].name_ == attributes_[j].name_) twice = attributes_[i].name_;
+      }
+    }
+  }
+  return twice.empty() || Fail(element_, "the attribute \"" + std::string(twice) + "\" twice in <" +
+                                             std::string(element) + ">");
+}
+
+// Comments, instructions, sections of characters and the document type.
+bool XmlReader::SkipMarkup() {
+  const std::string_view markup = source_.substr(pos_, 9);
+  if (markup.starts_with("<!--")) return SkipPast("-->", "a comment");
+  if (markup.starts_with("<?")) return SkipPast("?>", "an instruction");
+  if (markup == "<![CDATA[") {
+    if (open_.empty()) return Fail(pos_, "text outside the root element");
+    return SkipPast("]]>", "a section of characters");
+  }
+  if (markup == "<!DOCTYPE" && open_.empty()) return SkipDocumentType();
+  return Fail(pos_, "a \"<!\" that begins neither a comment nor a document type in its place");
+}
+
+bool XmlReader::SkipPast(std::string_view end, std::string_view what) {
+  const std::size_t opening = end == "-->" ? 4 : 2;  // "<!-->" is only the beginning of a comment
+  const std::size_t at = source_.find(end, pos_ + opening);
+  if (at == std::string_view::npos) return Fail(pos_, std::string(what) + " without end");
+  pos_ = at + end.size();
+  return true;
+}
+
+bool XmlReader::SkipDocumentType() {
+  const std::size_t begin = pos_;
+  while (pos_ < source_.size()) {
+    const char c = source_[pos_];
+    if (c == '[') {
+      return Fail(begin, "a document type with declarations of its own is not accepted");
+    }
+    if (c == '"' || c == '\'') pos_ = std::min(source_.find(c, pos_ + 1), source_.size() - 1);
+    ++pos_;
+    if (c == '>') return true;
+  }
+  return Fail(begin, "a document type without end");
+}
+
+std::string_view XmlReader::TakeName() {
+  const std::size_t begin = pos_;
+  if (BeginsName(Next())) {
+    while (IsInName(Next())) ++pos_;
+  }
+  return source_.substr(begin, pos_ - begin);
+}
+
+// True when there were any.
+bool XmlReader::TakeBlanks() {
+  const std::size_t begin = pos_;
+  while (IsBlank(Next())) ++pos_;
+  return pos_ > begin;
+}
+
+std::string_view XmlReader::LocalName() const {
+  const std::string_view name = open_.back();
   const std::size_t colon = name.rfind(':');
   return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }

@@ -1,0 +1,17 @@
+// What of an event a form of lap file has no place for.
+#pragma once
+
+#include <vector>
+
+#include "keltrun2/io/lap_file_types.h"
+#include "keltrun2/io/remarks.h"
+#include "keltrun2/model/event_model.h"
+
+namespace keltrun {
+
+/// What is lost when the event is written as a file of the previous generation or as an IOF result
+/// list: runners and classes that are left out, values that have no place or are rounded, texts
+/// that the charset does not have. No remarks for other types.
+std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type);
+
+}  // namespace keltrun
