@@ -127,6 +127,32 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
   EXPECT_EQ(Contents(folder_ / "same.png"), kTwoClasses);
 }
 
+TEST_F(Cli, ErrorsAreInOneLanguageAndNameNothingInternal) {
+  Write(folder_ / "lines.txt", "a\r\nb\r\n");
+  Write(folder_ / "bad.lxm", "<keltrun>\r\n<event>");
+  Run("mkdir out.lxm site; mkdir site/event.lap");
+  const string cases[][2] = {
+      {"info bad.lxm", "bad.lxm: line 2, column 8: the document ends inside <event>\n"},
+      {"info missing.txt --lang ja", "cannot open missing.txt: No such file or directory\n"},
+      {"convert two.lxm out.lxm --force", "cannot write out.lxm: Is a directory\n"},
+      {"site two.lxm site", "cannot write site/event.lap: it is a folder\n"},
+      {"info lines.txt --lang en", "lines.txt: The file format was not recognised.\n"},
+      {"info lines.txt", "lines.txt: ファイルの形式を判別できませんでした。\n"}};
+  for (const auto& [arguments, error] : cases) {
+    EXPECT_EQ(Run("keltrun2 " + arguments).err, "keltrun2: " + error) << arguments;
+  }
+}
+
+TEST_F(Cli, ListsOfOtherCountriesAreReadOrCanBe) {
+  Write(folder_ / "a.csv", "CLASS,NAME,TIME\r\nH21,J\xF6rg,1:00:00\r\nH21,Anna,1:00:01\r\n");
+  const Outcome found = Run("keltrun2 results a.csv --as text");
+  EXPECT_TRUE(Has(found.out, "Jörg")) << found.out;
+  EXPECT_TRUE(Has(found.err, "a.csv: encoding: ") && Has(found.err, "--input-charset"));
+  const Outcome told = Run("keltrun2 results a.csv --as text --input-charset iso-8859-1");
+  EXPECT_TRUE(Has(told.out, "Jörg") && told.err.empty()) << told.err;
+  EXPECT_EQ(Run("keltrun2 info a.csv --input-charset klingon").code, 2);
+}
+
 TEST_F(Cli, HelpAndVersion) {
   for (const string command : {"", "site ", "info ", "analyze ", "results "}) {
     const string help = Output(command + "--help");
@@ -419,11 +445,13 @@ TEST_F(Cli, ConvertMergeAndSegments) {
   const string printout = KELTRUN2_TEST_DATA "/hoshinomori/sportident.txt";
   const Outcome converted = Run("keltrun2 convert " + printout + " si.lxm");
   EXPECT_EQ(converted.code, 0);
-  EXPECT_TRUE(Has(converted.err, "sportident.txt:150:61: ")) << converted.err;  // a remark
+  EXPECT_EQ(converted.err, "") << "nothing is lost";
   EXPECT_TRUE(Has(Output("info si.lxm"), "62-63-F")) << "segments of a printout";
   EXPECT_EQ(Run("keltrun2 convert si.lxm si.lxm").code, 1) << "without --force";
   EXPECT_EQ(Run("keltrun2 convert si.lxm si.txt").code, 2);
   for (const string name : {"a.lap", "a.xml", "a.lzh"}) Output("convert si.lxm " + name);
+  EXPECT_TRUE(
+      Has(Run("keltrun2 convert --force si.lxm a.lap").err, "a.lap: 4 courses with their "));
   EXPECT_GT(CountOf("laptime", Contents(folder_ / "si.lxm")), 2000);
   EXPECT_EQ(CountOf("<PersonResult>", Contents(folder_ / "a.xml")), 143);
   Output("convert a.lzh back.lxm");

@@ -100,12 +100,29 @@ void AddGeneralOptions(CLI::App& app, Options& options) {
                "nothing but errors: no progress bar, remarks or closing line");
 }
 
+CLI::Validator KnownCharset() {
+  return CLI::Validator(
+      [](const std::string& name) {
+        try {
+          clsFileControl().SetInputCharset(name);
+          return std::string();
+        } catch (const AutomationError&) {
+          return "the charset " + name + " is not known; utf-8, x-sjis and windows-1252 are";
+        }
+      },
+      "");
+}
+
 CLI::Option* AddEvent(CLI::App& app, Options& options) {
   CLI::Option* event = app.add_option("EVENT", options.event, "lap file; - is standard input")
                            ->type_name("")
                            ->required();
   app.add_option("--member", options.member, "which lap file of an archive that holds several")
       ->type_name("NAME");
+  app.add_option("--input-charset", options.input_charset,
+                 "what a list is written in: utf-8, x-sjis, windows-1252 (default: found out)")
+      ->type_name("NAME")
+      ->check(KnownCharset());
   return event;
 }
 

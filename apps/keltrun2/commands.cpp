@@ -212,11 +212,13 @@ std::string ResultsText(const clsKeltrun2& root, const Options& options) {
   return text;
 }
 
-// The ending of the name is the format.
+// The ending of the name is the format. What it has no place for is told.
 void SaveEvent(clsKeltrun2& root, const Options& options) {
   const auto mode = options.full ? KR_SAVEMODE_FULL : KR_SAVEMODE_NORMAL;
-  const bool saved = root.FileControl()->SaveLapFile(options.output, KR_FILETYPE_AUTODETECT, mode);
-  if (!saved || !root.ErrorComment().empty()) throw CommandError(root.ErrorComment());
+  const auto& files = root.FileControl();
+  const bool saved = files->SaveLapFile(options.output, KR_FILETYPE_AUTODETECT, mode);
+  if (!saved || !root.ErrorComment().empty()) throw CommandError(ReasonOf(root.ErrorComment()));
+  ShowRemarks(files->SaveRemarks(), options.output);
 }
 
 }  // namespace
@@ -238,7 +240,7 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   std::string failures = writes_style ? WriteStyle(style_file, style) : "";
   const bool begun = root.FileControl()->OutputSite(site);
   // The export goes on past a file that it cannot write; all such files are told at the end.
-  failures += root.ErrorComment();
+  failures += ReasonOf(root.ErrorComment());
   if (!begun || !failures.empty()) throw CommandError(failures);
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';
 }

@@ -106,26 +106,18 @@ class MemberWindows : public HostWindows {
   std::shared_ptr<HostWindows> others_;
 };
 
-void ShowRemarks(const clsFileControl& files, const std::string& name) {
-  for (const LoadRemark& remark : files.LoadRemarks()) {
-    std::cerr << Printable(name);
-    if (remark.Line > 0) std::cerr << ':' << remark.Line;
-    if (remark.Column > 0) std::cerr << ':' << remark.Column;
-    std::cerr << ": " << Printable(remark.Text) << '\n';
-  }
-}
-
 // `name` is what the user calls the file.
 void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& name,
               KrLapFileLoadModeCosnt mode, const Options& options) {
   const auto& files = root.FileControl();
+  files->SetInputCharset(options.input_charset);
   files->SetProgressVisible(!options.quiet);  // shows nothing where there is no terminal
   SetHostWindows(std::make_shared<MemberWindows>(options.member));
   const bool loaded = files->LoadLapFile(file, KR_FILETYPE_AUTODETECT, mode);
-  if (!options.quiet) ShowRemarks(*files, name);
-  if (!loaded || !root.ErrorComment().empty()) {
-    throw CommandError(name + ": " + root.ErrorComment());
-  }
+  if (!options.quiet) ShowRemarks(files->LoadRemarks(), name);
+  if (loaded && root.ErrorComment().empty()) return;
+  const std::string reason = ReasonOf(root.ErrorComment());
+  throw CommandError(reason.find(name) == std::string::npos ? name + ": " + reason : reason);
 }
 
 void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mode,
@@ -152,6 +144,15 @@ KrLapFileLoadModeCosnt MergeMode(const Options& options) {
 }
 
 }  // namespace
+
+void ShowRemarks(const std::vector<LoadRemark>& remarks, const std::string& name) {
+  for (const LoadRemark& remark : remarks) {
+    std::cerr << Printable(name);
+    if (remark.Line > 0) std::cerr << ':' << remark.Line;
+    if (remark.Column > 0) std::cerr << ':' << remark.Column;
+    std::cerr << ": " << Printable(remark.Text) << '\n';
+  }
+}
 
 void LoadEvent(clsKeltrun2& root, const Options& options) {
   Load(root, options.event, KR_LOADMODE_NORMAL, options);

@@ -1,10 +1,16 @@
 // Loading the event of a command.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "apps/keltrun2/options.h"
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::cli {
+
+/// Shows the remarks on a file on standard error, each behind the file's name and its place.
+void ShowRemarks(const std::vector<LoadRemark>& remarks, const std::string& name);
 
 /// Loads the event, from standard input for "-", and shows the remarks of the reader on standard
 /// error. Throws CommandError when it does not load, or loads with a text that needs attention.

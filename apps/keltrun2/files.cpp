@@ -37,7 +37,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 std::string ReadAll(std::FILE* file, const std::string& name) {
   constexpr std::size_t kPiece = 1 << 16;
-  constexpr std::size_t kLargestInput = std::size_t{64} << 20;
+  constexpr std::size_t kLargestInput = std::size_t{512} << 20;
   std::string bytes;
   std::size_t filled = 0;
   do {

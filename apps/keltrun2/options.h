@@ -66,7 +66,8 @@ struct Options {
   PrintOptions print;
 
   // Loading.
-  std::string member;  // which lap file of an archive that holds several
+  std::string member;         // which lap file of an archive that holds several
+  std::string input_charset;  // of lists without a mark of their encoding; "" finds it out
 
   // Converting and merging.
   bool full = false;           // save the fixed ranks and ages, too

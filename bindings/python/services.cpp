@@ -124,6 +124,7 @@ void BindFileControl(py::module_& module) {
       .Property("ProgressVisible", &clsFileControl::ProgressVisible,
                 &clsFileControl::SetProgressVisible)
       .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
+      .Property("InputCharset", &clsFileControl::InputCharset, &clsFileControl::SetInputCharset)
       .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"), Released())
       .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"), Released())
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
@@ -138,6 +139,7 @@ void BindFileControl(py::module_& module) {
               arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("LoadMode") = KR_LOADMODE_NORMAL,
               arg("FileData") = "", Released())
       .ReadOnly("LoadRemarks", &clsFileControl::LoadRemarks)
+      .ReadOnly("SaveRemarks", &clsFileControl::SaveRemarks)
       .Method("SaveLapFile", &clsFileControl::SaveLapFile, arg("FileName"),
               arg("LapFileType") = KR_FILETYPE_AUTODETECT, arg("SaveMode") = KR_SAVEMODE_NORMAL,
               Released())
