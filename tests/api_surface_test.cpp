@@ -156,6 +156,9 @@ TEST(ApiSurface, FilesAndPages) {
   clsFileControl& files = *s.root->FileControl();
   files.SetProgressVisible(false);
   files.SetRenewRanks(false);
+  files.SetInputCharset("x-sjis");
+  Are<Text>(files.InputCharset());
+  Are<std::vector<LoadRemark>>(files.LoadRemarks(), files.SaveRemarks());
   ProgressHandle handle = files.OnProgress([](std::int32_t) {});
   handle.Detach();
   Are<bool>(files.ProgressVisible(), files.RenewRanks(), files.SaveLapFile(folder.Path("a.lxm")),

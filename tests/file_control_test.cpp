@@ -424,23 +424,23 @@ TEST_F(FileControl, SavingTellsWhatTheFormDoesNotHold) {
     for (const LoadRemark& remark : files_->SaveRemarks()) texts += remark.Text + "\n";
     return texts;
   };
-  EXPECT_EQ(told("a.lap"), R"(class "Ä10": 1 runners without legs, not written
+  EXPECT_EQ(told("a.lap"), R"(class "Ä10": runners without legs: 1, not written
 class "Ö10": has neither controls nor runners with legs, not written
-2 courses with their controls: not written, the format has no place for them
-1 card numbers: not written, the format has no place for them
-1 runners with disqualified legs: written as legs without data
-1 runners with laps in fractions of a second: rounded to whole seconds
-text "Ä10": has characters that Shift-JIS does not have, "?" stands for them; so do 1 others
+courses with their controls: 2, not written, the format has no place for them
+card numbers: 1, not written, the format has no place for them
+runners with disqualified legs: 1, written as legs without data
+runners with laps in fractions of a second: 1, rounded to whole seconds
+text "Ä10": has characters that Shift-JIS does not have, "?" stands for them (and 1 more)
 text "OK, Brno": has commas or line breaks, other characters stand for them
 class "Ö10": is written as "?10" like the class "Ä10", they will be read as one
 )");
-  EXPECT_EQ(told("a.xml"), R"(class "Ä10": 1 runners without a result, not written
+  EXPECT_EQ(told("a.xml"), R"(class "Ä10": runners without a result: 1, not written
 course "2": no class with results runs it, not written
-1 results other than times and DNS: all written as Disqualified
-1 runners with legs that were skipped, have no data or are disqualified: the format does not tell which
-1 ranks that are no number: all written as NotCompeting
-1 names of more than two parts: only the first two parts are written
-1 runners with laps in fractions of a second: rounded to whole seconds
+results other than times and DNS: 1, all written as Disqualified
+runners with legs that were skipped, have no data or are disqualified: 1, the format does not tell which
+ranks that are no number: 1, all written as NotCompeting
+names of more than two parts: 1, only the first two parts are written
+runners with laps in fractions of a second: 1, rounded to whole seconds
 terrain, memo and file name of the event: not written, the format has no place for them
 )");
   EXPECT_EQ(told("a.lxm"), "");

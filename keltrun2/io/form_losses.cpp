@@ -103,9 +103,9 @@ class Losses {
   void Lose(std::string_view subject, std::string_view cell, std::string_view consequence) {
     remarks_.Add(RemarkSeverity::kWarning, 0, 0, subject, cell, consequence);
   }
-  // "3 things: consequence", unless there are none.
+  // "things: 3, consequence", unless there are none.
   void Count(std::ptrdiff_t count, std::string_view things, std::string_view consequence) {
-    if (count > 0) Lose(std::to_string(count) + " " + std::string(things), "", consequence);
+    if (count > 0) Lose(things, "", std::to_string(count) + ", " + std::string(consequence));
   }
   template <std::size_t N>
   void CountRunners(const Runners& runners, const RunnerLoss (&losses)[N]) {
@@ -130,7 +130,7 @@ Runners WrittenRunners(const clsClassData& klass, bool (*is_written)(const clsLa
   const std::size_t left_out = ClassDataInternal::Runners(klass).size() - written.size();
   if (left_out > 0) {
     losses.Lose("class", klass.ClassName(),
-                std::to_string(left_out) + " " + std::string(things) + ", not written");
+                std::string(things) + ": " + std::to_string(left_out) + ", not written");
   }
   return written;
 }
@@ -177,7 +177,7 @@ void LoseTexts(const EventModel& model, const Runners& runners,
   if (count == 0) return;
   losses.Lose(
       "text", first,
-      std::string(what) + (count > 1 ? "; so do " + std::to_string(count - 1) + " others" : ""));
+      std::string(what) + (count > 1 ? " (and " + std::to_string(count - 1) + " more)" : ""));
 }
 
 // --- the previous generation ---
