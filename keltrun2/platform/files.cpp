@@ -158,6 +158,7 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error,
     error = "cannot read " + name + ": it is a folder";
     return std::nullopt;
   }
+  if (S_ISCHR(info.st_mode)) largest = std::min(largest, kLargestInputFile);  // may be endless
   const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
   std::string bytes;
   std::size_t filled = 0;

@@ -363,13 +363,15 @@ bool XmlReader::CheckNames(std::string_view element) {
 bool XmlReader::SkipMarkup() {
   const std::string_view markup = source_.substr(pos_, 9);
   if (markup.starts_with("<!--")) return SkipPast("-->", "a comment");
-  if (markup.starts_with("<?")) return SkipPast("?>", "an instruction");
+  if (markup.starts_with("<?") && BeginsName(markup.substr(0, 3).back())) {
+    return SkipPast("?>", "an instruction");
+  }
   if (markup == "<![CDATA[") {
     if (open_.empty()) return Fail(pos_, "text outside the root element");
     return SkipPast("]]>", "a section of characters");
   }
   if (markup == "<!DOCTYPE" && open_.empty()) return SkipDocumentType();
-  return Fail(pos_, "a \"<!\" that begins neither a comment nor a document type in its place");
+  return Fail(pos_, "neither a tag nor a comment, an instruction or a document type in its place");
 }
 
 bool XmlReader::SkipPast(std::string_view end, std::string_view what) {
@@ -387,6 +389,7 @@ bool XmlReader::SkipDocumentType() {
     if (c == '[') {
       return Fail(begin, "a document type with declarations of its own is not accepted");
     }
+    if (c == '<' && pos_ > begin) break;
     if (c == '"' || c == '\'') pos_ = std::min(source_.find(c, pos_ + 1), source_.size() - 1);
     ++pos_;
     if (c == '>') return true;

@@ -29,6 +29,7 @@ def test_loads_merges_and_saves(root, event, tmp_path):
     saved = tmp_path / "event.lap"
     assert root.FileControl.SaveLapFile(str(saved))
     assert saved.read_bytes().startswith(b"$LAPFILE")
+    assert any(remark.Text.startswith("courses") for remark in root.FileControl.SaveRemarks)
 
 
 def test_merge_is_the_programs(root, tmp_path):
@@ -70,6 +71,12 @@ def test_what_a_load_says(root, tmp_path):
     remark = root.FileControl.LoadRemarks[-1]
     assert (remark.Line, remark.Severity) == (3, kr.RemarkSeverity.kWarning)
     assert "names no runner" in remark.Text
+    (tmp_path / "list.csv").write_bytes(b"CLASS,NAME,TIME\r\nA,J\xf6rg,9:00\r\nA,Ann,9:01\r\n")
+    for charset, remarks in (("", 1), ("windows-1252", 0)):
+        root.FileControl.InputCharset = charset
+        assert root.FileControl.LoadLapFile(str(tmp_path / "list.csv"))
+        assert root.ClassData(1).LapData(1).RunnerName == "Jörg"
+        assert len(root.FileControl.LoadRemarks) == remarks
 
 
 def test_progress_handlers(root, event):
