@@ -423,18 +423,18 @@ TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
        R"(date "x": is no date and is left out)"},
       {"<courses><course number='1a' controls='51'><control index='x' unit-number='1'/></course>"
        "</courses>",
-       R"(number "1a": is no number, the digits at its start count|)"
+       R"(number "1a": is no valid number, its leading digits count, else 0|)"
        R"(controls "51": is no number of controls from 0 to 50, the nearest one counts|)"
        R"(control "x": has no index from 1 to 50 and is dropped)"},
       {"<courses><course number='4' controls='1'><control index='2' unit-number='x'/></course>"
        "</courses>",
-       R"(unit-number "x": is no number, the digits at its start count|)"
+       R"(unit-number "x": is no valid number, its leading digits count, else 0|)"
        R"(course "4": has more controls than its attribute "controls" says, they are not used)"},
       {"<classes><class name='A' controls='60' length='4,5km'/></classes>",
        R"(controls "60": is no number of controls from 0 to 49, the nearest one counts|)"
-       R"(length "4,5km": is no number, the digits at its start count)"},
+       R"(length "4,5km": is no valid number, its leading digits count, else 0)"},
       {"<classes><class name='A'><runner id='2147483648' start='2025/10/18'/></class></classes>",
-       R"(id "2147483648": is no number, the digits at its start count|)"
+       R"(id "2147483648": is no valid number, its leading digits count, else 0|)"
        R"(start "2025/10/18": is no time and is left out)"}};
   for (const auto& [content, expected] : cases) {
     Load("<keltrun>" + content + "</keltrun>");

@@ -163,6 +163,18 @@ TEST_F(FileControl, LinesMayEndInLfAlone) {
   EXPECT_EQ(root_->ClassData("B")->LapData(1)->ClubName, "Green");
 }
 
+TEST_F(FileControl, ClassesOfAFileThatBecomeOneAreARemark) {
+  const string list = File("a.csv", "CLASS,NAME,TIME\r\nH21,Ann,1:00:00\r\nh21,Bob,1:00:01\r\n");
+  for (const auto mode : {KR_LOADMODE_NORMAL, KR_LOADMODE_MERGE_NAME}) {
+    ASSERT_TRUE(files_->LoadLapFile(list, KR_FILETYPE_AUTODETECT, mode));
+    EXPECT_EQ(root_->ClassData(1)->LapCount(), 2);
+    // That the class of the same name is joined is what a merge is for.
+    ASSERT_EQ(files_->LoadRemarks().size(), 1U);
+    EXPECT_TRUE(
+        files_->LoadRemarks()[0].Text.starts_with(R"(class "h21": is one with the class "H21")"));
+  }
+}
+
 TEST_F(FileControl, ListsTellTheirCharsetOrAreToldIt) {
   const string list =
       File("a.csv", "CLASS,NAME,TIME\r\nH21,J\xF6rg M\xFCller,1:00:00\r\nH21,Anna,1:00:01\r\n");

@@ -71,6 +71,18 @@ std::size_t LargestFile(KrLapFileTypeConst type) {
   return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestInputFile;
 }
 
+std::string_view NameOf(Charset charset) {
+  switch (charset) {
+    case Charset::kShiftJis:
+      return "Shift-JIS";
+    case Charset::kWindows1252:
+      return "Windows-1252";
+    case Charset::kUtf8:
+      break;
+  }
+  return "UTF-8";
+}
+
 // One load into one model.
 class Load {
  public:
@@ -288,20 +300,18 @@ class Load {
 
   // What was assumed about the encoding, and where it does not fit.
   void RemarkEncoding(const ListText& list) {
-    const std::string name = list.Used == Charset::kUtf8       ? "UTF-8"
-                             : list.Used == Charset::kShiftJis ? "Shift-JIS"
-                                                               : "Windows-1252";
+    const std::string name(NameOf(list.Used));
     if (list.Assumed) {
-      AddNote(0, "encoding: neither UTF-8 nor " +
-                     std::string(list.Used == Charset::kShiftJis ? "all of it " : "") +
-                     "Shift-JIS, read as " + name +
+      const char* reason = list.Used == Charset::kShiftJis ? "Japanese with bytes that are damaged"
+                                                           : "neither UTF-8 nor Shift-JIS";
+      AddNote(0, "encoding: " + std::string(reason) + ", read as " + name +
                      "; clsFileControl.InputCharset or --input-charset names another");
     }
     if (list.Content.FirstInvalid == std::string::npos) return;
-    const auto line = std::count(
-        list.Content.Text.begin(),
-        list.Content.Text.begin() + static_cast<std::ptrdiff_t>(list.Content.FirstInvalid), '\n');
-    AddNote(static_cast<std::int32_t>(line) + 1,
+    const std::string_view before =
+        std::string_view(list.Content.Text).substr(0, list.Content.FirstInvalid);
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    AddNote(static_cast<std::int32_t>(line),
             "encoding: bytes from here on that are no " + name + " show as U+FFFD");
   }
 

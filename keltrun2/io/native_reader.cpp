@@ -20,7 +20,7 @@ namespace keltrun {
 namespace {
 
 // How a value that is not what it should be is taken.
-constexpr std::string_view kLeadingDigits = "is no number, the digits at its start count";
+constexpr std::string_view kLeadingDigits = "is no valid number, its leading digits count, else 0";
 constexpr std::string_view kNoDate = "is no date and is left out";
 
 // One attribute of an element and where its (trimmed) value goes. False for a value that is not
