@@ -218,7 +218,7 @@ void SaveEvent(clsKeltrun2& root, const Options& options) {
   const auto& files = root.FileControl();
   const bool saved = files->SaveLapFile(options.output, KR_FILETYPE_AUTODETECT, mode);
   if (!saved || !root.ErrorComment().empty()) throw CommandError(ReasonOf(root.ErrorComment()));
-  ShowRemarks(files->SaveRemarks(), options.output);
+  if (!options.quiet) ShowRemarks(files->SaveRemarks(), options.output);
 }
 
 }  // namespace
