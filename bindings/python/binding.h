@@ -116,9 +116,12 @@ class Class {
     class_.attr(name) = value;
     return *this;
   }
+  /// A property tells what both of its members tell in C++: X and SetX.
   template <typename Get, typename Set>
   Class& Property(const char* name, Get get, Set set) {
-    class_.def_property(name, get, set, DocOf(name));
+    const std::string set_name = std::string("Set") + name;
+    const std::string doc = DocOf(name) + std::string("\n\n") + DocOf(set_name.c_str());
+    class_.def_property(name, get, set, doc.c_str());
     return *this;
   }
   template <typename Function, typename... Extra>

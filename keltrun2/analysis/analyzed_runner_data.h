@@ -28,44 +28,64 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   clsAnalyzedRunnerData(const clsAnalyzedRunnerData&) = delete;
   clsAnalyzedRunnerData& operator=(const clsAnalyzedRunnerData&) = delete;
 
-  /// Place on the map of loss profiles; 0 until the map is made.
+  /// Place on the map of loss profiles, to the right, from -100 to 100; 0 until
+  /// `clsAnalyzer::Vesmer` makes the map.
   double VesmerX() const { return vesmer_x_; }
+  /// Moves the runner on the map until the next `clsAnalyzer::Vesmer`.
   void SetVesmerX(double X) { vesmer_x_ = X; }
+  /// Place on the map of loss profiles, downwards, from -100 to 100; 0 until `clsAnalyzer::Vesmer`
+  /// makes the map.
   double VesmerY() const { return vesmer_y_; }
+  /// Moves the runner on the map until the next `clsAnalyzer::Vesmer`.
   void SetVesmerY(double Y) { vesmer_y_ = Y; }
 
-  /// Competition ranks on a leg, and as texts ("-" or empty for none, ")" appended on request).
-  /// LapRank and SplitRank are those of the times as punched, the modified ones those in which
-  /// ranges are spread over their legs.
+  /// Rank of SplitTime among the complete splits at the leg, from 1; 0 for none. Equal splits share
+  /// a rank (1, 2, 2, 4).
   std::int32_t SplitRank(std::int32_t Index) const { return Leg(Index).split_rank; }
+  /// Overrides SplitRank; the next `clsAnalyzer::Execute` ranks the leg anew.
   void SetSplitRank(std::int32_t Index, std::int32_t Rank) { Leg(Index).split_rank = Rank; }
+  /// SplitRank as `clsLegRankValue::ToString` shows a rank.
   std::string SplitRankToString(std::int32_t Index, bool UseHyphen = true,
                                 bool UseParentheses = false) const;
+  /// Rank of LapTime among the valid laps of the leg, from 1; 0 for none. Equal laps share a rank
+  /// (1, 2, 2, 4).
   std::int32_t LapRank(std::int32_t Index) const { return Leg(Index).lap_rank; }
+  /// Overrides LapRank; the next `clsAnalyzer::Execute` ranks the leg anew.
   void SetLapRank(std::int32_t Index, std::int32_t Rank) { Leg(Index).lap_rank = Rank; }
+  /// LapRank as `clsLegRankValue::ToString` shows a rank.
   std::string LapRankToString(std::int32_t Index, bool UseHyphen = true,
                               bool UseParentheses = false) const;
+  /// Rank of ModifiedSplitTime at the leg, from 1; 0 for none.
   std::int32_t ModifiedSplitRank(std::int32_t Index) const {
     return Leg(Index).modified_split_rank;
   }
+  /// Overrides ModifiedSplitRank; the next `clsAnalyzer::Execute` ranks the leg anew.
   void SetModifiedSplitRank(std::int32_t Index, std::int32_t Rank) {
     Leg(Index).modified_split_rank = Rank;
   }
+  /// ModifiedSplitRank as `clsLegRankValue::ToString` shows a rank.
   std::string ModifiedSplitRankToString(std::int32_t Index, bool UseHyphen = true,
                                         bool UseParentheses = false) const;
+  /// Rank of ModifiedLapTime on the leg, from 1; 0 for none.
   std::int32_t ModifiedLapRank(std::int32_t Index) const { return Leg(Index).modified_lap_rank; }
+  /// Overrides ModifiedLapRank; the next `clsAnalyzer::Execute` ranks the leg anew.
   void SetModifiedLapRank(std::int32_t Index, std::int32_t Rank) {
     Leg(Index).modified_lap_rank = Rank;
   }
+  /// ModifiedLapRank as `clsLegRankValue::ToString` shows a rank.
   std::string ModifiedLapRankToString(std::int32_t Index, bool UseHyphen = true,
                                       bool UseParentheses = false) const;
 
-  /// Last and first leg of the range that the leg belongs to; 0 for none.
+  /// Last leg of the range that the leg belongs to; 0 for none.
   std::int32_t TotalLapTo(std::int32_t Index) const { return Leg(Index).range_to; }
+  /// First leg of the range that the leg belongs to; 0 for none.
   std::int32_t TotalLapFrom(std::int32_t Index) const { return Leg(Index).range_from; }
 
-  /// Whether the lap is the time of this leg alone, and whether the split is complete.
+  /// Whether LapTime is a time, and one of this leg alone: the lap after a skipped or disqualified
+  /// leg covers more.
   bool IsValidLapTime(std::int32_t Index) const { return Leg(Index).valid_lap; }
+  /// Whether SplitTime is complete: no leg up to this one is disqualified or without data, except
+  /// legs on which nobody has data. A skipped leg does not break the split.
   bool IsValidSplitTime(std::int32_t Index) const { return Leg(Index).valid_split; }
 
   /// Rank in the set by result; empty for a runner without a time.
@@ -73,14 +93,16 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   /// The official rank where at least two runners of the set have one, else RankInDataSet.
   const std::string& Rank() const { return rank_; }
 
-  /// The values below are the runner's own objects: valid, and kept up to date, as long as he
-  /// lives.
+  // The values below are the runner's own objects: valid, and kept up to date, as long as the
+  // runner lives.
 
-  /// How many times the reference lap the runner needs on his best legs covering half the course.
+  /// How many times the reference lap the runner needs on their best legs covering half the course.
   const clsPercentValue* CruiseSpeed() const { return &cruise_speed_; }
-  /// The same on his best legs covering a fifth of the course, within its first and its last part
-  /// (about half of it each); 0 until ExtraAnalyze.
+  /// CruiseSpeed on the runner's best legs covering a fifth of the course, within its first part
+  /// (about half of it); 0 until `clsAnalyzer::ExtraAnalyze`.
   const clsPercentValue* FirstHalfCruiseSpeed() const { return &first_half_cruise_speed_; }
+  /// CruiseSpeed on the runner's best legs covering a fifth of the course, within its last part
+  /// (about half of it); 0 until `clsAnalyzer::ExtraAnalyze`.
   const clsPercentValue* SecondHalfCruiseSpeed() const { return &second_half_cruise_speed_; }
   /// Split at the finish over the sum of the reference laps.
   const clsPercentValue* TotalTimeRelative() const { return &total_time_relative_; }
@@ -91,6 +113,7 @@ class KELTRUN2_API clsAnalyzedRunnerData {
 
   /// The record's lap. Reading it never changes the record's LegCount.
   DateTime LapTime(std::int32_t Index) const;
+  /// LapTime as `clsTimeValue::ToString` shows a time.
   std::string LapTimeToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
                               bool Compact = false, std::string_view NoDataValue = kNoDataText,
                               std::string_view SkipValue = kSkipText,
@@ -101,7 +124,9 @@ class KELTRUN2_API clsAnalyzedRunnerData {
 
   /// Running total of the laps up to the leg, or a marker of LapTimeConst.
   DateTime SplitTime(std::int32_t Index) const { return Leg(Index).split_time; }
+  /// Overrides SplitTime, which is computed only once, when the runner is added to the analyzer.
   void SetSplitTime(std::int32_t Index, DateTime Time) { Leg(Index).split_time = Time; }
+  /// SplitTime as `clsTimeValue::ToString` shows a time.
   std::string SplitTimeToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
                                 bool Compact = false, std::string_view NoDataValue = kNoDataText,
                                 std::string_view SkipValue = kSkipText,
@@ -109,6 +134,7 @@ class KELTRUN2_API clsAnalyzedRunnerData {
 
   /// The lap, with the time of a range shared among its legs; 0 for none.
   DateTime ModifiedLapTime(std::int32_t Index) const { return Leg(Index).modified_lap_time; }
+  /// Overrides ModifiedLapTime until the next `clsAnalyzer::Execute`.
   void SetModifiedLapTime(std::int32_t Index, DateTime Time) {
     Leg(Index).modified_lap_time = Time;
   }
@@ -122,9 +148,11 @@ class KELTRUN2_API clsAnalyzedRunnerData {
 
   /// The split, inside ranges built from modified laps; 0 for none.
   DateTime ModifiedSplitTime(std::int32_t Index) const { return Leg(Index).modified_split_time; }
+  /// Overrides ModifiedSplitTime until the next `clsAnalyzer::Execute`.
   void SetModifiedSplitTime(std::int32_t Index, DateTime Time) {
     Leg(Index).modified_split_time = Time;
   }
+  /// ModifiedSplitTime as `clsTimeValue::ToString` shows a time.
   std::string ModifiedSplitTimeToString(std::int32_t Index,
                                         std::string_view FormatExpression = "hh:nn:ss",
                                         bool Compact = false,
@@ -144,8 +172,9 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   /// The result without the share that MissRate says was lost.
   const clsTimeValue* TotalTimeWithoutMiss() const { return &total_time_without_miss_; }
 
-  /// The record's names of the runner and his club.
+  /// The record's name of the runner.
   const std::string& RunnerName() const { return other_data_->RunnerName; }
+  /// The record's name of the runner's club.
   const std::string& ClubName() const { return other_data_->ClubName; }
   /// The record's result; for a record without one the split at its last leg, when complete.
   std::string Result() const;

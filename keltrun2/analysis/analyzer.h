@@ -30,10 +30,12 @@ inline constexpr std::int32_t kMostOnMap = 5000;
 /// what is shown: everybody after Execute, then what the Select calls make of it.
 class KELTRUN2_API clsAnalyzer : public DataSet {
  public:
+  /// An empty set without a name, not executed.
   clsAnalyzer();
 
   /// A course to show control codes from; the analysis does not read it. May be null.
   const std::shared_ptr<clsCourseData>& CourseData() const { return course_data_; }
+  /// Shows the control codes of this course from now on; null shows none.
   void SetCourseData(std::shared_ptr<clsCourseData> Course) { course_data_ = std::move(Course); }
 
   /// True from Execute until a runner is added or the set cleared.
@@ -50,12 +52,14 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// Back to a new set; CutOffRank and CourseData stay.
   void Clear();
 
-  /// Size of the selected set, and the runner at a position from 1 or null.
+  /// Number of runners in the selected set.
   std::int32_t Count() const { return static_cast<std::int32_t>(selected_.size()); }
+  /// The runner at a position of the selected set; null outside 1 to Count.
   std::shared_ptr<clsAnalyzedRunnerData> Item(std::int32_t Index) const;
 
-  /// The same for the full set; null outside 1 to FullSetCount.
+  /// Number of runners in the full set.
   std::int32_t FullSetCount() const { return static_cast<std::int32_t>(full_.size()); }
+  /// The runner at a position of the full set; null outside 1 to FullSetCount.
   std::shared_ptr<clsAnalyzedRunnerData> FullSetItem(std::int32_t Index) const;
 
   /// Never null; replaced by a new object at each Execute and Clear.

@@ -15,24 +15,29 @@ namespace keltrun {
 /// The head of a data set and the ways to fill it from the current event.
 class KELTRUN2_API DataSet {
  public:
-  std::string DataSetFileName;    // file-name-safe name of the set
-  bool DataSetIsMix = false;      // several classes, or a name given by the host
-  std::int32_t ControlCount = 0;  // the set has ControlCount + 1 legs
-  std::int32_t Length = 0;        // metres, 0 = unknown
-  std::int32_t Climb = 0;         // metres, 0 = unknown
-  std::int32_t CutOffRank = 0;    // 0 = none
+  /// Base name of the files that outputs write for the set; safe in file names.
+  std::string DataSetFileName;
+  /// Whether the set holds several classes or was named by the host.
+  bool DataSetIsMix = false;
+  /// Number of controls of the course; the set has ControlCount + 1 legs.
+  std::int32_t ControlCount = 0;
+  std::int32_t Length = 0;      ///< Length of the course in meters; 0 when unknown.
+  std::int32_t Climb = 0;       ///< Climb of the course in meters; 0 when unknown.
+  std::int32_t CutOffRank = 0;  ///< Last rank above the border in result lists; 0 for no border.
 
   virtual ~DataSet() = default;
 
-  /// Adds the runners of a class of the current event, by name (letter case ignored) or by position
-  /// from 1; an unknown class is ignored. The first class names the set, each further one is joined
-  /// to the name with "/" and makes the set a mix. Course facts are taken over when not 0.
+  /// Adds the runners of the class of that name (letter case ignored) in the current event; an
+  /// unknown class is ignored. The first class names the set, each further one is joined to the
+  /// name with "/" and makes the set a mix. Course facts are taken over when not 0. Raises what
+  /// AddLap raises for any of the runners, and has then changed nothing.
   void AddClass(std::string_view ClassName);
+  /// Adds the class at a position of the current event, from 1, in the same way.
   void AddClass(std::int32_t ClassNumber);
 
-  /// Adds every class that runs the course, in class order. Ignored for 0 and below.
-  /// Both raise what AddLap raises for any of the runners, and object not set (91) when there is no
-  /// root object; they have then changed nothing.
+  /// Adds every class that runs the course, in class order. Ignored for 0 and below. Raises what
+  /// AddLap raises for any of the runners, and object not set (91) when there is no root object; it
+  /// has then changed nothing.
   void AddCourse(std::int32_t CourseNum);
 
   /// Adds one runner. The record is shared, not copied.
@@ -44,9 +49,11 @@ class KELTRUN2_API DataSet {
   void SetDataSetName(std::string_view Name);
 
  protected:
-  /// Copies share the runners.
+  /// An empty set without a name.
   DataSet() = default;
+  /// The copy shares the runners.
   DataSet(const DataSet&) = default;
+  /// The copy shares the runners.
   DataSet& operator=(const DataSet&) = default;
 
   /// Back to the state of a new set, CutOffRank excepted.

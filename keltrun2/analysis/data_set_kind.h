@@ -5,7 +5,11 @@
 
 namespace keltrun {
 
-/// A class, all classes of a course, or a segment that several courses share.
-enum class DataSetKind : std::int32_t { kClass, kCourse, kSegment };
+/// What a data set was made from.
+enum class DataSetKind : std::int32_t {
+  kClass,    ///< One class.
+  kCourse,   ///< All classes of a course.
+  kSegment,  ///< A run of controls that several courses share.
+};
 
 }  // namespace keltrun

@@ -23,6 +23,7 @@ namespace keltrun {
 /// order at any time. Ranks hold until the next adding or selecting.
 class KELTRUN2_API clsResultsHolder : public DataSet {
  public:
+  /// An empty set without a name.
   clsResultsHolder();
   ~clsResultsHolder() override;
 
@@ -36,8 +37,9 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   /// Back to a new set; CutOffRank and RankIsAvalilable stay.
   void Clear();
 
-  /// Size of the selected set, and the record at a position from 1 or null.
+  /// Number of runners in the selected set.
   std::int32_t Count() const;
+  /// The record at a position of the selected set; null outside 1 to Count.
   std::shared_ptr<clsLapData> Item(std::int32_t Index) const;
 
   /// The rank at a position of the selected set; empty for a runner without a finish time, "0"
@@ -51,8 +53,9 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   /// True when at least two selected runners have an official rank.
   bool RankIsAvalilable() const { return rank_is_available_; }
 
-  /// Every runner added, in result order; null outside 1 to FullSetCount.
+  /// Number of runners in the full set.
   std::int32_t FullSetCount() const;
+  /// The record at a position of the full set; null outside 1 to FullSetCount.
   std::shared_ptr<clsLapData> FullSetItem(std::int32_t Index) const;
 
   /// Adds every runner of that serial number to the selected set, also when he is there already.

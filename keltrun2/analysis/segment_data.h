@@ -29,6 +29,7 @@ class KELTRUN2_API clsSegmentData {
   /// Where the run occurs: a course number, TAB, and the position in that course of the run's first
   /// control (0 = the start).
   const std::vector<std::string>& TargetCourseTable() const { return segment_->TargetCourseTable; }
+  /// Replaces the table, in the form that TargetCourseTable gives.
   void SetTargetCourseTable(std::vector<std::string> Table) {
     segment_->TargetCourseTable = std::move(Table);
   }
@@ -36,6 +37,7 @@ class KELTRUN2_API clsSegmentData {
   /// Whom the data sets take: a class name, ";", and the position of the run's first control in the
   /// class's course.
   const std::vector<std::string>& TargetClassList() const { return segment_->TargetClassList; }
+  /// Replaces the list, in the form that TargetClassList gives.
   void SetTargetClassList(std::vector<std::string> List) {
     segment_->TargetClassList = std::move(List);
   }
@@ -47,9 +49,11 @@ class KELTRUN2_API clsSegmentData {
   /// Four digits a code, the start as "0000" and the finish as "9999".
   const std::string& SegmentBinaryName() const { return segment_->SegmentBinaryName; }
 
-  /// A new data set of the current event's runners, not yet executed or ranked. SexOption takes
-  /// only runners whose Sex is exactly that text.
+  /// A new analyzer of the current event's runners, not executed. A SexOption takes only runners
+  /// whose Sex is exactly that text.
   std::shared_ptr<clsAnalyzer> Analyzer(std::string_view SexOption = "") const;
+  /// A new result list of the current event's runners, not ranked. A SexOption takes only runners
+  /// whose Sex is exactly that text.
   std::shared_ptr<clsResultsHolder> ResultsHolder(std::string_view SexOption = "") const;
 
  private:

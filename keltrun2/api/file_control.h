@@ -21,12 +21,14 @@ namespace keltrun {
 /// What a reader added before an error stays in the model.
 class KELTRUN2_API clsFileControl {
  public:
+  /// Hosts do not make the service; they use that of the root object.
   clsFileControl() = default;
   clsFileControl(const clsFileControl&) = delete;
   clsFileControl& operator=(const clsFileControl&) = delete;
 
   /// Whether long work shows the progress window; false at first.
   bool ProgressVisible() const { return progress_visible_; }
+  /// Turns the progress window on or off for the work that follows.
   void SetProgressVisible(bool Visible) { progress_visible_ = Visible; }
 
   /// Whether a load that adds to the event gives new official ranks to the classes whose official
@@ -41,7 +43,7 @@ class KELTRUN2_API clsFileControl {
   /// procedure call (5) for a charset that is not known.
   bool OutputSite(const SiteOptions& Options);
 
-  /// The same by its parameters one by one; `SiteOptions` tells what they mean.
+  /// Does what OutputSite does, with the options as parameters; `SiteOptions` says what they mean.
   bool OutputHtml(std::string_view OutputFolder, std::string_view IndexFile = "",
                   std::string_view AnalysisFile = "", std::string_view ResultFile = "",
                   std::string_view Lap2File = "", std::string_view Lap1File = "",
@@ -97,8 +99,9 @@ class KELTRUN2_API clsFileControl {
   /// KR_FILETYPE_AUTODETECT for anything but 1 to 5.
   KrLapFileTypeConst FileSaveMode(double FilterIndex) const;
 
-  /// Filters for a file dialog: "description|pattern" pairs, separated by "|".
+  /// Filters for a save dialog: "description|pattern" pairs, separated by "|".
   std::string FileSaveFilter() const;
+  /// Filters for an open dialog: "description|pattern" pairs, separated by "|".
   std::string FileLoadFilter() const;
 
   /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as

@@ -49,8 +49,8 @@ class KELTRUN2_API clsHtmlControl {
 
   /// A data set of the viewer page.
   struct ViewerSet {
-    std::shared_ptr<clsAnalyzer> Analyzer;   // executed, not null
-    DataSetKind Kind = DataSetKind::kClass;  // under which heading a reader chooses it
+    std::shared_ptr<clsAnalyzer> Analyzer;   ///< The analysis, executed; not null.
+    DataSetKind Kind = DataSetKind::kClass;  ///< The heading under which a reader chooses the set.
   };
 
   /// One page to browse in the data sets, which a reader chooses among in the order given: split

@@ -27,11 +27,11 @@ class EventModel;
 
 /// The fields of a class-and-course choice, read back from its text.
 struct ClassAndCourseValue {
-  std::string ValueName;         // class names joined by "/"
-  std::int32_t ClassIndex = 0;   // position of the class from 1, 0 for a course
-  std::int32_t CourseNum = 0;    // course number, 0 for a class
-  std::string FileName;          // file base names joined by "_"
-  std::int32_t RunnerCount = 0;  // runners of all its classes
+  std::string ValueName;         ///< Names of the classes, joined by "/".
+  std::int32_t ClassIndex = 0;   ///< Position of the class, from 1; 0 for a course.
+  std::int32_t CourseNum = 0;    ///< Number of the course; 0 for a class.
+  std::string FileName;          ///< Base names of the classes' files, joined by "_".
+  std::int32_t RunnerCount = 0;  ///< Number of runners of all its classes.
 };
 
 /// The one object that a host creates: the event and the services that load, analyse and publish
@@ -57,28 +57,36 @@ class KELTRUN2_API clsKeltrun2 {
   clsKeltrun2(const clsKeltrun2&) = delete;
   clsKeltrun2& operator=(const clsKeltrun2&) = delete;
 
-  /// The lap file last loaded, and its date (0 when unknown).
+  /// Name of the lap file that was loaded last.
   const std::string& FileName() const;
+  /// Changes the name that FileName gives; no file is renamed.
   void SetFileName(std::string_view FileName);
+  /// Date of the lap file that was loaded last; 0 when unknown.
   DateTime FileDate() const;
+  /// Changes the date that FileDate gives; no file is touched.
   void SetFileDate(DateTime FileDate);
 
   /// Why the last load, save or export failed; lines end in CR LF. Shared by all roots of
   /// the thread.
   std::string ErrorComment() const;
 
-  /// New, empty data sets that the host owns.
+  /// A new analyzer, empty and owned by the host.
   std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
+  /// A new result list, empty and owned by the host.
   std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
 
   /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;
 
-  /// The services, made with the root; never null.
+  /// The service that loads, saves and publishes lap files; made with the root, never null.
   const std::shared_ptr<clsFileControl>& FileControl() const { return file_control_; }
+  /// The service that draws charts, prints and fills grids; made with the root, never null.
   const std::shared_ptr<clsGraphicControl>& GraphicControl() const { return graphic_control_; }
+  /// The service that makes HTML pages; made with the root, never null.
   const std::shared_ptr<clsHtmlControl>& HtmlControl() const { return html_control_; }
+  /// The service that makes text, CSV and JSON; made with the root, never null.
   const std::shared_ptr<clsTextControl>& TextControl() const { return text_control_; }
+  /// The service that keeps the host's settings; made with the root, never null.
   const std::shared_ptr<clsConfigControl>& ConfigControl() const { return config_control_; }
 
   /// Who made the lap file that was loaded.
@@ -87,13 +95,14 @@ class KELTRUN2_API clsKeltrun2 {
   /// The class of that name, made when there is none. Names are compared without regard to letter
   /// case, here and below, unless said otherwise.
   std::shared_ptr<clsClassData> AddClass(std::string_view ClassName);
-  /// Unknown names are ignored.
+  /// Removes the class of that name with its runners. Unknown names are ignored.
   void RemoveClass(std::string_view ClassName);
   /// Renames the first class whose name is exactly OldName; its file base name is derived anew.
   /// Ignored when there is none. Raises duplicate key (457) when another class has the new name.
   void RenameClass(std::string_view OldName, std::string_view NewName);
-  /// The class of a name, or at a position from 1; null when there is none.
+  /// The class with this name; null when there is none.
   std::shared_ptr<clsClassData> ClassData(std::string_view ClassID) const;
+  /// The class at this position, from 1; null when there is none.
   std::shared_ptr<clsClassData> ClassData(std::int32_t ClassID) const;
   /// Number of classes.
   std::int32_t ClassCount() const;
@@ -102,10 +111,11 @@ class KELTRUN2_API clsKeltrun2 {
 
   /// The course of that number, made when there is none.
   std::shared_ptr<clsCourseData> AddCourse(std::int32_t CourseIndex);
-  /// Unknown numbers are ignored.
+  /// Removes the course of that number. Unknown numbers are ignored.
   void RemoveCourse(std::int32_t CourseIndex);
-  /// A text is a course number, a number is a position from 1; null when there is none.
+  /// The course with this number, given as text; null when there is none.
   std::shared_ptr<clsCourseData> CourseData(std::string_view CourseID) const;
+  /// The course at this position, from 1; null when there is none.
   std::shared_ptr<clsCourseData> CourseData(std::int32_t CourseID) const;
   /// Number of courses.
   std::int32_t CourseCount() const;
@@ -141,7 +151,7 @@ class KELTRUN2_API clsKeltrun2 {
   /// Empties the event and starts the runner numbers again at 1.
   void Clear();
 
-  /// "2.27 ( Build 242 )", or "2.27".
+  /// The version with its build, as in "2.27 ( Build 242 )", or only "2.27" without WithTestBuild.
   std::string Version(bool WithTestBuild = true) const;
 
  private:

@@ -20,12 +20,13 @@ using ProgressHandlers = std::map<std::int32_t, std::shared_ptr<ProgressHandler>
 /// Detaches a handler. Letting the handle go keeps the handler attached.
 class KELTRUN2_API ProgressHandle {
  public:
-  /// A handle of nothing, or of a handler of that number among those of a service.
+  /// A handle of nothing.
   ProgressHandle() = default;
+  /// A handle of the handler with that number among those of a service.
   ProgressHandle(const std::shared_ptr<ProgressHandlers>& handlers, std::int32_t number)
       : handlers_(handlers), number_(number) {}
 
-  /// Does nothing the second time, or when the service is gone.
+  /// Detaches the handler. Does nothing the second time, or when the service is gone.
   void Detach() {
     if (const auto handlers = handlers_.lock()) handlers->erase(number_);
   }

@@ -19,36 +19,45 @@ namespace keltrun {
 /// course. All files lie in the folder itself: separators and characters that some systems do not
 /// allow become "_" in names, and equal names are numbered.
 struct SiteOptions {
-  std::string OutputFolder = {};  // made when it is missing and the user agrees
-  std::string IndexFile = {};     // the page that lists the classes
+  std::string OutputFolder = {};  ///< The folder; made when it is missing and the user agrees.
+  std::string IndexFile = {};     ///< Name of the page that lists the classes.
 
-  std::string ResultFile = {};    // pattern of the result lists
-  std::string AnalysisFile = {};  // pattern of the split analyses
-  std::string LegDataFile = {};   // pattern of the leg analyses
-  std::string ChartFile = {};     // pattern of the chart pages; "c_*.html" has pictures "c_*_0.png"
-  std::string ChartOption = {};   // chart modes, as in "0,2,7"; the map has a picture only
+  std::string ResultFile = {};    ///< Pattern of the result lists' names.
+  std::string AnalysisFile = {};  ///< Pattern of the split analyses' names.
+  std::string LegDataFile = {};   ///< Pattern of the leg analyses' names.
+  /// Pattern of the chart pages' names; the pictures of "c_*.html" are "c_*_0.png" and so on.
+  std::string ChartFile = {};
+  /// The modes of the charts (KrChartModeConst), as in "0,2,7". The map has a picture and no page.
+  std::string ChartOption = {};
 
-  /// Each output also for the courses that several classes run.
+  /// Whether courses that several classes run get result lists too.
   bool ResultIncludeCourse = false;
+  /// Whether courses that several classes run get split analyses too.
   bool AnalysisIncludeCourse = false;
+  /// Whether courses that several classes run get leg analyses too.
   bool LegDataIncludeCourse = false;
+  /// Whether courses that several classes run get charts too.
   bool ChartIncludeCourse = false;
 
-  std::string Lap2File = {};        // copy of the lap file in the native format
-  std::string Lap1File = {};        // copy in the previous generation's format
-  std::string ViewerFile = {};      // page with everything to browse in, in UTF-8
-  std::string ActiveXFile = {};     // page of the viewer control; written in Japanese mode only and
-  std::string ActiveXAddress = {};  // when the address of the lap file is given too
+  std::string Lap2File = {};    ///< Name of a copy of the lap file in the native format.
+  std::string Lap1File = {};    ///< Name of a copy in the previous generation's format.
+  std::string ViewerFile = {};  ///< Name of the page to browse everything in; always UTF-8.
+  /// Name of the viewer control's page. It is written only in the Japanese mode, and only when
+  /// ActiveXAddress is given too.
+  std::string ActiveXFile = {};
+  /// Address of the lap file that the viewer control's page opens.
+  std::string ActiveXAddress = {};
 
-  std::string LinkStyleFile = {};  // address of a style sheet that every page links
-  bool OfficialSite = false;       // the index links the event's own site
-  bool IndexFileAddMode = false;   // put a new block into an index that is there already
-  /// In that mode: blocks that link the same copy of the lap file (Lap2File, else Lap1File) were
-  /// made of the same files; the new one takes their place. Otherwise it goes in front.
+  std::string LinkStyleFile = {};  ///< Address of a style sheet that every page links.
+  bool OfficialSite = false;       ///< Whether the index links the event's own site.
+  bool IndexFileAddMode = false;   ///< Whether an existing index is kept and gets a new block.
+  /// Whether, in that mode, the new block takes the place of blocks that link the same copy of the
+  /// lap file (Lap2File, else Lap1File), which were made of the same files. Otherwise it goes in
+  /// front.
   bool IndexReplaceBlock = false;
 
-  /// What pages declare and are written in. Without the Japanese mode leg analyses are in
-  /// iso-8859-1 in place of "x-sjis".
+  /// The charset that pages declare and are written in. Without the Japanese mode leg analyses are
+  /// in iso-8859-1 in place of "x-sjis".
   std::string Charset = "x-sjis";
 };
 

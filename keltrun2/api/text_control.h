@@ -40,8 +40,9 @@ class KELTRUN2_API clsTextControl {
 
   /// One result list of a JSON document of result lists, see OutputResultJson.
   struct ResultSet {
-    std::shared_ptr<clsResultsHolder> ResultsHolder;  // with ranks of the last CalcRank; not null
-    DataSetKind Kind = DataSetKind::kClass;           // what the document calls it
+    /// The list, with the ranks of its last CalcRank; not null.
+    std::shared_ptr<clsResultsHolder> ResultsHolder;
+    DataSetKind Kind = DataSetKind::kClass;  ///< What the document calls the list.
   };
 
   /// Result lists as one JSON object.

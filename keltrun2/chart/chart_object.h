@@ -11,25 +11,25 @@
 
 namespace keltrun {
 
-/// What a chart shows. Modes 0 to 4 draw a line a runner down the course, from the start at the top
-/// to the finish at the bottom, slower to the right; the controls lie at distances proportional to
-/// the reference laps. Modes 5 to 7 draw a mark a runner.
+/// What a chart shows. Modes 0 to 4 draw a line for each runner down the course, from the start at
+/// the top to the finish at the bottom, slower to the right; the controls lie at distances
+/// proportional to the reference laps. Modes 5 to 7 draw a mark for each runner.
 enum KrChartModeConst : std::int32_t {
-  KR_CHART_NORMAL = 0,            // time since the start
-  KR_CHART_REALTIME = 1,          // clock time; only runners with a start time
-  KR_CHART_RELATIVE = 2,          // time behind the sum of the reference laps
-  KR_CHART_RELATIVE_110 = 3,      // time behind 1.1 times that sum
-  KR_CHART_RELATIVE_130 = 4,      // time behind 1.3 times that sum
-  KR_CHART_CRUISE_MISSRATE = 5,   // cruise speed to the right, miss rate downwards
-  KR_CHART_CRUISE_HALFRATIO = 6,  // cruise speed; second half over first half downwards
-  KR_CHART_VESMER = 7,            // the map of loss profiles; its axes cross at "no loss"
+  KR_CHART_NORMAL = 0,            ///< Time since the start.
+  KR_CHART_REALTIME = 1,          ///< Clock time; only runners with a start time are drawn.
+  KR_CHART_RELATIVE = 2,          ///< Time behind the sum of the reference laps.
+  KR_CHART_RELATIVE_110 = 3,      ///< Time behind 1.1 times the sum of the reference laps.
+  KR_CHART_RELATIVE_130 = 4,      ///< Time behind 1.3 times the sum of the reference laps.
+  KR_CHART_CRUISE_MISSRATE = 5,   ///< Cruise speed to the right, loss rate downwards.
+  KR_CHART_CRUISE_HALFRATIO = 6,  ///< Cruise speed to the right, second over first half downwards.
+  KR_CHART_VESMER = 7,            ///< The map of loss profiles; its axes cross at "no loss".
 };
 
 /// Bits of `ChartRunnerSetting::Flag`.
 enum ChartRunnerFlagConst : std::int32_t {
-  KR_CHART_FLAG_NAME = 1,    // write the runner's name at the end of his line or at his mark
-  KR_CHART_FLAG_LEGEND = 2,  // list him in the legend
-  KR_CHART_FLAG_HIDE = 4,    // draw nothing of him; the mouse does not find him either
+  KR_CHART_FLAG_NAME = 1,    ///< Writes the runner's name at the end of the line or at the mark.
+  KR_CHART_FLAG_LEGEND = 2,  ///< Lists the runner in the legend.
+  KR_CHART_FLAG_HIDE = 4,    ///< Hides the runner, from the mouse as well.
 };
 
 /// While nobody has a flag, the names of so many runners at most are written.
@@ -39,16 +39,19 @@ inline constexpr std::int32_t kMostNamesUnasked = 20;
 /// written. Names that would cover each other are moved a little; where that is not enough some are
 /// left out, those of runners with a colour or a width of their own last.
 struct ChartRunnerSetting {
-  Color ForeColor = 0;         // 0 is black
-  std::int32_t DrawWidth = 0;  // in units of the chart; 0 is 1. A runner with a colour or a width
-                               // is drawn above those without
-  std::int32_t Flag = 0;       // of ChartRunnerFlagConst
+  /// Color of the line or mark; 0 is black.
+  Color ForeColor = 0;
+  /// Width of the line in units of the chart; 0 is taken as 1. A runner with a color or a width is
+  /// drawn above those without.
+  std::int32_t DrawWidth = 0;
+  /// Values of ChartRunnerFlagConst, added up.
+  std::int32_t Flag = 0;
 };
 
-/// A broader line behind a runner's own, or a larger disc behind his mark; width 0 is none.
+/// A broader line behind a runner's own, or a larger disc behind the runner's mark.
 struct ChartRunnerSetting2 {
-  Color BackLineColor = 0;         // 0 is black
-  std::int32_t BackLineWidth = 0;  // in units of the chart; 0 is none
+  Color BackLineColor = 0;         ///< Color of the line or disc; 0 is black.
+  std::int32_t BackLineWidth = 0;  ///< Width of the line in units of the chart; 0 draws none.
 };
 
 /// One chart: where it is drawn, what was built into it, and how each runner is drawn.
@@ -64,6 +67,7 @@ struct ChartRunnerSetting2 {
 /// proper keeps a margin of 52 units at the left and right and 50 at the top and bottom.
 class KELTRUN2_API clsChartObject {
  public:
+  /// A chart without a target, into which nothing is built.
   clsChartObject();
   ~clsChartObject();
   clsChartObject(const clsChartObject&) = delete;
@@ -73,41 +77,53 @@ class KELTRUN2_API clsChartObject {
   /// is never narrowed and a print book never resized.
   bool AutoSize = false;
 
-  /// Mode, zoom and scroll position of the last build, as used there: the ratios within
-  /// 0.5 (across) or 1 (down) and 10,000, the positions within 0 to 1. A new chart has mode 0,
-  /// ratios 1, positions 0.
+  /// The zoom across that the last build used, 0.5 to 10,000; 1 at first.
   float RatioX() const;
+  /// The zoom down that the last build used, 1 to 10,000; 1 at first.
   float RatioY() const;
+  /// The scroll position across that the last build used, 0 to 1; 0 at first.
   float PositionX() const;
+  /// The scroll position down that the last build used, 0 to 1; 0 at first.
   float PositionY() const;
+  /// The mode of the last build; KR_CHART_NORMAL at first.
   KrChartModeConst ChartMode() const;
 
-  /// Runner settings belong to the set the chart was last built for and are addressed by the
-  /// runner's position in its selected set, from 1. A build for a set of the same name and size
-  /// keeps them, any other clears them. They take effect at the next DrawChart. Before the first
-  /// build nothing is stored and zeros are read; after it an index outside 0 to the size of the set
-  /// raises subscript out of range (9).
+  /// Gives every runner the settings of a new chart, those of the back line too.
   void ClearRunnerSetting();
+  /// Sets how a runner is drawn, from the next DrawChart on; see ChartRunnerSetting. RunnerIndex is
+  /// the position in the selected set of the last build, from 1. The setting is kept by a build for
+  /// a set of the same name and size and cleared by any other. Nothing is stored before the first
+  /// build; after it an index outside 0 to the size of the set raises subscript out of range (9).
   void SetRunnerSetting(std::int32_t RunnerIndex, Color ForeColor, std::int32_t DrawWidth,
                         std::int32_t Flag);
+  /// What SetRunnerSetting stored for the runner, or zeros. Errors as SetRunnerSetting.
   ChartRunnerSetting GetRunnerSetting(std::int32_t RunnerIndex) const;
+  /// Sets the line or disc behind a runner's own, from the next DrawChart on; see
+  /// ChartRunnerSetting2. Index, life and errors are those of SetRunnerSetting.
   void SetRunnerSetting2(std::int32_t RunnerIndex, Color BackLineColor, std::int32_t BackLineWidth);
+  /// What SetRunnerSetting2 stored for the runner, or zeros. Errors as SetRunnerSetting.
   ChartRunnerSetting2 GetRunnerSetting2(std::int32_t RunnerIndex) const;
 
-  /// Makes a picture or a print book the target, in place of the one before. A picture's unit
-  /// becomes pixels and its background white. The target's size is read here: when it changes, set
-  /// it again and build. Null raises object not set (91).
+  /// Makes a picture the target, in place of the one before. Its unit becomes pixels and its
+  /// background white. Its size is read here: when it changes, set the picture again and build.
+  /// Null raises object not set (91).
   void SetPictureObject(std::shared_ptr<PictureBox> PictureObject);
+  /// Makes a print book the target, in place of the one before. The size of its virtual area is
+  /// read here: when it changes, set the book again and build. Null raises object not set (91).
   void SetPrintBookObject(std::shared_ptr<clsPrintBook> PrintBookObject);
 
-  /// Size of the drawable area: that of the target without the margins; 0 without a target, and 0
+  /// Width of the drawable area: that of the target without the margins; 0 without a target, and 0
   /// or less on one that is too small, on which nothing is built.
   float Width() const;
+  /// Height of the drawable area: that of the target without the margins; 0 without a target, and 0
+  /// or less on one that is too small, on which nothing is built.
   float Height() const;
 
-  /// The share of the chart that the last build shows: 1 when all of it is visible. With it a host
-  /// sizes its scroll bars.
+  /// The share of the chart's width that the last build shows: 1 when all of it is visible. With it
+  /// a host sizes its horizontal scroll bar.
   float WidthOccupied() const;
+  /// The share of the chart's height that the last build shows: 1 when all of it is visible. With
+  /// it a host sizes its vertical scroll bar.
   float HeightOccupied() const;
 
   /// The runner whose line or mark is nearest to a point of the target and less than 6 units away,

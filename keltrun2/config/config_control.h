@@ -11,9 +11,10 @@ namespace keltrun {
 
 /// The parts of the settings; every other value counts as KR_CONFIG_FOLDER_SYSTEM.
 enum KrConfigFolderConst : std::int32_t {
-  KR_CONFIG_FOLDER_SYSTEM = 0,  // of the host
-  KR_CONFIG_FOLDER_DATA = 1,    // of the data; also those that the component reads, such as
-                                // PRINT_COLOR_RANK1
+  /// Settings of the host.
+  KR_CONFIG_FOLDER_SYSTEM = 0,
+  /// Settings of the data, and those that the component reads, such as PRINT_COLOR_RANK1.
+  KR_CONFIG_FOLDER_DATA = 1,
 };
 
 /// The service through which a host keeps settings of its own between runs: named texts, in

@@ -8,18 +8,19 @@ namespace keltrun {
 
 /// How much a remark matters.
 enum class RemarkSeverity : std::int32_t {
-  kNote,     // something was assumed; nothing is lost
-  kWarning,  // a cell, leg or line was dropped
+  kNote,     ///< Something was assumed; nothing is lost.
+  kWarning,  ///< A cell, leg or line was dropped.
 };
 
-/// One remark of the last load: where it was (from 1; 0 where no place can be named; the column is
-/// a column of a fixed-width text or the number of a cell in a separated one) and what was assumed
-/// or skipped.
+/// One remark of the last load: where it was and what was assumed or skipped.
 struct LoadRemark {
-  std::int32_t Line = 0;                            // from 1, 0 = nowhere in particular
-  std::int32_t Column = 0;                          // likewise
-  RemarkSeverity Severity = RemarkSeverity::kNote;  // how much it matters
-  std::string Text;                                 // what was noticed, in English
+  /// The line, from 1; 0 when no place can be named.
+  std::int32_t Line = 0;
+  /// The column of a fixed-width text or the number of the cell in a separated one, from 1; 0 when
+  /// no place can be named.
+  std::int32_t Column = 0;
+  RemarkSeverity Severity = RemarkSeverity::kNote;  ///< How much the remark matters.
+  std::string Text;                                 ///< What was noticed, in English.
 };
 
 }  // namespace keltrun

@@ -17,11 +17,11 @@ namespace keltrun {
 /// (AddClass). 0 in a number field is unknown.
 class KELTRUN2_API clsClassData {
  public:
-  std::int32_t ControlCount = 0;  // number of controls of the course
-  std::int32_t CourseNum = 0;     // clsCourseData::CourseIndex of the course, 0 = none
-  std::int32_t Length = 0;        // metres
-  std::int32_t Climb = 0;         // metres
-  std::int32_t CutOffRank = 0;    // last rank above the border in result lists
+  std::int32_t ControlCount = 0;  ///< Number of controls of the course.
+  std::int32_t CourseNum = 0;     ///< `clsCourseData::CourseIndex` of the course; 0 for none.
+  std::int32_t Length = 0;        ///< Length of the course in meters.
+  std::int32_t Climb = 0;         ///< Climb of the course in meters.
+  std::int32_t CutOffRank = 0;    ///< Last rank above the border in result lists; 0 for no border.
 
   /// The name of the class, given when it was made.
   const std::string& ClassName() const { return class_name_; }
@@ -30,9 +30,9 @@ class KELTRUN2_API clsClassData {
   std::string ClassInfo() const;
 
   /// Base name of the files that outputs write for the class: lower-case ASCII letters, half-width,
-  /// every character above U+00FF as "u" and four hexadecimal digits. Setting "" or "0" derives it
-  /// from the class name.
+  /// every character above U+00FF as "u" and four hexadecimal digits.
   const std::string& FileName() const { return file_name_; }
+  /// Names the files; "" or "0" derives the name from the class name.
   void SetFileName(std::string_view FileName);
 
   /// Adds a record, or merges it into a runner of the class as the mode says. True only when it was

@@ -13,16 +13,19 @@ class KELTRUN2_API clsCourseData {
  public:
   /// The highest control of a course.
   static constexpr std::int32_t kMostControls = 50;
-  /// What ControlNum gives for the start and for the finish.
+  /// What ControlNum gives for the start.
   static constexpr std::int32_t kStartCode = 0;
+  /// What ControlNum gives for the finish.
   static constexpr std::int32_t kFinishCode = 9999;
 
   /// The course number.
   std::int32_t CourseIndex() const { return course_index_; }
+  /// Renumbers the course; the CourseNum of classes that run it is not changed.
   void SetCourseIndex(std::int32_t Index) { course_index_ = Index; }
 
-  /// Number of controls, start and finish not counted. Setting it stores no codes.
+  /// Number of controls, start and finish not counted.
   std::int32_t ControlCount() const { return control_count_; }
+  /// Sets the number of controls and stores no codes.
   void SetControlCount(std::int32_t Count) { control_count_ = Count; }
 
   /// The code of a control: 0 for the start (index 0), the stored code for 1 to ControlCount, 9999

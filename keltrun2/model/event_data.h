@@ -12,6 +12,7 @@ namespace keltrun {
 /// The head of an event, the texts as the lap file has them; empty when unknown.
 class KELTRUN2_API clsEventData {
  public:
+  /// An event of which nothing is known.
   clsEventData() = default;
   clsEventData(const clsEventData&) = delete;
   clsEventData& operator=(const clsEventData&) = delete;
@@ -20,14 +21,15 @@ class KELTRUN2_API clsEventData {
   /// Takes over the values; the date object stays this event's own.
   clsEventData& operator=(clsEventData&& other) noexcept;
 
-  std::string EventName;     // as the organiser calls it
-  std::string Terrain;       // name of the map or area
-  std::string Memo;          // remarks for readers of the results
-  std::string FileName;      // the lap file the event came from
-  std::string OfficialSite;  // address of the event's web site
+  std::string EventName;     ///< Name of the event as the organizer gives it.
+  std::string Terrain;       ///< Name of the map or area.
+  std::string Memo;          ///< Remarks for readers of the results.
+  std::string FileName;      ///< Name of the lap file the event came from.
+  std::string OfficialSite;  ///< Address of the event's web site.
 
-  /// Never null; value 0 when unknown. Setting null stores a new value 0.
+  /// Date of the event; never null, value 0 when unknown.
   const std::shared_ptr<clsDateValue>& EventDate() const { return event_date_; }
+  /// Stores the value itself, not a copy; null stores a new value 0.
   void SetEventDate(std::shared_ptr<clsDateValue> Value);
 
   /// Name, terrain in brackets and date (by the resource pattern RES_META_DATE_FORMAT), as far as

@@ -27,32 +27,33 @@ class KELTRUN2_API clsLapData {
   /// The highest leg of a record.
   static constexpr std::int32_t kMostLegs = 50;
 
+  /// An empty record, of no class.
   clsLapData() = default;
   clsLapData(const clsLapData&) = delete;
   clsLapData& operator=(const clsLapData&) = delete;
 
-  std::string RunnerName;    // the whole name, surname and given name in any order
-  std::string ClubName;      // may be empty
-  std::string Rank;          // official rank as the source gave it; may be any text
-  std::int32_t ID = 0;       // competitor number of the source, 0 = none
-  std::int32_t Ecard = 0;    // electronic punch card, 0 = none
-  std::string RankFix;       // rank as fixed by the organiser
-  std::string Seed;          // seeding or start group
-  std::string Age;           // age or age class
-  std::string Sex;           // as the source has it
-  std::string CompetitorId;  // identifier of the source system
+  std::string RunnerName;    ///< The whole name, surname and given name in any order.
+  std::string ClubName;      ///< Name of the club; may be empty.
+  std::string Rank;          ///< The official rank as the source gave it; may be any text.
+  std::int32_t ID = 0;       ///< Competitor number of the source; 0 for none.
+  std::int32_t Ecard = 0;    ///< Number of the electronic punch card; 0 for none.
+  std::string RankFix;       ///< The rank as fixed by the organizer.
+  std::string Seed;          ///< Seeding or start group.
+  std::string Age;           ///< Age or age class.
+  std::string Sex;           ///< Sex as the source has it.
+  std::string CompetitorId;  ///< Identifier of the source system.
 
-  /// Start time of day; never null, value 0 when unknown. Setting null stores a new value 0. A
-  /// value that is set is shared, not copied.
+  /// Start time of day; never null, value 0 when unknown.
   const std::shared_ptr<clsTimeValue>& StartTime() const { return start_time_; }
+  /// Stores the value itself, not a copy; null stores a new value 0.
   void SetStartTime(std::shared_ptr<clsTimeValue> Value);
 
-  /// The number the runner got when he was added to a class, from 1 in the order of arrival; 0
-  /// before.
+  /// The number the runner got when added to a class, from 1 in the order of arrival; 0 before.
   std::int32_t SerialNum() const { return serial_num_; }
 
-  /// The class the runner runs in. Setting it moves him to no other class.
+  /// Name of the class the runner runs in.
   const std::string& ClassName() const { return class_name_; }
+  /// Changes the name only; the record stays in its class.
   void SetClassName(std::string_view ClassName) { class_name_ = ClassName; }
 
   /// The lap of a leg, 0 to 50 (0 is a slot without meaning). Reading a leg beyond LegCount raises
@@ -68,9 +69,9 @@ class KELTRUN2_API clsLapData {
                           std::string_view SkipValue = kSkipText,
                           std::string_view DisqValue = kDisqText);
 
-  /// Number of legs in use. Any value is stored; lowering it hides laps, raising it shows them
-  /// again.
+  /// Number of legs in use.
   std::int32_t LegCount() const { return leg_count_; }
+  /// Stores any value; lowering it hides laps, raising it shows them again.
   void SetLegCount(std::int32_t Count) { leg_count_ = Count; }
 
   /// The official result: a time as "h:mm:ss" (with a tenth of a second when the source gave a

@@ -11,12 +11,12 @@ namespace keltrun {
 /// Which program created and last changed the lap file; filled by readers, kept by the writer.
 class KELTRUN2_API clsMetaData {
  public:
-  std::string CreateApplication;      // program that created the file
-  DateTime CreateDate = 0;            // when, 0 = unknown
-  std::string CreateUserName;         // for whom
-  std::string LastUpdateApplication;  // program that changed it last
-  DateTime LastUpdateDate = 0;        // when, 0 = unknown
-  std::string LastUpdateUserName;     // for whom
+  std::string CreateApplication;      ///< Program that created the file.
+  DateTime CreateDate = 0;            ///< When the file was created; 0 when unknown.
+  std::string CreateUserName;         ///< User for whom the file was created.
+  std::string LastUpdateApplication;  ///< Program that changed the file last.
+  DateTime LastUpdateDate = 0;        ///< When the file was changed last; 0 when unknown.
+  std::string LastUpdateUserName;     ///< User for whom the file was changed last.
 };
 
 }  // namespace keltrun

@@ -9,11 +9,16 @@ namespace keltrun {
 
 /// The plain data of a segment set.
 struct SegmentSet {
-  std::vector<std::string> TargetCourseTable;  // course number, TAB, position of the first control
-  std::vector<std::string> TargetClassList;    // class name, ";", position of the first control
-  std::int32_t ControlCount = 0;               // controls strictly inside the run
-  std::string SegmentName;                     // codes joined by "-", "S" start, "F" finish
-  std::string SegmentBinaryName;               // four digits a code
+  /// Where the run occurs: course number, TAB, position of the run's first control in the course.
+  std::vector<std::string> TargetCourseTable;
+  /// Who ran it: class name, ";", position of the run's first control in the class's course.
+  std::vector<std::string> TargetClassList;
+  /// Number of controls strictly inside the run.
+  std::int32_t ControlCount = 0;
+  /// The codes joined by "-", the start as "S" and the finish as "F".
+  std::string SegmentName;
+  /// Four digits for each code, the start as "0000" and the finish as "9999".
+  std::string SegmentBinaryName;
 };
 
 }  // namespace keltrun

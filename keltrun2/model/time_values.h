@@ -13,30 +13,36 @@ namespace keltrun {
 
 /// Exact values of a lap, split or result that are markers, never times. In days, like every time.
 enum LapTimeConst : std::int32_t {
-  KR_TIME_NODATA = 0,  // no time recorded
-  KR_TIME_SKIP = -1,   // the control was skipped or not punched
-  KR_TIME_DISQ = -2,   // disqualified, or no readable time
+  KR_TIME_NODATA = 0,  ///< No time was recorded.
+  KR_TIME_SKIP = -1,   ///< The control was skipped or not punched.
+  KR_TIME_DISQ = -2,   ///< Disqualified, or no readable time.
 };
 
-/// The markers as times, to compare with.
+/// KR_TIME_NODATA as a time, to compare with.
 inline constexpr DateTime kTimeNoData = KR_TIME_NODATA;
+/// KR_TIME_SKIP as a time, to compare with.
 inline constexpr DateTime kTimeSkip = KR_TIME_SKIP;
+/// KR_TIME_DISQ as a time, to compare with.
 inline constexpr DateTime kTimeDisq = KR_TIME_DISQ;
 
-/// What stands for the markers when a text names nothing else: "－" (U+FF0D), "↓", "×".
+/// What texts show for KR_TIME_NODATA unless the caller names something else: "－" (U+FF0D).
 inline constexpr std::string_view kNoDataText = "\uFF0D";
+/// What texts show for KR_TIME_SKIP unless the caller names something else: "↓".
 inline constexpr std::string_view kSkipText = "\u2193";
+/// What texts show for KR_TIME_DISQ unless the caller names something else: "×".
 inline constexpr std::string_view kDisqText = "\u00D7";
 
 /// A time: a start time, a lap, a split, a duration.
 class KELTRUN2_API clsTimeValue {
  public:
-  /// A time of 0, or of that many days as SetValue takes it.
+  /// A time of 0.
   clsTimeValue() = default;
+  /// A time of that many days; 0 when the number is not finite.
   explicit clsTimeValue(DateTime value) { SetValue(value); }
 
-  /// In days; 0 at first. A value that is not finite stores 0.
+  /// In days; 0 at first.
   DateTime Value() const { return value_; }
+  /// Stores a number of days; one that is not finite stores 0.
   void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
   /// The marker texts for 0, -1 and -2; otherwise the time by a pattern of "hh" "h" "nn" "n" "ss"
@@ -55,13 +61,14 @@ class KELTRUN2_API clsTimeValue {
 /// A calendar date.
 class KELTRUN2_API clsDateValue {
  public:
-  /// No date, or a date as SetValue takes it.
+  /// No date.
   clsDateValue() = default;
+  /// The date of that day number; no date when the number is not finite.
   explicit clsDateValue(DateTime value) { SetValue(value); }
 
-  /// Days since 1899-12-30; 0 at first, which stands for no date. A value that is not finite stores
-  /// 0.
+  /// Days since 1899-12-30; 0 at first, which stands for no date.
   DateTime Value() const { return value_; }
+  /// Stores a day number; one that is not finite stores 0.
   void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
   /// The date by a pattern of "yyyy" "mm" "dd"; empty for the value 0.
@@ -92,7 +99,7 @@ class KELTRUN2_API clsMissTimeValue {
 /// A ratio: 1 is 100 percent.
 class KELTRUN2_API clsPercentValue {
  public:
-  /// 0 while not set and for the markers.
+  /// The factor; 0 while not set and for the markers.
   float Value() const { return value_ < 0 ? 0 : value_; }
 
   /// The percentage by a numeric pattern ("#0", "#0.0"); NoDataValue for 0 (a real 0 percent
@@ -109,7 +116,7 @@ class KELTRUN2_API clsPercentValue {
 /// A rank on a leg; 0 is none.
 class KELTRUN2_API clsLegRankValue {
  public:
-  /// From 1; 0 is none.
+  /// The rank, from 1; 0 for none.
   std::int32_t Value() const { return value_; }
 
   /// The rank, or "-" for none (empty without UseHyphen); UseParentheses appends ")" to what is

@@ -11,10 +11,10 @@ namespace keltrun {
 
 /// Error numbers, those of the platform's automation errors.
 enum AutomationErrorConst : std::int32_t {
-  KR_ERROR_INVALID_CALL = 5,            // an argument or a moment that the call does not allow
-  KR_ERROR_SUBSCRIPT_OUT_OF_RANGE = 9,  // an index outside the range of its array or list
-  KR_ERROR_OBJECT_NOT_SET = 91,         // a required object that is null
-  KR_ERROR_DUPLICATE_KEY = 457,         // a name that another entry has already
+  KR_ERROR_INVALID_CALL = 5,            ///< An argument or a moment that the call does not allow.
+  KR_ERROR_SUBSCRIPT_OUT_OF_RANGE = 9,  ///< An index outside the range of its array or list.
+  KR_ERROR_OBJECT_NOT_SET = 91,         ///< A required object that is null.
+  KR_ERROR_DUPLICATE_KEY = 457,         ///< A name that another entry has already.
 };
 
 /// An error raised to the host. What raises it has changed nothing.
@@ -23,7 +23,7 @@ class KELTRUN2_API AutomationError : public std::runtime_error {
   /// An error of that number with the text that what() gives.
   AutomationError(std::int32_t number, const std::string& text)
       : std::runtime_error(text), number_(number) {}
-  /// One of AutomationErrorConst.
+  /// The number of the error, one of AutomationErrorConst.
   std::int32_t Number() const { return number_; }
 
  private:

@@ -15,23 +15,23 @@ class KELTRUN2_API Font {
  public:
   /// The name of the font family.
   const std::string& Face() const { return face_; }
-  /// An empty face is skipped.
+  /// Names the font family; an empty name is skipped.
   void SetFace(std::string_view face) {
     if (!face.empty()) face_ = face;
   }
-  /// In points.
+  /// The size in points.
   double Size() const { return size_; }
-  /// A size that is not above 0 is skipped.
+  /// Sets the size in points; one that is not above 0 is skipped.
   void SetSize(double size) {
     if (size > 0) size_ = size;
   }
-  /// The style.
-  bool Bold = false;
-  bool Italic = false;
-  bool Underline = false;
+  bool Bold = false;       ///< Whether letters are bold.
+  bool Italic = false;     ///< Whether letters are italic.
+  bool Underline = false;  ///< Whether text is underlined.
   /// Character set number (128 is Japanese, 0 Western).
   std::int32_t Charset = 0;
 
+  /// Whether all values are equal.
   friend bool operator==(const Font&, const Font&) = default;
 
  private:

@@ -18,11 +18,12 @@ namespace keltrun {
 class KELTRUN2_API frmProgressBar {
  public:
   virtual ~frmProgressBar() = default;
-  /// 0 to 100.
+  /// Shows how much of the work is done, 0 to 100.
   virtual void SetPercent(std::int32_t Percent) = 0;
 
-  /// Width of the full bar and of the bar at a percentage, in twips (1/1440 inch).
+  /// Width of the full bar in twips (1/1440 inch).
   static constexpr std::int32_t kFullBarTwips = 4395;
+  /// Width of the bar at a percentage, in twips (1/1440 inch).
   static constexpr std::int32_t BarTwips(std::int32_t Percent) {
     return Percent * kFullBarTwips / 100;
   }
@@ -35,10 +36,10 @@ class KELTRUN2_API HostWindows {
   virtual ~HostWindows() = default;
   /// Opens the progress window at 0 percent; null is allowed and shows nothing.
   virtual std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) = 0;
-  /// Position (from 0) of the chosen name; nullopt when nothing was chosen.
+  /// Lets the user choose one of the names: its position, from 0, or nullopt when none was chosen.
   virtual std::optional<std::size_t> ChooseName(std::string_view Caption,
                                                 const std::vector<std::string>& Names) = 0;
-  /// True only for a clear yes.
+  /// Asks the user a question; true only for a clear yes.
   virtual bool AskYesNo(std::string_view Text, std::string_view Title) = 0;
 };
 

@@ -14,11 +14,16 @@ using Color = std::int32_t;
 
 /// How a text is drawn.
 struct TextStyle {
-  keltrun::Font Font;        // face, bold, italic, underline; its size in points does not count
-  float Size = 12;           // height of the letters' em square, in units of the surface
-  float HeightRatio = 1;     // letters are this many times as high as normal, as wide as ever
-  bool Turned = false;       // turned by 90 degrees clockwise: reads from top to bottom
-  keltrun::Color Color = 0;  // of the letters; 0 is black
+  /// Face, bold, italic and underline; its size in points does not count.
+  keltrun::Font Font;
+  /// Height of the letters' em square, in units of the surface.
+  float Size = 12;
+  /// How many times as high as normal the letters are; their width stays.
+  float HeightRatio = 1;
+  /// Whether the text is turned by 90 degrees clockwise, to be read from top to bottom.
+  bool Turned = false;
+  /// Color of the letters; 0 is black.
+  keltrun::Color Color = 0;
 };
 
 /// A plane with the origin in its upper left corner, x to the right and y downwards, in units of
@@ -27,25 +32,27 @@ class KELTRUN2_API DrawingSurface {
  public:
   virtual ~DrawingSurface() = default;
 
-  /// A straight line from (X1, Y1) to (X2, Y2).
+  /// Draws a straight line from (X1, Y1) to (X2, Y2).
   virtual void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,
                         float DrawWidth) = 0;
-  /// A rectangle: its outline, or filled (then DrawWidth does not count).
+  /// Draws the outline of a rectangle, or fills it; then DrawWidth does not count.
   virtual void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor,
                        float DrawWidth, bool Fill) = 0;
-  /// A circle: its outline, or filled (then DrawWidth does not count).
+  /// Draws the outline of a circle, or fills it; then DrawWidth does not count.
   virtual void DrawCircle(float X, float Y, float Radius, Color CircleColor, float DrawWidth,
                           bool Fill) = 0;
-  /// One line of text; (X, Y) is the upper left corner of its box, about which a turned text is
-  /// turned.
+  /// Draws one line of text; (X, Y) is the upper left corner of its box, about which a turned text
+  /// is turned.
   virtual void DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) = 0;
 
-  /// The width of a text before it is turned, and the height of a line of it.
+  /// Width of a text before it is turned.
   virtual float TextWidth(std::string_view Text, const TextStyle& Style) = 0;
+  /// Height of a line of text before it is turned.
   virtual float TextHeight(const TextStyle& Style) = 0;
 
-  /// Draws only inside this rectangle from now on, or everywhere again.
+  /// Draws only inside this rectangle from now on.
   virtual void SetClip(float Left, float Top, float Width, float Height) = 0;
+  /// Draws everywhere again.
   virtual void ResetClip() = 0;
 };
 
@@ -53,21 +60,24 @@ class KELTRUN2_API DrawingSurface {
 /// previews are drawn on it.
 class KELTRUN2_API PictureBox : public DrawingSurface {
  public:
-  /// The unit of everything drawn; charts and previews ask for kScalePixels.
+  /// The scale mode in which the unit is the pixel.
   static constexpr std::int32_t kScalePixels = 3;
+  /// Chooses the unit of everything drawn; charts and previews ask for kScalePixels.
   virtual void SetScaleMode(std::int32_t ScaleMode) = 0;
-  /// The colour of the empty picture; what was drawn before may be erased.
+  /// Sets the color of the empty picture; what was drawn before may be erased.
   virtual void SetBackColor(Color BackColor) = 0;
   /// Erases everything drawn: the whole picture has its background colour.
   virtual void Clear() = 0;
 
-  /// Size of the plane that is drawn on, in its units.
+  /// Width of the plane that is drawn on, in its units.
   virtual float ScaleWidth() const = 0;
+  /// Height of the plane that is drawn on, in its units.
   virtual float ScaleHeight() const = 0;
 
-  /// Outer width in units of whatever holds the picture. A chart that sizes its picture itself sets
-  /// it to Width / ScaleWidth times what it needs and then reads ScaleWidth again.
+  /// Outer width in units of whatever holds the picture.
   virtual float Width() const = 0;
+  /// Changes the outer width. A chart that sizes its picture itself sets it to Width / ScaleWidth
+  /// times what it needs and then reads ScaleWidth again.
   virtual void SetWidth(float Width) = 0;
 };
 

@@ -14,26 +14,23 @@ namespace keltrun {
 
 /// Paper and its printable part in mm, as the paper lies in the chosen orientation.
 struct PaperMetrics {
-  /// The whole sheet.
-  float PaperWidth = 210;
-  float PaperHeight = 297;
-  /// From the paper's left and upper edge to the printable part.
-  float OffsetLeft = 0;
-  float OffsetTop = 0;
-  /// The printable part.
-  float PrintableWidth = 210;
-  float PrintableHeight = 297;
+  float PaperWidth = 210;       ///< Width of the whole sheet.
+  float PaperHeight = 297;      ///< Height of the whole sheet.
+  float OffsetLeft = 0;         ///< From the paper's left edge to the printable part.
+  float OffsetTop = 0;          ///< From the paper's upper edge to the printable part.
+  float PrintableWidth = 210;   ///< Width of the printable part.
+  float PrintableHeight = 297;  ///< Height of the printable part.
 };
 
 /// The paper sizes that every printer here knows, by their usual numbers.
 enum PaperSizeConst : std::int32_t {
-  KR_PAPER_LETTER = 1,
-  KR_PAPER_LEGAL = 5,
-  KR_PAPER_A3 = 8,
-  KR_PAPER_A4 = 9,
-  KR_PAPER_A5 = 11,
-  KR_PAPER_B4 = 12,
-  KR_PAPER_B5 = 13,
+  KR_PAPER_LETTER = 1,  ///< US Letter, 215.9 x 279.4 mm.
+  KR_PAPER_LEGAL = 5,   ///< US Legal, 215.9 x 355.6 mm.
+  KR_PAPER_A3 = 8,      ///< ISO A3, 297 x 420 mm.
+  KR_PAPER_A4 = 9,      ///< ISO A4, 210 x 297 mm.
+  KR_PAPER_A5 = 11,     ///< ISO A5, 148 x 210 mm.
+  KR_PAPER_B4 = 12,     ///< JIS B4, 257 x 364 mm.
+  KR_PAPER_B5 = 13,     ///< JIS B5, 182 x 257 mm.
 };
 
 /// A printer: `PdfPrinter`, an installed queue, or one that the host implements and installs with
@@ -44,9 +41,10 @@ class KELTRUN2_API Printer {
 
   /// The name by which hosts choose the printer.
   virtual const std::string& DeviceName() const = 0;
-  /// A value of PaperSizeConst; an unknown number leaves the paper as it is.
+  /// Chooses the paper by a value of PaperSizeConst; an unknown number leaves it as it is.
   virtual void SetPaperSize(std::int32_t PaperSize) = 0;
-  /// A value of TorbelPrintOrientationType: 1 is landscape, anything else portrait.
+  /// Turns the paper by a value of TorbelPrintOrientationType: 1 is landscape, anything else
+  /// portrait.
   virtual void SetOrientation(std::int32_t Orientation) = 0;
   /// The sheet as paper size and orientation make it.
   virtual PaperMetrics Metrics() const = 0;
@@ -68,12 +66,23 @@ class KELTRUN2_API PdfPrinter : public Printer {
   explicit PdfPrinter(std::string Name = "PDF", std::string Path = "");
   ~PdfPrinter() override;
 
+  /// The name by which hosts choose the printer.
   const std::string& DeviceName() const override;
+  /// Chooses the paper by a value of PaperSizeConst, A4 at first; an unknown number leaves it as it
+  /// is.
   void SetPaperSize(std::int32_t PaperSize) override;
+  /// Turns the paper by a value of TorbelPrintOrientationType, portrait at first: 1 is landscape,
+  /// anything else portrait.
   void SetOrientation(std::int32_t Orientation) override;
+  /// The sheet as paper size and orientation make it; all of it is printable.
   PaperMetrics Metrics() const override;
+  /// Begins a page and gives it, in mm from its upper left corner; valid until the next call of
+  /// NewSheet or EndDocument.
   DrawingSurface& NewSheet() override;
+  /// Something to measure texts with, in mm, also outside a document.
   DrawingSurface& Measure() override;
+  /// Ends the document and writes it to the file, or keeps it for Document. Raises invalid
+  /// procedure call (5) with the reason when that fails.
   void EndDocument() override;
 
   /// The last document that was ended, as PDF bytes; empty when it went to a file.
@@ -95,7 +104,7 @@ KELTRUN2_API std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
 /// replaced. It prints one document at a time: threads that print install one each.
 KELTRUN2_API void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
 
-/// Takes a printer that was installed away again; unknown names are ignored.
+/// Removes a printer that a host installed; unknown names are ignored.
 KELTRUN2_API void RemovePrinter(std::string_view DeviceName);
 
 }  // namespace keltrun

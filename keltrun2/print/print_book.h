@@ -11,46 +11,49 @@
 
 namespace keltrun {
 
+/// Where a text stands across its box, or a virtual area across its cell.
 enum PrintBookAlignConst : std::int32_t {
-  PRINTBOOK_ALIGN_LEFT = 0,
-  PRINTBOOK_ALIGN_CENTER = 1,
-  PRINTBOOK_ALIGN_RIGHT = 2,
+  PRINTBOOK_ALIGN_LEFT = 0,    ///< At the left edge.
+  PRINTBOOK_ALIGN_CENTER = 1,  ///< In the middle.
+  PRINTBOOK_ALIGN_RIGHT = 2,   ///< At the right edge.
 };
 
+/// Where a text stands down its box, or a virtual area down its cell.
 enum PrintBookValignConst : std::int32_t {
-  PRINTBOOK_VALIGN_TOP = 0,
-  PRINTBOOK_VALIGN_MIDDLE = 1,
-  PRINTBOOK_VALIGN_BOTTOM = 2,
+  PRINTBOOK_VALIGN_TOP = 0,     ///< At the upper edge.
+  PRINTBOOK_VALIGN_MIDDLE = 1,  ///< In the middle.
+  PRINTBOOK_VALIGN_BOTTOM = 2,  ///< At the lower edge.
 };
 
 /// Published alignment values. 0 to 2 equal those of PrintBookAlignConst; Equal, cast to it, makes
 /// `clsPrintBook::PrintText` spread the characters of each line over the box.
 enum TorbelPrintAlignType : std::int32_t {
-  tpatLeft = 0,
-  tpatCenter = 1,
-  tpatRight = 2,
-  tpatEqual = 3,
+  tpatLeft = 0,    ///< At the left edge.
+  tpatCenter = 1,  ///< In the middle.
+  tpatRight = 2,   ///< At the right edge.
+  tpatEqual = 3,   ///< The characters of each line are spread over the box.
 };
 
-/// The same for PrintBookValignConst: Equal spreads the lines over the box.
+/// Published vertical alignment values. 0 to 2 equal those of PrintBookValignConst; Equal, cast to
+/// it, makes `clsPrintBook::PrintText` spread the lines over the box.
 enum TorbelPrintValignType : std::int32_t {
-  tpvtTop = 0,
-  tpvtMiddle = 1,
-  tpvtBottom = 2,
-  tpvtEqual = 3,
+  tpvtTop = 0,     ///< At the upper edge.
+  tpvtMiddle = 1,  ///< In the middle.
+  tpvtBottom = 2,  ///< At the lower edge.
+  tpvtEqual = 3,   ///< The lines are spread over the box.
 };
 
 /// What `clsPrintBook::Init` takes as Orientation.
 enum TorbelPrintOrientationType : std::int32_t {
-  tpotPortrate = 0,
-  tpotLandscape = 1,
+  tpotPortrate = 0,   ///< Portrait: the sheet is higher than wide.
+  tpotLandscape = 1,  ///< Landscape: the sheet is wider than high.
 };
 
 /// For hosts that fit texts into boxes of their own; nothing here takes it.
 enum TorbelTextAutoScaleType : std::int32_t {
-  ttastNone = 0,
-  ttastRatioFixed = 1,
-  ttastJustFit = 2,
+  ttastNone = 0,        ///< The text keeps its size.
+  ttastRatioFixed = 1,  ///< The text is scaled, as much across as down.
+  ttastJustFit = 2,     ///< The text is scaled to fill the box, across and down.
 };
 
 /// A page-layout engine on top of a printer. A virtual drawing area is fitted onto the sheet, or
@@ -69,6 +72,7 @@ enum TorbelTextAutoScaleType : std::int32_t {
 /// zoom of 1, line widths dots of 1/300 inch at a zoom of 1, and both grow with it.
 class KELTRUN2_API clsPrintBook {
  public:
+  /// An empty book on a PDF printer that keeps its document in memory.
   clsPrintBook();
   ~clsPrintBook();
   clsPrintBook(const clsPrintBook&) = delete;
@@ -111,50 +115,59 @@ class KELTRUN2_API clsPrintBook {
   /// host scrolls by moving its picture's origin. Raises object not set (91) for null.
   void ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture, std::int32_t PageNum);
 
-  /// A text in a box. Lines are split at CR LF, CR or LF; a TAB goes to the next multiple of eight
-  /// digits' width. A line wider than the box goes beyond it, or with AutoStringCut is cut and ends
-  /// in an ellipsis (a left-aligned one also where the virtual area ends). With IsLandscape the
-  /// text is turned by 90 degrees clockwise: it runs from the top of the box to its bottom,
-  /// TextAlign along the height, its first line at the right. ChrHeight makes letters that many
-  /// times higher at the same width.
+  /// Prints a text in a box. Lines are split at CR LF, CR or LF; a TAB goes to the next multiple of
+  /// eight digits' width. A line wider than the box goes beyond it, or with AutoStringCut is cut
+  /// and ends in an ellipsis (a left-aligned one also where the virtual area ends). With
+  /// IsLandscape the text is turned by 90 degrees clockwise: it runs from the top of the box to its
+  /// bottom, TextAlign along the height, its first line at the right. ChrHeight makes letters that
+  /// many times higher at the same width.
   void PrintText(std::string_view Expression, const Font& TextFont, float Left, float Top,
                  float Width, float Height, PrintBookAlignConst TextAlign,
                  PrintBookValignConst TextValign, bool IsLandscape = false, float ChrHeight = 1.0f,
                  Color TextColor = 0, bool AutoStringCut = false);
-  /// A rectangle: its outline, or filled (then DrawWidth does not count).
+  /// Draws the outline of a rectangle, or fills it; then DrawWidth does not count.
   void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor, float DrawWidth,
                bool Fill);
-  /// A line from (Left, Top) to (Left + Width, Top + Height).
+  /// Draws a line from (Left, Top) to (Left + Width, Top + Height).
   void DrawLine(float Left, float Top, float Width, float Height, Color LineColor, float DrawWidth);
-  /// A circle, filled or its outline in a line of width 1. The colour is a Single here and a Long
-  /// everywhere else.
+  /// Fills a circle, or draws its outline in a line of width 1. The color is a Single here and a
+  /// Long everywhere else.
   void DrawCircle(float X, float Y, float Radius, float CircleColor, bool Fill);
 
-  /// Margins in mm.
+  /// Upper margin in mm.
   float MarginTop() const;
+  /// Lower margin in mm.
   float MarginBottom() const;
+  /// Left margin in mm.
   float MarginLeft() const;
+  /// Right margin in mm.
   float MarginRight() const;
-  /// mm per virtual unit.
+  /// The zoom, in mm per virtual unit.
   float ZoomRatio() const;
 
-  /// Size of the virtual area of a page.
+  /// Width of the virtual area of a page, in virtual units divided by VirtualZoomRatio.
   float Width() const;
+  /// Height of the virtual area of a page, in virtual units divided by VirtualZoomRatio.
   float Height() const;
 
-  /// Factor by which everything recorded from now on is multiplied; 0 is taken as 1.
+  /// Factor by which everything recorded from now on is multiplied; 1 at first.
   float VirtualZoomRatio() const;
+  /// Changes the factor; 0 is taken as 1. SetVirtualSize and SetSeparation put it back to 1.
   void SetVirtualZoomRatio(float Ratio);
-  /// Kept for the caller: how far the current page is filled.
+  /// How far the current page is filled across. The book only keeps it for the caller.
   float PrintedAreaWidth() const;
+  /// Notes how far the current page is filled across.
   void SetPrintedAreaWidth(float Width);
+  /// How far the current page is filled down. The book only keeps it for the caller.
   float PrintedAreaHeight() const;
+  /// Notes how far the current page is filled down.
   void SetPrintedAreaHeight(float Height);
 
-  /// Cells per sheet.
+  /// Rows of cells on a sheet.
   std::int32_t RowCount() const;
+  /// Columns of cells on a sheet.
   std::int32_t ColCount() const;
-  /// Pages with at least one drawing.
+  /// Number of pages with at least one drawing.
   std::int32_t PageCount() const;
 
   /// The printer in use, never null: before `Init` found one, a PDF printer that keeps its document

@@ -13,7 +13,9 @@ namespace keltrun {
 /// simply a duration: one second is 1/86400.
 using DateTime = double;
 
+/// Seconds of a day.
 inline constexpr double kSecondsPerDay = 86400.0;
+/// Milliseconds of a day.
 inline constexpr double kMillisecondsPerDay = 86400000.0;
 
 /// Longest duration that counts as one, in days; beyond it milliseconds lose their precision.
@@ -44,9 +46,10 @@ KELTRUN2_API std::optional<DateTime> ParseDateTime(std::string_view text);
 /// "ss" seconds, a backslash makes the next character literal, everything else is copied. The time
 /// of day is that of the value rounded to whole seconds.
 KELTRUN2_API std::string FormatDateTime(DateTime value, std::string_view pattern);
+/// Appends what FormatDateTime gives.
 KELTRUN2_API void AppendDateTime(std::string& out, DateTime value, std::string_view pattern);
 
-/// Two digits with a leading zero; value 0 to 99.
+/// Appends two digits with a leading zero; value 0 to 99.
 inline void AppendTwoDigits(std::string& out, int value) {
   out.push_back(static_cast<char>('0' + value / 10));
   out.push_back(static_cast<char>('0' + value % 10));
