@@ -32,12 +32,13 @@ void BindGeneralData(py::module_& module) {
   Class<General>(module, "clsAnalyzedGeneralData")
       .Constant("kMostLegs", General::kMostLegs)
       .Constant("kMostUpperLaps", General::kMostUpperLaps)
-      .Method("LegDifficulty", &General::LegDifficulty, arg("LegIndex"))
+      .Method("LegDifficulty", MayBeNone(&General::LegDifficulty), arg("LegIndex"))
       .Method("IsUpperLapExists", &General::IsUpperLapExists, arg("LegIndex"), arg("RankIndex"))
       .Method("UpperLapAverage", &General::UpperLapAverage, arg("LegIndex"))
       .Method("LegLength", &General::LegLength, arg("LegIndex"))
       .ReadOnly("UpperLapTotal", &General::UpperLapTotal)
-      .Method("UpperLapObject", &General::UpperLapObject, arg("LegIndex"), arg("RankIndex"));
+      .Method("UpperLapObject", MayBeNone(&General::UpperLapObject), arg("LegIndex"),
+              arg("RankIndex"));
 }
 
 void BindTimes(Class<Runner>& type) {
@@ -94,8 +95,8 @@ void BindRunner(py::module_& module) {
       .ReadOnly("FirstHalfCruiseSpeed", &Runner::FirstHalfCruiseSpeed)
       .ReadOnly("SecondHalfCruiseSpeed", &Runner::SecondHalfCruiseSpeed)
       .ReadOnly("TotalTimeRelative", &Runner::TotalTimeRelative)
-      .Method("LapRelative", &Runner::LapRelative, arg("Index"))
-      .Method("MissTime", &Runner::MissTime, arg("Index"))
+      .Method("LapRelative", MayBeNone(&Runner::LapRelative), arg("Index"))
+      .Method("MissTime", MayBeNone(&Runner::MissTime), arg("Index"))
       .ReadOnly("MissTimeTotal", &Runner::MissTimeTotal)
       .ReadOnly("MissRate", &Runner::MissRate)
       .ReadOnly("TotalTimeWithoutMiss", &Runner::TotalTimeWithoutMiss)
@@ -120,14 +121,14 @@ void BindAnalysis(py::module_& module) {
   module.attr("kMostOnMap") = kMostOnMap;
   Class<clsAnalyzer, DataSet>(module, "clsAnalyzer")
       .MadeBy(py::init<>())
-      .Property("CourseData", &clsAnalyzer::CourseData, &clsAnalyzer::SetCourseData)
+      .Property("CourseData", MayBeNone(&clsAnalyzer::CourseData), &clsAnalyzer::SetCourseData)
       .ReadOnly("IsExecuted", &clsAnalyzer::IsExecuted)
       .ReadOnly("ClassInfo", &clsAnalyzer::ClassInfo)
       .Method("Clear", &clsAnalyzer::Clear)
       .ReadOnly("Count", &clsAnalyzer::Count)
-      .Method("Item", &clsAnalyzer::Item, arg("Index"))
+      .Method("Item", MayBeNone(&clsAnalyzer::Item), arg("Index"))
       .ReadOnly("FullSetCount", &clsAnalyzer::FullSetCount)
-      .Method("FullSetItem", &clsAnalyzer::FullSetItem, arg("Index"))
+      .Method("FullSetItem", MayBeNone(&clsAnalyzer::FullSetItem), arg("Index"))
       .ReadOnly("GeneralData", &clsAnalyzer::GeneralData)
       .Method("Execute", &clsAnalyzer::Execute, Released())
       .Method("ExtraAnalyze", &clsAnalyzer::ExtraAnalyze, Released())
@@ -142,12 +143,12 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("ClassInfo", &clsResultsHolder::ClassInfo)
       .Method("Clear", &clsResultsHolder::Clear)
       .ReadOnly("Count", &clsResultsHolder::Count)
-      .Method("Item", &clsResultsHolder::Item, arg("Index"))
+      .Method("Item", MayBeNone(&clsResultsHolder::Item), arg("Index"))
       .Method("RankInDataSet", &clsResultsHolder::RankInDataSet, arg("Index"))
       .Method("CalcRank", &clsResultsHolder::CalcRank, Released())
       .ReadOnly("RankIsAvalilable", &clsResultsHolder::RankIsAvalilable)
       .ReadOnly("FullSetCount", &clsResultsHolder::FullSetCount)
-      .Method("FullSetItem", &clsResultsHolder::FullSetItem, arg("Index"))
+      .Method("FullSetItem", MayBeNone(&clsResultsHolder::FullSetItem), arg("Index"))
       .Method("SelectItem", &clsResultsHolder::SelectItem, arg("SerialNum"))
       .Method("SelectAll", &clsResultsHolder::SelectAll)
       .Method("SelectNone", &clsResultsHolder::SelectNone);

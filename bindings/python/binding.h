@@ -142,6 +142,24 @@ class Class {
   std::string name_;
 };
 
+/// A result that may be null, which is None in Python. Signatures say so: Optional[...].
+template <typename Pointer>
+struct OrNone {
+  Pointer pointer;
+};
+
+/// The member or function itself, with a result that may be null.
+template <typename Result, typename T, typename... Arguments>
+auto MayBeNone(Result (T::*member)(Arguments...) const) {
+  return [member](const T& object, Arguments... arguments) {
+    return OrNone<std::decay_t<Result>>{(object.*member)(arguments...)};
+  };
+}
+template <typename Result, typename... Arguments>
+auto MayBeNone(Result (*function)(Arguments...)) {
+  return [function](Arguments... arguments) { return OrNone<Result>{function(arguments...)}; };
+}
+
 /// A plain structure, made with its fields by name.
 template <typename T>
 auto Fields() {
@@ -185,3 +203,17 @@ void BindDrawing(py::module_& module);
 void BindServices(py::module_& module);
 
 }  // namespace keltrun::python
+
+namespace pybind11::detail {
+
+template <typename Pointer>
+struct type_caster<keltrun::python::OrNone<Pointer>> {
+  using Inner = make_caster<Pointer>;
+  static constexpr auto name = const_name("Optional[") + Inner::name + const_name("]");
+  static handle cast(const keltrun::python::OrNone<Pointer>& result, return_value_policy policy,
+                     handle parent) {
+    return Inner::cast(result.pointer, policy, parent);
+  }
+};
+
+}  // namespace pybind11::detail

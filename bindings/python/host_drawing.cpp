@@ -227,7 +227,8 @@ void BindPrinters(py::module_& module) {
       .ReadOnly("Document",
                 [](const PdfPrinter& printer) { return py::bytes(printer.Document()); });
   module.def("PrinterNames", &PrinterNames, Doc("PrinterNames"), Released());
-  module.def("FindPrinter", &FindPrinter, Doc("FindPrinter"), arg("DeviceName"), Released());
+  module.def("FindPrinter", MayBeNone(&FindPrinter), Doc("FindPrinter"), arg("DeviceName"),
+             Released());
   module.def(
       "InstallPrinter",
       [](const py::object& printer) {

@@ -46,14 +46,6 @@ def accepted(arguments, enumerations):
                   if m[1] in enumerations else m[0], clean(arguments))
 
 
-def returned(result, doc):
-    """The type of a result; an object that the documentation says may be None is optional."""
-    result = clean(result)
-    is_object = re.fullmatch(r"[A-Za-z]\w*", result) and result not in ("bool", "float", "int", "str")
-    may_be_none = re.search(r"(?<![Nn]ever )(?<!not )(?<!Setting )\bNone\b", prose(doc))
-    return f"typing.Optional[{result}]" if is_object and result != "None" and may_be_none else result
-
-
 def function(name, member, indent, enumerations):
     is_static = isinstance(member, staticmethod)
     if is_static:
@@ -64,13 +56,13 @@ def function(name, member, indent, enumerations):
             yield f"{indent}@staticmethod"
         if len(found) > 1:
             yield f"{indent}@typing.overload"
-        yield f"{indent}def {name}{accepted(arguments, enumerations)} -> {returned(result, member.__doc__)}:"
+        yield f"{indent}def {name}{accepted(arguments, enumerations)} -> {clean(result)}:"
         yield from docstring(member.__doc__, indent + "    ")
 
 
 def prop(name, member):
     getter = signatures(member.fget)
-    result = returned(getter[0][1], member.__doc__) if getter else "typing.Any"
+    result = clean(getter[0][1]) if getter else "typing.Any"
     yield "    @property"
     yield f"    def {name}(self) -> {result}:"
     yield from docstring(member.__doc__, "        ")

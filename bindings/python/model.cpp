@@ -107,7 +107,7 @@ void BindClasses(py::module_& module) {
       .Method("AddLap", &clsClassData::AddLap)
       .Method("RemoveLap", &clsClassData::RemoveLap, arg("Index"))
       .Method("ClearLap", &clsClassData::ClearLap)
-      .Method("LapData", &clsClassData::LapData, arg("Index"))
+      .Method("LapData", MayBeNone(&clsClassData::LapData), arg("Index"))
       .Method("SortLap", &clsClassData::SortLap);
 
   Class<clsCourseData>(module, "clsCourseData")

@@ -63,7 +63,7 @@ void BindWindows(py::module_& module) {
       .Method(
           "OpenProgress",
           [](HostWindows& windows, std::string_view caption) {
-            return std::shared_ptr<frmProgressBar>(windows.OpenProgress(caption));
+            return OrNone<std::shared_ptr<frmProgressBar>>{windows.OpenProgress(caption)};
           },
           arg("Caption"))
       .Method("ChooseName", &HostWindows::ChooseName, arg("Caption"), arg("Names"))
@@ -248,17 +248,20 @@ void BindRoot(py::module_& module) {
       .Method("AddClass", &Root::AddClass, arg("ClassName"))
       .Method("RemoveClass", &Root::RemoveClass, arg("ClassName"))
       .Method("RenameClass", &Root::RenameClass, arg("OldName"), arg("NewName"))
-      .Method("ClassData", py::overload_cast<std::int32_t>(&Root::ClassData, py::const_),
+      .Method("ClassData", MayBeNone(py::overload_cast<std::int32_t>(&Root::ClassData, py::const_)),
               arg("ClassID"))
-      .Method("ClassData", py::overload_cast<std::string_view>(&Root::ClassData, py::const_),
+      .Method("ClassData",
+              MayBeNone(py::overload_cast<std::string_view>(&Root::ClassData, py::const_)),
               arg("ClassID"))
       .ReadOnly("ClassCount", &Root::ClassCount)
       .Method("IsClassExists", &Root::IsClassExists, arg("ClassName"))
       .Method("AddCourse", &Root::AddCourse, arg("CourseIndex"))
       .Method("RemoveCourse", &Root::RemoveCourse, arg("CourseIndex"))
-      .Method("CourseData", py::overload_cast<std::int32_t>(&Root::CourseData, py::const_),
+      .Method("CourseData",
+              MayBeNone(py::overload_cast<std::int32_t>(&Root::CourseData, py::const_)),
               arg("CourseID"))
-      .Method("CourseData", py::overload_cast<std::string_view>(&Root::CourseData, py::const_),
+      .Method("CourseData",
+              MayBeNone(py::overload_cast<std::string_view>(&Root::CourseData, py::const_)),
               arg("CourseID"))
       .ReadOnly("CourseCount", &Root::CourseCount)
       .Method("ClearCourse", &Root::ClearCourse)

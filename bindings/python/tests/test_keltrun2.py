@@ -507,6 +507,18 @@ def test_everything_in_the_public_headers_is_bound(tmp_path):
     assert missing == [], missing
 
 
+def test_what_may_be_none_says_so(root, analyzer):
+    results, general, runner = root.NewResultsHolder, analyzer.GeneralData, analyzer.Item(1)
+    for call, *arguments in [
+            (root.ClassData, 99), (root.ClassData, "no such class"), (root.CourseData, 99),
+            (root.CourseData, "99"), (root.ClassData(1).LapData, 0), (analyzer.Item, 0),
+            (analyzer.FullSetItem, 0), (results.Item, 1), (results.FullSetItem, 1),
+            (general.LegDifficulty, 0), (general.UpperLapObject, 1, 0), (runner.LapRelative, 0),
+            (runner.MissTime, 0), (kr.FindPrinter, "no such printer")]:
+        assert call(*arguments) is None
+        assert ") -> Optional[" in call.__doc__, call.__doc__
+
+
 def test_every_member_is_documented():
     undocumented = []
     for name, cls in vars(kr._native).items():
