@@ -102,6 +102,8 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
                {2, "results two.lxm --as json --course x", "--course"},
                {2, "analyze two.lxm --as json --class M21 --course 7", "excludes"},
                {2, "analyze two.lxm --as html", "--class"},
+               {2, "print two.lxm --per-sheet 011x1 -o x.pdf", "each from 1 to 10"},
+               {2, "chart two.lxm --zoom-y nan -o x.png", "from 1 to 100"},
                {1, "site missing.lxm x", "missing.lxm"},
                {1, "info other.lxm", "<other>"},
                {1, "info - </dev/null", "standard input"},

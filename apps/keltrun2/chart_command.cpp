@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <memory>
 #include <optional>
@@ -12,6 +10,7 @@
 #include "apps/keltrun2/data_sets.h"
 #include "apps/keltrun2/event_input.h"
 #include "apps/keltrun2/files.h"
+#include "apps/keltrun2/words.h"
 
 namespace keltrun::cli {
 namespace {
@@ -21,11 +20,10 @@ constexpr std::array<Color, 8> kHighlightColors = {0x2020D0, 0xD06000, 0x208020,
                                                    0x0080E0, 0xA0A000, 0x404080, 0x707070};
 constexpr std::int32_t kHighlightWidth = 3;
 
-PictureFormatConst Format(std::string file) {
-  std::transform(file.begin(), file.end(), file.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  if (file.ends_with(".svg")) return KR_PICTURE_SVG;
-  if (file.ends_with(".pdf")) return KR_PICTURE_PDF;
+PictureFormatConst Format(const std::string& file) {
+  const std::string name = LowerCase(file);
+  if (name.ends_with(".svg")) return KR_PICTURE_SVG;
+  if (name.ends_with(".pdf")) return KR_PICTURE_PDF;
   return KR_PICTURE_PNG;
 }
 

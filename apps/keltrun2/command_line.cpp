@@ -5,12 +5,15 @@
 #include <cstdint>
 #include <iostream>
 #include <limits>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "apps/keltrun2/chart_modes.h"
 #include "apps/keltrun2/command_error.h"
+#include "apps/keltrun2/words.h"
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::cli {
@@ -132,12 +135,12 @@ CLI::Validator FileNameEnding(const std::vector<std::string>& endings) {
   return CLI::Validator(
       [endings](const std::string& name) {
         for (const std::string& ending : endings) {
-          const std::string lower = CLI::detail::to_lower(name);
+          const std::string lower = LowerCase(name);
           if (lower == ending ? ending == "-" : ending != "-" && lower.ends_with(ending)) {
             return std::string();
           }
         }
-        return "a file name must end in " + CLI::detail::join(endings, ", ");
+        return "a file name must end in " + Joined(endings, ", ");
       },
       "");
 }
@@ -162,12 +165,11 @@ CLI::Validator LapFileName() { return FileNameEnding({".lxm", ".lap", ".xml", ".
 CLI::Validator NumberWithin(float least, float most) {
   return CLI::Validator(
       [least, most](const std::string& text) {
-        float number = 0;
-        const bool good =
-            CLI::detail::lexical_cast(text, number) && number >= least && number <= most;
-        const auto shown = [](float limit) { return CLI::detail::to_string(limit); };
-        return good ? std::string()
-                    : "must be a number from " + shown(least) + " to " + shown(most);
+        const std::optional<float> number = NumberOf(text);
+        if (number && *number >= least && *number <= most) return std::string();
+        std::ostringstream error;
+        error << "must be a number from " << least << " to " << most;
+        return error.str();
       },
       "");
 }
@@ -176,15 +178,14 @@ CLI::Validator NumberWithin(float least, float most) {
 CLI::Validator TwoNumbers(int least, int most, const std::string& wanted) {
   return CLI::Validator(
       [least, most, wanted](const std::string& text) {
-        const auto parts = CLI::detail::split(text, 'x');
+        const std::size_t x = text.find('x');
         const auto fits = [least, most](const std::string& part) {
-          int number = 0;
           const bool digits = !part.empty() && part.size() <= 4 &&
                               part.find_first_not_of("0123456789") == std::string::npos;
-          return digits && CLI::detail::lexical_cast(part, number) && number >= least &&
-                 number <= most;
+          return digits && std::stoi(part) >= least && std::stoi(part) <= most;
         };
-        const bool good = parts.size() == 2 && fits(parts[0]) && fits(parts[1]);
+        const bool good =
+            x != std::string::npos && fits(text.substr(0, x)) && fits(text.substr(x + 1));
         return good ? std::string() : "must be " + wanted;
       },
       "");
@@ -226,7 +227,7 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
                        const std::vector<std::string>& words, const std::string& description) {
   return app.add_option(name, word, description)
-      ->type_name(CLI::detail::join(words, "|"))
+      ->type_name(Joined(words, "|"))
       ->check(CLI::IsMember(words).description(""));
 }
 
@@ -300,9 +301,8 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       "--no-legs", [&options] { options.legs = false; }, "no pages about the legs");
   auto charts = ChartModeNames();
   charts.push_back("all");
-  app.add_option(
-         "--charts", options.charts,
-         "pages with these charts: all, or some of " + CLI::detail::join(ChartModeNames(), ", "))
+  app.add_option("--charts", options.charts,
+                 "pages with these charts: all, or some of " + Joined(ChartModeNames(), ", "))
       ->type_name("MODES")
       ->delimiter(',')
       ->allow_extra_args(false)
