@@ -293,7 +293,9 @@ TEST(Charts, SurviveWhateverTheyAreGiven) {
       f.analyzer->SelectNone();  // after the build
       f.chart.ClearRunnerSetting();
       f.chart.DrawChart();
-      ChartRatioToFit(*f.analyzer, f.chart, static_cast<KrChartModeConst>(mode));
+      const float ratio =
+          ChartRatioToFit(*f.analyzer, f.chart, static_cast<KrChartModeConst>(mode));
+      EXPECT_TRUE(ratio >= 0.5F && ratio <= 10'000) << ratio;
       f.analyzer->SelectAll();
     }
   }

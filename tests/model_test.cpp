@@ -277,7 +277,7 @@ TEST(Root, ClearEmptiesTheModelAndKeepsTheServices) {
   const auto event = root->EventData();
   const auto meta = root->MetaData();
   const auto service = root->FileControl();
-  service->LoadLapFile("missing.lxm", KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND);
+  EXPECT_FALSE(service->LoadLapFile("missing.lxm", KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND));
   const string error = root->ErrorComment();
   const auto runner = AddRunner(*root->ClassData(1), "a", "1:00:00", {60});
   root->AddCourse(1);

@@ -51,10 +51,11 @@ class KELTRUN2_API clsSegmentData {
 
   /// A new analyzer of the current event's runners, not executed. A SexOption takes only runners
   /// whose Sex is exactly that text.
-  std::shared_ptr<clsAnalyzer> Analyzer(std::string_view SexOption = "") const;
+  [[nodiscard]] std::shared_ptr<clsAnalyzer> Analyzer(std::string_view SexOption = "") const;
   /// A new result list of the current event's runners, not ranked. A SexOption takes only runners
   /// whose Sex is exactly that text.
-  std::shared_ptr<clsResultsHolder> ResultsHolder(std::string_view SexOption = "") const;
+  [[nodiscard]] std::shared_ptr<clsResultsHolder> ResultsHolder(
+      std::string_view SexOption = "") const;
 
  private:
   std::shared_ptr<SegmentSet> segment_;

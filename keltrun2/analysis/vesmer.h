@@ -54,7 +54,7 @@ SymmetricMatrix SquaredDistances(const LossProfiles& profiles);
 /// Turns squared distances into products of positions seen from their centre, as multiples of their
 /// trace. False, and the matrix is of no use, when that is 0 or not finite: all
 /// distances are 0, or a loss is not a number or far too large.
-bool MakeCentredProducts(SymmetricMatrix& matrix);
+[[nodiscard]] bool MakeCentredProducts(SymmetricMatrix& matrix);
 
 /// The axes of the map; the matrix is used up.
 TopEigenpairs TopAxes(SymmetricMatrix&& products, MapSolver solver);

@@ -65,10 +65,10 @@ class KELTRUN2_API clsFileControl {
   /// let the user choose one (`ChooseName`). Runners are sorted by result afterwards. ErrorComment
   /// is emptied at the start; after a failure it says why, except for IOF XML, which is only
   /// written: asking for that type gives false alone.
-  bool LoadLapFile(std::string_view FileName,
-                   KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
-                   KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
-                   std::string_view FileData = "");
+  [[nodiscard]] bool LoadLapFile(std::string_view FileName,
+                                 KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
+                                 KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
+                                 std::string_view FileData = "");
 
   /// What the last load noticed without giving up: cells and lines that were taken differently or
   /// dropped, classes that became one. At most about 2,000.
@@ -87,9 +87,9 @@ class KELTRUN2_API clsFileControl {
   /// others and in archives 64 MiB). A failure leaves its reason in `clsKeltrun2::ErrorComment`; a
   /// success leaves there what was there before. Of a ".lzh" archive that could not be written only
   /// the text tells: the result is that of the lap file in the working folder.
-  bool SaveLapFile(std::string_view FileName,
-                   KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
-                   KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
+  [[nodiscard]] bool SaveLapFile(std::string_view FileName,
+                                 KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
+                                 KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
 
   /// What the type of the last save had no place for: runners that it leaves out, values that it
   /// drops, characters that its charset does not have. Empty after a failure.

@@ -20,32 +20,34 @@ class KELTRUN2_API clsHtmlControl {
  public:
   /// The page of an executed analysis. LinkStyleFile is the address of a style sheet. Raises object
   /// not set (91) for null.
-  std::string OutputAnalysis(const std::shared_ptr<clsAnalyzer>& Analyzer,
-                             std::string_view LinkStyleFile = "",
-                             std::string_view Encoding = "x-sjis") const;
+  [[nodiscard]] std::string OutputAnalysis(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                           std::string_view LinkStyleFile = "",
+                                           std::string_view Encoding = "x-sjis") const;
 
   /// The page of a result list; TopValue stands above the table. Raises object not set (91) for
   /// null.
-  std::string OutputResult(const std::shared_ptr<clsResultsHolder>& ResultsHolder,
-                           std::string_view TopValue = "", std::string_view LinkStyleFile = "",
-                           std::string_view Encoding = "x-sjis") const;
+  [[nodiscard]] std::string OutputResult(const std::shared_ptr<clsResultsHolder>& ResultsHolder,
+                                         std::string_view TopValue = "",
+                                         std::string_view LinkStyleFile = "",
+                                         std::string_view Encoding = "x-sjis") const;
 
   /// The page of the legs of an executed analysis: share of the course, reference lap, difficulty
   /// (of ExtraAnalyze) and the six fastest. Outside the Japanese mode it is in English and declares
   /// iso-8859-1 whatever Encoding says. Raises object not set (91) for null.
-  std::string OutputLegData(const std::shared_ptr<clsAnalyzer>& Analyzer,
-                            std::string_view LinkStyleFile = "",
-                            std::string_view Encoding = "x-sjis") const;
+  [[nodiscard]] std::string OutputLegData(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                          std::string_view LinkStyleFile = "",
+                                          std::string_view Encoding = "x-sjis") const;
 
   /// The page of chart pictures that the host saved. ChartName is their address, "?" in it stands
   /// for the chart mode; ChartOption lists the modes, as in "0,2,5". The map (7) is not shown, but
   /// the page says so when there are too many finishers for one; nor is the real-time chart (1)
   /// where nobody has a start time. Raises object not set (91) for null.
-  std::string OutputChart(const std::shared_ptr<clsAnalyzer>& Analyzer, std::string_view ChartName,
-                          std::string_view ChartOption) const;
+  [[nodiscard]] std::string OutputChart(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                        std::string_view ChartName,
+                                        std::string_view ChartOption) const;
 
   /// The page that opens the lap file at an address in the maker's viewer control.
-  std::string OutputActiveXPage(std::string_view LapFileURL) const;
+  [[nodiscard]] std::string OutputActiveXPage(std::string_view LapFileURL) const;
 
   /// A data set of the viewer page.
   struct ViewerSet {
@@ -57,7 +59,7 @@ class KELTRUN2_API clsHtmlControl {
   /// table, charts and map. It holds all that it needs and loads nothing. Each analysis is
   /// executed; half speeds and map are those of ExtraAnalyze and Vesmer. The page is UTF-8 and says
   /// so: its text is written to a file as it is. Raises object not set (91) for a null analysis.
-  std::string OutputViewer(const std::vector<ViewerSet>& Sets) const;
+  [[nodiscard]] std::string OutputViewer(const std::vector<ViewerSet>& Sets) const;
 };
 
 }  // namespace keltrun

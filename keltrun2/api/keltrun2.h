@@ -71,9 +71,9 @@ class KELTRUN2_API clsKeltrun2 {
   std::string ErrorComment() const;
 
   /// A new analyzer, empty and owned by the host.
-  std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
+  [[nodiscard]] std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
   /// A new result list, empty and owned by the host.
-  std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
+  [[nodiscard]] std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
 
   /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;

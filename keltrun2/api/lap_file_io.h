@@ -33,14 +33,14 @@ struct LoadRequest {
 
 /// True when the file was loaded; else the error text says why, or is empty for a type that is only
 /// written (IOF XML). `remarks` takes what the reader noticed.
-bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
-                 const StartProgress& start_progress);
+[[nodiscard]] bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
+                               const StartProgress& start_progress);
 
 /// True when the file was written; else the error text says why. With Sync::kNow it is on the disk
 /// then. `remarks` takes what the type has no place for, unless it is null.
-bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode, Sync sync,
-                 std::vector<LoadRemark>* remarks = nullptr);
+[[nodiscard]] bool SaveLapFile(const EventModel& model, const std::string& file_name,
+                               KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode, Sync sync,
+                               std::vector<LoadRemark>* remarks = nullptr);
 
 /// The error text of a failure: the message of a resource key, the operation, what happened.
 std::string FailureText(std::string_view message_key, std::string_view operation,

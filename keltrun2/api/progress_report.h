@@ -42,7 +42,7 @@ class ProgressReport {
 
 /// Held while a load or export runs: its handlers may not start another. Threads that have roots of
 /// their own do not hinder each other.
-class Busy {
+class [[nodiscard]] Busy {
  public:
   /// Marks the roots of this thread busy unless they are already.
   Busy();

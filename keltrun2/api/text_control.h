@@ -21,22 +21,25 @@ class KELTRUN2_API clsTextControl {
  public:
   /// An executed analysis as comma-separated lines for a spreadsheet macro: class, name, club,
   /// rank, result, start time and splits of every runner with a finish time.
-  std::string OutputCsvQuillonMacro(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+  [[nodiscard]] std::string OutputCsvQuillonMacro(
+      const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
 
   /// An executed analysis as comma-separated lines for the split-time viewer SplitsBrowser: name,
   /// club, start time and splits of every runner with a finish time.
-  std::string OutputCsvSplitsBrowser(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+  [[nodiscard]] std::string OutputCsvSplitsBrowser(
+      const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
 
   /// An executed analysis to be pasted into an e-mail: blocks of twelve runners, a row a leg, times
   /// as minutes and seconds without separator ("6203" for 1:02:03).
-  std::string OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
+  [[nodiscard]] std::string OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
 
   /// A result list, a line a runner. Ranks are those of the last `CalcRank`.
-  std::string OutputTextResult(const std::shared_ptr<clsResultsHolder>& wResults) const;
+  [[nodiscard]] std::string OutputTextResult(
+      const std::shared_ptr<clsResultsHolder>& wResults) const;
 
   /// An executed analysis as one JSON object in the form of docs/json.md.
-  std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
-                         DataSetKind Kind = DataSetKind::kClass) const;
+  [[nodiscard]] std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
+                                       DataSetKind Kind = DataSetKind::kClass) const;
 
   /// One result list of a JSON document of result lists, see OutputResultJson.
   struct ResultSet {
@@ -46,10 +49,10 @@ class KELTRUN2_API clsTextControl {
   };
 
   /// Result lists as one JSON object.
-  std::string OutputResultJson(const std::vector<ResultSet>& Sets) const;
+  [[nodiscard]] std::string OutputResultJson(const std::vector<ResultSet>& Sets) const;
 
   /// The current event, its classes, courses, segment sets and choices as one JSON object.
-  std::string OutputInfoJson() const;
+  [[nodiscard]] std::string OutputInfoJson() const;
 };
 
 }  // namespace keltrun

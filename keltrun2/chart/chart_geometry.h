@@ -16,7 +16,7 @@ struct ChartBox {
 
 /// Cuts the line from `a` to `b` at the edges of the box; false when nothing of it lies inside, or
 /// when a coordinate is not finite. The ends that are left lie inside exactly.
-bool CutToBox(const ChartBox& box, ChartPoint& a, ChartPoint& b);
+[[nodiscard]] bool CutToBox(const ChartBox& box, ChartPoint& a, ChartPoint& b);
 
 /// The square of the distance from a point to the nearest point of a line, its ends included.
 double SquaredDistance(ChartPoint point, ChartPoint a, ChartPoint b);

@@ -145,7 +145,8 @@ class KELTRUN2_API clsChartObject {
 /// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to
 /// 10,000; for the map (mode 7) the one that gives both axes the same scale. 1 when there is
 /// nothing to go by.
-KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
-                                   KrChartModeConst ChartMode);
+[[nodiscard]] KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer,
+                                                 const clsChartObject& Chart,
+                                                 KrChartModeConst ChartMode);
 
 }  // namespace keltrun

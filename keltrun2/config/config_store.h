@@ -24,7 +24,7 @@ std::string FormatConfigStore(const std::vector<std::string>& lines);
 
 /// The bytes of the store, empty when there is none (a folder of that name is none); nullopt when
 /// it cannot be read. A line that is just being appended is waited for.
-std::optional<std::string> ReadConfigStore(const std::string& file);
+[[nodiscard]] std::optional<std::string> ReadConfigStore(const std::string& file);
 
 /// Makes the store hold what ParseConfigStore finds in it, or nothing when there is none, creating
 /// its folder. A store beyond all measure is put aside as "...dat.damaged". False when another
@@ -33,6 +33,6 @@ bool CompactConfigStore(const std::string& file, const FileLock::Patience& patie
 
 /// Appends a line, creating the store and its folder, and repairing its end, when needed. On
 /// failure the result is false and the store as it was.
-bool AppendToConfigStore(const std::string& file, std::string_view line);
+[[nodiscard]] bool AppendToConfigStore(const std::string& file, std::string_view line);
 
 }  // namespace keltrun

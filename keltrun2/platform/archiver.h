@@ -33,9 +33,8 @@ std::string_view KindOfArchive(std::string_view bytes);
 /// never replaced. On failure (no archive, damaged, unknown method, beyond the limits) nothing is
 /// returned, `error` names the archive and says why, and the files that came out so far are removed
 /// again.
-std::optional<std::vector<ExtractedFile>> ExtractArchive(const std::string& archive_name,
-                                                         const std::string& folder,
-                                                         std::string& error,
-                                                         const ExtractionLimits& limits = {});
+[[nodiscard]] std::optional<std::vector<ExtractedFile>> ExtractArchive(
+    const std::string& archive_name, const std::string& folder, std::string& error,
+    const ExtractionLimits& limits = {});
 
 }  // namespace keltrun

@@ -75,7 +75,7 @@ class KELTRUN2_API CairoPicture : public PictureBox {
 
   /// The picture as the bytes of a file of its format; drawing may go on afterwards (a PDF picture
   /// starts empty again). Raises invalid procedure call (5) when the memory does not suffice.
-  std::string Encode();
+  [[nodiscard]] std::string Encode();
   /// Writes `Encode` to a file. Raises invalid procedure call (5) with the reason when it cannot.
   void Save(std::string_view Path);
 

@@ -8,7 +8,7 @@ namespace keltrun {
 /// Holds the lock of a lock file until it goes out of scope. The file is created when missing and
 /// stays: removing it would let two processes hold locks on two files of one name. Threads of one
 /// process exclude each other too. Where the file system knows no locks, it is granted.
-class FileLock {
+class [[nodiscard]] FileLock {
  public:
   /// How often, and after what pause in seconds, a lock that another one holds is tried again.
   struct Patience {

@@ -19,8 +19,8 @@ inline constexpr std::size_t kLargestNativeFile = std::size_t{512} << 20;
 
 /// Reads a whole file of at most `largest` bytes. On failure nothing is returned and `error` says
 /// what and which file.
-std::optional<std::string> ReadFile(const std::string& name, std::string& error,
-                                    std::size_t largest = kLargestInputFile);
+[[nodiscard]] std::optional<std::string> ReadFile(const std::string& name, std::string& error,
+                                                  std::size_t largest = kLargestInputFile);
 
 /// Whether a written file must outlive a loss of power from the moment on that writing returns, or
 /// whether the caller waits for the disk later (`SyncFileSystem`), or not at all.
@@ -32,13 +32,13 @@ enum class Sync { kLater, kNow };
 /// alone. A link is followed; a device or pipe is written directly. With Sync::kNow the bytes are
 /// on the disk before the rename, and the rename is when this returns. On failure the result is
 /// false and `error` says what and which file.
-bool WriteFile(const std::string& name, std::string_view bytes, std::string& error,
-               Sync sync = Sync::kLater);
+[[nodiscard]] bool WriteFile(const std::string& name, std::string_view bytes, std::string& error,
+                             Sync sync = Sync::kLater);
 
 /// Waits until all that was written to the file system of a folder is on the disk: for many files,
 /// this is far quicker than Sync::kNow for each. On failure the result is false and `error` says
 /// why.
-bool SyncFileSystem(const std::string& folder, std::string& error);
+[[nodiscard]] bool SyncFileSystem(const std::string& folder, std::string& error);
 
 /// Waits for the disk: for the file or folder of a handle, or for its whole file system. False,
 /// with errno set, when that failed.
@@ -51,10 +51,10 @@ bool FileExists(const std::string& name);
 bool FolderExists(const std::string& name);
 
 /// Creates a folder with its parents; true when it exists afterwards.
-bool CreateFolder(const std::string& name, std::string& error);
+[[nodiscard]] bool CreateFolder(const std::string& name, std::string& error);
 
 /// Whether new files can be made in a folder; when not, `error` names the folder and says why.
-bool CanMakeFiles(const std::string& folder, std::string& error);
+[[nodiscard]] bool CanMakeFiles(const std::string& folder, std::string& error);
 
 /// `folder` with "\" read as a separator and one "/" at its end; the empty name is the working
 /// directory, "./".

@@ -35,12 +35,12 @@ class KELTRUN2_API HostWindows {
  public:
   virtual ~HostWindows() = default;
   /// Opens the progress window at 0 percent; null is allowed and shows nothing.
-  virtual std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) = 0;
+  [[nodiscard]] virtual std::unique_ptr<frmProgressBar> OpenProgress(std::string_view Caption) = 0;
   /// Lets the user choose one of the names: its position, from 0, or nullopt when none was chosen.
-  virtual std::optional<std::size_t> ChooseName(std::string_view Caption,
-                                                const std::vector<std::string>& Names) = 0;
+  [[nodiscard]] virtual std::optional<std::size_t> ChooseName(
+      std::string_view Caption, const std::vector<std::string>& Names) = 0;
   /// Asks the user a question; true only for a clear yes.
-  virtual bool AskYesNo(std::string_view Text, std::string_view Title) = 0;
+  [[nodiscard]] virtual bool AskYesNo(std::string_view Text, std::string_view Title) = 0;
 };
 
 /// Installs the host's windows for the whole process; null puts the terminal windows back.

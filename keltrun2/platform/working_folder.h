@@ -10,15 +10,16 @@ namespace keltrun {
 /// "Keltrun2-<user id>" inside $TMPDIR or /tmp. A variable counts when it holds the absolute path
 /// of a folder. Only its owner may enter the working folder (mode 0700); where it is a link, no
 /// folder or another user's, nothing is returned and `error` says so.
-std::optional<std::string> WorkingFolder(std::string& error);
+[[nodiscard]] std::optional<std::string> WorkingFolder(std::string& error);
 
 /// A new, empty folder inside the working folder for the files of one archive. It stays until this
 /// thread asks for the next one, or ends; then it is removed with all that it holds, without
 /// following links. Folders of processes that were killed are removed by whoever asks next.
-std::optional<std::string> NewExtractionFolder(std::string& error);
+[[nodiscard]] std::optional<std::string> NewExtractionFolder(std::string& error);
 
 /// The path in the working folder of a lap file that is about to be packed. The file stays until
 /// the next archive is packed or unpacked, or this thread ends.
-std::optional<std::string> NewWorkingFile(const std::string& name, std::string& error);
+[[nodiscard]] std::optional<std::string> NewWorkingFile(const std::string& name,
+                                                        std::string& error);
 
 }  // namespace keltrun

@@ -63,11 +63,11 @@ class XmlReader {
 
   /// Starts with a file's bytes, which must live as long as they are read. The encoding is that of
   /// the byte-order mark, else of the declaration, else UTF-8.
-  std::optional<XmlError> OpenBytes(std::string_view bytes);
+  [[nodiscard]] std::optional<XmlError> OpenBytes(std::string_view bytes);
 
   /// Starts with a text that is UTF-8 already: a byte-order mark is dropped and the encoding named
   /// in the declaration ignored.
-  std::optional<XmlError> OpenText(std::string_view text);
+  [[nodiscard]] std::optional<XmlError> OpenText(std::string_view text);
 
   /// Opens the next child of the element that is open, or the root element at first. False at the
   /// end of the open element, which is closed then, at the end of the document and at an error.

@@ -24,7 +24,7 @@ inline constexpr double kLongestTime = 1e6;
 /// The time on the grid of whole milliseconds m, as m / 86400000.0: equal durations become equal
 /// bits, whichever way they were read or added up. Markers (0, -1, -2 days) are on the grid.
 /// Values of kLongestTime and beyond, and values that are not finite, pass unchanged.
-KELTRUN2_API DateTime Canonical(DateTime value);
+[[nodiscard]] KELTRUN2_API DateTime Canonical(DateTime value);
 
 /// Whole seconds of a duration, floor(x + 0.5), with a hair (1e-7 s) for halves that days cannot
 /// hold exactly; durations that are not finite or not below kLongestTime are clamped.
