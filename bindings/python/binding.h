@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "bindings/python/docs.h"
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::python {
@@ -48,9 +49,6 @@ inline bool string_caster<std::string_view, true>::load_raw<char>(handle src) {
 namespace keltrun::python {
 
 namespace py = pybind11;
-
-/// The comment above a member in its header ("clsLapData.Lap"), "" when it has none.
-const char* Doc(const std::string& name);
 
 /// For calls that take long, wait, or call the host: other threads run meanwhile. Whatever the
 /// component calls of Python's takes the interpreter's lock again.

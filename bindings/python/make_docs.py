@@ -12,6 +12,38 @@ import sys
 import textwrap
 import xml.etree.ElementTree as ElementTree
 
+SOURCE = """\
+// Made by make_docs.py from the comments of the public headers.
+#include "bindings/python/docs.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace keltrun::python {
+namespace {
+
+struct Entry {
+  std::string_view name;
+  const char* text;
+};
+
+constexpr Entry kEntries[] = {  // by name
+ENTRIES
+};
+
+}  // namespace
+
+const char* Doc(const std::string& name) {
+  const auto* const found =
+      std::lower_bound(std::begin(kEntries), std::end(kEntries), name,
+                       [](const Entry& entry, const std::string& key) { return entry.name < key; });
+  return found != std::end(kEntries) && found->name == name ? found->text : "";
+}
+
+}  // namespace keltrun::python
+"""
+
 FILL = textwrap.TextWrapper(80, break_on_hyphens=False, break_long_words=False)
 
 
@@ -96,15 +128,9 @@ def quoted(text):
 
 
 def write_table(folder, output):
-    lines = [f"      {{{quoted(name)}, {quoted(text)}}},"
+    lines = [f"    {{{quoted(name)}, {quoted(text)}}},"
              for name, text in sorted(comments(folder).items()) if text]
-    source = (
-        "// Made by make_docs.py from the comments of the public headers.\n"
-        '#include "bindings/python/binding.h"\n\n#include <map>\n\nnamespace keltrun::python {\n\n'
-        "const char* Doc(const std::string& name) {\n"
-        "  static const std::map<std::string, const char*> docs = {\n" + "\n".join(lines) +
-        '\n  };\n  const auto found = docs.find(name);\n'
-        '  return found == docs.end() ? "" : found->second;\n}\n\n}  // namespace keltrun::python\n')
+    source = SOURCE.replace("ENTRIES", "\n".join(lines))
     # An unchanged file keeps its time, so that nothing is compiled again.
     if not output.exists() or output.read_text(encoding="utf-8") != source:
         output.write_text(source, encoding="utf-8")
