@@ -271,7 +271,7 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
 // "h:mm:ss" with any number of hours and, perhaps, a fraction of a second. Dates and times below
 // zero are none.
 std::optional<DateTime> Duration(std::string_view text) {
-  if (text.find('/') != std::string_view::npos) return std::nullopt;
+  if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;
   if (const auto time = ParseFinishTime(text)) {
     if (*time >= 0 && *time < 1) return time;
     return std::nullopt;

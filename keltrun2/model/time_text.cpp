@@ -59,6 +59,13 @@ bool IsHourPattern(std::string_view pattern) {
          pattern == "h:nn:ss";
 }
 
+// What a date-time number can stand for: 100-01-01 to 9999-12-31, time of day included.
+bool IsDateNumber(DateTime value) {
+  static const DateTime first = *DateNumber(100, 1, 1);
+  static const DateTime end = *DateNumber(9999, 12, 31) + 1;
+  return value >= first && value < end;
+}
+
 // A text formatted with a pattern is read as a date-time first, a bare number as a day count; a
 // text that is neither stays as it is, such as a number beyond the last date.
 std::string FormatText(std::string_view text, std::string_view pattern) {

@@ -195,8 +195,6 @@ std::optional<DateTime> DateNumber(int year, int month, int day) {
   return days + kDaysTo1970;
 }
 
-bool IsDateNumber(DateTime value) { return value >= kFirstDate && value < kLastDate + 1; }
-
 std::optional<DateTime> ParseDateTime(std::string_view text) {
   text = TrimSpaces(text);
   if (const auto time = ParseTimeOfDay(text)) return time;

@@ -34,9 +34,6 @@ KELTRUN2_API long long WholeSeconds(DateTime value);
 /// year outside 100 to 9999.
 KELTRUN2_API std::optional<DateTime> DateNumber(int year, int month, int day);
 
-/// True from 100-01-01 to 9999-12-31, time of day included: what a date-time number can stand for.
-KELTRUN2_API bool IsDateNumber(DateTime value);
-
 /// The platform's date or time test, surrounding spaces allowed: "h:mm", "h:mm:ss" (hours 0 to 23),
 /// "hh.mm.ss" with two digits each, "yyyy/m/d", or such a date, a blank and such a time. Hours of
 /// 24 and more and minutes or seconds of 60 and more are refused.
