@@ -479,7 +479,7 @@ TEST_F(WorkingFolders, PackedLapFilesDoNotPileUp) {
     EXPECT_TRUE(root->FileControl()->SaveLapFile(folder_.Path(name))) << root->ErrorComment();
   };
   string error;
-  WorkingFolder(error);
+  ASSERT_TRUE(WorkingFolder(error)) << error;
   for (const char* left : {"killed.lap", "killed.xml", "other"})
     WriteBytes(folder_.Path("Keltrun2/") + left, "");
   for (const string name : {"a", "b"}) {

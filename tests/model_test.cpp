@@ -349,8 +349,10 @@ TEST(Root, ATemporaryRootGivesWayToTheOneBefore) {
   using Call = std::function<void()>;
   for (const Call& call :
        {Call([&] { analyzer->AddClass("First"); }), Call([&] { analyzer->AddCourse(1); }),
-        Call([&] { html->OutputAnalysis(analyzer); }), Call([&] { html->OutputViewer({}); }),
-        Call([&] { texts->OutputTextMail(analyzer); }), Call([&] { texts->OutputInfoJson(); }),
+        Call([&] { (void)html->OutputAnalysis(analyzer); }),
+        Call([&] { (void)html->OutputViewer({}); }),
+        Call([&] { (void)texts->OutputTextMail(analyzer); }),
+        Call([&] { (void)texts->OutputInfoJson(); }),
         Call([&] { graphics->PrintAnalysis(analyzer, std::make_shared<clsPrintBook>()); })}) {
     EXPECT_EQ(ErrorNumberOf(call), KR_ERROR_OBJECT_NOT_SET);
   }

@@ -247,8 +247,8 @@ TEST_F(Threads, WithoutARootWorkWithTheYoungestOfTheProcess) {
   EXPECT_EQ(OnAnotherThread([&] {
               other = std::make_shared<clsKeltrun2>();
               other->AddClass("Other")->AddLap();
-              other->FileControl()->LoadLapFile("other.lxm", KR_FILETYPE_AUTODETECT,
-                                                KR_LOADMODE_APPEND);
+              EXPECT_FALSE(other->FileControl()->LoadLapFile("other.lxm", KR_FILETYPE_AUTODETECT,
+                                                             KR_LOADMODE_APPEND));
               return names() + (root->ErrorComment().find("other.lxm") != string::npos ? "!" : "");
             }),
             "1,,Other,other,1 !");
