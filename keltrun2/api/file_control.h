@@ -35,6 +35,7 @@ class KELTRUN2_API clsFileControl {
   /// ranks were exactly those of their results; false at first. Other classes that change keep
   /// theirs, and a remark says that they may be stale.
   bool RenewRanks() const { return renew_ranks_; }
+  /// Whether later loads that add to the event renew official ranks.
   void SetRenewRanks(bool Renew) { renew_ranks_ = Renew; }
 
   /// Publishes the event as a small web site in a folder. False only when the user does not want
@@ -76,9 +77,10 @@ class KELTRUN2_API clsFileControl {
 
   /// The charset of lists and printouts that have no byte-order mark: "utf-8", "x-sjis",
   /// "windows-1252", "iso-8859-1" or another of their names. Empty, as at first, it is found out:
-  /// UTF-8, or Shift-JIS where Japanese words appear, else Windows-1252, with a remark. Setting it
-  /// raises invalid procedure call (5) for a charset that is not known.
+  /// UTF-8, or Shift-JIS where Japanese words appear, else Windows-1252, with a remark.
   const std::string& InputCharset() const { return input_charset_; }
+  /// Names that charset for later loads; empty, it is found out again. Raises invalid procedure
+  /// call (5) for a charset that is not known.
   void SetInputCharset(std::string_view InputCharset);
 
   /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
