@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include "bench_support.h"
-#include "keltrun2/platform/archiver.h"
-#include "keltrun2/platform/lzh_writer.h"
+#include "keltrun2/codec/lzh_reader.h"
+#include "keltrun2/codec/lzh_writer.h"
 
 namespace keltrun::bench {
 namespace {

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "keltrun2/platform/files.h"
+#include "keltrun2/os/files.h"
 
 namespace keltrun::bench {
 namespace {

@@ -4,7 +4,7 @@
 #include "bench_support.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
-#include "keltrun2/analysis/vesmer.h"
+#include "keltrun2/analysis/loss_map.h"
 
 namespace keltrun::bench {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "bench_support.h"
 #include "keltrun2/chart/chart_builder.h"
-#include "keltrun2/platform/files.h"
+#include "keltrun2/os/files.h"
 
 namespace keltrun::bench {
 namespace {

@@ -3,10 +3,10 @@
 #include <iterator>
 
 #include "bench_support.h"
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/io/keltrun1_reader.h"
 #include "keltrun2/io/oevent_reader.h"
 #include "keltrun2/io/sportident_reader.h"
-#include "keltrun2/platform/encodings.h"
 
 namespace keltrun::bench {
 namespace {

@@ -10,7 +10,7 @@
 #include <string>
 #include <system_error>
 
-#include "keltrun2/platform/archiver.h"
+#include "keltrun2/codec/lzh_reader.h"
 
 namespace {
 

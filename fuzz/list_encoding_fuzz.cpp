@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "keltrun2/platform/list_encoding.h"
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/codec/list_encoding.h"
+#include "keltrun2/codec/utf8.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keltrun;

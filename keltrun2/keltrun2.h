@@ -2,8 +2,8 @@
 #pragma once
 
 #include "keltrun2/api/keltrun2.h"
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/startup.h"
-#include "keltrun2/platform/automation_error.h"
-#include "keltrun2/platform/cairo_picture.h"
-#include "keltrun2/platform/host_windows.h"
-#include "keltrun2/platform/printer.h"
+#include "keltrun2/drawing/cairo_picture.h"
+#include "keltrun2/os/host_windows.h"
+#include "keltrun2/printing/printer.h"

@@ -13,11 +13,11 @@
 #include <random>
 #include <thread>
 
-#include "keltrun2/platform/archiver.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/host_windows.h"
-#include "keltrun2/platform/lzh_writer.h"
-#include "keltrun2/platform/working_folder.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/lzh_reader.h"
+#include "keltrun2/codec/lzh_writer.h"
+#include "keltrun2/os/host_windows.h"
+#include "keltrun2/os/working_folder.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

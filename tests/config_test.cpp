@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-#include "keltrun2/platform/pause.h"
+#include "keltrun2/os/pause.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

@@ -9,10 +9,10 @@
 #include <set>
 #include <sstream>
 
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings_internal.h"
-#include "keltrun2/platform/clock.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/os/clock.h"
 #include "keltrun2/text/letters.h"
 #include "tests/test_support.h"
 

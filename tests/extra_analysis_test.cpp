@@ -7,7 +7,7 @@
 #include <random>
 #include <valarray>
 
-#include "keltrun2/analysis/vesmer.h"
+#include "keltrun2/analysis/loss_map.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <pugixml.hpp>
 
-#include "keltrun2/platform/clock.h"
+#include "keltrun2/os/clock.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

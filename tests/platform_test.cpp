@@ -10,13 +10,13 @@
 #include <thread>
 #include <utility>
 
-#include "keltrun2/platform/clock.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/files.h"
-#include "keltrun2/platform/host_windows.h"
-#include "keltrun2/platform/list_encoding.h"
-#include "keltrun2/platform/utf8.h"
-#include "keltrun2/platform/xml.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/list_encoding.h"
+#include "keltrun2/codec/utf8.h"
+#include "keltrun2/codec/xml.h"
+#include "keltrun2/os/clock.h"
+#include "keltrun2/os/files.h"
+#include "keltrun2/os/host_windows.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

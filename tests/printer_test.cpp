@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "keltrun2/platform/clock.h"
+#include "keltrun2/os/clock.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

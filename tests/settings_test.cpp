@@ -7,10 +7,10 @@
 #include <filesystem>
 #include <set>
 
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings_internal.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/locale.h"
+#include "keltrun2/os/locale.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

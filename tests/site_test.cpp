@@ -10,8 +10,8 @@
 #include <set>
 #include <sstream>
 
-#include "keltrun2/platform/clock.h"
-#include "keltrun2/platform/encodings.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/os/clock.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

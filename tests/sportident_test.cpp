@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/io/sportident_reader.h"
-#include "keltrun2/platform/encodings.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

@@ -9,8 +9,8 @@
 #include <iterator>
 
 #include "keltrun2/config/settings_internal.h"
-#include "keltrun2/platform/files.h"
-#include "keltrun2/platform/locale.h"
+#include "keltrun2/os/files.h"
+#include "keltrun2/os/locale.h"
 
 namespace keltrun::test {
 namespace {

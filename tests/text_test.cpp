@@ -4,8 +4,8 @@
 #include <map>
 #include <random>
 
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/model/sort.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/letters.h"

@@ -8,7 +8,7 @@
 #include <optional>
 #include <thread>
 
-#include "keltrun2/platform/clock.h"
+#include "keltrun2/os/clock.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "keltrun2/platform/gzip.h"
+#include "keltrun2/codec/gzip.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

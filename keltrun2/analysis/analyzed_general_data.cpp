@@ -1,7 +1,7 @@
 #include "keltrun2/analysis/analyzed_general_data.h"
 
 #include "keltrun2/analysis/analyzed_general_data_internal.h"
-#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/base/automation_error.h"
 
 namespace keltrun {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "keltrun2/analysis/analyzed_runner_data.h"
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

@@ -1,8 +1,8 @@
 #include "keltrun2/analysis/analyzed_runner_data.h"
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/automation_error.h"
 
 namespace keltrun {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/time_values.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

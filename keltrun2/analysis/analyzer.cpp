@@ -6,14 +6,14 @@
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
-#include "keltrun2/analysis/execution.h"
 #include "keltrun2/analysis/extra_analysis.h"
-#include "keltrun2/analysis/vesmer.h"
+#include "keltrun2/analysis/loss_map.h"
+#include "keltrun2/analysis/split_analysis.h"
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
@@ -131,7 +131,7 @@ void clsAnalyzer::Execute() {
     CheckIndex(ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1, "clsAnalyzer.Execute");
   }
   general_ = std::make_shared<clsAnalyzedGeneralData>();
-  Execution(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
+  SplitAnalysis(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
   selected_ = full_;
   is_executed_ = true;
 }

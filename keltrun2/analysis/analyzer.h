@@ -10,8 +10,8 @@
 #include "keltrun2/analysis/analyzed_general_data.h"
 #include "keltrun2/analysis/analyzed_runner_data.h"
 #include "keltrun2/analysis/data_set.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/course_data.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/class_data.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 

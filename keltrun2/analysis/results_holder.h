@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "keltrun2/analysis/data_set.h"
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

@@ -10,8 +10,8 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/segment_set.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

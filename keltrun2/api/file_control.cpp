@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "keltrun2/api/lap_file_io.h"
-#include "keltrun2/api/progress_report.h"
-#include "keltrun2/api/site_export.h"
+#include "keltrun2/base/automation_error.h"
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/loading/lap_file_io.h"
+#include "keltrun2/loading/progress_report.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/platform/automation_error.h"
-#include "keltrun2/platform/encodings.h"
+#include "keltrun2/site/site_export.h"
 
 namespace keltrun {
 namespace {

@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
-#include "keltrun2/api/progress.h"
-#include "keltrun2/api/site_options.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
+#include "keltrun2/loading/progress.h"
 #include "keltrun2/model/load_mode.h"
-#include "keltrun2/platform/export.h"
+#include "keltrun2/site/site_options.h"
 
 namespace keltrun {
 

@@ -5,10 +5,10 @@
 #include <string_view>
 #include <system_error>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/chart/chart_builder.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/print/analysis_pages.h"
 #include "keltrun2/print/grid.h"
 #include "keltrun2/print/result_list.h"

@@ -6,9 +6,9 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/chart/chart_object.h"
 #include "keltrun2/config/config_control.h"
-#include "keltrun2/platform/export.h"
 #include "keltrun2/print/grid_object.h"
 #include "keltrun2/print/print_analysis.h"
 #include "keltrun2/print/print_book.h"

@@ -1,8 +1,8 @@
 #include "keltrun2/api/html_control.h"
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/report/analysis_page.h"
 #include "keltrun2/report/chart_page.h"
 #include "keltrun2/report/html_parts.h"

@@ -1,10 +1,10 @@
 #include "keltrun2/api/keltrun2.h"
 
 #include "keltrun2/analysis/segment_sets.h"
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"
 

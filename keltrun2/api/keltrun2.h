@@ -14,12 +14,12 @@
 #include "keltrun2/api/graphic_control.h"
 #include "keltrun2/api/html_control.h"
 #include "keltrun2/api/text_control.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/config/config_control.h"
 #include "keltrun2/model/class_data.h"
 #include "keltrun2/model/course_data.h"
 #include "keltrun2/model/event_data.h"
 #include "keltrun2/model/meta_data.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -1,7 +1,7 @@
 #include "keltrun2/api/text_control.h"
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/report/csv_export.h"
 #include "keltrun2/report/json.h"
 #include "keltrun2/report/mail_text.h"

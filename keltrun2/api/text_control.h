@@ -8,7 +8,7 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
 #include "keltrun2/analysis/results_holder.h"
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

@@ -4,11 +4,11 @@
 #include <cmath>
 #include <utility>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/chart/chart_drawing.h"
 #include "keltrun2/chart/chart_geometry.h"
 #include "keltrun2/chart/chart_object_internal.h"
 #include "keltrun2/chart/chart_wrapper.h"
-#include "keltrun2/platform/automation_error.h"
 
 namespace keltrun {
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "keltrun2/analysis/analyzer.h"
-#include "keltrun2/platform/export.h"
-#include "keltrun2/platform/picture.h"
+#include "keltrun2/base/export.h"
+#include "keltrun2/drawing/picture.h"
 #include "keltrun2/print/print_book.h"
 
 namespace keltrun {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "keltrun2/config/settings.h"
-#include "keltrun2/platform/drawing_limits.h"
+#include "keltrun2/drawing/drawing_limits.h"
 
 namespace keltrun {
 namespace {

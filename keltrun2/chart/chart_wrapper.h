@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "keltrun2/platform/picture.h"
+#include "keltrun2/drawing/picture.h"
 #include "keltrun2/print/print_book.h"
 
 namespace keltrun {

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/codec/utf8.h"
 
 namespace keltrun {
 namespace {

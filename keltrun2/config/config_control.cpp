@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "keltrun2/config/config_store.h"
-#include "keltrun2/platform/app_data.h"
-#include "keltrun2/platform/pause.h"
+#include "keltrun2/os/app_data.h"
+#include "keltrun2/os/pause.h"
 #include "keltrun2/text/split.h"
 
 namespace keltrun {

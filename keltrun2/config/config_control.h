@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

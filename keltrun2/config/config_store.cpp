@@ -8,9 +8,9 @@
 #include <unordered_set>
 #include <utility>
 
-#include "keltrun2/platform/append_file.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/files.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/os/append_file.h"
+#include "keltrun2/os/files.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/split.h"
 #include "keltrun2/text/utf16.h"

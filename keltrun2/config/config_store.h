@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "keltrun2/platform/file_lock.h"
+#include "keltrun2/os/file_lock.h"
 
 namespace keltrun {
 

@@ -4,14 +4,14 @@
 #include <memory>
 #include <mutex>
 
+#include "keltrun2/base/automation_error.h"
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/config/built_in_resources.h"
 #include "keltrun2/config/settings_internal.h"
 #include "keltrun2/config/startup.h"
-#include "keltrun2/platform/automation_error.h"
-#include "keltrun2/platform/component.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/files.h"
-#include "keltrun2/platform/locale.h"
+#include "keltrun2/os/data_folders.h"
+#include "keltrun2/os/files.h"
+#include "keltrun2/os/locale.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"

@@ -10,7 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "keltrun2/platform/font.h"
+#include "keltrun2/drawing/font.h"
 
 namespace keltrun {
 

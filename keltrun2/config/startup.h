@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/width.h"

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/xml.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/xml.h"
 #include "keltrun2/text/cells.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"

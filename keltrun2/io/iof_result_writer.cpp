@@ -7,9 +7,9 @@
 
 #include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/codec/xml.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/xml.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/width.h"

@@ -10,6 +10,12 @@
 
 namespace keltrun {
 
+/// A list, a printout or an archive comes nowhere near this size.
+inline constexpr std::size_t kLargestListFile = std::size_t{64} << 20;
+/// A native lap file is read without a tree of its elements: 200,000 runners of 50 legs, the most
+/// that an event can have, take about 400 MB.
+inline constexpr std::size_t kLargestNativeFile = std::size_t{512} << 20;
+
 inline constexpr std::size_t kMostRunners = 200000;
 inline constexpr std::size_t kMostClasses = 10000;
 inline constexpr std::size_t kMostCourses = 10000;

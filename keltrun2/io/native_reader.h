@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/codec/xml.h"
 #include "keltrun2/io/remarks.h"
 #include "keltrun2/model/class_data.h"
 #include "keltrun2/model/course_data.h"
 #include "keltrun2/model/event_data.h"
 #include "keltrun2/model/meta_data.h"
-#include "keltrun2/platform/xml.h"
 
 namespace keltrun {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "keltrun2/codec/xml.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/xml.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
 

@@ -4,12 +4,12 @@
 #include <array>
 #include <limits>
 
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/io/limits.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/utf16.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/utf16.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -10,7 +11,6 @@
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/load_mode.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -1,6 +1,6 @@
 #include "keltrun2/model/course_data.h"
 
-#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/base/automation_error.h"
 
 namespace keltrun {
 

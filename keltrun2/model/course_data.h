@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/time_values.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -4,10 +4,10 @@
 #include <map>
 #include <unordered_map>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/model/version.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <utility>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/automation_error.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
 

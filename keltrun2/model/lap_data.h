@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/base/export.h"
 #include "keltrun2/model/time_values.h"
-#include "keltrun2/platform/export.h"
 
 namespace keltrun {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {

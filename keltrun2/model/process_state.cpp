@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/event_model.h"
-#include "keltrun2/platform/automation_error.h"
 
 namespace keltrun {
 namespace {

@@ -1,8 +1,8 @@
 #include "keltrun2/model/result_status.h"
 
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/time_text.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/width.h"

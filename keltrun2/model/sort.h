@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "keltrun2/platform/automation_error.h"
+#include "keltrun2/base/automation_error.h"
 
 namespace keltrun {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "keltrun2/platform/export.h"
+#include "keltrun2/base/export.h"
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {

@@ -6,7 +6,7 @@
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
-#include "keltrun2/platform/drawing_limits.h"
+#include "keltrun2/drawing/drawing_limits.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {

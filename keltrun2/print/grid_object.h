@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "keltrun2/platform/export.h"
-#include "keltrun2/platform/picture.h"
+#include "keltrun2/base/export.h"
+#include "keltrun2/drawing/picture.h"
 
 namespace keltrun {
 

@@ -6,9 +6,9 @@
 #include <limits>
 #include <mutex>
 
-#include "keltrun2/platform/automation_error.h"
-#include "keltrun2/platform/drawing_limits.h"
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/base/automation_error.h"
+#include "keltrun2/codec/utf8.h"
+#include "keltrun2/drawing/drawing_limits.h"
 #include "keltrun2/print/print_book_internal.h"
 #include "keltrun2/print/text_layout.h"
 #include "keltrun2/text/numbers.h"

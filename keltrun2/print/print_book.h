@@ -5,9 +5,9 @@
 #include <memory>
 #include <string_view>
 
-#include "keltrun2/platform/export.h"
-#include "keltrun2/platform/picture.h"
-#include "keltrun2/platform/printer.h"
+#include "keltrun2/base/export.h"
+#include "keltrun2/drawing/picture.h"
+#include "keltrun2/printing/printer.h"
 
 namespace keltrun {
 

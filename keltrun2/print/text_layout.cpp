@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/text/split.h"
 
 namespace keltrun {

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/letters.h"

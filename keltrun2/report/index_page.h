@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/codec/encodings.h"
 #include "keltrun2/model/event_model.h"
-#include "keltrun2/platform/encodings.h"
 
 namespace keltrun {
 

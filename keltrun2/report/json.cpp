@@ -7,10 +7,10 @@
 #include <string_view>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_values_internal.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/text/numbers.h"
 
 namespace keltrun {

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "keltrun2/codec/gzip.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
-#include "keltrun2/platform/gzip.h"
-#include "keltrun2/platform/utf8.h"
 #include "keltrun2/report/json.h"
 #include "keltrun2/report/viewer_template.h"
 #include "keltrun2/text/html.h"

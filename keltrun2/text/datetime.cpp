@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "keltrun2/platform/clock.h"
+#include "keltrun2/os/clock.h"
 #include "keltrun2/text/letters.h"
 
 namespace keltrun {

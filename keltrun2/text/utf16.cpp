@@ -1,6 +1,6 @@
 #include "keltrun2/text/utf16.h"
 
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/codec/utf8.h"
 
 namespace keltrun {
 namespace {

@@ -1,7 +1,7 @@
 #include "keltrun2/text/width.h"
 
-#include "keltrun2/platform/encodings.h"
-#include "keltrun2/platform/utf8.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/utf8.h"
 #include "keltrun2/text/letters.h"
 
 namespace keltrun {

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <exception>
 
-#include "keltrun2/platform/printer.h"
+#include "keltrun2/printing/printer.h"
 
 int main(int argc, char** argv) try {
   for (const std::string& name : keltrun::PrinterNames()) std::printf("%s\n", name.c_str());

@@ -1,0 +1,438 @@
+#include "keltrun2/codec/xml.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <unordered_set>
+#include <utility>
+
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/utf8.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::size_t kDeepestNesting = 256;
+constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
+
+// The encoding named in the XML declaration at the start of `bytes`, or "".
+std::string_view DeclaredEncoding(std::string_view bytes) {
+  if (bytes.substr(0, 5) != "<?xml") return "";
+  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
+  const std::size_t name = declaration.find("encoding");
+  if (name == std::string_view::npos) return "";
+  const std::size_t open = declaration.find_first_of("\"'", name);
+  if (open == std::string_view::npos) return "";
+  const std::size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return "";
+  return declaration.substr(open + 1, close - open - 1);
+}
+
+// Drops a UTF-8 byte-order mark; true when there was one.
+bool DropMark(std::string_view& text) {
+  if (text.substr(0, 3) != "\xEF\xBB\xBF") return false;
+  text.remove_prefix(3);
+  return true;
+}
+
+// Moves a place, in lines and characters, over a part of a text. CR LF is one line break, and so is
+// either alone.
+void MovePlace(XmlError& place, std::string_view text, std::size_t begin, std::size_t end) {
+  for (std::size_t i = begin; i < end; ++i) {
+    const char c = text[i];
+    if (c == '\n' || (c == '\r' && text.substr(i + 1, 1) != "\n")) {
+      ++place.Line;
+      place.Column = 1;
+    } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) {
+      ++place.Column;
+    }
+  }
+}
+
+XmlError Locate(std::string_view text, std::size_t offset, std::string detail) {
+  XmlError error{1, 1, std::move(detail)};
+  MovePlace(error, text, 0, std::min(offset, text.size()));
+  return error;
+}
+
+// Makes `bytes` UTF-8, without the byte-order mark: as they are, or as a view of `converted`.
+std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
+  const bool little_endian = bytes.substr(0, 2) == "\xFF\xFE";
+  const bool big_endian = bytes.substr(0, 2) == "\xFE\xFF";
+  std::string_view encoding;
+  if (little_endian || big_endian) {
+    encoding = "UTF-16";
+    converted = DecodeUtf16(bytes.substr(2), big_endian);
+  } else if (DropMark(bytes)) {
+    return std::nullopt;  // UTF-8, whatever the declaration says
+  } else {
+    encoding = DeclaredEncoding(bytes);
+    const bool plain = encoding.empty() || EqualsIgnoringCase(encoding, "us-ascii");
+    const auto charset = plain ? Charset::kUtf8 : CharsetFromName(encoding);
+    if (!charset) {
+      return XmlError{1, 1, "the encoding \"" + std::string(encoding) + "\" is not known"};
+    }
+    if (*charset == Charset::kUtf8) return std::nullopt;
+    converted = Decode(bytes, *charset);
+  }
+  if (converted.FirstInvalid != std::string::npos) {
+    return Locate(converted.Text, converted.FirstInvalid,
+                  "a byte that is not valid " + std::string(encoding));
+  }
+  bytes = converted.Text;
+  return std::nullopt;
+}
+
+bool AllowedCharacter(char32_t c) {
+  if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
+  return c <= 0x10FFFF && c != 0xFFFE && c != 0xFFFF && !(c >= 0xD800 && c <= 0xDFFF);
+}
+
+// The character of a reference's digits; 0, which is never allowed, where they are none or too
+// many.
+char32_t ReferencedCharacter(std::string_view digits) {
+  const bool hexadecimal = digits.substr(0, 1) == "x";
+  if (hexadecimal) digits.remove_prefix(1);
+  std::uint32_t value = 0;
+  const auto result =
+      std::from_chars(digits.data(), digits.data() + digits.size(), value, hexadecimal ? 16 : 10);
+  const bool whole = result.ec == std::errc() && result.ptr == digits.data() + digits.size();
+  return whole ? value : 0;
+}
+
+constexpr std::string_view kReferenceDigits = "0123456789abcdefABCDEFx";
+
+// Offset of a reference like "&#0;" to a character that is none, or npos.
+std::size_t FindBadReference(std::string_view text) {
+  for (std::size_t at = text.find("&#"); at != std::string_view::npos;
+       at = text.find("&#", at + 2)) {
+    const std::size_t begin = at + 2;
+    const std::size_t end = text.find_first_not_of(kReferenceDigits, begin);
+    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text
+    if (!AllowedCharacter(ReferencedCharacter(text.substr(begin, end - begin)))) return at;
+  }
+  return std::string_view::npos;
+}
+
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+constexpr bool BeginsName(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
+         static_cast<unsigned char>(c) >= 0x80;
+}
+
+constexpr bool IsInName(char c) {
+  return BeginsName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
+struct Entity {
+  std::string_view text;
+  char character;
+};
+constexpr Entity kEntities[] = {
+    {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+
+// The reference at the start of a text goes to `out`; returns its length, 0 for a "&" that stands
+// for itself.
+std::size_t DecodeReference(std::string_view text, std::string& out) {
+  for (const Entity& entity : kEntities) {
+    if (!text.starts_with(entity.text)) continue;
+    out += entity.character;
+    return entity.text.size();
+  }
+  if (!text.starts_with("&#")) return 0;
+  const std::size_t end = text.find_first_not_of(kReferenceDigits, 2);
+  if (end == std::string_view::npos || text[end] != ';') return 0;
+  AppendUtf8(out, ReferencedCharacter(text.substr(2, end - 2)));
+  return end + 1;
+}
+
+void DecodeValue(std::string_view raw, std::string& out) {
+  out.clear();
+  for (std::size_t i = 0; i < raw.size();) {
+    const std::size_t reference = raw[i] == '&' ? DecodeReference(raw.substr(i), out) : 0;
+    if (reference > 0) {
+      i += reference;
+      continue;
+    }
+    out += IsBlank(raw[i]) ? ' ' : raw[i];
+    i += raw.substr(i, 2) == "\r\n" ? 2 : 1;
+  }
+}
+
+struct StringWriter : pugi::xml_writer {
+  explicit StringWriter(std::string& target) : out(target) {}
+  void write(const void* data, std::size_t size) override {
+    out.append(static_cast<const char*>(data), size);
+  }
+  std::string& out;
+};
+
+}  // namespace
+
+std::string ToString(const XmlError& error) {
+  if (error.Line == 0) return error.Detail;
+  return "line " + std::to_string(error.Line) + ", column " + std::to_string(error.Column) + ": " +
+         error.Detail;
+}
+
+std::optional<XmlError> XmlReader::OpenBytes(std::string_view bytes) {
+  Decoded converted;
+  if (std::optional<XmlError> error = ToUtf8(bytes, converted)) return error;
+  if (converted.Text.empty()) {
+    source_ = bytes;
+  } else {
+    converted_ = std::move(converted.Text);
+    source_ = converted_;
+  }
+  return Open();
+}
+
+std::optional<XmlError> XmlReader::OpenText(std::string_view text) {
+  source_ = text;
+  DropMark(source_);
+  return Open();
+}
+
+std::optional<XmlError> XmlReader::Open() {
+  const std::size_t invalid = FindInvalidUtf8(source_);
+  if (invalid != std::string::npos) {
+    return Locate(source_, invalid, "a byte that is not valid UTF-8");
+  }
+  const std::size_t nul = source_.find('\0');
+  if (nul != std::string::npos) return Locate(source_, nul, "a NUL character");
+  const std::size_t reference = FindBadReference(source_);
+  if (reference != std::string::npos) {
+    return Locate(source_, reference, "a reference to a character that XML does not allow");
+  }
+  if (source_.find_first_not_of(" \t\r\n") == std::string::npos) {
+    return XmlError{1, 1, "the file is empty"};
+  }
+  return std::nullopt;
+}
+
+XmlError XmlReader::ErrorAt(std::size_t offset, std::string detail) {
+  // Places are asked for in the order of the document, nearly always.
+  if (offset < placed_) {
+    place_ = {1, 1, ""};
+    placed_ = 0;
+  }
+  MovePlace(place_, source_, placed_, offset);
+  placed_ = offset;
+  return {place_.Line, place_.Column, std::move(detail)};
+}
+
+bool XmlReader::Fail(std::size_t offset, std::string detail) {
+  error_ = ErrorAt(std::min(offset, source_.size()), std::move(detail));
+  open_.clear();
+  return false;
+}
+
+bool XmlReader::NextChild() {
+  if (error_) return false;
+  if (empty_) {
+    empty_ = false;
+    open_.pop_back();
+    return false;
+  }
+  while (true) {
+    const std::size_t tag = std::min(source_.find('<', pos_), source_.size());
+    if (open_.empty()) {
+      const std::size_t text = source_.find_first_not_of(" \t\r\n", pos_);
+      if (text < tag) return Fail(text, "text outside the root element");
+    }
+    pos_ = tag;
+    if (tag == source_.size()) return ReadEnd();
+    const char kind = source_.substr(pos_ + 1, 1).empty() ? '\0' : source_[pos_ + 1];
+    if (kind == '/') return ReadEndTag();
+    if (kind != '!' && kind != '?') return ReadStartTag();
+    if (!SkipMarkup()) return false;
+  }
+}
+
+void XmlReader::SkipTo(std::size_t depth) {
+  while (open_.size() > depth) NextChild();
+  if (depth == 0) NextChild();
+}
+
+// At the end of the document.
+bool XmlReader::ReadEnd() {
+  if (!open_.empty()) {
+    return Fail(pos_, "the document ends inside <" + std::string(open_.back()) + ">");
+  }
+  if (!root_seen_) error_ = XmlError{0, 0, "there is no root element"};
+  return false;
+}
+
+bool XmlReader::ReadStartTag() {
+  element_ = pos_++;
+  const std::string_view name = TakeName();
+  if (name.empty()) return Fail(element_, "a \"<\" that begins no tag");
+  if (open_.empty() && root_seen_) return Fail(element_, "a second root element");
+  if (open_.size() == kDeepestNesting) {
+    return Fail(element_, "elements nested deeper than " + std::to_string(kDeepestNesting));
+  }
+  root_seen_ = true;
+  open_.push_back(name);
+  return ReadAttributes(name) && CheckNames(name);
+}
+
+bool XmlReader::ReadEndTag() {
+  const std::size_t begin = pos_;
+  pos_ += 2;
+  const std::string_view name = TakeName();
+  if (open_.empty() || open_.back() != name) {
+    const std::string wanted =
+        open_.empty() ? "no element is open" : "</" + std::string(open_.back()) + "> was expected";
+    return Fail(begin, "</" + std::string(name) + "> where " + wanted);
+  }
+  TakeBlanks();
+  if (Next() != '>') return Fail(pos_, "a \">\" is missing");
+  ++pos_;
+  open_.pop_back();
+  return false;
+}
+
+// The attributes and the end of a start tag.
+bool XmlReader::ReadAttributes(std::string_view element) {
+  used_ = 0;
+  while (true) {
+    const bool blanks = TakeBlanks();
+    const char c = Next();
+    if (c == '>' || (c == '/' && source_.substr(pos_, 2) == "/>")) {
+      empty_ = c == '/';
+      pos_ += empty_ ? 2 : 1;
+      return true;
+    }
+    if (pos_ >= source_.size()) {
+      return Fail(pos_, "the document ends inside the tag <" + std::string(element) + ">");
+    }
+    if (!blanks || !BeginsName(c)) {
+      return Fail(pos_,
+                  "neither an attribute nor the end of the tag <" + std::string(element) + ">");
+    }
+    if (!ReadAttribute(element)) return false;
+  }
+}
+
+bool XmlReader::ReadAttribute(std::string_view element) {
+  const std::size_t begin = pos_;
+  if (used_ == attributes_.size()) attributes_.emplace_back();
+  XmlAttribute& attribute = attributes_[used_++];
+  attribute.name_ = TakeName();
+  TakeBlanks();
+  bool good = Next() == '=';
+  if (good) {
+    ++pos_;
+    TakeBlanks();
+    good = Next() == '"' || Next() == '\'';
+  }
+  const std::size_t end = good ? source_.find(source_[pos_], pos_ + 1) : std::string_view::npos;
+  if (end == std::string_view::npos) {
+    return Fail(begin, "the attribute \"" + std::string(attribute.name_) + "\" of <" +
+                           std::string(element) + "> has no value in quotes");
+  }
+  attribute.raw_ = source_.substr(pos_ + 1, end - pos_ - 1);
+  attribute.plain_ = attribute.raw_.find_first_of("&\t\r\n") == std::string_view::npos;
+  if (!attribute.plain_) DecodeValue(attribute.raw_, attribute.decoded_);
+  pos_ = end + 1;
+  return true;
+}
+
+// No attribute may be there twice.
+bool XmlReader::CheckNames(std::string_view element) {
+  constexpr std::size_t kFewAttributes = 16;
+  std::string_view twice;
+  if (used_ > kFewAttributes) {
+    std::unordered_set<std::string_view> names;
+    for (const XmlAttribute& attribute : Attributes()) {
+      if (!names.insert(attribute.name_).second) twice = attribute.name_;
+    }
+  } else {
+    for (std::size_t i = 0; i < used_; ++i) {
+      for (std::size_t j = 0; j < i; ++j) {
+        if (attributes_[i].name_ == attributes_[j].name_) twice = attributes_[i].name_;
+      }
+    }
+  }
+  return twice.empty() || Fail(element_, "the attribute \"" + std::string(twice) + "\" twice in <" +
+                                             std::string(element) + ">");
+}
+
+// Comments, instructions, sections of characters and the document type.
+bool XmlReader::SkipMarkup() {
+  const std::string_view markup = source_.substr(pos_, 9);
+  if (markup.starts_with("<!--")) return SkipPast("-->", "a comment");
+  if (markup.starts_with("<?") && BeginsName(markup.substr(0, 3).back())) {
+    return SkipPast("?>", "an instruction");
+  }
+  if (markup == "<![CDATA[") {
+    if (open_.empty()) return Fail(pos_, "text outside the root element");
+    return SkipPast("]]>", "a section of characters");
+  }
+  if (markup == "<!DOCTYPE" && open_.empty()) return SkipDocumentType();
+  return Fail(pos_, "neither a tag nor a comment, an instruction or a document type in its place");
+}
+
+bool XmlReader::SkipPast(std::string_view end, std::string_view what) {
+  const std::size_t opening = end == "-->" ? 4 : 2;  // "<!-->" is only the beginning of a comment
+  const std::size_t at = source_.find(end, pos_ + opening);
+  if (at == std::string_view::npos) return Fail(pos_, std::string(what) + " without end");
+  pos_ = at + end.size();
+  return true;
+}
+
+bool XmlReader::SkipDocumentType() {
+  const std::size_t begin = pos_;
+  while (pos_ < source_.size()) {
+    const char c = source_[pos_];
+    if (c == '[') {
+      return Fail(begin, "a document type with declarations of its own is not accepted");
+    }
+    if (c == '<' && pos_ > begin) break;
+    if (c == '"' || c == '\'') pos_ = std::min(source_.find(c, pos_ + 1), source_.size() - 1);
+    ++pos_;
+    if (c == '>') return true;
+  }
+  return Fail(begin, "a document type without end");
+}
+
+std::string_view XmlReader::TakeName() {
+  const std::size_t begin = pos_;
+  if (BeginsName(Next())) {
+    while (IsInName(Next())) ++pos_;
+  }
+  return source_.substr(begin, pos_ - begin);
+}
+
+// True when there were any.
+bool XmlReader::TakeBlanks() {
+  const std::size_t begin = pos_;
+  while (IsBlank(Next())) ++pos_;
+  return pos_ > begin;
+}
+
+std::string_view XmlReader::LocalName() const {
+  const std::string_view name = open_.back();
+  const std::size_t colon = name.rfind(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+std::string WriteXml(const pugi::xml_document& document) {
+  std::string out = kDeclaration;
+  StringWriter writer(out);
+  document.document_element().print(writer, "", pugi::format_raw, pugi::encoding_utf8);
+  return out += "\r\n";
+}
+
+std::string AllowedInXml(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t pos = 0; pos < text.size();) {
+    const char32_t c = NextCodePoint(text, pos);
+    if (AllowedCharacter(c)) AppendUtf8(out, c);
+  }
+  return out;
+}
+
+}  // namespace keltrun

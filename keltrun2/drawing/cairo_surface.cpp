@@ -1,0 +1,254 @@
+#include "keltrun2/drawing/cairo_surface.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "keltrun2/codec/utf8.h"
+
+namespace keltrun {
+namespace {
+
+constexpr double kThinnestLine = 0.25;       // in points, on paper
+constexpr double kSlant = 0.2;               // of letters whose font has no slanted ones
+constexpr std::size_t kJoinedLines = 64;     // a longer path costs cairo more than a second one
+constexpr std::size_t kGlyphsAtOnce = 1000;  // bounds what a huge text takes
+
+// First pixel of a line of a whole number of pixels whose middle is at `middle`.
+double FirstPixel(double middle, double width) { return std::floor(middle - width / 2 + 0.5); }
+
+double WholePixels(double width) { return std::max(1.0, std::round(width)); }
+
+}  // namespace
+
+void CairoSurface::SetContext(cairo_t* context, Target target, double points_per_unit) {
+  context_ = context;
+  target_ = target;
+  thinnest_ = target == Target::kPixels ? 1 : kThinnestLine / points_per_unit;
+  line_.reset();
+}
+
+void CairoSurface::SetSource(Color color) {
+  cairo_set_source_rgb(context_, Red(color) / 255.0, Green(color) / 255.0, Blue(color) / 255.0);
+}
+
+// --- lines, boxes, circles ---
+
+// On paper a width of 0 is the thinnest line; a picture shows every line at least a pixel wide.
+double CairoSurface::LineWidth(float width) const {
+  if (!(width > 0)) return thinnest_;
+  const double limited = std::min<double>(width, kLargestLineWidth);
+  return target_ == Target::kPixels ? std::max(limited, thinnest_) : limited;
+}
+
+void CairoSurface::Flush() {
+  if (!line_) return;
+  SetSource(line_->LineColor);
+  cairo_set_line_width(context_, line_->Width);
+  cairo_set_line_cap(context_, CAIRO_LINE_CAP_ROUND);
+  cairo_set_line_join(context_, CAIRO_LINE_JOIN_ROUND);
+  cairo_stroke(context_);
+  line_.reset();
+}
+
+void CairoSurface::DrawSlantedLine(double x1, double y1, double x2, double y2, Color color,
+                                   double width) {
+  const bool continues = line_ && line_->LineColor == color && line_->Width == width &&
+                         line_->EndX == x1 && line_->EndY == y1 && line_->Count < kJoinedLines;
+  if (!continues) {
+    Flush();
+    line_ = Polyline{color, width, 0, 0, 0};
+    cairo_move_to(context_, x1, y1);
+  }
+  cairo_line_to(context_, x2, y2);
+  line_->EndX = x2;
+  line_->EndY = y2;
+  ++line_->Count;
+}
+
+void CairoSurface::DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,
+                            float DrawWidth) {
+  if (context_ == nullptr || !AllFinite(X1, Y1, X2, Y2)) return;
+  const double x1 = LimitedCoordinate(X1);
+  const double y1 = LimitedCoordinate(Y1);
+  const double x2 = LimitedCoordinate(X2);
+  const double y2 = LimitedCoordinate(Y2);
+  double width = LineWidth(DrawWidth);
+  if (target_ == Target::kVectors || (x1 != x2 && y1 != y2)) {
+    return DrawSlantedLine(x1, y1, x2, y2, LineColor, width);
+  }
+  Flush();
+  SetSource(LineColor);
+  width = WholePixels(width);
+  const double left = FirstPixel(std::min(x1, x2), width);
+  const double top = FirstPixel(std::min(y1, y2), width);
+  cairo_rectangle(context_, left, top, FirstPixel(std::max(x1, x2), width) + width - left,
+                  FirstPixel(std::max(y1, y2), width) + width - top);
+  cairo_fill(context_);
+}
+
+void CairoSurface::StrokeOutline(const Rectangle& box, double width) {
+  cairo_set_line_width(context_, width);
+  cairo_set_line_join(context_, CAIRO_LINE_JOIN_MITER);
+  cairo_rectangle(context_, box.Left, box.Top, box.Right - box.Left, box.Bottom - box.Top);
+  cairo_stroke(context_);
+}
+
+void CairoSurface::DrawBox(float Left, float Top, float Width, float Height, Color BoxColor,
+                           float DrawWidth, bool Fill) {
+  if (context_ == nullptr || !AllFinite(Left, Top, Width, Height)) return;
+  Flush();
+  SetSource(BoxColor);
+  Rectangle box = LimitedRectangle(Left, Top, Width, Height);
+  const bool pixels = target_ == Target::kPixels;
+  if (!Fill) {
+    const double width = pixels ? WholePixels(LineWidth(DrawWidth)) : LineWidth(DrawWidth);
+    if (pixels) {
+      for (double* edge : {&box.Left, &box.Top, &box.Right, &box.Bottom}) {
+        *edge = FirstPixel(*edge, width) + width / 2;
+      }
+    }
+    return StrokeOutline(box, width);
+  }
+  if (box.Left == box.Right || box.Top == box.Bottom) return;
+  if (pixels) {
+    box = {std::round(box.Left), std::round(box.Top), std::round(box.Right),
+           std::round(box.Bottom)};
+    box.Right = std::max(box.Right, box.Left + 1);
+    box.Bottom = std::max(box.Bottom, box.Top + 1);
+  }
+  cairo_rectangle(context_, box.Left, box.Top, box.Right - box.Left, box.Bottom - box.Top);
+  cairo_fill(context_);
+}
+
+void CairoSurface::DrawCircle(float X, float Y, float Radius, Color CircleColor, float DrawWidth,
+                              bool Fill) {
+  if (context_ == nullptr || !AllFinite(X, Y, Radius) || Radius <= 0) return;
+  Flush();
+  SetSource(CircleColor);
+  cairo_new_path(context_);
+  cairo_arc(context_, LimitedCoordinate(X), LimitedCoordinate(Y), LimitedCoordinate(Radius), 0,
+            2 * std::numbers::pi);
+  cairo_close_path(context_);
+  if (Fill) {
+    cairo_fill(context_);
+  } else {
+    cairo_set_line_width(context_, LineWidth(DrawWidth));
+    cairo_stroke(context_);
+  }
+}
+
+void CairoSurface::SetClip(float Left, float Top, float Width, float Height) {
+  ResetClip();
+  if (context_ == nullptr || !AllFinite(Left, Top, Width, Height)) return;
+  Rectangle box = LimitedRectangle(Left, Top, Width, Height);
+  if (target_ == Target::kPixels) {
+    box = {std::floor(box.Left), std::floor(box.Top), std::ceil(box.Right), std::ceil(box.Bottom)};
+  }
+  cairo_rectangle(context_, box.Left, box.Top, box.Right - box.Left, box.Bottom - box.Top);
+  cairo_clip(context_);
+}
+
+void CairoSurface::ResetClip() {
+  Flush();
+  if (context_ != nullptr) cairo_reset_clip(context_);
+}
+
+// --- texts ---
+
+float CairoSurface::TextWidth(std::string_view Text, const TextStyle& Style) {
+  const TextScale scale = LimitedTextScale(Style);
+  if (scale.Size == 0) return 0;
+  return static_cast<float>(FindTypeFace(Style.Font)->Width(Text) * scale.Size);
+}
+
+float CairoSurface::TextHeight(const TextStyle& Style) {
+  return static_cast<float>(FindTypeFace(Style.Font)->Height() * LimitedTextScale(Style).Height);
+}
+
+void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) {
+  const TextScale scale = LimitedTextScale(Style);
+  if (context_ == nullptr || scale.Size == 0 || !AllFinite(X, Y)) return;
+  Flush();
+  SetSource(Style.Color);
+  const std::shared_ptr<TypeFace> kept = FindTypeFace(Style.Font);
+  TypeFace& face = *kept;
+  double x = LimitedCoordinate(X);
+  double y = LimitedCoordinate(Y);
+  cairo_matrix_t before;
+  cairo_get_matrix(context_, &before);
+  if (Style.Turned) {
+    cairo_translate(context_, x, y);
+    cairo_rotate(context_, std::numbers::pi / 2);
+    x = y = 0;
+  }
+  const double baseline = y + face.Measures().Ascent * scale.Height;
+  DrawGlyphs(Text, x, baseline, scale, face);
+  if (Style.Font.Underline) {
+    DrawUnderline(x, baseline, face.Width(Text) * scale.Size, scale.Height, face);
+  }
+  cairo_set_matrix(context_, &before);
+}
+
+void CairoSurface::DrawGlyphs(std::string_view text, double x, double baseline, TextScale scale,
+                              TypeFace& face) {
+  std::size_t next_glyph = 0;
+  glyphs_.clear();
+  for (std::size_t pos = 0, found = 0; pos < text.size() && x < kLargestCoordinate;) {
+    if (next_glyph == glyphs_.size()) {
+      glyphs_.clear();
+      next_glyph = 0;
+      face.FindGlyphs(text, found, kGlyphsAtOnce, glyphs_);
+    }
+    const char32_t c = NextCodePoint(text, pos);
+    const Glyph& glyph = glyphs_[next_glyph++];
+    if (glyph.File == nullptr) {
+      x += glyph.Advance * scale.Size;
+      continue;
+    }
+    if (glyph.File != run_.File || run_.Glyphs.size() >= kGlyphsAtOnce) {
+      ShowRun(scale);
+      run_.File = glyph.File;
+    }
+    const std::size_t before = run_.Text.size();
+    AppendUtf8(run_.Text, c == U'\t' ? U' ' : c);
+    run_.Glyphs.push_back({glyph.Index, x, baseline});
+    run_.Clusters.push_back({static_cast<int>(run_.Text.size() - before), 1});
+    x += glyph.Advance * scale.Size;
+  }
+  ShowRun(scale);
+}
+
+void CairoSurface::ShowRun(TextScale scale) {
+  if (run_.Glyphs.empty()) return;
+  cairo_font_face_t* face = run_.File->Face();
+  if (face != nullptr) {
+    const auto lock = LockFonts();
+    cairo_matrix_t letters;
+    cairo_matrix_init(&letters, scale.Size, 0, run_.File->NeedsSlant() ? -kSlant * scale.Size : 0,
+                      scale.Height, 0, 0);
+    cairo_set_font_face(context_, face);
+    cairo_set_font_matrix(context_, &letters);
+    cairo_show_text_glyphs(context_, run_.Text.data(), static_cast<int>(run_.Text.size()),
+                           run_.Glyphs.data(), static_cast<int>(run_.Glyphs.size()),
+                           run_.Clusters.data(), static_cast<int>(run_.Clusters.size()), {});
+  }
+  run_.File = nullptr;
+  run_.Text.clear();
+  run_.Glyphs.clear();
+  run_.Clusters.clear();
+}
+
+void CairoSurface::DrawUnderline(double x, double baseline, double width, double height,
+                                 const TypeFace& face) {
+  double top = baseline + face.Measures().UnderlineTop * height;
+  double thickness = face.Measures().UnderlineThickness * height;
+  if (target_ == Target::kPixels) {
+    top = std::round(top);
+    thickness = WholePixels(thickness);
+  }
+  cairo_rectangle(context_, x, top, std::min(width, kLargestCoordinate), thickness);
+  cairo_fill(context_);
+}
+
+}  // namespace keltrun

@@ -1,0 +1,203 @@
+#include "keltrun2/loading/feed_model.h"
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/text/width.h"
+
+namespace keltrun {
+namespace {
+
+template <typename T>
+void SetIfGiven(T& target, const std::optional<T>& value) {
+  if (value) target = *value;
+}
+
+void ApplyEventName(clsEventData& event, const LapRecords& records, EventNameRule rule,
+                    KrLapFileLoadModeCosnt mode) {
+  if (rule == EventNameRule::kNormalLoad) {
+    if (mode == KR_LOADMODE_NORMAL) SetIfGiven(event.EventName, records.EventName);
+    return;
+  }
+  if (rule == EventNameRule::kAlways || event.EventName.empty()) {
+    SetIfGiven(event.EventName, records.EventName);
+  }
+  if (event.EventName.empty()) event.EventName = ResourceText("RES_META_NO_EVENT_NAME");
+}
+
+void ApplyHeader(EventModel& model, const LapRecords& records, EventNameRule rule,
+                 KrLapFileLoadModeCosnt mode) {
+  clsEventData& event = *model.Event;
+  ApplyEventName(event, records, rule, mode);
+  if (mode == KR_LOADMODE_NORMAL) {
+    if (records.EventDate) event.EventDate()->SetValue(*records.EventDate);
+    SetIfGiven(event.Terrain, records.Terrain);
+    SetIfGiven(event.Memo, records.Memo);
+    SetIfGiven(event.OfficialSite, records.OfficialSite);
+    SetIfGiven(event.FileName, records.EventFileName);
+  }
+  SetIfGiven(model.Meta->CreateApplication, records.CreateApplication);
+  SetIfGiven(model.Meta->CreateDate, records.CreateDate);
+}
+
+// The courses of the model by their codes.
+class CourseFinder {
+ public:
+  explicit CourseFinder(EventModel& model) : model_(model) {
+    for (const auto& course : model.Courses()) {
+      highest_ = std::max(highest_, course->CourseIndex());
+      if (course->ControlCount() > clsCourseData::kMostControls) continue;
+      std::vector<std::int32_t> codes;
+      for (std::int32_t i = 1; i <= course->ControlCount(); ++i) {
+        codes.push_back(course->ControlNum(i));
+      }
+      number_of_codes_.emplace(std::move(codes), course->CourseIndex());
+    }
+  }
+
+  // The number of the first course with these codes, made when there is none.
+  std::int32_t NumberOf(const std::vector<std::int32_t>& codes) {
+    const auto [found, added] = number_of_codes_.emplace(codes, highest_ + 1);
+    if (added) MakeCourse(++highest_, codes);
+    return found->second;
+  }
+
+ private:
+  void MakeCourse(std::int32_t number, const std::vector<std::int32_t>& codes) {
+    const auto course = model_.AddCourse(number);
+    course->SetControlCount(static_cast<std::int32_t>(codes.size()));
+    std::int32_t index = 0;
+    for (const std::int32_t code : codes) course->SetControlNum(++index, code);
+  }
+
+  EventModel& model_;
+  std::int32_t highest_ = 0;
+  std::map<std::vector<std::int32_t>, std::int32_t> number_of_codes_;
+};
+
+// A class of no controls has all its codes, too, unless the file names its course or its runners
+// may show that it has controls after all.
+bool HasCodes(const ClassRecords& records) {
+  if (!records.Codes.empty()) return true;
+  return records.ControlCount == 0 && records.LegsSeen == 0 && !records.CourseNum;
+}
+
+void ApplyClass(CourseFinder& courses, clsClassData& klass, const ClassRecords& records) {
+  SetIfGiven(klass.Length, records.Length);
+  SetIfGiven(klass.Climb, records.Climb);
+  SetIfGiven(klass.ControlCount, records.ControlCount);
+  SetIfGiven(klass.CourseNum, records.CourseNum);
+  klass.ControlCount = std::max(klass.ControlCount, records.LegsSeen - 1);
+  if (HasCodes(records)) klass.CourseNum = courses.NumberOf(records.Codes);
+}
+
+void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapData>>& runners,
+                KrLapFileLoadModeCosnt mode) {
+  LapMerger merger(klass, mode);
+  for (const auto& runner : runners) merger.Add(runner);
+}
+
+// Tells of classes that become one: two of a file, or one of the file and one of the event whose
+// names are not spelled alike. The class of the event that a file's class is meant to join is none.
+class ClassJoins {
+ public:
+  explicit ClassJoins(RemarkList& remarks) : remarks_(remarks) {}
+
+  // A class of the file whose runners go to `klass`.
+  void See(std::string_view name, const clsClassData& klass, bool existed) {
+    const bool of_file = !seen_.insert(&klass).second;
+    if (!existed || (!of_file && klass.ClassName() == name)) return;
+    remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", name,
+                 "is one with the class \"" + klass.ClassName() +
+                     "\" that was there before: the runners of both are in it");
+  }
+
+ private:
+  RemarkList& remarks_;
+  std::unordered_set<const clsClassData*> seen_;
+};
+
+bool HaveEqualControls(const clsCourseData& a, const clsCourseData& b) {
+  if (a.ControlCount() != b.ControlCount()) return false;
+  const std::int32_t held = std::min(a.ControlCount(), clsCourseData::kMostControls);
+  for (std::int32_t i = 1; i <= held; ++i) {
+    if (a.ControlNum(i) != b.ControlNum(i)) return false;
+  }
+  return true;
+}
+
+void AddCourses(EventModel& model, const std::vector<std::shared_ptr<clsCourseData>>& courses,
+                RemarkList& remarks) {
+  for (const auto& course : courses) {
+    if (model.AddCourseObject(course)) continue;
+    if (HaveEqualControls(*model.CourseByNumber(course->CourseIndex()), *course)) continue;
+    remarks.Add(RemarkSeverity::kWarning, 0, 0, "course", std::to_string(course->CourseIndex()),
+                "there is a course of that number with other controls before it, which counts");
+  }
+}
+
+}  // namespace
+
+void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
+               ProgressReport& progress, RemarkList& remarks) {
+  if (file.FileDate) model.FileDate = *file.FileDate;
+  if (mode == KR_LOADMODE_NORMAL) {
+    // The event and metadata objects stay the same: a host may hold them.
+    *model.Event = std::move(file.Event);
+    *model.Meta = std::move(file.Meta);
+  }
+  AddCourses(model, file.Courses, remarks);
+  ClassJoins joins(remarks);
+  std::int64_t done = 0;
+  for (const NativeClass& read : file.Classes) {
+    progress.Advance(++done, static_cast<std::int64_t>(file.Classes.size()));
+    const auto existing = model.ClassByName(read.Class->ClassName());
+    const auto& klass = existing ? existing : read.Class;
+    if (!existing) model.AddClassObject(klass);
+    joins.See(read.Class->ClassName(), *klass, existing != nullptr);
+    AddRunners(*klass, read.Runners, mode);
+  }
+}
+
+void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
+               KrLapFileLoadModeCosnt mode, ProgressReport& progress, RemarkList& remarks) {
+  ApplyHeader(model, records, rule, mode);
+  CourseFinder courses(model);
+  ClassJoins joins(remarks);
+  std::int64_t done = 0;
+  for (const ClassRecords& read : records.Classes) {
+    progress.Advance(++done, static_cast<std::int64_t>(records.Classes.size()));
+    const bool existed = model.ClassByName(read.Name) != nullptr;
+    const auto klass = model.AddClass(read.Name);
+    joins.See(read.Name, *klass, existed);
+    ApplyClass(courses, *klass, read);
+    AddRunners(*klass, read.Runners, mode);
+  }
+}
+
+void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
+                  KrLapFileLoadModeCosnt mode) {
+  const bool overwrite = (mode & KR_LOADMODE_PRIORITY_NEWDATA) != 0;
+  std::unordered_multimap<std::string, std::shared_ptr<clsLapData>> runners;
+  for (const auto& klass : model.Classes()) {
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
+      runners.emplace(NormalizeName(runner->RunnerName), runner);
+    }
+  }
+  for (const RunnerUpdate& update : updates) {
+    const auto [begin, end] = runners.equal_range(NormalizeName(update.Name));
+    for (auto found = begin; found != end; ++found) {
+      clsLapData& runner = *found->second;
+      if (runner.ClubName.empty() || overwrite) runner.ClubName = update.Club;
+      if (runner.Sex.empty()) runner.Sex = update.Sex;
+    }
+  }
+}
+
+}  // namespace keltrun

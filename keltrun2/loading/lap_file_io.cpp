@@ -1,0 +1,434 @@
+#include "keltrun2/loading/lap_file_io.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "keltrun2/analysis/segment_sets.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/codec/list_encoding.h"
+#include "keltrun2/codec/lzh_reader.h"
+#include "keltrun2/codec/lzh_writer.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/io/detect.h"
+#include "keltrun2/io/form_losses.h"
+#include "keltrun2/io/import_only_reader.h"
+#include "keltrun2/io/iof_result_writer.h"
+#include "keltrun2/io/keltrun1_reader.h"
+#include "keltrun2/io/keltrun1_writer.h"
+#include "keltrun2/io/limits.h"
+#include "keltrun2/io/native_reader.h"
+#include "keltrun2/io/native_writer.h"
+#include "keltrun2/io/oevent_reader.h"
+#include "keltrun2/io/sportident_reader.h"
+#include "keltrun2/io/text_reading.h"
+#include "keltrun2/loading/feed_model.h"
+#include "keltrun2/loading/rank_renewal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/os/clock.h"
+#include "keltrun2/os/files.h"
+#include "keltrun2/os/working_folder.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::string_view kOpenError = "RES_MESSAGE_FILE_OPEN_ERROR";
+constexpr std::string_view kSaveError = "RES_MESSAGE_ERROR_HAPPEN";
+
+constexpr std::string_view kDetectOperation = "clsFileControl.DetectFileType";
+constexpr std::string_view kExtractArchive = "clsFileControl.ExtractArchive";
+constexpr std::string_view kMakeArchive = "clsFileControl.MakeArchive";
+
+// A type of text file: the operation that error texts name, its reader, and what of it goes where.
+struct TextFormat {
+  KrLapFileTypeConst type;
+  std::string_view operation;
+  ReadResult (*read)(std::string_view text);
+  EventNameRule event_name;
+  bool makes_segments;  // the segment sets are made anew with every load
+};
+
+constexpr TextFormat kTextFormats[] = {
+    {KR_FILETYPE_KELTRUN1, "clsFileControl.LoadKeltrun1", ReadKeltrun1, EventNameRule::kNormalLoad,
+     false},
+    {KR_FILETYPE_SPORTIDENT, "clsFileControl.LoadSportIdent", ReadSportIdent,
+     EventNameRule::kAlways, true},
+    {KR_FILETYPE_OEVENT, "clsFileControl.LoadOEvent", ReadOEvent, EventNameRule::kIfEmpty, false},
+};
+
+constexpr std::string_view kLoadKeltrun2 = "clsFileControl.LoadKeltrun2";
+constexpr std::string_view kLoadImportOnly = "clsFileControl.LoadImportOnly";
+
+bool Fail(std::string_view message_key, std::string_view operation, std::string_view description) {
+  SetErrorText(FailureText(message_key, operation, description));
+  return false;
+}
+
+// The most bytes that are read of a type.
+std::size_t LargestFile(KrLapFileTypeConst type) {
+  return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestListFile;
+}
+
+std::string_view NameOf(Charset charset) {
+  switch (charset) {
+    case Charset::kShiftJis:
+      return "Shift-JIS";
+    case Charset::kWindows1252:
+      return "Windows-1252";
+    case Charset::kUtf8:
+      break;
+  }
+  return "UTF-8";
+}
+
+// One load into one model.
+class Load {
+ public:
+  Load(LoadRequest request, std::vector<LoadRemark>& remarks)
+      : request_(std::move(request)), remarks_(remarks), model_(CurrentModel()) {}
+
+  bool Run(const StartProgress& start_progress) {
+    if (request_.Mode == KR_LOADMODE_NORMAL) model_->Clear();
+    if (FileExtension(request_.FileName) == "lzh" && !ExtractLapFile()) return false;
+    if (request_.Type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
+    if (request_.FileData.size() > LargestFile(request_.Type)) {
+      return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
+    }
+    if (request_.Type == KR_FILETYPE_IMPORT_ONLY && (request_.Mode & KR_LOADMODE_APPEND) == 0) {
+      SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
+      return false;
+    }
+    if (!LoadAndRank(start_progress)) return false;
+    model_->FileName = request_.FileName;
+    return true;
+  }
+
+ private:
+  // Unpacks an archive and goes on with the lap file in it; of several the user takes one.
+  bool ExtractLapFile() {
+    std::string error;
+    const auto folder = NewExtractionFolder(error);
+    if (!folder) return Fail(kOpenError, kExtractArchive, error);
+    const auto files = ExtractArchive(request_.FileName, *folder, error);
+    if (!files) return Fail(kOpenError, kExtractArchive, error);
+    std::vector<std::string> names;
+    std::vector<std::string> paths;
+    for (const ExtractedFile& file : *files) {
+      const std::string extension = FileExtension(file.Name);
+      if (extension != "lxm" && extension != "lap") continue;
+      names.push_back(file.Name);
+      paths.push_back(file.Path);
+    }
+    if (names.empty()) {
+      return Fail(kOpenError, kExtractArchive, request_.FileName + " holds no .lxm or .lap file");
+    }
+    std::optional<std::size_t> chosen = 0;
+    if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.FileName, names);
+    if (!chosen || *chosen >= paths.size()) {
+      return Fail(kOpenError, kExtractArchive,
+                  request_.FileName + " holds several lap files and none was chosen");
+    }
+    request_.FileName = paths[*chosen];
+    return true;
+  }
+
+  // The bytes of the file; nullopt when they cannot be read or are those of an archive.
+  std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
+    std::string error;
+    std::optional<std::string> bytes = ReadFile(request_.FileName, error, largest);
+    const std::string_view archive = bytes ? KindOfArchive(*bytes) : "";
+    if (archive == "LZH") {
+      error = request_.FileName + " is an LZH archive: its name has to end in .lzh";
+    } else if (!archive.empty()) {
+      error = request_.FileName + " is a " + std::string(archive) + " archive: unpack it first";
+    }
+    if (error.empty()) return bytes;
+    Fail(kOpenError, operation, error);
+    return std::nullopt;
+  }
+
+  // Finds out the type; false when the file cannot be read or is of none.
+  bool Detect() {
+    const std::string extension = FileExtension(request_.FileName);
+    if (extension == "xml" || extension == "lxm") {
+      request_.Type = KR_FILETYPE_KELTRUN2;
+      return true;
+    }
+    if (!request_.FileData.empty()) {
+      request_.Type = DetectTextType(request_.FileData);
+    } else if (!DetectFile()) {
+      return false;
+    }
+    if (request_.Type != KR_FILETYPE_UNKNOWN) return true;
+    SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
+                 std::string(kDetectOperation));
+    return false;
+  }
+
+  // What a reader added before an error counts, for the ranks too.
+  bool LoadAndRank(const StartProgress& start_progress) {
+    if (!request_.RenewRanks || request_.Mode == KR_LOADMODE_NORMAL) {
+      return LoadByType(start_progress);
+    }
+    const RankRenewal ranks(*model_);
+    const bool loaded = LoadByType(start_progress);
+    ranks.Renew(remarks_);
+    return loaded;
+  }
+
+  bool DetectFile() {
+    constexpr std::size_t kBeginning = 4096;  // enough to know a native lap file
+    std::optional<std::string> bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
+    if (!bytes) return false;
+    const bool is_large = bytes->size() > kLargestListFile;
+    list_ = DecodeList(is_large ? std::string_view(*bytes).substr(0, kBeginning) : *bytes,
+                       request_.InputCharset);
+    request_.Type = DetectFileTextType(list_->Content.Text);
+    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+      bytes_ = std::move(bytes);
+      list_.reset();
+    } else if (is_large) {
+      return Fail(kOpenError, kDetectOperation,
+                  request_.FileName + " is larger than a list can be: " +
+                      std::to_string(kLargestListFile >> 20) + " MiB");
+    }
+    return true;
+  }
+
+  bool LoadByType(const StartProgress& start_progress) {
+    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+      return Guarded(kLoadKeltrun2, start_progress,
+                     [this](ProgressReport& progress) { return LoadNative(progress); });
+    }
+    if (request_.Type == KR_FILETYPE_IMPORT_ONLY) {
+      return Guarded(kLoadImportOnly, start_progress,
+                     [this](ProgressReport&) { return LoadUpdates(); });
+    }
+    for (const TextFormat& format : kTextFormats) {
+      if (format.type != request_.Type) continue;
+      return Guarded(format.operation, start_progress,
+                     [&](ProgressReport& progress) { return LoadText(format, progress); });
+    }
+    return false;
+  }
+
+  // Reads and feeds the model, then sorts it. What goes wrong after the reader ends as an error of
+  // the reader, too.
+  template <typename LoadRecords>
+  bool Guarded(std::string_view operation, const StartProgress& start_progress,
+               LoadRecords load_records) {
+    try {
+      const auto progress = start_progress();
+      const bool loaded = load_records(*progress);
+      progress->Close();
+      if (loaded) model_->SortLap();
+      return loaded;
+    } catch (const ProgressHandlerError& error) {
+      Fail(kOpenError, operation, "a handler of Progress ended the load");
+      std::rethrow_exception(error.Cause);
+    } catch (const std::exception& error) {
+      return Fail(kOpenError, operation, error.what());
+    }
+  }
+
+  // The name of the source in error texts.
+  std::string SourceName() const {
+    return request_.FileName.empty() ? "FileData" : request_.FileName;
+  }
+
+  bool LoadNative(ProgressReport& progress) {
+    NativeReadResult read;
+    if (!request_.FileData.empty()) {
+      read = ReadNativeLapFile(request_.FileData, NativeSource::kText);
+    } else {
+      if (!bytes_) bytes_ = ReadBytes(kLoadKeltrun2, kLargestNativeFile);
+      if (!bytes_) return false;
+      read = ReadNativeLapFile(*bytes_, NativeSource::kFileBytes);
+      bytes_.reset();
+    }
+    if (read.Error) {
+      return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.Error));
+    }
+    remarks_ = std::move(read.Remarks);
+    RemarkList more;
+    FeedModel(*model_, read.File, request_.Mode, progress, more);
+    AddRemarks(more.Take());
+    if (request_.Mode == KR_LOADMODE_NORMAL) MakeSegments();
+    return true;
+  }
+
+  void MakeSegments() {
+    MakeSegmentSets(*model_);
+    if (model_->SegmentRemark.empty()) return;
+    remarks_.push_back({0, 0, RemarkSeverity::kWarning, model_->SegmentRemark});
+  }
+
+  void AddRemarks(std::vector<LoadRemark> more) {
+    std::move(more.begin(), more.end(), std::back_inserter(remarks_));
+  }
+  void AddNote(std::int32_t line, std::string text) {
+    remarks_.push_back({line, 0, RemarkSeverity::kNote, std::move(text)});
+  }
+
+  // The text of the request or of the file; nullopt when the file cannot be read.
+  std::optional<ListText> TakeText(std::string_view operation) {
+    if (!request_.FileData.empty()) return ListText{{std::move(request_.FileData)}};
+    if (list_) return std::exchange(list_, std::nullopt);
+    const std::optional<std::string> bytes = ReadBytes(operation, kLargestListFile);
+    if (!bytes) return std::nullopt;
+    return DecodeList(*bytes, request_.InputCharset);
+  }
+
+  // The records of a text file; nullopt when it cannot be opened. What was read before an error in
+  // the text counts.
+  std::optional<ReadResult> Read(std::string_view operation,
+                                 ReadResult (*read)(std::string_view text)) {
+    std::optional<ListText> list = TakeText(operation);
+    if (!list) return std::nullopt;
+    std::string& text = list->Content.Text;
+    const std::size_t blanked = BlankControlCharacters(text);
+    ReadResult result = read(text);
+    remarks_ = std::move(result.Remarks);
+    if (blanked > 0) {
+      AddNote(0, "control characters: " + std::to_string(blanked) + " read as blanks");
+    }
+    RemarkEncoding(*list);
+    return result;
+  }
+
+  // What was assumed about the encoding, and where it does not fit.
+  void RemarkEncoding(const ListText& list) {
+    const std::string name(NameOf(list.Used));
+    if (list.Assumed) {
+      const char* reason = list.Used == Charset::kShiftJis ? "Japanese with bytes that are damaged"
+                                                           : "neither UTF-8 nor Shift-JIS";
+      AddNote(0, "encoding: " + std::string(reason) + ", read as " + name +
+                     "; clsFileControl.InputCharset or --input-charset names another");
+    }
+    if (list.Content.FirstInvalid == std::string::npos) return;
+    const std::string_view before =
+        std::string_view(list.Content.Text).substr(0, list.Content.FirstInvalid);
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    AddNote(static_cast<std::int32_t>(line),
+            "encoding: bytes from here on that are no " + name + " show as U+FFFD");
+  }
+
+  bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
+    if (!error) return true;
+    const std::string line = error->Line > 0 ? "line " + std::to_string(error->Line) + ": " : "";
+    return Fail(kOpenError, operation, SourceName() + ": " + line + error->Detail);
+  }
+
+  bool LoadText(const TextFormat& format, ProgressReport& progress) {
+    const auto read = Read(format.operation, format.read);
+    if (!read) return false;
+    RemarkList more;
+    FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress, more);
+    AddRemarks(more.Take());
+    if (format.makes_segments) MakeSegments();
+    return Finish(format.operation, read->Error);
+  }
+
+  bool LoadUpdates() {
+    const auto read = Read(kLoadImportOnly, ReadImportOnly);
+    if (!read) return false;
+    ApplyUpdates(*model_, read->Records.Updates, request_.Mode);
+    return Finish(kLoadImportOnly, read->Error);
+  }
+
+  LoadRequest request_;
+  std::optional<std::string> bytes_;  // of a native lap file whose type was detected
+  std::optional<ListText> list_;      // of a text file whose type was detected
+  std::vector<LoadRemark>& remarks_;
+  const std::shared_ptr<EventModel> model_;
+};
+
+// The event in the bytes of a file type, and what goes with it.
+struct SavedFile {
+  std::string_view operation;
+  std::string_view extension;
+  std::size_t largest;  // bytes that can be read again
+  std::string bytes;
+};
+
+SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode) {
+  if (type == KR_FILETYPE_KELTRUN1) {
+    SavedFile file{"clsFileControl.SaveKeltrun1", ".lap", LargestFile(type), ""};
+    AppendEncoded(file.bytes, WriteKeltrun1LapFile(model), Charset::kShiftJis,
+                  MissingCharacter::kQuestionMark);
+    return file;
+  }
+  if (type == KR_FILETYPE_IOF_XML_20_RESULT) {
+    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();  // never read
+    return {"clsFileControl.SaveIofXmlResult", ".xml", kNoLimit, WriteIofXmlResult(model, Now())};
+  }
+  return {"clsFileControl.SaveKeltrun2", ".lxm", LargestFile(KR_FILETYPE_KELTRUN2),
+          WriteNativeLapFile(model, mode, Now())};
+}
+
+// Nothing is replaced by a file that could not be read again.
+bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes,
+                 std::size_t largest, Sync sync) {
+  std::string error;
+  if (bytes.size() > largest) {
+    error = "cannot write " + name + ": it would be larger than " + std::to_string(largest >> 20) +
+            " MiB, the most that can be read again";
+    return Fail(kSaveError, operation, error);
+  }
+  return WriteFile(name, bytes, error, sync) || Fail(kSaveError, operation, error);
+}
+
+// The lap file goes into the working folder and, from memory, into the archive. The result is that
+// of the lap file; an archive that cannot be written leaves an older one and an error text.
+bool SaveArchive(const std::string& archive_name, const SavedFile& file, Sync sync) {
+  std::string error;
+  const std::string_view archive = FileNamePart(archive_name);
+  const std::string name =
+      std::string(archive.substr(0, archive.rfind('.'))) + std::string(file.extension);
+  const auto lap_file = NewWorkingFile(name, error);
+  if (!lap_file) return Fail(kSaveError, kMakeArchive, error);
+  const std::size_t largest = std::min(file.largest, ExtractionLimits().MemberBytes);
+  if (!WriteOrFail(file.operation, *lap_file, file.bytes, largest, Sync::kLater)) return false;
+  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()),
+              kLargestListFile, sync);
+  return true;
+}
+
+KrLapFileTypeConst TypeOfExtension(const std::string& extension) {
+  if (extension == "lap") return KR_FILETYPE_KELTRUN1;
+  if (extension == "xml") return KR_FILETYPE_IOF_XML_20_RESULT;
+  return KR_FILETYPE_KELTRUN2;
+}
+
+}  // namespace
+
+std::string FailureText(std::string_view message_key, std::string_view operation,
+                        std::string_view description) {
+  return ResourceText(message_key) + "\r\n" + std::string(operation) + "\r\n" +
+         std::string(description);
+}
+
+bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
+                 const StartProgress& start_progress) {
+  SetErrorText("");
+  remarks.clear();
+  return Load(std::move(request), remarks).Run(start_progress);
+}
+
+bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
+                 KrLapFileSaveModeCosnt mode, Sync sync, std::vector<LoadRemark>* remarks) {
+  if (remarks != nullptr) remarks->clear();
+  const std::string extension = FileExtension(file_name);
+  if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
+  const SavedFile file = Write(model, type, mode);
+  const bool saved = extension == "lzh"
+                         ? SaveArchive(file_name, file, sync)
+                         : WriteOrFail(file.operation, file_name, file.bytes, file.largest, sync);
+  if (saved && remarks != nullptr) *remarks = FormLosses(model, type);
+  return saved;
+}
+
+}  // namespace keltrun

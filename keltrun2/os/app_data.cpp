@@ -1,0 +1,23 @@
+#include "keltrun2/os/app_data.h"
+
+#include <cstdlib>
+
+namespace keltrun {
+namespace {
+
+// The variable's value when it is an absolute path: others would follow the working directory.
+std::string AbsolutePath(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value == '/' ? value : "";
+}
+
+}  // namespace
+
+std::string AppDataFolder() {
+  std::string folder = AbsolutePath("XDG_CONFIG_HOME");
+  if (!folder.empty()) return folder;
+  const std::string home = AbsolutePath("HOME");
+  return home.empty() ? "" : home + "/.config";
+}
+
+}  // namespace keltrun

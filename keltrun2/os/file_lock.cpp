@@ -1,0 +1,38 @@
+#include "keltrun2/os/file_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "keltrun2/os/pause.h"
+
+namespace keltrun {
+namespace {
+
+bool TryLock(int handle) {
+  while (flock(handle, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EINTR) return errno != EWOULDBLOCK;
+  }
+  return true;
+}
+
+}  // namespace
+
+// Opened without waiting, so that a pipe of that name cannot hold the caller up.
+FileLock::FileLock(const std::string& name, const Patience& patience)
+    : handle_(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600)) {
+  if (handle_ < 0) return;
+  for (int tries = 1; !(is_held_ = TryLock(handle_)) && tries < patience.Tries; ++tries) {
+    Pause(patience.Pause);
+  }
+}
+
+FileLock::~FileLock() {
+  if (handle_ < 0) return;
+  if (is_held_) flock(handle_, LOCK_UN);  // also for a child of this process that has it open
+  close(handle_);
+}
+
+}  // namespace keltrun

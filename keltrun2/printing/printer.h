@@ -1,0 +1,110 @@
+// Printers: where the pages of a print book go.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/base/export.h"
+#include "keltrun2/drawing/picture.h"
+
+namespace keltrun {
+
+/// Paper and its printable part in mm, as the paper lies in the chosen orientation.
+struct PaperMetrics {
+  float PaperWidth = 210;       ///< Width of the whole sheet.
+  float PaperHeight = 297;      ///< Height of the whole sheet.
+  float OffsetLeft = 0;         ///< From the paper's left edge to the printable part.
+  float OffsetTop = 0;          ///< From the paper's upper edge to the printable part.
+  float PrintableWidth = 210;   ///< Width of the printable part.
+  float PrintableHeight = 297;  ///< Height of the printable part.
+};
+
+/// The paper sizes that every printer here knows, by their usual numbers.
+enum PaperSizeConst : std::int32_t {
+  KR_PAPER_LETTER = 1,  ///< US Letter, 215.9 x 279.4 mm.
+  KR_PAPER_LEGAL = 5,   ///< US Legal, 215.9 x 355.6 mm.
+  KR_PAPER_A3 = 8,      ///< ISO A3, 297 x 420 mm.
+  KR_PAPER_A4 = 9,      ///< ISO A4, 210 x 297 mm.
+  KR_PAPER_A5 = 11,     ///< ISO A5, 148 x 210 mm.
+  KR_PAPER_B4 = 12,     ///< JIS B4, 257 x 364 mm.
+  KR_PAPER_B5 = 13,     ///< JIS B5, 182 x 257 mm.
+};
+
+/// A printer: `PdfPrinter`, an installed queue, or one that the host implements and installs with
+/// `InstallPrinter`. A document begins with the first NewSheet and ends with EndDocument.
+class KELTRUN2_API Printer {
+ public:
+  virtual ~Printer() = default;
+
+  /// The name by which hosts choose the printer.
+  virtual const std::string& DeviceName() const = 0;
+  /// Chooses the paper by a value of PaperSizeConst; an unknown number leaves it as it is.
+  virtual void SetPaperSize(std::int32_t PaperSize) = 0;
+  /// Turns the paper by a value of TorbelPrintOrientationType: 1 is landscape, anything else
+  /// portrait.
+  virtual void SetOrientation(std::int32_t Orientation) = 0;
+  /// The sheet as paper size and orientation make it.
+  virtual PaperMetrics Metrics() const = 0;
+
+  /// Begins a sheet and gives it, in mm from the upper left corner of the printable part; valid
+  /// until the next call of NewSheet or EndDocument.
+  virtual DrawingSurface& NewSheet() = 0;
+  /// Something to measure texts with, in mm, also outside a document.
+  virtual DrawingSurface& Measure() = 0;
+  /// Prints the sheets. Raises invalid procedure call (5) with the reason when that fails.
+  virtual void EndDocument() = 0;
+};
+
+/// Writes a PDF document; it has no unprintable strips.
+class KELTRUN2_API PdfPrinter : public Printer {
+ public:
+  /// A printer of that name that writes each document to the file (replacing it); with an empty
+  /// path the document is kept in memory.
+  explicit PdfPrinter(std::string Name = "PDF", std::string Path = "");
+  ~PdfPrinter() override;
+
+  /// The name by which hosts choose the printer.
+  const std::string& DeviceName() const override;
+  /// Chooses the paper by a value of PaperSizeConst, A4 at first; an unknown number leaves it as it
+  /// is.
+  void SetPaperSize(std::int32_t PaperSize) override;
+  /// Turns the paper by a value of TorbelPrintOrientationType, portrait at first: 1 is landscape,
+  /// anything else portrait.
+  void SetOrientation(std::int32_t Orientation) override;
+  /// The sheet as paper size and orientation make it; all of it is printable.
+  PaperMetrics Metrics() const override;
+  /// Begins a page and gives it, in mm from its upper left corner; valid until the next call of
+  /// NewSheet or EndDocument.
+  DrawingSurface& NewSheet() override;
+  /// Something to measure texts with, in mm, also outside a document.
+  DrawingSurface& Measure() override;
+  /// Ends the document and writes it to the file, or keeps it for Document. Raises invalid
+  /// procedure call (5) with the reason when that fails.
+  void EndDocument() override;
+
+  /// The last document that was ended, as PDF bytes; empty when it went to a file.
+  const std::string& Document() const;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+/// The printers there are: those that hosts installed, in that order, then the system's queues.
+KELTRUN2_API std::vector<std::string> PrinterNames();
+
+/// The printer of that name, or null. A host's printer is the object it installed, a queue a new
+/// object each time.
+KELTRUN2_API std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
+
+/// Adds a printer for the whole process, under the name that it has now; one of the same name is
+/// replaced. It prints one document at a time: threads that print install one each.
+KELTRUN2_API void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
+
+/// Removes a printer that a host installed; unknown names are ignored.
+KELTRUN2_API void RemovePrinter(std::string_view DeviceName);
+
+}  // namespace keltrun

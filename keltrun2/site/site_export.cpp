@@ -1,0 +1,564 @@
+#include "keltrun2/site/site_export.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <optional>
+#include <set>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/analysis/results_holder.h"
+#include "keltrun2/analysis/segment_data.h"
+#include "keltrun2/base/automation_error.h"
+#include "keltrun2/chart/chart_builder.h"
+#include "keltrun2/chart/chart_object.h"
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/drawing/cairo_picture.h"
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/process_state.h"
+#include "keltrun2/os/clock.h"
+#include "keltrun2/os/files.h"
+#include "keltrun2/report/analysis_page.h"
+#include "keltrun2/report/chart_page.h"
+#include "keltrun2/report/html_parts.h"
+#include "keltrun2/report/index_page.h"
+#include "keltrun2/report/leg_data_page.h"
+#include "keltrun2/report/result_page.h"
+#include "keltrun2/report/viewer_control_page.h"
+#include "keltrun2/report/viewer_page.h"
+#include "keltrun2/site/output_names.h"
+#include "keltrun2/site/skipped_legs_keeper.h"
+#include "keltrun2/text/html.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
+constexpr std::string_view kNewWindow = " target=\"_blank\"";
+constexpr std::int32_t kPictureWidth = 1000;
+constexpr std::int32_t kPictureHeight = 700;
+
+// The pages of a class or course, in the order of their links.
+enum PageKind : std::size_t { kResultPage, kAnalysisPage, kLegDataPage, kChartPage, kPageKinds };
+
+struct PageOptions {
+  std::string SiteOptions::*pattern;
+  bool SiteOptions::*include_course;
+  std::string_view link_text_key;
+};
+constexpr std::array<PageOptions, kPageKinds> kPages = {{
+    {&SiteOptions::ResultFile, &SiteOptions::ResultIncludeCourse, "RES_META_RESULT_LIST"},
+    {&SiteOptions::AnalysisFile, &SiteOptions::AnalysisIncludeCourse, "RES_META_SPLITS_ANALYSIS"},
+    {&SiteOptions::LegDataFile, &SiteOptions::LegDataIncludeCourse, "RES_META_LEG_ANALYSIS"},
+    {&SiteOptions::ChartFile, &SiteOptions::ChartIncludeCourse, "RES_META_CHART"},
+}};
+
+// A class or course of the site.
+struct Entry {
+  ClassAndCourseChoice choice;
+  std::vector<std::shared_ptr<clsClassData>> classes;
+  std::array<std::string, kPageKinds> names;  // of the pages, "" for one that is not asked for
+  PictureNames charts;
+  bool has_results = false;  // somebody has a result, so that there is a result list
+
+  bool IsCourse() const { return choice.ClassIndex == 0; }
+  bool Wants(PageKind kind) const { return !names[kind].empty(); }
+  bool WantsAnalysis() const {
+    return Wants(kAnalysisPage) || Wants(kLegDataPage) || Wants(kChartPage);
+  }
+};
+
+bool HasResults(const std::vector<std::shared_ptr<clsClassData>>& classes) {
+  return std::any_of(classes.begin(), classes.end(), [](const auto& klass) {
+    const auto& runners = ClassDataInternal::Runners(*klass);
+    return std::any_of(runners.begin(), runners.end(),
+                       [](const auto& runner) { return !runner->Result().empty(); });
+  });
+}
+
+Charset SiteCharset(const SiteOptions& options) {
+  if (const auto charset = CharsetFromName(options.Charset)) return *charset;
+  throw AutomationError(KR_ERROR_INVALID_CALL,
+                        std::string(kOperation) + ": unknown charset " + options.Charset);
+}
+
+// The modes to draw, each once.
+std::set<std::int32_t> PicturesOf(std::string_view chart_option) {
+  const auto modes = ChartModes(chart_option);
+  return {modes.begin(), modes.end()};
+}
+
+class SiteExport {
+ public:
+  explicit SiteExport(const SiteOptions& options)
+      : options_(options),
+        charset_(SiteCharset(options)),
+        folder_(WithTrailingSeparator(options.OutputFolder)),
+        chart_modes_(PicturesOf(options.ChartOption)),
+        model_(CurrentModel()) {}
+
+  bool PrepareFolder();
+  void Run(ProgressReport& progress);
+  std::vector<std::string> FileNames();
+
+  // What failed, in the error text; an abort of the whole export comes first.
+  void ReportFailures(std::string_view abort = "") const;
+
+ private:
+  void NameFiles(OutputNames& names);
+  void MakeEntries();
+  void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
+  std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
+
+  void MakeLinksRow();
+  std::string MakeViewerControlPage();
+  std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
+                              std::string_view text_key);
+  std::string MakeViewerPage();
+  std::vector<ViewerPageSet> ViewerSets();
+  void MakeNavigation();
+
+  void ExportEntry(const Entry& entry);
+  void GatherResults(const Entry& entry);
+  void Analyze(const Entry& entry);
+  std::string ExportPage(const Entry& entry, PageKind kind);
+  std::string_view DeclaredCharset(PageKind kind) const;
+  void AppendPage(const Entry& entry, PageKind kind, std::string_view charset);
+  void ExportPictures(const Entry& entry);
+  bool IsDrawn(std::int32_t mode) const;
+  void DrawSiteChart(KrChartModeConst mode);
+  void AddIndexRow(const Entry& entry, const std::string& links);
+  void WriteIndex();
+  std::string ReplacedPiece() const;
+
+  template <typename Step>
+  bool Attempt(std::string_view action, const std::string& name, Step step);
+  bool WritePage(const std::string& name, Charset charset, Sync sync = Sync::kLater);
+  bool WriteBytes(const std::string& name, std::string_view bytes, Sync sync = Sync::kLater);
+  void NoteFailure(const std::string& failure);
+
+  const SiteOptions& options_;
+  const Charset charset_;
+  const std::string folder_;
+  const std::set<std::int32_t> chart_modes_;
+  const std::shared_ptr<EventModel> model_;
+  std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
+  std::vector<Entry> entries_;
+  // Names of the single files, "" for one that is not asked for.
+  std::string index_name_, lap2_name_, lap1_name_, viewer_name_, viewer_control_name_;
+  std::string index_;       // the block of the index page
+  std::string navigation_;  // above every result list
+  const std::shared_ptr<clsAnalyzer> analyzer_ = std::make_shared<clsAnalyzer>();
+  clsResultsHolder results_;
+  std::shared_ptr<CairoPicture> picture_;  // made for the first chart and kept, as is the chart
+  std::shared_ptr<clsChartObject> chart_;
+  std::string page_;   // the page in the making, its memory kept from page to page
+  std::string bytes_;  // the page in the bytes of its charset, likewise
+  std::vector<std::string> failures_;
+  bool folder_failed_ = false;  // nothing can be written; one failure says so
+};
+
+// A missing folder is created only with the user's consent.
+bool SiteExport::PrepareFolder() {
+  if (FolderExists(folder_)) return true;
+  const bool yes =
+      CurrentHostWindows()->AskYesNo(ResourceText("RES_MESSAGE_CREATE_FOLDER_CONFIRM", true),
+                                     ResourceText("RES_WINDOW_FILE_EXPORT"));
+  if (!yes) {
+    SetErrorText(FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation,
+                             "the folder " + folder_ + " does not exist and was not created"));
+    return false;
+  }
+  std::string error;
+  folder_failed_ = !CreateFolder(folder_, error);
+  if (folder_failed_) failures_.push_back(error);
+  return true;
+}
+
+void SiteExport::Run(ProgressReport& progress) {
+  const SkippedLegsKeeper keeper(*model_);
+  MakeEntries();
+  AppendIndexHead(index_, *model_->Event, options_.OfficialSite);
+  MakeLinksRow();
+  MakeNavigation();
+  std::int64_t done = 0;
+  for (const Entry& entry : entries_) {
+    ExportEntry(entry);
+    progress.Advance(++done, static_cast<std::int64_t>(entries_.size()));
+  }
+  AppendIndexFoot(index_, Now());
+  // The index may hold blocks of other events, and it must not link pages that a loss of power
+  // took.
+  std::string error;
+  if (!SyncFileSystem(folder_, error)) NoteFailure(error);
+  WriteIndex();
+  ReportFailures();
+}
+
+std::vector<std::string> SiteExport::FileNames() {
+  MakeEntries();
+  std::vector<std::string> names = {index_name_, lap2_name_, lap1_name_, viewer_name_,
+                                    viewer_control_name_};
+  for (const Entry& entry : entries_) {
+    names.insert(names.end(), entry.names.begin(), entry.names.end());
+    if (!entry.Wants(kChartPage)) continue;
+    for (const std::int32_t mode : chart_modes_) names.push_back(entry.charts.Picture(mode));
+  }
+  std::erase(names, "");
+  for (std::string& name : names) name.insert(0, folder_);
+  return names;
+}
+
+// Equal names are numbered, those of classes and courses as well as these.
+void SiteExport::NameFiles(OutputNames& names) {
+  const auto assign = [&](const std::string& name) {
+    return name.empty() ? "" : names.Assign(OutputNames::Safe(name), "");
+  };
+  index_name_ = assign(options_.IndexFile);
+  if (!options_.LinkStyleFile.empty()) names.Reserve(OutputNames::Safe(options_.LinkStyleFile));
+  lap2_name_ = assign(options_.Lap2File);
+  lap1_name_ = assign(options_.Lap1File);
+  viewer_name_ = assign(options_.ViewerFile);
+  viewer_control_name_ = assign(options_.ActiveXFile);
+}
+
+void SiteExport::MakeEntries() {
+  for (const auto& klass : model_->Classes()) {
+    classes_of_course_[klass->CourseNum].push_back(klass);
+  }
+  OutputNames names;
+  NameFiles(names);
+  const bool with_courses = std::any_of(kPages.begin(), kPages.end(), [this](const auto& page) {
+    return options_.*page.include_course;
+  });
+  for (ClassAndCourseChoice& choice : model_->Choices()) {
+    if (choice.ClassIndex == 0 && !with_courses) break;
+    Entry entry;
+    entry.classes = ClassesOf(choice);
+    entry.has_results = HasResults(entry.classes);
+    entry.choice = std::move(choice);
+    NamePages(entry, entry.choice.FileName, names);
+    entries_.push_back(std::move(entry));
+  }
+}
+
+void SiteExport::NamePages(Entry& entry, std::string file_name, OutputNames& names) const {
+  if (file_name.empty()) file_name = "class" + std::to_string(entries_.size() + 1);
+  for (std::size_t kind = 0; kind < kPageKinds; ++kind) {
+    if (entry.IsCourse() && !(options_.*kPages[kind].include_course)) continue;
+    const std::string& pattern = options_.*kPages[kind].pattern;
+    if (kind == kChartPage) {
+      entry.charts = names.AssignWithPictures(pattern, file_name);
+      entry.names[kind] = entry.charts.Page;
+    } else {
+      entry.names[kind] = names.Assign(pattern, file_name);
+    }
+  }
+}
+
+// The class of an entry, or all classes of its course.
+std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
+    const ClassAndCourseChoice& choice) const {
+  if (choice.ClassIndex != 0) return {model_->ClassAt(choice.ClassIndex)};
+  if (choice.CourseNum <= 0) return {};  // no course that a data set can be made of
+  return classes_of_course_.at(choice.CourseNum);
+}
+
+// The copies are made before anything is analysed.
+void SiteExport::MakeLinksRow() {
+  std::string links;
+  Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
+  Attempt("write", lap1_name_, [&] {
+    links += MakeLapFileCopy(lap1_name_, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA");
+  });
+  Attempt("write", lap2_name_, [&] {
+    links += MakeLapFileCopy(lap2_name_, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
+  });
+  Attempt("write", options_.ViewerFile, [&] { links += MakeViewerPage(); });
+  if (!links.empty()) AppendIndexLinksRow(index_, links);
+}
+
+std::string LinkInBrackets(const std::string& name, std::string_view attributes,
+                           std::string_view text_key) {
+  return "&nbsp;[" + IndexLink(name, attributes, ResourceText(text_key)) + "]";
+}
+
+std::string SiteExport::MakeViewerControlPage() {
+  const std::string& address = options_.ActiveXAddress;
+  if (!IsJapaneseMode() || options_.ActiveXFile.empty() || address.empty()) return "";
+  const std::string& name = viewer_control_name_;
+  page_.clear();
+  // Browsers guess Shift-JIS for a page of ours without a charset, but not UTF-8.
+  AppendViewerControlPage(page_, address, charset_ == Charset::kShiftJis ? "" : options_.Charset);
+  if (!WritePage(name, charset_)) return "";
+  return LinkInBrackets(name, " target = \"_blank\"", "RES_META_ACTIVE_X_PAGE_LINK");
+}
+
+std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
+                                        std::string_view text_key) {
+  if (name.empty()) return "";
+  SetErrorText("");
+  const bool saved = SaveLapFile(*model_, folder_ + name, type, KR_SAVEMODE_NORMAL, Sync::kLater);
+  if (!saved || !ErrorText().empty()) {  // an archive that failed answers true with a text
+    NoteFailure(ErrorText());
+    return "";
+  }
+  return LinkInBrackets(name, "", text_key);
+}
+
+std::string SiteExport::MakeViewerPage() {
+  if (options_.ViewerFile.empty()) return "";
+  const std::string& name = viewer_name_;
+  page_.clear();
+  AppendViewerPage(page_, *model_, ViewerSets());
+  if (!WritePage(name, Charset::kUtf8)) return "";
+  return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
+}
+
+// Everything there is to look at: classes, courses and the segment sets that were made.
+std::vector<ViewerPageSet> SiteExport::ViewerSets() {
+  std::vector<ViewerPageSet> sets;
+  const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
+    analyzer->Execute();
+    if (analyzer->Count() == 0) return;
+    analyzer->ExtraAnalyze();
+    analyzer->Vesmer();
+    sets.push_back({analyzer, kind});
+  };
+  for (const ClassAndCourseChoice& choice : model_->Choices()) {
+    Attempt("show", choice.ValueName, [&] {
+      const auto analyzer = std::make_shared<clsAnalyzer>();
+      DataSetInternal::AddClasses(*analyzer, ClassesOf(choice));
+      add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
+    });
+  }
+  for (const auto& segment : model_->Segments) {
+    Attempt("show", segment->SegmentName,
+            [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
+  }
+  return sets;
+}
+
+void SiteExport::MakeNavigation() {
+  if (options_.ResultFile.empty()) return;
+  bool course_seen = false;
+  for (const Entry& entry : entries_) {
+    if (entry.IsCourse() && !options_.ResultIncludeCourse) break;
+    if (entry.IsCourse() && !std::exchange(course_seen, true)) navigation_ += "&nbsp;&nbsp;";
+    if (!entry.has_results) continue;
+    navigation_ += IndexLink(entry.names[kResultPage], "", entry.choice.ValueName) + " ";
+  }
+  navigation_ += "<hr>\r\n";
+}
+
+void SiteExport::ExportEntry(const Entry& entry) {
+  results_.Clear();
+  analyzer_->Clear();
+  const std::string& name = entry.choice.ValueName;
+  std::string links;
+  if (Attempt("list", name, [&] { GatherResults(entry); })) links += ExportPage(entry, kResultPage);
+  if (Attempt("analyse", name, [&] { Analyze(entry); })) {
+    for (const PageKind kind : {kAnalysisPage, kLegDataPage, kChartPage}) {
+      links += ExportPage(entry, kind);
+    }
+    if (entry.Wants(kChartPage)) ExportPictures(entry);
+  }
+  if (!links.empty()) AddIndexRow(entry, links);
+}
+
+// What cannot be made (of a class with more controls than the analysis holds, say) is a page less,
+// and the export goes on.
+template <typename Step>
+bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
+  try {
+    step();
+    return true;
+  } catch (const std::exception& error) {
+    NoteFailure("cannot " + std::string(action) + " " + name + ": " + error.what());
+    return false;
+  }
+}
+
+void SiteExport::GatherResults(const Entry& entry) {
+  if (!entry.Wants(kResultPage)) return;
+  DataSetInternal::AddClasses(results_, entry.classes);
+  results_.CalcRank();
+}
+
+void SiteExport::Analyze(const Entry& entry) {
+  const bool any_file = !options_.AnalysisFile.empty() || !options_.LegDataFile.empty() ||
+                        !options_.ChartFile.empty();
+  if (!any_file) return;
+  DataSetInternal::AddClasses(*analyzer_, entry.classes);  // the index shows its length and climb
+  if (!entry.WantsAnalysis()) return;
+  analyzer_->Execute();
+  if (entry.Wants(kLegDataPage) || entry.Wants(kChartPage)) analyzer_->ExtraAnalyze();
+  if (entry.Wants(kChartPage) && IsDrawn(KR_CHART_VESMER)) analyzer_->Vesmer();
+}
+
+// Writes the page, if it is wanted and has somebody to show, and returns the link to it.
+std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
+  const std::string& name = entry.names[kind];
+  const std::int32_t count = kind == kResultPage ? results_.Count() : analyzer_->Count();
+  if (name.empty() || count == 0) return "";
+  const std::string_view charset = DeclaredCharset(kind);
+  bool written = false;
+  Attempt("write", name, [&] {
+    page_.clear();
+    AppendPage(entry, kind, charset);
+    written = WritePage(name, CharsetFromName(charset).value_or(charset_));
+  });
+  if (!written) return "";
+  return "&nbsp;" + IndexLink(name, kNewWindow, ResourceText(kPages[kind].link_text_key));
+}
+
+std::string_view SiteExport::DeclaredCharset(PageKind kind) const {
+  const bool by_language = kind == kLegDataPage && charset_ == Charset::kShiftJis;
+  return by_language ? LegDataCharset(options_.Charset) : options_.Charset;
+}
+
+void SiteExport::AppendPage(const Entry& entry, PageKind kind, std::string_view charset) {
+  const std::string& style = options_.LinkStyleFile;
+  if (kind == kResultPage) {
+    AppendResultPage(page_, results_, navigation_, style, charset);
+  } else if (kind == kAnalysisPage) {
+    AppendAnalysisPage(page_, *model_, *analyzer_, style, charset);
+  } else if (kind == kLegDataPage) {
+    AppendLegDataPage(page_, *model_, *analyzer_, style, charset);
+  } else {
+    AppendChartPage(page_, *model_, *analyzer_, entry.charts.Address(), options_.ChartOption,
+                    charset);
+  }
+}
+
+void SiteExport::ExportPictures(const Entry& entry) {
+  if (analyzer_->Count() == 0) return;
+  for (const std::int32_t mode : chart_modes_) {
+    if (!IsDrawn(mode)) continue;
+    const std::string name = entry.charts.Picture(mode);
+    Attempt("draw", folder_ + name, [&] {
+      DrawSiteChart(static_cast<KrChartModeConst>(mode));
+      WriteBytes(name, picture_->Encode());
+    });
+  }
+}
+
+// Whether a chart mode is asked for and has something to show of the analyzed set.
+bool SiteExport::IsDrawn(std::int32_t mode) const {
+  if (!chart_modes_.contains(mode)) return false;
+  if (mode == KR_CHART_REALTIME) return HasStartTimes(*analyzer_);
+  return mode != KR_CHART_VESMER || HasMap(*analyzer_);
+}
+
+// The whole chart, as large as the picture.
+void SiteExport::DrawSiteChart(KrChartModeConst mode) {
+  if (!picture_) {
+    picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
+    chart_ = std::make_shared<clsChartObject>();
+    chart_->SetPictureObject(picture_);
+  }
+  BuildChart(analyzer_, *chart_, mode, ChartRatioToFit(*analyzer_, *chart_, mode), 1, 0, 0);
+  chart_->DrawChart();
+}
+
+// The winner is the first of the result list, or without one of the analysis.
+void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
+  const std::string class_info = analyzer_->ClassInfo();
+  std::string name;
+  std::string result;
+  if (const auto winner = results_.Item(1)) {
+    name = winner->RunnerName;
+    result = winner->Result();
+  } else if (const auto first = analyzer_->Item(1)) {
+    name = first->RunnerName();
+    result = first->Result();
+  }
+  AppendIndexRow(index_, {entry.choice.ValueName, links, class_info, name, result});
+}
+
+bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes, Sync sync) {
+  std::string error;
+  if (WriteFile(folder_ + name, bytes, error, sync)) return true;
+  NoteFailure(error);
+  return false;
+}
+
+// When the folder takes no files at all, one failure says so in place of one a file.
+void SiteExport::NoteFailure(const std::string& failure) {
+  if (folder_failed_) return;
+  std::string error;
+  folder_failed_ = !CanMakeFiles(folder_, error);
+  failures_.push_back(folder_failed_ ? error : failure);
+}
+
+// Writes the page in the making.
+bool SiteExport::WritePage(const std::string& name, Charset charset, Sync sync) {
+  page_ += kCrLf;
+  bytes_.clear();
+  bytes_.reserve(page_.size());
+  AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
+  return WriteBytes(name, bytes_, sync);
+}
+
+// The HTML by which an index knows the block of the same files.
+std::string SiteExport::ReplacedPiece() const {
+  const std::string& copy = lap2_name_.empty() ? lap1_name_ : lap2_name_;
+  if (!options_.IndexReplaceBlock || copy.empty()) return "";
+  return "<a href=\"" + PercentEncode(copy) + "\"";
+}
+
+void SiteExport::WriteIndex() {
+  if (index_name_.empty() || folder_failed_) return;
+  if (!options_.IndexFileAddMode || !FileExists(folder_ + index_name_)) {
+    page_ = IndexPage(index_, options_.LinkStyleFile, options_.Charset);
+    WritePage(index_name_, charset_, Sync::kNow);
+    return;
+  }
+  std::string error;
+  const std::optional<std::string> existing = ReadFile(folder_ + index_name_, error);
+  if (!existing) {
+    NoteFailure(error);
+  } else if (const auto page = IndexWithBlock(*existing, index_, charset_, ReplacedPiece())) {
+    WriteBytes(index_name_, *page, Sync::kNow);
+  } else {
+    NoteFailure("cannot add to " + folder_ + index_name_ + ": it is in UTF-16");
+  }
+}
+
+void SiteExport::ReportFailures(std::string_view abort) const {
+  std::string list(abort);
+  for (const std::string& failure : failures_) {
+    if (!list.empty()) list += kCrLf;
+    list += failure;
+  }
+  SetErrorText(list.empty() ? "" : FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation, list));
+}
+
+}  // namespace
+
+std::vector<std::string> SiteFiles(const SiteOptions& options) {
+  return SiteExport(options).FileNames();
+}
+
+bool ExportSite(const SiteOptions& options, const StartProgress& start_progress) {
+  SiteExport site(options);
+  SetErrorText("");
+  if (!site.PrepareFolder()) return false;
+  try {
+    const auto progress = start_progress();
+    site.Run(*progress);
+    progress->Close();
+  } catch (const ProgressHandlerError& error) {
+    site.ReportFailures("a handler of Progress ended the export");
+    std::rethrow_exception(error.Cause);
+  }
+  return true;
+}
+
+}  // namespace keltrun
