@@ -14,8 +14,32 @@ fi
 build=$home/build/user
 log=$home/build/user.log
 mkdir -p "$home/build"
-[ -x "$build/bin/keltrun2" ] || echo "building, this once" >&2
-if ! (cd "$home" && cmake --preset user $with_python && cmake --build --preset user) >"$log" 2>&1; then
+
+# Shows how far a build is on standard error: in one line of a terminal, else at every tenth.
+show_progress() {
+  shown=
+  while IFS= read -r line; do
+    case $line in "["[0-9]*/[0-9]*"] "*) ;; *) continue ;; esac
+    step=${line#"["} total=${line#*/}
+    percent=$((${step%%/*} * 100 / ${total%%]*}))
+    if [ -t 2 ]; then
+      printf '\rbuilding: %3d %%' "$percent" >&2
+      shown=yes
+    elif [ "$((percent / 10))" != "$shown" ]; then
+      shown=$((percent / 10))
+      echo "building: $percent %" >&2
+    fi
+  done
+  [ ! -t 2 ] || [ -z "$shown" ] || echo >&2
+}
+
+if ! (cd "$home" && cmake --preset user $with_python) >"$log" 2>&1; then
+  cat "$log" >&2
+  exit 1
+fi
+{ (cd "$home" && cmake --build --preset user) 2>&1 && echo "built" || echo "failed"; } |
+  tee -a "$log" | show_progress
+if [ "$(tail -n 1 "$log")" != built ]; then
   cat "$log" >&2
   exit 1
 fi

@@ -16,10 +16,11 @@ def find_browser():
 
 
 def wait_until(condition):
-    for _ in range(1200):  # a minute
+    end = time.monotonic() + 60
+    while time.monotonic() < end:
         if condition():
             return
-        time.sleep(0.05)
+        time.sleep(0.02)
     raise RuntimeError("waited in vain")
 
 
@@ -28,6 +29,7 @@ class Page:
 
     def __init__(self):
         self.faults, self.last_id, self.session, self.folder = [], 0, {}, tempfile.mkdtemp()
+        self.page, self.loaded = "about:blank", False
         command_end, self.commands = os.pipe()
         answers, answer_end = os.pipe()
         self.process = subprocess.Popen(  # it reads from descriptor 3 and writes to 4
@@ -56,16 +58,24 @@ class Page:
         while b"\0" not in self.unread:
             self.unread += self.answers.read1(1 << 16) or sys.exit("the browser is gone")
         message, self.unread = self.unread.split(b"\0", 1)
-        return json.loads(message)
+        message = json.loads(message)
+        if "method" in message:
+            self._note(message)
+        return message
+
+    def _note(self, event):
+        """Keeps what an event says."""
+        self.loaded = self.loaded or event["method"] == "Page.loadEventFired"
+        url = event["params"].get("request", {}).get("url", "file:")
+        if event["method"] in FAULTS or not url.startswith(("file:", "data:", "about:")):
+            self.faults.append(json.dumps(event)[:400])
 
     def call(self, method, **parameters):
         self.last_id += 1
         command = {"id": self.last_id, "method": method, "params": parameters, **self.session}
         os.write(self.commands, json.dumps(command).encode() + b"\0")
         while (message := self._receive()).get("id") != self.last_id:
-            url = message["params"].get("request", {}).get("url", "file:")
-            if message["method"] in FAULTS or not url.startswith(("file:", "data:", "about:")):
-                self.faults.append(json.dumps(message)[:400])
+            pass
         if "error" in message:
             raise RuntimeError(f"{method}: {message['error']}")
         return message["result"]
@@ -77,10 +87,19 @@ class Page:
             raise RuntimeError(f"{script}: {answer['exceptionDetails']}")
         return answer["result"].get("value")
 
+    def _load(self, url):
+        self.loaded = False
+        self.call("Page.navigate", url=url)
+        while not self.loaded:
+            self._receive()
+
     def open(self, url, ready="document.body?.dataset.ready"):
-        """Goes to an address and waits for a condition; the viewer page says itself when it is ready."""
-        for address in ("about:blank", url):
-            self.call("Page.navigate", url=address)
+        """Loads an address and waits for a condition; the viewer page says itself when it is ready."""
+        page = url.split("#")[0]
+        if page == self.page:  # another fragment alone would load nothing
+            self._load("about:blank")
+        self.page = page
+        self._load(url)
         wait_until(lambda: self.run(ready))
 
     def resize(self, width, height):
