@@ -12,10 +12,12 @@
         runner = analyzer.Item(i)
         print(runner.Rank, runner.Result, runner.RunnerName)
 
-Names are those of the object model. What takes no argument is a property, what takes an index is a
-method, with SetX to write. A null pointer of C++ is None. Times are days as float, a second is
-1/86400; to_timedelta, from_timedelta, to_datetime and from_datetime turn them into Python's own. merge
-adds a second file. Threads may work side by side, each with a root of its own.
+Names are those of the object model. A member that returns a value and takes no argument is a
+property. A member that does something is a method, such as Execute(), MakeSegmentSet() and Clear(),
+and so is a member with an index, which has a SetX to write. A null pointer of C++ is None. Times are
+days as float, and a second is 1/86400; to_timedelta, from_timedelta, to_datetime and from_datetime
+convert them to and from Python's own types. merge adds a second file. Threads may work in parallel,
+each with a root of its own.
 """
 import datetime as _datetime
 
