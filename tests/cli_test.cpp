@@ -377,7 +377,8 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   }
   EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50A.html") &&
               Has(index(), "club_lap_u7537u5b50A.html"));
-  Output("site " + kMidorigaoka + " bare --no-official-site");
+  EXPECT_EQ(Run("keltrun2 site " + kMidorigaoka + " bare").code, 1) << "another event is there";
+  Output("site " + kMidorigaoka + " bare --no-official-site --force");
   EXPECT_TRUE(CountOf("KELTRUN START", index()) == 1 && !Has(index(), "www.example.org"));
 
   fs::create_directories(folder_ / "blocked/lap_m21a.html");
@@ -405,6 +406,12 @@ TEST_F(Cli, SiteKeepsItsInput) {
   EXPECT_EQ(Contents(folder_ / "event.lxm"), kTwoClasses);
 }
 
+// An event in an index.
+string Block(const string& lap_file) {
+  return "<!-- ### KELTRUN START ### -->\n<a href=\"" + lap_file +
+         ".lxm\">data</a>\n<!-- ### KELTRUN FINISH ### -->\n";
+}
+
 TEST_F(Cli, SiteKeepsForeignPages) {
   const struct {
     string index, style, options;
@@ -414,7 +421,10 @@ TEST_F(Cli, SiteKeepsForeignPages) {
       {"<p>club</p>\n", "", "", 1, "index.html"},
       {"<p>club</p>\n", "", "--add", 0, ""},
       {"<p>club</p>\n", "", "--force", 0, ""},
-      {"<p>\n<!-- ### KELTRUN START ### -->\n", "", "", 0, ""},
+      {"<p>club</p>\n" + Block("event"), "", "", 1, "index.html"},
+      {"<p>club</p>\n" + Block("event"), "", "--add", 0, ""},
+      {"<html><body>\n" + Block("event") + Block("a_event") + "</body>", "", "", 1, "index.html"},
+      {"<html><body>\n" + Block("event") + "\n</body></html>", "", "", 0, ""},
       {"", "p{}\n", "", 1, "style.css"},
       {"", "p{}\n", "--style none", 0, ""},
       {"", "p{}\n", "--style my.css", 0, ""},

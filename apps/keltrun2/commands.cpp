@@ -1,10 +1,12 @@
 #include "apps/keltrun2/commands.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +26,9 @@ namespace {
 constexpr char kIndexFile[] = "index.html";
 constexpr char kStyleFile[] = "style.css";
 constexpr char kNoStyle[] = "none";
-constexpr std::string_view kIndexMarker = "<!-- ### KELTRUN START ### -->";  // begins each event
+// Around the block of each event in an index.
+constexpr std::string_view kIndexStart = "<!-- ### KELTRUN START ### -->";
+constexpr std::string_view kIndexFinish = "<!-- ### KELTRUN FINISH ### -->";
 constexpr char kPageEncoding[] = "utf-8";  // the host has texts in UTF-8 and writes them so
 
 // The folder with "/" only, as the library reads it, and at the end of it.
@@ -35,14 +39,42 @@ std::string SiteFolder(std::string folder) {
   return folder;
 }
 
-bool HasLine(std::string_view text, std::string_view wanted) {
-  while (!text.empty()) {
-    const std::size_t end = text.find_first_of("\r\n");
-    if (text.substr(0, end) == wanted) return true;
-    if (end == std::string_view::npos) return false;
-    text.remove_prefix(end + 1);
+// An address as the index writes it.
+std::string Address(std::string_view name) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string address;
+  for (const char c : name) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (std::isalnum(byte) != 0 || std::string_view("-._~").find(c) != std::string_view::npos) {
+      address += c;
+    } else {
+      address.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
+    }
   }
-  return false;
+  return address;
+}
+
+// The page without its blocks of events; nullopt when a block is cut, or leads to another copy of a
+// lap file than the one of this name.
+std::optional<std::string> WithoutBlocks(std::string page, const std::string& lap_file) {
+  const std::string link = "href=\"" + Address(lap_file) + "\"";
+  for (std::size_t begin = 0; (begin = page.find(kIndexStart)) != std::string::npos;) {
+    const std::size_t finish = page.find(kIndexFinish, begin);
+    if (finish == std::string::npos) return std::nullopt;
+    const std::size_t link_at = page.find(link, begin);
+    if (link_at == std::string::npos || link_at > finish) return std::nullopt;
+    page.erase(begin, finish + kIndexFinish.size() - begin);
+  }
+  return page;
+}
+
+bool HasEmptyBody(std::string_view page) {
+  const std::size_t body = page.find("<body");
+  const std::size_t begin = page.find('>', body);
+  const std::size_t end = page.find("</body>", begin);
+  if (body == std::string_view::npos || end == std::string_view::npos) return false;
+  return page.substr(begin + 1, end - begin - 1).find_first_not_of(" \t\r\n") ==
+         std::string_view::npos;
 }
 
 std::string_view FirstLine(std::string_view text) {
@@ -54,12 +86,16 @@ std::string_view FirstLine(std::string_view text) {
       file + " was not made by this program and would be lost: choose another folder, " + advice);
 }
 
-// An index of ours, or nobody's, may be replaced.
-void CheckIndex(const std::string& file, const Options& options) {
+// An index that holds this event and nothing else may be replaced.
+void CheckIndex(const std::string& file, const Options& options, const std::string& lap_file) {
   std::error_code none;
   if (options.add || options.force || !std::filesystem::exists(file, none)) return;
-  if (HasLine(ReadInput(file), kIndexMarker)) return;
-  RefuseForeign(file, "put the event in front with --add, or replace the page with --force");
+  const std::string page = ReadInput(file);
+  const auto frame = WithoutBlocks(page, lap_file);
+  if (frame && frame->size() < page.size() && HasEmptyBody(*frame)) return;
+  throw CommandError(file +
+                     " holds more than this event, and that would be lost: choose another folder, "
+                     "put the event in front with --add, or replace the page with --force");
 }
 
 // Whether the style sheet is to be written. --add keeps what is there as it keeps the index.
@@ -231,7 +267,7 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   const SiteOptions site = Site(options, folder, styled);
   if (!options.charts.empty()) WarnWithoutJapaneseFont(options);
   MakeFolder(folder);
-  CheckIndex(folder + kIndexFile, options);
+  CheckIndex(folder + kIndexFile, options, site.Lap2File);
   const std::string style_file = folder + kStyleFile;
   const bool writes_style = styled && ReplacesStyle(style_file, style, options);
   auto outputs = root.FileControl()->SiteFiles(site);

@@ -18,11 +18,17 @@ bool TryLock(int handle) {
   return true;
 }
 
+// Opened without waiting, so that a pipe of that name cannot hold the caller up.
+int OpenToLock(const std::string& name) {
+  const int folder = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder >= 0) return folder;
+  return open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
+}
+
 }  // namespace
 
-// Opened without waiting, so that a pipe of that name cannot hold the caller up.
 FileLock::FileLock(const std::string& name, const Patience& patience)
-    : handle_(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600)) {
+    : handle_(OpenToLock(name)) {
   if (handle_ < 0) return;
   for (int tries = 1; !(is_held_ = TryLock(handle_)) && tries < patience.Tries; ++tries) {
     Pause(patience.Pause);

@@ -5,8 +5,9 @@
 
 namespace keltrun {
 
-/// Holds the lock of a lock file until it goes out of scope. The file is created when missing and
-/// stays: removing it would let two processes hold locks on two files of one name. Threads of one
+/// Holds the lock of a lock file, or of an existing folder, until it goes out of scope. A file is
+/// created when missing and stays: removing it would let two processes hold locks on two files of
+/// one name. Threads of one
 /// process exclude each other too. Where the file system knows no locks, it is granted.
 class [[nodiscard]] FileLock {
  public:

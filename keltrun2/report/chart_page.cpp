@@ -4,7 +4,9 @@
 #include <array>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/config/settings.h"
 #include "keltrun2/report/html_parts.h"
+#include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"
 
@@ -34,9 +36,12 @@ void MakePicture(std::string& out, std::int32_t mode, std::string_view chart_nam
 void MakeMapNote(std::string& out, const clsAnalyzer& analyzer) {
   const std::int32_t finishers = analyzer.FinisherCount();
   if (finishers <= kMostOnMap) return;
-  out.append("<h3>◎ ミスの地図</h3>完走者が").append(std::to_string(finishers));
-  out.append("人いるため、地図はありません（").append(std::to_string(kMostOnMap));
-  out += "人まで）。<br><hr>";
+  std::string note = ResourceText("RES_MESSAGE_NO_MAP");
+  note = CclsSplit("%1", note).Expression(std::to_string(finishers));
+  note = CclsSplit("%2", note).Expression(std::to_string(kMostOnMap));
+  out += "<h3>◎ ミスの地図</h3>";
+  AppendEscaped(out, note);
+  out += "<br><hr>";
 }
 
 }  // namespace

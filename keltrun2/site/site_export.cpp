@@ -23,6 +23,7 @@
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/os/clock.h"
+#include "keltrun2/os/file_lock.h"
 #include "keltrun2/os/files.h"
 #include "keltrun2/report/analysis_page.h"
 #include "keltrun2/report/chart_page.h"
@@ -41,6 +42,7 @@ namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
 constexpr std::string_view kNewWindow = " target=\"_blank\"";
+constexpr std::int32_t kMostSegmentsOfViewer = 1000;
 constexpr std::int32_t kPictureWidth = 1000;
 constexpr std::int32_t kPictureHeight = 700;
 
@@ -321,7 +323,8 @@ std::string SiteExport::MakeViewerPage() {
   return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
 }
 
-// Everything there is to look at: classes, courses and the segment sets that were made.
+// Everything there is to look at: classes, courses and the segment sets that were made. Thousands
+// of them would make a page that no browser opens.
 std::vector<ViewerPageSet> SiteExport::ViewerSets() {
   std::vector<ViewerPageSet> sets;
   const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
@@ -338,7 +341,9 @@ std::vector<ViewerPageSet> SiteExport::ViewerSets() {
       add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
     });
   }
+  std::int32_t segments = 0;
   for (const auto& segment : model_->Segments) {
+    if (++segments > kMostSegmentsOfViewer) break;
     Attempt("show", segment->SegmentName,
             [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
   }
@@ -513,8 +518,11 @@ std::string SiteExport::ReplacedPiece() const {
   return "<a href=\"" + PercentEncode(copy) + "\"";
 }
 
+// Another program may add its event to the same index at this moment; both blocks have to stay. A
+// lock that somebody keeps for longer than the writing of an index takes is not waited for.
 void SiteExport::WriteIndex() {
   if (index_name_.empty() || folder_failed_) return;
+  const FileLock lock(folder_, {.Tries = 500, .Pause = 0.01});
   if (!options_.IndexFileAddMode || !FileExists(folder_ + index_name_)) {
     page_ = IndexPage(index_, options_.LinkStyleFile, options_.Charset);
     WritePage(index_name_, charset_, Sync::kNow);
