@@ -1,4 +1,4 @@
-// The errors that the component raises to its host.
+// The errors that the component raises to its host, and the checks that raise the commonest ones.
 #pragma once
 
 #include <cstdint>
@@ -9,18 +9,18 @@
 
 namespace keltrun {
 
-/// Error numbers, those of the platform's automation errors.
+/// Error numbers, the same as those of the platform's automation errors.
 enum AutomationErrorConst : std::int32_t {
-  KR_ERROR_INVALID_CALL = 5,            ///< An argument or a moment that the call does not allow.
+  KR_ERROR_INVALID_CALL = 5,            ///< The call is not allowed with this argument or now.
   KR_ERROR_SUBSCRIPT_OUT_OF_RANGE = 9,  ///< An index outside the range of its array or list.
-  KR_ERROR_OBJECT_NOT_SET = 91,         ///< A required object that is null.
-  KR_ERROR_DUPLICATE_KEY = 457,         ///< A name that another entry has already.
+  KR_ERROR_OBJECT_NOT_SET = 91,         ///< A required object is null.
+  KR_ERROR_DUPLICATE_KEY = 457,         ///< A name that another entry already has.
 };
 
-/// An error raised to the host. What raises it has changed nothing.
+/// An error raised to the host. The call that raises it has changed nothing.
 class KELTRUN2_API AutomationError : public std::runtime_error {
  public:
-  /// An error of that number with the text that what() gives.
+  /// Creates an error with a number and the text that what() returns.
   AutomationError(std::int32_t number, const std::string& text)
       : std::runtime_error(text), number_(number) {}
   /// The number of the error, one of AutomationErrorConst.
@@ -30,7 +30,7 @@ class KELTRUN2_API AutomationError : public std::runtime_error {
   std::int32_t number_;
 };
 
-/// Raises error 9 unless first <= index <= last; `object` names what is indexed, as in
+/// Raises error 9 unless first <= index <= last. `object` names what is indexed, for example
 /// "clsLapData.Lap".
 inline void CheckIndex(std::int32_t index, std::int32_t first, std::int32_t last,
                        const char* object) {
@@ -40,7 +40,8 @@ inline void CheckIndex(std::int32_t index, std::int32_t first, std::int32_t last
                             std::to_string(first) + " to " + std::to_string(last));
 }
 
-/// Raises error 91 when `pointer` is null; `argument` names it, as in "clsAnalyzer.AddLap".
+/// Raises error 91 if `pointer` is null. `argument` names the call, for example
+/// "clsAnalyzer.AddLap".
 template <typename Pointer>
 void CheckObject(const Pointer& pointer, const char* argument) {
   if (pointer) return;

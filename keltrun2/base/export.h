@@ -1,5 +1,5 @@
-// What the shared library shows to hosts: the public classes and functions. It hides the rest.
+// The mark of public classes and functions. The shared library hides everything without it.
 #pragma once
 
-/// Marks a class or function that the shared library shows to hosts.
+/// Marks a class or function that the shared library exports to hosts.
 #define KELTRUN2_API [[gnu::visibility("default")]]

@@ -12,7 +12,7 @@
 namespace keltrun {
 namespace {
 
-// An iconv descriptor, kept open for the life of its thread.
+// An iconv descriptor. Every instance is thread_local: a descriptor must not be shared by threads.
 class Converter {
  public:
   Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
@@ -25,7 +25,7 @@ class Converter {
   // NOLINTNEXTLINE(performance-no-int-to-ptr): the failure value of iconv_open
   bool ok() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
-  // Converts as far as the input is valid; returns false where it stopped before the end.
+  // Converts as far as the input is valid; false if it stopped before the end.
   bool Run(const char*& in, std::size_t& in_left, char*& out, std::size_t& out_left) {
     if (!ok()) return false;
     char* source = const_cast<char*>(in);  // iconv's signature; the bytes are not written
@@ -40,8 +40,9 @@ class Converter {
 
 constexpr std::uint16_t kNoCode = 0xFFFF;
 
-// Shift-JIS codes of the characters up to U+FFFF, filled 256 characters at a time when first asked.
-// All threads read it: a page that is there never changes and stays for the life of the process.
+// The Shift-JIS codes of the characters up to U+FFFF, in pages of 256 characters that are made when
+// they are first needed. All threads share the pages: once made, a page never changes and is never
+// freed.
 class ShiftJisTable {
  public:
   // The code (one byte below 256, two bytes above), or kNoCode.
@@ -57,7 +58,7 @@ class ShiftJisTable {
  private:
   using Page = std::array<std::uint16_t, 256>;
 
-  // Where two threads make the same page, the first one counts.
+  // If two threads make the same page at once, the first one stored is used.
   static const Page* MakePage(std::atomic<const Page*>& place, char32_t first) {
     thread_local Converter converter("CP932", "UTF-8");
     auto page = std::make_unique<Page>();
@@ -89,7 +90,7 @@ ShiftJisTable& Table() {
   return table;
 }
 
-// Windows-1252 0x80 to 0x9F; 0 where the code is not assigned.
+// The characters of Windows-1252 from 0x80 to 0x9F; 0 for unassigned codes.
 constexpr std::array<char16_t, 32> kWindows1252 = {
     0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -111,7 +112,8 @@ void AppendMissing(std::string& out, char32_t c, MissingCharacter missing) {
 }
 
 void AppendCode(std::string& out, char32_t c, std::uint16_t code, MissingCharacter missing) {
-  // The converter gives the yen sign and the overline the bytes of "\" and "~".
+  // The converter maps the yen sign and the overline to the bytes of "\" and "~". HTML can keep
+  // the characters themselves.
   const bool is_look_alike = code < 0x80 && missing == MissingCharacter::kCharacterReference;
   if (code == kNoCode || is_look_alike) {
     AppendMissing(out, c, missing);
@@ -126,14 +128,14 @@ void AppendInvalid(Decoded& decoded) {
   AppendUtf8(decoded.Text, kReplacementCharacter);
 }
 
-// The length of the ASCII characters that the bytes begin with.
+// The number of ASCII characters at the start of the bytes.
 std::size_t AsciiRun(std::string_view bytes) {
   const auto is_wide = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
   return static_cast<std::size_t>(std::find_if(bytes.begin(), bytes.end(), is_wide) -
                                   bytes.begin());
 }
 
-// The length of the characters beyond ASCII that the bytes begin with.
+// The length in bytes of the characters beyond ASCII at the start of the bytes.
 std::size_t WideRun(std::string_view bytes) {
   std::size_t length = 0;
   while (length < bytes.size()) {
@@ -144,8 +146,8 @@ std::size_t WideRun(std::string_view bytes) {
   return std::min(length, bytes.size());
 }
 
-// ASCII, the most of every file, goes past the converter. Behind a byte that is no Shift-JIS only
-// the converter knows where a character begins.
+// Most of every file is ASCII, which is copied without the converter. After an invalid byte this
+// stops, because only the converter then knows where the next character begins.
 Decoded DecodeShiftJis(std::string_view bytes) {
   thread_local Converter converter("UTF-8", "CP932");
   Decoded decoded;
@@ -166,7 +168,7 @@ Decoded DecodeShiftJis(std::string_view bytes) {
     std::size_t target_left = buffer.size();
     const bool whole = converter.Run(in, in_left, target, target_left);
     decoded.Text.append(buffer.data(), buffer.size() - target_left);
-    if (!whole && target_left >= 8) {  // not merely a full buffer: a byte that is no Shift-JIS
+    if (!whole && target_left >= 8) {  // the buffer is not full, so the byte is invalid
       AppendInvalid(decoded);
       --in_left;
     }

@@ -1,4 +1,4 @@
-// Bytes to text and back. Inside the library every text is UTF-8.
+// Converting bytes to text and back. Inside the library every text is UTF-8.
 #pragma once
 
 #include <cstdint>
@@ -10,47 +10,51 @@ namespace keltrun {
 
 enum class Charset : std::int32_t { kUtf8, kShiftJis, kWindows1252 };
 
-/// What is written for a character that the charset lacks.
+/// What is written for a character that the charset does not have.
 enum class MissingCharacter : std::int32_t {
-  kQuestionMark,       // text and CSV files, byte widths
-  kCharacterReference  // HTML: a decimal character reference
+  kQuestionMark,       // in text and CSV files
+  kCharacterReference  // in HTML: a decimal character reference
 };
 
-/// Compares without regard to the case of ASCII letters.
+/// Compares two texts, ignoring the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
-/// The charset of a declaration (case ignored): "x-sjis", "shift_jis", "windows-31j", "cp932",
-/// "iso-8859-1" (read and written as Windows-1252), "windows-1252", "utf-8".
+/// The charset with a declared name (case ignored), such as "utf-8", "x-sjis", "shift_jis",
+/// "windows-31j", "cp932", "windows-1252" or "iso-8859-1", which is read and written as
+/// Windows-1252. nullopt for any other name.
 std::optional<Charset> CharsetFromName(std::string_view name);
 
-/// Appends `text` in the charset's bytes.
+/// Appends `text` encoded in the charset.
 void AppendEncoded(std::string& out, std::string_view text, Charset charset,
                    MissingCharacter missing);
 
-/// Text of bytes in a charset.
+/// The text of encoded bytes.
 struct Decoded {
-  std::string Text;                              // U+FFFD in place of what cannot be decoded
-  std::size_t FirstInvalid = std::string::npos;  // offset of the first such place in Text
+  std::string Text;                              // with U+FFFD for what cannot be decoded
+  std::size_t FirstInvalid = std::string::npos;  // offset in Text of the first such place
 };
+
+/// Decodes bytes in a charset.
 Decoded Decode(std::string_view bytes, Charset charset);
 
-/// Text of a file of unknown encoding: a byte-order mark decides (UTF-8, UTF-16); otherwise valid
-/// UTF-8 with at least one character beyond ASCII is UTF-8; everything else is Shift-JIS.
+/// Decodes a file whose encoding is unknown. A byte-order mark (UTF-8 or UTF-16) decides; otherwise
+/// valid UTF-8 with at least one character beyond ASCII is taken as UTF-8, and everything else as
+/// Shift-JIS.
 std::string DecodeTextFile(std::string_view bytes);
 
-/// Text of UTF-16 bytes without a byte-order mark; unpaired surrogates and an odd last byte are
-/// invalid.
+/// Decodes UTF-16 without a byte-order mark. Unpaired surrogates and an odd last byte are invalid.
 Decoded DecodeUtf16(std::string_view bytes, bool big_endian);
 
-/// Whether the byte begins a character of two bytes in Shift-JIS.
+/// Whether the byte begins a two-byte character in Shift-JIS.
 constexpr bool IsShiftJisLead(unsigned char byte) {
   return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
 
-/// Bytes that the character takes in Shift-JIS (code page 932): 1 or 2, and 1 where it has none.
+/// The number of bytes that the character takes in Shift-JIS (code page 932): 1 or 2. It is 1 for a
+/// character that Shift-JIS does not have, since "?" is written for it.
 int ShiftJisLength(char32_t c);
 
-/// `text` with every character that Shift-JIS lacks replaced by "?".
+/// `text` with "?" for every character that Shift-JIS does not have.
 std::string ThroughShiftJis(std::string_view text);
 
 }  // namespace keltrun

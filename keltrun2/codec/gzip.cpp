@@ -21,7 +21,7 @@ la_ssize_t AppendPart(archive* /*writer*/, void* out, const void* part, std::siz
   return static_cast<la_ssize_t>(size);
 }
 
-// Only memory can be short: the other failures of libarchive are those of the outside.
+// Everything happens in memory, so the only way to fail is to run out of it.
 void Check(int result) {
   if (result != ARCHIVE_OK) throw std::bad_alloc();
 }
@@ -36,7 +36,7 @@ std::string Gzip(std::string_view bytes) {
   Check(archive_write_set_format_raw(writer.get()));
   Check(archive_write_add_filter_gzip(writer.get()));
   Check(archive_write_set_filter_option(writer.get(), "gzip", "timestamp", nullptr));
-  Check(archive_write_set_bytes_per_block(writer.get(), 0));  // no padding behind the member
+  Check(archive_write_set_bytes_per_block(writer.get(), 0));  // no padding after the member
   Check(archive_write_open(writer.get(), &out, nullptr, AppendPart, nullptr));
   archive_entry_set_filetype(entry.get(), AE_IFREG);
   Check(archive_write_header(writer.get(), entry.get()));

@@ -1,4 +1,4 @@
-// Packed bytes.
+// Gzip compression.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace keltrun {
 
-/// `bytes` as one gzip member. Equal bytes give an equal result: it holds no time and no name.
-/// Throws std::bad_alloc when memory is short.
+/// Compresses `bytes` to one gzip member. Equal input gives equal output, since no time and no name
+/// are stored. Throws std::bad_alloc if there is not enough memory.
 std::string Gzip(std::string_view bytes);
 
 }  // namespace keltrun

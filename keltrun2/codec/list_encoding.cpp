@@ -15,8 +15,8 @@ constexpr bool IsWithin(Byte byte, Byte first, Byte last) { return byte >= first
 
 constexpr bool IsLetter(Byte byte) { return IsWithin(byte, 'A', 'Z') || IsWithin(byte, 'a', 'z'); }
 
-// "Š", "Œ", "Ž", "š", "œ", "ž", "Ÿ" and "à" to "ü" of Windows-1252, among the first bytes of
-// Shift-JIS.
+// Whether a first byte of Shift-JIS is an accented letter in Windows-1252: "Š", "Œ", "Ž", "š", "œ",
+// "ž", "Ÿ" or "à" to "ü".
 constexpr bool IsAccentedLetter(Byte byte) {
   switch (byte) {
     case 0x8A:
@@ -37,12 +37,12 @@ constexpr bool IsMissingInWindows1252(Byte byte) {
 }
 
 enum class Kind : std::int32_t {
-  kBetween,   // parts words: a blank, a digit, a mark
-  kLetter,    // belongs to a word that is not Japanese, or may do so
-  kKatakana,  // half width, or a capital letter with an accent
-  kDoubtful,  // kanji, or an accented letter and a letter
-  kLikely,    // kana or kanji whose first byte is no letter elsewhere
-  kSure,      // likewise, and neither is its second byte a letter
+  kBetween,   // separates words: a blank, a digit, a punctuation mark
+  kLetter,    // part of a word that is not, or may not be, Japanese
+  kKatakana,  // half-width katakana, or a capital letter with an accent
+  kDoubtful,  // kanji, or an accented letter followed by another letter
+  kLikely,    // kana or kanji whose first byte is not a letter in Windows-1252
+  kSure,      // kana or kanji whose second byte is not an ASCII letter
 };
 
 struct Character {
@@ -50,14 +50,14 @@ struct Character {
   std::size_t length;
 };
 
-// A character of two bytes.
+// The kind of a two-byte character.
 Kind WideKind(Byte lead, Byte trail) {
   if (lead == 0x81) return IsWithin(trail, 0x52, 0x5B) ? Kind::kSure : Kind::kBetween;  // 々ー
   const bool is_greek = lead == 0x83 && trail >= 0x9F;
   const bool is_cyrillic_or_sign = IsWithin(lead, 0x84, 0x87);
   const bool is_users_own = IsWithin(lead, 0xF0, 0xF9);
   if (is_greek || is_cyrillic_or_sign || is_users_own) return Kind::kLetter;
-  if (lead == trail) return Kind::kDoubtful;  // a line of dashes
+  if (lead == trail) return Kind::kDoubtful;  // may be part of a line of dashes
   if (!IsLetter(trail)) return Kind::kSure;
   return IsAccentedLetter(lead) ? Kind::kDoubtful : Kind::kLikely;
 }
@@ -72,8 +72,8 @@ Character CharacterAt(std::string_view bytes, std::size_t pos) {
   return {WideKind(byte, trail), 2};
 }
 
-// Marks of voice stand only behind the characters that can have them, and small characters, among
-// them the byte of "«", begin no word.
+// In a Japanese word, voicing marks follow only the characters that can have them, and small
+// characters, among them the byte of "«", are never the first.
 bool IsSpelledWell(std::string_view katakana) {
   if (static_cast<Byte>(katakana[0]) <= 0xB0) return false;
   constexpr Byte kVoiced = 0xDE;
@@ -89,8 +89,8 @@ bool IsSpelledWell(std::string_view katakana) {
   return true;
 }
 
-// Katakana from "ｦ" to "ｿ" are signs in Windows-1252, the others capital letters with accents:
-// words hold no more than two of these side by side.
+// The bytes of the katakana "ｦ" to "ｿ" are signs in Windows-1252 and those of the others are
+// capital letters with accents, of which words have no more than two in a row.
 bool IsKatakanaWord(std::string_view word, bool stands_alone) {
   if (word.size() < 3 || !IsSpelledWell(word)) return false;
   const auto is_sign = [](char c) { return static_cast<Byte>(c) < 0xC0; };
@@ -100,11 +100,11 @@ bool IsKatakanaWord(std::string_view word, bool stands_alone) {
   return std::any_of(word.begin(), word.end(), is_sign) || (word.size() > 3 && stands_alone);
 }
 
-// Characters of two bytes side by side.
+// A run of two-byte characters.
 struct WideWord {
   int characters = 0;
-  int likely = 0;         // not doubtful
-  int sure_in_a_row = 0;  // at its end
+  int likely = 0;         // those that are not doubtful
+  int sure_in_a_row = 0;  // at the end of the run
   bool has_sure_pair = false;
 
   void Add(Kind kind) {
@@ -120,7 +120,7 @@ struct WideWord {
 
 bool IsWide(Kind kind) { return kind >= Kind::kDoubtful; }
 
-// The word of Japanese characters at `pos`, which moves behind it.
+// Whether the run of possibly Japanese characters at `pos` is a Japanese word. Moves `pos` past it.
 bool TakeWord(std::string_view bytes, std::size_t& pos, bool after_letter) {
   const std::size_t begin = pos;
   const bool is_wide = IsWide(CharacterAt(bytes, pos).kind);

@@ -1,4 +1,4 @@
-// The encoding of result lists and printouts, which come from programs of many countries.
+// Detecting the encoding of result lists and printouts, which come from programs of many countries.
 #pragma once
 
 #include <optional>
@@ -9,22 +9,23 @@
 
 namespace keltrun {
 
-/// A list as text, and how it was taken.
+/// A decoded list, and how its charset was chosen.
 struct ListText {
   Decoded Content;
   Charset Used = Charset::kUtf8;
-  bool Assumed = false;  // the bytes did not settle it
+  bool Assumed = false;  // the charset is a guess that the bytes do not confirm
 };
 
-/// The text of a list. A byte-order mark decides; then the charset that is asked for, if any; then
-/// valid UTF-8 is UTF-8. What is left is Shift-JIS when every byte decodes and a word of Japanese
-/// characters appears, or when it has such a word and bytes that Windows-1252 does not have; else
-/// it is Windows-1252.
+/// Decodes a list. A byte-order mark decides; without one the requested charset, if any, is used;
+/// otherwise valid UTF-8 is taken as UTF-8. Other bytes are taken as Shift-JIS if all of them are
+/// valid in it and they contain a Japanese word or a byte that Windows-1252 does not have, or if
+/// they contain both; else as Windows-1252.
 ListText DecodeList(std::string_view bytes, std::optional<Charset> asked_for);
 
-/// Whether bytes hold, read as Shift-JIS, a word that is Japanese beyond chance. Accented letters
-/// of Windows-1252 are the first bytes of kanji, or half-width katakana: "Hélène" has two kanji in
-/// a row, "VÄÄNÄNEN" two katakana. Such letters have others of their word beside them.
+/// Whether the bytes, read as Shift-JIS, contain a word that is unlikely to be Japanese by
+/// accident. Accented letters in Windows-1252 look like the first bytes of kanji or like half-width
+/// katakana: "Hélène" reads as two kanji in a row, "VÄÄNÄNEN" has two katakana. But other letters
+/// of the same word adjoin them.
 bool HasJapaneseWord(std::string_view bytes);
 
 }  // namespace keltrun

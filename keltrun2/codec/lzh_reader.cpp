@@ -22,7 +22,8 @@
 namespace keltrun {
 namespace {
 
-// libarchive turns names into the charset of the thread's locale and fails where it lacks them.
+// Makes the thread's locale UTF-8. libarchive converts names to the charset of that locale and
+// fails if the charset does not have their characters.
 class Utf8Locale {
  public:
   Utf8Locale() {
@@ -46,9 +47,9 @@ class Utf8Locale {
   locale_t before_{};
 };
 
-// --- what libarchive does not tell of a member's header ---
+// --- the parts of a member's header that libarchive does not report ---
 
-// A number in the header, lowest byte first; bytes beyond the end are 0.
+// A number in the header, lowest byte first. Bytes beyond the end are read as 0.
 std::size_t Number(std::string_view header, std::size_t at, std::size_t bytes) {
   std::size_t value = 0;
   for (std::size_t i = bytes; i-- > 0;) {
@@ -59,17 +60,18 @@ std::size_t Number(std::string_view header, std::size_t at, std::size_t bytes) {
 
 std::size_t Level(std::string_view header) { return Number(header, 20, 1); }
 
-// libarchive makes room for as many bytes as a header of level 3 claims to have: up to 4 GiB.
+// Whether a level 3 header claims to be longer than the rest of the archive. libarchive would
+// allocate as many bytes as it claims, up to 4 GiB.
 bool IsCut(std::string_view header) {
   return Level(header) == 3 && Number(header, 24, 4) > header.size();
 }
 
-// The bytes of the name, as libarchive cannot have them: it gives up names with bytes that are no
-// characters, and takes a second byte 0x5C for a separator in headers of level 0.
+// The bytes of a member's name. libarchive cannot provide them: it rejects names with bytes that
+// are not characters, and in level 0 headers it takes a second byte 0x5C for a separator.
 struct RawName {
   std::string_view Bytes;
   std::size_t CodePage = 932;
-  std::string_view Utf16;  // where there is one, it says the same with more characters
+  std::string_view Utf16;  // if present, the same name with characters that Bytes cannot express
 };
 
 RawName ReadName(std::string_view header) {
@@ -77,7 +79,7 @@ RawName ReadName(std::string_view header) {
   RawName name;
   if (level < 2 && header.size() > 22) name.Bytes = header.substr(22, Number(header, 21, 1));
   if (level == 0) return name;
-  const std::size_t width = level == 3 ? 4 : 2;  // of the sizes of extended headers
+  const std::size_t width = level == 3 ? 4 : 2;  // of the size field of an extended header
   std::size_t at = level == 1 ? Number(header, 0, 1) : level == 2 ? 24 : 28;
   while (true) {
     const std::size_t size = Number(header, at, width);
@@ -103,18 +105,18 @@ RawName ReadName(std::string_view header) {
 std::string DecodedName(RawName name) {
   if (!name.Utf16.empty()) return DecodeUtf16(name.Utf16, false).Text;
   if (name.CodePage == 65001) return std::string(name.Bytes);
-  // In other names 0xFF separates the parts; it is no byte of any Shift-JIS character.
+  // In other names 0xFF, which is not part of any Shift-JIS character, separates the parts.
   name.Bytes.remove_prefix(name.Bytes.rfind('\xFF') + 1);
   return Decode(name.Bytes, Charset::kShiftJis).Text;
 }
 
-// The part after the last separator of any system that wrote such archives.
+// The part after the last separator, whichever system wrote the archive.
 std::string LastPart(std::string_view name) {
   const std::size_t separator = name.find_last_of("/\\:");
   return std::string(separator == std::string_view::npos ? name : name.substr(separator + 1));
 }
 
-// Cuts the base name so that the file system takes the name, with room for a number.
+// Cuts the base name so that the file system accepts the name, with room for a number.
 std::string Shortened(const std::string& name) {
   constexpr std::size_t kLongest = 240;
   if (name.size() <= kLongest) return name;
@@ -126,7 +128,7 @@ std::string Shortened(const std::string& name) {
   return name.substr(0, end) + extension;
 }
 
-// A name for the file, from any name; never empty, a folder or a path.
+// Makes a file name from any name. The result is never empty, a folder or a path.
 std::string SafeName(std::string_view name) {
   std::string out = LastPart(ValidUtf8(name));
   for (char& c : out) {
@@ -156,7 +158,7 @@ class Extraction {
   Extraction(std::string_view bytes, std::string folder, const ExtractionLimits& limits)
       : bytes_(bytes), folder_(std::move(folder)), limits_(limits) {}
 
-  // False on failure; Reason() says why, and no file stays behind.
+  // False on failure: then Reason() says why, and all extracted files have been removed.
   bool Run() {
     if (Open() && ExtractAll()) return true;
     for (const ExtractedFile& file : files_) unlink(file.Path.c_str());
@@ -183,12 +185,14 @@ class Extraction {
   }
 
   bool Open() {
-    // libarchive would also look for an archive behind a program, where header_ is not the header.
-    if (bytes_.starts_with("MZ")) return Fail("it is a program");
+    // libarchive would also look for an archive inside a program, where header_ would not be right.
+    if (bytes_.starts_with("MZ")) {
+      return Fail("it is a program, expected an LZH archive");
+    }
     reader_.reset(archive_read_new());
     if (!reader_) return Fail("out of memory");
     archive_read_support_format_lha(reader_.get());
-    // A charset that has all bytes: a name is no reason to give up. See RawName.
+    // In ISO-8859-1 every byte is a character, so libarchive rejects no name. See RawName.
     archive_read_set_options(reader_.get(), "hdrcharset=ISO-8859-1");
     const int result = archive_read_open_memory(reader_.get(), bytes_.data(), bytes_.size());
     return result == ARCHIVE_OK || FailAsReaderSays();
@@ -207,20 +211,20 @@ class Extraction {
     }
   }
 
-  // Where the next header is, between members.
+  // The offset of the next header. Valid between members.
   std::size_t Position() const {
     return static_cast<std::size_t>(archive_filter_bytes(reader_.get(), 0));
   }
 
   bool ExtractMember(archive_entry* entry) {
     if (files_.size() == limits_.Members)
-      return Fail("it holds more than " + std::to_string(limits_.Members) + " files");
+      return Fail("it contains more than " + std::to_string(limits_.Members) + " files");
     const std::string name = SafeName(DecodedName(ReadName(header_)));
     return ReadMember(entry, name) && SaveMember(name);
   }
 
-  // Reads the bytes into member_, no more than the header and the limits allow. libarchive tests
-  // their checksum.
+  // Reads the bytes into member_, no more than the header and the limits allow. libarchive checks
+  // the checksum.
   bool ReadMember(archive_entry* entry, const std::string& name) {
     const auto size =
         static_cast<std::uint64_t>(std::max<la_int64_t>(archive_entry_size(entry), 0));
@@ -229,11 +233,11 @@ class Extraction {
                      "it is larger than " + std::to_string(limits_.MemberBytes >> 20) + " MiB");
     }
     if (size > limits_.TotalBytes - total_) {
-      return Fail("its files are larger than " + std::to_string(limits_.TotalBytes >> 20) +
-                  " MiB together");
+      return Fail("its files together are larger than " +
+                  std::to_string(limits_.TotalBytes >> 20) + " MiB");
     }
     member_.clear();
-    int empty_reads = 0;  // a few are usual at the end
+    int empty_reads = 0;  // a few are normal at the end
     while (true) {
       const void* part = nullptr;
       std::size_t part_size = 0;
@@ -257,7 +261,7 @@ class Extraction {
     while (true) {
       const std::string file_name = WithNumber(name, ++number);
       const std::string path = folder_ + file_name;
-      // "x": never an existing file, nor one behind a link.
+      // "x": fails if the file exists or is a link.
       FileHandle file(std::fopen(path.c_str(), "wbxe"));
       if (!file && errno == EEXIST) continue;
       if (!file) return FailFor(name, "cannot write " + path + ": " + std::strerror(errno));
@@ -270,13 +274,13 @@ class Extraction {
   }
 
   std::string_view bytes_;
-  std::string_view header_;  // of the present member, and all behind it
+  std::string_view header_;  // the header of the current member, and everything after it
   std::string folder_;
   ExtractionLimits limits_;
   std::unique_ptr<archive, ArchiveCloser> reader_;
   std::string member_;
   std::size_t total_ = 0;
-  std::map<std::string, std::size_t> last_numbers_;  // by name
+  std::map<std::string, std::size_t> last_numbers_;  // the last number used for each name
   std::vector<ExtractedFile> files_;
   std::string reason_;
 };
@@ -295,7 +299,7 @@ std::string_view KindOfArchive(std::string_view bytes) {
                                     {"RAR", 0, "Rar!\x1A"},
                                     {"gzip", 0, "\x1F\x8B\x08"}};
   for (const Mark& mark : kMarks) {
-    if (bytes.size() < 20) break;  // no archive is so short
+    if (bytes.size() < 20) break;  // no archive is that short
     if (bytes.substr(mark.offset, mark.bytes.size()) == mark.bytes) return mark.kind;
   }
   return "";

@@ -19,37 +19,39 @@
 namespace keltrun {
 namespace {
 
-// --- the format's numbers ---
+// --- the numbers of the format ---
 
 constexpr std::size_t kWindow = 8192;
 constexpr std::size_t kShortestMatch = 3;
 constexpr std::size_t kLongestMatch = 256;
 constexpr int kLongestCode = 16;  // bits
 
-// The three alphabets of a block: bytes and match lengths; positions of matches, as the number of
-// bits of the distance less one; code lengths of the first alphabet, shifted by two, with 0 to 2
-// for runs of unused symbols.
+// The three alphabets of a block. Text: bytes and match lengths. Positions: the number of bits in
+// the distance of a match minus one. Lengths: the code lengths of the text alphabet plus two; the
+// symbols 0 to 2 stand for runs of unused symbols.
 constexpr std::size_t kByteSymbols = 256;
 constexpr std::size_t kTextSymbols = kByteSymbols + kLongestMatch - kShortestMatch + 1;
 constexpr std::size_t kPositionSymbols = 14;
 constexpr std::size_t kLengthSymbols = 19;
 
-// Bits of the fields that hold the number of symbols of an alphabet, or its only symbol.
+// The width in bits of the field that holds the number of symbols of an alphabet or its only
+// symbol.
 constexpr int kTextCountBits = 9;
 constexpr int kPositionCountBits = 4;
 constexpr int kLengthCountBits = 5;
 
-// Steps (bytes and matches) of a block. More share the cost of the tables, fewer follow the data.
-constexpr std::size_t kBlockSteps = 24576;  // at most 65,535
+// Steps (bytes and matches) in a block. A large block spreads the cost of its tables over more
+// steps, a small one adapts better to the data. The format allows at most 65,535.
+constexpr std::size_t kBlockSteps = 24576;
 
 // --- bits ---
 
-// Appends bits to bytes, the highest first.
+// Appends bits to bytes, the highest bit first.
 class BitWriter {
  public:
   explicit BitWriter(std::string& out) : out_(out) {}
 
-  // The low `count` (0 to 32) bits of `value`; the higher ones must be 0.
+  // Puts the low `count` (0 to 32) bits of `value`; its higher bits must be 0.
   void Put(std::uint32_t value, int count) {
     pending_ = pending_ << count | value;
     pending_bits_ += count;
@@ -69,7 +71,8 @@ class BitWriter {
 
 // --- Huffman codes ---
 
-// The codes of an alphabet: symbols in order get codes in order within each length.
+// The Huffman code of an alphabet. Within each code length, codes are assigned in the order of the
+// symbols.
 template <std::size_t kSymbols>
 class Code {
  public:
@@ -77,17 +80,17 @@ class Code {
 
   explicit Code(Counts counts) {
     while (!FindLengths(counts)) {
-      // The rarest symbols sit too deep: flatter counts bring them up.
+      // The codes of the rarest symbols are too long. Flatter counts make them shorter.
       for (std::uint32_t& count : counts) count = (count + 1) / 2;
     }
     AssignCodes();
   }
 
-  // The only symbol in use (0 when there is none); its code has no bits.
+  // The only symbol in use (0 if there is none). Its code has no bits.
   bool HasOneSymbol() const { return used_ <= 1; }
   std::size_t OnlySymbol() const { return only_symbol_; }
 
-  // Symbols up to the last one in use.
+  // The number of symbols up to the last one in use.
   std::size_t Count() const {
     std::size_t count = kSymbols;
     while (count > 0 && lengths_[count - 1] == 0) --count;
@@ -100,7 +103,7 @@ class Code {
   }
 
  private:
-  // False when a code would get longer than the format can say.
+  // False if a code would be longer than the format allows.
   bool FindLengths(const Counts& counts) {
     std::array<std::pair<std::uint32_t, std::uint16_t>, kSymbols> leaves;  // count, symbol
     used_ = 0;
@@ -112,8 +115,8 @@ class Code {
     if (used_ <= 1) return true;
     std::sort(leaves.begin(), leaves.begin() + static_cast<std::ptrdiff_t>(used_));
 
-    // Joins the two rarest trees until one is left. New trees come out in order of their counts,
-    // so the rarest is the first leaf or the first new tree.
+    // Joins the two rarest trees until one is left. New trees are made in ascending order of their
+    // counts, so the rarest tree is always the first unused leaf or the first unused new tree.
     std::array<std::uint32_t, kSymbols> tree_counts;
     std::array<std::uint16_t, kSymbols> leaf_parents, tree_parents;
     std::size_t next_leaf = 0, next_tree = 0;
@@ -160,15 +163,16 @@ using TextCode = Code<kTextSymbols>;
 using PositionCode = Code<kPositionSymbols>;
 using LengthCode = Code<kLengthSymbols>;
 
-// --- tables of a block ---
+// --- the tables of a block ---
 
-// An alphabet of one symbol: no lengths, then that symbol.
+// The table of an alphabet with one symbol: a count of zero, then that symbol.
 void PutOnlySymbol(BitWriter& bits, std::size_t symbol, int count_bits) {
   bits.Put(0, count_bits);
   bits.Put(static_cast<std::uint32_t>(symbol), count_bits);
 }
 
-// 0 to 6 in three bits; from 7 on, a one for each further bit and a zero.
+// A code length: 0 to 6 in three bits; from 7 on, three ones, a one for each unit above 7, then a
+// zero.
 void PutLength(BitWriter& bits, int length) {
   if (length < 7)
     bits.Put(static_cast<std::uint32_t>(length), 3);
@@ -176,8 +180,8 @@ void PutLength(BitWriter& bits, int length) {
     bits.Put((1u << (length - 3)) - 2, length - 3);
 }
 
-// The lengths of a small alphabet. Behind the third of the length alphabet stands how many unused
-// symbols (0 to 3) are left out.
+// The code lengths of a small alphabet. In the table of the length alphabet the third length is
+// followed by the number of unused symbols (0 to 3) that are left out.
 template <std::size_t kSymbols>
 void PutSmallTable(BitWriter& bits, const Code<kSymbols>& code, int count_bits) {
   if (code.HasOneSymbol()) return PutOnlySymbol(bits, code.OnlySymbol(), count_bits);
@@ -191,15 +195,15 @@ void PutSmallTable(BitWriter& bits, const Code<kSymbols>& code, int count_bits) 
   }
 }
 
-// How the lengths of the text alphabet are told: a symbol of the length alphabet, and bits behind
-// it.
+// A step in the code lengths of the text alphabet: a symbol of the length alphabet, followed by
+// extra bits.
 struct LengthStep {
   std::size_t Symbol;
   std::uint32_t Extra;
   int ExtraBits;
 };
 
-// A run of unused symbols.
+// Adds a run of unused symbols.
 void AddUnused(std::vector<LengthStep>& steps, std::size_t run) {
   if (run == 19) {  // too many for one short run, too few for a long one
     AddUnused(steps, 1);
@@ -246,10 +250,10 @@ void PutTextTable(BitWriter& bits, const TextCode& code) {
 
 // --- blocks ---
 
-// A byte, or a match of that length that many bytes back.
+// A byte, or a match: so many bytes are the same as so many bytes back.
 struct Step {
   std::uint16_t Symbol;    // of the text alphabet
-  std::uint16_t Position;  // distance less one
+  std::uint16_t Position;  // distance minus one
 };
 
 bool IsMatch(const Step& step) { return step.Symbol >= kByteSymbols; }
@@ -297,7 +301,7 @@ class BlockWriter {
     steps_.clear();
   }
 
-  // The number of bits, then the bits below the highest one.
+  // Puts the number of bits, then the bits below the highest one.
   void PutPosition(const PositionCode& positions, const Step& step) {
     const std::size_t symbol = PositionSymbol(step);
     positions.Put(bits_, symbol);
@@ -317,13 +321,15 @@ struct Match {
   std::size_t Distance = 0;
 };
 
-// Finds earlier places with the same bytes, by chains of the places whose first bytes hash alike.
+// Finds earlier places with the same bytes. Places whose first bytes have the same hash form a
+// chain, the latest first.
 class MatchFinder {
  public:
   explicit MatchFinder(std::string_view bytes)
       : bytes_(bytes), first_(std::size_t{1} << kHashBits, kNone), earlier_(kWindow, kNone) {}
 
-  // Longest match at `at` that is longer than `better_than`; places must have been added in order.
+  // The longest match at `at` that is longer than `better_than`, else an empty one. Places must
+  // have been added in order.
   Match Find(std::size_t at, std::size_t better_than) const {
     Match best;
     best.Length = std::max(better_than, kShortestMatch - 1);
@@ -331,7 +337,7 @@ class MatchFinder {
     if (longest <= best.Length) return {};
     int chances = kChances;
     for (std::uint32_t place = first_[Hash(at)]; place != kNone && chances-- > 0;) {
-      if (at - place >= kWindow) break;  // and so are all behind it
+      if (at - place >= kWindow) break;  // all further places are even older
       if (bytes_[place + best.Length] == bytes_[at + best.Length]) {
         const std::size_t length = CommonLength(place, at, longest);
         if (length > best.Length) {
@@ -340,7 +346,7 @@ class MatchFinder {
         }
       }
       const std::uint32_t next = earlier_[place % kWindow];
-      if (next >= place) break;  // that place was overwritten by a later one
+      if (next >= place) break;  // a later place has overwritten the entry
       place = next;
     }
     return best.Distance > 0 ? best : Match{};
@@ -384,17 +390,17 @@ class MatchFinder {
   }
 
   std::string_view bytes_;
-  std::vector<std::uint32_t> first_;    // by hash: the last place
-  std::vector<std::uint32_t> earlier_;  // by place within the window: the one before it
+  std::vector<std::uint32_t> first_;    // for each hash, the latest place
+  std::vector<std::uint32_t> earlier_;  // for each place, modulo the window: the one before it
 };
 
-// A match of few bytes far back takes more bits than its bytes.
+// Whether a match takes fewer bits than its bytes would: a short match far back does not.
 bool IsWorthwhile(const Match& match) {
   return match.Length > kShortestMatch ||
          (match.Length == kShortestMatch && match.Distance <= 1024);
 }
 
-// A match is taken unless the next place has a longer one.
+// Lazy matching: a match is used unless the next place has a longer one.
 std::string Compress(std::string_view bytes) {
   std::string out;
   out.reserve(bytes.size() / 4);
@@ -429,15 +435,15 @@ void PutNumber(std::string& out, std::uint32_t value, int bytes) {  // lowest by
   for (int i = 0; i < bytes; ++i) out += static_cast<char>(value >> 8 * i & 0xFF);
 }
 
-// An extended header: its size with the size and the type, the type, the data.
+// An extended header: its size including these two bytes and the type, the type, the data.
 void PutExtension(std::string& out, std::uint8_t type, std::string_view data) {
   PutNumber(out, static_cast<std::uint32_t>(data.size() + 3), 2);
   out += static_cast<char>(type);
   out += data;
 }
 
-// Shift-JIS bytes of the last part of the name. Other programs see a separator or a reserved
-// character in single bytes; those behind a lead byte are no characters of their own.
+// The last part of the name in Shift-JIS. Single bytes that other programs take for a separator or
+// a reserved character are replaced; a byte after a lead byte is not a character of its own.
 std::string MemberName(std::string_view name) {
   constexpr std::size_t kLongestName = 255;
   constexpr std::string_view kReserved = "\"*/:<>?\\|";
@@ -458,7 +464,7 @@ std::string MemberName(std::string_view name) {
   return out.empty() ? "_" : out;
 }
 
-// Seconds since 1970, UTC, of a local day number.
+// Converts a local day number to seconds since 1970, UTC.
 std::uint32_t UnixTime(double modified) {
   constexpr double kLast = std::numeric_limits<std::uint32_t>::max();
   const double seconds = std::round((modified - kDaysTo1970) * 86400);
@@ -480,20 +486,20 @@ struct Member {
 };
 
 std::string Level2Header(const Member& member) {
-  std::string out(2, '\0');  // the size, at last
+  std::string out(2, '\0');  // the size, filled in at the end
   out += member.Stored ? "-lh0-" : "-lh5-";
   PutNumber(out, static_cast<std::uint32_t>(member.Packed.size()), 4);
   PutNumber(out, static_cast<std::uint32_t>(member.Bytes.size()), 4);
   PutNumber(out, member.Modified, 4);
   out += "\x20\x02";  // a plain file; header level
   PutNumber(out, LzhCrc16(member.Bytes), 2);
-  out += 'w';  // a system of 32 bits with Shift-JIS names: nobody changes the case of the name
+  out += 'w';  // 32-bit system with Shift-JIS names: other programs then keep the case of the name
   const std::size_t crc_at = out.size() + 3;
-  PutExtension(out, 0x00, std::string_view("\0\0", 2));  // CRC of the header, counted as 0
+  PutExtension(out, 0x00, std::string_view("\0\0", 2));  // CRC of the header, 0 while computing it
   PutExtension(out, 0x01, member.Name);
   PutExtension(out, 0x46, std::string_view("\xA4\x03\0\0", 4));  // code page of the name: 932
   PutNumber(out, 0, 2);                                          // no more extended headers
-  if (out.size() % 256 == 0) out += '\0';  // a first byte of 0 would be the end of the archive
+  if (out.size() % 256 == 0) out += '\0';  // a first byte of 0 would mark the end of the archive
   std::string number;
   PutNumber(number, static_cast<std::uint32_t>(out.size()), 2);
   out.replace(0, 2, number);

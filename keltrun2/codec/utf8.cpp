@@ -6,7 +6,7 @@
 namespace keltrun {
 namespace {
 
-// Length of the valid sequence at `pos` and its character, or length 0 where there is none.
+// The character of a valid sequence and its length, or length 0 if the sequence is not valid.
 struct Decoded {
   char32_t character;
   std::size_t length;
@@ -38,7 +38,7 @@ Decoded Decode(std::string_view text, std::size_t pos) {
   return {c, length};
 }
 
-// Number of leading ASCII bytes at `pos`, eight at a time.
+// The number of ASCII bytes from `pos` on. Checks eight bytes at a time.
 std::size_t AsciiRun(std::string_view text, std::size_t pos) {
   const std::size_t start = pos;
   while (text.size() - pos >= 8) {

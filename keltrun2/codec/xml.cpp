@@ -28,15 +28,15 @@ std::string_view DeclaredEncoding(std::string_view bytes) {
   return declaration.substr(open + 1, close - open - 1);
 }
 
-// Drops a UTF-8 byte-order mark; true when there was one.
+// Drops a UTF-8 byte-order mark; true if there was one.
 bool DropMark(std::string_view& text) {
   if (text.substr(0, 3) != "\xEF\xBB\xBF") return false;
   text.remove_prefix(3);
   return true;
 }
 
-// Moves a place, in lines and characters, over a part of a text. CR LF is one line break, and so is
-// either alone.
+// Moves a place, in lines and characters, over a part of a text. CR LF, CR and LF each count as one
+// line break.
 void MovePlace(XmlError& place, std::string_view text, std::size_t begin, std::size_t end) {
   for (std::size_t i = begin; i < end; ++i) {
     const char c = text[i];
@@ -55,7 +55,8 @@ XmlError Locate(std::string_view text, std::size_t offset, std::string detail) {
   return error;
 }
 
-// Makes `bytes` UTF-8, without the byte-order mark: as they are, or as a view of `converted`.
+// Converts `bytes` to UTF-8 without a byte-order mark. If they are not UTF-8, `bytes` becomes a
+// view of `converted`.
 std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
   const bool little_endian = bytes.substr(0, 2) == "\xFF\xFE";
   const bool big_endian = bytes.substr(0, 2) == "\xFE\xFF";
@@ -64,13 +65,15 @@ std::optional<XmlError> ToUtf8(std::string_view& bytes, Decoded& converted) {
     encoding = "UTF-16";
     converted = DecodeUtf16(bytes.substr(2), big_endian);
   } else if (DropMark(bytes)) {
-    return std::nullopt;  // UTF-8, whatever the declaration says
+    return std::nullopt;  // UTF-8, no matter what the declaration says
   } else {
     encoding = DeclaredEncoding(bytes);
     const bool plain = encoding.empty() || EqualsIgnoringCase(encoding, "us-ascii");
     const auto charset = plain ? Charset::kUtf8 : CharsetFromName(encoding);
     if (!charset) {
-      return XmlError{1, 1, "the encoding \"" + std::string(encoding) + "\" is not known"};
+      return XmlError{1, 1,
+                      "the encoding \"" + std::string(encoding) +
+                          "\" is not known; expected UTF-8, UTF-16, Shift_JIS or Windows-1252"};
     }
     if (*charset == Charset::kUtf8) return std::nullopt;
     converted = Decode(bytes, *charset);
@@ -88,8 +91,8 @@ bool AllowedCharacter(char32_t c) {
   return c <= 0x10FFFF && c != 0xFFFE && c != 0xFFFF && !(c >= 0xD800 && c <= 0xDFFF);
 }
 
-// The character of a reference's digits; 0, which is never allowed, where they are none or too
-// many.
+// The character that the digits of a reference stand for; 0, which is never allowed, if there are
+// no digits or too many.
 char32_t ReferencedCharacter(std::string_view digits) {
   const bool hexadecimal = digits.substr(0, 1) == "x";
   if (hexadecimal) digits.remove_prefix(1);
@@ -102,7 +105,7 @@ char32_t ReferencedCharacter(std::string_view digits) {
 
 constexpr std::string_view kReferenceDigits = "0123456789abcdefABCDEFx";
 
-// Offset of a reference like "&#0;" to a character that is none, or npos.
+// The offset of a reference such as "&#0;" to a character that XML does not allow, or npos.
 std::size_t FindBadReference(std::string_view text) {
   for (std::size_t at = text.find("&#"); at != std::string_view::npos;
        at = text.find("&#", at + 2)) {
@@ -132,8 +135,8 @@ struct Entity {
 constexpr Entity kEntities[] = {
     {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
 
-// The reference at the start of a text goes to `out`; returns its length, 0 for a "&" that stands
-// for itself.
+// Appends the character of the reference at the start of a text. Returns the length of the
+// reference, 0 for an "&" that stands for itself.
 std::size_t DecodeReference(std::string_view text, std::string& out) {
   for (const Entity& entity : kEntities) {
     if (!text.starts_with(entity.text)) continue;
@@ -255,7 +258,7 @@ void XmlReader::SkipTo(std::size_t depth) {
   if (depth == 0) NextChild();
 }
 
-// At the end of the document.
+// Checks that the end of the document is in the right place.
 bool XmlReader::ReadEnd() {
   if (!open_.empty()) {
     return Fail(pos_, "the document ends inside <" + std::string(open_.back()) + ">");
@@ -267,7 +270,7 @@ bool XmlReader::ReadEnd() {
 bool XmlReader::ReadStartTag() {
   element_ = pos_++;
   const std::string_view name = TakeName();
-  if (name.empty()) return Fail(element_, "a \"<\" that begins no tag");
+  if (name.empty()) return Fail(element_, "a \"<\" that does not begin a tag");
   if (open_.empty() && root_seen_) return Fail(element_, "a second root element");
   if (open_.size() == kDeepestNesting) {
     return Fail(element_, "elements nested deeper than " + std::to_string(kDeepestNesting));
@@ -293,7 +296,7 @@ bool XmlReader::ReadEndTag() {
   return false;
 }
 
-// The attributes and the end of a start tag.
+// Reads the attributes and the end of a start tag.
 bool XmlReader::ReadAttributes(std::string_view element) {
   used_ = 0;
   while (true) {
@@ -309,7 +312,7 @@ bool XmlReader::ReadAttributes(std::string_view element) {
     }
     if (!blanks || !BeginsName(c)) {
       return Fail(pos_,
-                  "neither an attribute nor the end of the tag <" + std::string(element) + ">");
+                  "expected an attribute or the end of the tag <" + std::string(element) + ">");
     }
     if (!ReadAttribute(element)) return false;
   }
@@ -339,7 +342,7 @@ bool XmlReader::ReadAttribute(std::string_view element) {
   return true;
 }
 
-// No attribute may be there twice.
+// Checks that no attribute appears twice.
 bool XmlReader::CheckNames(std::string_view element) {
   constexpr std::size_t kFewAttributes = 16;
   std::string_view twice;
@@ -355,29 +358,33 @@ bool XmlReader::CheckNames(std::string_view element) {
       }
     }
   }
-  return twice.empty() || Fail(element_, "the attribute \"" + std::string(twice) + "\" twice in <" +
-                                             std::string(element) + ">");
+  return twice.empty() || Fail(element_, "the attribute \"" + std::string(twice) +
+                                             "\" appears twice in <" + std::string(element) + ">");
 }
 
-// Comments, instructions, sections of characters and the document type.
+// Skips a comment, a processing instruction, a CDATA section or the document type declaration.
 bool XmlReader::SkipMarkup() {
   const std::string_view markup = source_.substr(pos_, 9);
   if (markup.starts_with("<!--")) return SkipPast("-->", "a comment");
   if (markup.starts_with("<?") && BeginsName(markup.substr(0, 3).back())) {
-    return SkipPast("?>", "an instruction");
+    return SkipPast("?>", "a processing instruction");
   }
   if (markup == "<![CDATA[") {
     if (open_.empty()) return Fail(pos_, "text outside the root element");
-    return SkipPast("]]>", "a section of characters");
+    return SkipPast("]]>", "a CDATA section");
   }
   if (markup == "<!DOCTYPE" && open_.empty()) return SkipDocumentType();
-  return Fail(pos_, "neither a tag nor a comment, an instruction or a document type in its place");
+  return Fail(pos_,
+              "expected a tag, a comment, a processing instruction or, before the root element, a "
+              "document type declaration");
 }
 
 bool XmlReader::SkipPast(std::string_view end, std::string_view what) {
-  const std::size_t opening = end == "-->" ? 4 : 2;  // "<!-->" is only the beginning of a comment
+  const std::size_t opening = end == "-->" ? 4 : 2;  // "<!-->" only begins a comment
   const std::size_t at = source_.find(end, pos_ + opening);
-  if (at == std::string_view::npos) return Fail(pos_, std::string(what) + " without end");
+  if (at == std::string_view::npos) {
+    return Fail(pos_, std::string(what) + " that does not end with \"" + std::string(end) + "\"");
+  }
   pos_ = at + end.size();
   return true;
 }
@@ -387,14 +394,14 @@ bool XmlReader::SkipDocumentType() {
   while (pos_ < source_.size()) {
     const char c = source_[pos_];
     if (c == '[') {
-      return Fail(begin, "a document type with declarations of its own is not accepted");
+      return Fail(begin, "a document type declaration with an internal subset is not accepted");
     }
     if (c == '<' && pos_ > begin) break;
     if (c == '"' || c == '\'') pos_ = std::min(source_.find(c, pos_ + 1), source_.size() - 1);
     ++pos_;
     if (c == '>') return true;
   }
-  return Fail(begin, "a document type without end");
+  return Fail(begin, "a document type declaration that does not end with \">\"");
 }
 
 std::string_view XmlReader::TakeName() {
@@ -405,7 +412,7 @@ std::string_view XmlReader::TakeName() {
   return source_.substr(begin, pos_ - begin);
 }
 
-// True when there were any.
+// Skips white space; true if there was any.
 bool XmlReader::TakeBlanks() {
   const std::size_t begin = pos_;
   while (IsBlank(Next())) ++pos_;

@@ -1,4 +1,4 @@
-// XML documents, read element by element, and written with pugixml.
+// Reading XML documents element by element, and writing them with pugixml.
 #pragma once
 
 #include <cstddef>
@@ -12,18 +12,19 @@
 
 namespace keltrun {
 
-/// Why a document was refused, and where in the text it was found (both from 1; the column counts
-/// characters; 0 where no place can be named).
+/// Why a document was refused, and where in its text. Line and column are counted from 1, the
+/// column in characters; both are 0 if the error has no place.
 struct XmlError {
   int Line = 0;
   int Column = 0;
   std::string Detail;
 };
 
-/// "line 3, column 14: ..." or the bare detail.
+/// "line 3, column 14: ...", or only the detail if the error has no place.
 std::string ToString(const XmlError& error);
 
-/// An attribute of an element, its references resolved and its white space made blanks.
+/// An attribute of an element. In its value, references are resolved and white space is replaced by
+/// blanks.
 class XmlAttribute {
  public:
   std::string_view Name() const { return name_; }
@@ -33,61 +34,64 @@ class XmlAttribute {
   friend class XmlReader;
   std::string_view name_;
   std::string_view raw_;
-  bool plain_ = true;  // as it stands in the document
+  bool plain_ = true;  // the value needs no decoding
   std::string decoded_;
 };
 
-/// Walks through the elements of a document from its start to its end. It keeps no more of them
-/// than those that are open, so that a document may be of any size.
+/// Walks through the elements of a document from start to end. Only the elements that are open are
+/// kept, so a document may have any number of them.
 ///
 ///     XmlReader reader;
 ///     auto error = reader.OpenBytes(bytes);
 ///     if (!error && reader.NextChild()) {               // the root element
 ///       while (reader.NextChild()) {                    // each of its children
-///         reader.Name(); reader.Attributes();
-///         reader.SkipTo(1);                             // over what is in it
+///         reader.LocalName(); reader.Attributes();
+///         reader.SkipTo(1);                             // skip the content of the child
 ///       }
 ///     }
 ///     reader.SkipTo(0);                                 // to the end of the document
 ///     error = reader.Error();
 ///
-/// Refused: bytes invalid in their encoding, an unknown encoding, NUL characters, references to
-/// characters that XML does not allow, tags that do not match, an attribute given twice, anything
-/// but white space, comments and instructions beside the one root element, an internal DTD subset
-/// (so no entity can be declared), nesting deeper than 256.
+/// The reader refuses bytes that are invalid in their encoding, an unknown encoding, NUL
+/// characters, references to characters that XML does not allow, tags that do not match, an
+/// attribute that appears twice in an element, an internal DTD subset (so that no entity can be
+/// declared), nesting deeper than 256, and anything outside the one root element except white
+/// space, comments, processing instructions and a document type declaration.
 class XmlReader {
  public:
   XmlReader() = default;
   XmlReader(const XmlReader&) = delete;
   XmlReader& operator=(const XmlReader&) = delete;
 
-  /// Starts with a file's bytes, which must live as long as they are read. The encoding is that of
-  /// the byte-order mark, else of the declaration, else UTF-8.
+  /// Starts reading the bytes of a file, which must stay valid while they are read. The byte-order
+  /// mark decides on the encoding, else the XML declaration; otherwise it is UTF-8.
   [[nodiscard]] std::optional<XmlError> OpenBytes(std::string_view bytes);
 
-  /// Starts with a text that is UTF-8 already: a byte-order mark is dropped and the encoding named
-  /// in the declaration ignored.
+  /// Starts reading a text that is already UTF-8. A byte-order mark is dropped and the encoding
+  /// named in the declaration is ignored.
   [[nodiscard]] std::optional<XmlError> OpenText(std::string_view text);
 
-  /// Opens the next child of the element that is open, or the root element at first. False at the
-  /// end of the open element, which is closed then, at the end of the document and at an error.
+  /// Opens the next child of the innermost open element; the first call opens the root element.
+  /// False at the end of the open element, which is then closed, at the end of the document and on
+  /// an error.
   bool NextChild();
 
-  /// Reads on until no more than `depth` elements are open; 0 reads to the end of the document.
+  /// Reads on until at most `depth` elements are open; 0 reads to the end of the document.
   void SkipTo(std::size_t depth);
 
   /// How many elements are open; 0 after an error.
   std::size_t Depth() const { return open_.size(); }
-  /// Why reading stopped.
+  /// The error that stopped the reading, if there was one.
   const std::optional<XmlError>& Error() const { return error_; }
 
-  /// The element opened last: its name without a namespace prefix, and its attributes. They are
-  /// valid until the next element is asked for.
+  /// The name of the element opened last, without a namespace prefix. Valid until the next call of
+  /// NextChild or SkipTo.
   std::string_view LocalName() const;
+  /// The attributes of the element opened last, valid as long as its name.
   std::span<const XmlAttribute> Attributes() const { return {attributes_.data(), used_}; }
-  /// Where it begins; the detail is empty.
+  /// Where the element opened last begins; the detail is empty.
   XmlError ElementPlace() { return ErrorAt(element_, ""); }
-  /// Ends the reading with an error of whoever reads the document, placed at the element.
+  /// Ends the reading with an error of the caller, placed at the element opened last.
   void FailAtElement(std::string detail) { Fail(element_, std::move(detail)); }
 
  private:
@@ -108,22 +112,23 @@ class XmlReader {
   bool TakeBlanks();
   char Next() const { return pos_ < source_.size() ? source_[pos_] : '\0'; }
 
-  std::string converted_;    // the document, if its encoding is not UTF-8
+  std::string converted_;    // the document, if its encoding was not UTF-8
   std::string_view source_;  // the document in UTF-8
   std::size_t pos_ = 0;
   std::size_t element_ = 0;             // where the element opened last begins
-  bool empty_ = false;                  // it ends with its tag
-  bool root_seen_ = false;              // one root element has begun
-  std::vector<std::string_view> open_;  // names of the open elements
+  bool empty_ = false;                  // that element has an empty-element tag ("/>")
+  bool root_seen_ = false;              // the root element has begun
+  std::vector<std::string_view> open_;  // the names of the open elements
   std::vector<XmlAttribute> attributes_;
-  std::size_t used_ = 0;  // attributes of the element; those behind are kept for later ones
+  std::size_t used_ = 0;  // how many are attributes of the element; the rest is kept for reuse
   std::optional<XmlError> error_;
-  XmlError place_{1, 1, ""};  // of the offset asked for last
+  XmlError place_{1, 1, ""};  // the place of the offset placed_, where the next search starts
   std::size_t placed_ = 0;
 };
 
-/// The element as a document: declaration, line break, element without white space between its
-/// parts, line break. Characters that XML 1.0 does not allow must have been dropped before.
+/// The bytes of a document: the declaration, a line break, the root element without white space
+/// between its parts, a line break. The texts must be free of characters that XML 1.0 does not
+/// allow.
 std::string WriteXml(const pugi::xml_document& document);
 
 /// `text` without the characters that XML 1.0 does not allow, as valid UTF-8.

@@ -5,7 +5,8 @@
 namespace keltrun {
 namespace {
 
-// The variable's value when it is an absolute path: others would follow the working directory.
+// The value of the variable if it is an absolute path, else "": a relative path would depend on the
+// working directory.
 std::string AbsolutePath(const char* variable) {
   const char* value = std::getenv(variable);
   return value != nullptr && *value == '/' ? value : "";

@@ -10,7 +10,7 @@
 namespace keltrun {
 namespace {
 
-// One write; of a part that found room when the disk got full, nothing stays.
+// Appends with a single write. If the disk fills up halfway, the part that was written is removed.
 bool WriteAtEnd(int handle, std::string_view bytes) {
   struct stat before;
   if (fstat(handle, &before) != 0 || !S_ISREG(before.st_mode)) return false;
@@ -20,14 +20,14 @@ bool WriteAtEnd(int handle, std::string_view bytes) {
   } while (written < 0 && errno == EINTR);
   if (written >= 0 && static_cast<std::size_t>(written) == bytes.size()) return true;
   const bool restored = written <= 0 || ftruncate(handle, before.st_size) == 0;
-  static_cast<void>(restored);  // nothing more can be done: the next append repairs the end
+  static_cast<void>(restored);  // if this fails too, nothing more can be done here
   return false;
 }
 
 }  // namespace
 
 bool AppendToFile(const std::string& name, std::string_view bytes) {
-  // Without waiting, should a pipe have that name.
+  // O_NONBLOCK: if the name is that of a pipe, opening it must not wait for a reader.
   const int handle = open(name.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK);
   if (handle < 0) return false;
   const bool done = WriteAtEnd(handle, bytes);

@@ -1,4 +1,4 @@
-// Files that grow at their end.
+// Appending to files that several processes write.
 #pragma once
 
 #include <string>
@@ -6,8 +6,9 @@
 
 namespace keltrun {
 
-/// Appends the bytes to a regular file, which must exist, in one write, so that those of several
-/// processes do not mingle. Never throws; on failure the result is false and the file as it was.
+/// Appends the bytes to an existing regular file. One write is used, so that the output of several
+/// processes is not interleaved. Never throws; on failure the result is false and the file is
+/// unchanged.
 [[nodiscard]] bool AppendToFile(const std::string& name, std::string_view bytes);
 
 }  // namespace keltrun

@@ -29,7 +29,8 @@ std::string ComponentFolder() {
 
 std::vector<std::string> InstalledDataFolders() {
   std::vector<std::string> folders;
-  // An installation moved as a whole: <prefix>/share/keltrun2 beside <prefix>/lib/... or bin.
+  // If an installation was moved as a whole, the data is still in <prefix>/share/keltrun2, next to
+  // <prefix>/lib/... or <prefix>/bin, which holds this code.
   std::string prefix = ComponentFolder();
   for (int up = 0; up < 3 && !prefix.empty(); ++up) {
     prefix = ParentFolder(prefix);

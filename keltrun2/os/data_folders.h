@@ -1,4 +1,4 @@
-// Where the component itself lives.
+// Where the component itself is installed.
 #pragma once
 
 #include <string>
@@ -6,14 +6,15 @@
 
 namespace keltrun {
 
-/// The component's own folder: the environment variable KELTRUN2_FOLDER if set, otherwise the
-/// folder of the shared library or program that holds this code. No separator at the end.
+/// The component's own folder: the environment variable KELTRUN2_FOLDER if it is set, otherwise the
+/// folder of the shared library or program that contains this code. Has no trailing separator.
 std::string ComponentFolder();
 
-/// Folders in which an installation puts the settings and resource files, the likeliest first.
+/// The folders in which an installation may have put the settings and resource files, the most
+/// likely first.
 std::vector<std::string> InstalledDataFolders();
 
-/// The folder above, or "" for the root folder.
+/// The parent of a folder, or "" for the root folder.
 std::string ParentFolder(const std::string& folder);
 
 }  // namespace keltrun

@@ -18,7 +18,7 @@ bool TryLock(int handle) {
   return true;
 }
 
-// Opened without waiting, so that a pipe of that name cannot hold the caller up.
+// O_NONBLOCK: if the name is that of a pipe, opening it must not block.
 int OpenToLock(const std::string& name) {
   const int folder = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder >= 0) return folder;
@@ -37,7 +37,8 @@ FileLock::FileLock(const std::string& name, const Patience& patience)
 
 FileLock::~FileLock() {
   if (handle_ < 0) return;
-  if (is_held_) flock(handle_, LOCK_UN);  // also for a child of this process that has it open
+  // A child process may still have the file open; closing our handle alone would keep the lock.
+  if (is_held_) flock(handle_, LOCK_UN);
   close(handle_);
 }
 

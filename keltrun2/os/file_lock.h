@@ -5,13 +5,13 @@
 
 namespace keltrun {
 
-/// Holds the lock of a lock file, or of an existing folder, until it goes out of scope. A file is
-/// created when missing and stays: removing it would let two processes hold locks on two files of
-/// one name. Threads of one
-/// process exclude each other too. Where the file system knows no locks, it is granted.
+/// Holds the lock on a lock file, or on an existing folder, until it goes out of scope. The file is
+/// created if it is missing and never removed: removing it would let two processes hold locks on
+/// two files with the same name. Threads of the same process exclude each other too. If the file
+/// system does not support locks, the lock is granted.
 class [[nodiscard]] FileLock {
  public:
-  /// How often, and after what pause in seconds, a lock that another one holds is tried again.
+  /// How many times a lock is tried, and the pause in seconds before it is tried again.
   struct Patience {
     int Tries;
     double Pause;
@@ -23,7 +23,7 @@ class [[nodiscard]] FileLock {
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
 
-  /// False when another one kept the lock, or the lock file could not be opened.
+  /// False if another holder kept the lock or the lock file could not be opened.
   bool IsHeld() const { return is_held_; }
 
  private:

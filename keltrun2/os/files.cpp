@@ -16,7 +16,7 @@
 namespace keltrun {
 namespace {
 
-// Closes the descriptor when it goes out of scope, unless it was closed before.
+// Closes the descriptor when it goes out of scope, unless it has been closed already.
 class Descriptor {
  public:
   explicit Descriptor(int handle) : handle_(handle) {}
@@ -37,10 +37,10 @@ std::string SystemError(std::string_view action, const std::string& name) {
   return std::string(action) + " " + name + ": " + std::strerror(errno);
 }
 
-// The system would read such a name only up to there.
+// Refuses names with a NUL character: the system would cut such a name there and use another file.
 bool HasNul(const std::string& name, std::string& error) {
   if (name.find('\0') == std::string::npos) return false;
-  error = "a file name must not hold a NUL character";
+  error = "a file name must not contain a NUL character";
   return true;
 }
 
@@ -52,14 +52,15 @@ DiskSync& SyncReplacement() {
 bool WaitForDisk(int handle, bool whole_file_system) {
   if (SyncReplacement()) return SyncReplacement()(handle, whole_file_system);
   while ((whole_file_system ? syncfs(handle) : fsync(handle)) != 0) {
-    // Some file systems have nothing to wait for, or do not offer it.
+    // Some file systems do not support it or have nothing to wait for.
     if (errno == EINVAL || errno == ENOTSUP || errno == ENOSYS || errno == EROFS) return true;
     if (errno != EINTR) return false;
   }
   return true;
 }
 
-// Waits for the names in a folder. Whoever may write into it need not be allowed to open it.
+// Waits until the names in a folder are on the disk. A folder that may be written but not opened is
+// passed over.
 bool SyncFolder(const std::filesystem::path& folder) {
   Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return handle.get() < 0 || WaitForDisk(handle.get(), false);
@@ -84,24 +85,24 @@ bool WriteDirectly(const std::string& name, std::string_view bytes, std::string&
   return true;
 }
 
-// The file that the rename has to replace: behind links, if `name` is one.
+// The file that the rename has to replace: the target, if `name` is a link.
 std::string LinkTarget(const std::string& name) {
   std::error_code code;
   if (!std::filesystem::is_symlink(name, code)) return name;
   const std::filesystem::path target = std::filesystem::canonical(name, code);
   if (!code) return target.string();
-  // The link leads to a file that does not exist yet.
+  // The link points to a file that does not exist yet.
   const std::filesystem::path path(name);
   const std::filesystem::path link = std::filesystem::read_symlink(path, code);
   return code ? name : (path.parent_path() / link).string();
 }
 
-// A new file in a folder, which goes when it was not given its final name. Two processes of the
-// same number (in two containers, say) may share the folder: only a random name that is taken
-// exclusively keeps them apart.
+// A new file in a folder, removed again unless it is given its final name. The name is random and
+// opened exclusively, not made from the process ID: two processes with the same ID, for example in
+// two containers, may share the folder.
 class TemporaryFile {
  public:
-  // The permissions are as given but for those that the process's mask takes.
+  // The permissions are those of `mode`, less the bits that the process's umask removes.
   TemporaryFile(const std::filesystem::path& folder, mode_t mode) {
     constexpr int kTries = 100;
     for (int i = 0; i < kTries && handle_ < 0; ++i) {
@@ -120,12 +121,12 @@ class TemporaryFile {
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  // The members answer false with errno set.
+  // These members return false and set errno on failure.
   bool IsOpen() const { return handle_ >= 0; }
   bool SetMode(mode_t mode) const { return fchmod(handle_, mode) == 0; }
   bool Write(std::string_view bytes) const { return WriteAll(handle_, bytes); }
   bool WaitForDisk() const { return keltrun::WaitForDisk(handle_, false); }
-  // Some systems tell only at closing that the bytes could not be kept.
+  // Some systems report only on closing that the bytes could not be stored.
   bool MoveTo(const std::string& name) {
     if (close(std::exchange(handle_, -1)) != 0) return false;
     exists_ = rename(path_.c_str(), name.c_str()) != 0;
@@ -158,11 +159,12 @@ std::optional<std::string> ReadFile(const std::string& name, std::string& error,
     error = "cannot read " + name + ": it is a folder";
     return std::nullopt;
   }
-  if (S_ISCHR(info.st_mode)) largest = std::min(largest, kLargestFileUnasked);  // may be endless
+  // A character device may never end.
+  if (S_ISCHR(info.st_mode)) largest = std::min(largest, kLargestFileUnasked);
   const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 0));
   std::string bytes;
   std::size_t filled = 0;
-  std::size_t room = std::min(size, largest) + 1;  // one more shows the end of the file
+  std::size_t room = std::min(size, largest) + 1;  // the extra byte detects the end of the file
   while (true) {
     bytes.resize(filled + room);
     const ssize_t got = read(file.get(), bytes.data() + filled, room);
@@ -211,7 +213,7 @@ bool WriteFile(const std::string& name, std::string_view bytes, std::string& err
 bool SyncFileSystem(const std::string& folder, std::string& error) {
   Descriptor handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (handle.get() < 0 || WaitForDisk(handle.get(), true)) return true;
-  error = SystemError("cannot bring to the disk what was written into", folder);
+  error = SystemError("cannot make sure that the disk holds what was written to", folder);
   return false;
 }
 
@@ -232,14 +234,14 @@ bool CreateFolder(const std::string& name, std::string& error) {
   std::filesystem::create_directories(name, code);
   if (FolderExists(name)) return true;
   error = "cannot create the folder " + name + ": " +
-          (code ? code.message() : std::string("a file of that name is in the way"));
+          (code ? code.message() : std::string("a file with that name already exists"));
   return false;
 }
 
 bool CanMakeFiles(const std::string& folder, std::string& error) {
   if (HasNul(folder, error)) return false;
   if (TemporaryFile(folder, 0600).IsOpen()) return true;
-  error = SystemError("cannot write into the folder", folder);
+  error = SystemError("cannot create files in the folder", folder);
   return false;
 }
 

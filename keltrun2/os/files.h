@@ -1,4 +1,4 @@
-// Files and folders. Names are UTF-8; nothing here throws.
+// Reading and writing files and folders. Names are UTF-8; failures are results, not exceptions.
 #pragma once
 
 #include <cstddef>
@@ -9,55 +9,56 @@
 
 namespace keltrun {
 
-/// Most readers of files expect far less; a larger file is refused, so that no input can exhaust
-/// memory.
+/// The largest file that ReadFile accepts unless the caller gives another limit. Nearly all input
+/// files are far smaller; the limit keeps hostile input from exhausting memory.
 inline constexpr std::size_t kLargestFileUnasked = std::size_t{64} << 20;
 
-/// Reads a whole file of at most `largest` bytes. On failure nothing is returned and `error` says
-/// what and which file.
+/// Reads a whole file of at most `largest` bytes. On failure the result is empty and `error` names
+/// the file and says why.
 [[nodiscard]] std::optional<std::string> ReadFile(const std::string& name, std::string& error,
                                                   std::size_t largest = kLargestFileUnasked);
 
-/// Whether a written file must outlive a loss of power from the moment on that writing returns, or
-/// whether the caller waits for the disk later (`SyncFileSystem`), or not at all.
+/// When a written file must survive a loss of power: as soon as the write returns (kNow), or only
+/// after the caller has waited for the disk with `SyncFileSystem`, if at all (kLater).
 enum class Sync { kLater, kNow };
 
-/// Writes a whole file through a temporary file beside it and a rename, so that a failed write
-/// leaves an existing file as it was. The temporary file has a random name that nobody had before
-/// and the permissions of the file that it replaces; whatever this process did not make is left
-/// alone. A link is followed; a device or pipe is written directly. With Sync::kNow the bytes are
-/// on the disk before the rename, and the rename is when this returns. On failure the result is
-/// false and `error` says what and which file.
+/// Writes a whole file through a temporary file in the same folder and a rename, so that a failed
+/// write leaves an existing file unchanged. The temporary file has a random name that was not in
+/// use and the permissions of the file that it replaces; files that this process did not create are
+/// left alone. A link is followed; a device or pipe is written directly. With Sync::kNow the bytes
+/// are on the disk before the rename, and the rename is on the disk before this returns. On failure
+/// the result is false and `error` names the file and says why.
 [[nodiscard]] bool WriteFile(const std::string& name, std::string_view bytes, std::string& error,
                              Sync sync = Sync::kLater);
 
-/// Waits until all that was written to the file system of a folder is on the disk: for many files,
-/// this is far quicker than Sync::kNow for each. On failure the result is false and `error` says
-/// why.
+/// Waits until everything written to the file system of a folder is on the disk. For many files
+/// this is far quicker than Sync::kNow for each of them. On failure the result is false and `error`
+/// says why.
 [[nodiscard]] bool SyncFileSystem(const std::string& folder, std::string& error);
 
-/// Waits for the disk: for the file or folder of a handle, or for its whole file system. False,
-/// with errno set, when that failed.
+/// Waits for the disk: for the file or folder of a handle, or for its whole file system. Returns
+/// false and sets errno on failure.
 using DiskSync = std::function<bool(int handle, bool whole_file_system)>;
-/// Replaces the waiting; an empty function puts the system's back. For tests that watch it and
-/// benchmarks that leave out the disk.
+/// Replaces the wait for the disk, for tests that observe it and benchmarks that leave it out; an
+/// empty function restores the system's.
 void SetDiskSync(DiskSync sync);
 
 bool FileExists(const std::string& name);
 bool FolderExists(const std::string& name);
 
-/// Creates a folder with its parents; true when it exists afterwards.
+/// Creates a folder and its parents. True if the folder exists afterwards; otherwise `error` names
+/// it and says why.
 [[nodiscard]] bool CreateFolder(const std::string& name, std::string& error);
 
-/// Whether new files can be made in a folder; when not, `error` names the folder and says why.
+/// Whether new files can be created in a folder; if not, `error` names the folder and says why.
 [[nodiscard]] bool CanMakeFiles(const std::string& folder, std::string& error);
 
-/// `folder` with "\" read as a separator and one "/" at its end; the empty name is the working
+/// `folder` with every "\" replaced by "/" and with a "/" at its end. The empty name is the working
 /// directory, "./".
 std::string WithTrailingSeparator(std::string_view folder);
 
-/// The part after the last dot of the file-name part, ASCII letters in lower case, without the
-/// dot; empty for a name without a dot.
+/// The extension of the file-name part: the text after its last dot, with ASCII letters in lower
+/// case. Empty if there is no dot.
 std::string FileExtension(std::string_view name);
 
 /// The file-name part: the text after the last "/" or "\".

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kBarColumns = 40;
 
-// A bar on one line of the terminal, wiped when the work is done.
+// A progress bar on one line of the terminal, cleared when the work is done.
 class TerminalProgress final : public frmProgressBar {
  public:
   explicit TerminalProgress(std::string_view caption) : caption_(caption) { SetPercent(0); }
@@ -84,7 +84,8 @@ Installation& Installed() {
 void SetHostWindows(std::shared_ptr<HostWindows> Windows) {
   if (!Windows) Windows = std::make_shared<TerminalWindows>();
   const std::lock_guard lock(Installed().mutex);
-  Installed().windows.swap(Windows);  // those before go when the lock is released
+  // The previous windows are destroyed after the lock is released.
+  Installed().windows.swap(Windows);
 }
 
 std::shared_ptr<HostWindows> CurrentHostWindows() {

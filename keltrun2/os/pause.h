@@ -1,18 +1,19 @@
-// Waiting, and chance.
+// Waiting and random numbers, both replaceable in tests.
 #pragma once
 
 #include <functional>
 
 namespace keltrun {
 
-/// Suspends the thread.
+/// Suspends the calling thread.
 void Pause(double seconds);
 
-/// A number from 0 to below 1, by chance.
+/// A random number of at least 0 and below 1.
 double Random();
 
-/// Replace them; an empty function puts the system's back. For tests.
+/// Replaces Pause, for tests; an empty function restores the system's.
 void SetPause(std::function<void(double seconds)> pause);
+/// Replaces Random, for tests; an empty function restores the system's.
 void SetRandom(std::function<double()> random);
 
 }  // namespace keltrun

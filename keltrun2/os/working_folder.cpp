@@ -22,12 +22,12 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kExtractionPrefix = "extract-";
 
-// An open folder. Locks tell other processes which extraction folders are in use; they vanish with
-// the process that holds them.
+// An open folder. A lock on it shows other processes that the extraction folder is in use; the
+// system releases the lock when the process ends.
 class OpenFolder {
  public:
   OpenFolder() = default;
-  // Not open when `path` is a link or no folder.
+  // Stays closed if `path` is a link or not a folder.
   explicit OpenFolder(const std::string& path)
       : handle_(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)) {}
   OpenFolder(OpenFolder&& other) noexcept
@@ -39,7 +39,8 @@ class OpenFolder {
   }
   ~OpenFolder() {
     if (handle_ < 0) return;
-    // A child of this process may have the folder open still; the lock is not the child's to give.
+    // A forked child inherits the lock. It must not release the parent's lock; and the parent must
+    // release it explicitly, since a child may still have the folder open.
     if (owner_ == getpid()) flock(handle_, LOCK_UN);
     close(handle_);
   }
@@ -47,7 +48,7 @@ class OpenFolder {
   bool IsOpen() const { return handle_ >= 0; }
   int get() const { return handle_; }
 
-  // False when another one holds the lock. A file system without locks grants it.
+  // False if another holder has the lock. If the file system does not support locks, it is granted.
   bool Lock() const {
     return !IsOpen() || flock(handle_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
   }
@@ -62,8 +63,8 @@ class OpenFolder {
   pid_t owner_ = getpid();
 };
 
-// A file or folder of ours in the working folder, removed when the next one takes its place and at
-// the end of the thread, which for the first thread is that of the process. A child of this process
+// A file or folder of ours in the working folder. It is removed when the next one takes its place
+// and when the thread ends; for the main thread that is the end of the process. A forked child
 // leaves it alone.
 class Kept {
  public:
@@ -84,11 +85,11 @@ class Kept {
 
  private:
   std::string path_;
-  OpenFolder folder_;  // locked, when it is a folder
+  OpenFolder folder_;  // open and locked if this is a folder
   pid_t owner_ = getpid();
 };
 
-// The value of a variable that holds the absolute path of a folder.
+// The value of a variable, with a trailing separator, if it is the absolute path of a folder.
 std::optional<std::string> FolderVariable(const char* variable) {
   const char* value = std::getenv(variable);
   if (value == nullptr || *value != '/' || !FolderExists(value)) return std::nullopt;
@@ -100,7 +101,7 @@ std::string WorkingFolderName() {
   return FolderVariable("TMPDIR").value_or("/tmp/") + "Keltrun2-" + std::to_string(geteuid());
 }
 
-// Why the folder must not be used, or empty.
+// Why the folder must not be used, or "" if it may be used.
 std::string Objection(const std::string& name) {
   struct stat info;
   const OpenFolder folder(name);
@@ -125,8 +126,8 @@ bool IsLapFile(const fs::directory_entry& entry) {
          fs::is_regular_file(entry.symlink_status());
 }
 
-// Removes the lap files of earlier archives, and the folders of earlier extractions that no thread
-// and no process uses any more.
+// Removes the lap files of earlier archives, and the folders of earlier extractions that are not
+// in use by any thread or process.
 void RemoveLeftovers(const std::string& working) {
   std::error_code code;
   for (fs::directory_iterator entry(working, code), end; !code && entry != end;
@@ -135,7 +136,7 @@ void RemoveLeftovers(const std::string& working) {
     std::error_code ignored;
     if (FileNamePart(path).starts_with(kExtractionPrefix)) {
       const OpenFolder folder(path);
-      if (folder.Lock()) fs::remove_all(path, ignored);  // of a link, the link
+      if (folder.Lock()) fs::remove_all(path, ignored);  // removes a link, not its target
     } else if (IsLapFile(*entry)) {
       fs::remove(path, ignored);
     }
@@ -162,7 +163,7 @@ std::optional<std::string> NewExtractionFolder(std::string& error) {
   if (!working) return std::nullopt;
   in_use = Kept();
   RemoveLeftovers(*working);
-  // Another process may take the new folder for an unused one until it is locked.
+  // Until the new folder is locked, another process may think it is unused and remove it.
   constexpr int kTries = 10;
   for (int i = 0; i < kTries; ++i) {
     std::string name = *working + "/" + std::string(kExtractionPrefix) + "XXXXXX";

@@ -1,4 +1,4 @@
-// Texts from data as parts of lines.
+// Putting texts from data into the lines of a file.
 #pragma once
 
 #include <string>
@@ -6,17 +6,18 @@
 
 namespace keltrun {
 
-/// How the lines of written files end.
+/// The line ending of written files.
 inline constexpr std::string_view kCrLf = "\r\n";
 
-/// Appends the text with a blank for each CR, LF and TAB: it must not break its line.
+/// Appends the text with a blank in place of each CR, LF and TAB, so that it does not break the
+/// line.
 void AppendInLine(std::string& out, std::string_view text);
 
-/// The same with each comma as U+FF0C: in a file of comma-separated lines without quoting it must
-/// not start a cell of its own.
+/// The same, also with U+FF0C in place of each comma. In a file of comma-separated lines without
+/// quoting, a comma would start another cell.
 void AppendCell(std::string& out, std::string_view text);
 
-/// AppendInLine as a text of its own.
+/// The text that AppendInLine appends.
 std::string InLine(std::string_view text);
 
 }  // namespace keltrun

@@ -13,13 +13,14 @@ namespace {
 constexpr DateTime kFirstDate = -657434;  // 100-01-01
 constexpr DateTime kLastDate = 2958465;   // 9999-12-31
 
-// A half second in days is as a rule a hair above or below the half. Rounding up what is this close
-// below it makes all halves round the same way.
+// Half a second, in days, is usually not exact: it is slightly above or below the half. This
+// tolerance makes all halves round up.
 constexpr double kHairSeconds = 1e-7;
 
 double RoundSeconds(double seconds) { return std::floor(seconds + (0.5 + kHairSeconds)); }
 
-// Days from 1970-01-01, and back: the usual era arithmetic with years beginning in March.
+// Days since 1970-01-01 from a calendar date. This function and its inverse use 400-year eras and
+// years that begin in March.
 int DaysFromCivil(int year, int month, int day) {
   year -= month <= 2 ? 1 : 0;
   const int era = (year >= 0 ? year : year - 399) / 400;
@@ -46,7 +47,7 @@ Civil CivilFromDays(int days) {
   return {year_of_era + era * 400 + (month <= 2 ? 1 : 0), month, day};
 }
 
-// Reads one to `most` digits off the front.
+// Takes one to `most` digits from the front.
 std::optional<int> TakeNumber(std::string_view& text, std::size_t most) {
   int value = 0;
   std::size_t length = 0;
@@ -64,7 +65,7 @@ bool TakeCharacter(std::string_view& text, char c) {
   return true;
 }
 
-// "h:mm" or "h:mm:ss", with "." for ":" only in the full form of two digits each.
+// "h:mm" or "h:mm:ss"; also "hh.mm.ss", but only with two digits each.
 std::optional<DateTime> ParseTimeOfDay(std::string_view text) {
   const bool dotted = text.size() == 8 && text[2] == '.' && text[5] == '.';
   const char separator = dotted ? '.' : ':';
@@ -82,7 +83,7 @@ std::optional<DateTime> ParseTimeOfDay(std::string_view text) {
 }
 
 std::optional<DateTime> ParseDate(std::string_view text) {
-  if (text.size() < 5 || text[4] != '/') return std::nullopt;  // four digits of year
+  if (text.size() < 5 || text[4] != '/') return std::nullopt;  // the year has four digits
   const auto year = TakeNumber(text, 4);
   if (!year || !TakeCharacter(text, '/')) return std::nullopt;
   const auto month = TakeNumber(text, 2);
@@ -92,8 +93,8 @@ std::optional<DateTime> ParseDate(std::string_view text) {
   return DateNumber(*year, *month, *day);
 }
 
-// A value as its day and its time of day in whole seconds; before 1899-12-30 the fraction still
-// counts forwards from midnight, as date-time numbers do.
+// A value split into its day and its time of day in whole seconds. In a date-time number the
+// fraction is counted forward from midnight also before 1899-12-30, where the number is negative.
 struct DayAndTime {
   int day;
   int seconds;
@@ -118,7 +119,7 @@ struct TokenText {
   Token token;
 };
 
-// The longer form of a letter stands before the shorter.
+// The longer form of a letter comes before the shorter one.
 constexpr std::array<TokenText, 9> kTokens = {{{"yyyy", Token::kYear},
                                                {"mm", Token::kMonth},
                                                {"dd", Token::kDay},

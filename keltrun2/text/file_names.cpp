@@ -38,7 +38,7 @@ std::string CleanFileName(std::string_view path) {
 std::string RemoveUnsafeKeepingExtension(std::string_view text) {
   const std::size_t dot = text.rfind('.');
   if (dot == std::string_view::npos || text.find_first_of(kUnsafe, dot) != std::string_view::npos) {
-    return RemoveUnsafe(text);  // what follows the last dot is no extension
+    return RemoveUnsafe(text);  // the text after the last dot is not an extension
   }
   return RemoveUnsafe(text.substr(0, dot)) + std::string(text.substr(dot));
 }

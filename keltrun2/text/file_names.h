@@ -1,4 +1,4 @@
-// Names that are safe as file names.
+// Making names that are safe as file names.
 #pragma once
 
 #include <string>
@@ -6,22 +6,23 @@
 
 namespace keltrun {
 
-/// Removes the characters : / | > < ' and the double quote.
+/// Removes the characters : / | > < ' and ".
 std::string RemoveUnsafe(std::string_view text);
 
-/// RemoveUnsafe on the file-name part of a path (behind the last "\", else the last "/", else the
-/// last ":"); a folder part (up to the last "\", else the last ":") is kept and ends in a
-/// separator.
+/// Applies RemoveUnsafe to the file-name part of a path: the text after the last "\", else the last
+/// "/", else the last ":". The folder part (up to the last "\", else the last ":") is kept and gets
+/// a separator at its end if it has none.
 std::string CleanFileName(std::string_view path);
 
-/// RemoveUnsafe on everything before the file extension, which is kept as it is.
+/// Applies RemoveUnsafe to everything before the file extension, which is left unchanged.
 std::string RemoveUnsafeKeepingExtension(std::string_view text);
 
-/// Every character beyond U+00FF as "u" and four lower-case hexadecimal digits per UTF-16 unit.
+/// Replaces every character beyond U+00FF by "u" and four lower-case hexadecimal digits for each of
+/// its UTF-16 units.
 std::string EncodeWideCharacters(std::string_view text);
 
-/// ClassInfo of classes and data sets: "5.2km", and behind it the climb with its symbol when it is
-/// not 0; empty for a length of 0.
+/// The length and climb of a class or data set: "5.2km", followed by the climb with its symbol if
+/// it is not 0. Empty for a length of 0.
 std::string LengthAndClimb(int length_metres, int climb_metres, std::string_view climb_symbol);
 
 }  // namespace keltrun

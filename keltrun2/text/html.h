@@ -1,4 +1,4 @@
-// Text inside HTML: everything that comes from data goes through here.
+// Escaping for HTML. Every text that comes from data is escaped with these functions.
 #pragma once
 
 #include <string>
@@ -6,15 +6,16 @@
 
 namespace keltrun {
 
-/// Appends `text` with & < > and the double quote escaped.
+/// Appends `text` with the characters & < > and " escaped.
 void AppendEscaped(std::string& out, std::string_view text);
 
-/// The same with every blank as &nbsp;.
+/// The same, also with &nbsp; in place of every blank.
 void AppendEscapedNoBreak(std::string& out, std::string_view text);
 
+/// The text that AppendEscaped appends.
 std::string EscapeHtml(std::string_view text);
 
-/// A file name for a link: every byte percent-encoded except A-Z a-z 0-9 - . _ ~ /.
+/// Encodes a file name for a link: every byte except A-Z a-z 0-9 - . _ ~ / is percent-encoded.
 std::string PercentEncode(std::string_view name);
 
 }  // namespace keltrun

@@ -58,7 +58,8 @@ std::string UpperAll(std::string_view text) {
 std::string FoldCase(std::string_view text) {
   if (IsAscii(text)) return LowerAscii(text);
   return MapCharacters(text, [](char32_t c) {
-    const bool turkish = c == 0x130 || c == 0x131;  // dotted I and dotless i equal only themselves
+    // The dotted capital I and the dotless i have no other case than themselves.
+    const bool turkish = c == 0x130 || c == 0x131;
     return turkish ? c : Lower(Upper(c));
   });
 }

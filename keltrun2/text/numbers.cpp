@@ -16,7 +16,8 @@ std::size_t SkipDigits(std::string_view text, std::size_t pos) {
   return pos;
 }
 
-// Length of the number that `text` begins with (sign, digits, point, exponent), 0 when none.
+// The length of the number (sign, digits, point, exponent) at the start of `text`, 0 if there is
+// none.
 std::size_t NumberLength(std::string_view text) {
   std::size_t pos = 0;
   if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) ++pos;
@@ -51,8 +52,8 @@ struct NumberPattern {
   std::string_view before;
   std::string_view after;
   std::size_t whole_digits = 0;     // "0" before the point
-  std::size_t fraction_always = 0;  // "0" behind it
-  std::size_t fraction_most = 0;    // "0" and "#" behind it
+  std::size_t fraction_always = 0;  // decimals that are always shown: up to the last "0"
+  std::size_t fraction_most = 0;    // decimals that are shown at most: "0" and "#"
 };
 
 NumberPattern ParsePattern(std::string_view pattern) {
@@ -104,7 +105,7 @@ std::int32_t NumericLong(std::string_view text) {
 }
 
 std::int32_t LeadingLong(std::string_view text) {
-  constexpr std::size_t kFewDigits = 9;  // no overflow
+  constexpr std::size_t kFewDigits = 9;  // cannot overflow
   if (!text.empty() && text.size() <= kFewDigits && SkipDigits(text, 0) == text.size()) {
     std::int32_t value = 0;
     for (const char c : text) value = value * 10 + (c - '0');
@@ -114,7 +115,7 @@ std::int32_t LeadingLong(std::string_view text) {
 }
 
 std::string FormatNumber(double value, std::string_view pattern) {
-  constexpr double kLargest = 1e15;  // beyond it doubles hold no fractions
+  constexpr double kLargest = 1e15;  // the digits of a larger double would not be exact
   constexpr std::size_t kMostDecimals = 9;
   const NumberPattern parsed = ParsePattern(pattern);
   if (!std::isfinite(value)) value = 0;

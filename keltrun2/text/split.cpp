@@ -5,7 +5,7 @@
 namespace keltrun {
 namespace {
 
-constexpr std::int32_t kLargestIndex = 1 << 20;  // no real list is as long; keeps growth bounded
+constexpr std::int32_t kLargestIndex = 1 << 20;  // no real list is that long; bounds the memory
 
 }  // namespace
 

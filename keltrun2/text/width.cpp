@@ -82,7 +82,7 @@ std::size_t DisplayWidth(std::string_view text) {
 
 std::string CutByWidth(std::string_view text, std::size_t StartColumn, std::size_t Width) {
   std::string out;
-  const std::size_t end = StartColumn + Width;  // the first column behind the span
+  const std::size_t end = StartColumn + Width;  // the first column after the span
   std::size_t column = 1;
   for (std::size_t pos = 0; pos < text.size() && column < end;) {
     const char32_t c = NextCodePoint(text, pos);
