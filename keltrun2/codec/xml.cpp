@@ -215,7 +215,8 @@ std::optional<XmlError> XmlReader::Open() {
 }
 
 XmlError XmlReader::ErrorAt(std::size_t offset, std::string detail) {
-  // Places are asked for in the order of the document, nearly always.
+  // Nearly always, places are requested in the order of the document, so the search goes on from
+  // the last one.
   if (offset < placed_) {
     place_ = {1, 1, ""};
     placed_ = 0;

@@ -18,13 +18,13 @@ std::string StoredName(KrConfigFolderConst folder, std::string_view item) {
   return (folder == KR_CONFIG_FOLDER_DATA ? "DATA_" : "CONFIG_") + std::string(item);
 }
 
-// Whether a line with this name is found again under it. Any other line would change a setting that
-// the host did not name.
+// Whether a line with this name can be found again under the name. Other lines would change a
+// setting with a different name.
 bool IsStorable(std::string_view item) {
   return item.find_first_of("=\r\n") == std::string_view::npos && !item.ends_with(' ');
 }
 
-// A line break of any kind as the marker.
+// The text with every line break, of any kind, replaced by the marker.
 std::string WithMarkers(std::string_view text) {
   std::string out;
   while (true) {
@@ -40,13 +40,13 @@ std::string WithLineBreaks(std::string_view text) {
   return CclsSplit(kLineBreakMarker, text).Expression("\r\n");
 }
 
-// The store may be in use, or a network's folder away for a moment.
+// The store may be in use, or a network folder may be unavailable for a moment.
 template <typename Attempt>
 void TryThreeTimes(Attempt attempt) {
   for (int attempts_left = 3; !attempt() && --attempts_left > 0;) Pause(1 + Random());
 }
 
-// The last line of a name counts.
+// The value of a name, or nullopt. If there are several lines with the name, the last one is used.
 std::optional<std::string> FindText(std::string_view bytes, std::string_view name) {
   for (const std::string& line : ParseConfigStore(bytes)) {
     const auto [line_name, text] = SplitAt(line, "=", true);
@@ -61,7 +61,7 @@ clsConfigControl::clsConfigControl() {
   const std::string folder = AppDataFolder();
   if (folder.empty()) return;
   file_ = folder + std::string(kStore);
-  CompactConfigStore(file_, FileLock::kAtOnce);  // else the next root object does it
+  CompactConfigStore(file_, FileLock::kAtOnce);  // on failure the next root object tries again
 }
 
 std::string clsConfigControl::Value(KrConfigFolderConst ConfigFolder, std::string_view Item,

@@ -24,13 +24,14 @@ using namespace std::string_view_literals;
 constexpr std::string_view kMark = "\xFF\xFE"sv;
 constexpr std::string_view kLineEnd = "\r\0\n\0"sv;
 
-// No host's settings come near these sizes. An append to a store above the first compacts it, so
-// that it stays small in a process that runs for days; one above the second is not read, and no
-// append makes one.
+// Settings of real hosts are far smaller. Appending to a store above the first size compacts it, so
+// that it stays small when a process runs for days. A store above the second size is not read, and
+// no append makes a store that large.
 constexpr std::size_t kCompactAbove = std::size_t{1} << 20;
 constexpr std::size_t kLargestStore = std::size_t{8} << 20;
 
-// An append takes a fraction of a millisecond: who waits for a second waits for a stopped process.
+// An append takes a fraction of a millisecond. If the lock is held for a second, the process that
+// holds it must have stopped.
 constexpr FileLock::Patience kOneSecond = {500, 0.002};
 
 std::string LockName(const std::string& file) { return file + ".lock"; }
@@ -52,7 +53,7 @@ bool HasStoreEnd(std::string_view bytes) {
   return bytes.size() % 2 == 0 && (bytes.size() == kMark.size() || bytes.ends_with(kLineEnd));
 }
 
-// Whether a line put behind it would be read.
+// Whether a line appended to these bytes could be read.
 bool TakesLines(std::string_view bytes) { return bytes.starts_with(kMark) && HasStoreEnd(bytes); }
 
 bool IsTooLarge(const std::string& file) {
@@ -67,7 +68,7 @@ bool PutAside(const std::string& file) {
   return !code;
 }
 
-// The file's bytes, empty when there is no file.
+// The bytes of the file, empty if there is no file; nullopt if it is too large or cannot be read.
 std::optional<std::string> StoreBytes(const std::string& file) {
   if (!FileExists(file)) return "";
   if (IsTooLarge(file)) return std::nullopt;
@@ -80,15 +81,15 @@ bool CreateStoreFolder(const std::string& file) {
   return CreateFolder(file.substr(0, file.rfind('/')), error);
 }
 
-// Only a file is replaced: a pipe would wait for its reader, and behind a file that cannot be
-// looked at there may be settings.
+// Only a regular file may be replaced: writing to a pipe would wait for its reader, and a file that
+// cannot be examined may contain settings.
 bool IsReplaceable(const std::string& file) {
   std::error_code code;
   const fs::file_type type = fs::status(file, code).type();
   return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
-// Requires the lock.
+// Replaces the store by its compacted form and updates `bytes`. Requires the lock.
 bool WriteCompacted(const std::string& file, std::string& bytes) {
   if (!IsReplaceable(file)) return false;
   std::string compacted = FormatConfigStore(ParseConfigStore(bytes));

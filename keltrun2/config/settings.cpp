@@ -27,9 +27,9 @@ struct BuiltInTexts {
 };
 constexpr BuiltInTexts kBuiltInTexts[] = {{"ja", kBuiltInTextsJa}, {"en", kBuiltInTextsEn}};
 
-// The settings never change once they are loaded, so that all threads may read them.
+// The settings never change once they are loaded, so all threads may read them.
 struct ProcessSettings {
-  std::mutex mutex;  // of the first load and of what comes before it
+  std::mutex mutex;  // guards the first load and everything before it
   Startup startup;
   std::unique_ptr<const Settings> settings;
   std::atomic<const Settings*> loaded = nullptr;
@@ -44,8 +44,8 @@ std::string InFolder(const std::string& folder, std::string_view file) {
   return folder + "/" + std::string(file);
 }
 
-// The component's folder, its parent, its grandparent, then the places of an installation; the
-// component's folder when none of them holds the settings file.
+// The first folder with a settings file among the component's folder, its parent, its grandparent
+// and the folders of an installation; the component's folder if none of them has one.
 std::string FindSettingsFolder() {
   std::string component = ComponentFolder();
   std::string folder = component;
@@ -63,14 +63,15 @@ std::string ResourceFileName(std::string_view language) {
   return "Keltrun2Res-" + std::string(language) + ".txt";
 }
 
-// A file's text, or what the library holds itself of it where the file cannot be read.
+// The text of a file, or the built-in text if the file cannot be read.
 std::string TextOfFile(const std::string& name, std::string_view built_in) {
   std::string error;
   const std::optional<std::string> bytes = ReadFile(name, error);
   return DecodeTextFile(bytes ? *bytes : built_in);
 }
 
-// Of a language that the library does not know, the English texts: every page needs some.
+// The built-in texts of a language. Every page needs texts, so for an unknown language they are the
+// English ones.
 std::string_view TextsOf(std::string_view language) {
   for (const BuiltInTexts& known : kBuiltInTexts) {
     if (known.language == language) return known.texts;
@@ -78,7 +79,7 @@ std::string_view TextsOf(std::string_view language) {
   return kBuiltInTextsEn;
 }
 
-// Whether a host can mean this folder: it holds the settings file or the texts of some language.
+// Whether a host can really mean this folder: it contains the settings file or a resource file.
 bool HasComponentFiles(const std::string& folder, const Startup& startup) {
   if (FileExists(InFolder(folder, kSettingsFile))) return true;
   if (startup.Language && FileExists(InFolder(folder, ResourceFileName(*startup.Language)))) {
@@ -145,15 +146,15 @@ void SetStartup(const Startup& Values) {
   if (Values.Folder && !HasComponentFiles(*Values.Folder, Values)) {
     throw AutomationError(KR_ERROR_INVALID_CALL,
                           "SetStartup: the folder \"" + *Values.Folder +
-                              "\" holds neither Keltrun2.ini nor a resource file such as "
-                              "Keltrun2Res-ja.txt; name the folder that does, or none: the library "
-                              "has texts of its own");
+                              "\" contains neither Keltrun2.ini nor a resource file such as "
+                              "Keltrun2Res-ja.txt; choose a folder that does, or none to use the "
+                              "built-in texts");
   }
   const std::lock_guard lock(Process().mutex);
   if (Process().settings) {
     throw AutomationError(KR_ERROR_INVALID_CALL,
-                          "SetStartup: the settings are loaded already; call it before the first "
-                          "root object");
+                          "SetStartup: the settings are already loaded; call it before the first "
+                          "root object is created");
   }
   Process().startup = Values;
 }

@@ -1,12 +1,12 @@
-// For tests: what a new process would bring.
+// For tests that need the settings of a new process.
 #pragma once
 
 #include "keltrun2/config/startup.h"
 
 namespace keltrun {
 
-/// Forgets the loaded settings and takes new start values; the next use loads again. Only for one
-/// thread that runs alone.
+/// Discards the loaded settings and sets new start values; the next use loads again. No other
+/// thread may use the library meanwhile.
 void RestartSettings(const Startup& values);
 
 }  // namespace keltrun

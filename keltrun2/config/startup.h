@@ -1,4 +1,4 @@
-// How a host overrides settings file and environment before it starts the component.
+// How a host overrides the settings file and the environment before it uses the component.
 #pragma once
 
 #include <cstdint>
@@ -9,20 +9,21 @@
 
 namespace keltrun {
 
-/// What is not set follows the settings file and the environment.
+/// Start values of a host. Members that are not set follow the settings file and the environment.
 struct Startup {
-  /// Language code of the resource file, "ja" or "en", in place of the LANGUAGE setting.
+  /// Language code of the resource file, "ja" or "en", instead of the LANGUAGE setting.
   std::optional<std::string> Language = std::nullopt;
-  /// Identifier of the user's locale; 1041 together with language "ja" is the Japanese mode.
+  /// Identifier of the user's locale; 1041 together with language "ja" is Japanese mode.
   std::optional<std::int32_t> Locale = std::nullopt;
-  /// The folder that holds Keltrun2.ini and the resource files, in place of the search. What it
-  /// does not hold is taken from the library itself, as where the search finds nothing.
+  /// The folder with Keltrun2.ini and the resource files, instead of the one that a search would
+  /// find. For files that are missing there, the texts built into the library are used.
   std::optional<std::string> Folder = std::nullopt;
 };
 
-/// Takes effect when the settings are loaded, that is with the first root object or the first font
-/// request of the process. Later it raises invalid procedure call (5): settings load once. So does
-/// a folder that holds neither the settings file nor a resource file; nothing is changed then.
+/// Sets the start values of the process. They take effect when the settings are loaded, that is
+/// with the first root object or the first font. Settings load only once, so later calls raise
+/// invalid procedure call (5). A folder that contains neither the settings file nor a resource file
+/// raises the same error. Nothing is changed then.
 KELTRUN2_API void SetStartup(const Startup& Values);
 
 }  // namespace keltrun

@@ -13,11 +13,12 @@
 namespace keltrun {
 namespace {
 
-// Bounds of what is kept: far more than a program uses, far less than a hostile text could fill.
+// Bounds of the caches: far more than a program needs, but a hostile text cannot fill the memory.
 constexpr std::size_t kMostGlyphs = 8192;
 constexpr std::size_t kMostTypeFaces = 32;
 
-// Gives the FreeType face of a scaled font as long as it lives; null when the file is unusable.
+// The FreeType face of a scaled font, locked while this object exists; null if the file cannot be
+// used.
 class LockedFace {
  public:
   explicit LockedFace(cairo_scaled_font_t* font)
@@ -68,8 +69,8 @@ struct FontSetDeleter {
 };
 using FontSet = std::unique_ptr<FcFontSet, FontSetDeleter>;
 
-// The system's fonts, read once. Not fontconfig's own current set: that one belongs to the host,
-// and nobody ever gives it back.
+// The fonts of the system, read once. The current configuration of fontconfig is not used: it
+// belongs to the host, and it would never be freed.
 FcConfig* SystemFonts() {
   struct ConfigDeleter {
     void operator()(FcConfig* config) const { FcConfigDestroy(config); }
@@ -78,8 +79,8 @@ FcConfig* SystemFonts() {
   return config.get();
 }
 
-// What is looked for. The language makes a face that the system lacks fall to a Japanese font; a
-// face that it has is stronger than the language.
+// The pattern to search with. If the system does not have the face, the language makes the search
+// prefer a Japanese font; if it does, the face matters more than the language.
 Pattern Wanted(const Font& font) {
   Pattern pattern(FcPatternCreate());
   const std::string face = ValidUtf8(font.Face());
@@ -92,7 +93,7 @@ Pattern Wanted(const Font& font) {
   return pattern;
 }
 
-// The fonts of the system, best first, without those that add no character.
+// The fonts of the system, best match first, without those that add no characters.
 std::vector<std::unique_ptr<FontFile>> SortedFiles(const Font& font) {
   const Pattern wanted = Wanted(font);
   FcResult result = FcResultMatch;
@@ -110,13 +111,13 @@ std::vector<std::unique_ptr<FontFile>> SortedFiles(const Font& font) {
   return files;
 }
 
-// The bitmaps for small sizes that some fonts hold would look unlike the rest of a picture.
+// Some fonts contain bitmaps for small sizes, which would not match the rest of a picture.
 void UseOutlinesOnly(FcPattern* pattern) {
   FcPatternDel(pattern, FC_EMBEDDED_BITMAP);
   FcPatternAddBool(pattern, FC_EMBEDDED_BITMAP, FcFalse);
 }
 
-// Told in the pattern, not to the face: cairo shares one face between equal patterns.
+// Set in the pattern, not in the face, because cairo shares one face between equal patterns.
 void SetEmbolden(FcPattern* pattern, bool embolden) {
   FcPatternDel(pattern, FC_EMBOLDEN);
   FcPatternAddBool(pattern, FC_EMBOLDEN, embolden ? FcTrue : FcFalse);
@@ -130,7 +131,8 @@ std::unique_lock<std::mutex> LockFonts() {
 }
 
 bool IsInvisible(char32_t c) {
-  // Noncharacters (the last two of each plane and U+FDD0 to U+FDEF) would stop cairo altogether.
+  // Noncharacters (the last two of each plane and U+FDD0 to U+FDEF) would put cairo into an error
+  // state, in which it draws nothing more.
   if ((c & 0xFFFE) == 0xFFFE || (c >= 0xFDD0 && c <= 0xFDEF)) return true;
   return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0xAD || (c >= 0x200B && c <= 0x200F) ||
          (c >= 0x2028 && c <= 0x202E) || (c >= 0x2060 && c <= 0x206F) ||
@@ -153,12 +155,12 @@ FontFile::~FontFile() {
 }
 
 bool FontFile::Load() {
-  if (tried_) return face_ != nullptr;  // only read from now on: threads that draw ask, too
+  if (tried_) return face_ != nullptr;  // no longer changes, so drawing threads need no lock
   tried_ = true;
   cairo_font_face_t* face = cairo_ft_font_face_create_for_pattern(pattern_);
   cairo_matrix_t size;
   cairo_matrix_t identity;
-  cairo_matrix_init_scale(&size, 100, 100);  // any will do: measures are read unscaled
+  cairo_matrix_init_scale(&size, 100, 100);  // any size will do: measures are read unscaled
   cairo_matrix_init_identity(&identity);
   cairo_font_options_t* options = cairo_font_options_create();
   cairo_scaled_font_t* scaled = cairo_scaled_font_create(face, &size, &identity, options);
@@ -194,8 +196,8 @@ FontFile::Measures FontFile::ReadMeasures() {
   measures.Descent = -face.InEm(face->descender);
   if (face->underline_thickness <= 0) return measures;
   measures.UnderlineThickness = face.InEm(face->underline_thickness);
-  measures.UnderlineTop =
-      -face.InEm(face->underline_position) - measures.UnderlineThickness / 2;  // position: middle
+  // The position in the font is that of the middle of the line.
+  measures.UnderlineTop = -face.InEm(face->underline_position) - measures.UnderlineThickness / 2;
   return measures;
 }
 
@@ -214,7 +216,7 @@ double FontFile::Advance(unsigned long glyph) {
   return face.InEm(face->glyph->metrics.horiAdvance);
 }
 
-// --- a face with its stand-ins ---
+// --- a face with its substitutes ---
 
 TypeFace::TypeFace(const Font& font) {
   const auto lock = LockFonts();
@@ -229,7 +231,7 @@ TypeFace::~TypeFace() {
 void TypeFace::FindFiles(const Font& font) {
   files_ = SortedFiles(font);
   std::erase_if(files_, [usable = false](const auto& file) mutable {
-    usable = usable || file->Face() != nullptr;  // the first usable one is the face itself
+    usable = usable || file->Face() != nullptr;  // the first usable file becomes the face itself
     return !usable;
   });
   if (files_.empty()) return;
@@ -275,10 +277,10 @@ double TypeFace::Width(std::string_view text) {
 
 namespace {
 
-// The typefaces used last, for all threads.
+// The typefaces used most recently, shared by all threads.
 class TypeFaceCache {
  public:
-  // Null when it is not kept.
+  // Null if the typeface is not in the cache.
   std::shared_ptr<TypeFace> Find(const Font& font) {
     const std::lock_guard lock(mutex_);
     const auto found = std::find_if(kept_.begin(), kept_.end(), [&font](const Kept& entry) {
@@ -290,7 +292,7 @@ class TypeFaceCache {
   }
 
   void Keep(const Font& font, std::shared_ptr<TypeFace> type) {
-    std::list<Kept> dropped;  // given back without the lock
+    std::list<Kept> dropped;  // destroyed after the lock is released
     const std::lock_guard lock(mutex_);
     kept_.push_front({font.Face(), font.Bold, font.Italic, std::move(type)});
     if (kept_.size() > kMostTypeFaces) dropped.splice(dropped.begin(), kept_, --kept_.end());
@@ -305,18 +307,18 @@ class TypeFaceCache {
   };
 
   std::mutex mutex_;
-  std::list<Kept> kept_;  // last used first
+  std::list<Kept> kept_;  // most recently used first
 };
 
 }  // namespace
 
 std::shared_ptr<TypeFace> FindTypeFace(const Font& font) {
-  // First, so that the fonts of the system and the lock outlive what is kept here.
+  // Created before the cache, so that the system's fonts and the lock outlive the typefaces in it.
   SystemFonts();
   LockFonts().unlock();
   static TypeFaceCache cache;
   if (auto known = cache.Find(font)) return known;
-  auto made = std::make_shared<TypeFace>(font);  // two threads may make the same one: no harm
+  auto made = std::make_shared<TypeFace>(font);  // harmless if two threads make the same one
   cache.Keep(font, made);
   return made;
 }

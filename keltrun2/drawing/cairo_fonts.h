@@ -1,5 +1,5 @@
-// Fonts for pictures and printed pages: which font of the system shows a character, and its
-// measures. Everything is in parts of the em square, so it holds for every size.
+// Fonts for pictures and printed pages: which font of the system has a character, and its measures.
+// All measures are in em, so that they apply to every size.
 #pragma once
 
 #include <cairo.h>
@@ -17,26 +17,26 @@
 
 namespace keltrun {
 
-/// Held while cairo uses fonts: looks them up, opens them, draws with them, gives them back. It
-/// opens font files, and lists the faces of each, without a lock of its own.
+/// Takes the lock that must be held while cairo finds, opens, draws with or releases fonts. Cairo
+/// opens font files, and keeps the list of the faces of each, without a lock of its own.
 [[nodiscard]] std::unique_lock<std::mutex> LockFonts();
 
-/// One font of the system, loaded when it is first needed. Everything but `Face` of a loaded one
-/// needs the lock.
+/// One font of the system, loaded when it is first needed. All members must be called with the
+/// lock, except `Face` once the font is loaded.
 class FontFile {
  public:
-  /// Takes over `pattern`, a match that is ready for drawing. A font without a bold or a slanted
-  /// form is emboldened or slanted.
+  /// Takes ownership of `pattern`, a match that is ready for drawing. `embolden` and `slant` are
+  /// true for a font that does not have the bold or slanted form asked for.
   FontFile(FcPattern* pattern, bool embolden, bool slant);
   ~FontFile();
   FontFile(const FontFile&) = delete;
   FontFile& operator=(const FontFile&) = delete;
 
-  /// Null when the file cannot be used.
+  /// The font as cairo knows it; null if the file cannot be used.
   cairo_font_face_t* Face();
   /// Whether the drawing has to slant the letters.
   bool NeedsSlant() const { return needs_slant_; }
-  /// As its list of characters says, without opening the file.
+  /// Whether the font lists the character. Does not open the file.
   bool HasChar(char32_t c) const;
 
   struct Measures {
@@ -48,7 +48,8 @@ class FontFile {
   Measures ReadMeasures();
   std::string Family() const;
 
-  /// Number of the glyph that shows the character, 0 for the box of a missing one.
+  /// The number of the glyph for the character; 0, which is the box for missing characters, if
+  /// there is none.
   unsigned long GlyphIndex(char32_t c);
   double Advance(unsigned long glyph);
 
@@ -56,7 +57,7 @@ class FontFile {
   bool Load();
 
   FcPattern* pattern_;
-  FcCharSet* chars_ = nullptr;  // the pattern's
+  FcCharSet* chars_ = nullptr;  // owned by the pattern
   cairo_font_face_t* face_ = nullptr;
   cairo_scaled_font_t* scaled_ = nullptr;
   bool needs_slant_ = false;
@@ -65,13 +66,13 @@ class FontFile {
 
 /// How one character is drawn.
 struct Glyph {
-  FontFile* File = nullptr;  // null on a system without any font; its Face() is loaded
+  FontFile* File = nullptr;  // loaded; null for invisible characters and on systems without fonts
   unsigned long Index = 0;
   double Advance = 0;
 };
 
-/// A face in a style, and behind it the fonts that stand in for characters it lacks. All threads
-/// share it; its members take the lock themselves.
+/// A face in a style, followed by the fonts that are used for characters that it does not have. All
+/// threads share it; its public members take the lock themselves.
 class TypeFace {
  public:
   explicit TypeFace(const Font& font);
@@ -79,12 +80,11 @@ class TypeFace {
   TypeFace(const TypeFace&) = delete;
   TypeFace& operator=(const TypeFace&) = delete;
 
-  /// The family that was found for it; empty on a system without any font.
+  /// The family that was found for it; empty on a system without fonts.
   const std::string& Family() const { return family_; }
   const FontFile::Measures& Measures() const { return measures_; }
-  /// Appends how the characters of `text` from `pos` on are drawn, at most `most`, and moves `pos`
-  /// behind them. Characters that show nothing have no width. The glyphs are valid as long as the
-  /// typeface lives.
+  /// Appends the glyphs of at most `most` characters of `text` from `pos` on, and moves `pos` past
+  /// them. Invisible characters have no width. The glyphs are valid as long as the typeface exists.
   void FindGlyphs(std::string_view text, std::size_t& pos, std::size_t most,
                   std::vector<Glyph>& glyphs);
   /// Whether a font has the character.
@@ -94,7 +94,7 @@ class TypeFace {
   double Width(std::string_view text);
 
  private:
-  // Called with the lock.
+  // These must be called with the lock.
   const Glyph& Find(char32_t c);
   Glyph Search(char32_t c);
   void FindFiles(const Font& font);
@@ -105,10 +105,10 @@ class TypeFace {
   FontFile::Measures measures_;
 };
 
-/// The typeface of a font, kept for the next text.
+/// The typeface of a font. The ones used most recently are kept for the next text.
 std::shared_ptr<TypeFace> FindTypeFace(const Font& font);
 
-/// True for characters that take part in no drawing: controls, joiners, variation selectors.
+/// Whether a character is never drawn: control characters, joiners, variation selectors.
 bool IsInvisible(char32_t c);
 
 }  // namespace keltrun

@@ -28,7 +28,7 @@ struct Size {
   std::int32_t Height;
 };
 
-// What a picture is drawn on, one for each format.
+// The canvas that a picture is drawn on. Each format has its own.
 class Canvas {
  public:
   virtual ~Canvas() = default;
@@ -40,14 +40,14 @@ class Canvas {
 
 // --- PNG ---
 
-// Fresh memory costs as much as drawing in it: the pixels of the last picture are kept for the next
-// one.
+// Allocating fresh memory takes as long as drawing in it, so the pixels of the last picture are
+// kept for the next one.
 struct Pixels {
   std::unique_ptr<std::uint32_t[]> Data;
   std::size_t Count = 0;
 };
 
-// One for all threads: a spare picture for each would be too much.
+// Shared by all threads: a spare picture for each of them would take too much memory.
 class SparePixels {
  public:
   static Pixels Exchange(Pixels pixels) {
@@ -71,7 +71,7 @@ Pixels TakePixels(std::size_t count) {
   return pixels;
 }
 
-// The larger ones stay.
+// Keeps these pixels or the spare ones, whichever are more.
 void GiveBack(Pixels pixels) {
   if (pixels.Count > kMostKeptPixels) return;
   Pixels before = SparePixels::Exchange({});
@@ -87,7 +87,7 @@ class PngCanvas final : public Canvas {
   }
 
   void Start(Size size, Color back_color) override {
-    // A context that failed once draws nothing any more. There is one whenever the size is not 0.
+    // A context that has failed draws nothing more. There is a context unless the size is 0.
     const bool same_size = size.Width == size_.Width && size.Height == size_.Height;
     if (!same_size || cairo_status(context_) != CAIRO_STATUS_SUCCESS) Open(size);
     const std::uint32_t rgb = static_cast<std::uint32_t>(Red(back_color) << 16 |
@@ -101,8 +101,8 @@ class PngCanvas final : public Canvas {
   DrawingSurface& Drawing() override { return drawing_; }
 
   std::string Encode() override {
-    if (context_ == nullptr) {  // no memory when it was opened
-      throw AutomationError(KR_ERROR_INVALID_CALL, "cannot draw the picture: no memory");
+    if (context_ == nullptr) {  // there was not enough memory to open it
+      throw AutomationError(KR_ERROR_INVALID_CALL, "cannot draw the picture: out of memory");
     }
     drawing_.Flush();
     if (const cairo_status_t status = cairo_status(context_)) {
@@ -118,7 +118,7 @@ class PngCanvas final : public Canvas {
 
   void Open(Size size) {
     Close();
-    size_ = {0, 0};  // no size before its memory is there
+    size_ = {0, 0};  // stays 0 if there is not enough memory
     const std::size_t count = static_cast<std::size_t>(size.Width) * size.Height;
     if (pixels_.Count < count) {
       GiveBack(std::exchange(pixels_, {}));
@@ -174,7 +174,7 @@ class PdfCanvas final : public Canvas {
     document_.Discard();
     drawing_ = &document_.NewPage(
         {size.Width * kPointsPerPixel, size.Height * kPointsPerPixel, kPointsPerPixel});
-    if (back_color == kWhite) return;  // as paper is
+    if (back_color == kWhite) return;  // the page is white already
     drawing_->DrawBox(0, 0, static_cast<float>(size.Width), static_cast<float>(size.Height),
                       back_color, 0, true);
   }
@@ -185,7 +185,7 @@ class PdfCanvas final : public Canvas {
       Start(size_, back_color_);
       return bytes;
     } catch (const AutomationError&) {
-      Start(size_, back_color_);  // the next picture needs a document, too
+      Start(size_, back_color_);  // the next picture needs a document too
       throw;
     }
   }
@@ -194,7 +194,7 @@ class PdfCanvas final : public Canvas {
   Size size_{0, 0};
   Color back_color_ = kWhite;
   PdfDocument document_;
-  DrawingSurface* drawing_ = nullptr;  // the document's
+  DrawingSurface* drawing_ = nullptr;  // owned by the document
 };
 
 std::unique_ptr<Canvas> NewCanvas(PictureFormatConst format) {
@@ -206,8 +206,9 @@ std::unique_ptr<Canvas> NewCanvas(PictureFormatConst format) {
     case KR_PICTURE_PDF:
       return std::make_unique<PdfCanvas>();
   }
-  throw AutomationError(KR_ERROR_INVALID_CALL,
-                        "CairoPicture: there is no picture format " + std::to_string(format));
+  throw AutomationError(KR_ERROR_INVALID_CALL, "CairoPicture: there is no picture format " +
+                                                   std::to_string(format) +
+                                                   "; choose 0 (PNG), 1 (SVG) or 2 (PDF)");
 }
 
 void CheckSize(std::int32_t width, std::int32_t height) {
@@ -215,9 +216,11 @@ void CheckSize(std::int32_t width, std::int32_t height) {
       height <= kMostPixels / width) {
     return;
   }
-  throw AutomationError(KR_ERROR_INVALID_CALL, "CairoPicture: a picture cannot have " +
-                                                   std::to_string(width) + " x " +
-                                                   std::to_string(height) + " pixels");
+  throw AutomationError(KR_ERROR_INVALID_CALL,
+                        "CairoPicture: a picture cannot have " + std::to_string(width) + " x " +
+                            std::to_string(height) + " pixels; both sizes must be 1 to " +
+                            std::to_string(kLongestSide) + ", with at most " +
+                            std::to_string(kMostPixels) + " pixels in all");
 }
 
 }  // namespace
@@ -260,7 +263,7 @@ void CairoPicture::SetWidth(float Width) {
       static_cast<std::int32_t>(std::ceil(std::clamp(Width, 1.0F, static_cast<float>(widest))));
   try {
     state_->Start();
-  } catch (...) {  // too wide for the memory there is
+  } catch (...) {  // not enough memory for that width
     state_->PictureSize = before;
     throw;
   }

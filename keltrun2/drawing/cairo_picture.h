@@ -1,4 +1,4 @@
-// A picture that becomes a PNG, SVG or PDF file.
+// A picture that can be written to a PNG, SVG or PDF file.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +11,14 @@
 
 namespace keltrun {
 
-/// The formats of a CairoPicture's file.
+/// The file formats of a CairoPicture.
 enum PictureFormatConst : std::int32_t {
   KR_PICTURE_PNG = 0,  ///< Portable Network Graphics, in pixels.
   KR_PICTURE_SVG = 1,  ///< Scalable Vector Graphics.
   KR_PICTURE_PDF = 2,  ///< Portable Document Format, one page.
 };
 
-/// A picture without a window, drawn in pixels (a pixel is 1/96 inch in SVG and PDF).
+/// A picture without a window. The unit is the pixel, which is 1/96 inch in SVG and PDF.
 ///
 ///     auto picture = std::make_shared<CairoPicture>(1000, 700);
 ///     chart->SetPictureObject(picture);
@@ -26,22 +26,22 @@ enum PictureFormatConst : std::int32_t {
 ///     chart->DrawChart();
 ///     picture->Save("chart.png");
 ///
-/// It starts white. Its outer width is its width in pixels; other scale modes than pixels are
-/// ignored. Setting the background colour or the width erases it. The texts of SVG and PDF pictures
-/// stay texts. What has a coordinate that is no finite number is not drawn; others are taken as at
-/// most a million from the origin.
+/// A picture is white at first. Its outer width is its width in pixels; scale modes other than
+/// pixels are ignored. Setting the background color or the width erases it. Texts in SVG and PDF
+/// pictures can be searched and copied. A shape with a coordinate that is not finite is not drawn;
+/// coordinates are limited to a million in either direction.
 class KELTRUN2_API CairoPicture : public PictureBox {
  public:
-  /// A white picture of that size in pixels. Raises invalid procedure call (5) unless both sizes
-  /// are 1 to 20,000 and the picture has at most 100 million pixels.
+  /// Creates a white picture with a size in pixels. Raises invalid procedure call (5) unless both
+  /// sizes are 1 to 20,000 and the picture has at most 100 million pixels.
   CairoPicture(std::int32_t Width, std::int32_t Height, PictureFormatConst Format = KR_PICTURE_PNG);
   ~CairoPicture() override;
 
   /// Does nothing: the unit is always the pixel.
   void SetScaleMode(std::int32_t ScaleMode) override;
-  /// Sets the color of the empty picture and erases what was drawn.
+  /// Sets the background color and erases everything drawn.
   void SetBackColor(Color BackColor) override;
-  /// Erases everything drawn: the whole picture has its background color.
+  /// Erases everything drawn: the whole picture gets its background color.
   void Clear() override;
   /// Width of the picture in pixels.
   float ScaleWidth() const override;
@@ -49,20 +49,20 @@ class KELTRUN2_API CairoPicture : public PictureBox {
   float ScaleHeight() const override;
   /// Width of the picture in pixels, like ScaleWidth.
   float Width() const override;
-  /// Changes the width in pixels and erases what was drawn. The width is rounded up to whole pixels
-  /// and limited to what the constructor takes.
+  /// Changes the width in pixels and erases everything drawn. The width is rounded up to whole
+  /// pixels and limited to what the constructor allows.
   void SetWidth(float Width) override;
 
   /// Draws a straight line from (X1, Y1) to (X2, Y2).
   void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor, float DrawWidth) override;
-  /// Draws the outline of a rectangle, or fills it; then DrawWidth does not count.
+  /// Draws the outline of a rectangle, or fills it; DrawWidth is used only for the outline.
   void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor, float DrawWidth,
                bool Fill) override;
-  /// Draws the outline of a circle, or fills it; then DrawWidth does not count.
+  /// Draws the outline of a circle, or fills it; DrawWidth is used only for the outline.
   void DrawCircle(float X, float Y, float Radius, Color CircleColor, float DrawWidth,
                   bool Fill) override;
-  /// Draws one line of text; (X, Y) is the upper left corner of its box, about which a turned text
-  /// is turned.
+  /// Draws one line of text. (X, Y) is the upper left corner of its box; a turned text is turned
+  /// about that corner.
   void DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) override;
   /// Width of a text in pixels, before it is turned.
   float TextWidth(std::string_view Text, const TextStyle& Style) override;
@@ -73,10 +73,11 @@ class KELTRUN2_API CairoPicture : public PictureBox {
   /// Draws everywhere again.
   void ResetClip() override;
 
-  /// The picture as the bytes of a file of its format; drawing may go on afterwards (a PDF picture
-  /// starts empty again). Raises invalid procedure call (5) when the memory does not suffice.
+  /// The bytes of a file with the picture. Drawing may continue afterwards (a PDF picture is empty
+  /// again). Raises invalid procedure call (5) if there is not enough memory.
   [[nodiscard]] std::string Encode();
-  /// Writes `Encode` to a file. Raises invalid procedure call (5) with the reason when it cannot.
+  /// Writes the result of `Encode` to a file. Raises invalid procedure call (5) with the reason if
+  /// that fails.
   void Save(std::string_view Path);
 
  private:
@@ -84,8 +85,8 @@ class KELTRUN2_API CairoPicture : public PictureBox {
   std::unique_ptr<State> state_;
 };
 
-/// False when no font of the system has Japanese letters: such texts then show as boxes, and a
-/// program that draws them should say so.
+/// Whether the system has a font with Japanese characters. If not, they are drawn as boxes, and a
+/// program that draws Japanese texts should warn its user.
 KELTRUN2_API bool HasJapaneseFont();
 
 }  // namespace keltrun

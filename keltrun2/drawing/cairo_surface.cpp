@@ -10,11 +10,11 @@ namespace keltrun {
 namespace {
 
 constexpr double kThinnestLine = 0.25;       // in points, on paper
-constexpr double kSlant = 0.2;               // of letters whose font has no slanted ones
-constexpr std::size_t kJoinedLines = 64;     // a longer path costs cairo more than a second one
-constexpr std::size_t kGlyphsAtOnce = 1000;  // bounds what a huge text takes
+constexpr double kSlant = 0.2;               // for fonts that have no slanted letters
+constexpr std::size_t kJoinedLines = 64;     // cairo is slower with longer paths than with two
+constexpr std::size_t kGlyphsAtOnce = 1000;  // bounds the memory for a huge text
 
-// First pixel of a line of a whole number of pixels whose middle is at `middle`.
+// The first pixel of a line that is a whole number of pixels wide and has its middle at `middle`.
 double FirstPixel(double middle, double width) { return std::floor(middle - width / 2 + 0.5); }
 
 double WholePixels(double width) { return std::max(1.0, std::round(width)); }
@@ -34,7 +34,7 @@ void CairoSurface::SetSource(Color color) {
 
 // --- lines, boxes, circles ---
 
-// On paper a width of 0 is the thinnest line; a picture shows every line at least a pixel wide.
+// A width of 0 gives the thinnest line. In a picture every line is at least one pixel wide.
 double CairoSurface::LineWidth(float width) const {
   if (!(width > 0)) return thinnest_;
   const double limited = std::min<double>(width, kLargestLineWidth);

@@ -1,4 +1,4 @@
-// Drawing with cairo: the surface of PNG and PDF pictures and of printed sheets.
+// Drawing with cairo: the surface of PNG pictures, PDF pictures and printed sheets.
 #pragma once
 
 #include <cairo.h>
@@ -14,19 +14,21 @@
 
 namespace keltrun {
 
-/// Without a context it draws nothing and still measures texts.
+/// A surface that draws with a cairo context. Without one it draws nothing but still measures
+/// texts.
 class CairoSurface final : public DrawingSurface {
  public:
   enum class Target {
-    kPixels,   // horizontal and vertical lines and boxes keep to the pixel grid and stay crisp
-    kVectors,  // everything where it is
+    kPixels,   // horizontal and vertical lines and boxes are aligned to pixels, so they are crisp
+    kVectors,  // everything is drawn exactly where it is
   };
 
-  /// Draws with this context from now on, in its user space, whose unit is `points_per_unit` points
-  /// (only the thinnest line depends on it). The context stays the caller's; null ends the drawing.
+  /// Draws with this context from now on, in its user space. The unit there is `points_per_unit`
+  /// points; only the width of the thinnest line depends on it. The caller keeps ownership of the
+  /// context; null ends the drawing.
   void SetContext(cairo_t* context, Target target = Target::kPixels, double points_per_unit = 1);
 
-  /// Draws what is still held back. Call it before the picture is read or the page ends.
+  /// Draws the pending line. Must be called before the picture is read or the page ends.
   void Flush();
 
   void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor, float DrawWidth) override;
@@ -41,7 +43,8 @@ class CairoSurface final : public DrawingSurface {
   void ResetClip() override;
 
  private:
-  // The line drawn last, to which one of the same pen may be joined: neater corners, half the time.
+  // The pending line. The next line is joined to it if color and width are the same and it starts
+  // where this one ends: corners are neater and drawing takes half the time.
   struct Polyline {
     Color LineColor;
     double Width;
@@ -49,8 +52,8 @@ class CairoSurface final : public DrawingSurface {
     std::size_t Count;
   };
 
-  // A stretch of text that one font shows, ready for cairo: glyphs, and which bytes each stands
-  // for, so that the text can be found in a PDF.
+  // A stretch of text in one font, ready for cairo: the glyphs and the bytes that each stands for,
+  // so that the text can be searched in a PDF.
   struct Run {
     FontFile* File = nullptr;
     std::string Text;
@@ -71,8 +74,9 @@ class CairoSurface final : public DrawingSurface {
   Target target_ = Target::kPixels;
   double thinnest_ = 1;
   std::optional<Polyline> line_;
-  Run run_;                    // kept for its memory, as are these
-  std::vector<Glyph> glyphs_;  // of the text being drawn
+  // The text being drawn. Members only so that their memory is reused.
+  Run run_;
+  std::vector<Glyph> glyphs_;
 };
 
 }  // namespace keltrun

@@ -1,5 +1,5 @@
-// What every drawing shares: bounds, so that no coordinate of a host upsets a drawing library,
-// units and the parts of a colour.
+// What every drawing surface shares: bounds, so that no coordinate from a host can upset a drawing
+// library, units, and the parts of a color.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ inline constexpr double kLargestTextSize = 1e4;
 inline constexpr double kPointsPerInch = 72;
 inline constexpr double kMmPerInch = 25.4;
 
-/// What has an infinite or missing coordinate is not drawn.
+/// Whether all numbers are finite. A shape with a coordinate that is not finite is not drawn.
 template <typename... Numbers>
 bool AllFinite(Numbers... numbers) {
   return (std::isfinite(numbers) && ...);
@@ -39,7 +39,8 @@ inline Rectangle LimitedRectangle(float left, float top, float width, float heig
   return {std::min(x1, x2), std::min(y1, y2), std::max(x1, x2), std::max(y1, y2)};
 }
 
-/// Em square of a text: width and height. Nothing is drawn and nothing has a width when it is 0.
+/// The width and height of the em square of a text. If they are 0, nothing is drawn and texts have
+/// no width.
 struct TextScale {
   double Size = 0;
   double Height = 0;
@@ -51,7 +52,7 @@ inline TextScale LimitedTextScale(const TextStyle& style) {
   return {size, std::min(size * style.HeightRatio, kLargestTextSize)};
 }
 
-/// The three parts of a colour number, 0 to 255.
+/// The three parts of a color number, each 0 to 255.
 inline std::int32_t Red(Color color) { return color & 0xFF; }
 inline std::int32_t Green(Color color) { return color >> 8 & 0xFF; }
 inline std::int32_t Blue(Color color) { return color >> 16 & 0xFF; }

@@ -1,4 +1,4 @@
-// A font as a plain value: what to draw with, not how.
+// The description of a font as a plain value, independent of how it is drawn.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,19 @@
 
 namespace keltrun {
 
-/// A font description. The setters skip values that no font can have, so that a gap in the
-/// settings leaves the default standing.
+/// A font description. The setters ignore values that no font can have, so that a setting that is
+/// missing or empty leaves the default in place.
 class KELTRUN2_API Font {
  public:
   /// The name of the font family.
   const std::string& Face() const { return face_; }
-  /// Names the font family; an empty name is skipped.
+  /// Sets the name of the font family; an empty name is ignored.
   void SetFace(std::string_view face) {
     if (!face.empty()) face_ = face;
   }
   /// The size in points.
   double Size() const { return size_; }
-  /// Sets the size in points; one that is not above 0 is skipped.
+  /// Sets the size in points; a size that is not above 0 is ignored.
   void SetSize(double size) {
     if (size > 0) size_ = size;
   }

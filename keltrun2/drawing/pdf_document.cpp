@@ -15,7 +15,7 @@
 namespace keltrun {
 namespace {
 
-// Called from C code, which no exception may cross.
+// Called from C code, so no exception may leave it.
 cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned int length) {
   try {
     static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
@@ -25,7 +25,8 @@ cairo_status_t AppendBytes(void* closure, const unsigned char* data, unsigned in
   }
 }
 
-// The moment of the clock as YYYY-MM-DDThh:mm:ss; without it, no document could be made twice.
+// The time of our clock as YYYY-MM-DDThh:mm:ss. Otherwise cairo would use the system's clock, and
+// documents could not be reproduced.
 std::string CreationDate() {
   using namespace std::chrono;
   const double days = Now();
@@ -78,7 +79,7 @@ std::string PdfDocument::Finish() {
   drawing_.Flush();
   cairo_status_t status = cairo_status(context_);
   {
-    const auto lock = LockFonts();  // the fonts go into the document here
+    const auto lock = LockFonts();  // this call embeds the fonts
     cairo_surface_finish(surface_);
   }
   if (status == CAIRO_STATUS_SUCCESS) status = cairo_surface_status(surface_);

@@ -1,4 +1,4 @@
-// A PDF document in memory, page by page.
+// A PDF document, made in memory page by page.
 #pragma once
 
 #include <cairo.h>
@@ -16,8 +16,8 @@ class PdfDocument {
   PdfDocument(const PdfDocument&) = delete;
   PdfDocument& operator=(const PdfDocument&) = delete;
 
-  /// Sizes in points; the drawing's unit is `points_per_unit` points, its origin lies `left` and
-  /// `top` units from the paper's corner.
+  /// Width and height are in points. The unit of the drawing is PointsPerUnit points; its origin is
+  /// Left and Top units away from the upper left corner of the paper.
   struct Page {
     double Width;
     double Height;
@@ -26,15 +26,15 @@ class PdfDocument {
     double Top = 0;
   };
 
-  /// Begins a page; what it gives is valid as long as the document lives and draws on the page that
-  /// was begun last.
+  /// Begins a page. The surface is valid as long as this object exists; it always draws on the page
+  /// begun last.
   CairoSurface& NewPage(const Page& page);
   bool IsEmpty() const { return surface_ == nullptr; }
 
-  /// Ends the document and gives its bytes; afterwards it is empty again. Raises invalid procedure
-  /// call (5) when the drawing failed for want of memory.
+  /// Ends the document and returns its bytes; afterwards it is empty again. Raises invalid
+  /// procedure call (5) if the drawing ran out of memory.
   std::string Finish();
-  /// Forgets the document.
+  /// Discards all pages.
   void Discard();
 
  private:

@@ -1,4 +1,4 @@
-// What pictures and printed pages are drawn on.
+// The surfaces that pictures and printed pages are drawn on.
 #pragma once
 
 #include <cstdint>
@@ -9,25 +9,25 @@
 
 namespace keltrun {
 
-/// A colour number: blue * 65536 + green * 256 + red, each 0 to 255.
+/// A color number: blue * 65536 + green * 256 + red, each 0 to 255.
 using Color = std::int32_t;
 
 /// How a text is drawn.
 struct TextStyle {
-  /// Face, bold, italic and underline; its size in points does not count.
+  /// Face, bold, italic and underline. The size in points is not used.
   keltrun::Font Font;
   /// Height of the letters' em square, in units of the surface.
   float Size = 12;
-  /// How many times as high as normal the letters are; their width stays.
+  /// Factor by which the letters are stretched in height; their width does not change.
   float HeightRatio = 1;
-  /// Whether the text is turned by 90 degrees clockwise, to be read from top to bottom.
+  /// Whether the text is turned by 90 degrees clockwise, so that it reads from top to bottom.
   bool Turned = false;
   /// Color of the letters; 0 is black.
   keltrun::Color Color = 0;
 };
 
-/// A plane with the origin in its upper left corner, x to the right and y downwards, in units of
-/// its own. What lies outside is not drawn. Widths of lines are in the same units.
+/// A plane with the origin in its upper left corner, x to the right and y downward, in units of its
+/// own. Line widths are in the same units. Whatever lies outside the plane is not drawn.
 class KELTRUN2_API DrawingSurface {
  public:
   virtual ~DrawingSurface() = default;
@@ -35,14 +35,14 @@ class KELTRUN2_API DrawingSurface {
   /// Draws a straight line from (X1, Y1) to (X2, Y2).
   virtual void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor,
                         float DrawWidth) = 0;
-  /// Draws the outline of a rectangle, or fills it; then DrawWidth does not count.
+  /// Draws the outline of a rectangle, or fills it; DrawWidth is used only for the outline.
   virtual void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor,
                        float DrawWidth, bool Fill) = 0;
-  /// Draws the outline of a circle, or fills it; then DrawWidth does not count.
+  /// Draws the outline of a circle, or fills it; DrawWidth is used only for the outline.
   virtual void DrawCircle(float X, float Y, float Radius, Color CircleColor, float DrawWidth,
                           bool Fill) = 0;
-  /// Draws one line of text; (X, Y) is the upper left corner of its box, about which a turned text
-  /// is turned.
+  /// Draws one line of text. (X, Y) is the upper left corner of its box; a turned text is turned
+  /// about that corner.
   virtual void DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) = 0;
 
   /// Width of a text before it is turned.
@@ -56,17 +56,17 @@ class KELTRUN2_API DrawingSurface {
   virtual void ResetClip() = 0;
 };
 
-/// A picture of the host's: a window's canvas, or `CairoPicture` for files. Charts and page
-/// previews are drawn on it.
+/// A picture that charts and page previews are drawn on: the canvas of a host's window, or
+/// `CairoPicture` for files.
 class KELTRUN2_API PictureBox : public DrawingSurface {
  public:
   /// The scale mode in which the unit is the pixel.
   static constexpr std::int32_t kScalePixels = 3;
-  /// Chooses the unit of everything drawn; charts and previews ask for kScalePixels.
+  /// Chooses the unit of everything drawn; charts and previews use kScalePixels.
   virtual void SetScaleMode(std::int32_t ScaleMode) = 0;
   /// Sets the color of the empty picture; what was drawn before may be erased.
   virtual void SetBackColor(Color BackColor) = 0;
-  /// Erases everything drawn: the whole picture has its background colour.
+  /// Erases everything drawn: the whole picture gets its background color.
   virtual void Clear() = 0;
 
   /// Width of the plane that is drawn on, in its units.
@@ -74,7 +74,7 @@ class KELTRUN2_API PictureBox : public DrawingSurface {
   /// Height of the plane that is drawn on, in its units.
   virtual float ScaleHeight() const = 0;
 
-  /// Outer width in units of whatever holds the picture.
+  /// Outer width in the units of the window or form that contains the picture.
   virtual float Width() const = 0;
   /// Changes the outer width. A chart that sizes its picture itself sets it to Width / ScaleWidth
   /// times what it needs and then reads ScaleWidth again.

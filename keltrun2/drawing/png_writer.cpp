@@ -14,18 +14,18 @@
 namespace keltrun {
 namespace {
 
-// At level 6 a palette picture compresses well and fast; three bytes a pixel take level 1, as more
-// costs twice the time for a tenth of the size.
+// At level 6 a palette picture compresses well and fast. Pictures with three bytes per pixel use
+// level 1: higher levels take twice the time and save only a tenth of the size.
 constexpr int kPaletteLevel = 6;
 constexpr int kRgbLevel = 1;
 constexpr std::size_t kPiece = 65536;  // compressed bytes at a time
 
-// The colours of a picture, numbered in the order in which they appear.
+// The colors of a picture, numbered in the order in which they appear.
 class Palette {
  public:
   static constexpr std::size_t kMost = 256;
 
-  /// Number of the colour, which is added when it is new; nothing when there is no room.
+  /// The number of the color, which is added if it is new; nullopt if the palette is full.
   std::optional<std::uint8_t> Find(std::uint32_t color) {
     std::size_t slot = color * 2654435761U >> 22;
     while (slots_[slot].Used) {
@@ -50,14 +50,15 @@ class Palette {
     std::uint8_t Number = 0;
     bool Used = false;
   };
-  std::array<Slot, 1024> slots_;  // hash table, never more than a quarter full
+  std::array<Slot, 1024> slots_;  // a hash table, never more than a quarter full
   std::array<png_color, kMost> colors_;
   std::size_t count_ = 0;
 };
 
 std::uint32_t Rgb(std::uint32_t pixel) { return pixel & 0xFFFFFF; }
 
-// Neighbours are mostly equal: only changes are looked up. False when the colours are too many.
+// False if there are too many colors. Neighboring pixels are mostly equal, so only changes are
+// looked up.
 bool CollectColors(const PixelView& picture, Palette& palette) {
   const std::uint32_t* const end =
       picture.Pixels + static_cast<std::size_t>(picture.Width) * picture.Height;
@@ -91,7 +92,8 @@ void RgbRow(const std::uint32_t* pixels, std::int32_t width, png_byte* row) {
   }
 }
 
-// Called from C code, which no exception may cross; png_error leaves by a jump.
+// Called from C code, so no exception may leave it. png_error leaves with a jump, so it is called
+// outside the handler.
 void AppendBytes(png_structp png, png_bytep data, std::size_t size) {
   bool appended = true;
   try {
@@ -99,12 +101,12 @@ void AppendBytes(png_structp png, png_bytep data, std::size_t size) {
   } catch (const std::exception&) {
     appended = false;
   }
-  if (!appended) png_error(png, "no memory");
+  if (!appended) png_error(png, "out of memory");
 }
 
 void IgnoreWarning(png_structp /*png*/, png_const_charp /*message*/) {}
 
-// Instead of the library's own, which writes to the standard error.
+// Replaces the error handler of libpng, which would write to standard error.
 [[noreturn]] void Leave(png_structp png, png_const_charp /*message*/) { png_longjmp(png, 1); }
 
 void WriteHeader(png_structp png, png_infop info, const PixelView& picture,
@@ -122,11 +124,11 @@ void WriteHeader(png_structp png, png_infop info, const PixelView& picture,
   if (palette != nullptr) png_set_packing(png);
 }
 
-// The library's own errors come back to setjmp: no object with a destructor lives in here. False
-// when it gave up.
+// False if libpng reported an error. Its errors jump back to setjmp, so no object here may have a
+// destructor.
 bool Write(png_structp png, png_infop info, const PixelView& picture, Palette* palette,
            png_byte* row) {
-  if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT: the library's way of reporting
+  if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT: this is how libpng reports errors
   WriteHeader(png, info, picture, palette);
   const std::uint32_t* pixels = picture.Pixels;
   for (std::int32_t y = 0; y < picture.Height; ++y, pixels += picture.Width) {
@@ -156,7 +158,7 @@ std::string EncodePng(const PixelView& picture) {
     written = Write(png, info, picture, palette, row.data());
   }
   if (png != nullptr) png_destroy_write_struct(&png, &info);
-  if (!written) throw AutomationError(KR_ERROR_INVALID_CALL, "cannot make the PNG: no memory");
+  if (!written) throw AutomationError(KR_ERROR_INVALID_CALL, "cannot make the PNG: out of memory");
   return bytes;
 }
 

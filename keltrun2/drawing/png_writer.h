@@ -1,4 +1,4 @@
-// Pixels as the bytes of a PNG file.
+// Encoding pixels as a PNG file.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@ struct PixelView {
   std::int32_t Height;
 };
 
-/// An opaque PNG: with a palette when 256 colours suffice. Raises invalid procedure call (5) when
-/// there is no memory for it.
+/// The bytes of an opaque PNG file, with a palette if 256 colors are enough. Raises invalid
+/// procedure call (5) if there is not enough memory.
 std::string EncodePng(const PixelView& picture);
 
 }  // namespace keltrun

@@ -11,9 +11,9 @@
 namespace keltrun {
 namespace {
 
-constexpr float kThinnestLine = 0.5F;  // pixels, for a width of 0
+constexpr float kThinnestLine = 0.5F;  // in pixels, for a width of 0
 
-// With at most two decimals, which is finer than anything shows.
+// Appends a number with at most two decimals, which is finer than any display.
 void AppendNumber(std::string& out, double value) {
   char text[32];
   const double rounded = std::round(value * 100) / 100;
@@ -45,7 +45,8 @@ void AppendBox(std::string& out, const Rectangle& box) {
   AppendAttribute(out, "height", box.Bottom - box.Top);
 }
 
-// What XML 1.0 cannot hold at all has no width either and is left out.
+// Invisible characters have no width and are left out; among them are all that XML 1.0 does not
+// allow.
 void AppendEscaped(std::string& out, std::string_view text) {
   for (std::size_t pos = 0; pos < text.size();) {
     const char32_t c = NextCodePoint(text, pos);
@@ -79,8 +80,8 @@ void AppendFamily(std::string& out, std::string_view family) {
   out += "',";
 }
 
-// The face that was asked for, the one whose measures were taken, and any other. A kind of fonts
-// stands without apostrophes.
+// The requested face, the one whose measures were used, and a generic family. The name of a generic
+// family is not quoted.
 void AppendFamilies(std::string& out, const Font& font) {
   constexpr std::string_view kKinds[] = {"serif", "monospace", "sans-serif"};
   const auto* const kind = std::find(std::begin(kKinds), std::end(kKinds) - 1, font.Face());
@@ -115,7 +116,7 @@ std::string SvgSurface::Document() {
   out.append(" viewBox=\"0 0 ").append(std::to_string(width_)).append(" ");
   out.append(std::to_string(height_)).append("\">\n");
   out += "<g stroke-linecap=\"round\" stroke-linejoin=\"round\" xml:space=\"preserve\"";
-  out += " xml:lang=\"ja\">\n";  // so that viewers draw the Japanese forms of characters
+  out += " xml:lang=\"ja\">\n";  // so that viewers use the Japanese forms of characters
   out += body_;
   out += is_clipped_ ? "</g>\n</g>\n</svg>\n" : "</g>\n</svg>\n";
   return out;
@@ -229,7 +230,7 @@ void SvgSurface::AppendPlace(double x, double baseline, const TextStyle& style,
   }
 }
 
-// The width that was measured is told to the viewer, whose font may be another one.
+// The measured width is given to the viewer, which may use a different font.
 void SvgSurface::DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) {
   const TextScale scale = LimitedTextScale(Style);
   const float width = TextWidth(Text, Style);
@@ -239,7 +240,7 @@ void SvgSurface::DrawText(std::string_view Text, float X, float Y, const TextSty
   const double x = LimitedCoordinate(X);
   const double y = LimitedCoordinate(Y);
   body_ += "<text";
-  // A turned text has its baseline to the left of the corner about which it is turned.
+  // The baseline of a turned text is to the left of the corner about which it is turned.
   AppendPlace(Style.Turned ? x - ascent : x, Style.Turned ? y : y + ascent, Style,
               scale.Height / scale.Size);
   AppendFamilies(body_, Style.Font);

@@ -1,5 +1,5 @@
-// Drawing that becomes an SVG document. Written here and not by a library, so that texts stay
-// texts: they can be found, copied and edited.
+// A drawing that becomes an SVG document. It is written without a library, so that texts remain
+// texts, which can be searched, copied and edited.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@ namespace keltrun {
 
 class SvgSurface final : public DrawingSurface {
  public:
-  /// Starts an empty picture of that size in pixels.
+  /// Starts an empty picture with a size in pixels.
   void Start(std::int32_t width, std::int32_t height, Color back_color);
-  /// The whole document; drawing may go on afterwards.
+  /// The whole document. Drawing may continue afterwards.
   std::string Document();
 
   void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor, float DrawWidth) override;
@@ -29,7 +29,7 @@ class SvgSurface final : public DrawingSurface {
   void ResetClip() override;
 
  private:
-  // A polyline to which the next line may be joined.
+  // The end of the open polyline, to which the next line may be joined.
   struct Line {
     Color LineColor;
     float Width;
@@ -44,7 +44,7 @@ class SvgSurface final : public DrawingSurface {
   std::int32_t width_ = 0;
   std::int32_t height_ = 0;
   std::string body_;
-  std::int32_t clips_ = 0;  // numbers their names
+  std::int32_t clips_ = 0;  // the number of clip paths, used in their names
   bool is_clipped_ = false;
   std::optional<Line> line_;
 };

@@ -24,13 +24,14 @@ std::string FileBaseName(std::string_view name) {
   return EncodeWideCharacters(ToHalfWidth(LowerAscii(CleanFileName(name))));
 }
 
-// Names that differ only in blanks, the case of A to Z or the width of digits and small letters
-// have one key. Full-width capitals stay capitals, so they equal no letters of half width.
+// Names that differ only in blanks, in the case of A to Z or in the width of digits and lower-case
+// letters have the same key. Full-width capitals stay capitals, so they never equal half-width
+// letters.
 std::string NameKey(std::string_view name) {
   return ToHalfWidth(NormalizeName(LowerAscii(name)), {.Space = false, .Symbols = false});
 }
 
-// Takes the new value over an empty one, and with `overwrite` over any unless it is empty itself.
+// The new value replaces an empty one; with `overwrite` it replaces any, unless it is itself empty.
 template <typename T>
 void MergeField(T& existing, const T& added, bool overwrite) {
   const T empty{};
@@ -62,7 +63,8 @@ void MergeInto(clsLapData& existing, const clsLapData& added, bool overwrite) {
   MergeLaps(existing, added, overwrite);
 }
 
-// What two records of one runner have in common by the mode's rule; nullopt when it matches nobody.
+// The key that two records of the same runner have in common in this mode; nullopt if records are
+// not matched at all.
 std::optional<std::string> MatchKey(const clsLapData& lap, KrLapFileLoadModeCosnt mode) {
   switch (mode & kMatchMask) {
     case KR_LOADMODE_MERGE_ID:
@@ -74,7 +76,7 @@ std::optional<std::string> MatchKey(const clsLapData& lap, KrLapFileLoadModeCosn
   }
 }
 
-// Adds the record, or merges it into the matching one; true only when it was added.
+// Merges the record into the matching one, or adds it. True only if it was added.
 bool AddOrMerge(clsClassData& klass, const std::shared_ptr<clsLapData>& lap,
                 const std::shared_ptr<clsLapData>& match, KrLapFileLoadModeCosnt mode) {
   if (match) {

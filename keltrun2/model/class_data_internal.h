@@ -1,4 +1,4 @@
-// What the component does with a class and a host may not.
+// Operations on a class that only the component may use.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@ namespace keltrun {
 
 class ClassDataInternal {
  public:
-  /// Names the class and derives its file base name anew.
+  /// Sets the name of the class and derives its file base name from it.
   static void SetClassName(clsClassData& klass, std::string_view name) {
     klass.class_name_ = name;
     klass.SetFileName("");
   }
-  /// Adds a record without looking for a match.
+  /// Adds a record without searching for a match.
   static void Append(clsClassData& klass, const std::shared_ptr<clsLapData>& lap) {
     klass.Append(lap);
   }
@@ -24,13 +24,13 @@ class ClassDataInternal {
   }
 };
 
-/// Adds many records to one class as clsClassData::AddLapObject adds each, with the runners of the
-/// class found by key instead of one by one. Nobody else may change the class meanwhile.
+/// Adds many records to one class, with the same result as clsClassData::AddLapObject for each. A
+/// map finds the matching runners quickly. Nothing else may change the class meanwhile.
 class LapMerger {
  public:
   LapMerger(clsClassData& klass, KrLapFileLoadModeCosnt mode);
 
-  /// True only when the record was added as a new runner.
+  /// True only if the record was added as a new runner.
   bool Add(const std::shared_ptr<clsLapData>& lap);
 
  private:

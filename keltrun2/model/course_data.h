@@ -1,4 +1,4 @@
-// A course: the sequence of controls it visits.
+// A course: a sequence of controls.
 #pragma once
 
 #include <array>
@@ -8,32 +8,32 @@
 
 namespace keltrun {
 
-/// A course. Several classes may run it: clsClassData::CourseNum names the CourseIndex.
+/// A course. Several classes can share it: their clsClassData::CourseNum is its CourseIndex.
 class KELTRUN2_API clsCourseData {
  public:
-  /// The highest control of a course.
+  /// The highest index of a control.
   static constexpr std::int32_t kMostControls = 50;
-  /// What ControlNum gives for the start.
+  /// The code that ControlNum returns for the start.
   static constexpr std::int32_t kStartCode = 0;
-  /// What ControlNum gives for the finish.
+  /// The code that ControlNum returns for the finish.
   static constexpr std::int32_t kFinishCode = 9999;
 
   /// The course number.
   std::int32_t CourseIndex() const { return course_index_; }
-  /// Renumbers the course; the CourseNum of classes that run it is not changed.
+  /// Changes the number of the course. The CourseNum of its classes is not changed.
   void SetCourseIndex(std::int32_t Index) { course_index_ = Index; }
 
-  /// Number of controls, start and finish not counted.
+  /// Number of controls, not counting start and finish.
   std::int32_t ControlCount() const { return control_count_; }
-  /// Sets the number of controls and stores no codes.
+  /// Sets the number of controls without changing any codes.
   void SetControlCount(std::int32_t Count) { control_count_ = Count; }
 
-  /// The code of a control: 0 for the start (index 0), the stored code for 1 to ControlCount, 9999
-  /// beyond (the finish). Raises subscript out of range (9) below 0, and above 50 within
-  /// ControlCount.
+  /// The code of a control: 0 for index 0 (the start), the stored code for 1 to ControlCount, 9999
+  /// above ControlCount (the finish). Raises subscript out of range (9) for an index below 0, and
+  /// for one above 50 that is not above ControlCount.
   std::int32_t ControlNum(std::int32_t Index) const;
-  /// Stores a code, index 0 to 50; ControlCount is not changed. Raises subscript out of range (9)
-  /// otherwise.
+  /// Stores the code of a control; ControlCount is not changed. Raises subscript out of range (9)
+  /// for an index outside 0 to 50.
   void SetControlNum(std::int32_t Index, std::int32_t Code);
 
  private:

@@ -9,31 +9,32 @@
 
 namespace keltrun {
 
-/// The head of an event, the texts as the lap file has them; empty when unknown.
+/// The header of an event. The texts are those of the lap file, empty if unknown.
 class KELTRUN2_API clsEventData {
  public:
-  /// An event of which nothing is known.
+  /// Creates a header with nothing known.
   clsEventData() = default;
   clsEventData(const clsEventData&) = delete;
   clsEventData& operator=(const clsEventData&) = delete;
-  /// The date object goes along; what is left behind is only to be assigned to or destroyed.
+  /// Moves the texts and the date object. The other header may only be assigned to or destroyed
+  /// afterwards.
   clsEventData(clsEventData&&) = default;
-  /// Takes over the values; the date object stays this event's own.
+  /// Takes over the values. This header keeps its own date object.
   clsEventData& operator=(clsEventData&& other) noexcept;
 
-  std::string EventName;     ///< Name of the event as the organizer gives it.
+  std::string EventName;     ///< Name of the event, as given by the organizer.
   std::string Terrain;       ///< Name of the map or area.
   std::string Memo;          ///< Remarks for readers of the results.
-  std::string FileName;      ///< Name of the lap file the event came from.
+  std::string FileName;      ///< Name of the lap file that the event was loaded from.
   std::string OfficialSite;  ///< Address of the event's web site.
 
-  /// Date of the event; never null, value 0 when unknown.
+  /// Date of the event. Never null; its value is 0 if the date is unknown.
   const std::shared_ptr<clsDateValue>& EventDate() const { return event_date_; }
-  /// Stores the value itself, not a copy; null stores a new value 0.
+  /// Stores the object itself, not a copy; null stores a new object with the value 0.
   void SetEventDate(std::shared_ptr<clsDateValue> Value);
 
-  /// Name, terrain in brackets and date (by the resource pattern RES_META_DATE_FORMAT), as far as
-  /// known.
+  /// Name, terrain in brackets and date, as far as they are known. The date is formatted with the
+  /// resource pattern RES_META_DATE_FORMAT.
   std::string ToString() const;
 
  private:

@@ -19,7 +19,7 @@ std::string CourseKey(std::int32_t course_number) { return std::to_string(course
 
 std::string NumberOrEmpty(std::int32_t value) { return value == 0 ? "" : std::to_string(value); }
 
-// The choices of courses in the making, ordered by the class that joined each last.
+// Collects the classes of each course. The courses are ordered by their last class.
 class CourseChoices {
  public:
   void Join(const clsClassData& klass, std::int32_t position) {
@@ -96,8 +96,9 @@ void EventModel::RenameClass(std::string_view old_name, std::string_view new_nam
   const std::shared_ptr<clsClassData>& klass = *found;
   const auto holder = ClassByName(new_name);
   if (holder && holder != klass) {
-    throw AutomationError(KR_ERROR_DUPLICATE_KEY, "clsKeltrun2.RenameClass: there is a class \"" +
-                                                      holder->ClassName() + "\" already");
+    throw AutomationError(KR_ERROR_DUPLICATE_KEY,
+                          "clsKeltrun2.RenameClass: the class \"" + holder->ClassName() +
+                              "\" already exists (letter case is ignored); choose another name");
   }
   const std::string old_key = FoldCase(klass->ClassName());
   ClassDataInternal::SetClassName(*klass, std::string(new_name));

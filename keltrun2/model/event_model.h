@@ -1,4 +1,4 @@
-// One event as data: what readers fill, analysis reads and outputs describe.
+// The data of one event. Readers fill it; the analysis and the outputs read it.
 #pragma once
 
 #include <cstdint>
@@ -18,17 +18,17 @@ namespace keltrun {
 
 /// One choice for a host's selection box: a class, or all classes that run one course.
 struct ClassAndCourseChoice {
-  std::int32_t ClassIndex = 0;  // position of the class, 0 for a course
-  std::int32_t CourseNum = 0;   // course number, 0 for a class
+  std::int32_t ClassIndex = 0;  // position of the class; 0 for a course
+  std::int32_t CourseNum = 0;   // course number; 0 for a class
   std::string ValueName;        // class names joined by "/"
   std::string FileName;         // file base names joined by "_"
   std::int32_t RunnerCount = 0;
 };
 
-/// The five fields of a choice as one text, separated by commas; a 0 in the first two is empty.
+/// The five fields of a choice, separated by commas; 0 in the first two is left empty.
 std::string ToString(const ClassAndCourseChoice& choice);
 
-/// The model of one event: classes, courses, segment sets, header and metadata, without services.
+/// The model of one event: classes, courses, segment sets, header and metadata.
 class EventModel {
  public:
   std::string FileName;
@@ -37,30 +37,30 @@ class EventModel {
   std::shared_ptr<clsEventData> Event = std::make_shared<clsEventData>();
   std::shared_ptr<clsMetaData> Meta = std::make_shared<clsMetaData>();
   std::vector<std::shared_ptr<SegmentSet>> Segments;
-  std::string SegmentRemark;  // what the segment sets leave out, "" when nothing
+  std::string SegmentRemark;  // what the segment sets leave out, "" if nothing
 
-  /// Empties everything and starts the runner numbers again.
+  /// Removes everything and starts numbering runners from 1 again.
   void Clear();
 
   const std::vector<std::shared_ptr<clsClassData>>& Classes() const { return classes_.Items(); }
   std::int32_t ClassCount() const { return classes_.Count(); }
-  /// Names are compared without regard to letter case. Null when there is none.
+  /// The class with this name, ignoring letter case, or null.
   std::shared_ptr<clsClassData> ClassByName(std::string_view name) const;
-  /// Position from 1. Null when there is none.
+  /// The class at a position, from 1, or null.
   std::shared_ptr<clsClassData> ClassAt(std::int32_t position) const {
     return classes_.At(position);
   }
-  /// The class of that name, made when there is none.
+  /// The class with this name. It is created if there is none.
   std::shared_ptr<clsClassData> AddClass(std::string_view name);
-  /// Registers a prepared class under its name; false when the name is taken.
+  /// Adds an existing class object under its name; false if the name is taken.
   bool AddClassObject(const std::shared_ptr<clsClassData>& klass);
   void RemoveClass(std::string_view name);
-  /// Renames the first class whose name is exactly `old_name`, and its runners' class name; nothing
-  /// when there is none. Raises duplicate key (457) when another class has the new name.
+  /// Renames the class whose name is exactly `old_name`, also in the records of its runners. Does
+  /// nothing if there is none. Raises duplicate key (457) if another class has the new name.
   void RenameClass(std::string_view old_name, std::string_view new_name);
-  /// Puts the classes at the listed positions (from 1, separated by commas) first, the others
-  /// behind in their old order. A position listed twice counts once, entries that are no positive
-  /// number are skipped. Raises subscript out of range (9) for a position beyond the last class.
+  /// Moves the classes at the listed positions (from 1, separated by commas) to the front; the
+  /// others follow in their old order. Repeated positions and entries that are not a positive
+  /// number are ignored. Raises subscript out of range (9) for a position after the last class.
   void SortClass(std::string_view order);
 
   const std::vector<std::shared_ptr<clsCourseData>>& Courses() const { return courses_.Items(); }
@@ -73,14 +73,14 @@ class EventModel {
   std::shared_ptr<clsCourseData> AddCourse(std::int32_t course_number);
   bool AddCourseObject(const std::shared_ptr<clsCourseData>& course);
   void RemoveCourse(std::int32_t course_number);
-  /// Empties courses and segment sets.
+  /// Removes all courses and segment sets.
   void ClearCourse();
 
   /// Sorts the runners of every class by result.
   void SortLap();
 
-  /// All classes in order, then every course that at least two classes run, in the order in which
-  /// the last of its classes comes.
+  /// All classes in order, then every course that at least two classes share, in the order of the
+  /// last class of each.
   std::vector<ClassAndCourseChoice> Choices() const;
 
  private:

@@ -13,7 +13,8 @@ namespace {
 
 bool IsSexagesimal(char tens, char ones) { return tens >= '0' && tens <= '5' && IsDigit(ones); }
 
-// "h:mm:ss" above zero, the form in which results are stored: nothing to normalise.
+// Whether a text is "h:mm:ss" above zero. Results are stored in this form, so there is nothing to
+// normalize.
 bool IsStoredTime(std::string_view text) {
   return text.size() == 7 && IsDigit(text[0]) && text[1] == ':' &&
          IsSexagesimal(text[2], text[3]) && text[4] == ':' && IsSexagesimal(text[5], text[6]) &&
@@ -52,7 +53,7 @@ void clsLapData::SetResult(std::string_view Result) {
   result_ = NormalizeTimeText(ToHalfWidth(UpperAll(Result)), Digits::kElapsed);
   constexpr DateTime kUnreadable = -1.0;
   const DateTime value = ParseTime(result_, kUnreadable);
-  if (value == kUnreadable) return;  // a status word stays as it is
+  if (value == kUnreadable) return;  // a status word is kept as it is
   const bool has_fraction = result_.find('.') != std::string::npos;
   result_ = value > 0 ? FormatTime(value, "h\\:nn\\:ss", has_fraction) : "DISQ";
 }

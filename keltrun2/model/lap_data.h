@@ -1,4 +1,4 @@
-// A runner's record.
+// The record of a runner.
 #pragma once
 
 #include <array>
@@ -14,9 +14,9 @@ namespace keltrun {
 
 /// One runner's entry in one class: who ran, the official result and the time of every leg.
 ///
-/// Legs are numbered from 1. Leg i is the time from control i - 1 to control i; the last leg ends
-/// at the finish. A lap is a time in days or one of the markers of LapTimeConst. A record holds 50
-/// legs at most.
+/// Legs are numbered from 1. Leg i goes from control i - 1 to control i; the last leg ends at the
+/// finish. A lap is a time in days or one of the markers in LapTimeConst. A record has at most 50
+/// legs.
 ///
 ///     auto runner = klass->AddLap();
 ///     runner->RunnerName = "Anna Berger";
@@ -24,46 +24,47 @@ namespace keltrun {
 ///     runner->SetLap(1, 83 / 86400.0);  // 1:23
 class KELTRUN2_API clsLapData {
  public:
-  /// The highest leg of a record.
+  /// The highest number of a leg.
   static constexpr std::int32_t kMostLegs = 50;
 
-  /// An empty record, of no class.
+  /// Creates an empty record that belongs to no class.
   clsLapData() = default;
   clsLapData(const clsLapData&) = delete;
   clsLapData& operator=(const clsLapData&) = delete;
 
-  std::string RunnerName;    ///< The whole name, surname and given name in any order.
+  std::string RunnerName;    ///< The full name, with family and given name in any order.
   std::string ClubName;      ///< Name of the club; may be empty.
-  std::string Rank;          ///< The official rank as the source gave it; may be any text.
-  std::int32_t ID = 0;       ///< Competitor number of the source; 0 for none.
-  std::int32_t Ecard = 0;    ///< Number of the electronic punch card; 0 for none.
+  std::string Rank;          ///< The official rank as the source gives it; may be any text.
+  std::int32_t ID = 0;       ///< The competitor number in the source; 0 if there is none.
+  std::int32_t Ecard = 0;    ///< Number of the electronic punch card; 0 if there is none.
   std::string RankFix;       ///< The rank as fixed by the organizer.
   std::string Seed;          ///< Seeding or start group.
   std::string Age;           ///< Age or age class.
-  std::string Sex;           ///< Sex as the source has it.
-  std::string CompetitorId;  ///< Identifier of the source system.
+  std::string Sex;           ///< Sex as the source gives it.
+  std::string CompetitorId;  ///< Identifier in the source system.
 
-  /// Start time of day; never null, value 0 when unknown.
+  /// Start time of day. Never null; its value is 0 if the start time is unknown.
   const std::shared_ptr<clsTimeValue>& StartTime() const { return start_time_; }
-  /// Stores the value itself, not a copy; null stores a new value 0.
+  /// Stores the object itself, not a copy; null stores a new object with the value 0.
   void SetStartTime(std::shared_ptr<clsTimeValue> Value);
 
-  /// The number the runner got when added to a class, from 1 in the order of arrival; 0 before.
+  /// The number given to the runner when the record was added to a class, counted from 1 in the
+  /// order of adding; 0 before that.
   std::int32_t SerialNum() const { return serial_num_; }
 
-  /// Name of the class the runner runs in.
+  /// Name of the runner's class.
   const std::string& ClassName() const { return class_name_; }
-  /// Changes the name only; the record stays in its class.
+  /// Changes only the name; the record stays in its class.
   void SetClassName(std::string_view ClassName) { class_name_ = ClassName; }
 
-  /// The lap of a leg, 0 to 50 (0 is a slot without meaning). Reading a leg beyond LegCount raises
-  /// LegCount to it. Raises subscript out of range (9) otherwise.
+  /// The lap of a leg, 0 to 50 (0 is a place without meaning). Reading a leg above LegCount
+  /// increases LegCount to it. Raises subscript out of range (9) for an index outside 0 to 50.
   DateTime Lap(std::int32_t Index);
-  /// Stores the lap of a leg, raising LegCount to it when needed. A value that is not finite or
-  /// longer than a million days is no time and stores KR_TIME_NODATA. Raises subscript out of range
-  /// (9) outside 0 to 50.
+  /// Stores the lap of a leg and increases LegCount to it if necessary. A value that is not finite
+  /// or not below a million days is not a time; KR_TIME_NODATA is stored instead. Raises subscript
+  /// out of range (9) for an index outside 0 to 50.
   void SetLap(std::int32_t Index, DateTime Time);
-  /// The lap as clsTimeValue::ToString shows it. Raises LegCount and errors as Lap does.
+  /// The lap formatted as by clsTimeValue::ToString. Increases LegCount and raises errors like Lap.
   std::string LapToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
                           bool Compact = false, std::string_view NoDataValue = kNoDataText,
                           std::string_view SkipValue = kSkipText,
@@ -71,14 +72,14 @@ class KELTRUN2_API clsLapData {
 
   /// Number of legs in use.
   std::int32_t LegCount() const { return leg_count_; }
-  /// Stores any value; lowering it hides laps, raising it shows them again.
+  /// Stores any value. Decreasing it hides laps, increasing it shows them again.
   void SetLegCount(std::int32_t Count) { leg_count_ = Count; }
 
-  /// The official result: a time as "h:mm:ss" (with a tenth of a second when the source gave a
+  /// The official result: a time as "h:mm:ss" (with tenths of a second if the source gave a
   /// fraction), a status in upper case ("DNF", "MP"), or empty.
   const std::string& Result() const { return result_; }
-  /// Takes a result in any notation of a time ("10203", "1:02:03.4", full-width digits) or a status
-  /// word. A time of zero or below becomes "DISQ". Never fails.
+  /// Sets the result from a time in any notation ("10203", "1:02:03.4", full-width digits) or a
+  /// status word. A time of zero or below becomes "DISQ". Never fails.
   void SetResult(std::string_view Result);
 
  private:

@@ -1,4 +1,4 @@
-// What the component does with a runner record and a host may not.
+// Operations on a runner's record that only the component may use.
 #pragma once
 
 #include <algorithm>
@@ -11,19 +11,19 @@ class LapDataInternal {
  public:
   static void SetSerialNum(clsLapData& lap, std::int32_t serial) { lap.serial_num_ = serial; }
 
-  /// The lap without raising LegCount: analysis and output never change a record by reading it.
-  /// Legs outside 0 to 50 have no data.
+  /// The lap of a leg, without increasing LegCount: analysis and outputs must not change a record
+  /// by reading it. Legs outside 0 to 50 have no data.
   static DateTime Lap(const clsLapData& lap, std::int32_t leg) {
     return leg >= 0 && leg <= clsLapData::kMostLegs ? lap.laps_[static_cast<std::size_t>(leg)]
                                                     : kTimeNoData;
   }
 
-  /// Legs that the record can really hold: LegCount within 0 to 50.
+  /// LegCount, limited to the 0 to 50 legs that a record can really have.
   static std::int32_t HeldLegs(const clsLapData& lap) {
     return std::clamp(lap.leg_count_, 0, clsLapData::kMostLegs);
   }
 
-  /// Puts a marker in the place of a lap without touching LegCount.
+  /// Replaces a lap, for example by a marker, without changing LegCount.
   static void ReplaceLap(clsLapData& lap, std::int32_t leg, DateTime time) {
     lap.laps_.at(static_cast<std::size_t>(leg)) = time;
   }

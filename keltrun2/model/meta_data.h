@@ -1,4 +1,4 @@
-// Who made a lap file.
+// Where a lap file comes from.
 #pragma once
 
 #include <string>
@@ -8,15 +8,16 @@
 
 namespace keltrun {
 
-/// Which program created and last changed the lap file; filled by readers, kept by the writer.
+/// Which program created the lap file and which one changed it last. Readers fill it in, the writer
+/// keeps it.
 class KELTRUN2_API clsMetaData {
  public:
   std::string CreateApplication;      ///< Program that created the file.
-  DateTime CreateDate = 0;            ///< When the file was created; 0 when unknown.
+  DateTime CreateDate = 0;            ///< When the file was created; 0 if unknown.
   std::string CreateUserName;         ///< User for whom the file was created.
-  std::string LastUpdateApplication;  ///< Program that changed the file last.
-  DateTime LastUpdateDate = 0;        ///< When the file was changed last; 0 when unknown.
-  std::string LastUpdateUserName;     ///< User for whom the file was changed last.
+  std::string LastUpdateApplication;  ///< Program that last changed the file.
+  DateTime LastUpdateDate = 0;        ///< When the file was last changed; 0 if unknown.
+  std::string LastUpdateUserName;     ///< User for whom the file was last changed.
 };
 
 }  // namespace keltrun

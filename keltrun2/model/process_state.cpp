@@ -10,8 +10,8 @@
 namespace keltrun {
 namespace {
 
-// What all roots share that one thread created. Threads without a root of their own use that of
-// another thread, so it is guarded.
+// The state shared by all roots that one thread created. It is thread-safe, because threads without
+// a root of their own use the state of another thread.
 struct RootState {
   std::atomic<std::int32_t> serial_counter = 0;
   std::atomic<bool> operation_running = false;
@@ -30,7 +30,7 @@ struct Root {
 struct Roots {
   std::mutex mutex;
   std::vector<Root> list;
-  const StatePointer nobodys = std::make_shared<RootState>();  // while there is no root at all
+  const StatePointer nobodys = std::make_shared<RootState>();  // used while there is no root at all
 };
 
 Roots& AllRoots() {
@@ -38,8 +38,8 @@ Roots& AllRoots() {
   return roots;
 }
 
-// Set by the first root that the thread creates, and kept when its roots are gone: the thread goes
-// on with nothing then, not with what is another thread's.
+// Set by the first root that the thread creates, and kept after its roots are destroyed: the thread
+// then has no root, instead of using one of another thread.
 StatePointer& OwnState() {
   thread_local StatePointer state;
   return state;
@@ -92,8 +92,8 @@ std::shared_ptr<EventModel> CurrentModel(std::string_view member) {
   if (auto model = FindCurrentModel()) return model;
   throw AutomationError(KR_ERROR_OBJECT_NOT_SET,
                         std::string(member) +
-                            ": there is no event to work on: this thread has no root object "
-                            "(clsKeltrun2) that still lives");
+                            ": there is no event to work on, because this thread has no root "
+                            "object (clsKeltrun2); create one and keep it");
 }
 
 void SetCurrentModel(const std::shared_ptr<EventModel>& model) {

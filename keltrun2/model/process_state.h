@@ -1,5 +1,5 @@
-// What the objects of a thread share (the current model, the runner numbers, the error text) and
-// what it takes of another thread when it has created no root object itself.
+// The state that the objects of a thread share: the current model, the runner numbers and the error
+// text. A thread that never created a root object uses the state of another thread.
 #pragma once
 
 #include <atomic>
@@ -12,26 +12,28 @@ namespace keltrun {
 
 class EventModel;
 
-/// Numbers the runner records in the order of arrival: the next number, from 1.
+/// The next number for a runner's record. Numbers start at 1.
 std::int32_t NextSerialNumber();
-/// Starts the numbers again at 1.
+/// Makes the numbers start at 1 again.
 void ResetSerialNumbers();
 
 /// The component's error text: why the last operation of the file service failed.
 std::string ErrorText();
 void SetErrorText(std::string text);
 
-/// True while a load or an export runs. Whoever sets it keeps the pointer and takes it back.
+/// A flag that is true while a load or an export runs. The operation that sets it keeps the pointer
+/// and clears the flag at the end.
 std::shared_ptr<std::atomic<bool>> OperationFlag();
 
-/// The model of the most recently created root object that still lives: of the roots that this
-/// thread created, or of those of the whole process when it never created one. Null when there is
+/// The model of the most recently created root object that still exists, among the roots that this
+/// thread created or, if it never created one, among all roots of the process. Null if there is
 /// none.
 std::shared_ptr<EventModel> FindCurrentModel();
-/// The same, never null. Raises object not set (91), in the name of the member that needs it, when
-/// there is no root object.
+/// The same, but never null. If there is no root object, raises object not set (91) with the name
+/// of the member that needs it.
 std::shared_ptr<EventModel> CurrentModel(std::string_view member = "clsKeltrun2");
-/// Makes a model the current one of this thread. It is held weakly: its root keeps it alive.
+/// Makes a model the current one of this thread. Only a weak reference is kept; the root object
+/// keeps the model alive.
 void SetCurrentModel(const std::shared_ptr<EventModel>& model);
 
 }  // namespace keltrun

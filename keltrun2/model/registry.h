@@ -1,4 +1,4 @@
-// An ordered list of objects, each under a key of its own.
+// An ordered list of objects with unique keys.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace keltrun {
 
-/// Holds classes or courses in order; positions run from 1.
+/// The classes or courses of an event, in order. Positions are counted from 1.
 template <typename T>
 class Registry {
  public:
@@ -19,7 +19,7 @@ class Registry {
   const std::vector<Pointer>& Items() const { return items_; }
   std::int32_t Count() const { return static_cast<std::int32_t>(items_.size()); }
 
-  /// The object under the key, or null.
+  /// The object with this key, or null.
   Pointer Find(const std::string& key) const {
     const auto found = by_key_.find(key);
     return found == by_key_.end() ? nullptr : found->second;
@@ -31,14 +31,14 @@ class Registry {
     return items_[static_cast<std::size_t>(position) - 1];
   }
 
-  /// False when the key is taken; nothing is changed then.
+  /// Adds an object at the end. If the key is taken, returns false and changes nothing.
   bool Add(const std::string& key, const Pointer& item) {
     if (!by_key_.emplace(key, item).second) return false;
     items_.push_back(item);
     return true;
   }
 
-  /// Unknown keys are ignored.
+  /// Removes the object with this key; an unknown key is ignored.
   void Remove(const std::string& key) {
     const auto found = by_key_.find(key);
     if (found == by_key_.end()) return;
@@ -46,14 +46,15 @@ class Registry {
     by_key_.erase(found);
   }
 
-  /// Puts an object under another key, at its old position; the new key must be free or its own.
+  /// Changes the key of an object, which keeps its position. The new key must not belong to another
+  /// object.
   void Rekey(const std::string& old_key, const std::string& new_key) {
     auto node = by_key_.extract(old_key);
     node.key() = new_key;
     by_key_.insert(std::move(node));
   }
 
-  /// Takes over an order of the same objects.
+  /// Replaces the list by the same objects in another order.
   void Reorder(std::vector<Pointer> items) { items_ = std::move(items); }
 
   void Clear() {

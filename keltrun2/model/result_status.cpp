@@ -24,7 +24,7 @@ std::string NormalizeStatus(std::string_view text) {
   return UpperAscii(TrimSpaces(text));
 }
 
-// Any one character followed by "CL": over time, the control was closed.
+// Any one character followed by "CL": the runner was over time and the control was closed.
 bool IsControlClosed(std::string_view text) {
   if (text.empty()) return false;
   std::size_t pos = 0;

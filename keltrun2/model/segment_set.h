@@ -7,17 +7,17 @@
 
 namespace keltrun {
 
-/// The plain data of a segment set.
+/// A segment, and the courses and classes that have it.
 struct SegmentSet {
-  /// Where the run occurs: course number, TAB, position of the run's first control in the course.
+  /// The courses: course number, TAB, position of the first control of the segment in the course.
   std::vector<std::string> TargetCourseTable;
-  /// Who ran it: class name, ";", position of the run's first control in the class's course.
+  /// The classes: class name, ";", position of the first control of the segment in their course.
   std::vector<std::string> TargetClassList;
-  /// Number of controls strictly inside the run.
+  /// Number of controls between the first and the last one of the segment.
   std::int32_t ControlCount = 0;
-  /// The codes joined by "-", the start as "S" and the finish as "F".
+  /// The control codes joined by "-", with "S" for the start and "F" for the finish.
   std::string SegmentName;
-  /// Four digits for each code, the start as "0000" and the finish as "9999".
+  /// Four digits for each control code, with "0000" for the start and "9999" for the finish.
   std::string SegmentBinaryName;
 };
 

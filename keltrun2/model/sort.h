@@ -1,4 +1,4 @@
-// The sorter behind every order and every rank.
+// The sorter that all orders and ranks are made with.
 #pragma once
 
 #include <algorithm>
@@ -13,11 +13,11 @@
 
 namespace keltrun {
 
-/// Keeps items in ascending order of a key and numbers them by rank. Among equal keys the item
-/// added last comes first. Positions run from 1.
+/// Sorts items in ascending order of a key and computes their ranks. Of items with equal keys, the
+/// one added last comes first. Positions are counted from 1.
 ///
-/// Items are collected as they come and put in order when they are first read after that, which
-/// gives the same order as inserting each at its place.
+/// Items are sorted when they are read for the first time after an item was added. The order is the
+/// same as if each item had been inserted in its place.
 template <typename ItemType, typename KeyType = double>
 class CclsSort {
  public:
@@ -25,7 +25,7 @@ class CclsSort {
     KeyType SortKey;
     std::int32_t RankOrder;  // 0 until CalcRankOrder
     ItemType Item;
-    std::size_t added;  // order of adding
+    std::size_t added;  // position in the order of adding, from 0
   };
 
   void Add(KeyType SortKey, ItemType Item) {
@@ -33,13 +33,14 @@ class CclsSort {
     sorted_ = false;
   }
 
-  /// Also registers the line under a key of its own; a key in use adds nothing.
+  /// Adds an item and registers it under a name of its own, Key. If the name is in use, nothing is
+  /// added.
   void AddObjectByStringKey(std::string_view Key, ItemType Item, KeyType SortKey) {
     if (!by_key_.emplace(Key, added_).second) return;
     Add(std::move(SortKey), std::move(Item));
   }
 
-  /// The rank of the line registered under the key; 0 for an unknown key.
+  /// The rank of the line registered under the name; 0 for an unknown name.
   std::int32_t RankOrder(std::string_view Key) {
     const auto found = by_key_.find(std::string(Key));
     if (found == by_key_.end()) return 0;
@@ -51,7 +52,7 @@ class CclsSort {
 
   std::int32_t Count() const { return static_cast<std::int32_t>(lines_.size()); }
 
-  /// The line at a position; raises error 9 outside 1 to Count.
+  /// The line at a position. Raises error 9 for a position outside 1 to Count.
   CclsSortLine& LineObject(std::int32_t Position) {
     CheckIndex(Position, 1, Count(), "CclsSort");
     return LineSet()[static_cast<std::size_t>(Position) - 1];
@@ -65,7 +66,8 @@ class CclsSort {
     return lines_;
   }
 
-  /// Competition ranks: equal keys share the rank of the first of them (1, 2, 2, 4).
+  /// Sets competition ranks: lines with equal keys share the rank of the first of them (1, 2, 2,
+  /// 4).
   void CalcRankOrder() {
     std::int32_t position = 0;
     const CclsSortLine* previous = nullptr;
@@ -77,7 +79,7 @@ class CclsSort {
     }
   }
 
-  /// Empties the sorter; memory is kept for the next use.
+  /// Removes all items. The memory is kept for the next use.
   void Clear() {
     lines_.clear();
     by_key_.clear();
@@ -96,7 +98,7 @@ class CclsSort {
   }
 
   std::vector<CclsSortLine> lines_;
-  std::unordered_map<std::string, std::size_t> by_key_;  // registered key to order of adding
+  std::unordered_map<std::string, std::size_t> by_key_;  // registered name to `added` of the line
   std::size_t added_ = 0;
   bool sorted_ = true;
 };

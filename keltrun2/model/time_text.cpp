@@ -47,7 +47,8 @@ void AppendFormattedTime(std::string& out, DateTime value, std::string_view patt
   }
 }
 
-// True for the platform's "Like": "#" matches a digit, everything else itself.
+// Whether a text matches a pattern in which "#" stands for a digit and every other character for
+// itself.
 bool IsLike(std::string_view text, std::string_view pattern) {
   return text.size() == pattern.size() &&
          std::equal(text.begin(), text.end(), pattern.begin(),
@@ -59,15 +60,16 @@ bool IsHourPattern(std::string_view pattern) {
          pattern == "h:nn:ss";
 }
 
-// What a date-time number can stand for: 100-01-01 to 9999-12-31, time of day included.
+// Whether a number can be a date-time number: 100-01-01 to the end of 9999-12-31.
 bool IsDateNumber(DateTime value) {
   static const DateTime first = *DateNumber(100, 1, 1);
   static const DateTime end = *DateNumber(9999, 12, 31) + 1;
   return value >= first && value < end;
 }
 
-// A text formatted with a pattern is read as a date-time first, a bare number as a day count; a
-// text that is neither stays as it is, such as a number beyond the last date.
+// Formats a text with a pattern. A bare number is taken as a number of days, other texts are read
+// as a date or time. A text that is neither, such as a number beyond the last date, is returned
+// unchanged.
 std::string FormatText(std::string_view text, std::string_view pattern) {
   if (const auto number = NumericValue(text)) {
     return IsDateNumber(*number) ? FormatDateTime(*number, pattern) : std::string(text);
@@ -76,8 +78,8 @@ std::string FormatText(std::string_view text, std::string_view pattern) {
   return std::string(text);
 }
 
-// Pairs at the places of "hh:mm:ss" rewritten in the pattern, without reading them as a time of
-// day, so that hours of 24 and more survive.
+// Formats three pairs of characters, placed as in "hh:mm:ss". They are not read as a time of day,
+// so hours of 24 and more are possible.
 std::string FormatEightCharacters(const std::u16string& text, std::string_view pattern) {
   const std::string hour = ToUtf8(text.substr(0, 2));
   const std::string rest = ":" + ToUtf8(text.substr(3, 2)) + ":" + ToUtf8(text.substr(6, 2));
@@ -88,8 +90,8 @@ std::string FormatEightCharacters(const std::u16string& text, std::string_view p
   return FormatText(hour + rest, pattern);
 }
 
-// The last step of a normalisation. Eight characters are pairs only where they are parted as pairs;
-// a point in front of the last two begins a fraction.
+// The last step of normalization. Eight characters are three pairs only if they are separated as
+// pairs; a point before the last two begins a fraction.
 std::string FinishText(std::string_view text, std::string_view pattern) {
   const std::u16string units = ToUtf16(text);
   if (units.size() != 8) return FormatText(text, pattern);
@@ -103,7 +105,7 @@ std::string WithColons(std::string_view text) {
   return out;
 }
 
-// "minutes SEPARATOR seconds" as a time; 60 minutes and more carry into hours.
+// Formats minutes and seconds, divided by a separator. 60 minutes and more are carried into hours.
 std::string CarryMinutes(std::string_view text, char separator, std::string_view pattern) {
   const std::size_t at = text.find(separator);
   const std::int32_t minutes = NumericLong(text.substr(0, at));
@@ -147,7 +149,7 @@ std::string NormalizeClockNumber(const std::string& s, std::string_view pattern)
   return FinishText(s, pattern);
 }
 
-// The other notations of an elapsed time, or nullopt.
+// Normalizes the other notations of an elapsed time; nullopt if the text is none of them.
 std::optional<std::string> RewriteElapsed(const std::string& s, std::string_view pattern) {
   if (IsLike(s, "#:##")) return FinishText("00:0" + s, pattern);
   if (IsLike(s, "##:##") && HasSixtyMinutes(s)) return CarryMinutes(s, ':', pattern);
@@ -163,8 +165,8 @@ std::optional<std::string> RewriteElapsed(const std::string& s, std::string_view
 
 std::string NormalizeElapsedText(const std::string& s, std::string_view pattern);
 
-// Minutes and seconds with a decimal fraction, which stays behind the time in the pattern; or
-// nullopt.
+// Normalizes minutes and seconds with a decimal fraction, which is kept after the formatted time;
+// nullopt if the text is something else.
 std::optional<std::string> NormalizeFraction(const std::string& s, std::string_view pattern) {
   const std::size_t point = s.find('.');
   if (point == std::string::npos || point + 1 == s.size()) return std::nullopt;
@@ -201,10 +203,10 @@ std::string NormalizeClockText(const std::string& s, std::string_view pattern) {
 
 struct LongTime {
   std::int32_t hours;
-  DateTime rest;  // minutes and seconds, and hours beyond whole days
+  DateTime rest;  // minutes, seconds and the hours that do not make up a whole day
 };
 
-// "h:mm:ss" with any number of hours.
+// Reads "h:mm:ss" with any number of hours.
 std::optional<LongTime> ParseLongTime(std::string_view text) {
   constexpr std::int32_t kMostHours = 24000000 - 1;  // below kLongestTime
   const std::size_t colon = text.find(':');
@@ -274,7 +276,7 @@ std::string FormatTime(DateTime value, std::string_view pattern, bool tenths) {
     AppendFormattedTime(out, value, pattern);
     return out;
   }
-  // The small addition keeps a time such as 83.4 s from reading as 83.39999.
+  // The small addition keeps a time such as 83.4 s from becoming 83.39999.
   const double seconds = std::clamp(value, 0.0, kLongestTime) * kSecondsPerDay + 0.00001;
   const double whole = std::floor(seconds);
   const int milliseconds = static_cast<int>((seconds - whole) * 1000);
@@ -287,8 +289,8 @@ std::string FormatTime(DateTime value, std::string_view pattern, bool tenths) {
 void AppendCompactTime(std::string& out, DateTime value) {
   const DateTime magnitude = std::fabs(value);
   const long long seconds = WholeSeconds(magnitude);
-  // Which parts are shown follows from the unrounded time, the digits from the rounded one. A value
-  // that rounds to nothing shows no sign.
+  // The unrounded time decides which parts are shown; the digits are those of the rounded time. A
+  // value that is rounded to zero has no sign.
   if (value < 0 && seconds != 0) out += '-';
   if (magnitude >= 1) {
     AppendTotalHours(out, magnitude);

@@ -1,4 +1,4 @@
-// Times as texts, both ways: the shared rules of every reader and output.
+// Reading times from texts and formatting them: the rules that all readers and outputs share.
 #pragma once
 
 #include <cstdint>
@@ -10,72 +10,77 @@
 
 namespace keltrun {
 
-/// The pattern name for minutes and seconds as bare digits.
+/// The pattern that stands for minutes and seconds as digits without separators.
 inline constexpr std::string_view kPlanePattern = "plane";
 
-/// The texts that stand for the markers.
+/// The texts shown for the markers.
 struct MarkerTexts {
   std::string_view NoData, Skip, Disq;
 };
 
-/// The rule of clsTimeValue::ToString for a bare value.
+/// Formats a value as clsTimeValue::ToString does.
 std::string TimeToString(DateTime value, std::string_view pattern, bool compact,
                          std::string_view no_data, std::string_view skip, std::string_view disq);
 void AppendTime(std::string& out, DateTime value, std::string_view pattern, bool compact,
                 const MarkerTexts& markers);
 
-/// "-" from one second below zero on, else "".
+/// "-" for a value of minus one second or less, else "".
 std::string_view SignText(DateTime value);
 
-/// A time that is not negative by a pattern; from a day on total hours, minutes and seconds. With
-/// tenths, ".", and the tenth of a second (cut, not rounded) behind the pattern's text.
+/// Formats a time that is not negative by a pattern; a day or more is shown as total hours, minutes
+/// and seconds. With `tenths`, the formatted time is followed by "." and the tenth of a second,
+/// which is truncated, not rounded.
 std::string FormatTime(DateTime value, std::string_view pattern, bool tenths);
 
-/// "9:05", "42:00", "1:02:03", "25:03:07"; a width above 0 right-aligns the text in that many
-/// Shift-JIS bytes, or cuts it.
+/// Formats a time as "9:05", "42:00", "1:02:03" or "25:03:07". If the width is above 0, the text is
+/// right-aligned in that many display columns, or cut.
 std::string CompactTime(DateTime value, std::size_t width = 0);
 void AppendCompactTime(std::string& out, DateTime value);
 
-/// Minutes and seconds of a time that is not negative as digits: "6203", or "45" below a minute.
+/// Appends the minutes and seconds of a time that is not negative as digits: "6203", or "45" below
+/// a minute.
 void AppendPlaneTime(std::string& out, DateTime value);
 
-/// Whole minutes of a time, hours and days included.
+/// The whole minutes of a time, including those of its hours and days.
 std::int32_t TotalMinutes(DateTime value);
 
-/// By a pattern of hours, minutes and seconds, with total hours from one to four days.
+/// Formats a time by a pattern of hours, minutes and seconds. From one to four days it is shown as
+/// total hours, minutes and seconds.
 std::string FormatTotalTime(DateTime value, std::string_view pattern);
 
-/// The rule of clsLegRankValue::ToString for a bare rank.
+/// Formats a rank as clsLegRankValue::ToString does.
 std::string RankToString(std::int32_t rank, bool use_hyphen, bool use_parentheses);
 void AppendRank(std::string& out, std::int32_t rank, bool use_hyphen, bool use_parentheses);
 
-/// A result or lap text as a time; `default_value` for everything that is none. Up to three
-/// decimals of a second count.
+/// Reads a result or lap as a time; returns `default_value` for any other text. At most three
+/// decimals of a second are used.
 DateTime ParseTime(std::string_view text, DateTime default_value);
 
-/// A text with an optional sign as a time; bare numbers are day counts when `allow_number`.
+/// Reads a time with an optional sign; returns `default_value` for any other text. With
+/// `allow_number`, a bare number is a number of days.
 DateTime ParseSignedTime(std::string_view text, bool allow_number, bool skip_width_folding,
                          DateTime default_value);
 
-/// The part of a second that the digits behind a decimal point are; the first three count, "" is 0.
-/// nullopt when a character is no digit.
+/// Reads the digits after a decimal point as a part of a second. Only the first three are used; ""
+/// is 0. nullopt if a character is not a digit.
 std::optional<double> ParseFraction(std::string_view digits);
 
-/// A date or time of the platform, or h:mm:ss with hours of 24 and more.
+/// Whether a text is a date or time that ParseDateTime accepts, or h:mm:ss with hours of 24 and
+/// more.
 bool IsTimeText(std::string_view text);
 
-/// From which end bare digits count: "1234" is 12 min 34 s as an elapsed time, 12:34:00 as a clock
-/// time.
+/// How digits without separators are read: "1234" is 12 min 34 s as an elapsed time and 12:34:00 as
+/// a clock time.
 enum class Digits : std::int32_t { kElapsed, kClock };
 
-/// The many ways in which timing systems and people write a time, as one text in the pattern; a
-/// decimal fraction of an elapsed time stays behind it ("12:34.56" is "00:12:34.56"). A text that
-/// is no time is returned folded and trimmed.
+/// Converts the many ways in which timing systems and people write a time to one form, given by the
+/// pattern. A decimal fraction of an elapsed time is kept after it: "12:34.56" becomes
+/// "00:12:34.56". A text that is not a time is returned in half-width characters and trimmed.
 std::string NormalizeTimeText(std::string_view text, Digits digits,
                               std::string_view pattern = "hh\\:nn\\:ss");
 
-/// A result that counts as a finish time: the platform's date or time test, also with a decimal
-/// fraction of seconds; or nullopt.
+/// Reads a result as a finish time: a date or time that ParseDateTime accepts, or h:mm:ss with a
+/// decimal fraction of seconds. nullopt for any other text.
 std::optional<DateTime> ParseFinishTime(std::string_view text);
 
 }  // namespace keltrun

@@ -1,4 +1,4 @@
-// The five value classes: one value each, and the text it is shown as.
+// The five value classes. Each has one value and formats it as text.
 #pragma once
 
 #include <cmath>
@@ -11,44 +11,46 @@
 
 namespace keltrun {
 
-/// Exact values of a lap, split or result that are markers, never times. In days, like every time.
+/// The values of a lap, split or result, in days, that are markers and never times.
 enum LapTimeConst : std::int32_t {
   KR_TIME_NODATA = 0,  ///< No time was recorded.
   KR_TIME_SKIP = -1,   ///< The control was skipped or not punched.
   KR_TIME_DISQ = -2,   ///< Disqualified, or no readable time.
 };
 
-/// KR_TIME_NODATA as a time, to compare with.
+/// KR_TIME_NODATA as a time, for comparisons.
 inline constexpr DateTime kTimeNoData = KR_TIME_NODATA;
-/// KR_TIME_SKIP as a time, to compare with.
+/// KR_TIME_SKIP as a time, for comparisons.
 inline constexpr DateTime kTimeSkip = KR_TIME_SKIP;
-/// KR_TIME_DISQ as a time, to compare with.
+/// KR_TIME_DISQ as a time, for comparisons.
 inline constexpr DateTime kTimeDisq = KR_TIME_DISQ;
 
-/// What texts show for KR_TIME_NODATA unless the caller names something else: "－" (U+FF0D).
+/// The default text for KR_TIME_NODATA: "－" (U+FF0D).
 inline constexpr std::string_view kNoDataText = "\uFF0D";
-/// What texts show for KR_TIME_SKIP unless the caller names something else: "↓".
+/// The default text for KR_TIME_SKIP: "↓".
 inline constexpr std::string_view kSkipText = "\u2193";
-/// What texts show for KR_TIME_DISQ unless the caller names something else: "×".
+/// The default text for KR_TIME_DISQ: "×".
 inline constexpr std::string_view kDisqText = "\u00D7";
 
 /// A time: a start time, a lap, a split, a duration.
 class KELTRUN2_API clsTimeValue {
  public:
-  /// A time of 0.
+  /// Creates a time of 0.
   clsTimeValue() = default;
-  /// A time of that many days; 0 when the number is not finite.
+  /// Creates a time of a number of days; 0 if the number is not finite.
   explicit clsTimeValue(DateTime value) { SetValue(value); }
 
-  /// In days; 0 at first.
+  /// The time in days; 0 at first.
   DateTime Value() const { return value_; }
-  /// Stores a number of days; one that is not finite stores 0.
+  /// Sets the time in days; a number that is not finite sets 0.
   void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
-  /// The marker texts for 0, -1 and -2; otherwise the time by a pattern of "hh" "h" "nn" "n" "ss"
-  /// "s", with "-" in front from one second below zero on. From a day on, total hours, minutes and
-  /// seconds whatever the pattern. Compact: "9:05", "42:00", "1:02:03". The pattern "plane" gives
-  /// minutes and seconds as digits without separator: "6203" for 1:02:03, "45" for 45 seconds.
+  /// Formats the time by a pattern of "hh" or "h", "nn" or "n" and "ss" or "s". The markers 0, -1
+  /// and -2 are shown as NoDataValue, SkipValue and DisqValue. A time of minus one second or less
+  /// begins with "-". A time of a day or more is shown as total hours, minutes and seconds,
+  /// whatever the pattern. With Compact the time looks like "9:05", "42:00" or "1:02:03". The
+  /// pattern "plane" gives minutes and seconds as digits without separators: "6203" for 1:02:03,
+  /// "45" for 45 seconds.
   std::string ToString(std::string_view FormatExpression = "hh:nn:ss", bool Compact = false,
                        std::string_view NoDataValue = kNoDataText,
                        std::string_view SkipValue = kSkipText,
@@ -61,31 +63,32 @@ class KELTRUN2_API clsTimeValue {
 /// A calendar date.
 class KELTRUN2_API clsDateValue {
  public:
-  /// No date.
+  /// Creates a value without a date.
   clsDateValue() = default;
-  /// The date of that day number; no date when the number is not finite.
+  /// Creates the date with a day number; no date if the number is not finite.
   explicit clsDateValue(DateTime value) { SetValue(value); }
 
-  /// Days since 1899-12-30; 0 at first, which stands for no date.
+  /// The days since 1899-12-30; 0, the value at first, means no date.
   DateTime Value() const { return value_; }
-  /// Stores a day number; one that is not finite stores 0.
+  /// Sets the day number; a number that is not finite sets 0.
   void SetValue(DateTime Value) { value_ = std::isfinite(Value) ? Value : 0; }
 
-  /// The date by a pattern of "yyyy" "mm" "dd"; empty for the value 0.
+  /// Formats the date by a pattern of "yyyy", "mm" and "dd"; empty for the value 0.
   std::string ToString(std::string_view FormatExpression = "yyyy/mm/dd") const;
 
  private:
   DateTime value_ = 0;
 };
 
-/// The time lost on a leg or in total; negative where the runner was faster than expected.
+/// The loss on a leg or in total; negative if the runner was faster than expected.
 class KELTRUN2_API clsMissTimeValue {
  public:
-  /// In days; 0 while not set, -1 for a skipped leg.
+  /// The loss in days; 0 if it was never set, -1 for a skipped leg.
   DateTime Value() const { return value_ == kNotSet ? 0 : value_; }
 
-  /// As clsTimeValue, but a value of 0 is a time ("00:00:00") and only a value that was never set
-  /// shows NoDataValue. Of a day and more the pattern shows the time of day.
+  /// Formats the loss like clsTimeValue, with these differences: 0 is a time ("00:00:00"), and
+  /// NoDataValue is shown for a loss that was never set or is KR_TIME_DISQ. For a loss of a day or
+  /// more, the pattern shows only the part beyond whole days.
   std::string ToString(std::string_view FormatExpression = "hh:nn:ss", bool Compact = false,
                        std::string_view NoDataValue = kNoDataText,
                        std::string_view SkipValue = kSkipText) const;
@@ -99,11 +102,11 @@ class KELTRUN2_API clsMissTimeValue {
 /// A ratio: 1 is 100 percent.
 class KELTRUN2_API clsPercentValue {
  public:
-  /// The factor; 0 while not set and for the markers.
+  /// The ratio; 0 if it was never set and for the markers.
   float Value() const { return value_ < 0 ? 0 : value_; }
 
-  /// The percentage by a numeric pattern ("#0", "#0.0"); NoDataValue for 0 (a real 0 percent
-  /// included), SkipValue for a skipped leg.
+  /// Formats the percentage by a numeric pattern ("#0", "#0.0"). NoDataValue is shown for 0, also
+  /// if it is a real 0 percent, and SkipValue for a skipped leg.
   std::string ToString(std::string_view FormatExpression = "#0",
                        std::string_view NoDataValue = kNoDataText,
                        std::string_view SkipValue = kSkipText) const;
@@ -113,14 +116,14 @@ class KELTRUN2_API clsPercentValue {
   float value_ = 0;
 };
 
-/// A rank on a leg; 0 is none.
+/// A rank on a leg; 0 means no rank.
 class KELTRUN2_API clsLegRankValue {
  public:
-  /// The rank, from 1; 0 for none.
+  /// The rank, from 1; 0 if there is none.
   std::int32_t Value() const { return value_; }
 
-  /// The rank, or "-" for none (empty without UseHyphen); UseParentheses appends ")" to what is
-  /// shown.
+  /// The rank as text. If there is none, the text is "-", or empty without UseHyphen.
+  /// UseParentheses appends ")" unless the text is empty.
   std::string ToString(bool UseHyphen = true, bool UseParentheses = false) const;
 
  private:

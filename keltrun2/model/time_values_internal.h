@@ -1,4 +1,4 @@
-// Write access to the values that the analysis fills.
+// Write access to the values that the analysis sets.
 #pragma once
 
 #include "keltrun2/model/time_values.h"
@@ -12,13 +12,13 @@ class AnalysisValue {
   static bool IsSet(const clsMissTimeValue& value) {
     return value.value_ != clsMissTimeValue::kNotSet;
   }
-  /// The stored time, markers included.
+  /// The stored time, which may be a marker.
   static DateTime Stored(const clsMissTimeValue& value) { return value.value_; }
 
   static void Set(clsPercentValue& value, double ratio) {
     value.value_ = static_cast<float>(ratio);
   }
-  /// The stored ratio, markers included.
+  /// The stored ratio, which may be a marker.
   static float Stored(const clsPercentValue& value) { return value.value_; }
 
   static void Set(clsLegRankValue& value, std::int32_t rank) { value.value_ = rank; }

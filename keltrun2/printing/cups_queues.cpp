@@ -14,10 +14,10 @@
 namespace keltrun {
 namespace {
 
-constexpr int kConnectMs = 3000;  // a server that does not answer must not hold up a program
-constexpr PaperStrips kUsualStrips = {4.2F, 4.2F, 4.2F, 4.2F};  // where a queue tells none
+constexpr int kConnectMs = 3000;  // a server that does not answer must not block the host for long
+constexpr PaperStrips kUsualStrips = {4.2F, 4.2F, 4.2F, 4.2F};  // if the queue does not say
 
-// A connection to the print server of the environment; absent when there is none.
+// A connection to the default print server of the system; false if there is none.
 class Server {
  public:
   Server()
@@ -56,7 +56,7 @@ class Queues {
   cups_dest_t* queues_ = nullptr;
 };
 
-// The job options, freed at the end.
+// The options of a print job.
 class Options {
  public:
   void Add(const char* name, const char* value) {
@@ -77,7 +77,7 @@ class Options {
 
 int Hundredths(float mm) { return static_cast<int>(std::lround(mm * 100)); }
 
-// What the queue says of its unprintable edges on that paper.
+// The unprintable edges of a paper, as the queue reports them.
 PaperStrips AskStrips(const std::string& name, const Paper& paper) {
   const Server server;
   const Queues queues(server);
@@ -100,7 +100,7 @@ PaperStrips AskStrips(const std::string& name, const Paper& paper) {
                         "cannot print on " + name + ": " + cupsLastErrorString());
 }
 
-// Each step of the server's protocol; the job is taken back when its data did not get through.
+// Creates a job and sends its document. The job is canceled if the document does not arrive.
 void SubmitJob(const std::string& name, const std::string& pdf, const Options& options) {
   const Server server;
   if (!server) RaiseServerError(name);
@@ -118,7 +118,7 @@ void SubmitJob(const std::string& name, const std::string& pdf, const Options& o
   throw AutomationError(KR_ERROR_INVALID_CALL, "cannot print on " + name + ": " + reason);
 }
 
-// Sends each document to its queue as one PDF job.
+// A printer that sends each document to its queue as one PDF job.
 class QueuePrinter final : public Printer {
  public:
   explicit QueuePrinter(std::string name) : name_(std::move(name)) {}
@@ -147,7 +147,7 @@ class QueuePrinter final : public Printer {
  private:
   std::string name_;
   Sheets sheets_;
-  mutable std::optional<PaperStrips> strips_;  // asked for once a paper
+  mutable std::optional<PaperStrips> strips_;  // queried once per paper size
 };
 
 }  // namespace

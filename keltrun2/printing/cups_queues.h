@@ -1,4 +1,4 @@
-// The print queues of the system's print server.
+// The queues of the system's print server.
 #pragma once
 
 #include <memory>
@@ -10,11 +10,11 @@
 
 namespace keltrun {
 
-/// Names of the installed queues; none without a print server, or where the library was built
-/// without one.
+/// The names of the installed queues. Empty if there is no print server or the library was built
+/// without support for one.
 std::vector<std::string> QueueNames();
 
-/// The queue of that name as a new printer, or null.
+/// The queue with this name as a new printer, or null if there is none.
 std::shared_ptr<Printer> OpenQueue(std::string_view name);
 
 }  // namespace keltrun

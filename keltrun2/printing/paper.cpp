@@ -13,13 +13,13 @@ constexpr Paper kPapers[] = {
     {KR_PAPER_A3, 297, 420, "iso_a3_297x420mm"},
     {KR_PAPER_A4, 210, 297, "iso_a4_210x297mm"},
     {KR_PAPER_A5, 148, 210, "iso_a5_148x210mm"},
-    {KR_PAPER_B4, 257, 364, "jis_b4_257x364mm"},  // the Japanese B sizes, as everywhere in printing
+    {KR_PAPER_B4, 257, 364, "jis_b4_257x364mm"},  // JIS sizes, as these numbers mean in printing
     {KR_PAPER_B5, 182, 257, "jis_b5_182x257mm"},
 };
 
 constexpr double kPointsPerMm = kPointsPerInch / kMmPerInch;
 
-// Some printers turn a landscape sheet to the left and some to the right: the wider strip of two
+// Some printers turn a landscape sheet to the left and some to the right, so the wider strip of two
 // opposite edges is kept free on both.
 PaperStrips Turned(const PaperStrips& strips) {
   const float side = std::max(strips.Top, strips.Bottom);

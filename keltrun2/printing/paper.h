@@ -9,7 +9,7 @@
 
 namespace keltrun {
 
-/// A paper size, portrait, in mm; the name is the one that print servers know.
+/// A paper size in portrait orientation, in mm. The name is the one that print servers use.
 struct Paper {
   PaperSizeConst Number;
   float Width;
@@ -17,7 +17,7 @@ struct Paper {
   const char* MediaName;
 };
 
-/// Edges that a printer cannot print on, in mm, of the portrait sheet.
+/// The edges of a portrait sheet that a printer cannot print on, in mm.
 struct PaperStrips {
   float Left = 0;
   float Top = 0;
@@ -25,7 +25,7 @@ struct PaperStrips {
   float Bottom = 0;
 };
 
-/// What every printer here does: sheets that are collected in a PDF document.
+/// The part that all printers here share: sheets that are collected in a PDF document.
 class Sheets {
  public:
   void SetPaperSize(std::int32_t paper_size);
@@ -36,7 +36,7 @@ class Sheets {
   DrawingSurface& NewSheet(const PaperMetrics& metrics);
   DrawingSurface& Measure() { return measure_; }
   bool IsEmpty() const { return document_.IsEmpty(); }
-  /// The PDF of the sheets since the last call.
+  /// The sheets since the last call as a PDF document.
   std::string Finish() { return document_.Finish(); }
 
  private:

@@ -1,4 +1,4 @@
-// Printers: where the pages of a print book go.
+// Printers: the destinations of printed pages.
 #pragma once
 
 #include <cstdint>
@@ -12,17 +12,17 @@
 
 namespace keltrun {
 
-/// Paper and its printable part in mm, as the paper lies in the chosen orientation.
+/// The paper and its printable part in mm, in the chosen orientation.
 struct PaperMetrics {
   float PaperWidth = 210;       ///< Width of the whole sheet.
   float PaperHeight = 297;      ///< Height of the whole sheet.
-  float OffsetLeft = 0;         ///< From the paper's left edge to the printable part.
-  float OffsetTop = 0;          ///< From the paper's upper edge to the printable part.
+  float OffsetLeft = 0;         ///< From the left edge of the paper to the printable part.
+  float OffsetTop = 0;          ///< From the upper edge of the paper to the printable part.
   float PrintableWidth = 210;   ///< Width of the printable part.
   float PrintableHeight = 297;  ///< Height of the printable part.
 };
 
-/// The paper sizes that every printer here knows, by their usual numbers.
+/// The paper sizes that every printer of the library supports, with their usual numbers.
 enum PaperSizeConst : std::int32_t {
   KR_PAPER_LETTER = 1,  ///< US Letter, 215.9 x 279.4 mm.
   KR_PAPER_LEGAL = 5,   ///< US Legal, 215.9 x 355.6 mm.
@@ -41,51 +41,50 @@ class KELTRUN2_API Printer {
 
   /// The name by which hosts choose the printer.
   virtual const std::string& DeviceName() const = 0;
-  /// Chooses the paper by a value of PaperSizeConst; an unknown number leaves it as it is.
+  /// Chooses the paper by a value of PaperSizeConst; an unknown number is ignored.
   virtual void SetPaperSize(std::int32_t PaperSize) = 0;
-  /// Turns the paper by a value of TorbelPrintOrientationType: 1 is landscape, anything else
-  /// portrait.
+  /// Chooses the orientation by a value of TorbelPrintOrientationType: 1 is landscape, anything
+  /// else is portrait.
   virtual void SetOrientation(std::int32_t Orientation) = 0;
-  /// The sheet as paper size and orientation make it.
+  /// The measures of a sheet with the chosen paper and orientation.
   virtual PaperMetrics Metrics() const = 0;
 
-  /// Begins a sheet and gives it, in mm from the upper left corner of the printable part; valid
-  /// until the next call of NewSheet or EndDocument.
+  /// Begins a sheet and returns its surface, in mm from the upper left corner of the printable
+  /// part. It is valid until the next call of NewSheet or EndDocument.
   virtual DrawingSurface& NewSheet() = 0;
-  /// Something to measure texts with, in mm, also outside a document.
+  /// A surface for measuring texts, in mm. It can also be used outside a document.
   virtual DrawingSurface& Measure() = 0;
-  /// Prints the sheets. Raises invalid procedure call (5) with the reason when that fails.
+  /// Prints the sheets. Raises invalid procedure call (5) with the reason if that fails.
   virtual void EndDocument() = 0;
 };
 
-/// Writes a PDF document; it has no unprintable strips.
+/// A printer that writes PDF documents. The whole sheet is printable.
 class KELTRUN2_API PdfPrinter : public Printer {
  public:
-  /// A printer of that name that writes each document to the file (replacing it); with an empty
-  /// path the document is kept in memory.
+  /// Creates a printer with a name. Each document is written to the file, which is replaced; if the
+  /// path is empty, the document is kept in memory.
   explicit PdfPrinter(std::string Name = "PDF", std::string Path = "");
   ~PdfPrinter() override;
 
   /// The name by which hosts choose the printer.
   const std::string& DeviceName() const override;
-  /// Chooses the paper by a value of PaperSizeConst, A4 at first; an unknown number leaves it as it
-  /// is.
+  /// Chooses the paper by a value of PaperSizeConst, A4 at first; an unknown number is ignored.
   void SetPaperSize(std::int32_t PaperSize) override;
-  /// Turns the paper by a value of TorbelPrintOrientationType, portrait at first: 1 is landscape,
-  /// anything else portrait.
+  /// Chooses the orientation by a value of TorbelPrintOrientationType, portrait at first: 1 is
+  /// landscape, anything else is portrait.
   void SetOrientation(std::int32_t Orientation) override;
-  /// The sheet as paper size and orientation make it; all of it is printable.
+  /// The measures of a sheet with the chosen paper and orientation; all of it is printable.
   PaperMetrics Metrics() const override;
-  /// Begins a page and gives it, in mm from its upper left corner; valid until the next call of
-  /// NewSheet or EndDocument.
+  /// Begins a page and returns its surface, in mm from the upper left corner. It is valid until the
+  /// next call of NewSheet or EndDocument.
   DrawingSurface& NewSheet() override;
-  /// Something to measure texts with, in mm, also outside a document.
+  /// A surface for measuring texts, in mm. It can also be used outside a document.
   DrawingSurface& Measure() override;
   /// Ends the document and writes it to the file, or keeps it for Document. Raises invalid
-  /// procedure call (5) with the reason when that fails.
+  /// procedure call (5) with the reason if that fails.
   void EndDocument() override;
 
-  /// The last document that was ended, as PDF bytes; empty when it went to a file.
+  /// The bytes of the last finished PDF document; empty if documents are written to a file.
   const std::string& Document() const;
 
  private:
@@ -93,15 +92,17 @@ class KELTRUN2_API PdfPrinter : public Printer {
   std::unique_ptr<State> state_;
 };
 
-/// The printers there are: those that hosts installed, in that order, then the system's queues.
+/// The names of all printers: first those that hosts installed, in the order of installation, then
+/// the queues of the system.
 KELTRUN2_API std::vector<std::string> PrinterNames();
 
-/// The printer of that name, or null. A host's printer is the object it installed, a queue a new
-/// object each time.
+/// The printer with this name, or null. For a printer that a host installed, the result is that
+/// object; for a queue it is a new object each time.
 KELTRUN2_API std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName);
 
-/// Adds a printer for the whole process, under the name that it has now; one of the same name is
-/// replaced. It prints one document at a time: threads that print install one each.
+/// Adds a printer for the whole process, under the name that it has now; a printer with the same
+/// name is replaced. It prints one document at a time, so each thread that prints must install its
+/// own.
 KELTRUN2_API void InstallPrinter(std::shared_ptr<Printer> NewPrinter);
 
 /// Removes a printer that a host installed; unknown names are ignored.

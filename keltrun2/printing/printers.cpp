@@ -9,7 +9,7 @@
 namespace keltrun {
 namespace {
 
-// Names are kept beside the printers: asking a printer calls the host, which may call back here.
+// The name is stored here because DeviceName calls the host, which may call this file again.
 struct InstalledPrinter {
   std::string name;
   std::shared_ptr<Printer> printer;
@@ -49,7 +49,7 @@ std::vector<std::string> PrinterNames() {
 }
 
 std::shared_ptr<Printer> FindPrinter(std::string_view DeviceName) {
-  if (DeviceName.empty()) return nullptr;  // asks no print server for nothing
+  if (DeviceName.empty()) return nullptr;  // no need to query the print server
   Printers installed = InstalledPrinters();
   const auto found = Find(installed, DeviceName);
   return found != installed.end() ? found->printer : OpenQueue(DeviceName);
@@ -62,14 +62,14 @@ void InstallPrinter(std::shared_ptr<Printer> NewPrinter) {
   Printers& printers = Installed().printers;
   const auto found = Find(printers, name);
   if (found != printers.end()) {
-    found->printer.swap(NewPrinter);  // the one before goes when the lock is released
+    found->printer.swap(NewPrinter);  // the previous one is destroyed after the lock is released
   } else {
     printers.push_back({std::move(name), std::move(NewPrinter)});
   }
 }
 
 void RemovePrinter(std::string_view DeviceName) {
-  InstalledPrinter removed;  // goes when the lock is released
+  InstalledPrinter removed;  // destroyed after the lock is released
   const std::lock_guard lock(Installed().mutex);
   Printers& printers = Installed().printers;
   const auto found = Find(printers, DeviceName);

@@ -18,7 +18,7 @@ inline constexpr double kSecondsPerDay = 86400.0;
 /// Milliseconds in a day.
 inline constexpr double kMillisecondsPerDay = 86400000.0;
 
-/// Bound of the durations, in days; from here on a double cannot be relied on for milliseconds.
+/// Durations are shorter than this, in days. Within the bound, whole milliseconds are exact.
 inline constexpr double kLongestTime = 1e6;
 
 /// The time rounded to whole milliseconds m, as m / 86400000.0. Equal durations then have equal
