@@ -1,28 +1,15 @@
-// The outside: encodings, files, XML, the host's windows, the clock.
-#include <fcntl.h>
+// Encodings and XML. Archives are tested in archive_test.cpp.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <thread>
-#include <utility>
 
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/codec/list_encoding.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
-#include "keltrun2/os/clock.h"
-#include "keltrun2/os/files.h"
-#include "keltrun2/os/host_windows.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
 namespace {
 
-namespace fs = std::filesystem;
 using std::string;
 using Text = std::string_view;
 using namespace std::literals;
@@ -41,15 +28,15 @@ TEST(Encodings, EveryShiftJisCodeComesBack) {
     const string text = Decode(bytes, Charset::kShiftJis).Text;
     std::size_t end = 0;
     const char32_t c = NextCodePoint(text, end);
-    // Not one character, none at all, or a private one.
+    // Skip codes that are not a single character or that are a private one.
     if (end != text.size() || c == 0xFFFD || (c >= 0xE000 && c <= 0xF8FF)) continue;
     ++characters;
-    // Some characters have two codes: the same character must come back, not the same bytes.
+    // Some characters have two codes, so the same character must come back but not the same bytes.
     const string again = Encoded(text, Charset::kShiftJis);
     ASSERT_EQ(Decode(again, Charset::kShiftJis).Text, text) << std::hex << code;
     ASSERT_TRUE(again.size() == 2 && ShiftJisLength(c) == 2) << std::hex << code;
   }
-  // 6,879 of JIS X 0208, 83 of row 13, 374 and 388 of the two blocks of vendor characters.
+  // 6,879 in JIS X 0208, 83 in row 13, 374 and 388 in the two blocks of vendor characters.
   EXPECT_EQ(characters, 6879 + 83 + 374 + 388);
 }
 
@@ -66,7 +53,7 @@ TEST(Encodings, Characters) {
   }
   EXPECT_EQ(Encoded("é山😀", Charset::kShiftJis, MissingCharacter::kCharacterReference),
             "&#233;\x8E\x52&#128512;");
-  // A page can show what a plain text only gets a look-alike for.
+  // A page can show these characters; a plain text gets look-alikes.
   EXPECT_EQ(Encoded("¥‾", Charset::kShiftJis, MissingCharacter::kCharacterReference),
             "&#165;&#8254;");
   EXPECT_EQ(Encoded("¥‾", Charset::kShiftJis), "\\~");
@@ -80,9 +67,9 @@ TEST(Encodings, Characters) {
   EXPECT_EQ(CharsetFromName("koi8-r"), std::nullopt);
 }
 
-TEST(Encodings, TextFilesTellTheirEncoding) {
+TEST(Encodings, DetectsTheEncodingOfTextFiles) {
   const Rows<Text, Text> cases = {
-      // The last one is no valid UTF-8, so it is Shift-JIS: E5B1, B1 and half a pair.
+      // The last one is not valid UTF-8, so it is Shift-JIS: E5B1, B1 and half a pair.
       {"\xEF\xBB\xBF山\xFF", "山\uFFFD"},
       {"\xFF\xFE\x71\x5C\x3D\xD8\x00\xDE"sv, "山😀"},
       {"\xFE\xFF\x5C\x71\xD8\x3D\xDE\x00"sv, "山😀"},
@@ -93,11 +80,11 @@ TEST(Encodings, TextFilesTellTheirEncoding) {
   for (const auto& [bytes, text] : cases) EXPECT_EQ(DecodeTextFile(bytes), text) << text;
 }
 
-// Texts in the bytes of a charset, and the charset that lists of them are taken for.
-TEST(Encodings, ListsOfEuropeAndJapanAreToldApart) {
+// Texts encoded in a charset, and the charset that is detected for a list of them.
+TEST(Encodings, DistinguishesListsOfEuropeAndJapan) {
   const Text european[] = {
       "Jörg Müller", "Größe;Überschrift", "JÖRG MÜLLER", "ÄÖÜß", "ÅÄÖ", "Ödön", "Åsa Öberg",
-      // Two and three kanji in a row, and katakana.
+      // As Shift-JIS these have two and three kanji in a row, and katakana.
       "Hélène,Zoé", "étés", "Mäkäräinen Hämäläinen", "VÄÄNÄNEN;JÄÄSKELÄINEN", "äää", "pitää äkää",
       "François-Éloïse", "CRÉÉE À L’ÎLE", "“Hélène” – l’été", "rock ’n’ roll", "S–A–F",
       "Þóra Ævarsdóttir", "Žižka Matouš", "ŽIŽKA", "Šiška Tomáš", "Núñez, Íñigo", "«ÉÀ»",
@@ -118,22 +105,22 @@ TEST(Encodings, ListsOfEuropeAndJapanAreToldApart) {
     expect(text, Charset::kShiftJis, Charset::kShiftJis);
     expect(text, Charset::kUtf8, Charset::kUtf8);
   }
-  expect("Anna", Charset::kShiftJis, Charset::kUtf8);  // ASCII is all of them
+  expect("Anna", Charset::kShiftJis, Charset::kUtf8);  // ASCII is valid in all of them
 }
 
-TEST(Encodings, ListsWithBytesThatFitNoCharsetOrAreAskedFor) {
+TEST(Encodings, ListsWithInvalidBytesOrARequestedCharset) {
   const auto list = [](Text bytes, std::optional<Charset> asked_for = std::nullopt) {
     const ListText read = DecodeList(bytes, asked_for);
     return read.Content.Text + (read.Assumed ? "?" : "");
   };
-  // A name cut inside a character; 0x8D is no Windows-1252.
+  // A name cut inside a character; Windows-1252 does not have 0x8D.
   EXPECT_EQ(list("\x8D\x82\x8B\xB4,\x8E\x52\x93 "), "高橋,山\uFFFD ?");
-  EXPECT_EQ(list("\x8E\x52\x93\x63\x93 "), "ŽR“c“ ?") << "every byte has to decode";
+  EXPECT_EQ(list("\x8E\x52\x93\x63\x93 "), "ŽR“c“ ?") << "every byte must be valid";
   EXPECT_EQ(list("J\xF6rg \x81"), "Jörg \uFFFD?");
   EXPECT_EQ(list("a\x81\x40"
                  "b"),
             "a　b")
-      << "Shift-JIS without a word, but no Windows-1252";
+      << "Shift-JIS without a word, but not Windows-1252";
   EXPECT_EQ(list("J\xF6rg", Charset::kShiftJis), Decode("J\xF6rg", Charset::kShiftJis).Text);
   EXPECT_EQ(list("山", Charset::kWindows1252), "å±±");
   EXPECT_EQ(list("\xEF\xBB\xBF山", Charset::kWindows1252), "山") << "a mark decides";
@@ -144,112 +131,11 @@ TEST(Encodings, InvalidUtf8IsOneReplacementPerByte) {
       {"a\xC0\xAF", 1, "a\uFFFD\uFFFD"},                    // overlong
       {"\xED\xA0\x80", 0, "\uFFFD\uFFFD\uFFFD"},            // a surrogate
       {"\xF4\x90\x80\x80", 0, "\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
-      {"山\xE5\xB1", 3, "山\uFFFD\uFFFD"},                  // cut
+      {"山\xE5\xB1", 3, "山\uFFFD\uFFFD"},                  // truncated
       {"\x80z山😀", 0, "\uFFFDz山😀"}};
   for (const auto& [bytes, invalid, text] : cases) {
     EXPECT_EQ(FindInvalidUtf8(bytes), invalid) << text;
     EXPECT_EQ(Decode(bytes, Charset::kUtf8).Text, text);
-  }
-}
-
-struct Files : testing::Test {
-  bool Write(const string& name, Text bytes) { return WriteFile(name, bytes, error_); }
-
-  TemporaryFolder folder_;
-  string error_;
-};
-
-TEST_F(Files, WritesAndReadsWholeFiles) {
-  const mode_t mask = umask(022);
-  for (const string& name : {folder_.Path("山.bin"), folder_.Path(string(255, 'n'))}) {
-    for (const Text bytes : {"a\0\r\n\xFF"sv, ""sv, "longer than before"sv}) {
-      ASSERT_TRUE(Write(name, bytes)) << error_;
-      EXPECT_EQ(ReadFile(name, error_), bytes);
-      EXPECT_EQ(fs::status(name).permissions(), fs::perms(0644));  // a web server's too
-    }
-  }
-  umask(mask);
-}
-
-TEST_F(Files, FailuresNameTheFile) {
-  for (const string& name : {folder_.Path(), folder_.Path("missing/x"), "/dev/full"s}) {
-    EXPECT_FALSE(Write(name, "x"));
-    EXPECT_NE(std::exchange(error_, "").find(name), string::npos);
-    if (name == "/dev/full") continue;
-    EXPECT_EQ(ReadFile(name, error_), std::nullopt);
-    EXPECT_NE(std::exchange(error_, "").find(name), string::npos);
-  }
-}
-
-// Threads share the process number, as processes in two containers do.
-TEST_F(Files, WritersOfOneFileDoNotMeet) {
-  const string name = folder_.Path("shared");
-  const auto write = [&name](char letter) {
-    string error;
-    for (int i = 0; i < 50; ++i)
-      EXPECT_TRUE(WriteFile(name, string(300000, letter), error)) << error;
-  };
-  std::thread other(write, 'b');
-  write('a');
-  other.join();
-  const string bytes = ReadBytes(name);
-  EXPECT_EQ(bytes, string(300000, bytes.at(0)));
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 1);
-}
-
-TEST_F(Files, NothingOfOthersIsRemoved) {
-  const string foreign = folder_.Path(".keltrun2-" + std::to_string(getpid()) + ".tmp");
-  WriteBytes(foreign, "another's");
-  fs::create_directory(folder_.Path("in the way"));
-  EXPECT_TRUE(Write(folder_.Path("new"), "x"));
-  EXPECT_FALSE(Write(folder_.Path("in the way"), "x"));
-  EXPECT_EQ(ReadBytes(foreign), "another's");
-  EXPECT_TRUE(CanMakeFiles(folder_.Path(), error_)) << error_;
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.Path()), {}), 3);
-  EXPECT_FALSE(CanMakeFiles(folder_.Path("missing"), error_));
-  EXPECT_NE(error_.find("missing: "), string::npos) << error_;
-}
-
-TEST_F(Files, SyncedBeforeTheNameAndAfterIt) {
-  const string name = folder_.Path("file");
-  WriteBytes(name, "old");
-  fs::permissions(name, fs::perms(0606));
-  DiskSyncLog log;
-  log.Look = [&name] { return ReadBytes(name); };
-  ASSERT_TRUE(WriteFile(name, "new", error_, Sync::kNow)) << error_;
-  EXPECT_EQ(log.Take(), "file old folder new ");
-  EXPECT_EQ(fs::status(name).permissions(), fs::perms(0606));
-  ASSERT_TRUE(Write(name, "newer") && SyncFileSystem(folder_.Path(), error_)) << error_;
-  EXPECT_EQ(log.Take(), "all newer ");
-  SetDiskSync([](int, bool) { return errno = EIO, false; });
-  EXPECT_FALSE(WriteFile(name, "lost", error_, Sync::kNow));
-  EXPECT_NE(error_.find(name), string::npos);
-  EXPECT_EQ(ReadBytes(name), "newer");
-  EXPECT_FALSE(SyncFileSystem(folder_.Path(), error_));
-}
-
-TEST_F(Files, FoldersAndLinks) {
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(CreateFolder(folder_.Path("a/b"), error_));
-  ASSERT_TRUE(Write(folder_.Path("a/b/old"), "old"));
-  EXPECT_FALSE(CreateFolder(folder_.Path("a/b/old/x"), error_));
-  EXPECT_TRUE(FolderExists(folder_.Path("a/b")) && !FolderExists(folder_.Path("a/b/old")));
-  EXPECT_TRUE(FileExists(folder_.Path("a/b/old")) && !FileExists(folder_.Path("a")));
-  for (const string name : {"old", "new"}) {  // a link to a file, and a dangling one
-    const string link = folder_.Path("a/link to " + name);
-    fs::create_symlink("b/" + name, link);
-    ASSERT_TRUE(Write(link, "written")) << error_;
-    EXPECT_TRUE(fs::is_symlink(link));
-    EXPECT_EQ(ReadFile(folder_.Path("a/b/" + name), error_), "written");
-  }
-}
-
-TEST_F(Files, Names) {
-  for (const auto& [name, folder, part, extension] : Table<4>(R"(
-      "" ./ "" "" | / / "" "" | a\b a/b/ b "" | a.b/ a.b/ "" "" | a/b.LXM a/b.LXM/ b.LXM lxm
-      a\b.c.Txt a/b.c.Txt/ b.c.Txt txt | a.b/c a.b/c/ c "" | x. x./ x. "" | ｘ.Ｌ ｘ.Ｌ/ ｘ.Ｌ Ｌ)")) {
-    EXPECT_EQ(WithTrailingSeparator(name), folder);
-    EXPECT_EQ(FileNamePart(name), part);
-    EXPECT_EQ(FileExtension(name), extension);
   }
 }
 
@@ -271,7 +157,7 @@ string Declared(const string& encoding, const string& value) {
   return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\r\n<a x=\"" + value + "\"/>";
 }
 
-// A document read to its end: the attribute "x" of its root element, and what went wrong.
+// The result of reading a whole document: the attribute "x" of its root element, and the error.
 struct XmlRead {
   string X;
   std::optional<XmlError> Error;
@@ -291,10 +177,10 @@ XmlRead ReadXml(const string& bytes) {
   return read;
 }
 
-TEST(Xml, RefusalsTellThePlace) {
+TEST(Xml, RefusalsHaveAPlace) {
   constexpr int kAny = -1;
   const Rows<string, int, int> cases = {
-      // The place is that of the fault: for an element its "<" or the name behind it.
+      // The place is that of the fault; for an element it is the "<" or the name after it.
       {"<?xml version='1.0'?><!-- no root, no place -->", 0, 0},
       {"<a>\r\n 山\xFF</a>", 2, 3},
       {Declared("Shift_JIS", "\x81"), 2, 7},
@@ -347,7 +233,7 @@ TEST(Xml, Accepts) {
     EXPECT_FALSE(read.Error) << ToString(*read.Error) << bytes.substr(0, 50);
     EXPECT_EQ(read.X, expected) << bytes.substr(0, 50);
   }
-  // A text is UTF-8 already, whatever its declaration says.
+  // A text is already UTF-8, whatever its declaration says.
   XmlReader text;
   const string declared = "\xEF\xBB\xBF" + Declared("Shift_JIS", "山é髙");
   ASSERT_FALSE(text.OpenText(declared));
@@ -367,7 +253,7 @@ TEST(Xml, WalksThroughTheElements) {
   string names;
   while (xml.NextChild()) {
     names += string(xml.LocalName()) + std::to_string(xml.Attributes().size()) + " ";
-    xml.SkipTo(1);  // "e" is passed over
+    xml.SkipTo(1);  // skips "e"
   }
   EXPECT_EQ(names, "c0 d0 h0 ");
   xml.SkipTo(0);
@@ -380,28 +266,6 @@ TEST(Xml, WrittenDocumentsReadBack) {
   pugi::xml_document document;
   document.append_child("r").append_attribute("x") = value.c_str();
   EXPECT_EQ(ReadXml(WriteXml(document)).X, value);
-}
-
-TEST(HostWindows, WithoutHostAndTerminalNothingIsChosen) {
-  const int input = dup(STDIN_FILENO), nothing = open("/dev/null", O_RDONLY);
-  ASSERT_GE(dup2(nothing, STDIN_FILENO), 0);
-  SetHostWindows(nullptr);
-  EXPECT_EQ(CurrentHostWindows()->ChooseName("caption", {"a", "b"}), std::nullopt);
-  EXPECT_FALSE(CurrentHostWindows()->AskYesNo("text", "title"));
-  dup2(input, STDIN_FILENO);
-  close(input);
-  close(nothing);
-  EXPECT_EQ(frmProgressBar::BarTwips(50), 2197);  // of 4395
-}
-
-TEST(Clock, CanBeReplacedAndFollowsTheEnvironment) {
-  SetClock([] { return 40000.25; });
-  EXPECT_EQ(Now(), 40000.25);
-  SetClock({});
-  setenv("SOURCE_DATE_EPOCH", "1709208000", 1);
-  EXPECT_EQ(Now(), 45351.5);  // 2024-02-29 12:00
-  unsetenv("SOURCE_DATE_EPOCH");
-  EXPECT_GT(Now(), 45351.5);
 }
 
 }  // namespace
