@@ -1,4 +1,5 @@
-# The Debian packages, one a component of the installation. Made by scripts/make-packages.
+# The Debian packages, one for each component of the installation. scripts/make-packages builds
+# them.
 
 set(library_package libkeltrun2-${PROJECT_VERSION_MAJOR})
 set(development_package libkeltrun2-dev)
@@ -26,10 +27,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS TRUE)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)
 
-set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "shared library and its texts")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "shared library and its resource texts")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "fonts-ipafont-gothic | fonts-japanese-gothic")
-# Packages of programs made with the library learn here on which package they depend.
+# Tells packages of programs that use the library which package to depend on.
 file(WRITE ${PROJECT_BINARY_DIR}/control/shlibs
   "libkeltrun2 ${PROJECT_VERSION_MAJOR} ${library_package} (>= ${PROJECT_VERSION})\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/control/shlibs)
@@ -45,7 +46,7 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION science)
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Python module")
 set(CPACK_COMPONENT_PYTHON_DEPENDS library)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
-# A module works with the minor version of Python that it was compiled for.
+# The module works only with the minor version of Python that it was compiled for.
 if(KELTRUN2_BUILD_PYTHON)
   find_package(Python COMPONENTS Interpreter REQUIRED)
   math(EXPR next_minor "${Python_VERSION_MINOR} + 1")

@@ -1,5 +1,5 @@
-// Archives: what comes out is a plain file inside the folder and within the limits; after a failure
-// nothing is left.
+// LZH archives: everything extracted is a regular file inside the folder and within the limits, and
+// after a failure no file is left.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Small, or a few bytes would fill the disk.
+// The limits are small, since a few bytes of input could fill the disk.
 constexpr keltrun::ExtractionLimits kLimits{
     .MemberBytes = 100000, .TotalBytes = 300000, .Members = 20};
 
@@ -32,7 +32,7 @@ void CheckFile(const keltrun::ExtractedFile& file, const fs::path& folder) {
   fs::remove(file.Path);
 }
 
-// A folder that vanishes with the process.
+// A folder that is removed at the end of the process.
 struct Folder {
   Folder() { fs::create_directories(Path); }
   ~Folder() {
@@ -42,7 +42,7 @@ struct Folder {
   fs::path Path = fs::temp_directory_path() / ("keltrun2-archive-fuzz-" + std::to_string(getpid()));
 };
 
-// A file in memory that holds the bytes, by its name.
+// Puts the bytes into a file in memory and returns its name.
 std::string InputFile(const std::uint8_t* data, std::size_t size) {
   static const int handle = memfd_create("input", MFD_CLOEXEC);
   Require(ftruncate(handle, 0) == 0);

@@ -1,4 +1,5 @@
-// Settings stores: what was read from any bytes comes back from a store that is written with it.
+// The store of settings: the lines read from any bytes are read again from a store written with
+// them.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

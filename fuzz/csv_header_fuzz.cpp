@@ -1,5 +1,5 @@
-// Header lines: what is a header stays one in its normal form, and every other line is unchanged.
-// The lines of a text follow each other, and no cell in quotes breaks one.
+// Header lines: a header is still one in its normalized form, and every other line is unchanged. The
+// lines of a text follow each other, and a line break in a quoted cell does not end a line.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Import-only texts: no update without a name, no flood of remarks.
+// Import-only texts: every update has a name, and the number of remarks is limited.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

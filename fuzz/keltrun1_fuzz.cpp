@@ -1,5 +1,5 @@
-// The text lap file of the previous generation: whatever is read must be written and read again to
-// the same text.
+// The text lap file of the previous generation: whatever can be read must give the same text when it
+// is written, read and written again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -33,7 +33,7 @@ void FeedClass(EventModel& model, const ClassRecords& read) {
   for (const auto& runner : read.Runners) klass->AddLapObject(runner);
 }
 
-// "" when the text cannot be read.
+// Reads a text and writes it; "" if the text cannot be read.
 std::string WriteAgain(std::string_view text) {
   ReadResult read = ReadKeltrun1(text);
   if (read.Remarks.size() > 1001) std::abort();
@@ -48,9 +48,9 @@ std::string WriteAgain(std::string_view text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string first = WriteAgain({reinterpret_cast<const char*>(data), size});
-  // Without the resource texts a written file has no titles to be read by.
+  // Without the resource texts, a written file has no titles and cannot be read.
   if (first.empty() || ResourceText("RES_META_LAPFILE_HEADER").empty()) return 0;
-  // The first text still holds what is trimmed, rounded or left out when it is read.
+  // Reading the first text may still trim, round or leave out something, so later ones are compared.
   const std::string second = WriteAgain(first);
   if (second.empty() || WriteAgain(second) != second) std::abort();
   return 0;

@@ -1,5 +1,5 @@
-// The encoding of lists: whatever the bytes, the text is valid UTF-8, and a text in UTF-8 stays
-// itself.
+// The encoding of lists: the text of any bytes is valid UTF-8, and a text that is UTF-8 is
+// unchanged.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The native lap file: whatever reads without an error must be written, and read again to the same
-// bytes.
+// The native lap file: whatever can be read must give the same bytes when it is written, read and
+// written again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -48,7 +48,7 @@ void Analyze(const NativeLapFile& file) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   const std::string first = WriteAgain(bytes, NativeSource::kFileBytes);
-  // File names of classes are folded when they are read.
+  // Reading the first result may still change the file names of classes, so later ones are compared.
   const std::string second = first.empty() ? "" : WriteAgain(first, NativeSource::kFileBytes);
   if (!first.empty() && (second.empty() || WriteAgain(second, NativeSource::kFileBytes) != second))
     std::abort();

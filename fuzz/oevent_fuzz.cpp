@@ -1,5 +1,5 @@
-// OEvent split lists: whatever the text, records stay within the bounds of a runner's record and
-// no lap is negative.
+// OEvent split lists: for any text, records stay within the limits of a runner's record and no lap
+// is negative.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

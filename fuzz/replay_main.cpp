@@ -1,5 +1,5 @@
-// Feeds every file of the given folders to the fuzz target, also cut and with bytes flipped, from
-// buffers of the exact size so that a sanitizer sees every read beyond the end.
+// Feeds every file of the given folders to the fuzz target, also truncated and with bits flipped.
+// The buffers have the exact size, so that a sanitizer detects every read beyond the end.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -19,7 +19,8 @@ void Feed(const Bytes& bytes) {
   LLVMFuzzerTestOneInput(exact.data(), exact.size());
 }
 
-// Large seeds are cut and damaged at fewer places, so that the replay stays short.
+// The distance between the places where a seed is cut and damaged. It grows with the size, so that
+// the replay of large seeds stays short.
 std::size_t Step(const Bytes& bytes) {
   constexpr std::size_t kPlaces = 400;
   return bytes.size() / kPlaces + 1;

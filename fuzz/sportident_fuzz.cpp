@@ -1,4 +1,4 @@
-// SPORTident results: whatever the text, records stay within the bounds of a runner's record.
+// SPORTident results: for any text, records stay within the limits of a runner's record.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The notations of times: whatever text comes in, a result is stored in a form that reads back as
-// itself, and times stay within their range.
+// Time notations: a result set from any text is stored in a form that does not change when it is set
+// again, and times stay within their range.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

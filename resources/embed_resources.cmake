@@ -1,5 +1,5 @@
-# Writes the settings file and the texts of both languages in FOLDER as the C++ header OUTPUT, byte
-# for byte: the library works without its files.
+# Writes the C++ header OUTPUT with the settings file and the texts of both languages from FOLDER,
+# byte for byte, so that the library works without these files.
 set(files "Settings|Keltrun2.ini" "TextsJa|Keltrun2Res-ja.txt" "TextsEn|Keltrun2Res-en.txt")
 
 set(constants "")
@@ -18,7 +18,7 @@ inline constexpr std::string_view kBuiltIn${name} =
 ")
 endforeach()
 
-file(WRITE "${OUTPUT}" "// Made from resources/ by embed_resources.cmake.
+file(WRITE "${OUTPUT}" "// Generated from resources/ by embed_resources.cmake.
 #pragma once
 
 #include <string_view>

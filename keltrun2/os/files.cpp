@@ -136,7 +136,7 @@ class TemporaryFile {
  private:
   std::string path_;
   int handle_ = -1;
-  bool exists_ = false;  // under this name
+  bool exists_ = false;  // under its temporary name
 };
 
 std::filesystem::path FolderOf(const std::string& name) {
