@@ -1,5 +1,5 @@
-// Header lines: a header is still one in its normalized form, and every other line is unchanged. The
-// lines of a text follow each other, and a line break in a quoted cell does not end a line.
+// Header lines: a header is still one in its normalized form, and every other line is unchanged.
+// The lines of a text follow each other, and a line break in a quoted cell does not end a line.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// The text lap file of the previous generation: whatever can be read must give the same text when it
-// is written, read and written again.
+// The text lap file of the previous generation: whatever can be read must give the same text when
+// it is written, read and written again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -50,7 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string first = WriteAgain({reinterpret_cast<const char*>(data), size});
   // Without the resource texts, a written file has no titles and cannot be read.
   if (first.empty() || ResourceText("RES_META_LAPFILE_HEADER").empty()) return 0;
-  // Reading the first text may still trim, round or leave out something, so later ones are compared.
+  // Reading the first text may still trim, round or leave out something, so the next two are
+  // compared.
   const std::string second = WriteAgain(first);
   if (second.empty() || WriteAgain(second) != second) std::abort();
   return 0;

@@ -48,7 +48,8 @@ void Analyze(const NativeLapFile& file) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
   const std::string first = WriteAgain(bytes, NativeSource::kFileBytes);
-  // Reading the first result may still change the file names of classes, so later ones are compared.
+  // Reading the first result may still change the file names of classes, so the next two are
+  // compared.
   const std::string second = first.empty() ? "" : WriteAgain(first, NativeSource::kFileBytes);
   if (!first.empty() && (second.empty() || WriteAgain(second, NativeSource::kFileBytes) != second))
     std::abort();

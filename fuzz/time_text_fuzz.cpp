@@ -1,5 +1,5 @@
-// Time notations: a result set from any text is stored in a form that does not change when it is set
-// again, and times stay within their range.
+// Time notations: a result set from any text is stored in a form that does not change when it is
+// set again, and times stay within their range.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

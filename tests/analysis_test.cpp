@@ -69,7 +69,7 @@ std::string Text(const char* format, Values... values) {
   return text;
 }
 
-/// Days as whole seconds; markers stay.
+/// Days as whole seconds; markers are unchanged.
 long WholeSeconds(DateTime time) {
   return std::lround(time == -1 || time == -2 ? time : time * 86400);
 }
@@ -85,7 +85,7 @@ TEST(AddLap, SplitsValidityAndRanges) {
            {"100,-2,120,130", "100vs -2 220 350v "},
            {"100,-1,-1", "100vs 0 0 "},  // skips that no later time covers are missing data
            {"50,-1,-2", "50vs 0 -2 "},
-           // A lap behind missing data counts as a lap of its own, also at the end of a range.
+           // A lap after missing data is a lap by itself, also at the end of a range.
            {"-1,0,50", "-1s1-3 01-3 50v1-3 "},
            {"-1,-2,50,60", "-1s1-3 -21-3 501-3 110v "},
            {"100,-1,120", "100vs -1s2-3 220s2-3 "}}) {
@@ -113,13 +113,13 @@ TEST(AddLap, RefusedRecordsAndExactTotals) {
   EXPECT_THROW(event.analyzer->AddLap(nullptr), AutomationError);
   EXPECT_EQ(event.analyzer->FullSetCount(), 1) << "no legs, too many legs, no record";
   record->SetLegCount(51);
-  // Sums of tenths differ in their last bits unless they are put back on whole milliseconds.
+  // Sums of tenths differ in their last bits unless they are rounded to whole milliseconds.
   for (std::int32_t leg = 1; leg <= 50; ++leg) record->SetLap(leg, 61'700 / kMillisecondsPerDay);
   event.analyzer->AddLap(record);
   EXPECT_EQ(event.analyzer->FullSetItem(2)->SplitTime(50), 50 * 61'700 / kMillisecondsPerDay);
 }
 
-// Analyzers and result lists are named and filled from classes in the same way.
+// Analyzers and results holders are named and filled from classes in the same way.
 template <typename Set>
 class DataSetTest : public testing::Test {};
 using DataSets = testing::Types<clsAnalyzer, clsResultsHolder>;
@@ -169,7 +169,7 @@ TYPED_TEST(DataSetTest, ClassesAndCourses) {
   }
 }
 
-/// A line per runner: name, rank, cruise speed, then per leg relative lap, miss time in seconds,
+/// One line per runner: name, rank, cruise speed, then for each leg relative lap, loss in seconds,
 /// ranks (lap, split and both modified).
 std::vector<std::string> FiguresText(const clsAnalyzer& analyzer, int scale = 1) {
   std::vector<std::string> lines;
@@ -197,18 +197,18 @@ TEST(Execute, FiguresByHand) {
             {"A 1 88.57 | 80 -34 1111 | 100 34 1111 | 127 114 2121",
              "B  86.67 | 120 133 2222 | 100 40 1212 | 73 -40 1111"}},
            // References 100, 100, 115, 125. All takes legs 1, 3, 4: 320/340; Disq legs 1, 4:
-           // 230/225; Gap legs 3, 1: 230/215. A lap behind a disqualified leg is no lap.
+           // 230/225; Gap legs 3, 1: 230/215. A lap after a disqualified leg is not used.
            {"Disq MP 100,-2,120,130; Gap DNF 110,0,120,0; All 0:07:00 90,100,110,120",
             {"All 1 94.12 | 90 -4 1111 | 100 6 1111 | 96 2 1111 | 96 2 1111",
              "Disq  102.22 | 100 -2 2222 | － 0 0000 | － 0 0000 | 104 2 2020",
              "Gap  106.98 | 110 3 3333 | － 0 0000 | 104 -3 2020 | － 0 0000"}},
-           // References 95, 0, 410/3, 35. Nobody has leg 2: splits behind it stay comparable, but
+           // References 95, 0, 410/3, 35. No runner has leg 2: later splits are comparable, but
            // C misses leg 1 as well. A takes legs 4, 3: 150/171.67; B legs 1, 3; C leg 3.
            {"A 0:03:40 100,0,120,30; B 0:03:50 90,0,140,0; C 0:05:00 0,0,150,40",
             {"A 1 87.38 | 105 17 2222 | － 0 0000 | 88 1 1111 | 86 -1 1111",
              "B 2 99.28 | 95 -4 1111 | － 0 0000 | 102 4 2222 | － 0 0000",
              "C 3 109.76 | － 0 0000 | － 0 0000 | 110 0 3030 | 114 2 2020"}},
-           // One skip shows that the control was there: A has no splits behind it. References 100,
+           // One skip shows that the control was there: A has no splits after it. References 100,
            // 0, 124, 40. Of A's equal factors at legs 1 and 3 the later leg comes first: 154/164.
            {"A 0:04:14 100,0,124,30; D MP 100,-1,130,50",
             {"A 1 93.90 | 100 6 1111 | － 0 0000 | 100 8 1010 | 75 -8 1010",
@@ -220,8 +220,8 @@ TEST(Execute, FiguresByHand) {
 }
 
 TEST(Execute, ResultsAndTies) {
-  // Among equal results the runner added last comes first, and so among equal laps the one who
-  // stands last in result order.
+  // Of equal results the runner added last comes first; of equal laps, likewise, the one who is
+  // last in result order.
   const Event ties("A 0:01:50 110; B 0:01:30 90; C 0:02:00 120; D 0:01:40 100; E 0:01:40 100");
   EXPECT_EQ(Names(*ties.Analyzed()), "B E D A C ");
   std::string upper;
@@ -229,9 +229,9 @@ TEST(Execute, ResultsAndTies) {
     upper += ties.analyzer->GeneralData()->UpperLapObject(1, i)->RunnerName();
   }
   EXPECT_EQ(upper, "BDEAC");
-  // The full set now stands in result order, so the next run turns the tie round again.
+  // The full set is now in result order, so the next run reverses the tie again.
   EXPECT_EQ(Names(*ties.Analyzed()), "B D E A C ");
-  // "lap" has no result and counts with his split, as whole seconds 1:00:00, added after "h"; the
+  // "lap" has no result; the split is used, in whole seconds 1:00:00, added after "h". The
   // last split of "gap" is not valid. A day and 1:03:07 is a key of 1.04.
   const Event event(
       "mp MP 9; gap - 300,0,423; h 1:00:00 60; lap - 3599.5; day 25:03:07 9; long - 86400,3600;"
@@ -259,8 +259,8 @@ TEST(Execute, AgainOnChangedData) {
   EXPECT_EQ(Text("%d%d", b->LapRank(1), a->LapRank(1)), "12");
   EXPECT_NEAR(kept->UpperLapAverage(1), Seconds(340 / 3.0), 1e-12);
   EXPECT_NEAR(analyzer->GeneralData()->UpperLapAverage(1), Seconds(310 / 3.0), 1e-12);
-  // Kept: the rank text of a runner who lost his time, his totals, the rank on a leg that his
-  // modified lap no longer has, and the splits, which were added up when he was added.
+  // Kept: the rank text of a runner who no longer has a time, the totals, the rank on a leg that
+  // the modified lap no longer has, and the splits, which were computed when the runner was added.
   EXPECT_EQ(b->RankInDataSet() + b->Rank(), "22");
   EXPECT_EQ(b->MissRate()->Value(), rate);
   EXPECT_EQ(a->ModifiedLapTime(2) + a->ModifiedLapRank(2), 1);
@@ -284,13 +284,13 @@ TEST(Execute, NumberOfLegs) {
   event.analyzer->ControlCount = 50;
   EXPECT_EQ(event.Analyzed()->Item(1)->LapTime(51), 0);
   EXPECT_EQ(event.klass->LapData(1)->LegCount(), 1) << "reading laps never raises LegCount";
-  event.analyzer->ControlCount = -7;  // at least one leg
+  event.analyzer->ControlCount = -7;  // becomes one leg
   event.analyzer->Execute();
   EXPECT_EQ(length(1), 1);
   event.analyzer->Clear();
   EXPECT_FALSE(event.analyzer->IsExecuted());
   event.analyzer->ControlCount = 3;
-  event.analyzer->Execute();  // of nobody
+  event.analyzer->Execute();  // without runners
   EXPECT_EQ(length(4) + length(5), 0.25F);
 }
 
@@ -329,7 +329,7 @@ struct Definitions {
   }
   static bool IsRangeEnd(R r, int i) { return !r.IsValidLapTime(i) && r.TotalLapTo(i) == i; }
 
-  // 1 more than there are better runners; a negative key is that of a runner without a rank.
+  // One more than the number of better runners. A negative key means that the runner has no rank.
   template <typename Key>
   int RankOf(R r, Key key) const {
     const auto is_better = [&](auto& other) { return key(*other) >= 0 && key(*other) < key(r); };
@@ -375,7 +375,7 @@ struct Definitions {
   }
 
   void CheckTimes(R r) const {
-    bool valid = true, opened = false;  // opened: behind a leg that nobody has
+    bool valid = true, opened = false;  // opened: after a leg that no runner has
     DateTime sum = 0, lost = 0;
     for (int i = 1; i <= legs; ++i) {
       const DateTime lap = r.LapTime(i), split = r.SplitTime(i);
@@ -420,7 +420,7 @@ struct Definitions {
 /// A small event with every kind of leg and result, and many ties.
 struct RandomEvent {
   explicit RandomEvent(unsigned seed) : random(seed), legs(1 + Pick(7)) {
-    const int lost = Pick(3 * legs) + 1;  // sometimes a control that failed
+    const int lost = Pick(3 * legs) + 1;  // sometimes a control failed
     for (int r = Pick(9); r >= 0; --r) {
       Entry& entry = entries.emplace_back(Entry{std::to_string(r), "", "", {}});
       const int last = Pick(8) == 0 ? legs + Pick(2) : legs;

@@ -1,5 +1,5 @@
-// The public interface: every member once, with its defaults, and every enumeration value. What a
-// host compiled against keeps compiling and keeps its meaning.
+// The public interface: every member once, with its defaults, and every enumeration value. Code of
+// hosts must still compile and keep its meaning.
 #include <gtest/gtest.h>
 
 #include <type_traits>
@@ -34,13 +34,13 @@ void Are(const Values&...) {
   static_assert((std::is_same_v<Type, Values> && ...));
 }
 
-/// Texts of no data, skipped, disqualified and 1:02:03 by a member with its defaults.
+/// The texts for no data, skipped, disqualified and 1:02:03 from a member with its defaults.
 template <typename Member>
 void ExpectFourTexts(const Member& text) {
   EXPECT_EQ(text(1) + text(2) + text(3) + text(4), "－↓×01:02:03");
 }
 
-/// A class of one runner, analysed: a leg of each kind.
+/// An analyzed class of one runner, with a leg of each kind.
 struct Surface {
   Surface() {
     klass->ControlCount = 3;
@@ -178,7 +178,7 @@ TEST(ApiSurface, FilesAndPages) {
   Are<Text>(files.FileSaveFilter(), files.FileLoadFilter(), html.OutputResult(s.results));
 }
 
-/// What both kinds of data sets have.
+/// The members that both kinds of data sets have.
 template <typename Item, typename Set>
 void UseDataSet(Set& set, const std::shared_ptr<clsLapData>& runner) {
   Are<Long>(set.ControlCount, set.Length, set.Climb, set.CutOffRank, set.Count(),

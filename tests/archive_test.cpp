@@ -1,5 +1,5 @@
-// LZH archives: ours in our hands and in those of two independent programs, hostile ones, and the
-// folder that their files come out in.
+// LZH archives: ours read by ourselves and by two independent programs, hostile ones, and the
+// folder that files are extracted to.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -68,7 +68,7 @@ Files Contents() {
   return {{"空.lxm", ""},
           {"表ソ能.lxm", "x"},  // the second byte of each is the code of "\"
           {"NOISE.LAP", noise},
-          // The last block has one match only, again and again: its codes have no bits.
+          // The last block consists of one match, repeated: its codes have no bits.
           {"repetition.lap", string(1 + 256 * 24700, 'a')},
           {"ab ab.lxm", two_letters},
           {"ｶﾅ.lxm", far},
@@ -103,10 +103,10 @@ TEST(LzhWriter, ComesBack) {
   }
 }
 
-// Programs that know nothing of us, with the name as bytes of the file system.
+// Independent programs, and the charset in which they write the names of files.
 TEST(LzhWriter, OtherProgramsOpenIt) {
   const Rows<string, string, Charset> programs = {
-      {"lha", "lha xq ../a.lzh", Charset::kShiftJis},  // leaves the bytes of names as they are
+      {"lha", "lha xq ../a.lzh", Charset::kShiftJis},  // does not convert names
       {"bsdtar", "LC_ALL=C.UTF-8 bsdtar -xf ../a.lzh", Charset::kUtf8}};
   string missing;
   for (const auto& [program, command, charset] : programs) {
@@ -168,7 +168,7 @@ struct Member {
   std::uint16_t crc = LzhCrc16(bytes);
 };
 
-// A member with a header of level 0, as old programs write it.
+// A member with a level 0 header, as old programs write it.
 string OldMember(const Member& m) {
   string header = m.method + LittleEndian(static_cast<std::uint32_t>(m.bytes.size()), 4) +
                   LittleEndian(m.size.value_or(static_cast<std::uint32_t>(m.bytes.size())), 4) +
@@ -181,7 +181,7 @@ string OldMember(const Member& m) {
   return static_cast<char>(header.size()) + string(1, static_cast<char>(sum)) + header + m.bytes;
 }
 
-// A stored member with a header of level 2 and more extended headers (type and data).
+// A stored member with a level 2 header and additional extended headers (type and data).
 string NewMember(const std::vector<string>& extensions) {
   string header = "-lh0-\0\0\0\0\0\0\0\0\0\0\0\0\x20\2\0\0U\5\0\0\0\0"s;
   for (const string& extension : extensions)
@@ -191,7 +191,7 @@ string NewMember(const std::vector<string>& extensions) {
   return header.replace(27, 2, LittleEndian(LzhCrc16(header), 2));
 }
 
-// Unpacks archives into the folder "in/out", with something beside it that must stay.
+// Unpacks archives into the folder "in/out". A file outside it must not change.
 class Hostile : public testing::Test {
  protected:
   Hostile() {
@@ -224,7 +224,7 @@ class Hostile : public testing::Test {
 TEST_F(Hostile, NamesStayInTheFolder) {
   string half_width, shortened;
   for (int i = 0; i < 200; ++i) half_width += '\xB1';
-  for (int i = 0; i < 78; ++i) shortened += "ｱ";  // as many as 240 bytes hold with the extension
+  for (int i = 0; i < 78; ++i) shortened += "ｱ";  // what fits into 240 bytes with the extension
   const auto cases = Table<2>(
       "../../up.lxm up.lxm | /etc/passwd passwd | ..\\..\\b.lxm b.lxm | C:c.lxm c.lxm | e/.. _ |"
       " . _-2 | f/ _-3 | c.lxm c-2.lxm | .d .d | z/.d .d-2 | x\xFFy\xFF.lxm .lxm |"
@@ -304,7 +304,7 @@ TEST_F(Hostile, CutOrFlippedIsNeverTakenForWhole) {
     for (std::size_t bit = 0; bit < 8 * archive.size(); bit += 7) {
       string flipped = archive;
       flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ 1 << bit % 8);
-      // The end's mark and the bits that fill the last byte are nobody's.
+      // The end mark and the bits that fill the last byte are not checked by any reader.
       const auto files = Extract(flipped);
       EXPECT_TRUE(!files || *files == *whole) << bit;
       EXPECT_TRUE(!files || bit / 8 + 2 >= archive.size()) << bit;
@@ -326,7 +326,7 @@ TEST_F(Hostile, NoArchive) {
 
 // --- several lap files in one archive ---
 
-// A host that takes the name at a position, or none.
+// A host that chooses the name at a position, or none.
 class Choice : public HostWindows {
  public:
   std::unique_ptr<frmProgressBar> OpenProgress(std::string_view) override { return nullptr; }
@@ -354,7 +354,7 @@ TEST(Archives, TheHostChoosesOneOfSeveralLapFiles) {
   WriteBytes(name, OldMember({"read.me", ""}) + OldMember({"d\\a.lxm", event("A")}) +
                        OldMember({"\x95\x5C.LXM", event("B")}) + OldMember({"c.lap", ""}) + '\0');
   const Rows<std::optional<std::size_t>, string> cases = {
-      {0, "A"}, {1, "B"}, {2, ""}, {3, ""}, {std::nullopt, ""}};  // the third is no lap file
+      {0, "A"}, {1, "B"}, {2, ""}, {3, ""}, {std::nullopt, ""}};  // the third is not a lap file
   for (const auto& [taken, title] : cases) {
     host->Taken = taken;
     EXPECT_EQ(root->FileControl()->LoadLapFile(name), !title.empty());
@@ -362,7 +362,7 @@ TEST(Archives, TheHostChoosesOneOfSeveralLapFiles) {
     EXPECT_EQ(root->EventData()->EventName, title);
     EXPECT_EQ(root->ErrorComment().empty(), !title.empty());
   }
-  // Nobody is asked about a single one.
+  // For a single lap file the user is not asked.
   host->Asked = "";
   WriteBytes(name, OldMember({"read.me", ""}) + OldMember({"a.lxm", event("A")}) + '\0');
   EXPECT_TRUE(root->FileControl()->LoadLapFile(name)) << root->ErrorComment();
@@ -372,7 +372,7 @@ TEST(Archives, TheHostChoosesOneOfSeveralLapFiles) {
 
 // --- the working folder ---
 
-// Sets an environment variable for a while.
+// Sets an environment variable and restores it at the end.
 class Variable {
  public:
   Variable(const char* name, const string& value) : name_(name) {
@@ -390,7 +390,7 @@ class Variable {
 
 class WorkingFolders : public testing::Test {
  protected:
-  // The reason why it is refused, or who may enter.
+  // The reason why the folder is refused, or its permissions.
   static string State() {
     string error;
     const auto name = WorkingFolder(error);
@@ -452,7 +452,7 @@ TEST_F(WorkingFolders, TheNextExtractionRemovesTheLast) {
   fs::create_directory_symlink(outside, working + "extract-link");
   for (const char* name : {"extract-left", "extract-used", "other"})
     fs::create_directory(working + name);
-  const int used = open((working + "extract-used").c_str(), O_RDONLY);  // as another process has it
+  const int used = open((working + "extract-used").c_str(), O_RDONLY);  // as if by another process
   EXPECT_EQ(flock(used, LOCK_EX), 0);
 
   const auto second = NewExtractionFolder(error);

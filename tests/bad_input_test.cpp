@@ -1,5 +1,5 @@
-// Damaged and hostile input: a clear refusal or a lenient reading, never a crash, and never a live
-// tag in a page.
+// Damaged and hostile input is refused with a clear error or read leniently; it never crashes the
+// reader and never puts a live tag into a page.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -77,7 +77,7 @@ TEST_F(BadInput, DamagedDocumentsAreRefusedWithTheirPlace) {
                                   name_ + ": "))
         << error;
     EXPECT_TRUE(Contains(error, told)) << error;
-    if (bytes.empty() || told == "klingon") continue;  // a text has no encoding of its own
+    if (bytes.empty() || told == "klingon") continue;  // a text in memory is always UTF-8
     EXPECT_FALSE(
         root_->FileControl()->LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_NORMAL, bytes));
   }
@@ -188,7 +188,7 @@ std::shared_ptr<clsKeltrun2> PoisonedRoot(Mode mode) {
   return root;
 }
 
-// The poison has to stand in the page, but as text.
+// The poison must appear in the page, but only as text.
 void ExpectNoLiveTag(const string& text) {
   const string page = LowerAscii(text);
   for (const char* live : {"<script", "</script", "\" onclick", "\"&nbsp;onclick", "\"><s"}) {
@@ -209,7 +209,7 @@ TEST_P(LiveTags, NeverComeFromDataIntoPages) {
   const string copy = folder.Path("event.lxm");
   ASSERT_TRUE(root->FileControl()->SaveLapFile(copy));
   ExpectNoLiveTag(ReadBytes(copy));
-  for (int pass = 0; pass < 2; ++pass) {  // as the host made it, and as it comes back from a file
+  for (int pass = 0; pass < 2; ++pass) {  // first as the host made it, then as loaded from a file
     for (const bool course : {false, true}) {
       const auto analyzer = root->NewAnalyzer();
       const auto results = root->NewResultsHolder();
@@ -245,7 +245,7 @@ TEST_P(LiveTags, NeverComeFromDataIntoASite) {
   // Index, copy, and two pages for each of two classes and one course.
   EXPECT_EQ(pages, 8);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
-  // A site without http:// is no link.
+  // An address without http:// is not made a link.
   EXPECT_FALSE(Contains(ReadBytes(site + "/index.html"), "onclick=\""));
 }
 

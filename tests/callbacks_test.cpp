@@ -1,5 +1,5 @@
-// Grids, pictures and printers are the host's: whatever it does while one is called, the output is
-// that of the beginning of the call.
+// Grids, pictures and printers belong to the host. Whatever it does while one of them is called,
+// the output shows the state at the beginning of the call.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -11,10 +11,10 @@ namespace {
 
 using Disturb = std::function<void()>;
 
-// What was called; outlives the object that was.
+// The calls, which outlive the object that was called.
 using Calls = std::shared_ptr<std::string>;
 
-// Writes down every call, then lets the host do something.
+// Records every call, then lets the host do something.
 class HostPicture : public PictureBox {
  public:
   Calls calls = std::make_shared<std::string>();
@@ -98,7 +98,7 @@ struct HostGrid : clsGridObject {
   keltrun::Color Color(KrColorTypeConst) override { return disturb(), 0; }
 };
 
-// What a host holds. An action may let go of any of it.
+// The objects of a host. An action may release any of them.
 struct Host {
   Host() {
     const auto klass = root->AddClass("M21A");
@@ -131,7 +131,7 @@ struct Host {
   std::shared_ptr<HostGrid> grid = std::make_shared<HostGrid>();
 };
 
-// What hosts do, or do by mistake, while they are called.
+// Things that hosts do, perhaps by mistake, while they are called.
 using Action = std::function<void(Host&)>;
 const Rows<const char*, Action> kActions = {
     {"clear",
@@ -256,7 +256,7 @@ TEST(HostCallbacks, DisturbNoOutput) {
       const std::string drawn = *output(host, [&, &act = action] {
         if (!std::exchange(done, true)) act(host);
       });
-      EXPECT_TRUE(done) << output_name << ": nobody was called";
+      EXPECT_TRUE(done) << output_name << ": the host was not called";
       EXPECT_EQ(drawn, expected) << output_name << ": " << action_name;
     }
   }

@@ -1,4 +1,4 @@
-// Charts: scales and clipping by their records, what is drawn by the calls a picture receives.
+// Charts: scales and clipping are tested by their records, drawing by the calls to a picture.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +19,7 @@ namespace {
 using Figures = AnalyzedRunnerInternal;
 using State = ChartObjectInternal::State;
 struct Call {
-  ChartBox box;  // of a line its ends
+  ChartBox box;  // for a line: its ends
   Color color;
   float width;  // 0 for a text
   std::string text;
@@ -54,12 +54,12 @@ class RecordingPicture : public PictureBox {
   void Clear() override { calls.clear(); }
   float ScaleWidth() const override { return width; }
   float ScaleHeight() const override { return height; }
-  float Width() const override { return 15 * width; }  // the outer unit is a fifteenth of a pixel
+  float Width() const override { return 15 * width; }  // the outer unit is 1/15 pixel
   void SetWidth(float value) override { width = value / 15; }
 };
 
-// A set on a course of two controls with reference laps of 100, 200 and 300 s, on a picture whose
-// drawable area is 600 x 300.
+// A data set on a course with two controls and reference laps of 100, 200 and 300 s, on a picture
+// with a drawable area of 600 x 300.
 struct Fixture {
   explicit Fixture(int runners = 2) {
     const auto klass = root->AddClass("A");
@@ -136,7 +136,7 @@ TEST(ChartObject, KeepsSettingsAsLongAsTheSet) {
   EXPECT_EQ(f.Build(0).settings[3].ForeColor, 0);
 }
 
-// Heights: 300 units for 600 s put the controls at 0, 50, 150 and 300.
+// With a height of 300 units for 600 s, the controls are at 0, 50, 150 and 300.
 TEST(LineCharts, FollowTheScales) {
   Fixture f(3);
   f.Splits(2, {120, 360, 660});
@@ -144,9 +144,9 @@ TEST(LineCharts, FollowTheScales) {
   for (int i : {1, 2}) f.analyzer->Item(i)->OtherData()->StartTime()->SetValue(Seconds(36000 * i));
   const Rows<int, std::string, std::string> cases{
       {0, "0,0 20,50 60,150 120,300", "0,0 24,50 72,150 132,300"},  // 0.2 units a second
-      // 0, 20, 60, 60 s behind; then 0, 10, 30, 0 behind 1.1 times the reference, where the first
-      // runner is 60 s ahead; then 0, 10, 30, 120 ahead of 1.3 times it, the first runner 180. The
-      // least value has 10 units to its left.
+      // 0, 20, 60, 60 s slower; then 0, 10, 30, 0 slower than 1.1 times the reference, where the
+      // first runner is 60 s ahead; then 0, 10, 30, 120 ahead of 1.3 times it, the first runner
+      // 180. The smallest value has 10 units to its left.
       {2, "10,0 10,50 10,150 10,300", "10,0 14,50 22,150 22,300"},
       {3, "22,0 20,50 16,150 10,300", "22,0 24,50 28,150 22,300"},
       {4, "46,0 40,50 28,150 10,300", "46,0 44,50 40,150 22,300"},
@@ -231,7 +231,7 @@ TEST(Drawing, ShowsSettingsNamesAndLegend) {
   const auto is_name = [](const Call& call) { return call.text == "Runner"; };
   const auto named = [&] { return std::ranges::count_if(f.picture->calls, is_name); };
   EXPECT_EQ(named(), 20);
-  // All texts stay on the picture and none covers another.
+  // All texts are inside the picture and none covers another.
   for (const Call& a : f.picture->calls) {
     if (a.width > 0) continue;
     EXPECT_TRUE(Overlap(a.box, {0, 0, 704, 400}) && a.box.Right <= 704 && a.box.Bottom <= 400);
@@ -245,7 +245,7 @@ TEST(Drawing, ShowsSettingsNamesAndLegend) {
   f.chart.SetRunnerSetting(4, 0, 0, KR_CHART_FLAG_HIDE);
   f.chart.DrawChart();
   EXPECT_EQ(named(), 1);  // the legend only
-  std::string order;      // back line, black lines, line of his own; three legs each
+  std::string order;      // back line, black lines, the runner's own line; three legs each
   for (const Call& call : f.picture->calls) {
     if (call.box.Right > 200) continue;
     if (call.color == 0xFFFF00 && call.width == 9) order += 'b';

@@ -1,4 +1,4 @@
-// The program as a user meets it: arguments in, files, streams and exit codes out.
+// The program as users run it: arguments go in; files, streams and exit codes come out.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -56,7 +56,7 @@ class Cli : public testing::Test {
   }
   void TearDown() override { fs::remove_all(base_); }
 
-  // Runs the program in the test's folder by a shell line in which "keltrun2" is the program.
+  // Runs a shell command line in the test's folder. In it, "keltrun2" stands for the program.
   Outcome Run(const string& line) const {
     Write(base_ / "script",
           "exec </dev/null >../out 2>../err\nunset KELTRUN2_FOLDER LC_ALL\n"
@@ -164,14 +164,14 @@ TEST_F(Cli, HelpAndVersion) {
 }
 
 TEST_F(Cli, FilesAreReplacedWholeOrNotAtAll) {
-  // The limit of one block lets the program write the beginning of the new file only.
+  // With a limit of one block the program can write only the beginning of the new file.
   const Outcome cut = Run("trap '' XFSZ; ulimit -f 1; keltrun2 analyze " + kHoshinomori +
                           " --as json --force -o old.txt");
   EXPECT_EQ(cut.code, 1) << cut.err;
   EXPECT_EQ(Contents(folder_ / "old.txt"), "old");
   EXPECT_EQ(Names("."), (std::set<string>{"old.txt", "two.lxm"}));
 
-  // A name that leaves no room for an ending, and a file that another program is writing.
+  // A name that is too long for another ending, and a file that another program is writing.
   const string longest = string(250, 'n') + ".lxm";
   Write(folder_ / ".keltrun2-1.tmp", "another's");
   Output("analyze two.lxm --as json -o " + string(255, 'j'));
@@ -196,7 +196,7 @@ TEST_F(Cli, SummaryLinesUpAndReadsStandardInput) {
   EXPECT_TRUE(Has(Output("info two.lxm --json"), "\"keltrun2-info\""));
 }
 
-// Whatever a file may be, a pipe may be too.
+// A pipe may contain whatever a file may contain.
 TEST_F(Cli, StandardInputTakesEveryFormat) {
   const string data = KELTRUN2_TEST_DATA "/hoshinomori/";
   Output("convert two.lxm two.lzh");
@@ -265,11 +265,11 @@ TEST_F(Cli, LanguageFollowsTheOptionNotTheEnvironment) {
     EXPECT_TRUE(Has(page, "charset=utf-8") && Has(page, "href=\"a.css\""));
   }
   const string solo = "<keltrun><classes><class name=\"Solo\"/></classes></keltrun>";
-  Write(folder_ / "one.lxm", solo);  // a page needs no name when there is one class
+  Write(folder_ / "one.lxm", solo);  // no name is needed if there is only one class
   EXPECT_TRUE(Has(Output("results one.lxm --as html --lang en"), "Solo"));
 }
 
-// The event has nine classes and four courses, each run by at least two of them.
+// The event has nine classes and four courses; at least two classes share each course.
 TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
   const struct {
     string arguments, start;
@@ -345,7 +345,7 @@ TEST_F(Cli, ExportsChartsAndPages) {
   }
 }
 
-// The codes make the document longer.
+// The document with control codes is longer.
 TEST_F(Cli, PrintedAnalysesShowControlCodes) {
   const string course =
       "<courses><course number=\"7\" controls=\"1\">"
@@ -370,7 +370,7 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_FALSE(Has(Contents(folder_ / "bare/lap_m21a.html"), "stylesheet"));
   EXPECT_TRUE(Has(index(), "www.example.org"));
   EXPECT_EQ(Run("keltrun2 site two.lxm bare --prefix a:").code, 2);
-  for (int run = 0; run < 2; ++run) {  // the same prefix again is the same event again
+  for (int run = 0; run < 2; ++run) {  // the same prefix means the same event
     Output("site two.lxm bare --add --prefix club_");
     EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
     EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
@@ -388,7 +388,7 @@ TEST_F(Cli, SiteStyleAddAndFailures) {
   EXPECT_TRUE(Names("blocked").contains("result_m21a.html"));
 }
 
-// The event itself is never replaced by what is made of it, whatever the file is called.
+// The lap file is never replaced by an output made from it, whatever its name is.
 TEST_F(Cli, SiteKeepsItsInput) {
   for (const string name : {"event.lxm", "event.lap", "index.html", "style.css", "result_m21.html",
                             "chart_m21_5.png", "viewer.html"}) {
@@ -483,7 +483,7 @@ TEST_F(Cli, ConvertMergeAndSegments) {
   Output("merge two.lxm si.lxm -o known.lxm --known-only");
   EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "known.lxm")), 1);
 
-  // A late winner: new ranks unless they shall stay.
+  // A late winner changes the ranks, unless they are to be kept.
   const auto runner = [](const string& name, const string& result, const string& rank) {
     return "<runner name=\"" + name + "\" result=\"" + result + "\" rank=\"" + rank + "\"/>";
   };

@@ -31,7 +31,7 @@ TEST(Encodings, EveryShiftJisCodeComesBack) {
     // Skip codes that are not a single character or that are a private one.
     if (end != text.size() || c == 0xFFFD || (c >= 0xE000 && c <= 0xF8FF)) continue;
     ++characters;
-    // Some characters have two codes, so the same character must come back but not the same bytes.
+    // Some characters have two codes: the same character must come back, but maybe other bytes.
     const string again = Encoded(text, Charset::kShiftJis);
     ASSERT_EQ(Decode(again, Charset::kShiftJis).Text, text) << std::hex << code;
     ASSERT_TRUE(again.size() == 2 && ShiftJisLength(c) == 2) << std::hex << code;

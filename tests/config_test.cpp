@@ -1,4 +1,4 @@
-// The store of the host's settings, whatever the file holds and whoever else writes.
+// The store of the host's settings, with damaged files and with other processes that write to it.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -26,7 +26,7 @@ string Utf16(const string& text) {
   return bytes;
 }
 
-/// A settings folder of its own for each test, and pauses that only count.
+/// A separate settings folder for each test, and pauses that are only recorded.
 struct Config : testing::Test {
   Config() {
     Use(folder.Path("settings"), home);
@@ -98,13 +98,13 @@ TEST_F(Config, DamagedStores) {
 }
 
 TEST_F(Config, PlacesThatCannotHoldAStore) {
-  fs::create_directories(store);  // a folder in its place
+  fs::create_directories(store);  // a folder instead of the store
   NewRoot()->ConfigControl()->SetValue(kSystem, "A", "1");
   EXPECT_EQ(pauses, (std::vector<double>{1.25, 1.25})) << "three attempts";
   fs::remove_all(store);
   ASSERT_EQ(mkfifo(store.c_str(), 0600), 0);  // would wait for a reader
   EXPECT_EQ(NewRoot()->ConfigControl()->Value(kSystem, "A", "x"), "x");
-  // The two folders, of which a relative one does not count, and what comes back.
+  // The two environment variables, where a relative path is not used, and the value that is read.
   for (const auto& [settings, user, value] : Rows<string, string, string>{
            {"/dev/null", home, "x"}, {"-", folder.Path("home"), "1"}, {"-", "-", "x"}}) {
     Use(settings, user);
@@ -138,7 +138,7 @@ TEST_F(Config, ProcessesLoseNothingOfEachOther) {
     if (children.back() != 0) continue;
     for (int i = 0; i < 200 && !writer.empty(); ++i) {
       config.SetValue(kData, writer + std::to_string(i), "v");
-      config.SetValue(kData, "LAST", writer);  // so that there is something to compact
+      config.SetValue(kData, "LAST", writer);  // so that there are lines to compact
     }
     while (writer.empty() && getppid() == children[0]) clsConfigControl();
     _exit(0);

@@ -1,5 +1,5 @@
-// The native lap file: two events against what is known about them, and what every part of the
-// format means.
+// The native lap file: two events compared with known facts, and the meaning of every part of the
+// format.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -26,7 +26,7 @@ DateTime SaveTime() { return 45950.25; }  // 2025-10-20 06:00
 
 // --- the two events, in the form of the facts about them ---
 
-// Times in seconds, markers as they are.
+// Times in seconds; markers are unchanged.
 json RowOf(clsLapData& r) {
   const DateTime start = r.StartTime()->Value();
   const json start_seconds = start == 0 ? json() : json(std::lround(start * 86400));
@@ -85,7 +85,7 @@ void CheckEvent(const clsKeltrun2& root, const json& facts) {
   EXPECT_EQ(json(root.ClassAndCourseList()), lxm["class_and_course_list"]);
 }
 
-// The events and the files that hold them.
+// The events and their files.
 const Rows<string, string> kFiles = {{"hoshinomori", ExampleFile("hoshinomori/event.lxm")},
                                      {"hoshinomori", DataFile("hoshinomori/event_indented.lxm")},
                                      {"midorigaoka", ExampleFile("midorigaoka/event.lxm")}};
@@ -103,7 +103,7 @@ TEST(EventFiles, HoldWhatIsKnown) {
   }
 }
 
-// The tags of a document, in no order; file names are written in lower case.
+// The tags of a document in sorted order, with file names in lower case.
 std::multiset<string> Tags(const string& document) {
   std::istringstream stream(LowerAscii(document));
   std::multiset<string> tags;
@@ -125,7 +125,7 @@ TEST(EventFiles, StayTheSameOverLoadingAndSaving) {
     }
     EXPECT_TRUE(Tags(saved[0]) == Tags(ReadBytes(ExampleFile(event + "/event.lxm")))) << event;
     EXPECT_EQ(saved[0].size(), saved[1].size());
-    // Each load turns runners of equal results around, so every second file has to be the same.
+    // Each load reverses runners with equal results, so every second file must be the same.
     EXPECT_TRUE(saved[0] == saved[2] && saved[1] == saved[3]) << event;
   }
   SetClock({});
@@ -148,7 +148,7 @@ class EveryFormat : public ::testing::Test {
         files_.push_back(folder_.Path(event + extension));
         EXPECT_TRUE(root_->FileControl()->SaveLapFile(files_.back()));
       }
-      // The classes of a text lap file without the lines in front of them are a result list.
+      // The classes of a text lap file, without the lines before them, are a result list.
       const string lap_file = ReadBytes(folder_.Path(event + ".lap"));
       files_.push_back(folder_.Path(event + ".csv"));
       WriteBytes(files_.back(), lap_file.substr(lap_file.find("\r\n\r\n") + 4));
@@ -157,7 +157,7 @@ class EveryFormat : public ::testing::Test {
   }
   ~EveryFormat() override { SetClock({}); }
 
-  // Loads a file's bytes; an import goes into an event.
+  // Loads the bytes of a file; an import is loaded into an event.
   bool Load(const string& file, const string& bytes) {
     const bool is_import = file.ends_with("import.txt");
     EXPECT_TRUE(!is_import || root_->FileControl()->LoadLapFile(files_[0]));
@@ -181,9 +181,9 @@ class EveryFormat : public ::testing::Test {
   std::vector<string> files_;
 };
 
-// Cut at every 97th byte, and there a bit flipped. Large files are damaged at fewer places, so that
-// a build with sanitizers takes seconds: 12 places of each file are enough to meet every kind of
-// line. KELTRUN2_EVERY_CUT in the environment takes them all.
+// Files are cut at every 97th byte, or a bit is flipped there. Large files are damaged at fewer
+// places, so that a build with sanitizers takes seconds: 12 places of each file are enough to reach
+// every kind of line. With KELTRUN2_EVERY_CUT in the environment, every place is used.
 TEST_F(EveryFormat, DamagedFilesLoadOrFailCleanly) {
   constexpr std::size_t kStep = 97;
   const std::size_t places = std::getenv("KELTRUN2_EVERY_CUT") != nullptr ? 1'000'000 : 12;
@@ -197,7 +197,7 @@ TEST_F(EveryFormat, DamagedFilesLoadOrFailCleanly) {
       for (const string& damaged : {bytes.substr(0, at), flipped}) {
         const bool loaded = Load(file, damaged);
         ASSERT_EQ(loaded, root_->ErrorComment().empty());
-        // Whatever was read can be saved and loaded again.
+        // An event that was loaded can be saved and loaded again.
         const auto counts = Counts();
         ASSERT_TRUE(root_->FileControl()->LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_NORMAL,
                                                       Saved()));
@@ -225,8 +225,8 @@ TEST_F(EveryFormat, TextsInUtf8LoadEqually) {
   EXPECT_EQ(texts, 12);
 }
 
-// Marks of old systems and damaged bytes are part of no name; an event could not be saved with
-// them.
+// Control characters of old systems and damaged bytes are not part of names; an event with them
+// could not be saved.
 TEST_F(EveryFormat, ControlCharactersAreBlanks) {
   const string lap_file = DecodeTextFile(ReadBytes(folder_.Path("hoshinomori.lap")));
   ASSERT_TRUE(Load("x.lap", lap_file));
@@ -269,7 +269,7 @@ class NativeFormat : public ::testing::Test {
     ASSERT_TRUE(root_->FileControl()->LoadLapFile("x.lxm", KR_FILETYPE_AUTODETECT, mode, text))
         << root_->ErrorComment();
   }
-  // The runner of a document that holds nothing else.
+  // The only runner of a document.
   std::shared_ptr<clsLapData> Runner(const string& content, const string& attributes = "") {
     Load("<keltrun><classes><class name='A'><runner " + attributes + ">" + content +
          "</runner></class></classes></keltrun>");
@@ -324,7 +324,7 @@ TEST_F(NativeFormat, LapMarkersAndTimesInEverySpelling) {
   }
   EXPECT_EQ(Runner("<leg index='1'/>")->LegCount(), 1);
   EXPECT_EQ(Runner("<lap index='1' laptime='00:01:00'/>")->LegCount(), 0);
-  // Without a text for the arrow, an empty lap is still no skipped control.
+  // An empty lap is not a skipped control, even if the text for the arrow is missing.
   WriteBytes(folder_.Path("Keltrun2.ini"), "LANGUAGE=xx\r\n");
   WriteBytes(folder_.Path("Keltrun2Res-xx.txt"), "RES_META_RIGHT_ARROW\t\r\n");
   RestartSettings({.Language = {}, .Locale = {}, .Folder = folder_.Path()});
@@ -377,8 +377,8 @@ start="2025/10/18" result=" dnf "/></class></classes></k:keltrun>)");
   EXPECT_EQ(meta->CreateApplication + meta->LastUpdateApplication, "TH");
   EXPECT_EQ(meta->CreateDate, 45948);
   EXPECT_EQ(event->EventDate()->Value() + root_->FileDate() + meta->LastUpdateDate, 0);
-  // A name keeps what Shift-JIS does not have; line breaks go, references included; a tab in an
-  // attribute is a blank.
+  // Names keep characters that Shift-JIS does not have. Line breaks are removed, including those
+  // written as references; a tab in an attribute becomes a blank.
   EXPECT_EQ(root_->ClassData(1)->ClassName() + "|" + root_->ClassData(1)->FileName(),
             "é男Ж B|res x");
   const auto runner = root_->ClassData(1)->LapData(1);
@@ -406,7 +406,7 @@ TEST_F(NativeFormat, AppendingKeepsTheHeaderAndJoinsClassesAndCourses) {
   EXPECT_EQ(root_->CourseCount(), 3);
   EXPECT_EQ(root_->CourseData("4")->ControlCount(), 2);
   EXPECT_EQ(root_->CourseData("5")->ControlCount(), 1);
-  // The class that is spelled otherwise, the two of the file, and the courses that do not count.
+  // The class with another spelling, the two of the file, and the courses that are not used.
   EXPECT_EQ(
       Remarks(),
       "course \"4\": there is a course of that number with other controls before it, which "
@@ -440,7 +440,7 @@ TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
     Load("<keltrun>" + content + "</keltrun>");
     EXPECT_EQ(Remarks(), expected + "|");
   }
-  // Negative laps and dates are no laps.
+  // Negative laps and dates are not laps.
   const auto runner = Runner(
       "\n<leg index='1' laptime='-00:03:00'/>\n<leg index='2' laptime='2025/10/18'/>"
       "<leg index='3' laptime='-'/><leg index='4'/><leg index='51' laptime='0:01:00'/>");
@@ -465,7 +465,7 @@ TEST_F(NativeFormat, ClassesKeepNamesThatShiftJisDoesNotHave) {
   EXPECT_EQ(Remarks(), "");
 }
 
-// What whole seconds or a time of day could not say keeps its fraction and its hours.
+// Times that whole seconds or a time of day cannot express keep their fraction and their hours.
 TEST_F(NativeFormat, ShortLapsAndOddStartTimesAreKept) {
   const Rows<double, string, double> laps = {
       {0.3, "00:00:00.300", 0.3}, {0.0001, "00:00:00.001", 0.001}, {0.499, "00:00:00.499", 0.499},

@@ -17,7 +17,7 @@ constexpr MapSolver kSolvers[] = {MapSolver::kJacobi, MapSolver::kLanczos};
 
 using Laps = std::vector<double>;  // seconds or markers
 
-/// An executed analysis of runners; their result is a time unless `results` names another.
+/// An executed analysis of runners. Their results are times unless `results` gives others.
 struct Event {
   explicit Event(const std::vector<Laps>& runners, std::size_t legs = 0,
                  std::map<std::size_t, std::string> results = {}) {
@@ -29,7 +29,7 @@ struct Event {
     analyzer->ControlCount = static_cast<std::int32_t>(legs ? legs : runners[0].size()) - 1;
     analyzer->Execute();
   }
-  /// By the place in the list of runners.
+  /// The runner at a position in the list.
   clsAnalyzedRunnerData& Runner(std::size_t place) const {
     std::int32_t i = 1;
     while (analyzer->FullSetItem(i)->OtherData() != records[place]) ++i;
@@ -41,7 +41,7 @@ struct Event {
   std::vector<std::shared_ptr<clsLapData>> records;
 };
 
-// Three runners make the reference laps; the fourth one's speeds are looked at.
+// Three runners determine the reference laps; the speeds of the fourth one are tested.
 TEST(ExtraAnalyze, SpeedsOnPartsOfTheCourse) {
   for (const auto& [reference, laps, first, last] : Rows<Laps, Laps, double, double>{
            // Shares of 1/8: the parts are legs 1 to 4 and 4 to 8, two legs reach a fifth.
@@ -74,8 +74,8 @@ TEST(ExtraAnalyze, DifficultyOfLegs) {
   // References 300, 100, 100, 100: everybody's cruise speed is 1 and losses are laps over them. Of
   // ten runners ranks 1 to 7 count. On legs 2 and 3 runner 6 has rank 7 and alone loses something,
   // 40 s and 20 s. On leg 4 the first who loses has rank 8. Runner 4, who has no time at the
-  // finish, counts nowhere but in the number of runners: on leg 2 six losses are left, on leg 3,
-  // where he is the last, seven.
+  // finish, counts only in the number of runners: on leg 2 six losses are left, on leg 3, where
+  // runner 4 is the last, seven.
   const Laps even{300, 100, 100, 100};
   std::vector<Laps> runners(10, even);
   runners[4] = {300, 100, 200, 0};
@@ -88,7 +88,7 @@ TEST(ExtraAnalyze, DifficultyOfLegs) {
   // Only one runner has laps on legs 2 and 3, which therefore count as 1.
   const Laps skipped{100, -1, 200};
   ExpectDifficulties(Event({{100, 100, 100}, skipped, skipped, skipped}), {0, 1.5, 1.5});
-  // Two runners of whom one counts on each leg, nobody, and a set that was not executed.
+  // Two runners of whom one counts on each leg, no runners, and an analysis that was not executed.
   ExpectDifficulties(Event({{100, 130}, {110, 120}}), {1, 1});
   const Event event({}, 3);
   ExpectDifficulties(event, {1, 1, 1});
@@ -100,7 +100,7 @@ TEST(ExtraAnalyze, DifficultyOfLegs) {
 
 TEST(Vesmer, RunnersOfAClass) {
   // Losses in seconds: 0 to 2 none; 3 and 4 60 on leg 4, and so has 5, whose 200 s for legs 2 and 3
-  // are 100 and 100; 6 has no time on leg 2 and gets a quarter of his 60 s there. These distances
+  // are 100 and 100; 6 has no time on leg 2 and gets a quarter of the 60 s there. These distances
   // are those of points on a line: 60 apart, then 15.
   const Laps even(4, 100), slow{100, 100, 100, 160};
   const std::vector<Laps> laps{
@@ -144,7 +144,7 @@ Axes MapAxes(const LossProfiles& profiles, MapSolver solver) {
   return axes;
 }
 
-/// In map units, whichever way round the axes are.
+/// Compares in map units, whichever direction the axes have.
 void ExpectSameMap(const Axes& a, const Axes& b) {
   for (const std::size_t k : {0, 1}) {
     EXPECT_LT(std::min(std::abs(a[k] - b[k]).max(), std::abs(a[k] + b[k]).max()), 0.05)
@@ -155,7 +155,7 @@ void ExpectSameMap(const Axes& a, const Axes& b) {
 TEST(Vesmer, BothSolversMakeTheSameMap) {
   std::mt19937 random(7);
   for (const std::size_t points : {6, 60, 200}) {
-    LossProfiles profiles(points, 24);  // of random losses; the last point has none
+    LossProfiles profiles(points, 24);  // random losses; the last point has none
     std::generate(profiles.Row(0), profiles.Row(points - 1),
                   [&] { return std::ldexp(random() % 1000, -20); });
     const Axes large = MapAxes(profiles, MapSolver::kLanczos);
@@ -167,8 +167,8 @@ TEST(Vesmer, BothSolversMakeTheSameMap) {
   }
 }
 
-// Of a matrix (a 1 0; 1 b 0; 0 0 -5), whose smallest eigenvalue is farthest from 0. Rotations turn
-// the axes by 22.5 degrees forwards or backwards; no other solver gives signs.
+// The matrix (a 1 0; 1 b 0; 0 0 -5), whose smallest eigenvalue is farthest from 0. Rotations turn
+// the axes by 22.5 degrees forward or backward; only this solver determines signs.
 TEST(Vesmer, KnownEigenpairs) {
   for (const auto& [a, b, axes] :
        Rows<double, double, Laps>{{3, 1, {0.92388, 0.38268, 0, -0.38268, 0.92388, 0}},
@@ -188,7 +188,7 @@ TEST(Vesmer, KnownEigenpairs) {
   }
 }
 
-// All losses on a line, also all the same: the map has one axis only.
+// If all losses lie on a line, even if they are all the same, the map has only one axis.
 TEST(Vesmer, PointsOnALine) {
   for (const std::size_t points : {6, 40, 400}) {
     for (const std::size_t different : {1, 3, 400}) {
@@ -209,7 +209,7 @@ TEST(Vesmer, HostileLosses) {
     LossProfiles profiles(20, 5);
     profiles.Row(3)[2] = value;
     for (const MapSolver solver : kSolvers) {
-      for (const MapPoint& p : MapProfiles(profiles, solver)) {  // not NaN either
+      for (const MapPoint& p : MapProfiles(profiles, solver)) {  // fails for NaN too
         EXPECT_TRUE(std::fabs(p.X) <= 100 && std::fabs(p.Y) <= 100) << value;
       }
     }

@@ -1,4 +1,4 @@
-// The file service: which kind a file is, dispatch, load modes, progress, error texts, saving.
+// The file service: detection of file types, dispatch, load modes, progress, error texts, saving.
 #include "keltrun2/api/file_control.h"
 
 #include <gtest/gtest.h>
@@ -74,7 +74,7 @@ string Event(const string& name, const string& club = "") {
          club + "\"/></class><class name=\"C\"/></classes></keltrun>\r\n";
 }
 
-// What an archive of that method begins like.
+// The first bytes of an archive with this method.
 string Archived(const string& method) { return "\x1C\x01" + method + string(20, '\0'); }
 
 class FileControl : public ::testing::Test {
@@ -90,12 +90,12 @@ class FileControl : public ::testing::Test {
   std::ptrdiff_t FilesInFolder() const {
     return std::distance(std::filesystem::directory_iterator(folder_.Path()), {});
   }
-  // A handler that writes the progress down.
+  // A handler that records the progress.
   ProgressHandle Listen(const string& prefix = "") {
     return files_->OnProgress(
         [this, prefix](std::int32_t percent) { log_ += prefix + std::to_string(percent) + " "; });
   }
-  // What was written down since the last call.
+  // The progress recorded since the last call.
   string Log() { return std::exchange(log_, ""); }
 
   TemporaryFolder folder_;
@@ -145,7 +145,7 @@ TEST_F(FileControl, LoadsByExtensionAndContentOrSaysWhyNot) {
   EXPECT_TRUE(Contains(root_->ErrorComment(), "missing.txt")) << root_->ErrorComment();
   EXPECT_TRUE(files_->LoadLapFile(File("import", "$IMPORT_ONLY\r\nNAME"), KR_FILETYPE_AUTODETECT,
                                   KR_LOADMODE_APPEND));
-  // A type of files that are only written.
+  // A file type that can only be written.
   EXPECT_FALSE(files_->LoadLapFile(File("a.lxm", xml), KR_FILETYPE_IOF_XML_20_RESULT));
   EXPECT_EQ(root_->ErrorComment(), "");
 }
@@ -168,7 +168,7 @@ TEST_F(FileControl, ClassesOfAFileThatBecomeOneAreARemark) {
   for (const auto mode : {KR_LOADMODE_NORMAL, KR_LOADMODE_MERGE_NAME}) {
     ASSERT_TRUE(files_->LoadLapFile(list, KR_FILETYPE_AUTODETECT, mode));
     EXPECT_EQ(root_->ClassData(1)->LapCount(), 2);
-    // That the class of the same name is joined is what a merge is for.
+    // A merge joins classes of the same name on purpose.
     ASSERT_EQ(files_->LoadRemarks().size(), 1U);
     EXPECT_TRUE(
         files_->LoadRemarks()[0].Text.starts_with(R"(class "h21": is one with the class "H21")"));
@@ -237,13 +237,13 @@ TEST_F(FileControl, MergesRenewRanksThatWereThoseOfTheResults) {
       {"A 0:10:00 1 | B 0:11:00 2", "L 0:10:30 1", KR_LOADMODE_APPEND, "A1 B3 L2"},
       {"A 0:10:00 1 | B 0:11:00 2", "B 0:09:00 7", kName | KR_LOADMODE_PRIORITY_NEWDATA, "A2 B1"},
       {"A \"\" \"\" | B 0:11:00 1", "A 0:09:00 \"\"", kName, "A1 B2"},
-      // A guest without a rank, a tie that was decided, a word: they stay, and may be stale.
+      // A guest without a rank, a tie that was decided, a word: these are kept and may be outdated.
       {"A 0:10:00 \"\" | B 0:11:00 1", late, kName, "A B1 L stale"},
       {"A 0:10:00 1 | B 0:10:00 2", late, kName, "A1 B2 L stale"},
       {"A 0:10:00 1 | B MP -", late, kName, "A1 B- L stale"},
       {"A 0:10:00 \"\" | B 0:11:00 1", "A \"\" 5", kName, "A5 B1 stale"},
       {"A 0:10:00 \"\"", "L 0:09:00 1", kName, "A L1 stale"},
-      // Nothing to tell: nobody has a rank, nothing changes, a class of its own.
+      // Nothing to report: no runner has a rank, nothing changes, or the class is new.
       {"A 0:10:00 \"\" | B 0:11:00 \"\"", late, kName, "A B L"},
       {"A 0:10:00 3 | B 0:11:00 1", "A 0:09:00 4 | B 0:12:00 4", kName, "A3 B1"},
       {"", "A 0:10:00 5", kName, "A5"}};
@@ -273,8 +273,8 @@ TEST_F(FileControl, MergesRenewRanksThatWereThoseOfTheResults) {
 
 TEST_F(FileControl, ProgressRunsFrom0To100ForEveryHandler) {
   ProgressHandle second;
-  files_->OnProgress([&, calls = 0](std::int32_t) mutable {  // a handler keeps what it remembers
-    if (++calls == 2) second.Detach();                       // the second still hears of this event
+  files_->OnProgress([&, calls = 0](std::int32_t) mutable {  // a handler keeps its state
+    if (++calls == 2) second.Detach();  // the second is still called for this event
   });
   Listen("a");
   second = Listen("b");
@@ -321,7 +321,7 @@ TEST_F(FileControl, AHandlerCannotStartAnotherOperation) {
   EXPECT_EQ(FilesInFolder(), 0);
 }
 
-// A host whose progress window writes down what happens to it.
+// A host whose progress window records what happens to it.
 struct LoggedWindows : HostWindows {
   struct Window : frmProgressBar {
     explicit Window(string& log) : log_(log) {}
@@ -372,7 +372,7 @@ TEST_F(FileControl, SavesByTypeAndExtensionOrSaysWhyNot) {
   ASSERT_TRUE(Load(Event("Cup")));
   std::filesystem::create_directory(folder_.Path("folder.lxm"));
   const Rows<string, KrLapFileTypeConst, string, string> cases = {
-      // told in the error text, held by the file
+      // the error text contains, the file contains
       {"a.lxm", KR_FILETYPE_AUTODETECT, "", "<keltrun "},
       {"noextension", KR_FILETYPE_AUTODETECT, "", "<keltrun "},
       {"a.xml", KR_FILETYPE_KELTRUN2, "", "<keltrun "},
@@ -389,7 +389,7 @@ TEST_F(FileControl, SavesByTypeAndExtensionOrSaysWhyNot) {
     EXPECT_TRUE(Contains(root_->ErrorComment(), told)) << root_->ErrorComment();
     EXPECT_TRUE(held.empty() || Contains(ReadBytes(folder_.Path(name)), held)) << name;
   }
-  // The archive is read back, with the lap file's own name.
+  // The archive is read again; the lap file in it has its own name.
   EXPECT_TRUE(files_->LoadLapFile(folder_.Path("b.lzh"))) << root_->ErrorComment();
   EXPECT_TRUE(root_->FileName().ends_with("/b.lxm")) << root_->FileName();
   EXPECT_EQ(root_->EventData()->EventName, "Cup");
@@ -408,11 +408,11 @@ TEST_F(FileControl, NothingIsReplacedByAFileTooLargeToBeReadAgain) {
     EXPECT_TRUE(Contains(root_->ErrorComment(), "64 MiB")) << root_->ErrorComment().substr(0, 200);
     EXPECT_EQ(ReadBytes(existing), "precious");
   }
-  // Large, but not too large for a native file, also without an ending that says it is one.
+  // Large, but not too large for a native file, even without the extension of one.
   ASSERT_TRUE(files_->SaveLapFile(folder_.Path("a"))) << root_->ErrorComment().substr(0, 200);
   ASSERT_TRUE(files_->LoadLapFile(folder_.Path("a"))) << root_->ErrorComment().substr(0, 200);
   EXPECT_EQ(root_->EventData()->Memo.size(), (64U << 20) + 1);
-  // Not every large file is one of ours.
+  // A large file that is not a native one.
   EXPECT_FALSE(files_->LoadLapFile(File("large.txt", string((64U << 20) + 1, 'm'))));
   EXPECT_TRUE(Contains(root_->ErrorComment(), "large.txt is larger than a list can be"));
 }
@@ -463,7 +463,7 @@ terrain, memo and file name of the event: not written, the format has no place f
 TEST_F(FileControl, ADiskThatFillsUpLeavesTheFileAsItWas) {
   ASSERT_TRUE(files_->LoadLapFile(ExampleFile("midorigaoka/event.lxm")));
   const string existing = File("a.lxm", "precious");
-  // The disk is played by a limit on the size of files.
+  // A limit on the size of files takes the place of a full disk.
   rlimit before{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);

@@ -1,4 +1,4 @@
-// The grid of an analysis, as a host's own grid receives it.
+// The grid of an analysis, as the grid of a host receives it.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -8,7 +8,7 @@
 namespace keltrun::test {
 namespace {
 
-/// Keeps the texts by column and row, and writes down every other call.
+/// Stores the texts by column and row, and records every other call.
 struct FakeGrid : clsGridObject {
   std::map<std::int32_t, std::map<std::int32_t, std::string>> texts;
   std::string calls;
@@ -17,7 +17,7 @@ struct FakeGrid : clsGridObject {
     for (const std::int32_t number : numbers) calls += std::to_string(number) + ",";
     calls.back() = *end;
   }
-  // Each type is its own colour number, so that the test sees which was asked for.
+  // The color number is the type, so that the test can see which type was requested.
   keltrun::Color Color(KrColorTypeConst type) override { return type; }
   void Clear() override { calls += "clear "; }
   void SetVisible(bool visible) override { calls += visible ? "show" : "hide "; }
@@ -63,7 +63,7 @@ TEST(Grid, BandsAndColumns) {
   };
   const auto grid = drawn();
   // Labels and cells of each band; then the ranks 1 to 3 of laps (rows 5 to 7) and splits (9 to
-  // 11), whose colours are 20 to 22.
+  // 11), whose colors are 20 to 22.
   EXPECT_EQ(grid->calls,
             "hide clear 27x4 0,1230 1,1080 2,1080 3,1080 "
             "0,0,1,-1:1 0,1,1,3:left0 2,0,3,-1:3 2,1,3,3:right2 4,0,7,-1:5 4,1,7,3:right4 "
@@ -91,7 +91,7 @@ TEST(Grid, BandsAndColumns) {
   EXPECT_EQ(drawn()->texts[3][3], "M21   3") << "the class in place of the fixed rank";
   EXPECT_EQ(drawn()->texts[0][6], "1→2");
   analyzer->SelectNone();
-  EXPECT_EQ(drawn()->calls, "hide clear ") << "nobody to show";
+  EXPECT_EQ(drawn()->calls, "hide clear ") << "no runners to show";
   EXPECT_THROW(root->GraphicControl()->DrawGrid(nullptr, grid), AutomationError);
   EXPECT_THROW(root->GraphicControl()->DrawGrid(analyzer, nullptr), AutomationError);
 }

@@ -1,5 +1,5 @@
-// The pages row by row; and whole pages of the examples, to the letter, against the golden files,
-// which KELTRUN2_APPROVE=1 rewrites.
+// The pages row by row, and whole pages of the examples compared byte by byte with the golden
+// files, which KELTRUN2_APPROVE=1 rewrites.
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -15,8 +15,8 @@ std::size_t CountOf(const std::string& page, std::string_view text) {
   return count;
 }
 
-/// The table as text: a line for each row, "|" behind each cell, the rows that a cell spans in
-/// front of it. CSS classes of ranks stand as "1st ", "2nd ", "3rd ".
+/// The table as text: one line for each row, "|" after each cell, the number of rows that a cell
+/// spans before it. CSS classes of ranks are shown as "1st ", "2nd ", "3rd ".
 std::string TableText(const std::string& page) {
   std::string text = page.substr(page.find("<table"));
   for (const auto& [pattern, replacement] :
@@ -100,7 +100,7 @@ S→1|0:07|0:00|0:25|
 &nbsp;|16:40|15:18|17:35|
 )" + names +
           clubs_and_results + "Made with ケルトラン２ (Ver.2.27)");
-  // The style sheet's address is the host's own HTML, the charset is only declared.
+  // The address of the style sheet is HTML of the host, and the charset is only declared.
   const std::string linked =
       event.root->HtmlControl()->OutputAnalysis(event.Analyzed(), "a&b.css", "utf-8");
   EXPECT_EQ(CountOf(linked,
@@ -130,7 +130,7 @@ TEST(AnalysisPage, ElevenRunners) {
   }
   const std::string page = event.Analysis();
   EXPECT_EQ(CountOf(page, "<td colspan=\"24\""), 8U) << "Int(10 / 10) + 2 * 11 + 1 columns";
-  // The label comes again before the eleventh runner. Ranks 4 to 6 have classes but no colour.
+  // The label is repeated before the eleventh runner. Ranks 4 to 6 have classes but no color.
   for (const char* label : {"ll\">1→2", "el\">2→F", "ml\">1→2", "cl\">", "ral\">", "mtl\">"}) {
     EXPECT_EQ(CountOf(page, label), 2U) << label;
   }
@@ -146,7 +146,7 @@ TEST(AnalysisPage, NamesClubsResultsAndRanks) {
            {"01234567890123456789012345678901", "0123456789<br>0123456789<br>012345678901"},
            {"あいうえおかきくけこさ", "あいうえおかきくけこ<br>さ"},
            {"012345678<&>\"", "012345678&lt;<br>&amp;&gt;&quot;"},
-           // A cut never splits a surrogate pair: the pair goes to the next piece.
+           // A cut never splits a surrogate pair: the whole pair goes to the next piece.
            {"012345678\U00020B9F1", "012345678<br>\U00020B9F1"}}) {
     const PageEvent event;
     event.klass->LapData(1)->RunnerName = event.klass->LapData(1)->ClubName = text;
@@ -161,7 +161,7 @@ TEST(AnalysisPage, NamesClubsResultsAndRanks) {
   event.klass->LapData(2)->Rank = "2";
   EXPECT_EQ(CountOf(TableText(event.Analysis()), "\n順位|&nbsp;|2|&lt;1&gt;|\n"), 2U);
   EXPECT_EQ(CountOf(event.Analysis(), "class=\"kv\">途中&nbsp;棄権&nbsp;</td>"), 2U);
-  // In a mixed set the class name, a blank and the rank, also when the rank is empty.
+  // In a mix: the class name, a blank and the rank, even if the rank is empty.
   EXPECT_EQ(CountOf(TableText(event.Analysis(true)),
                     "\n順位|M21 &quot;A&quot; |M21 &quot;A&quot; 2|M21 &quot;A&quot; &lt;1&gt;|\n"),
             2U);
@@ -176,7 +176,7 @@ TEST(AnalysisPage, LabelsWithACourse) {
   for (std::int32_t i = 1; i <= 10; ++i) course->SetControlNum(i, 30 + i);
   analyzer->SetCourseData(course);
   const std::string page = event.root->HtmlControl()->OutputAnalysis(analyzer);
-  // The lap section shows control codes in half width, the others the legs in full width.
+  // The lap section shows half-width control codes, the other sections full-width leg numbers.
   for (const char* label : {"ll\">→(31)", "ll\">(31)→(32)", "ll\">(40)→", "el\">S→１", "rl\">９→10",
                             "<b>Ｍ２１　＂Ａ＂</b>"}) {
     EXPECT_EQ(CountOf(page, label), 1U) << label;
@@ -222,7 +222,7 @@ TEST(ResultPage, SingleAndMixedSets) {
 }
 
 TEST(ResultPage, BorderBehindTheCutOffRank) {
-  // The cut-off rank, the runners' ranks, rows (with the title) in front of each border.
+  // The cut-off rank, the ranks of the runners, and the rows (with the title) before each border.
   for (const auto& [cut_off, ranks, expected] :
        Rows<std::int32_t, std::vector<const char*>, std::vector<std::size_t>>{
            {2, {"1", "2", "3", "4"}, {3}},
@@ -276,7 +276,7 @@ TEST(LegDataPage, SixFastestWhoHaveARank) {
   }
   const std::string page = event.root->HtmlControl()->OutputLegData(event.Analyzed());
   const std::string blanks = "&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;";
-  // Among equal ranks the runner who comes last in the set stands first.
+  // Of runners with equal ranks, the last one in the set comes first.
   EXPECT_EQ(CountOf(page, "</td><td>R8" + blanks + "&nbsp;9:00</td><td>R7"), 1U);
   // The total row shows the first six of the set.
   EXPECT_EQ(CountOf(page, "nowrap>R6" + blanks + "0:20:06</td>\r\n</table>"), 1U);
@@ -324,7 +324,7 @@ TEST(ChartPage, SaysThatThereIsNoMapOfTooMany) {
   }
 }
 
-/// Keeps the files small, and shows that pages hold the selected set.
+/// Keeps the files small, and shows that pages contain only the selected runners.
 void SelectEverySecond(clsAnalyzer& analyzer) {
   analyzer.SelectNone();
   for (std::int32_t i = 1; i <= analyzer.FullSetCount(); i += 2) {

@@ -1,4 +1,4 @@
-// Import-only texts: the rows of two events, and which lines are headers and rows.
+// Import-only texts: the rows of two events, and which lines are headers or rows.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -44,13 +44,13 @@ TEST(ImportOnly, FollowsItsHeaders) {
   const Rows<string, string, std::size_t> cases = {
       {"氏名,所属,性別\r\nA,C,男\r\n", "A/C/男 ", 0},
       {"A,B,C\r\n", "", 1},             // no header
-      {"NAME,TEAM\nA,C\n", "A// ", 2},  // TEAM is no title: no club, no use
+      {"NAME,TEAM\nA,C\n", "A// ", 2},  // TEAM is not a title: no club
       {"NAME;CLUB;SEX\nA;\"C; D\";F\nB;\"\"\"C\"\"\";M\n", "A/C; D/F B/\"C\"/M ", 0},
       {"名前,syozoku\rA,C\rB\r", "A/C/ B// ", 0},  // missing cells are empty
       {"氏名,所属\nA,C\n所属,氏名\nC,A", "A/C/ A/C/ ", 0},
       {"氏名,所属\n,,\n \u3000,\n,C\nA,C,\nA,C,x\n", "A/C/ A/C/ ", 2},   // no name; a cell too many
       {"氏名,所属\nNAMES,C\nthe NAME,C\n", "NAMES/C/ the NAME/C/ ", 0},  // no whole cell
-      {"氏名,所属,所属\nA,B,C\n", "A/C/ ", 0},                           // the last column counts
+      {"氏名,所属,所属\nA,B,C\n", "A/C/ ", 0},                           // the last column is used
   };
   for (const auto& [text, updates, remarks] : cases) {
     const ReadResult read = ReadImportOnly("$IMPORT_ONLY\r\n" + text);

@@ -1,5 +1,5 @@
-// The IOF XML result list: a small event to the letter, the rules for times, ranks, statuses and
-// names, and the two events against what is known about them.
+// The IOF XML result list: a small event byte by byte, the rules for times, ranks, statuses and
+// names, and the two events compared with known facts.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -14,7 +14,7 @@ namespace {
 
 using std::string;
 
-// The current event's result list, saved at 2025-10-20 06:00:00.
+// The result list of the current event, saved at 2025-10-20 06:00:00.
 string Written() { return WriteIofXmlResult(*CurrentModel(), 45950.25); }
 
 string WithoutLineBreaks(string text) {
@@ -73,7 +73,7 @@ TEST(IofResult, IsWrittenToTheLetter) {
                            "\r\n");
 }
 
-// The texts at an XPath, in the order of the document, each followed by ";".
+// The texts at an XPath in document order, each followed by ";".
 string Texts(const string& xml, const char* path) {
   pugi::xml_document document;
   EXPECT_TRUE(document.load_string(xml.c_str()));
@@ -140,7 +140,7 @@ TEST(IofResult, CoursesAndDates) {
   EXPECT_EQ(Texts(Written(), "//Date | //Clock | //WebURL"), "2025-10-18;2025-10-19;01:01:01;");
 }
 
-// The runners of a class in the facts, best first. `sorted` has equal results backwards.
+// The runners of a class in the facts, best first. With `sorted`, equal results are reversed.
 std::vector<nlohmann::json> InResultOrder(const nlohmann::json& klass) {
   std::vector<nlohmann::json> rows;
   for (const std::size_t at : klass["sorted"]) {

@@ -1,4 +1,4 @@
-// The JSON documents: what stands where, and how values that are no plain numbers are written.
+// The JSON documents: their structure, and how values that are not plain numbers are written.
 #include "keltrun2/report/json.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Compares the whole object, with the order of its keys.
+// Compares the whole object, including the order of its keys.
 void ExpectObject(const Json& object, const std::string& expected) {
   EXPECT_EQ(object.dump(), Json::parse(expected).dump());
 }
@@ -70,13 +70,13 @@ TEST(Json, AnalysisOfASmallClass) {
       "legLength": [0.571429, 0.285714, 0.142857], "difficulty": [0, 0, 0],
       "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
   ASSERT_EQ(json["runners"].size(), 3u);
-  // Anna's best legs covering half the course are all three: 640 / 700. On leg 1 she lost
+  // Anna needs all three legs to cover half of the course: 640 / 700. On leg 1 she lost
   // 380 - 400 * 640 / 700 s, on the others she gained.
   ExpectMembers(json["runners"][0],
                 R"({"serial": 3, "start": 40269, "lapRelative": [0.95, 0.85, 0.9],
       "cruiseSpeed": 0.914286, "missTime": [14.286, -12.857, -1.429], "missTimeTotal": 14.286,
       "missRate": 0.022321, "totalTimeWithoutMiss": 625.714, "totalTimeRelative": 0.914286})");
-  // Berta's best leg covers half alone: 420 / 400.
+  // Berta's best leg alone covers half of the course: 420 / 400.
   ExpectMembers(json["runners"][1],
                 R"({"name": "Berta", "cruiseSpeed": 1.05, "missTime": [0, 20, 5]})");
   ExpectObject(json["runners"][2], R"({"serial": 2, "name": "Lena", "club": "", "class": "W21A",
@@ -135,7 +135,7 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
   AddRunner(*klass, "b", "0:12:00", {})->RankFix = "2";
   const std::string text = ResultText(*root);
   Json json = Json::parse(text), &list = json["sets"][0], runners = list["runners"];
-  // Equal results share a rank, and the one added last stands first.
+  // Equal results share a rank; the runner added last comes first.
   ExpectMembers(runners[0], R"({"name": "a", "rankInDataSet": "1"})");
   ExpectMembers(runners[1],
                 R"({"name": "b", "rankInDataSet": "2", "rank": "", "rankFix": "2", "laps": []})");
@@ -150,14 +150,14 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
       "event": 0, "sets": [{"set": {"name": "A", "fileName": "a", "kind": "class", "mix": false,
       "controls": 0, "length": 0, "climb": 0, "cutOffRank": 0, "classInfo": ""},
       "rankIsAvailable": true, "runners": 4}]})");
-  // Every runner and set has a line of its own.
+  // Every runner and every data set is on a line of its own.
   for (const char* start : {"\n{\"serial\":1,", "\n{\"serial\":4,", "\n{\"set\":"}) {
     EXPECT_NE(text.find(start), std::string::npos) << start;
   }
   EXPECT_TRUE(text.ends_with("}\n"));
 }
 
-// 0.0365 s in days is a hair below the half.
+// 0.0365 s in days is slightly below the half millisecond.
 TEST(Json, TimesAreSecondsToTheMillisecond) {
   std::istringstream cases(
       "2063.333 2063.333, 116 116, 0.5 0.5, 1.0005 1.001, 0.0365 0.037, 2.00249 2.002, 59.9996 60,"
@@ -169,7 +169,7 @@ TEST(Json, TimesAreSecondsToTheMillisecond) {
   }
 }
 
-// The last ones are cut short, a surrogate, an overlong form.
+// The last ones are a truncated sequence, a surrogate and an overlong form.
 TEST(Json, TextsAreEscapedAndValidUtf8) {
   for (const auto& [text, written] :
        Rows<std::string, std::string>{{R"(The "Owl" \ Club)", R"(The \"Owl\" \\ Club)"},

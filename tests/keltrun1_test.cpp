@@ -32,7 +32,7 @@ TEST(CsvHeader, NormalizesItsTitles) {
       {ja, "name,記録,結果,時間,T,TT,TOTAL",
        "クラス,氏名,合計タイム,合計タイム,合計タイム,合計タイム,合計タイム,合計タイム"},
       {ja, "ＮＡＭＥ,ＣＬＡＳＳ,Ｓ→１,１→２,２→Ｆ", "氏名,クラス,→1,→2,→F"},  // full width
-      {ja, "Position,NAME,memo, age ", "クラス,順位,氏名,MEMO,AGE"},          // others stay
+      {ja, "Position,NAME,memo, age ", "クラス,順位,氏名,MEMO,AGE"},          // others are kept
       {ja, "NAME,S-1,1-2,2-3,3-G", "クラス,氏名,→1,→2,→3,→F"},
       {ja, "NAME,1,2,3,F", "クラス,氏名,→1,→2,→3,→F"},
       {ja, "NAME,-1,→2,5→F", "クラス,氏名,→1,→2,→F"},
@@ -43,7 +43,7 @@ TEST(CsvHeader, NormalizesItsTitles) {
       {ja, "", ""},
       {en, "Class,Runner Name,Club,Race Time,Start Time,Place,1,F",
        "CLASS,NAME,CLUB,TOTAL TIME,START TIME,PLACE,\u21921,\u2192F"},
-      {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // width is folded in Japanese only
+      {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // only Japanese folds width
       {en, "氏名,クラス名,合計タイム,STNO", "NAME,CLASS,TOTAL TIME,STNO"},  // both languages
       {ja, "Runner name,Class,Race time,Place", "氏名,クラス,合計タイム,順位"},
       {en, "氏名,→１,→10,→Ｆ", "CLASS,NAME,\u21921,\u219210,\u2192F"},
@@ -102,7 +102,7 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
   EXPECT_EQ(read.Records.Classes[1].Runners[0]->Lap(2), Seconds(62));
 }
 
-// The row of a runner as the facts give it, as far as the format can hold it.
+// The row of a runner as in the facts, with what the format can express.
 json RowOf(clsLapData& r) {
   const DateTime start = r.StartTime()->Value();
   return {r.RunnerName,
@@ -165,7 +165,7 @@ TEST(Keltrun1, KeepsTheEvents) {
   }
 }
 
-// "class[LegsSeen] name;club;result;rank;laps in seconds", one runner a line; then the remarks.
+// "class[LegsSeen] name;club;result;rank;laps in seconds", one runner per line; then the remarks.
 string Shown(const ReadResult& read) {
   string shown;
   for (const ClassRecords& klass : read.Records.Classes) {
@@ -193,7 +193,7 @@ TEST(Keltrun1, ReadsResultLists) {
        "M[3] A;K;0:21:05;1;[300,365,600] B;L;DNF;;[300,-1]\nW[1] C;;0:30:10;1;[1110]\n4:0 "},
       {en, "Name,Club,Time,Class\nA,K,1:02:03,M\n\nB,,DNS,M\n",
        "M[0] A;K;1:02:03;;[] B;;DNS;;[]\n"},
-      // titles of classes stand above headers without a class column
+      // class titles come before headers without a class column
       {ja, "成績表\nM21,,\n順位,氏名,タイム\n1,A,9:00\n W21\n順位,氏名,タイム\n1,B,9:01\nEOF\n",
        "M21[0] A;;0:09:00;1;[]\nW21[0] B;;0:09:01;1;[]\n2:0 5:0 8:0 0:0 "},
       {ja, "氏名,タイム\nA,9:00\n", "[0] A;;0:09:00;;[]\n1:0 "},
@@ -202,7 +202,7 @@ TEST(Keltrun1, ReadsResultLists) {
       {ja, "クラス,氏名,Card,F,記録\nM,A,5,9:00,,9\n", "M[0] A;;;;[]\n1:0 1:3 2:6 "},
       {ja, "クラス,氏名,1,51,F\nM,A,x,1:00,1:00\n", "M[1] A;;;;[0]\n1:4 1:5 2:3 "},
       {ja, "クラス,氏名,ゼッケン,スタート,記録\nM,A,x7,late,\n", "M[0] A;;;;[]\n2:0 2:0 "},
-      {ja, "クラス,氏名,記録,結果\nM,A,,9:00\nM,B,9:01,DSQ\n",  // the first that is filled
+      {ja, "クラス,氏名,記録,結果\nM,A,,9:00\nM,B,9:01,DSQ\n",  // the first that is not empty
        "M[0] A;;0:09:00;;[] B;;0:09:01;;[]\n"},
       {ja, "クラス,選手\nM,A\nM,B\n", "E"},
       // quotes: a separator, a quote and line breaks in cells; a quote is no reason to lose rows
@@ -217,7 +217,7 @@ TEST(Keltrun1, ReadsResultLists) {
        "M; 1[0] A, B;;0:03:00;;[] C;;0:04:00;;[]\n3:0 "},
       {en, "M21\t\t\nName\tClub\tTime\nA\t\t3:00\n", "M21[0] A;;0:03:00;;[]\n1:0 0:0 "},
       {en, "Name\tA,NAME,B\tTime\nA, B\tx\t3:00\n", "[0] A, B;;0:03:00;;[]\n1:2 1:0 "},
-      // splits in place of laps; the second row has no time at the finish, the third none at 2
+      // splits instead of laps; the second row has no time at the finish, the third none at 2
       {en,
        "Name,Class,Time,1,2,F\nA,M,0:06:00,1:00,3:00,6:00\nB,M,0:06:00,3:00,5:00,-\n"
        "C,M,0:07:00,2:00,-,7:00\nD,M,dnf,2:00,1:00\n",
@@ -258,7 +258,7 @@ TEST(Keltrun1, ReadsTheTimesOfLists) {
       -3:00,1e3,1234567,12:75   "0 0 0 0 @3@4@5@6"                | +5,5.,1.75.00,-0:01:00 "0 0 0 0 @3@4@5@6")")) {
     EXPECT_EQ(LapsRead(cells), expected) << cells;
   }
-  // As a result and as a start time. A number that is no time is none, whatever date it counts.
+  // As a result and as a start time. A number that is not a time gives none, even if it is a date.
   for (const auto& [cell, result, start] : Table<3>(R"(
       9.05 0:09:05 9:05:00 | 10.30 0:10:30 10:30:00 | 59.5 0:00:59.5 "" | 75.50 1:15:50 ""
       1.02.03 1:02:03 1:02:03 | 12:34.56 0:12:34.5 "" | 10:30:15.25 10:30:15.2 10:30:15
@@ -316,7 +316,7 @@ TEST(Keltrun1, ReadsDamagedLapFiles) {
        "大会名[0]\n$a[2] A;;0:09:00;1;[]\n"},
       {"$開催日=someday\n$M:登距離=high\n$?\n" + header, "M[0]\n2:0 3:0 4:0 "},
       {header + "M,1,A,,,,25:00:00,9:00,1,abc,\n", "M[2] A;;0:09:00;1;[0,0]\n4:10 4:0 "},
-      // laps that look like splits, and quotes, are what they are
+      // laps that look like splits, and quotes, are taken literally
       {header + "M,1,\"A,\"K\",,,,3:00,1,00:01:00,00:03:00\n",
        "M[2] \"A;\"K\";0:03:00;1;[60,180]\n"},
       {"$Event=E\n$M:Climb=5\n" + header, "M[0]\n"},  // labels of the other language

@@ -20,7 +20,7 @@ std::vector<string> Words(const string& text) {
   return {std::istream_iterator<string>(words), {}};
 }
 
-// Every row of the table, up to a ";", is a result and the inputs from which the call makes it.
+// Every row of the table, up to a ";", is a result and the inputs that the call converts to it.
 template <typename Call>
 void ExpectForAll(const string& table, Call call) {
   std::istringstream rows(table);
@@ -30,7 +30,7 @@ void ExpectForAll(const string& table, Call call) {
   }
 }
 
-// The number of the automation error that the call raises; 0 for none.
+// The number of the automation error that the call raises; 0 if it raises none.
 template <typename Call>
 int ErrorNumberOf(Call call) {
   try {
@@ -58,7 +58,7 @@ TEST(RunnerRecord, LapsAndLegCount) {
   runner.SetLap(3, Seconds(83));
   EXPECT_EQ(runner.LegCount(), 3);
   EXPECT_EQ(runner.Lap(5), 0);
-  EXPECT_EQ(runner.LegCount(), 5) << "reading raises the count, too";
+  EXPECT_EQ(runner.LegCount(), 5) << "reading increases the count too";
   EXPECT_EQ(runner.LapToString(7) + runner.LapToString(3, "h:nn:ss"), "－0:01:23");
   EXPECT_EQ(runner.LegCount(), 7);
   for (const int any : {-5, 200, 2}) {
@@ -97,15 +97,15 @@ TEST(RunnerRecord, StatusCodes) {
                          93 DISQ dsq; 98 MPX OK CL OCLX; 99 dns;)";
   RestartIn(Mode::kEnglishTexts);
   ExpectForAll(both + "98 ＭＰ ｄｎｆ Ｐ４", code);
-  RestartIn(Mode::kJapaneseMode);  // knows full-width letters, too
+  RestartIn(Mode::kJapaneseMode);  // accepts full-width letters too
   ExpectForAll(both + "50 ＭＰ; 90 ｄｎｆ; 4 Ｐ４", code);
   EXPECT_EQ(code("") + code("  ") + code(" DNS "), "989899");
 }
 
 TEST(Classes, InfoAndFileBaseName) {
   const auto root = NewRoot();
-  // Wide letters keep their case, wide symbols are folded after the path is cut, characters up to
-  // U+00FF stay. The title begins behind "/", but the folder ends at ":".
+  // Wide letters keep their case, wide symbols are folded after the path is removed, characters up
+  // to U+00FF are kept. The title begins after "/", but the folder ends at ":".
   ExpectForAll(R"(m21a M21A; u5973u5b50A 女子Ａ; w M/W; M/W Ｍ／Ｗ; d:\data\m21 D:\Data\M21;
                   x/y:\yz x/y:z; abcd a<b>|c"d'; Éé Éé; ud83dude00uff71 😀ｱ)",
                [&](const string& name) {
@@ -153,7 +153,7 @@ TEST(Classes, SortLapOrdersByResultAndTurnsEqualOnesAround) {
                                    "i=1:05:00 j=OCL k=DNQ l=DSQ m=XYZ n=0:58:30.4")) {
     AddRunner(*root->ClassData(1), entry.substr(0, 1), entry.substr(2), {});
   }
-  // A time of 24 hours and more is no time of day: its code 0 comes before everybody.
+  // A time of 24 hours or more is not a time of day: its code 0 comes before all others.
   for (const char* expected : {"hcniagfbjklmde", "hcnaigfbjkldme"}) {
     root->SortLap();
     string names;
@@ -247,7 +247,7 @@ TEST(Root, SortClass) {
 }
 
 TEST(Root, ChoicesOfClassesAndCourses) {
-  // Classes are given as a letter, the course and the number of runners.
+  // Classes are given as a letter, a course and a number of runners.
   const auto choices = [](const string& classes) {
     const auto root = NewRoot();
     for (const string& text : Words(classes)) {
@@ -260,7 +260,7 @@ TEST(Root, ChoicesOfClassesAndCourses) {
     return list;
   };
   EXPECT_EQ(choices("A19 B25 C17 D03"), "1,,A,a,9 2,,B,b,5 3,,C,c,7 4,,D,d,3 ,1,A/C,a_c,16 ");
-  // Shared courses stand in the order of the last class that joined them.
+  // Shared courses are in the order of their last class.
   EXPECT_EQ(choices("A11 B21 C21 D10"),
             "1,,A,a,1 2,,B,b,1 3,,C,c,1 4,,D,d,0 ,2,B/C,b_c,2 ,1,A/D,a_d,1 ");
   const auto separated = [](const char* text) {
@@ -329,7 +329,7 @@ TEST(Root, ATemporaryRootGivesWayToTheOneBefore) {
   const string saved = ReadBytes(file);
   EXPECT_NE(saved.find("First"), string::npos);
 
-  // Without any root there is no event: nothing is read, written or returned as if it were one.
+  // Without a root there is no event, and nothing is read, written or returned.
   const auto analyzer = first->NewAnalyzer();
   const auto html = first->HtmlControl();
   const auto texts = first->TextControl();
@@ -363,7 +363,7 @@ constexpr auto kMergeName = KR_LOADMODE_MERGE_NAME;
 constexpr auto kPriority = KR_LOADMODE_PRIORITY_NEWDATA;
 constexpr auto kNoAdd = KR_LOADMODE_NOTADD_NEWDATA;
 
-// A runner whose texts, numbers and laps are all the same; "" and 0 leave them empty.
+// A runner whose texts, numbers and laps are all the same; they are empty with "" and 0.
 std::shared_ptr<clsLapData> Filled(const string& text, int number, int legs) {
   const auto r = std::make_shared<clsLapData>();
   r->Age = r->ClubName = r->Rank = r->Seed = r->Sex = r->RankFix = r->CompetitorId = text;
@@ -399,12 +399,12 @@ TEST(Merging, EveryFieldFollowsThePriority) {
   EXPECT_EQ(merged(old_one(), new_one(), kMergeId | kPriority), "NNNNNN OO 66 6 6 6");
   EXPECT_EQ(merged(Filled("", 0, 0), new_one(), kMergeName), "NNNNNN  66 6 6 6");
   EXPECT_EQ(merged(old_one(), Filled("", 0, 0), kMergeName | kPriority), "OOOOOO OO 55 5 5");
-  // New laps are taken whatever their value, later ones stay.
+  // New laps are used whatever their value; the laps after them are kept.
   EXPECT_EQ(merged(new_one(), Filled("", 0, 2), kMergeName | kPriority), "NNNNNN NN 66 0 0 6");
 }
 
 TEST(Merging, MatchesByIdOrNameKey) {
-  // Adds a runner to four others; those who have his club afterwards are marked.
+  // Adds a runner to four others and marks those who have the new club afterwards.
   const auto club_of = [](const string& name, int id, KrLapFileLoadModeCosnt mode) {
     const auto klass = RootWith("A")->ClassData(1);
     for (const char* known : {"Anna Berger", "川田　一", "Ｂｏｂ", "BOB"}) {
@@ -422,7 +422,7 @@ TEST(Merging, MatchesByIdOrNameKey) {
   };
   ExpectForAll(".x... 12; x.... 0; ....x. 13",  // without a number: the first without one
                [&](const string& id) { return club_of("?", std::stoi(id), kMergeId); });
-  // A wide capital keeps its case in the key, where an ASCII one is lowered.
+  // In the key, a wide capital keeps its case but an ASCII capital becomes lower-case.
   ExpectForAll("x.... anna\u3000BERGER; .x... 川田一; ...x. Bob ｂｏｂ; ..x.. Ｂ\u3000ob",
                [&](const string& name) { return club_of(name, 5, kMergeName); });
   EXPECT_EQ(club_of("?", 13, kMergeId | kNoAdd), "....");

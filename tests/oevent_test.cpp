@@ -1,4 +1,4 @@
-// OEvent split lists: two events against what is known about them, and what the rows mean.
+// OEvent split lists: two events compared with known facts, and the meaning of the rows.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -44,8 +44,8 @@ TEST(OEvent, ReadsTheEvents) {
   }
 }
 
-// Class by class the name, the legs seen and the runners; then the places of the remarks and the
-// line of the error, 0 without one.
+// For each class the name, the legs seen and the runners; then the places of the remarks and the
+// line of the error, 0 if there is none.
 string Read(const string& lines) {
   const ReadResult read = ReadOEvent("Cup\nSplit times of Cup\n" + lines);
   string out;
@@ -62,24 +62,24 @@ TEST(OEvent, Rows) {
   const string ann = "A\n1.,Ann,,7,3:00\n";
   const Rows<string, string> cases = {
       {ann + ",,,,,1:00,31,2:30,32,3:00,F\n", R"(A 3 [["Ann","1","0:03:00",[60,90,30]]]; E0)"},
-      // A smaller split is a leg without a time, "--:--" one that was missed; the sum goes on.
+      // A smaller split is a leg without a time, "--:--" a leg that was missed; the sum continues.
       {ann + ",,,,,1:00,31,0:30,32,--:--,33,3:00,F\n",
        R"(A 4 [["Ann","1","0:03:00",[60,0,-2,120]]]; 5:8 E0)"},
       {ann + ",,,,,1:00,31,,32,xx,33,3:00,F\n", R"(A 2 [["Ann","1","0:03:00",[60,120]]]; 5:10 E0)"},
       {ann + ",,,,,1:00,31,1:00,32\n", R"(A 2 [["Ann","1","0:03:00",[60,0]]]; E0)"},
-      // Missed legs at the end are no reason to give the class more controls.
+      // Missed legs at the end do not increase the number of controls of the class.
       {ann + ",,,,,1:00,31,--:--,F\n", R"(A 1 [["Ann","1","0:03:00",[60,-2]]]; E0)"},
-      // Splits end at the tenth of a row.
+      // A row has at most ten splits.
       {ann + ",,,,,1,,2,,3,,4,,5,,6,,7,,8,,9,,10,,11,\n",
        R"(A 10 [["Ann","1","0:03:00",[1,1,1,1,1,1,1,1,1,1]]]; E0)"},
-      // The row in between is not read; what follows it is a row only with splits and no name.
+      // The row in between is not read; the next one is read only if it has splits and no name.
       {ann + ",,,,,1:00,31\n,,,,,9:00\n,,,,,3:00,F\n",
        R"(A 2 [["Ann","1","0:03:00",[60,120]]]; E0)"},
       {ann + ",,,,,1:00,31\n,,,,,31,,\nB\n,Bob,,8,MP\n,,,,,2:00,31\n",
        R"(A 1 [["Ann","1","0:03:00",[60]]];B 1 [["Bob","","MP",[120]]]; E0)"},
       {ann + ",,,,,1:00,31\n,,,,,31,,\n,Bob,,8,MP\n,,,,,2:00,31\n",
        R"(A 1 [["Ann","1","0:03:00",[60]],["Bob","","MP",[120]]]; E0)"},
-      // A runner or class right behind a runner without splits.
+      // A runner or class directly after a runner without splits.
       {ann + "(2),Bob,,8,dns\n\n---------\nB\n",
        R"x(A 0 [["Ann","1","0:03:00",[]],["Bob","(2)","DNS",[]]];B 0 []; E0)x"},
       {ann + "B\n,Bob,,8,x\n,,,,,\n",
@@ -87,7 +87,7 @@ TEST(OEvent, Rows) {
       {"A\n ,, \n --------,x\n1.,Ann,,7,3:00", R"(A 0 [["Ann","1","0:03:00",[]]]; E0)"},
       {"A\n1.,Ann,,7,3:00\n2.,Bob,Club,8,4:00\n,Cid,Club,9,5:00\n",
        R"(A 0 [["Ann","1","0:03:00",[]],["Bob","2","0:04:00",[]],["Cid","","0:05:00",[]]]; 5:3 E0)"},
-      // Below zero there is no time.
+      // A time below zero is not a time.
       {ann + ",,,,,-0:01:00,31,1:00,F\n", R"(A 1 [["Ann","1","0:03:00",[60]]]; 5:6 E0)"},
       {"1.,Ann,,7,3:00\nA\n", " E3"}};
   for (const auto& [lines, expected] : cases) {

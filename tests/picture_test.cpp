@@ -14,9 +14,9 @@ namespace keltrun::test {
 namespace {
 
 using Drawing = std::function<void(DrawingSurface&)>;
-using Box = std::array<int, 4>;  // left, top, right, bottom; the last two lie outside
+using Box = std::array<int, 4>;  // left, top, right, bottom; the last two are just outside
 
-// How dark a picture is: the sum of its pixels, black being 1, and the box of what is not white.
+// How dark a picture is: the sum of its pixels, where black is 1, and the box of the dark ones.
 struct Ink {
   double Sum = 0;
   Box Extent{1 << 20, 1 << 20, 0, 0};
@@ -105,7 +105,7 @@ TEST(Picture, DrawsTextsInTheirBox) {
     EXPECT_TRUE(y1 >= y - 1 && y2 <= y + height + 1 && y2 - y1 > 0.6 * height) << y1 << ' ' << y2;
   };
   const auto width = [&](std::string_view of) { return picture.TextWidth(of, Style(20)); };
-  EXPECT_FLOAT_EQ(width(text), 80);                           // an em a character
+  EXPECT_FLOAT_EQ(width(text), 80);                           // one em per character
   EXPECT_FLOAT_EQ(width(text + "\xF3\xA0\x84\x80\r\n"), 80);  // these show nothing
   EXPECT_FLOAT_EQ(width("a\tb"), width("a b"));
   EXPECT_FLOAT_EQ(picture.TextWidth("山", Style(20, "No such face")), 20);
@@ -115,7 +115,7 @@ TEST(Picture, DrawsTextsInTheirBox) {
   const Ink plain = draw([](TextStyle&) {});
   expect_fills(plain, 60, 10, 80, height);
   expect_fills(draw([](TextStyle& style) { style.HeightRatio = 2; }), 60, 10, 80, 2 * height);
-  // Clockwise: it goes down, and the height of its line lies to the left.
+  // Clockwise: the text goes down and its line extends to the left.
   expect_fills(draw([](TextStyle& style) { style.Turned = true; }), 60 - height, 10, height, 80);
   EXPECT_GT(draw([](TextStyle& style) { style.Font.Bold = true; }).Sum, plain.Sum * 1.15);
   EXPECT_GT(draw([](TextStyle& style) { style.Font.Italic = true; }).Extent[2], plain.Extent[2]);
@@ -159,7 +159,7 @@ TEST(Picture, NoCallUpsetsIt) {
 
 TEST(Picture, PngHasPaletteOrColors) {
   for (const auto& [shades, color_type] : Rows<int, int>{{2, 3}, {255, 3}, {256, 2}}) {
-    CairoPicture picture(300, 1);  // white is one more
+    CairoPicture picture(300, 1);  // white is an additional color
     for (int i = 0; i < shades; ++i) {
       picture.DrawBox(static_cast<float>(i), 0, 1, 1, 0x010000 * i, 1, true);
     }

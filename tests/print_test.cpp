@@ -1,4 +1,4 @@
-// The print book, the printed result list and the printed analysis, by what they record and draw.
+// The print book, the printed result list and the printed analysis: what they record and draw.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ Font FontOf(double size) {
   return font;
 }
 
-/// Writes down what is drawn, call by call. A UTF-16 unit is half as wide as its size.
+/// Records every drawing call. A UTF-16 unit is half as wide as its size.
 struct FakePicture : CairoPicture {
   using CairoPicture::CairoPicture;
   std::string calls;
@@ -64,7 +64,7 @@ struct FakePrinter : PdfPrinter {
   FakePicture sheet{1, 1};
 };
 
-/// A book on a fake printer, on paper that can be printed to its edges or as given.
+/// A book on a fake printer. All of the paper is printable unless strips are given.
 struct Book {
   Book(float width, float height) : Book(PaperMetrics{width, height, 0, 0, width, height}) {}
   explicit Book(const PaperMetrics& paper, float margin = 0, float zoom = 1)
@@ -84,7 +84,7 @@ struct Book {
   std::shared_ptr<clsPrintBook> book = std::make_shared<clsPrintBook>();
 };
 
-constexpr PaperMetrics kStrips = {210, 297, 5, 6, 198, 283};  // 7 at the right, 8 at the bottom
+constexpr PaperMetrics kStrips = {210, 297, 5, 6, 198, 283};  // right 7 mm, bottom 8 mm
 
 TEST(PrintBook, MarginsAndAreas) {
   const Book wide(kStrips, 10), narrow(kStrips, 0, 2);
@@ -124,7 +124,7 @@ TEST(PrintBook, PagesInCells) {
     book.NewPage();
     book.DrawBox(10, 20, 30, 40, page, 0, true);
   }
-  EXPECT_EQ(book.PageCount(), 5) << "a page without drawings is none";
+  EXPECT_EQ(book.PageCount(), 5) << "a page without drawings is not counted";
   // Cells of 92.5 x 136, 97.5 and 141 apart; the area starts 5 and 4 inside the printable part.
   const std::string first = "sheet;clip 5,4,92.5,136;fill 10,14,15,20";
   EXPECT_EQ(print.Printed(), first +
@@ -139,7 +139,7 @@ TEST(PrintBook, PagesInCells) {
 }
 
 TEST(PrintBook, ScaleZoomAndOffset) {
-  // Zoom 2 = the smaller of 100 / 50 and 200 / 50; above the area 100 mm are left.
+  // Zoom 2 = the smaller of 100 / 50 and 200 / 50; 100 mm are free above the area.
   const Book print(100, 200);
   print.book->SetVirtualSize(50, 50, true, PRINTBOOK_ALIGN_CENTER, PRINTBOOK_VALIGN_BOTTOM);
   print.book->SetVirtualZoomRatio(0.5f);
@@ -180,7 +180,7 @@ TEST(PrintBook, Preview) {
 
 TEST(PrintBook, TextsInBoxes) {
   // Letters 1 wide and 2 high in a box of 10 x 8 at (20, 30). A case: the text ("/" ends a line,
-  // "_" is a tab), alignment (left, centre, right, equal), vertical alignment (top, middle, bottom,
+  // "_" is a tab), alignment (left, center, right, equal), vertical alignment (top, middle, bottom,
   // equal), height of letters, c for cut, t for turned; and what is drawn. A combining mark belongs
   // to its letter; a character beyond U+FFFF stays whole.
   for (auto [text, how, drawn] : Table<3>(R"(
@@ -211,7 +211,7 @@ TEST(PrintBook, TextsInBoxes) {
       << "cut where the virtual area ends: 5 mm hold three characters of 1.5875";
 }
 
-/// The records of a page: place, size, and what is drawn; of a text how and the font's size.
+/// The records of a page: place, size and what is drawn; for a text also how, and the font size.
 std::string Records(const clsPrintBook& book, std::size_t page) {
   std::string text;
   for (const clsPrintBookLine& line : PrintBookInternal::Pages(book).at(page)) {
@@ -239,7 +239,7 @@ TEST(ResultList, LinesBorderAndPages) {
     root->GraphicControl()->PrintResult(results, print.book, options...);
   };
   print_list();
-  EXPECT_EQ(print.book->PageCount(), 0) << "nobody to print";
+  EXPECT_EQ(print.book->PageCount(), 0) << "no runners to print";
   results->AddClass("M21");
   results->CalcRank();
   results->CutOffRank = 1;
@@ -253,7 +253,7 @@ TEST(ResultList, LinesBorderAndPages) {
             "75,30.75,22,7.5 R11 0:12:00;103,30.75,53,7.5 Lc11 C;");
   EXPECT_EQ(print.book->PrintedAreaHeight(), 45.75) << "one line below 5.1 lines";
   EXPECT_EQ(print.book->PrintedAreaWidth(), 184);
-  // Here are 69.36 / 7.5 lines a page; 3.1 are left, fewer than four. A mixed list has the class,
+  // Here 69.36 / 7.5 lines fit on a page; 3.1 are left, fewer than four. A mix shows the class,
   // but neither seed nor fixed rank nor here a border.
   results->CutOffRank = 0;
   results->DataSetIsMix = true;
@@ -263,7 +263,7 @@ TEST(ResultList, LinesBorderAndPages) {
             "0,0,163,13.5 8;0,0,6.52,13.5 fill;11.41,0,130.4,13.5 Lc18 M21;"
             "0,15,15,7.5 R11 1;15,15,20,7.5 Cc9 (M21);35,15,17,7.5 C11 (7);52,15,45,7.5 L11 N;"
             "97,15,22,7.5 R11 0:11:00;122,15,5,7.5 C11 20;130,15,48,7.5 Lc11 C;");
-  // On the new page that was asked for; a line interval below 1 is 1.
+  // On the new page that was requested; a line interval below 1 is 1.
   print_list(0.5f);
   EXPECT_EQ(Records(*print.book, 2).substr(0, 15), "0,37.5,141,9 8;");
   EXPECT_EQ(print.book->PrintedAreaHeight(), 62.5) << "37.5 + (2 + 2 + 1) * 5";
@@ -299,7 +299,7 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
       }
       const std::string number = std::to_string(page + 1) + " / " + std::to_string(pages.size());
       EXPECT_EQ(texts["M21"] + texts["S→1"] + texts["19→F"] + texts[number], 4) << number;
-      // The reference and the best runner, his laps white on the dark shade, time and rank each.
+      // The reference and the best runner, whose laps are white on the dark shade: time and rank.
       EXPECT_EQ(texts["Leg times (1-3)"] * 10000 + colors[0x101010] * 100 + colors[0xFFFFFF],
                 page == 0 ? 12040 : 0);
     }
@@ -314,7 +314,7 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   EXPECT_THROW(graphics.PrintResult(nullptr, print.book), AutomationError);
 }
 
-// Official ranks are ranks of a class; a course shows the rank among all its runners.
+// Official ranks are ranks in a class; for a course the rank among all its runners is shown.
 TEST(PrintedAnalysis, RanksOfACourseAndControlCodes) {
   const auto root = NewRoot(Mode::kEnglishTexts);
   const auto course = root->AddCourse(1);

@@ -16,10 +16,10 @@ TEST(PdfPrinter, WritesSheetsWithTexts) {
   style.Size = 10;
   for (const char* name : {"a.pdf", "b.pdf"}) {
     PdfPrinter printer("PDF", folder.Path(name));
-    printer.EndDocument();  // nothing to end
+    printer.EndDocument();  // there is no document to end
     EXPECT_FALSE(std::filesystem::exists(folder.Path(name)));
     printer.SetPaperSize(KR_PAPER_B5);
-    printer.SetPaperSize(777);  // there is no such paper
+    printer.SetPaperSize(777);  // an unknown paper is ignored
     printer.SetOrientation(1);
     EXPECT_EQ(printer.Metrics().PaperWidth, 257);
     EXPECT_EQ(printer.Metrics().PrintableHeight, 182);

@@ -1,4 +1,4 @@
-// Segment sets: the runs of controls that courses share, and the data sets they hand out.
+// Segments: the runs of controls that courses share, and their data sets.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 using Strings = std::vector<std::string>;
 using Codes = std::vector<std::int32_t>;
 
-// Courses 1, 2, ... with the codes, and a class A, B, ... on each.
+// Courses 1, 2, ... with these codes, and a class A, B, ... on each.
 std::shared_ptr<clsKeltrun2> RootWith(const std::vector<Codes>& courses) {
   auto root = NewRoot();
   std::int32_t number = 0;
@@ -45,7 +45,7 @@ Strings Described(const clsKeltrun2& root) {
   return texts;
 }
 
-// The definition taken word for word: every pair of starting places, then the two passes.
+// The definition taken literally: every pair of starting places, then the two passes.
 class Model {
  public:
   explicit Model(const std::vector<Codes>& courses) {
@@ -174,7 +174,7 @@ TEST(Segments, ManyEqualCourses) {
   EXPECT_EQ(root->SegmentRemark(), "");
 }
 
-// A relay: every team has its own order of forks, and any two of them share runs.
+// A relay: every team has its own order of forks, and any two teams share runs of controls.
 TEST(Segments, ManyDifferentCourses) {
   std::vector<Codes> courses(2048, Codes(20));
   for (std::size_t team = 0; team < courses.size(); ++team) {
@@ -198,10 +198,10 @@ TEST(Segments, ManyDifferentCourses) {
   EXPECT_EQ(courses_of("32-33-34-35-36"), 512);
 }
 
-// Courses of one code over and over agree at every place. A run of n of them stands at 50 - n
-// places of each course and, with the finish, at one more; 120 classes make 121 entries of a place.
-// Those of n to 51 codes are (51 - n) (52 - n) / 2 * 20 * 121 entries: 1,984,400 from 11 on,
-// 2,083,620 from 10.
+// Courses that repeat one code agree at every place. A run of n codes occurs at 50 - n places of
+// each course and, with the finish, at one more; with 120 classes a place has 121 entries. Runs of
+// n to 51 codes have (51 - n) (52 - n) / 2 * 20 * 121 entries: 1,984,400 from n = 11 on, 2,083,620
+// from n = 10 on.
 TEST(Segments, TooManyEntriesLeaveShortRunsOut) {
   const auto root = RootWith(std::vector<Codes>(20, Codes(49, 31)));
   for (std::int32_t i = 20; i < 20 * 120; ++i) {
@@ -222,7 +222,7 @@ TEST(Segments, TooManyEntriesLeaveShortRunsOut) {
   EXPECT_EQ(root->SegmentRemark(), "");
 }
 
-// 50 controls make 51 legs, of which a record holds 50.
+// 50 controls make 51 legs, but a record has at most 50.
 TEST(Segments, TheLegThatNoRecordHoldsIsLeftOut) {
   Codes codes(50);
   std::iota(codes.begin(), codes.end(), 31);

@@ -1,4 +1,4 @@
-// The settings file, the resource texts, fonts, and what depends on the user's locale.
+// The settings file, the resource texts, fonts, and what the user's locale changes.
 #include "keltrun2/config/settings.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 using std::string;
 using Text = std::string_view;
 
-// Folders with settings and resources; the environment says nothing but what a test sets.
+// Folders with settings and resources. The environment has only what a test sets.
 class SettingsTest : public testing::Test {
  protected:
   SettingsTest() { ClearEnvironment(); }
@@ -31,7 +31,7 @@ class SettingsTest : public testing::Test {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG", "KELTRUN2_FOLDER"}) unsetenv(name);
   }
 
-  // A folder inside the test's own one, with a settings file and Japanese resources.
+  // A folder inside the folder of the test, with a settings file and Japanese resources.
   string Folder(Text name, Text settings, Text resources = "") {
     const string folder = folder_.Path(name);
     std::filesystem::create_directories(folder);
@@ -45,7 +45,7 @@ class SettingsTest : public testing::Test {
 
 TEST_F(SettingsTest, NearestFolderWithSettingsFileCounts) {
   setenv("KELTRUN2_FOLDER", folder_.Path("g/p/f/c").c_str(), 1);
-  // Of these two the first is found; the places of an installation come last.
+  // The first of these two is found; the folders of an installation come last.
   for (const auto& [found, other] : Table<2>(R"(
       g/p/f/c g/p/f | g/p/f g/p | g/p g | g/p g/p/share/keltrun2 | g/p/share/keltrun2 g)")) {
     std::filesystem::remove_all(folder_.Path("g"));
@@ -69,20 +69,20 @@ TEST_F(SettingsTest, WithoutFilesTheTextsOfTheLibraryServe) {
   EXPECT_EQ(CurrentSettings().Resources, japanese);
   EXPECT_EQ(MakePrintFont("RESULT_CLASS").Face(), font.Face);
   EXPECT_EQ(MakePrintFont("RESULT_CLASS").Size(), font.Size);
-  setenv("KELTRUN2_FOLDER", nowhere.c_str(), 1);  // the search finds nothing, either
+  setenv("KELTRUN2_FOLDER", nowhere.c_str(), 1);  // the search finds nothing either
   for (const auto& [language, texts] :
        Rows<string, decltype(japanese)>{{"ja", japanese}, {"en", english}, {"fr", english}}) {
     RestartSettings({.Language = language});
     EXPECT_EQ(CurrentSettings().Resources, texts) << language;
   }
-  // Each file that is there counts, also when the other one is missing.
+  // Each file is used if it exists, even if the other one is missing.
   WriteBytes(folder_.Path("Keltrun2.ini"), "LANGUAGE=en\nFONT_SIZE=0,0");
   RestartSettings({.Folder = nowhere});
   EXPECT_EQ(CurrentSettings().Resources, english);
   Font none;
   none.Charset = 7;
   ApplyFont(none, true);
-  EXPECT_EQ(none, Font());  // the empty face and the size 0 are skipped, the character set is not
+  EXPECT_EQ(none, Font());  // the empty face and the size 0 are ignored, the character set is not
   std::filesystem::remove(folder_.Path("Keltrun2.ini"));
   WriteBytes(folder_.Path("Keltrun2Res-ja.txt"), "RES_META_NAME\tN");
   RestartSettings({.Folder = nowhere});
@@ -93,7 +93,7 @@ TEST_F(SettingsTest, AFolderWithoutFilesIsRefused) {
   RestartSettings({});
   try {
     SetStartup({.Language = "en", .Folder = folder_.Path("typo")});
-    FAIL() << "taken";
+    FAIL() << "accepted";
   } catch (const AutomationError& error) {
     EXPECT_EQ(error.Number(), KR_ERROR_INVALID_CALL);
     EXPECT_NE(Text(error.what()).find(folder_.Path("typo")), Text::npos) << error.what();
@@ -122,7 +122,7 @@ TEST_F(SettingsTest, ReadsSettings) {
   EXPECT_TRUE(title.Bold && !title.Italic && settings.PrintFonts.at("X").Italic);
   for (const auto& [text, first, second] : Table<3>(R"(
       9,12 9 12 | " 9pt , 12 pt" 9 12 | x,8 0 8 | 9 9 0 | 9.5,10.5 10 10 | "" 0 0)")) {
-    const auto sizes = ParseSettings("FONT_SIZE=" + text).FontSizes;  // halves go to even
+    const auto sizes = ParseSettings("FONT_SIZE=" + text).FontSizes;  // halves are rounded to even
     EXPECT_EQ(sizes, (std::array{std::stoi(first), std::stoi(second)})) << text;
   }
 }
@@ -148,7 +148,7 @@ TEST_F(SettingsTest, Fonts) {
   RestartSettings({.Folder = Folder("f", bytes)});
   Font font;
   font.Bold = true;
-  ApplyFont(font);  // a flag that is not set leaves the font's own
+  ApplyFont(font);  // a flag that is false leaves the font's own
   EXPECT_EQ(told(font), "表 9.00 b 128");
   ApplyFont(font, true, false, true);
   EXPECT_EQ(told(font), "表 12.0 b i 128");
@@ -195,12 +195,12 @@ TEST_F(SettingsTest, LoadsOnceAndTakesStartValuesBefore) {
   EXPECT_TRUE(IsJapaneseMode());
   RestartSettings({});
   Font font;
-  ApplyFont(font);  // a font request is a first use too
+  ApplyFont(font);  // a font is a first use too
   EXPECT_THROW(SetStartup({}), AutomationError);
 }
 
 TEST_F(SettingsTest, JapaneseModeFollowsTheEnvironment) {
-  // LC_ALL, LC_MESSAGES and LANG, "-" for not set.
+  // LC_ALL, LC_MESSAGES and LANG; "-" means not set.
   for (const auto& [lc_all, lc_messages, lang, japanese] : Table<4>(R"(
       ja_JP.UTF-8 C C yes | C ja_JP.UTF-8 ja_JP.UTF-8 no | - ja_JP.UTF-8 C yes | - C ja_JP.UTF-8 no
       - - ja_JP.eucJP yes | "" "" ja yes | - - jam_JM.UTF-8 no | - - - no)")) {

@@ -33,7 +33,7 @@ class SiteTest : public testing::Test {
     AddRunner(*klass, "R", result, {300});
     return klass;
   }
-  /// Publishes an index, results and analyses besides what is asked for; or that alone.
+  /// Publishes what is requested, in addition to an index, results and analyses, or alone.
   bool Publish(SiteOptions options = {}, bool alone = false) const {
     options.OutputFolder = site;
     if (!alone) {
@@ -43,7 +43,7 @@ class SiteTest : public testing::Test {
     }
     return root->FileControl()->OutputSite(options);
   }
-  /// What else there is to publish; with courses or without.
+  /// The other outputs to publish, with or without courses.
   static SiteOptions Everything(bool courses) {
     SiteOptions options = {.LegDataFile = "l_*.html", .ChartFile = "c_*.html", .ChartOption = "0"};
     options.ResultIncludeCourse = options.AnalysisIncludeCourse = courses;
@@ -136,7 +136,7 @@ td { font-size:10pt; border-width: 1px 1px 0px 0px ; border-color: black }
             "a_m21 a.html a_w.html c_m21 a.html c_m21 a_0.png c_w.html c_w_0.png index.html l_m21 "
             "a.html l_w.html "
             "my data.lxm old.lap r_m21 a.html r_w.html ");
-  // Every page is the one that the HTML service makes; result pages carry the bar of links.
+  // Every page is the same as from the HTML service; result pages also have the bar of links.
   const auto results = root->NewResultsHolder();
   const auto analyzer = root->NewAnalyzer();
   results->AddClass(3);
@@ -147,7 +147,7 @@ td { font-size:10pt; border-width: 1px 1px 0px 0px ; border-color: black }
   EXPECT_EQ(Page("a_m21 a.html"), html->OutputAnalysis(analyzer, "style.css") + "\r\n");
   analyzer->ExtraAnalyze();
   EXPECT_EQ(Page("c_m21 a.html"), html->OutputChart(analyzer, "c_m21%20a_?.png", "0") + "\r\n");
-  std::string legs;  // what their charset lacks is a reference
+  std::string legs;  // with references for what their charset does not have
   AppendEncoded(legs, html->OutputLegData(analyzer, "style.css") + "\r\n", Charset::kWindows1252,
                 MissingCharacter::kCharacterReference);
   EXPECT_EQ(ReadBytes(site + "/l_m21 a.html"), legs);
@@ -166,7 +166,7 @@ TEST_F(SiteTest, EveryCombinationOfPagesAndCourses) {
   constexpr bool SiteOptions::*kCourses[] = {
       &SiteOptions::AnalysisIncludeCourse, &SiteOptions::ChartIncludeCourse,
       &SiteOptions::LegDataIncludeCourse, &SiteOptions::ResultIncludeCourse};
-  // Bits 0 to 3: which pages; 4 to 7: for which of them courses too.
+  // Bits 0 to 3: which pages; bits 4 to 7: which of them for courses too.
   for (unsigned bits = 0; bits < 256; ++bits) {
     EmptySite();
     SiteOptions options;
@@ -217,8 +217,8 @@ TEST_F(SiteTest, OutputHtmlTakesTheSameOptions) {
       site, "index.html", "a_*.html", "r_*.html", "my data.lxm", "old.lap", true, true, "v.html",
       "x.lxm", false, true, "l_*.html", true, "c_*.html", false, "0", "style.css"));
   EXPECT_EQ(Files(), files);
-  EXPECT_NE(index.find(Page().substr(6)), index.npos) << "the same block behind what was there";
-  // The viewer control wants a page and an address; and the Japanese mode.
+  EXPECT_NE(index.find(Page().substr(6)), index.npos) << "the same block after the old text";
+  // The viewer control requires a page and an address; and Japanese mode.
   for (const SiteOptions& half : {SiteOptions{.ActiveXFile = "v"}, {.ActiveXAddress = "v"}}) {
     EmptySite();
     ASSERT_TRUE(Publish(half));
@@ -228,7 +228,7 @@ TEST_F(SiteTest, OutputHtmlTakesTheSameOptions) {
 }
 
 TEST_F(SiteTest, ChartPictures) {
-  // Modes asked for, whether somebody has a start time, finishers, modes drawn.
+  // Modes requested, whether a runner has a start time, finishers, modes drawn.
   for (const auto& [modes, started, finishers, drawn] :
        Rows<const char*, bool, int, std::string>{{"0,1,2,3,4,5,6,7", true, 5, "01234567"},
                                                  {"0,1,2,3,4,5,6,7", false, 4, "023456"},
@@ -295,28 +295,28 @@ TEST_F(SiteTest, FileNames) {
   ASSERT_TRUE(Publish(
       {.IndexFile = "index.html", .ResultFile = "r_*.html", .Lap2File = "../../x.lxm"}, true));
   const std::string files = " " + Files();
-  // Equal names but for case are numbered in the order of the classes, an empty name is replaced.
+  // Names that differ only in case are numbered in class order; an empty one is replaced.
   for (const char* name :
        {" r_A.html ", " r_a_2.html ", " r_a_2_2.html ", " r_class3.html ", " r_x y&é%#.html "}) {
     EXPECT_NE(files.find(name), std::string::npos) << name << " in " << files;
   }
   EXPECT_TRUE(IndexHas("<a href=\"r_x%20y%26%C3%A9%25%23.html\"") &&
               IndexHas("<a href=\"r_a_2.html\"") && IndexHas("<a href=\"r_class3.html\""));
-  EXPECT_EQ(root->ClassData(2)->FileName(), model_name) << "the model's name stays";
-  // Nothing left the folder, nothing was lost, no name holds a control character.
+  EXPECT_EQ(root->ClassData(2)->FileName(), model_name) << "the name in the model is unchanged";
+  // No file is outside the folder, none was lost, and no name contains a control character.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(site), {}), 11);
   EXPECT_EQ(std::distance(std::filesystem::recursive_directory_iterator(folder.Path()), {}), 12);
   EXPECT_TRUE(std::ranges::none_of(files, [](char c) { return c > 0 && c < 0x20; }));
 }
 
-// 255 bytes are what file systems allow, and a cut must not part what is one character to a reader.
+// File systems allow 255 bytes, and a cut must not split what a reader sees as one character.
 TEST_F(SiteTest, LongNamesAreCutBetweenCharacters) {
   const auto times = [](const std::string& part, std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i) text += part;
     return text;
   };
-  // What is repeated in the name of a class, in its file name, and how often it fits behind an "a".
+  // What is repeated in the class name, what in the file name, and how often it fits after "a".
   for (const auto& [part, code, fits] : Rows<std::string, std::string, std::size_t>{
            {"x", "x", 199},
            {"é", "é", 99},
@@ -332,7 +332,7 @@ TEST_F(SiteTest, LongNamesAreCutBetweenCharacters) {
     const std::string name = "r_a" + times(code, fits);
     EXPECT_EQ(root->ErrorComment() + Files(), name + ".html " + name + "_2.html ");
   }
-  // A long pattern leaves less; the pictures' names have to fit too.
+  // A long pattern leaves less room; the names of the pictures must fit too.
   EmptySite();
   const std::string prefix(150, 'p');
   ASSERT_TRUE(Publish({.ChartFile = prefix + "*.htm", .ChartOption = "0"}, true));
@@ -350,7 +350,7 @@ TEST_F(SiteTest, EqualNamesOfSingleFilesAreNumbered) {
   EXPECT_NE(ReadBytes(site + "/data_2.lxm").find("$LAPFILE Ver=2"), std::string::npos);
 }
 
-// What a host compares with its input before it publishes over it.
+// Hosts compare these names with their input, so that they do not publish over it.
 TEST_F(SiteTest, FilesAreKnownBeforehand) {
   root = NewRoot(Mode::kJapaneseMode);
   AddClass("A", 1);
@@ -404,12 +404,12 @@ TEST_F(SiteTest, AddMode) {
   const std::string start = "<!-- ### KELTRUN START ### -->",
                     finish = "<!-- ### KELTRUN FINISH ### -->";
   const std::string sjis = "\x90\x58";  // 森
-  // What stands in front of the block and behind it.
+  // The text before the block and after it.
   for (const auto& [before, after] : Rows<std::string, std::string>{
            {"<html>\r\n" + sjis + "\r\n",
             start + "\r\nold\r\n" + start + "\r\nolder\r\n</body>\r\n"},
-           {"<html>\nx\n", start + "\nold\n</body>\n"},         // comes out with CR LF
-           {"<p>" + start + "\r\n", "</body>\r\n</html>\r\n"},  // within a line it is no marker
+           {"<html>\nx\n", start + "\nold\n</body>\n"},         // is written with CR LF
+           {"<p>" + start + "\r\n", "</body>\r\n</html>\r\n"},  // not a marker within a line
            {"a\r\n</body>\r\nb\r\n", "</body>\r\n" + sjis + "\r\n"},
            {"a\r\n" + sjis + "\r\n", ""},
            {"<meta content=\"text/html; charset=UTF-8\">\r\n森\r\n", start + "\r\n😀\r\n"},
@@ -434,7 +434,7 @@ TEST_F(SiteTest, AddMode) {
     page.erase(block, end + finish.size() + 4 - block);
     EXPECT_TRUE(page == kept || page == kept + "\r\n") << page << "\nfor\n" << kept;
   }
-  // Newest first; a page is made when there is none.
+  // The newest comes first; a page is created if there is none.
   std::filesystem::remove(site + "/index.html");
   for (const char* name : {"One", "Two", "Three"}) {
     root->EventData()->EventName = name;
@@ -473,7 +473,7 @@ TEST_F(SiteTest, BlockOfTheSameFilesIsReplaced) {
   SiteOptions options = {
       .Lap2File = "event.lxm", .IndexFileAddMode = true, .IndexReplaceBlock = true};
   std::string page;
-  for (int run = 0; run < 2; ++run) {  // the second finds the block of the first
+  for (int run = 0; run < 2; ++run) {  // the second run finds the block of the first
     ASSERT_TRUE(Publish(options));
     page = Page();
     EXPECT_TRUE(page.starts_with(before + start + "<table")) << page;
@@ -483,7 +483,8 @@ TEST_F(SiteTest, BlockOfTheSameFilesIsReplaced) {
   options.Lap2File = "sun event.lxm";
   ASSERT_TRUE(Publish(options));
   EXPECT_TRUE(Page().starts_with("<html>\r\n" + start + "<table"));
-  // A file without such a block gets one in front; without a copy of the lap file nothing is known.
+  // A file without such a block gets one at the front. Without a copy of the lap file, old blocks
+  // cannot be recognized.
   for (const char* name : {"monday.lxm", ""}) {
     options.Lap2File = name;
     page = Page();
@@ -492,7 +493,7 @@ TEST_F(SiteTest, BlockOfTheSameFilesIsReplaced) {
   }
 }
 
-/// Windows that answer without a user.
+/// Windows that give answers without a user.
 class AnsweringWindows : public HostWindows {
  public:
   std::unique_ptr<frmProgressBar> OpenProgress(std::string_view) override { return nullptr; }
@@ -520,7 +521,7 @@ TEST_F(SiteTest, MissingFolder) {
   for (int run = 0; run < 2; ++run) EXPECT_TRUE(Publish());
   const std::string question =
       "ファイル出力: 出力先のフォルダがありません。\r\n新しく作成しますか？\n";
-  EXPECT_EQ(windows->asked, question + question) << "an existing folder is no question";
+  EXPECT_EQ(windows->asked, question + question) << "no question for an existing folder";
   EXPECT_EQ(root->ErrorComment() + Files(), "a_a.html index.html r_a.html ");
   SetHostWindows(nullptr);
 }
@@ -543,13 +544,13 @@ TEST_F(SiteTest, PagesThatCannotBeWritten) {
   EXPECT_EQ(Files(),
             "a_a.html a_b.html c_a.html c_a_0.png c_a_2.png c_b.html c_b_0.png c_b_2.png data.lxm "
             "index.html r_a.html r_b.html ");
-  EXPECT_FALSE(IndexHas("\"data.lxm\"")) << "a copy that failed has no link";
+  EXPECT_FALSE(IndexHas("\"data.lxm\"")) << "no link to a copy that failed";
   std::filesystem::remove(site + "/a_a.html");
   EXPECT_TRUE(Publish());
   EXPECT_EQ(root->ErrorComment(), "") << "emptied at the start";
 }
 
-// Folders that nothing can be written into, and an index that is not touched.
+// Folders that cannot be written, and an index that is not changed.
 TEST_F(SiteTest, NothingCanBeWritten) {
   AddClass("A");
   WriteBytes(folder.Path("file"), "content");
@@ -579,7 +580,7 @@ TEST_F(SiteTest, NothingCanBeWritten) {
   EXPECT_THROW(Publish({.Charset = "klingon"}), AutomationError);
 }
 
-// A limit on the size of files fails as a full disk does: in the middle of a write.
+// With a limit on the size of files, writing fails in the middle, as on a full disk.
 TEST_F(SiteTest, FullDisk) {
   AddClass("A");
   const std::string old(20000, 'x');
@@ -610,7 +611,7 @@ TEST_F(SiteTest, ShortClassNamesAreWideInJapaneseMode) {
 }
 
 TEST_F(SiteTest, BytesAreWhatPagesDeclare) {
-  // The charset asked for, that of leg analyses, and what they make of a name.
+  // The requested charset, that of leg analyses, and the bytes of a name in both.
   for (const auto& [mode, charset, legs_charset, name, legs_name] :
        Rows<Mode, std::string, std::string, const char*, const char*>{
            {Mode::kJapaneseMode, "x-sjis", "x-sjis", "\xFB\xFC&#252;", "\xFB\xFC&#252;"},
@@ -636,7 +637,7 @@ TEST_F(SiteTest, BytesAreWhatPagesDeclare) {
       EXPECT_EQ(Decode(bytes, *CharsetFromName(declared)).FirstInvalid, bytes.npos) << file;
     }
     if (mode == Mode::kEnglishTexts) continue;
-    // The page of the viewer control declares nothing unless it must.
+    // The page of the viewer control declares no charset unless it must.
     const std::string page = ReadBytes(site + "/v.html");
     EXPECT_EQ(page.find("charset=utf-8\">") != page.npos, charset == "utf-8");
     EXPECT_NE(page.find(charset == "utf-8" ? "申" : "\x90\x5C"), page.npos);

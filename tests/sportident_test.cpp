@@ -1,5 +1,5 @@
-// SPORTident results: the printouts of two events against what is known about them, and what the
-// columns and words of the format mean.
+// SPORTident results: the printouts of two events compared with known facts, and the meaning of the
+// columns and words of the format.
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -65,7 +65,7 @@ const string kHead =
     "\nCup  Final  2024/05/06 07:08\nSPORTident results\n- OE-2003 V11\n\n"
     "  Pl    Stno Name            Cl.            Time\n\n";
 
-// A runner of two controls with the laps as they are, in cells of eight columns.
+// A runner on two controls, with the given laps in cells of eight columns.
 string Runner(const string& result, const std::array<string, 3>& laps) {
   const auto right = [](const string& text) { return string(8 - text.size(), ' ') + text; };
   string out = "   1       7 Ann             Club       " + right(result) + "\n" + string(50, ' ');
@@ -81,7 +81,7 @@ string ControlRow(const std::vector<string>& cells) {
 
 const string kRow = ControlRow({"1(31)", "2(32)", "F"});
 
-// Every class of a printout in one line: name, length, climb, codes, and the results with the laps.
+// Every class of a printout on one line: name, length, climb, codes, and the results with the laps.
 string Classes(const ReadResult& read) {
   std::ostringstream out;
   for (const ClassRecords& klass : read.Records.Classes) {
@@ -169,7 +169,7 @@ TEST(SportIdent, ControlRows) {
   }
 }
 
-// A class gets the first course that has its codes, also when it has none but the finish.
+// A class gets the first course that has its codes, even if its only code is the finish.
 TEST(SportIdent, ClassesShareCourses) {
   const auto root = NewRoot();
   root->AddCourse(7)->SetControlCount(1);
@@ -188,7 +188,7 @@ TEST(SportIdent, ClassesShareCourses) {
 TEST(SportIdent, HeadsOfPagesLeaveNoClass) {
   const string runner = Runner("3:00", {"1:00", "1:30", "0:30"});
   const string row = " Ann,Club,7,0:03:00[60,90,30]";
-  // The class goes on below the head of a page; that of a class without controls is another's.
+  // The class continues after a page heading, but runners need a class with control rows.
   EXPECT_EQ(Classes(ReadSportIdent(kHead + "M21 5.0 km\n" + kRow + runner + kHead + runner)),
             "M21 5000/-1/2 [31,32]" + row + row + ";");
   const ReadResult read =
@@ -207,7 +207,7 @@ TEST(SportIdent, TheLastLineCountsAndLineBreaksDoNotMatter) {
   text.pop_back();
   EXPECT_EQ(Classes(ReadSportIdent(text)), expected);
   EXPECT_EQ(Title(ReadSportIdent(text).Records), "Cup  Final|OE2003|2024/05/06 07:08:00");
-  // A block that is cut leaves its laps unread, and takes nothing from the next runner.
+  // The laps of a truncated block are not read, and nothing is taken from the next runner.
   text.resize(text.rfind('\n') + 1);
   const string cut = Classes(ReadSportIdent(text + Runner("4:00", {"1:00", "2:00", "1:00"})));
   EXPECT_EQ(cut,

@@ -15,8 +15,8 @@
 namespace keltrun::test {
 namespace {
 
-// Root objects keep settings in the user's folder: the tests have one of their own. Nobody waits
-// for the disk but where that is the subject.
+// Root objects keep settings in the user's folder, so the tests use a folder of their own. No test
+// waits for the disk, except those about this.
 struct OwnSurroundings {
   OwnSurroundings() {
     SetDiskSync([](int, bool) { return true; });

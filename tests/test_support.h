@@ -1,4 +1,4 @@
-// What many tests need: settings in a known state, folders that vanish, times in seconds.
+// Helpers for many tests: settings in a known state, temporary folders, times in seconds.
 #pragma once
 
 #include <array>
@@ -18,24 +18,24 @@
 
 namespace keltrun::test {
 
-/// The three ways in which texts come out: Japanese texts on a foreign system, English texts, and
-/// the Japanese mode (full-width names and leg numbers).
+/// The three modes for texts: Japanese texts on a system with another locale, English texts, and
+/// Japanese mode (full-width names and leg numbers).
 enum class Mode { kJapaneseTexts, kEnglishTexts, kJapaneseMode };
 
-/// Loads the project's settings and resources anew in the given mode, as a new process would.
+/// Loads the settings and resources of the project again in the given mode, as a new process would.
 void RestartIn(Mode mode);
 
-/// A root object in the given mode, the current one of the process.
+/// A new root object in the given mode.
 std::shared_ptr<clsKeltrun2> NewRoot(Mode mode = Mode::kJapaneseTexts);
 
-/// A time of that many seconds.
+/// A time of a number of seconds.
 inline DateTime Seconds(double seconds) { return seconds / 86400.0; }
 
-/// A runner of a class with laps in seconds; 0 is no data, -1 skipped, -2 disqualified.
+/// Adds a runner to a class, with laps in seconds; 0 is no data, -1 skipped, -2 disqualified.
 std::shared_ptr<clsLapData> AddRunner(clsClassData& klass, std::string_view name,
                                       std::string_view result, const std::vector<double>& laps);
 
-/// A new folder under the system's temporary folder, removed at the end.
+/// A new folder in the system's folder for temporary files, removed at the end.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -49,8 +49,8 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-/// While it lives: what the component waited for on the disk, "file", "folder" or "all" (a whole
-/// file system), each with what Look saw at that moment.
+/// Records what the component waits for on the disk while this object exists: "file", "folder" or
+/// "all" (a whole file system), each with the result of Look at that moment.
 class DiskSyncLog {
  public:
   DiskSyncLog();
@@ -58,7 +58,7 @@ class DiskSyncLog {
   DiskSyncLog(const DiskSyncLog&) = delete;
   DiskSyncLog& operator=(const DiskSyncLog&) = delete;
 
-  /// What was written down since the last call.
+  /// The waits recorded since the last call.
   std::string Take() { return std::exchange(entries_, ""); }
   std::function<std::string()> Look;
 
@@ -66,12 +66,12 @@ class DiskSyncLog {
   std::string entries_;
 };
 
-/// A table of cases, to be walked as `for (const auto& [text, expected] : Rows<A, B>{{...}, ...})`.
+/// A table of cases, used as `for (const auto& [text, expected] : Rows<A, B>{{...}, ...})`.
 template <typename... Columns>
 using Rows = std::vector<std::tuple<Columns...>>;
 
-/// Cases of N texts each, from a text that holds them between blanks and line ends; a text with
-/// blanks, or an empty one, stands in quotes. A "|" may stand between two cases.
+/// Reads cases of N texts each from a text in which they are separated by blanks and line ends. A
+/// text that contains blanks or is empty must be quoted. A "|" may separate two cases.
 template <std::size_t N>
 std::vector<std::array<std::string, N>> Table(const std::string& text) {
   std::vector<std::array<std::string, N>> cases;
@@ -86,19 +86,19 @@ std::vector<std::array<std::string, N>> Table(const std::string& text) {
   return cases;
 }
 
-/// The text with CR LF in place of LF.
+/// The text with every LF replaced by CR LF.
 std::string CrLf(std::string_view text);
 
 std::string ReadBytes(const std::string& name);
 void WriteBytes(const std::string& name, std::string_view bytes);
 
-/// Compares an output with the golden file of that name, which KELTRUN2_APPROVE=1 rewrites.
+/// Compares an output with the golden file of this name, which KELTRUN2_APPROVE=1 rewrites.
 void ExpectGolden(const std::string& name, const std::string& output);
 
-/// A runner's laps in whole seconds, markers as they are.
+/// A runner's laps in whole seconds; markers are unchanged.
 std::vector<long> LapsOf(clsLapData& runner);
 
-/// A file of the project's examples, test data or resources.
+/// The path of a file in the examples, the test data or the resources of the project.
 std::string ExampleFile(std::string_view name);
 std::string DataFile(std::string_view name);
 std::string ResourceFile(std::string_view name);

@@ -1,5 +1,5 @@
-// The text and CSV exports: small events to the letter, and a class of an example against golden
-// files, which KELTRUN2_APPROVE=1 rewrites.
+// The text and CSV exports: small events byte by byte, and a class of an example compared with
+// golden files, which KELTRUN2_APPROVE=1 rewrites.
 #include <gtest/gtest.h>
 
 #include "tests/test_support.h"
@@ -49,7 +49,7 @@ struct ExportEvent {
 };
 
 TEST(TextExport, CommaSeparated) {
-  // Sk's 510 s over two legs are shared as 190 to 230: 540 s + 230.7 s.
+  // Sk's 510 s for two legs are shared in the ratio 190 to 230: 540 s + 230.7 s.
   const string titles = "クラス,氏名,所属,順位,記録,スタート時刻,";
   const string rows =
       "M，1,山田 太郎,Club， A,1,0:17:00,09:05:00,00:10:00,00:13:20,00:17:00\r\n"
@@ -119,7 +119,7 @@ Made with Keltrun Ver.2.27
 }
 
 TEST(TextExport, MailBlocksOfTwelve) {
-  // The last blocks of sections. Below a minute the reference has two digits among the laps only.
+  // The last blocks of sections. Below a minute the reference has two digits only among the laps.
   for (const auto& [runners, laps, splits, ratios] : Rows<int, string, string, string>{
            {11, "     R  Ave3\n 1", "   105   105\n", "   100\n"},
            {12, "\n\n    Ave3\n 1    05\n F   100\nTT   105\n",
@@ -156,7 +156,7 @@ TEST(TextExport, ResultList) {
                                                    "     1  山田 太郎        0:17:00  Club, A\n"
                                                    "     2  Sk               0:17:30  \n"
                                                    "        Slow                DISQ  \n\n"));
-  // Two official ranks count in place of the places in the set; long texts are cut.
+  // Two official ranks are used instead of the ranks in the data set; long texts are cut.
   event.klass->LapData(1)->Rank = "7";
   event.klass->LapData(3)->Rank = "失格である";
   event.klass->LapData(3)->RunnerName = " 1234567890123あ";
@@ -164,7 +164,7 @@ TEST(TextExport, ResultList) {
                                                    "     7  山田 太郎        0:17:00  Club, A\n"
                                                    "失格で  1234567890123    0:17:30  \n"
                                                    "        Slow                DISQ  \n\n"));
-  // A set of several classes has places of its own.
+  // A mix has its own ranks.
   AddRunner(*event.root->AddClass("W21A"), "山田太郎", "0:01:02", {62})->ClubName = "森OLC";
   EXPECT_EQ(ResultText(*event.root, {"M,1", "W21A"}),
             CrLf("* M,1/W21A 4.5km ↑120m\n"

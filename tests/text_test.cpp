@@ -31,7 +31,7 @@ TEST(Width, FoldsBothWays) {
   }
   EXPECT_EQ(ToHalfWidth(full), half);
   EXPECT_EQ(ToFullWidth(half), full);
-  // The full-width backslash, half-width katakana and the neighbours of the block are kept.
+  // The full-width backslash, half-width katakana and the characters next to the block are kept.
   EXPECT_EQ(ToHalfWidth("＼ｱﾟ｟￠￦山é😀\t\x7F"), "＼ｱﾟ｟￠￦山é😀\t\x7F");
   EXPECT_EQ(ToFullWidth("＼ｱ山é😀\t\x7F"), "＼ｱ山é😀\t\x7F");
   const Rows<HalfWidth, Text> folds = {
@@ -46,7 +46,7 @@ TEST(Width, FoldsBothWays) {
 }
 
 TEST(Width, Columns) {
-  // "×" takes two bytes in Shift-JIS although it is below U+0100; "é" has none there.
+  // "×" takes two bytes in Shift-JIS although it is below U+0100; Shift-JIS does not have "é".
   for (const auto& [text, width] :
        Table<2>("\"\" 0 | abc 3 | 山田 4 | ｱｲ 2 | 髙〜～ 6 | × 2 | é 1")) {
     EXPECT_EQ(DisplayWidth(text), std::stoul(width)) << text;
@@ -56,7 +56,7 @@ TEST(Width, Columns) {
       a山b 3 2 " b" | a山b 2 3 山b | a山b 5 3 "" | a山b 1 0 "" | abc 2 9 bc | é×a 2 1 ×)")) {
     EXPECT_EQ(CutByWidth(text, std::stoul(start), std::stoul(width)), expected) << text << start;
   }
-  // Alignment to the left or right, "t" trims before: only the half-width blank.
+  // Left or right alignment; "t" trims first, but only half-width blanks.
   for (const auto& [text, width, align, expected] : Table<4>(R"(
       山 4 l "山  " | 山 4 r "  山" | " a " 4 r "  a " | " a " 4 rt "   a" | "　a" 4 lt "　a "
       山田太郎 5 rt "山田 " | ｱｲｳ 2 l ｱｲ | 山× 3 l 山× | "" 2 rt "  ")")) {
@@ -74,7 +74,7 @@ TEST(Letters, Case) {
 }
 
 TEST(Numbers, Reading) {
-  // The text as a number as a whole, if it is one, and the number that it begins with.
+  // The value of the whole text, if it is a number, and the number at its start.
   for (const auto& [text, whole, leading] : Table<3>(R"(
       12 12 12 | -1.5 -1.5 -1.5 | +.5 .5 .5 | 1. 1 1 | 1e3 1000 1000 | 1E-2 .01 .01 | "  7 " 7 7
       "" none 0 | " " none 0 | . none 0 | - none 0 | +-1 none 0 | 12abc none 12 | "3.5 pt" none 3.5
@@ -131,8 +131,8 @@ TEST(Split, FieldsAreReadChangedAndJoined) {
   EXPECT_EQ(fields.Bound(), -1);
 }
 
-// The list as the rule describes it: every line goes before the first key that is not smaller, and
-// equal keys share the rank of the first of them. Reading in between changes nothing.
+// The list by definition: every line goes before the first key that is not smaller, and equal keys
+// share the rank of the first of them. Reading in between changes nothing.
 TEST(Sort, OrdersLikeInsertionAtTheLowerBound) {
   std::mt19937 random(1);
   for (const unsigned range : {1u, 3u, 40u, 100000u}) {

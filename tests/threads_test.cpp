@@ -1,5 +1,5 @@
-// A server has many threads, each with a root of its own: what each one makes is what it would make
-// alone. The preset "tsan" runs these tests under ThreadSanitizer.
+// A server has many threads, each with a root of its own. The output of each must be the same as if
+// it ran alone. The preset "tsan" runs these tests under ThreadSanitizer.
 #include <gtest/gtest.h>
 
 #include <barrier>
@@ -17,13 +17,13 @@ namespace {
 using std::string;
 using std::to_string;
 
-// Outputs by name. Differences show which one, without pages of bytes.
+// Outputs by name. A difference is reported by name, without pages of bytes.
 using Outputs = std::map<string, string>;
 
 string TimeText(int seconds) { return FormatDateTime(Seconds(seconds), "hh:nn:ss"); }
 
-// An event of its own for each number: three classes, two of them on one course, with runners whose
-// names need other characters and fonts.
+// A different event for each number: three classes, two of them on one course, with runners whose
+// names need different characters and fonts.
 string EventText(int number) {
   const string names[] = {"山田", "Müller", "Đorđe", "Иван", "鈴木", "Ås", "김", "Zoë"};
   string text = "<keltrun><event name='Event " + to_string(number) + "'/><courses>";
@@ -195,7 +195,7 @@ TEST_F(Threads, EachWithARootMakeWhatOneMakesAlone) {
   constexpr int kThreads = 8;
   const TemporaryFolder folder;
   std::vector<Outputs> alone, together(kThreads);
-  // The threads first: they find nothing prepared, neither fonts nor tables.
+  // The threads run first, so that neither fonts nor tables have been prepared.
   std::barrier start(kThreads);
   std::vector<std::thread> threads;
   for (int number = 0; number < kThreads; ++number) {
@@ -221,7 +221,7 @@ TEST_F(Threads, EachWithARootMakeWhatOneMakesAlone) {
   }
 }
 
-// Runs to its end beside this one.
+// Runs on another thread and waits for its end.
 template <typename Call>
 auto OnAnotherThread(Call call) {
   std::optional<decltype(call())> result;
@@ -242,7 +242,7 @@ TEST_F(Threads, WithoutARootWorkWithTheYoungestOfTheProcess) {
   EXPECT_NE(root->ErrorComment(), "") << "the error is that of the root's thread";
   root->AddClass("Main");
 
-  // A root of another thread, even one that lives on, is none of this thread's.
+  // A root of another thread is not used, even if it still exists.
   std::shared_ptr<clsKeltrun2> other;
   EXPECT_EQ(OnAnotherThread([&] {
               other = std::make_shared<clsKeltrun2>();
@@ -257,7 +257,7 @@ TEST_F(Threads, WithoutARootWorkWithTheYoungestOfTheProcess) {
   EXPECT_EQ(root->ClassData(1)->AddLap()->SerialNum(), 1);
   EXPECT_EQ(OnAnotherThread(names), "1,,Other,other,1 ") << "its thread has ended, the root lives";
 
-  // Released on another thread than its own; its thread then has none.
+  // A root may be released on another thread. A thread whose own roots are gone has none.
   EXPECT_EQ(OnAnotherThread([&] { return other.reset(), names(); }), "1,,Main,main,1 ");
   EXPECT_EQ(OnAnotherThread([&] {
               std::make_shared<clsKeltrun2>().reset();

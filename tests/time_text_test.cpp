@@ -1,4 +1,4 @@
-// Times as texts: every display form, every notation that is read, and the millisecond grid.
+// Times as texts: every display form, every notation that is read, and rounding to milliseconds.
 #include "keltrun2/model/time_text.h"
 
 #include <gtest/gtest.h>
@@ -16,13 +16,13 @@ namespace {
 using std::string;
 using Text = std::string_view;
 
-constexpr double kNone = -7;  // default value for texts that are no time
+constexpr double kNone = -7;  // default value for texts that are not a time
 
 DateTime Time(const string& seconds) { return Seconds(std::stod(seconds)); }
 
-// Whole seconds are rounded and tenths are cut. From a day on, the first form shows total hours
-// whatever the pattern, the tenths keep the pattern, and the last form shows total hours in an hour
-// pattern up to four days. 90187 is 25:03:07, 349200 is 97 hours.
+// Whole seconds are rounded and tenths are truncated. For a day and more, the first form shows
+// total hours whatever the pattern, the form with tenths follows the pattern, and the last form
+// shows total hours for an hour pattern up to four days. 90187 is 25:03:07, 349200 is 97 hours.
 TEST(TimeText, Patterns) {
   for (const auto& [seconds, pattern, whole, tenths, total] : Table<5>(R"(
       0        h:nn:ss    0:00:00    0:00:00.0   0:00:00  | 3723  nn\:ss 02:03 02:03.0 02:03
@@ -59,8 +59,9 @@ TEST(TimeText, CompactForm) {
   EXPECT_EQ(CompactTime(Seconds(90187), 5), "25:03");
 }
 
-// No sign above one second below zero; 0, -1 and -2 days are the markers. A lost time of zero is a
-// time, and of a day and more its pattern shows the time of day. "=" is as in the column before.
+// A sign is shown from minus one second on; 0, -1 and -2 days are the markers. A loss of zero is a
+// time; for a loss of a day or more a pattern shows the part beyond whole days. "=" means the same
+// as the column before.
 TEST(TimeValues, TimesAndLostTimes) {
   const auto texts = [](const auto& value) {
     return value.ToString() + " " + value.ToString("plane", true) + " " + value.ToString("plane");
@@ -92,7 +93,7 @@ TEST(TimeValues, TimesAndLostTimes) {
 TEST(TimeValues, DatesPercentagesAndRanks) {
   EXPECT_EQ(clsDateValue(45351.75).ToString("yyyy年mm月dd日\\d hh:nn"), "2024年02月29日d 18:00");
   clsPercentValue percent;
-  // Halves go away from zero, and the 32-bit product of 1.005 and 100 is exactly 100.5.
+  // Halves are rounded away from zero, and the 32-bit product of 1.005 and 100 is exactly 100.5.
   for (const auto& [ratio, whole, tenths] : Table<3>(R"(
       0 － － | -1 ↓ ↓ | -2 － － | .1234 12 12.3 | 1 100 100.0 | .125 13 12.5 | 1.005 101 100.5
       -.5 -50 -50.0)")) {
@@ -125,7 +126,7 @@ TEST(TimeText, PlatformDatesAndTimes) {
     EXPECT_FALSE(ParseDateTime(text)) << text;
     EXPECT_FALSE(IsTimeText(text)) << text;
   }
-  // Hours of 24 and more are times of the component, not of the platform.
+  // IsTimeText accepts hours of 24 and more, ParseDateTime does not.
   EXPECT_FALSE(ParseDateTime("24:00:00") || ParseDateTime("100:59:59"));
   EXPECT_TRUE(IsTimeText("24:00:00") && IsTimeText("100:59:59"));
 }
@@ -139,7 +140,7 @@ TEST(TimeText, ReadsSignedTimes) {
     }
   }
   EXPECT_EQ(ParseSignedTime("１：０２：０３", false, true, kNone), kNone);
-  // Bare numbers are days when they are allowed; behind a sign no hours of 24 and more.
+  // Bare numbers are days if they are allowed; hours of 24 and more must not follow a sign.
   for (const auto& [text, days] : Table<2>(R"(
       1.5 1.5 | -1.5 -1.5 | +2 2 | -25:03:07 -7 | - -7 | -x -7 | DNF -7 | "" -7)")) {
     EXPECT_EQ(ParseSignedTime(text, true, false, kNone), std::stod(days)) << text;
@@ -160,15 +161,15 @@ TEST(TimeText, ReadsResultsAndLaps) {
     EXPECT_EQ(ParseTime(text, kNone), kNone) << text;
     EXPECT_EQ(ParseFinishTime(text), std::nullopt) << text;
   }
-  // Results that count as finish times: those of the platform, and fractions of a second.
+  // Results that are finish times: dates and times, also with a fraction of a second.
   EXPECT_EQ(ParseFinishTime("1:02:03"), Seconds(3723));
   EXPECT_EQ(ParseFinishTime("1:02:03.456"), 3723456 / 86400000.0);
   EXPECT_EQ(ParseFinishTime("25:00:00"), std::nullopt);
 }
 
 TEST(TimeText, NormalizesEveryNotation) {
-  // The text as an elapsed time and as a clock time, where "123.45" is a day count, of which the
-  // pattern shows 0.45 days.
+  // The text as an elapsed time and as a clock time. As a clock time "123.45" is a number of days,
+  // of which the pattern shows the 0.45 days.
   for (const auto& [text, elapsed, clock] : Table<3>(R"(
       12.34  00:12:34 12:34:00 | 62.34  01:02:34 62:34:00 | 123.45 02:03:45 10:48:00
       5      00:00:05 05:00:00 | 12     00:00:12 12:00:00 | 123    00:01:23 01:23:00
@@ -218,8 +219,8 @@ string Clock(int seconds) {
   return text;
 }
 
-// Half seconds round up. A stored result is stored again as it is, tenths included, and bare digits
-// give the same text.
+// Half seconds are rounded up. A stored result does not change when it is stored again, including
+// its tenths, and digits without separators give the same text.
 TEST(TimeText, EverySecondOfADay) {
   clsLapData runner;
   const auto stored = [&](const string& text) {

@@ -1,4 +1,4 @@
-// The viewer page as the library writes it; tests/viewer/viewer_test.py works it in a browser.
+// The viewer page as the library writes it; tests/viewer/viewer_test.py tests it in a browser.
 #include <archive.h>
 #include <archive_entry.h>
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ std::string FromBase64(std::string_view text) {
   return out;
 }
 
-// A packed file ends where its data ends: a browser refuses bytes behind it.
+// A compressed file must end with its data: a browser refuses bytes after it.
 TEST(Gzip, PacksWithoutPadding) {
   for (const std::size_t size : {std::size_t{1}, std::size_t{10240}, std::size_t{300000}}) {
     std::string bytes(size, 'x');

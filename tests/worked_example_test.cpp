@@ -1,4 +1,4 @@
-// The event of docs/analysis.md has the figures that are worked out there by hand.
+// The event in docs/analysis.md has the figures that are computed there by hand.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Of the runners Anna, Bea, Cara and Dora; then of the class Map.
+// The figures of the runners Anna, Bea, Cara and Dora, then of the class Map.
 constexpr const char* kFigures = R"([{"class": "Short",
   "upperLapAverage": [110, 200, 165, 55], "upperLapTotal": 530,
   "legLength": [0.2075, 0.3774, 0.3113, 0.1038], "difficulty": [0.4438, 1.4346, 1.5912, 0.5304],
