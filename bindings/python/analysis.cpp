@@ -106,7 +106,8 @@ void BindRunner(py::module_& module) {
       .ReadOnly("Result", &Runner::Result)
       .ReadOnly("ResultRank", &Runner::ResultRank)
       .ReadOnly("StartTime", &Runner::StartTime)
-      .ReadOnly("OtherData", &Runner::OtherData);
+      .ReadOnly("OtherData", &Runner::OtherData)
+      .Shows({"RunnerName", "Rank", "Result"});
   BindTimes(type);
   BindRanks(type);
 }
@@ -137,7 +138,9 @@ void BindAnalysis(py::module_& module) {
       .Method("SelectItem", &clsAnalyzer::SelectItem, arg("SerialNum"))
       .Method("SelectSort", &clsAnalyzer::SelectSort)
       .Method("SelectAll", &clsAnalyzer::SelectAll)
-      .Method("SelectNone", &clsAnalyzer::SelectNone);
+      .Method("SelectNone", &clsAnalyzer::SelectNone)
+      .Sequence(&clsAnalyzer::Count, &clsAnalyzer::Item, "the runners of the selected set")
+      .Shows({"DataSetName", "IsExecuted", "Count"});
   Class<clsResultsHolder, DataSet>(module, "clsResultsHolder")
       .MadeBy(py::init<>())
       .ReadOnly("ClassInfo", &clsResultsHolder::ClassInfo)
@@ -151,14 +154,18 @@ void BindAnalysis(py::module_& module) {
       .Method("FullSetItem", MayBeNone(&clsResultsHolder::FullSetItem), arg("Index"))
       .Method("SelectItem", &clsResultsHolder::SelectItem, arg("SerialNum"))
       .Method("SelectAll", &clsResultsHolder::SelectAll)
-      .Method("SelectNone", &clsResultsHolder::SelectNone);
+      .Method("SelectNone", &clsResultsHolder::SelectNone)
+      .Sequence(&clsResultsHolder::Count, &clsResultsHolder::Item,
+                "the records of the selected set")
+      .Shows({"DataSetName", "Count"});
   Class<SegmentSet>(module, "SegmentSet")
       .MadeBy(Fields<SegmentSet>())
       .Field("TargetCourseTable", &SegmentSet::TargetCourseTable)
       .Field("TargetClassList", &SegmentSet::TargetClassList)
       .Field("ControlCount", &SegmentSet::ControlCount)
       .Field("SegmentName", &SegmentSet::SegmentName)
-      .Field("SegmentBinaryName", &SegmentSet::SegmentBinaryName);
+      .Field("SegmentBinaryName", &SegmentSet::SegmentBinaryName)
+      .Shows({"SegmentName", "ControlCount"});
   Class<clsSegmentData>(module, "clsSegmentData")
       .MadeBy(py::init<std::shared_ptr<SegmentSet>>(), arg("segment"))
       .Property("TargetCourseTable", &clsSegmentData::TargetCourseTable,
@@ -169,7 +176,8 @@ void BindAnalysis(py::module_& module) {
       .ReadOnly("SegmentName", &clsSegmentData::SegmentName)
       .ReadOnly("SegmentBinaryName", &clsSegmentData::SegmentBinaryName)
       .Method("Analyzer", &clsSegmentData::Analyzer, arg("SexOption") = "", Released())
-      .Method("ResultsHolder", &clsSegmentData::ResultsHolder, arg("SexOption") = "", Released());
+      .Method("ResultsHolder", &clsSegmentData::ResultsHolder, arg("SexOption") = "", Released())
+      .Shows({"SegmentName", "ControlCount"});
 }
 
 }  // namespace keltrun::python

@@ -5,8 +5,10 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -14,14 +16,15 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "bindings/python/docs.h"
 #include "keltrun2/keltrun2.h"
 
 namespace keltrun::python {
 
-/// The UTF-8 text in a bytes or bytearray object; nullopt for any other object. What is no UTF-8
-/// raises UnicodeDecodeError: pybind11 alone would take every byte for text.
+/// The UTF-8 text in a bytes or bytearray object; nullopt for any other object. Bytes that are not
+/// UTF-8 raise UnicodeDecodeError: pybind11 alone would take every byte for text.
 std::optional<std::string_view> TextOfBytes(pybind11::handle object);
 
 }  // namespace keltrun::python
@@ -50,27 +53,27 @@ namespace keltrun::python {
 
 namespace py = pybind11;
 
-/// For calls that take long, wait, or call the host: other threads run meanwhile. Whatever the
-/// component calls of Python's takes the interpreter's lock again.
+/// For calls that take long, wait, or call the host: other threads run in the meantime. When the
+/// component calls back into Python, it takes the interpreter's lock again.
 using Released = py::call_guard<py::gil_scoped_release>;
 
-/// Makes the members of an object that was never initialised, as `cls.__new__(cls)` makes one,
-/// raise TypeError. Without it pybind11 gives them memory that holds no object.
+/// Makes the members of an object that was never initialized, such as the result of
+/// `cls.__new__(cls)`, raise TypeError. Without it pybind11 hands them memory without an object.
 template <typename T>
-void RefuseUninitialised() {
+void RefuseUninitialized() {
   py::detail::get_type_info(typeid(T))->operator_new = [](std::size_t) -> void* {
     const auto name = py::type::of<T>().attr("__name__").template cast<std::string>();
     throw py::type_error("__init__() of " + name + " was not called");
   };
 }
 
-/// An enumeration; its parameters take plain numbers too, as sums of flags are numbers. The values
-/// of an unscoped one are also the module's.
+/// An enumeration. Where a parameter is one, a plain number is accepted as well, because a sum of
+/// flags is a number. The values of an unscoped enumeration are also attributes of the module.
 template <typename T>
 void Enumeration(py::module_& module, const char* name,
                  std::initializer_list<std::pair<const char*, T>> values) {
   py::enum_<T> type(module, name, py::arithmetic(), Doc(name));
-  RefuseUninitialised<T>();
+  RefuseUninitialized<T>();
   for (const auto& [value_name, value] : values) {
     type.value(value_name, value, Doc(std::string(name) + "." + value_name));
   }
@@ -80,6 +83,39 @@ void Enumeration(py::module_& module, const char* name,
 #define KR_VALUE(name) \
   { #name, name }
 
+/// The items 1 to `count` of an object, as `at` returns them.
+template <typename T, typename Count, typename At>
+auto AllItems(const T& object, Count count, At at) {
+  std::vector<std::decay_t<std::invoke_result_t<At, const T&, std::int32_t>>> items;
+  const std::int32_t length = std::invoke(count, object);
+  for (std::int32_t i = 1; i <= length; ++i) items.push_back(std::invoke(at, object, i));
+  return items;
+}
+
+/// The items of a slice. Raises ValueError for a step of 0.
+template <typename Item>
+std::vector<Item> Sliced(const std::vector<Item>& items, const py::slice& range) {
+  py::ssize_t start = 0, stop = 0, step = 0, length = 0;
+  if (!range.compute(static_cast<py::ssize_t>(items.size()), &start, &stop, &step, &length)) {
+    throw py::error_already_set();
+  }
+  std::vector<Item> found;
+  for (; length > 0; --length, start += step) {
+    found.push_back(items[static_cast<std::size_t>(start)]);
+  }
+  return found;
+}
+
+/// The items that a Python loop runs over. Signatures say Iterator[...].
+template <typename Item>
+struct Iteration {
+  std::vector<Item> items;
+};
+
+/// What repr() shows of an object: its type and these members. A member that is a method is called
+/// without arguments.
+std::string Description(const py::object& self, const std::vector<std::string>& members);
+
 /// A bound class. A property is named as in the object model; where its value depends on an index,
 /// it is a method, with SetX to write.
 template <typename T, typename... Options>
@@ -88,7 +124,7 @@ class Class {
   template <typename... Extra>
   Class(py::module_& module, const char* name, const Extra&... extra)
       : class_(module, name, Doc(name), extra...), name_(name) {
-    RefuseUninitialised<T>();
+    RefuseUninitialized<T>();
   }
 
   template <typename Init, typename... Extra>
@@ -99,22 +135,23 @@ class Class {
   template <typename Member>
   Class& Field(const char* name, Member member) {
     class_.def_readwrite(name, member, DocOf(name));
+    fields_.emplace_back(name);
     return *this;
   }
-  /// Values that live inside their owner keep it alive.
+  /// A value that lives inside the object keeps the object alive.
   template <typename Get>
   Class& ReadOnly(const char* name, Get get) {
     class_.def_property_readonly(name, get, py::return_value_policy::reference_internal,
                                  DocOf(name));
     return *this;
   }
-  /// A constant; classes cannot carry its documentation.
+  /// A constant. Python has no place for its documentation.
   template <typename Value>
   Class& Constant(const char* name, Value value) {
     class_.attr(name) = value;
     return *this;
   }
-  /// A property tells what both of its members tell in C++: X and SetX.
+  /// The documentation of a property is that of both C++ members, X and SetX.
   template <typename Get, typename Set>
   Class& Property(const char* name, Get get, Set set) {
     const std::string set_name = std::string("Set") + name;
@@ -133,20 +170,71 @@ class Class {
     return *this;
   }
 
+  /// A property that only Python has.
+  template <typename Get>
+  Class& Extra(const char* name, Get get, const char* doc) {
+    class_.def_property_readonly(name, get, doc);
+    return *this;
+  }
+  /// Makes the objects sequences of `what`: `count` and `at` are the members that give the items
+  /// from 1 on. A loop runs over the items that are there when it begins, so its body may change
+  /// the object. An empty object is still true: hosts write `if root.ClassData(name)`, which asks
+  /// whether there is such a class.
+  template <typename Count, typename At>
+  Class& Sequence(Count count, At at, const char* what) {
+    const auto length = [count](const T& object) {
+      return std::max<py::ssize_t>(std::invoke(count, object), 0);
+    };
+    class_.def("__len__", length)
+        .def("__bool__", [](const T&) { return true; })
+        .def("__iter__",
+             [count, at](const T& object) { return Iteration{AllItems(object, count, at)}; })
+        .def("__getitem__",
+             [length, at](const T& object, py::ssize_t index) {
+               const py::ssize_t size = length(object);
+               if (index < -size || index >= size) throw py::index_error("index out of range");
+               const py::ssize_t from_zero = index < 0 ? index + size : index;
+               return std::invoke(at, object, static_cast<std::int32_t>(from_zero + 1));
+             })
+        .def("__getitem__", [count, at](const T& object, const py::slice& range) {
+          return Sliced(AllItems(object, count, at), range);
+        });
+    class_.attr("__doc__") =
+        Doc(name_) + std::string("\n\nIn Python it is a sequence of ") + what +
+        ". It has len(), indexes\nfrom 0 (negative ones count from the end), slices and iteration. "
+        "It is true even\nwhen it is empty.";
+    return *this;
+  }
+  /// Makes repr() show these members.
+  Class& Shows(std::vector<std::string> members) {
+    class_.def("__repr__", [members = std::move(members)](const py::object& self) {
+      return Description(self, members);
+    });
+    return *this;
+  }
+  /// Makes repr() show the fields that are bound so far.
+  Class& ShowsFields() { return Shows(fields_); }
+  /// Makes str() the ToString() of the object.
+  Class& Text() {
+    class_.def("__str__", [](const py::object& self) { return self.attr("ToString")(); });
+    return *this;
+  }
+
  private:
   const char* DocOf(const char* member) const { return Doc(name_ + "." + member); }
 
   py::class_<T, std::shared_ptr<T>, Options...> class_;
   std::string name_;
+  std::vector<std::string> fields_;
 };
 
-/// A result that may be null, which is None in Python. Signatures say so: Optional[...].
+/// A result that may be null, which is None in Python. Signatures say Optional[...].
 template <typename Pointer>
 struct OrNone {
   Pointer pointer;
 };
 
-/// The member or function itself, with a result that may be null.
+/// The member or function, its result marked as one that may be null.
 template <typename Result, typename T, typename... Arguments>
 auto MayBeNone(Result (T::*member)(Arguments...) const) {
   return [member](const T& object, Arguments... arguments) {
@@ -158,7 +246,7 @@ auto MayBeNone(Result (*function)(Arguments...)) {
   return [function](Arguments... arguments) { return OrNone<Result>{function(arguments...)}; };
 }
 
-/// A plain structure, made with its fields by name.
+/// The constructor of a plain structure, which takes the fields by name.
 template <typename T>
 auto Fields() {
   return py::init([](const py::kwargs& fields) {
@@ -169,13 +257,14 @@ auto Fields() {
   });
 }
 
-/// Runs before the interpreter ends: what the component holds of Python's must be let go by then.
+/// Registers a function that runs before the interpreter ends. The component must have released
+/// every Python object by then.
 inline void AtExit(void (*function)()) {
   py::module_::import("atexit").attr("register")(py::cpp_function(function));
 }
 
-/// A C++ object that may be a Python class's own: as long as the component holds it, the Python
-/// object lives. None is null.
+/// A C++ object whose class may be written in Python. The Python object lives as long as the
+/// component holds the result. None gives null.
 template <typename T>
 std::shared_ptr<T> Kept(const py::object& object) {
   if (object.is_none()) return nullptr;
@@ -187,8 +276,8 @@ std::shared_ptr<T> Kept(const py::object& object) {
   });
 }
 
-/// A chart, and the Python object of its picture: the garbage collector has to see that one to find
-/// a picture that holds its chart.
+/// A chart with the Python object of its picture. The garbage collector must see the picture to
+/// find one that refers to its chart.
 class PythonChart : public clsChartObject {
  public:
   py::handle picture;  // the chart's own reference keeps it alive
@@ -211,6 +300,17 @@ struct type_caster<keltrun::python::OrNone<Pointer>> {
   static handle cast(const keltrun::python::OrNone<Pointer>& result, return_value_policy policy,
                      handle parent) {
     return Inner::cast(result.pointer, policy, parent);
+  }
+};
+
+template <typename Item>
+struct type_caster<keltrun::python::Iteration<Item>> {
+  static constexpr auto name = const_name("Iterator[") + make_caster<Item>::name + const_name("]");
+  static handle cast(const keltrun::python::Iteration<Item>& result, return_value_policy policy,
+                     handle parent) {
+    const auto items = reinterpret_steal<object>(
+        make_caster<std::vector<Item>>::cast(result.items, policy, parent));
+    return iter(items).release();
   }
 };
 

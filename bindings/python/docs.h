@@ -5,7 +5,8 @@
 
 namespace keltrun::python {
 
-/// The comment of a declaration, "Class", "Class.Member" or "Function"; "" when it has none.
+/// The comment of a declaration, named as "Class", "Class.Member" or "Function"; "" if there is
+/// none.
 const char* Doc(const std::string& name);
 
 }  // namespace keltrun::python

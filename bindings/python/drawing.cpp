@@ -77,14 +77,15 @@ void BindPrintBook(py::module_& module) {
           arg("FormObject") = py::none());
 }
 
-// The chart that the object holds; null before it was initialised.
+// The chart in a Python object; null before the object is initialized.
 PythonChart* ChartOf(PyObject* self) {
   auto* const instance = reinterpret_cast<py::detail::instance*>(self);
   if (!instance->simple_layout || !instance->simple_holder_constructed) return nullptr;
   return static_cast<PythonChart*>(instance->simple_value_holder[0]);
 }
 
-// Lets the garbage collector see the picture, and take it away when nobody else holds the two.
+// Lets the garbage collector see the picture, and release it when nothing but the chart and the
+// picture refer to each other.
 void TraversePicture(PyHeapTypeObject* heap_type) {
   PyTypeObject& type = heap_type->ht_type;
   type.tp_flags |= Py_TPFLAGS_HAVE_GC;
@@ -120,10 +121,12 @@ void BindCharts(py::module_& module) {
   Class<ChartRunnerSetting>(module, "ChartRunnerSetting")
       .Field("ForeColor", &ChartRunnerSetting::ForeColor)
       .Field("DrawWidth", &ChartRunnerSetting::DrawWidth)
-      .Field("Flag", &ChartRunnerSetting::Flag);
+      .Field("Flag", &ChartRunnerSetting::Flag)
+      .ShowsFields();
   Class<ChartRunnerSetting2>(module, "ChartRunnerSetting2")
       .Field("BackLineColor", &ChartRunnerSetting2::BackLineColor)
-      .Field("BackLineWidth", &ChartRunnerSetting2::BackLineWidth);
+      .Field("BackLineWidth", &ChartRunnerSetting2::BackLineWidth)
+      .ShowsFields();
   Class<PythonChart>(module, "clsChartObject", py::custom_type_setup(TraversePicture))
       .MadeBy(py::init<>())
       .Field("AutoSize", &clsChartObject::AutoSize)

@@ -1,4 +1,4 @@
-// Fonts, and the pictures, printers and grids that a Python class can implement.
+// Fonts, and the pictures, printers and grids that Python classes can implement.
 #include <set>
 
 #include "bindings/python/binding.h"
@@ -9,8 +9,8 @@ namespace {
 
 using py::arg;
 
-// What a Python class overrides. Calling a required member that it lacks raises RuntimeError in
-// Python.
+// The members that a Python class overrides. A call of a required member that is missing raises
+// RuntimeError in Python.
 template <typename Base>
 class PythonSurface : public Base {
  public:
@@ -79,10 +79,10 @@ class PythonPrinter : public Printer {
  private:
   py::object Call(const char* name) const {
     const py::function method = py::get_override(static_cast<const Printer*>(this), name);
-    if (!method) py::pybind11_fail(std::string("Printer lacks ") + name);
+    if (!method) py::pybind11_fail(std::string("Printer is missing ") + name);
     return method();
   }
-  // The component uses the surface longer than the call lasts.
+  // The component goes on using the surface after the call.
   DrawingSurface& Surface(py::object& kept, const char* name) {
     const py::gil_scoped_acquire lock;
     kept = Call(name);
@@ -140,14 +140,16 @@ void BindFont(py::module_& module) {
       .Field("Bold", &Font::Bold)
       .Field("Italic", &Font::Italic)
       .Field("Underline", &Font::Underline)
-      .Field("Charset", &Font::Charset);
+      .Field("Charset", &Font::Charset)
+      .Shows({"Face", "Size", "Bold", "Italic", "Underline", "Charset"});
   Class<TextStyle>(module, "TextStyle")
       .MadeBy(Fields<TextStyle>())
       .Field("Font", &TextStyle::Font)
       .Field("Size", &TextStyle::Size)
       .Field("HeightRatio", &TextStyle::HeightRatio)
       .Field("Turned", &TextStyle::Turned)
-      .Field("Color", &TextStyle::Color);
+      .Field("Color", &TextStyle::Color)
+      .ShowsFields();
 }
 
 void BindPictures(py::module_& module) {
@@ -194,7 +196,7 @@ void BindPictures(py::module_& module) {
   module.def("HasJapaneseFont", &HasJapaneseFont, Doc("HasJapaneseFont"), Released());
 }
 
-// Printers installed from here, to be removed before the interpreter ends.
+// The printers that Python installed; they must be removed before the interpreter ends.
 std::set<std::string>& InstalledNames() {
   static std::set<std::string> names;
   return names;
@@ -212,7 +214,8 @@ void BindPrinters(py::module_& module) {
       .Field("OffsetLeft", &PaperMetrics::OffsetLeft)
       .Field("OffsetTop", &PaperMetrics::OffsetTop)
       .Field("PrintableWidth", &PaperMetrics::PrintableWidth)
-      .Field("PrintableHeight", &PaperMetrics::PrintableHeight);
+      .Field("PrintableHeight", &PaperMetrics::PrintableHeight)
+      .ShowsFields();
   Class<Printer, PythonPrinter>(module, "Printer")
       .MadeBy(py::init<>())
       .Method("DeviceName", &Printer::DeviceName)

@@ -80,13 +80,13 @@ def needs_comment(name, description):
 
 
 def prose(text):
-    """A text as Python says it, in lines of equal width."""
+    """A text in the words of Python, filled to lines."""
     text = re.sub(r"\b(?:Null|null|nullopt)\b", "None", text)
     return FILL.fill(re.sub(r"(?<=\w)::(?=\w)", ".", text).strip())
 
 
 def blocks(para):
-    """The parts of a paragraph: prose, and examples, which are indented."""
+    """The parts of a paragraph: prose, and examples, which are set off by indentation."""
     text = para.text or ""
     for child in para:
         if child.tag == "verbatim":
@@ -144,7 +144,7 @@ def main():
     missing = [name for name, description in declarations(folder)
                if needs_comment(name, description) and not comment(description)]
     if missing:
-        sys.exit("no comment of its own: " + ", ".join(missing))
+        sys.exit("these public declarations have no comment: " + ", ".join(missing))
 
 
 if __name__ == "__main__":

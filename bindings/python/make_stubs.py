@@ -1,16 +1,19 @@
 #!/usr/bin/env python3
 """make_stubs.py PACKAGE_FOLDER: writes _native.pyi beside the module, from the module itself.
 
-Signatures and documentation are those that the module carries, so they cannot differ from it.
+Signatures and documentation are read from the module, so they cannot differ from it.
 """
 import inspect
 import pathlib
 import re
 import sys
 
+# The special members that a type checker needs to know of.
+SPECIAL = ("__init__", "__len__", "__bool__", "__iter__", "__getitem__")
+
 
 def signatures(member):
-    """The signatures that a bound function carries in its documentation."""
+    """The signatures that pybind11 puts into the documentation of a function."""
     doc = member.__doc__ or ""
     found = re.findall(r"^(?:\d+\. )?(\w*)(\(.*\)) -> (.+)$", doc, re.MULTILINE)
     return [(arguments, result) for name, arguments, result in found if name != "Overloaded"]
@@ -21,13 +24,14 @@ def clean(text):
     text = re.sub(r"self: [\w.]+", "self", text)
     text = text.replace("_native.", "").replace("keltrun2.", "")
     return re.sub(r"Callable\[\[(.*?)\], (\w+)\]", r"typing.Callable[[\1], \2]", text).replace(
-        "Optional[", "typing.Optional[").replace("List[", "list[")
+        "Optional[", "typing.Optional[").replace("Iterator[", "typing.Iterator[").replace(
+            "List[", "list[")
 
 
 def prose(doc):
     """The documentation without its signatures."""
     lines = [line for line in (doc or "").splitlines()
-             if not re.match(r"^(?:\d+\. )?\w+\(.*\)( -> .*)?$", line)]
+             if not re.match(r"^(?:\d+\. )?\w+\(.*\)( -> .*)?$|^Overloaded function\.$", line)]
     return "\n".join(lines).strip()
 
 
@@ -41,7 +45,7 @@ def docstring(doc, indent):
 
 
 def accepted(arguments, enumerations):
-    """Arguments with an enumeration take numbers too."""
+    """Where an argument is an enumeration, a number is accepted as well."""
     return re.sub(r": (\w+)\b(?![.\[])", lambda m: f": typing.Union[{m[1]}, int]"
                   if m[1] in enumerations else m[0], clean(arguments))
 
@@ -85,7 +89,7 @@ def klass(name, cls, enumerations):
     for key, member in vars(cls).items():
         if key in enumerators or key in ("name", "value"):
             continue
-        if key == "__init__":
+        if key in SPECIAL:
             yield from function(key, member, "    ", enumerations)
         elif key.startswith("_"):
             continue
@@ -105,7 +109,7 @@ def main():
     native = keltrun2._native
     enumerations = {name for name, member in vars(native).items()
                     if inspect.isclass(member) and hasattr(member, "__members__")}
-    lines = ["# Made by make_stubs.py from the module.", "import typing", ""]
+    lines = ["# Made by make_stubs.py from the module.", "import typing", "", "__version__: str"]
     for name, member in vars(native).items():
         if name.startswith("_"):
             continue

@@ -28,7 +28,7 @@ void BindDays(py::module_& module) {
       {KR_VALUE(KR_TIME_NODATA), KR_VALUE(KR_TIME_SKIP), KR_VALUE(KR_TIME_DISQ)});
 }
 
-/// The arguments that most texts of times take.
+/// The arguments that most members with the text of a time have.
 struct TimeTextArguments {
   py::arg_v format{"FormatExpression", std::string("hh:nn:ss")};
   py::arg_v compact{"Compact", false};
@@ -38,26 +38,36 @@ struct TimeTextArguments {
 };
 
 void BindValues(py::module_& module) {
+  const std::vector<std::string> members = {"Value", "ToString"};
   const auto [format, compact, no_data, skip, disq] = TimeTextArguments();
   Class<clsTimeValue>(module, "clsTimeValue")
       .MadeBy(py::init<DateTime>(), arg("Value") = 0.0)
       .Property("Value", &clsTimeValue::Value, &clsTimeValue::SetValue)
-      .Method("ToString", &clsTimeValue::ToString, format, compact, no_data, skip, disq);
+      .Method("ToString", &clsTimeValue::ToString, format, compact, no_data, skip, disq)
+      .Shows(members)
+      .Text();
   Class<clsDateValue>(module, "clsDateValue")
       .MadeBy(py::init<DateTime>(), arg("Value") = 0.0)
       .Property("Value", &clsDateValue::Value, &clsDateValue::SetValue)
-      .Method("ToString", &clsDateValue::ToString, arg("FormatExpression") = "yyyy/mm/dd");
+      .Method("ToString", &clsDateValue::ToString, arg("FormatExpression") = "yyyy/mm/dd")
+      .Shows(members)
+      .Text();
   Class<clsMissTimeValue>(module, "clsMissTimeValue")
       .ReadOnly("Value", &clsMissTimeValue::Value)
-      .Method("ToString", &clsMissTimeValue::ToString, format, compact, no_data, skip);
+      .Method("ToString", &clsMissTimeValue::ToString, format, compact, no_data, skip)
+      .Shows(members)
+      .Text();
   Class<clsPercentValue>(module, "clsPercentValue")
       .ReadOnly("Value", &clsPercentValue::Value)
-      .Method("ToString", &clsPercentValue::ToString, arg("FormatExpression") = "#0", no_data,
-              skip);
+      .Method("ToString", &clsPercentValue::ToString, arg("FormatExpression") = "#0", no_data, skip)
+      .Shows(members)
+      .Text();
   Class<clsLegRankValue>(module, "clsLegRankValue")
       .ReadOnly("Value", &clsLegRankValue::Value)
       .Method("ToString", &clsLegRankValue::ToString, arg("UseHyphen") = true,
-              arg("UseParentheses") = false);
+              arg("UseParentheses") = false)
+      .Shows(members)
+      .Text();
 }
 
 void BindRunnerRecord(py::module_& module) {
@@ -83,7 +93,8 @@ void BindRunnerRecord(py::module_& module) {
       .Method("Lap", &clsLapData::Lap, arg("Index"))
       .Method("SetLap", &clsLapData::SetLap, arg("Index"), arg("Time"))
       .Method("LapToString", &clsLapData::LapToString, arg("Index"), format, compact, no_data, skip,
-              disq);
+              disq)
+      .Shows({"RunnerName", "ClassName", "Result"});
 }
 
 void BindClasses(py::module_& module) {
@@ -108,7 +119,9 @@ void BindClasses(py::module_& module) {
       .Method("RemoveLap", &clsClassData::RemoveLap, arg("Index"))
       .Method("ClearLap", &clsClassData::ClearLap)
       .Method("LapData", MayBeNone(&clsClassData::LapData), arg("Index"))
-      .Method("SortLap", &clsClassData::SortLap);
+      .Method("SortLap", &clsClassData::SortLap)
+      .Sequence(&clsClassData::LapCount, &clsClassData::LapData, "the runners of the class")
+      .Shows({"ClassName", "LapCount"});
 
   Class<clsCourseData>(module, "clsCourseData")
       .MadeBy(py::init<>())
@@ -118,7 +131,10 @@ void BindClasses(py::module_& module) {
       .Property("CourseIndex", &clsCourseData::CourseIndex, &clsCourseData::SetCourseIndex)
       .Property("ControlCount", &clsCourseData::ControlCount, &clsCourseData::SetControlCount)
       .Method("ControlNum", &clsCourseData::ControlNum, arg("Index"))
-      .Method("SetControlNum", &clsCourseData::SetControlNum, arg("Index"), arg("Code"));
+      .Method("SetControlNum", &clsCourseData::SetControlNum, arg("Index"), arg("Code"))
+      .Sequence(&clsCourseData::ControlCount, &clsCourseData::ControlNum,
+                "the codes of the controls")
+      .Shows({"CourseIndex", "ControlCount"});
 }
 
 void BindEvent(py::module_& module) {
@@ -130,7 +146,9 @@ void BindEvent(py::module_& module) {
       .Field("FileName", &clsEventData::FileName)
       .Field("OfficialSite", &clsEventData::OfficialSite)
       .Property("EventDate", &clsEventData::EventDate, &clsEventData::SetEventDate)
-      .Method("ToString", &clsEventData::ToString);
+      .Method("ToString", &clsEventData::ToString)
+      .Shows({"EventName", "EventDate", "Terrain"})
+      .Text();
 
   Class<clsMetaData>(module, "clsMetaData")
       .MadeBy(py::init<>())
@@ -139,7 +157,8 @@ void BindEvent(py::module_& module) {
       .Field("CreateUserName", &clsMetaData::CreateUserName)
       .Field("LastUpdateApplication", &clsMetaData::LastUpdateApplication)
       .Field("LastUpdateDate", &clsMetaData::LastUpdateDate)
-      .Field("LastUpdateUserName", &clsMetaData::LastUpdateUserName);
+      .Field("LastUpdateUserName", &clsMetaData::LastUpdateUserName)
+      .ShowsFields();
 }
 
 }  // namespace

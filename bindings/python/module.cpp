@@ -17,9 +17,22 @@ std::optional<std::string_view> TextOfBytes(py::handle object) {
   return bytes;
 }
 
+std::string Description(const py::object& self, const std::vector<std::string>& members) {
+  auto text = "<" + py::type::of(self).attr("__name__").cast<std::string>();
+  const char* separator = " ";
+  for (const std::string& name : members) {
+    py::object value = self.attr(name.c_str());
+    const bool is_method = PyCallable_Check(value.ptr()) != 0;
+    if (is_method) value = value();
+    text += separator + name + (is_method ? "()=" : "=") + py::repr(value).cast<std::string>();
+    separator = ", ";
+  }
+  return text + ">";
+}
+
 namespace {
 
-// The Python exception AutomationError has the number of the error, as in C++.
+// The Python exception AutomationError has the number of the error, as the C++ one does.
 void BindAutomationError(py::module_& module) {
   static py::exception<AutomationError> type(module, "AutomationError", PyExc_RuntimeError);
   type.doc() = Doc("AutomationError");
@@ -56,7 +69,8 @@ void BindStartup(py::module_& module) {
 
 PYBIND11_MODULE(_native, module) {
   using namespace keltrun::python;
-  module.attr("__name__") = "keltrun2";  // where users find the classes
+  module.attr("__name__") = "keltrun2";  // the module that users import the classes from
+  module.attr("__version__") = KELTRUN2_VERSION;
   BindAutomationError(module);
   BindStartup(module);
   BindModel(module);

@@ -14,7 +14,7 @@ class PythonProgressBar : public frmProgressBar {
   }
 };
 
-// A progress window of Python's, kept alive while the component shows it.
+// A progress window written in Python, kept alive while the component shows it.
 class KeptProgressBar : public frmProgressBar {
  public:
   explicit KeptProgressBar(py::object window) : window_(std::move(window)) {}
@@ -99,7 +99,8 @@ void BindSite(py::module_& module) {
       .Field("OfficialSite", &SiteOptions::OfficialSite)
       .Field("IndexFileAddMode", &SiteOptions::IndexFileAddMode)
       .Field("IndexReplaceBlock", &SiteOptions::IndexReplaceBlock)
-      .Field("Charset", &SiteOptions::Charset);
+      .Field("Charset", &SiteOptions::Charset)
+      .ShowsFields();
 }
 
 void BindFileControl(py::module_& module) {
@@ -118,7 +119,8 @@ void BindFileControl(py::module_& module) {
       .Field("Line", &LoadRemark::Line)
       .Field("Column", &LoadRemark::Column)
       .Field("Severity", &LoadRemark::Severity)
-      .Field("Text", &LoadRemark::Text);
+      .Field("Text", &LoadRemark::Text)
+      .ShowsFields();
   Class<ProgressHandle>(module, "ProgressHandle").Method("Detach", &ProgressHandle::Detach);
   Class<clsFileControl>(module, "clsFileControl")
       .Property("ProgressVisible", &clsFileControl::ProgressVisible,
@@ -149,7 +151,7 @@ void BindFileControl(py::module_& module) {
       .Method("OnProgress", &clsFileControl::OnProgress, arg("Handler"));
 }
 
-// An analysis or a result list with what it was made from.
+// An analysis or a result list, with the kind of its data set.
 template <typename Set, typename Data>
 void BindOutputSet(py::module_& module, const char* name, const char* data_name,
                    std::shared_ptr<Data> Set::*data) {
@@ -159,7 +161,8 @@ void BindOutputSet(py::module_& module, const char* name, const char* data_name,
               }),
               arg(data_name), arg("Kind") = DataSetKind::kClass)
       .Field(data_name, data)
-      .Field("Kind", &Set::Kind);
+      .Field("Kind", &Set::Kind)
+      .ShowsFields();
 }
 
 void BindOutputs(py::module_& module) {
@@ -230,7 +233,8 @@ void BindRoot(py::module_& module) {
       .Field("ClassIndex", &ClassAndCourseValue::ClassIndex)
       .Field("CourseNum", &ClassAndCourseValue::CourseNum)
       .Field("FileName", &ClassAndCourseValue::FileName)
-      .Field("RunnerCount", &ClassAndCourseValue::RunnerCount);
+      .Field("RunnerCount", &ClassAndCourseValue::RunnerCount)
+      .ShowsFields();
   Class<Root>(module, "clsKeltrun2")
       .MadeBy(py::init<>(), Released())
       .Property("FileName", &Root::FileName, &Root::SetFileName)
@@ -275,7 +279,22 @@ void BindRoot(py::module_& module) {
       .Method("MakeSegmentSet", &Root::MakeSegmentSet, Released())
       .ReadOnly("SegmentRemark", &Root::SegmentRemark)
       .Method("Clear", &Root::Clear)
-      .Method("Version", &Root::Version, arg("WithTestBuild") = true);
+      .Method("Version", &Root::Version, arg("WithTestBuild") = true)
+      .Extra(
+          "classes",
+          [class_at = py::overload_cast<std::int32_t>(&Root::ClassData, py::const_)](
+              const Root& root) { return AllItems(root, &Root::ClassCount, class_at); },
+          "A new list of the classes, in the order of ClassData.")
+      .Extra(
+          "courses",
+          [course_at = py::overload_cast<std::int32_t>(&Root::CourseData, py::const_)](
+              const Root& root) { return AllItems(root, &Root::CourseCount, course_at); },
+          "A new list of the courses, in the order of CourseData.")
+      .Extra(
+          "segments",
+          [](const Root& root) { return AllItems(root, &Root::SegmentCount, &Root::SegmentData); },
+          "A new list of the segment sets, in the order of SegmentData.")
+      .Shows({"FileName", "ClassCount", "CourseCount"});
 }
 
 }  // namespace

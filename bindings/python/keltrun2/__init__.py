@@ -8,21 +8,27 @@
     analyzer = root.NewAnalyzer
     analyzer.AddClass("M21A")
     analyzer.Execute()
-    for i in range(1, analyzer.Count + 1):
-        runner = analyzer.Item(i)
+    for runner in analyzer:
         print(runner.Rank, runner.Result, runner.RunnerName)
 
 Names are those of the object model. A member that returns a value and takes no argument is a
 property. A member that does something is a method, such as Execute(), MakeSegmentSet() and Clear(),
-and so is a member with an index, which has a SetX to write. A null pointer of C++ is None. Times are
-days as float, and a second is 1/86400; to_timedelta, from_timedelta, to_datetime and from_datetime
-convert them to and from Python's own types. merge adds a second file. Threads may work in parallel,
-each with a root of its own.
+and so is a member with an index, which has a SetX to write. A null pointer of C++ is None.
+
+An analyzer and a result list are sequences of their selected runners, a class is a sequence of its
+runners and a course of its control codes: they have len(), indexes from 0, slices and iteration. The
+component's own Item and its relatives count from 1. An empty one is still true, so that
+"if root.ClassData(name)" asks whether there is such a class. root.classes, root.courses and
+root.segments are lists. str() of a value is its ToString().
+
+Times are days as float, and a second is 1/86400; to_timedelta, from_timedelta, to_datetime and
+from_datetime convert them to and from Python's own types. merge adds a second file. Threads may work
+in parallel, each with a root of its own.
 """
 import datetime as _datetime
 
 from ._native import *  # noqa: F401,F403
-from ._native import AutomationError  # noqa: F401
+from ._native import AutomationError, __version__  # noqa: F401
 
 _EPOCH = _datetime.datetime(1899, 12, 30)
 _MILLISECONDS_PER_DAY = 86_400_000
@@ -48,7 +54,7 @@ def to_datetime(days: float) -> _datetime.datetime | None:
 
 
 def from_datetime(moment: _datetime.datetime) -> float:
-    """A datetime as a date of the model; its time zone is not looked at."""
+    """A datetime as a date of the model; its time zone is ignored."""
     return (moment.replace(tzinfo=None) - _EPOCH) / _datetime.timedelta(days=1)
 
 
@@ -65,20 +71,20 @@ _PREFERENCES = {
 
 def merge(root: clsKeltrun2, file_name: str, *, match: str = "name",  # noqa: F405
           prefer: str = "old", known_only: bool = False, renew_ranks: bool = True) -> bool:
-    """Adds what another file knows to the event, as the program's merge does.
+    """Adds what another file knows to the event, as the program's merge command does.
 
-    `match` tells how a runner is recognised in the class: by "name", by "id", or "none", which
-    adds everybody. `prefer` is which value counts where both have one, "old" or "new".
-    `known_only` leaves out runners who are not in the event. With `renew_ranks` classes whose
+    `match` says how a runner is recognized in the class: by "name", by "id", or "none", which
+    adds every runner. `prefer` says which value is kept where both files have one, "old" or "new".
+    `known_only` leaves out runners who are not in the event. With `renew_ranks`, classes whose
     official ranks were exactly those of their results get new ones, and a remark names the other
     classes that changed.
 
-    False when the file cannot be loaded; root.ErrorComment says why. root.FileControl.LoadRemarks
-    has the remarks. Other words for match and prefer raise ValueError.
+    Returns False when the file cannot be loaded; root.ErrorComment says why. The remarks are in
+    root.FileControl.LoadRemarks. Any other value of match or prefer raises ValueError.
     """
     if match not in _MATCHES or prefer not in _PREFERENCES:
-        raise ValueError(f"match is one of {', '.join(_MATCHES)}, "
-                         f"prefer one of {', '.join(_PREFERENCES)}")
+        raise ValueError(f"match must be one of {', '.join(_MATCHES)}; "
+                         f"prefer must be one of {', '.join(_PREFERENCES)}")
     mode = _MATCHES[match] | _PREFERENCES[prefer]
     if known_only:
         mode |= KR_LOADMODE_NOTADD_NEWDATA  # noqa: F405

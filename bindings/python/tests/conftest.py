@@ -1,4 +1,4 @@
-"""Paths of the examples, and a folder of its own for the settings file."""
+"""Paths of the examples, and a separate folder for the settings file."""
 import os
 import pathlib
 import sys

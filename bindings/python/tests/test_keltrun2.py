@@ -1,4 +1,4 @@
-"""The object model from Python: what Python adds to it, and that each part can be reached."""
+"""The object model from Python: what Python adds to it, and that every part is reachable."""
 import ast
 import concurrent.futures
 import datetime
@@ -143,7 +143,88 @@ def test_analysis_and_its_outputs(root, analyzer):
     assert results.Item(1).RunnerName == finishers[0].RunnerName
 
 
+def named(number):
+    runner = kr.clsLapData()
+    runner.RunnerName = f"R{number}"
+    return runner
+
+
+def sequences():
+    """Sequences of three items, with the items as the component counts them, from 1."""
+    root = kr.clsKeltrun2()
+    klass, course = root.AddClass("M"), root.AddCourse(1)
+    analyzer, results = root.NewAnalyzer, root.NewResultsHolder
+    course.ControlCount = 3
+    for i in (1, 2, 3):
+        runner = named(i)
+        runner.SetLap(1, i / 86400)
+        runner.Result = f"0:00:0{i}"
+        klass.AddLapObject(runner)
+        course.SetControlNum(i, 30 + i)
+    analyzer.AddClass(1)
+    analyzer.Execute()
+    results.AddClass(1)
+    for sequence, at in (klass, klass.LapData), (course, course.ControlNum), (
+            analyzer, analyzer.Item), (results, results.Item):
+        yield sequence, [at(i) for i in (1, 2, 3)]
+
+
+def test_what_is_counted_is_a_sequence():
+    for sequence, items in sequences():
+        assert len(sequence) == 3 and list(sequence) == items
+        for index in (0, 2, -1, -3):
+            assert sequence[index] == items[index]
+        for part in (slice(1, None), slice(None, None, -2), slice(5, 9)):
+            assert sequence[part] == items[part]
+        assert items[1] in sequence and list(reversed(sequence)) == items[::-1]
+        for index, error in ((3, IndexError), (-4, IndexError), ("M", TypeError)):
+            with pytest.raises(error):
+                sequence[index]
+        with pytest.raises(ValueError):
+            sequence[::0]
+        assert "a sequence of" in type(sequence).__doc__
+
+
+def test_loops_may_change_what_they_run_over(root):
+    for klass in root.classes:
+        root.RemoveClass(klass.ClassName)
+    assert root.classes == [] and root.ClassCount == 0
+    klass = root.AddClass("M")
+    assert klass and len(klass) == 0, "an empty class is there all the same"
+    for number in (1, 2):
+        klass.AddLapObject(named(number))
+    assert [klass.RemoveLap(1) or runner.RunnerName for runner in klass] == ["R1", "R2"]
+    course = kr.clsCourseData()
+    course.ControlCount = -1
+    assert len(course) == 0 and list(course) == []
+
+
+def test_texts_of_objects(root, analyzer):
+    root.AddCourse(7).ControlCount = 2
+    runner = named(1)
+    runner.StartTime = kr.clsTimeValue(0.5)
+    for made, expected in (
+        (root.courses[-1], "<clsCourseData CourseIndex=7, ControlCount=2>"),
+        (root.AddClass("W"), "<clsClassData ClassName='W', LapCount=0>"),
+        (runner, "<clsLapData RunnerName='R1', ClassName='', Result=''>"),
+        (runner.StartTime, "<clsTimeValue Value=0.5, ToString()='12:00:00'>"),
+        (kr.clsDateValue(1), "<clsDateValue Value=1.0, ToString()='1899/12/31'>"),
+        (root.NewResultsHolder, "<clsResultsHolder DataSetName='', Count=0>"),
+        (root.SeparateClassAndCourseValue("1,,M,m,3"), "<ClassAndCourseValue ValueName='M', "
+         "ClassIndex=1, CourseNum=0, FileName='m', RunnerCount=3>"),
+        (kr.ViewerSet(root.NewAnalyzer), "<ViewerSet Analyzer=<clsAnalyzer DataSetName='', "
+         "IsExecuted=False, Count=0>, Kind=<DataSetKind.kClass: 0>>"),
+    ):
+        assert repr(made) == expected
+    assert str(runner.StartTime) == "12:00:00"
+    assert str(root.EventData) == root.EventData.ToString()
+    assert repr(analyzer[0]).startswith("<clsAnalyzedRunnerData RunnerName='")
+    assert re.findall(r"\d+", root.Version()) == kr.__version__.split(".")
+
+
 def test_segments(root):
+    assert [s.SegmentName for s in root.segments] == [
+        root.SegmentData(i).SegmentName for i in range(1, root.SegmentCount + 1)]
     assert root.SegmentCount > 0
     segment = root.SegmentData(1)
     analyzer = segment.Analyzer()
@@ -176,7 +257,7 @@ def test_prints_to_pdf(root, analyzer):
 
 
 def host(base, calls, noted, **methods):
-    """An object of a class of the host's. It notes calls and first arguments; the rest are given."""
+    """An object of a host's class. The noted methods record their first argument in `calls`."""
     for name in noted.split():
         methods[name] = lambda *args, name=name: calls.append((name, *args[:1]))
     return type("Host", (base,), {name: staticmethod(call) for name, call in methods.items()})()
@@ -286,7 +367,7 @@ def test_parts_outlive_their_owners(event):
     del root
     gc.collect()
     assert analyzer.Count > 0 and lap.RunnerName and first.OtherData.RunnerName
-    del analyzer, first, best, others  # nothing but his speed keeps that runner
+    del analyzer, first, best, others  # nothing but the speed keeps that runner alive
     gc.collect()
     assert speed.ToString("#0.0") and general.UpperLapTotal > 0
     assert files.FileLoadFilter
@@ -432,8 +513,8 @@ def test_threads_with_roots_of_their_own(event, tmp_path):
     assert together == [serve(number) for number in range(8)]
 
 
-# Each call waits for another thread that has not run yet: with the interpreter's lock held it would
-# wait for ever.
+# Each call waits for another thread that has not run yet. A call that held the interpreter's lock
+# would wait forever.
 WAITING_CALLS = """
 import os, sys, threading
 import keltrun2 as kr
@@ -478,7 +559,7 @@ def test_other_threads_run_during_long_calls(event, tmp_path, call):
                    timeout=60)
 
 
-# Not bound: what is only for C++.
+# Declarations that are only for C++ and therefore not bound.
 CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "Startup"}
 CPP_KINDS = {"define", "typedef"}
 
@@ -543,6 +624,11 @@ def test_every_member_is_documented():
 def test_stubs_name_everything_and_are_valid():
     path = pathlib.Path(kr.__file__).with_name("_native.pyi")
     stub = ast.parse(path.read_text(encoding="utf-8"))
-    named = {node.name for node in stub.body if isinstance(node, (ast.ClassDef, ast.FunctionDef))}
-    named |= {node.target.id for node in stub.body if isinstance(node, ast.AnnAssign)}
-    assert {name for name in vars(kr._native) if not name.startswith("_")} == named
+    names = {node.name for node in stub.body if isinstance(node, (ast.ClassDef, ast.FunctionDef))}
+    names |= {node.target.id for node in stub.body if isinstance(node, ast.AnnAssign)}
+    assert {name for name in vars(kr._native) if not name.startswith("_")} == names - {"__version__"}
+    text = ast.unparse(stub)
+    for signature in ("__iter__(self) -> typing.Iterator[clsAnalyzedRunnerData]", "__version__: str",
+                      "__getitem__(self, arg0: slice) -> list[int]",
+                      "classes(self) -> list[clsClassData]"):
+        assert signature in text
