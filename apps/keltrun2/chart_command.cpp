@@ -15,7 +15,7 @@
 namespace keltrun::cli {
 namespace {
 
-// Colours of highlighted runners that are told apart on white, also by most colour-blind eyes.
+// Colors of highlighted runners that can be told apart on white, even by most color-blind people.
 constexpr std::array<Color, 8> kHighlightColors = {0x2020D0, 0xD06000, 0x208020, 0xA02090,
                                                    0x0080E0, 0xA0A000, 0x404080, 0x707070};
 constexpr std::int32_t kHighlightWidth = 3;
@@ -29,7 +29,7 @@ PictureFormatConst Format(const std::string& file) {
 
 std::string WithoutBlanks(const std::string& word) {
   const std::size_t begin = word.find_first_not_of(' ');
-  if (begin == std::string::npos) throw CommandError("--highlight names nobody", kWrongUse);
+  if (begin == std::string::npos) throw CommandError("--highlight has an empty name", kWrongUse);
   return word.substr(begin, word.find_last_not_of(' ') - begin + 1);
 }
 
@@ -55,7 +55,7 @@ std::vector<std::int32_t> RunnersOf(const clsAnalyzer& analyzer, const std::stri
   if (!found.empty()) return found;
   throw CommandError(position ? "there is no runner " + word + ": the analysis has " +
                                     std::to_string(analyzer.Count())
-                              : "no runner's name holds \"" + word + "\"");
+                              : "no runner's name contains \"" + word + "\"");
 }
 
 void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOptions& options) {
@@ -66,7 +66,7 @@ void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOp
                              kHighlightWidth, KR_CHART_FLAG_NAME | KR_CHART_FLAG_LEGEND);
     }
   }
-  // Highlighting takes nobody's name away.
+  // Highlighting must not hide the names of other runners.
   const bool highlighted = !options.highlight.empty();
   if (!options.names && (!highlighted || analyzer.Count() > kMostNamesUnasked)) return;
   for (std::int32_t i = 1; i <= analyzer.Count(); ++i) {

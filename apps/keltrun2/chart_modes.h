@@ -14,7 +14,7 @@ std::vector<std::string> ChartModeNames();
 /// The mode of one of these words.
 KrChartModeConst ChartMode(const std::string& name);
 
-/// Words as the list of mode numbers of a site ("0,2,5"); "all" is every mode.
+/// Words as the list of mode numbers that a site takes ("0,2,5"); "all" means every mode.
 std::string ChartModeNumbers(const std::vector<std::string>& names);
 
 }  // namespace keltrun::cli

@@ -19,7 +19,7 @@ std::vector<std::string> LinesOf(const std::string& text) {
   return lines;
 }
 
-// "clsFileControl.LoadOEvent" and nothing else.
+// A line such as "clsFileControl.LoadOEvent" and nothing else.
 bool IsOperation(const std::string& line) {
   return line.starts_with("cls") && line.find('.') != std::string::npos &&
          std::all_of(line.begin(), line.end(), [](char c) {

@@ -23,8 +23,8 @@ class CommandError : public std::runtime_error {
 };
 
 /// An error text of the component as the program shows it, in one language: what happened, in
-/// English, or else the general message, in the language of the texts. The lines that name the
-/// component's operations are left out.
+/// English, or, if the text does not say that, the general message in the language of the texts.
+/// The lines that name the component's operations are left out.
 std::string ReasonOf(const std::string& error_comment);
 
 }  // namespace keltrun::cli

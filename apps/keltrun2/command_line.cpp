@@ -22,21 +22,21 @@ namespace {
 constexpr std::int32_t kLastCourse = std::numeric_limits<std::int32_t>::max();
 
 constexpr char kDescription[] =
-    "Analyses orienteering split times and publishes them as HTML pages.";
+    "Analyzes orienteering split times and publishes them as HTML pages.";
 constexpr char kFooter[] =
     "Examples:\n"
     "  keltrun2 site event.lxm public_html        the event as a web site\n"
-    "  keltrun2 info event.lxm                    what the event holds\n"
+    "  keltrun2 info event.lxm                    what is in the event\n"
     "  keltrun2 analyze event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 results event.lxm --as json | jq .\n"
     "\"keltrun2 COMMAND --help\" explains a command.\n"
-    "The program ends with 0 when it is done, 1 when it failed, 2 when it was used wrongly.";
+    "Exit codes are 0 for success, 1 for failure and 2 for wrong use.";
 
 constexpr char kSiteFooter[] =
     "The folder gets index.html, pages with results, splits and legs of each class, copies of the\n"
-    "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, with --add\n"
-    "too, except an index.html or style.css that this program did not make: give each of several\n"
-    "events in one folder a --prefix.\n"
+    "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, even with\n"
+    "--add, except an index.html or style.css that this program did not make: when a folder has\n"
+    "several events, give each of them a --prefix.\n"
     "Examples:\n"
     "  keltrun2 site event.lxm public_html\n"
     "  keltrun2 site event.lxm public_html --charts all --courses\n"
@@ -50,39 +50,41 @@ constexpr char kInfoFooter[] =
 constexpr char kConvertFooter[] =
     "Reads native lap files, their previous generation, SPORTident results printouts, OEvent "
     "split\n"
-    "lists, comma-separated result lists, and LZH archives of lap files. The ending of the output "
-    "is\n"
-    "its format: .lxm native, .lap previous generation, .xml IOF XML 2.0.3 result list, .lzh "
-    "archive.\n"
+    "lists, comma-separated result lists, and LZH archives of lap files. The ending of the output\n"
+    "chooses its format: .lxm native, .lap previous generation, .xml IOF XML 2.0.3 result list,\n"
+    ".lzh archive.\n"
     "Examples:\n"
     "  keltrun2 convert sportident.txt event.lxm\n"
     "  keltrun2 convert event.lxm results.xml --force";
 constexpr char kMergeFooter[] =
-    "An import-only text adds clubs and sexes to the runners of a name in every class; there only\n"
-    "blanks do not count.\n"
+    "An import-only text adds clubs and sexes to the runners with a name in every class; in it "
+    "only\n"
+    "blanks are ignored when names are compared.\n"
     "Examples:\n"
     "  keltrun2 merge event.lxm import.txt -o out.lxm --match name --prefer new\n"
     "  keltrun2 merge day.lxm late.lxm -o all.lxm --match none\n"
     "  keltrun2 merge event.lxm cards.lxm -o out.lxm --match id --known-only";
 constexpr char kAnalyzeFooter[] =
-    "HTML is the page of one class or course. JSON is one object for a class or course that is\n"
-    "named, otherwise an array with one object per class and per course that classes share.\n"
+    "HTML is the page of one class, course or segment. JSON is one object if one of them is "
+    "named,\n"
+    "otherwise an array with one object for each class and each course that classes share.\n"
     "Examples:\n"
     "  keltrun2 analyze event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 analyze event.lxm --course 3 --as json | jq .set\n"
     "  keltrun2 analyze event.lxm --all --as json -o analysis.json --force";
 constexpr char kResultsFooter[] =
-    "HTML and text hold the class, course or segment that is named, otherwise the lists of all\n"
-    "classes; JSON then holds every course that classes share, too.\n"
+    "The output is the class, course or segment that is named, otherwise the lists of all "
+    "classes;\n"
+    "JSON then also has every course that classes share.\n"
     "Examples:\n"
     "  keltrun2 results event.lxm --as text\n"
     "  keltrun2 results event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 results event.lxm --as json | jq .";
 
 constexpr char kChartFooter[] =
-    "The modes normal, realtime, relative, relative110 and relative130 draw a line a runner down "
-    "the\n"
-    "course; missrate, halfratio and map draw a mark a runner.\n"
+    "The modes normal, realtime, relative, relative110 and relative130 draw a line down the "
+    "course\n"
+    "for each runner; missrate, halfratio and map draw a mark for each runner.\n"
     "Examples:\n"
     "  keltrun2 chart event.lxm --class M21A --mode normal -o chart.png\n"
     "  keltrun2 chart event.lxm --class M21A --mode map --highlight 12,15 -o map.svg\n"
@@ -100,7 +102,7 @@ void AddGeneralOptions(CLI::App& app, Options& options) {
       ->capture_default_str()
       ->check(CLI::IsMember({"ja", "en"}).description(""));
   app.add_flag("-q,--quiet", options.quiet,
-               "nothing but errors: no progress bar, remarks or closing line");
+               "show only errors: no progress bar, remarks or closing line");
 }
 
 CLI::Validator KnownCharset() {
@@ -110,7 +112,7 @@ CLI::Validator KnownCharset() {
           clsFileControl().SetInputCharset(name);
           return std::string();
         } catch (const AutomationError&) {
-          return "the charset " + name + " is not known; utf-8, x-sjis and windows-1252 are";
+          return "the charset " + name + " is unknown; use utf-8, x-sjis or windows-1252";
         }
       },
       "");
@@ -120,17 +122,18 @@ CLI::Option* AddEvent(CLI::App& app, Options& options) {
   CLI::Option* event = app.add_option("EVENT", options.event, "lap file; - is standard input")
                            ->type_name("")
                            ->required();
-  app.add_option("--member", options.member, "which lap file of an archive that holds several")
+  app.add_option("--member", options.member,
+                 "which lap file to load from an archive that contains several")
       ->type_name("NAME");
   app.add_option("--input-charset", options.input_charset,
-                 "what a list is written in: utf-8, x-sjis, windows-1252 (default: found out)")
+                 "charset of a list: utf-8, x-sjis, windows-1252 (default: detected)")
       ->type_name("NAME")
       ->check(KnownCharset());
   return event;
 }
 
-// A file name whose ending names a format that can be written; "-" among the endings allows it as a
-// name.
+// A file name whose ending names a format that can be written; with "-" among the endings, "-" is
+// accepted as a name.
 CLI::Validator FileNameEnding(const std::vector<std::string>& endings) {
   return CLI::Validator(
       [endings](const std::string& name) {
@@ -145,7 +148,7 @@ CLI::Validator FileNameEnding(const std::vector<std::string>& endings) {
       "");
 }
 
-// A part of a file name that stays as it is on every system.
+// A part of a file name that is allowed on every system.
 CLI::Validator PlainNamePart() {
   return CLI::Validator(
       [](const std::string& text) {
@@ -154,14 +157,14 @@ CLI::Validator PlainNamePart() {
           return static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
                  kNotInNames.find(c) != std::string_view::npos;
         });
-        return bad ? "must not hold any of " + std::string(kNotInNames) : std::string();
+        return bad ? "must not contain any of " + std::string(kNotInNames) : std::string();
       },
       "");
 }
 
 CLI::Validator LapFileName() { return FileNameEnding({".lxm", ".lap", ".xml", ".lzh"}); }
 
-// A number of a range; the library's own check lets "nan" pass.
+// A number in a range; the check of the library accepts "nan".
 CLI::Validator NumberWithin(float least, float most) {
   return CLI::Validator(
       [least, most](const std::string& text) {
@@ -192,13 +195,13 @@ CLI::Validator TwoNumbers(int least, int most, const std::string& wanted) {
 }
 
 void AddForce(CLI::App& app, Options& options) {
-  app.add_flag("--force", options.force, "replace the file when it is there already");
+  app.add_flag("--force", options.force, "replace the file if it exists already");
 }
 
 // What convert and merge save.
 void AddSaving(CLI::App& app, Options& options) {
   AddForce(app, options);
-  app.add_flag("--full", options.full, "save fixed ranks and ages, too (.lxm)");
+  app.add_flag("--full", options.full, "save fixed ranks and ages as well (.lxm)");
 }
 
 void AddOutput(CLI::App& app, Options& options) {
@@ -223,7 +226,7 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
   return by_class;
 }
 
-// A word out of a few.
+// One of a few words.
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
                        const std::vector<std::string>& words, const std::string& description) {
   return app.add_option(name, word, description)
@@ -240,7 +243,7 @@ void AddForm(CLI::App& app, Options& options, const std::vector<std::string>& fo
           [](const std::string& url) {
             return url.find_first_of("\"<>") == std::string::npos
                        ? std::string()
-                       : std::string("an address must not hold quotes or angle brackets");
+                       : std::string("an address must not contain quotes or angle brackets");
           },
           ""));
 }
@@ -265,64 +268,65 @@ void AddMergeOptions(CLI::App& app, Options& options) {
       ->check(LapFileName());
   AddSaving(app, options);
   app.add_option("--match", options.match,
-                 "how a runner of the import is recognised in the class: by name (blanks and the\n"
-                 "case of the letters A to Z do not count), by id, or not at all: then everybody\n"
-                 "is added")
+                 "how a runner of the import is recognized in the class: by name (blanks and the\n"
+                 "case of the letters A to Z are ignored), by id, or not at all, which adds\n"
+                 "every runner")
       ->type_name("name|id|none")
       ->check(CLI::IsMember({"name", "id", "none"}).description(""))
       ->capture_default_str();
   app.add_option_function<std::string>(
          "--prefer", [&options](const std::string& word) { options.prefer_new = word == "new"; },
-         "which value counts where both have one (default old)")
+         "which value to keep where both files have one (default old)")
       ->type_name("old|new")
       ->check(CLI::IsMember({"old", "new"}).description(""));
   app.add_flag("--known-only", options.known_only, "leave out runners who are not in the event");
   app.add_option_function<std::string>(
          "--ranks", [&options](const std::string& word) { options.renew_ranks = word == "renew"; },
-         "official ranks of a class that changes: renewed where they were exactly those of\n"
-         "the results, else told that they may be stale (default); or all kept")
+         "official ranks of a class that changes: renewed if they were exactly those of the\n"
+         "results, otherwise kept with a remark that they may be stale (default); or all kept")
       ->type_name("renew|keep")
       ->check(CLI::IsMember({"renew", "keep"}).description(""));
 }
 
 void AddSiteOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
-  app.add_option("DIR", options.folder, "folder of the site, made when it does not exist")
+  app.add_option("DIR", options.folder, "folder of the site, created if it does not exist")
       ->type_name("")
       ->required();
-  app.add_flag("--courses", options.courses, "pages for courses that classes share, too");
+  app.add_flag("--courses", options.courses, "make pages for courses that classes share as well");
   app.add_option("--style", options.style_file,
-                 "style sheet to publish as style.css; none for pages without one")
+                 "style sheet to publish as style.css; none makes pages without one")
       ->type_name("FILE|none");
-  app.add_option("--prefix", options.prefix, "in front of the names of all pages but the index")
+  app.add_option("--prefix", options.prefix, "text before the names of all pages except the index")
       ->type_name("TEXT")
       ->check(PlainNamePart());
   app.add_flag_callback(
-      "--no-legs", [&options] { options.legs = false; }, "no pages about the legs");
+      "--no-legs", [&options] { options.legs = false; }, "make no pages about the legs");
   auto charts = ChartModeNames();
   charts.push_back("all");
   app.add_option("--charts", options.charts,
-                 "pages with these charts: all, or some of " + Joined(ChartModeNames(), ", "))
+                 "make pages with these charts: all, or some of " + Joined(ChartModeNames(), ", "))
       ->type_name("MODES")
       ->delimiter(',')
       ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
-  app.add_flag("--viewer", options.viewer, "viewer.html, one page to browse in tables and charts");
-  AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "what the pages are written in")
+  app.add_flag("--viewer", options.viewer,
+               "make viewer.html, one page with tables and charts to browse");
+  AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "charset of the pages")
       ->capture_default_str();
   app.add_flag("--add", options.add,
-               "keep an index.html that is there and put the event in front, or in the place that\n"
-               "an event of the same --prefix has; a style.css that is not ours stays, too");
+               "keep an existing index.html and put the event first in it, or in the place of an\n"
+               "event with the same --prefix; keep a style.css that this program did not make");
   app.add_flag("--force", options.force,
                "replace an index.html or style.css that this program did not make");
   app.add_flag_callback(
       "--no-official-site", [&options] { options.official_site = false; },
-      "no link from the index to the event's own web site");
+      "do not link the event's own web site from the index");
 }
 
 void AddInfoOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
-  app.add_flag("--json", options.json, "JSON in place of a summary to read");
+  app.add_flag("--json", options.json, "write JSON instead of a summary");
   AddOutput(app, options);
 }
 
@@ -331,7 +335,7 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
   CLI::Option* by_class = AddDataSet(app, options);
   AddForm(app, options, {"html", "legs", "mail", "macro-csv", "splitsbrowser", "json"});
   app.add_flag("--all")
-      ->description("every class and every shared course, which is what naming none means")
+      ->description("every class and every shared course (the default)")
       ->excludes(by_class)
       ->excludes("--course")
       ->excludes("--segment");
@@ -365,11 +369,11 @@ void AddChartOptions(CLI::App& app, Options& options) {
   AddDataSet(app, options);
   AddChoice(app, "--mode", chart.mode, ChartModeNames(), "kind of chart")->capture_default_str();
   app.add_option("--highlight", chart.highlight,
-                 "runners to draw in colour: their positions in the analysis, or parts of names")
+                 "runners to draw in color: their positions in the analysis, or parts of names")
       ->type_name("RUNNERS")
       ->delimiter(',')
       ->allow_extra_args(false);
-  app.add_flag("--names", chart.names, "every runner's name at his line or mark");
+  app.add_flag("--names", chart.names, "write every runner's name at the line or mark");
   AddSize(app, chart);
   const auto add_number = [&app](const char* name, float& value, float least, float most,
                                  const char* description) {
@@ -378,8 +382,8 @@ void AddChartOptions(CLI::App& app, Options& options) {
         ->check(NumberWithin(least, most))
         ->capture_default_str();
   };
-  add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "times as wide as the picture");
-  add_number("--zoom-y", chart.zoom_y, 1, 100, "times as high as the picture");
+  add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "width of the chart, in picture widths");
+  add_number("--zoom-y", chart.zoom_y, 1, 100, "height of the chart, in picture heights");
   add_number("--scroll-x", chart.scroll_x, 0, 1, "part of a zoomed chart: 0 left, 1 right");
   add_number("--scroll-y", chart.scroll_y, 0, 1, "part of a zoomed chart: 0 top, 1 bottom");
   app.add_option("-o,--output", options.output,
@@ -393,7 +397,7 @@ void AddChartOptions(CLI::App& app, Options& options) {
 void AddPrintOptions(CLI::App& app, Options& options) {
   PrintOptions& print = options.print;
   CLI::Option* list = app.add_flag("--list-printers", print.list_printers,
-                                   "show the names of the printers and end");
+                                   "show the names of the printers and exit");
   AddEvent(app, options)->required(false);
   AddDataSet(app, options);
   AddChoice(app, "--what", print.what, {"results", "analysis"}, "what to print")
@@ -404,8 +408,8 @@ void AddPrintOptions(CLI::App& app, Options& options) {
   AddChoice(app, "--paper", print.paper, {"A3", "A4", "A5", "B4", "B5", "Letter", "Legal"},
             "paper size")
       ->capture_default_str();
-  app.add_flag("--landscape", print.landscape, "the sheet lies on its side");
-  app.add_option("--per-sheet", print.per_sheet, "pages on a sheet: side by side x one below other")
+  app.add_flag("--landscape", print.landscape, "landscape orientation");
+  app.add_option("--per-sheet", print.per_sheet, "pages on a sheet: columns x rows")
       ->type_name("COLSxROWS")
       ->check(TwoNumbers(1, 10, "a number of columns and rows such as 2x1, each from 1 to 10"))
       ->capture_default_str();
@@ -417,11 +421,11 @@ void AddPrintOptions(CLI::App& app, Options& options) {
       ->type_name("NUMBER")
       ->check(NumberWithin(1, 10))
       ->capture_default_str();
-  app.add_flag("--ids", print.ids, "result lists with the runners' numbers");
-  app.add_flag("--ages", print.ages, "result lists with the runners' ages");
-  app.add_flag("--new-pages", print.new_pages, "each result list on a page of its own");
+  app.add_flag("--ids", print.ids, "show the runners' numbers in result lists");
+  app.add_flag("--ages", print.ages, "show the runners' ages in result lists");
+  app.add_flag("--new-pages", print.new_pages, "start each result list on a new page");
   CLI::Option* printer =
-      app.add_option("--printer", print.printer, "print on this printer")->type_name("NAME");
+      app.add_option("--printer", print.printer, "printer to print on")->type_name("NAME");
   app.add_option("-o,--output", options.output, "PDF file to write; - is standard output")
       ->type_name("FILE")
       ->check(FileNameEnding({"-", ".pdf"}))
@@ -453,12 +457,13 @@ constexpr CommandEntry kCommands[] = {
      ConvertEvent},
     {"merge", "Add what another file knows to the event", kMergeFooter, AddMergeOptions,
      MergeEvents},
-    {"info", "Show what the event holds", kInfoFooter, AddInfoOptions, ShowInfo},
-    {"analyze", "Write the split analysis of a class or course", kAnalyzeFooter, AddAnalyzeOptions,
-     WriteAnalysis},
-    {"results", "Write the result list of a class or course", kResultsFooter, AddResultsOptions,
-     WriteResults},
-    {"chart", "Draw a chart of a class or course", kChartFooter, AddChartOptions, DrawChart},
+    {"info", "Show what is in the event", kInfoFooter, AddInfoOptions, ShowInfo},
+    {"analyze", "Write the split analysis of a class, course or segment", kAnalyzeFooter,
+     AddAnalyzeOptions, WriteAnalysis},
+    {"results", "Write the result list of a class, course or segment", kResultsFooter,
+     AddResultsOptions, WriteResults},
+    {"chart", "Draw a chart of a class, course or segment", kChartFooter, AddChartOptions,
+     DrawChart},
     {"print", "Print result lists or analyses", kPrintFooter, AddPrintOptions, PrintPages},
 };
 
@@ -474,14 +479,14 @@ void AddCommands(CLI::App& app, CommandLine& line) {
 }
 
 void SetWords(CLI::App& app) {
-  app.set_version_flag("--version", ProgramVersion, "show the version and end");
-  app.set_help_flag("-h,--help", "show this help and end");
+  app.set_version_flag("--version", ProgramVersion, "show the version and exit");
+  app.set_help_flag("-h,--help", "show this help and exit");
   app.get_formatter()->label("REQUIRED", "(required)");
   app.get_formatter()->label("Excludes", "not with");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
-// The word that stands where a command should, or "".
+// The word in the place of a command that is none, or "".
 std::string UnknownCommand(const CLI::App& app) {
   const std::vector<std::string> words = app.remaining();
   const bool unknown = app.get_subcommands().empty() && !words.empty();
@@ -491,7 +496,7 @@ std::string UnknownCommand(const CLI::App& app) {
 std::string CommandNames() {
   std::vector<std::string> names;
   for (const CommandEntry& entry : kCommands) names.emplace_back(entry.name);
-  return CLI::detail::join(names, ", ");
+  return Joined(names, ", ");
 }
 
 int ExplainWrongUse(const CLI::App& app, const std::string& text) {

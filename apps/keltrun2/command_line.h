@@ -15,7 +15,8 @@ struct CommandLine {
 };
 
 /// The command line, or the exit code when there is nothing more to do: after --help and --version,
-/// whose text is on standard output then, and after wrong use, explained on standard error.
+/// whose text is then on standard output, and after wrong use, which is explained on standard
+/// error.
 std::variant<CommandLine, int> ReadCommandLine(int argc, char** argv);
 
 }  // namespace keltrun::cli

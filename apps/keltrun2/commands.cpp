@@ -31,7 +31,7 @@ constexpr std::string_view kIndexStart = "<!-- ### KELTRUN START ### -->";
 constexpr std::string_view kIndexFinish = "<!-- ### KELTRUN FINISH ### -->";
 constexpr char kPageEncoding[] = "utf-8";  // the host has texts in UTF-8 and writes them so
 
-// The folder with "/" only, as the library reads it, and at the end of it.
+// The folder with "/" only, as the library reads it, and with one at the end.
 std::string SiteFolder(std::string folder) {
   if (folder.empty()) throw CommandError("the name of the folder is empty", kWrongUse);
   std::replace(folder.begin(), folder.end(), '\\', '/');
@@ -98,7 +98,7 @@ void CheckIndex(const std::string& file, const Options& options, const std::stri
                      "put the event in front with --add, or replace the page with --force");
 }
 
-// Whether the style sheet is to be written. --add keeps what is there as it keeps the index.
+// Whether the style sheet is to be written. --add keeps one that is there, as it keeps the index.
 bool ReplacesStyle(const std::string& file, const std::string& style, const Options& options) {
   std::error_code none;
   if (options.force || !std::filesystem::exists(file, none)) return true;
@@ -117,7 +117,7 @@ std::string SiteStyle(const Options& options) {
   return ReadInput(options.style_file);
 }
 
-// Why it could not be written, or "".
+// Why the file could not be written, or "".
 std::string WriteStyle(const std::string& file, const std::string& style) {
   try {
     WriteOutput(file, style);
@@ -182,7 +182,7 @@ std::string ResultListsJson(const clsKeltrun2& root, const Options& options) {
   return root.TextControl()->OutputResultJson(sets);
 }
 
-// HTML whose characters beyond ASCII are written as references, right in every charset.
+// HTML whose characters beyond ASCII are written as references, which are right in every charset.
 std::string WithCharacterReferences(std::string_view html) {
   std::string out;
   for (std::size_t i = 0; i < html.size();) {
@@ -214,7 +214,7 @@ std::string AnalysisText(const clsKeltrun2& root, const Options& options,
   return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);
 }
 
-// What a page shows.
+// The contents of the body of a page.
 std::string_view BodyOf(std::string_view page) {
   constexpr std::string_view kBegin = "<body>";
   const std::size_t begin = page.find(kBegin);
@@ -223,7 +223,7 @@ std::string_view BodyOf(std::string_view page) {
   return page.substr(0, page.rfind("</body>"));
 }
 
-// One page: the last list's, with the others above it.
+// One page: that of the last list, with the other lists above it.
 std::string ResultsPage(const clsKeltrun2& root, const Options& options,
                         const std::vector<ChosenSet>& sets) {
   const auto page = [&](const ChosenSet& choice, std::string_view above) {
@@ -248,7 +248,7 @@ std::string ResultsText(const clsKeltrun2& root, const Options& options) {
   return text;
 }
 
-// The ending of the name is the format. What it has no place for is told.
+// The ending of the name chooses the format. Remarks name what the format has no place for.
 void SaveEvent(clsKeltrun2& root, const Options& options) {
   const auto mode = options.full ? KR_SAVEMODE_FULL : KR_SAVEMODE_NORMAL;
   const auto& files = root.FileControl();
@@ -275,7 +275,8 @@ void PublishSite(clsKeltrun2& root, const Options& options) {
   CheckEventIsKept(options, outputs, "choose another folder, or a --prefix");
   std::string failures = writes_style ? WriteStyle(style_file, style) : "";
   const bool begun = root.FileControl()->OutputSite(site);
-  // The export goes on past a file that it cannot write; all such files are told at the end.
+  // The export goes on after a file that it cannot write; the error at the end lists all such
+  // files.
   failures += ReasonOf(root.ErrorComment());
   if (!begun || !failures.empty()) throw CommandError(failures);
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';

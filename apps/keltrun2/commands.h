@@ -6,24 +6,24 @@
 
 namespace keltrun::cli {
 
-/// Does the whole work of a command. Throws CommandError when it could not be done.
+/// Does all the work of a command. Throws CommandError when it cannot be done.
 using Command = void (*)(clsKeltrun2& root, const Options& options);
 
-/// The event as a web site in a folder.
+/// Publishes the event as a web site in a folder.
 void PublishSite(clsKeltrun2& root, const Options& options);
-/// The event in another format.
+/// Writes the event in another format.
 void ConvertEvent(clsKeltrun2& root, const Options& options);
-/// The event with what another file knows of it.
+/// Writes the event with what another file adds to it.
 void MergeEvents(clsKeltrun2& root, const Options& options);
-/// What the event holds, to read or as JSON.
+/// Shows what is in the event, as a summary or as JSON.
 void ShowInfo(clsKeltrun2& root, const Options& options);
-/// Analyses as a page or as JSON.
+/// Writes analyses as a page, as text or as JSON.
 void WriteAnalysis(clsKeltrun2& root, const Options& options);
-/// Result lists as a page or as JSON.
+/// Writes result lists as a page, as text or as JSON.
 void WriteResults(clsKeltrun2& root, const Options& options);
-/// A chart as a picture file.
+/// Draws a chart into a picture file.
 void DrawChart(clsKeltrun2& root, const Options& options);
-/// Result lists or analyses as a PDF document or on a printer.
+/// Prints result lists or analyses to a PDF document or on a printer.
 void PrintPages(clsKeltrun2& root, const Options& options);
 
 }  // namespace keltrun::cli

@@ -9,8 +9,8 @@
 namespace keltrun::cli {
 namespace {
 
-// The class of a name; where there is none, the first that differs in width only: pages show narrow
-// letters wide.
+// The class with this name. If there is none, the first one that differs only in the width of
+// letters, because pages show narrow letters wide.
 std::shared_ptr<clsClassData> ClassOf(const clsKeltrun2& root, const std::string& name) {
   if (auto klass = root.ClassData(name)) return klass;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
@@ -45,7 +45,7 @@ std::map<std::int32_t, std::string> CoursesWithClasses(const clsKeltrun2& root) 
 ChosenSet FindCourse(const clsKeltrun2& root, std::int32_t number) {
   const auto courses = CoursesWithClasses(root);
   if (courses.contains(number)) return {DataSetKind::kCourse, number, nullptr};
-  if (courses.empty()) throw CommandError("no class of the event names a course");
+  if (courses.empty()) throw CommandError("no class of the event has a course");
   std::string names;
   for (const auto& [course, classes] : courses) {
     names += "\n  " + std::to_string(course) + ":" + classes;
@@ -70,7 +70,8 @@ ChosenSet FromChoice(const ClassAndCourseValue& choice) {
   return {DataSetKind::kCourse, choice.CourseNum, nullptr};
 }
 
-// Puts the runners of a class or course into an empty data set; those of a segment are in it.
+// Puts the runners of a class or course into an empty data set; the data set of a segment has its
+// runners already.
 void Fill(DataSet& set, const ChosenSet& choice) {
   if (choice.kind == DataSetKind::kClass) {
     set.AddClass(choice.number);

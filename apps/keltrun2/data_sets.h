@@ -20,17 +20,18 @@ struct ChosenSet {
 /// True when the user named one set.
 bool NamesOneSet(const Options& options);
 
-/// The set that the user named, otherwise all classes and shared courses that the event offers.
-/// Throws CommandError with the names there are for an unknown one.
+/// The set that the user named, otherwise all classes and shared courses of the event. For an
+/// unknown name it throws CommandError with the names that there are.
 std::vector<ChosenSet> ChosenSets(const clsKeltrun2& root, const Options& options);
 
-/// The set that the user named, otherwise all classes: a runner stands in one list only.
+/// The set that the user named, otherwise all classes, so that each runner is in one list only.
 std::vector<ChosenSet> NamedSetOrClasses(const clsKeltrun2& root, const Options& options);
 
-/// The one set of a page. Throws CommandError when the user named none and there are several.
+/// The single set of a page. Throws CommandError when the user named none and there are several.
 ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 
-/// The course of a class or course; null for a segment, and where the event does not hold it.
+/// The course of a class or course; null for a segment, and when the event does not have the
+/// course.
 std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet& choice);
 
 /// The analysis of a set, executed.

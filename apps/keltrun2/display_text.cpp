@@ -13,7 +13,8 @@ namespace {
 constexpr std::size_t kLabelColumns = 9;
 constexpr std::string_view kIndent = "  ";
 
-// Character functions read UTF-8 whatever the environment says, while one of these lives.
+// While an object of this class exists, character functions read UTF-8 whatever the environment
+// says.
 class Utf8Locale {
  public:
   Utf8Locale() : previous_(uselocale(Utf8())) {}
@@ -47,7 +48,7 @@ struct Shown {
   std::size_t columns = 0;
 };
 
-// Characters without a width would move the cursor or worse; a file can hold any.
+// Characters without a width could move the cursor or worse, and a file can contain any of them.
 Shown MakeShown(std::string_view text) {
   const Utf8Locale locale;
   Shown shown;

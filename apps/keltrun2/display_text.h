@@ -33,7 +33,7 @@ class TextTable {
 /// A text without characters that would move the cursor or command the terminal: they show as "?".
 std::string Printable(std::string_view text);
 
-/// A form in which names that differ in letter case and in the width of letters only are equal.
+/// A form in which names are equal that differ only in letter case and in the width of letters.
 std::wstring FoldedName(std::string_view name);
 
 /// A line "Label   text" of a list of facts; nothing for an empty text.

@@ -22,8 +22,8 @@ namespace {
 
 constexpr char kStandardInput[] = "standard input";
 
-// The name that what a pipe brings would have as a file: its ending tells archives and XML apart
-// from texts, which are known by their content.
+// The name that data from a pipe would have as a file: its ending distinguishes archives and XML
+// from texts, which are recognized by their content.
 std::string NameForContent(std::string_view bytes) {
   constexpr std::string_view kMarksAndBlanks = "\xEF\xBB\xBF\xFF\xFE \t\r\n\0";
   const std::size_t begin = bytes.find_first_not_of(std::string_view(kMarksAndBlanks.data(), 10));
@@ -32,7 +32,7 @@ std::string NameForContent(std::string_view bytes) {
   return std::string(kStandardInput) + (archive ? ".lzh" : xml ? ".lxm" : ".txt");
 }
 
-// Standard input as a file, for what readers take of files only: any charset, and archives.
+// Standard input as a file, because only files may be in any charset or be archives.
 class StandardInputFile {
  public:
   StandardInputFile() {
@@ -42,7 +42,7 @@ class StandardInputFile {
     folder_ = (std::filesystem::temp_directory_path(none) / "keltrun2-XXXXXX").string();
     if (mkdtemp(folder_.data()) == nullptr) {
       throw CommandError("cannot make a folder for standard input, " + folder_ + ": " +
-                         std::strerror(errno) + "; TMPDIR names another place");
+                         std::strerror(errno) + "; set TMPDIR to another folder");
     }
     name_ = NameForContent(bytes);
     WriteOutput(Path(), bytes);
@@ -57,7 +57,7 @@ class StandardInputFile {
   const std::string& Name() const { return name_; }
   std::string Path() const { return folder_ + "/" + name_; }
 
-  // A text without the folder, which the user never heard of.
+  // A text without the folder, which means nothing to the user.
   std::string WithoutFolder(std::string text) const {
     for (std::size_t at; (at = text.find(folder_ + "/")) != std::string::npos;) {
       text.erase(at, folder_.size() + 1);
@@ -69,7 +69,7 @@ class StandardInputFile {
   std::string folder_, name_;
 };
 
-// Shows the component's windows as before, but knows which lap file of an archive is wanted.
+// Shows the component's windows as before, but answers which lap file of an archive is wanted.
 class MemberWindows : public HostWindows {
  public:
   explicit MemberWindows(std::string member)
@@ -94,7 +94,7 @@ class MemberWindows : public HostWindows {
   std::optional<std::size_t> Ask(std::string_view caption, const std::vector<std::string>& names) {
     const auto chosen = others_->ChooseName(caption, names);
     if (chosen) return chosen;
-    ListNames("it holds several lap files: choose one with --member", names);
+    ListNames("it contains several lap files: choose one with --member", names);
   }
 
   [[noreturn]] static void ListNames(std::string text, const std::vector<std::string>& names) {
@@ -132,8 +132,8 @@ void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mod
   if (root.FileName() == input.Path()) root.SetFileName(input.Name());
 }
 
-// The load mode in the words of the options. An import of clubs and sexes needs the mode that
-// matches by name, or the one that matches nobody.
+// The load mode that the options name. An import of clubs and sexes needs the mode that matches by
+// name, or the one that matches no runner.
 KrLapFileLoadModeCosnt MergeMode(const Options& options) {
   auto mode = options.match == "id"     ? KR_LOADMODE_MERGE_ID
               : options.match == "name" ? KR_LOADMODE_MERGE_NAME

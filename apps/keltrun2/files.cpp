@@ -66,15 +66,16 @@ void WriteDirectly(const std::string& name, std::string_view bytes) {
   if (!file || !WriteAll(file.get(), bytes)) Fail("write", name, errno);
 }
 
-// Behind links, so that a link stays a link.
+// The file that links lead to, so that a link stays a link.
 fs::path ReplacedFile(const std::string& name) {
   std::error_code code;
   const fs::path target = fs::canonical(name, code);
   return code ? fs::path(name) : target;
 }
 
-// A new file in a folder, removed unless it gets its final name. The name is random and nobody's: a
-// second program may write into the folder at the same time, even one of the same process number.
+// A new file in a folder, removed unless it gets its final name. Its name is random and not in use:
+// a second program may write into the folder at the same time, even one with the same process
+// number.
 class TemporaryFile {
  public:
   // Throws std::system_error, as the other members do.
@@ -100,7 +101,7 @@ class TemporaryFile {
       bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
     }
   }
-  // The bytes are on the disk before the old file goes.
+  // The bytes are on the disk before the old file is replaced.
   void Replace(const fs::path& target) {
     Check(fsync(handle_) == 0 || errno == EINVAL || errno == ENOTSUP);
     Check(close(std::exchange(handle_, -1)) == 0);
@@ -172,7 +173,7 @@ void CheckOutput(const Options& options) {
   if (options.output == kStandardStream || !fs::exists(options.output, code)) return;
   if (fs::is_directory(options.output, code)) Fail("write", options.output, EISDIR);
   if (options.force || IsDevice(options.output)) return;
-  throw CommandError(options.output + " is there already; --force replaces it");
+  throw CommandError(options.output + " exists already; --force replaces it");
 }
 
 void CheckReport(const Options& options) {
@@ -192,7 +193,7 @@ void WriteOutput(const std::string& file, std::string_view bytes) {
 
 void WarnWithoutJapaneseFont(const Options& options) {
   if (options.quiet || HasJapaneseFont()) return;
-  std::cerr << "keltrun2: no font of this system has Japanese letters, they will show as boxes; "
+  std::cerr << "keltrun2: no font of this system has Japanese letters, which will show as boxes; "
                "install the package fonts-ipafont-gothic\n";
 }
 

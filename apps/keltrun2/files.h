@@ -14,24 +14,25 @@ namespace keltrun::cli {
 std::string ReadStandardInput();
 std::string ReadInput(const std::string& file);
 
-/// Makes the folder with its parents unless it is there, and refuses one that takes no files.
+/// Creates the folder with its parents unless it exists, and refuses one that takes no files.
 void MakeFolder(const std::string& folder);
 
-/// Refuses to replace the file that the event comes from, by whatever name, by one of the outputs.
+/// Refuses to replace the file that the event comes from, under whatever name, with an output.
 void CheckEventIsKept(const Options& options, const std::vector<std::string>& outputs,
                       const std::string& advice);
 
-/// Refuses, before any work, an output file that is there already unless it may be replaced.
+/// Refuses, before any work, an output file that exists already unless it may be replaced.
 void CheckOutput(const Options& options);
 
-/// The same for an output that is no lap file: it must not replace the event, not even by --force.
+/// The same for an output that is not a lap file: it must not replace the event, even with --force.
 void CheckReport(const Options& options);
 
-/// Writes the file, or standard output for "-". A file is replaced as a whole, with its permissions
-/// and once the new one is on the disk, so that an old one is still there when writing fails.
+/// Writes the file, or standard output for "-". A file is replaced as a whole and only when the new
+/// one is on the disk, so that the old one is still there when writing fails. The new file gets the
+/// permissions of the old one.
 void WriteOutput(const std::string& file, std::string_view bytes);
 
-/// Says so on standard error, unless asked to be quiet, when Japanese names cannot be drawn.
+/// Warns on standard error, except with --quiet, when Japanese names cannot be drawn.
 void WarnWithoutJapaneseFont(const Options& options);
 
 }  // namespace keltrun::cli

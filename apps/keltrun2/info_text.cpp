@@ -24,7 +24,7 @@ std::string Words(std::initializer_list<std::string> words) {
 
 std::string InBrackets(const std::string& text) { return text.empty() ? "" : "(" + text + ")"; }
 
-// 0 stands for unknown in the numbers of classes.
+// In the numbers of a class 0 means unknown.
 std::string Known(std::int32_t number, const char* unit = "") {
   return number == 0 ? "-" : std::to_string(number) + unit;
 }
@@ -104,8 +104,7 @@ CourseClasses ClassesOf(const clsKeltrun2& root, std::int32_t course) {
   return found;
 }
 
-// The choices by what they stand for: a class name that holds a comma breaks the fields of its
-// text.
+// The choices are resolved to their classes: a comma in a class name breaks the fields of its text.
 void AppendChoices(std::string& out, const clsKeltrun2& root) {
   TextTable table({{"Option"}, {"Runners", kRight}, {"Classes"}});
   const auto choices = root.ClassAndCourseList();

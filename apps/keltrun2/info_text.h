@@ -7,7 +7,7 @@
 
 namespace keltrun::cli {
 
-/// Event, file, classes, courses and what can be analysed.
+/// The event, its file, classes and courses, and what can be analyzed.
 std::string InfoText(const clsKeltrun2& root);
 
 }  // namespace keltrun::cli

@@ -1,4 +1,4 @@
-// The command line host: publishes, analyses and shows lap files.
+// The command-line host: publishes, analyzes and shows lap files.
 #include <malloc.h>
 
 #include <algorithm>
@@ -19,11 +19,11 @@ namespace {
 constexpr std::int32_t kLocaleJapan = 1041;
 constexpr std::int32_t kLocaleUsa = 1033;
 
-// Memory that was freed stays in the process and is handed out again: the first touch of a fresh
-// page costs more than the work done in it, and each page of a site needs a large buffer. A library
-// must leave this to its host; a program that is alone in its process may choose it.
+// Keeps freed memory in the process so that it is used again: the first touch of a fresh page of
+// memory costs more than the work done in it, and each page of a site needs a large buffer. A
+// library must leave this to its host, but a program owns its process.
 void KeepMemory() {
-  mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the most that the C library accepts
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the maximum that the C library accepts
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
 }
 
@@ -35,8 +35,8 @@ void ChooseLanguage(const std::string& language) {
   SetStartup(startup);
 }
 
-// Component texts have lines that end in CR LF, a terminal wants LF; names from a file may hold
-// characters that would command it.
+// Lines of component texts end in CR LF, but a terminal needs LF. Names from a file may contain
+// control characters of the terminal.
 void PrintError(std::string text) {
   std::erase(text, '\r');
   std::cerr << "keltrun2: ";

@@ -18,7 +18,7 @@ struct ChartOptions {
   float scroll_x = 0;  // 0 is the start of a zoomed chart, 1 its end
   float scroll_y = 0;
   std::vector<std::string> highlight;  // positions in the analysis, or parts of names
-  bool names = false;                  // every runner's name at his line or mark
+  bool names = false;                  // every runner's name at the line or mark
 };
 
 /// What is printed, and on what.
@@ -46,7 +46,7 @@ struct Options {
   // The site.
   std::string folder;
   std::string style_file;  // "" is the style sheet of the program, "none" is no style sheet
-  std::string prefix;      // in front of the names of all pages but the index
+  std::string prefix;      // before the names of all pages except the index
   bool courses = false;
   bool add = false;
   bool official_site = true;
@@ -67,17 +67,17 @@ struct Options {
 
   // Loading.
   std::string member;         // which lap file of an archive that holds several
-  std::string input_charset;  // of lists without a mark of their encoding; "" finds it out
+  std::string input_charset;  // of lists without a byte-order mark; "" detects it
 
   // Converting and merging.
-  bool full = false;           // save the fixed ranks and ages, too
+  bool full = false;           // save the fixed ranks and ages as well
   std::string import_file;     // what is merged into the event
-  std::string match = "name";  // how a runner is recognised: "name", "id", or "none"
+  std::string match = "name";  // how a runner is recognized: "name", "id", or "none"
   bool prefer_new = false;     // new values overwrite existing ones
-  bool known_only = false;     // runners who are not there already are left out
+  bool known_only = false;     // runners who are not in the event are left out
   bool renew_ranks = true;     // of classes that were ranked by their results
 
-  // Which data set; nothing set is every one that the event offers.
+  // Which data set; when none of these is set, every one that the event offers.
   std::optional<std::string> class_name;
   std::optional<std::int32_t> course;
   std::optional<std::string> segment;

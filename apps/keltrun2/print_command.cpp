@@ -62,7 +62,7 @@ void SetUpPages(clsPrintBook& book, const Options& options) {
   }
 }
 
-// A course of fewer controls than the set has would leave some without a code.
+// With a course of fewer controls than the set has, some controls would have no code.
 void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> course) {
   if (course && course->ControlCount() >= analyzer.ControlCount) {
     analyzer.SetCourseData(std::move(course));

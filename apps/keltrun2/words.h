@@ -1,4 +1,4 @@
-// What the program does with words and numbers of the command line.
+// Words and numbers of the command line.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@ std::string LowerCase(std::string word);
 /// The words with the separator between them.
 std::string Joined(const std::vector<std::string>& words, const std::string& separator);
 
-/// The number that the whole text is, or nothing. "inf" and "nan" are numbers here.
+/// The number if the whole text is one, or nothing. "inf" and "nan" are numbers here.
 std::optional<float> NumberOf(const std::string& text);
 
 }  // namespace keltrun::cli
