@@ -1,4 +1,5 @@
-// Keltrun2: analysis of orienteering split times. A host includes this and creates a clsKeltrun2.
+// Keltrun2: analysis of orienteering split times. A host includes this header and creates a
+// clsKeltrun2.
 #pragma once
 
 #include "keltrun2/api/keltrun2.h"

@@ -14,7 +14,7 @@
 namespace keltrun {
 namespace {
 
-// The event to work on; null, with an error text, when no root object is there that owns one.
+// The event to work on; null, with an error text, when there is no root object that owns one.
 std::shared_ptr<EventModel> EventOrFail(std::string_view message_key, std::string_view operation) {
   auto model = FindCurrentModel();
   if (!model) {

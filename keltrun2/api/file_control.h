@@ -21,7 +21,7 @@ namespace keltrun {
 /// What a reader added before an error stays in the model.
 class KELTRUN2_API clsFileControl {
  public:
-  /// Hosts do not make the service; they use that of the root object.
+  /// Hosts do not create the service; they use the one of the root object.
   clsFileControl() = default;
   clsFileControl(const clsFileControl&) = delete;
   clsFileControl& operator=(const clsFileControl&) = delete;
@@ -38,10 +38,10 @@ class KELTRUN2_API clsFileControl {
   /// Whether later loads that add to the event renew official ranks.
   void SetRenewRanks(bool Renew) { renew_ranks_ = Renew; }
 
-  /// Publishes the event as a small web site in a folder. False only when the user does not want
-  /// the missing folder created, or when there is no root object; what could not be written is
-  /// listed in ErrorComment, the rest is there, and on the disk when this returns. Raises invalid
-  /// procedure call (5) for a charset that is not known.
+  /// Publishes the event as a small web site in a folder. Returns false only when the user declines
+  /// to create the missing folder or when there is no root object. ErrorComment lists what could
+  /// not be written; everything else is on the disk when this returns. Raises invalid procedure
+  /// call (5) for an unknown charset.
   bool OutputSite(const SiteOptions& Options);
 
   /// Does what OutputSite does, with the options as parameters; `SiteOptions` says what they mean.
@@ -56,45 +56,47 @@ class KELTRUN2_API clsFileControl {
                   std::string_view ChartOption = "", std::string_view LinkStyleFile = "");
 
   /// The names, with the folder, of all files that OutputSite writes with these options, in no
-  /// order and with some that it leaves out where there is nothing to show. Raises invalid
-  /// procedure call (5) for a charset that is not known.
+  /// particular order. Some of them are not written when there is nothing to show. Raises invalid
+  /// procedure call (5) for an unknown charset.
   std::vector<std::string> SiteFiles(const SiteOptions& Options) const;
 
-  /// Loads a lap file, or a lap file's text (UTF-8) given in FileData. With KR_LOADMODE_NORMAL the
-  /// model is cleared first, also when the file then fails to load. The type is detected unless
-  /// given. Of a ".lzh" archive the lap file in it is loaded; of several lap files the host windows
-  /// let the user choose one (`ChooseName`). Runners are sorted by result afterwards. ErrorComment
-  /// is emptied at the start; after a failure it says why, except for IOF XML, which is only
-  /// written: asking for that type gives false alone.
+  /// Loads a lap file, or the text of a lap file (UTF-8) from FileData. With KR_LOADMODE_NORMAL the
+  /// model is cleared first, even when the file then fails to load. The type is detected unless it
+  /// is given. From a ".lzh" archive the lap file in it is loaded; if it contains several, the host
+  /// windows let the user choose one (`ChooseName`). Runners are sorted by result afterwards.
+  /// ErrorComment is emptied at the start; after a failure it says why. Only for the type IOF XML,
+  /// which can be written but not read, the result is false without a text.
   [[nodiscard]] bool LoadLapFile(std::string_view FileName,
                                  KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                                  KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
                                  std::string_view FileData = "");
 
-  /// What the last load noticed without giving up: cells and lines that were taken differently or
-  /// dropped, classes that became one. At most about 2,000.
+  /// What the last load noticed without giving up: cells and lines that were read differently or
+  /// dropped, and classes that became one. At most about 2,000.
   const std::vector<LoadRemark>& LoadRemarks() const { return remarks_; }
 
   /// The charset of lists and printouts that have no byte-order mark: "utf-8", "x-sjis",
-  /// "windows-1252", "iso-8859-1" or another of their names. Empty, as at first, it is found out:
-  /// UTF-8, or Shift-JIS where Japanese words appear, else Windows-1252, with a remark.
+  /// "windows-1252", "iso-8859-1" or another of their names. Empty, which is the initial value,
+  /// means that the charset is detected: UTF-8, or Shift-JIS if Japanese words appear, else
+  /// Windows-1252, with a remark.
   const std::string& InputCharset() const { return input_charset_; }
-  /// Names that charset for later loads; empty, it is found out again. Raises invalid procedure
-  /// call (5) for a charset that is not known.
+  /// Sets that charset for later loads; empty means that it is detected again. Raises invalid
+  /// procedure call (5) for an unknown charset.
   void SetInputCharset(std::string_view InputCharset);
 
-  /// Saves the event. Without a type the extension decides: "lap" the previous generation, "xml"
-  /// IOF XML, everything else the native format. An existing file is replaced only by a complete
-  /// new one that is on the disk, and never by one too large to be read again (native 512 MiB,
-  /// others and in archives 64 MiB). A failure leaves its reason in `clsKeltrun2::ErrorComment`; a
-  /// success leaves there what was there before. Of a ".lzh" archive that could not be written only
-  /// the text tells: the result is that of the lap file in the working folder.
+  /// Saves the event. Without a type the extension decides: "lap" is the previous generation, "xml"
+  /// is IOF XML, and everything else is the native format. An existing file is replaced only by a
+  /// complete new one that is on the disk, and never by one too large to be read again (native 512
+  /// MiB, others and in archives 64 MiB). A failure leaves its reason in
+  /// `clsKeltrun2::ErrorComment`; a success leaves there what was there before. When a ".lzh"
+  /// archive could not be written, only the text says so: the result is that of the lap file in the
+  /// working folder.
   [[nodiscard]] bool SaveLapFile(std::string_view FileName,
                                  KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                                  KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
 
-  /// What the type of the last save had no place for: runners that it leaves out, values that it
-  /// drops, characters that its charset does not have. Empty after a failure.
+  /// What the file type of the last save has no place for: runners that were left out, values that
+  /// were dropped, characters that its charset does not have. Empty after a failure.
   const std::vector<LoadRemark>& SaveRemarks() const { return save_remarks_; }
 
   /// The type to save in for a filter of FileSaveFilter, counted from 1;
@@ -107,8 +109,8 @@ class KELTRUN2_API clsFileControl {
   std::string FileLoadFilter() const;
 
   /// Attaches a handler of the Progress event: 0 at the start of a load or export, percentages as
-  /// it goes on, 100 at its end, also when it fails. While a handler runs, another load or export
-  /// answers false.
+  /// it goes on, 100 at its end, even when it fails. While a handler runs, another load or export
+  /// returns false.
   ProgressHandle OnProgress(ProgressHandler Handler);
 
  private:

@@ -19,7 +19,7 @@ namespace {
 constexpr std::array<std::string_view, 3> kRankColorItems = {
     "PRINT_COLOR_RANK1", "PRINT_COLOR_RANK2", "PRINT_COLOR_RANK3"};
 
-// A colour written as "&H" and up to six hexadecimal digits; anything else is the fallback.
+// A color written as "&H" and up to six hexadecimal digits; anything else gives the fallback.
 Color ParseColor(std::string_view text, Color fallback) {
   const bool is_literal = text.starts_with("&H") || text.starts_with("&h");
   if (!is_literal || text.size() > 8) return fallback;
@@ -31,9 +31,9 @@ Color ParseColor(std::string_view text, Color fallback) {
 
 }  // namespace
 
-// Pictures, printers and grids are the host's: while one is called, the host may clear or let go of
-// everything that it gave. So each member works on an analyzer of its own, which shares the
-// runners, and keeps the other objects.
+// Pictures, printers and grids belong to the host: while one of them is called, the host may clear
+// or release everything that it passed. Therefore each member works on a copy of the analyzer,
+// which shares the runners, and keeps the other objects alive.
 
 void clsGraphicControl::DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                                   const std::shared_ptr<clsChartObject>& ChartObject,

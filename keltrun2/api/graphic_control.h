@@ -19,36 +19,37 @@ namespace keltrun {
 /// (91) and changes nothing.
 class KELTRUN2_API clsGraphicControl {
  public:
-  /// Colours of printed analyses come from Settings, or are the defaults when it is null.
+  /// The colors of printed analyses come from Settings; when it is null, they are the defaults.
   explicit clsGraphicControl(std::shared_ptr<clsConfigControl> Settings = nullptr)
       : settings_(std::move(Settings)) {}
 
-  /// Builds the chart of an executed analysis into ChartObject, which then draws it. Drawn are the
-  /// runners of the selected set. RatioX (0.5 to 10,000) and RatioY (1 to 10,000) zoom, PositionX
-  /// and PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the figures of
-  /// `clsAnalyzer::ExtraAnalyze`, mode 7 those of `clsAnalyzer::Vesmer`.
+  /// Builds the chart of an executed analysis into ChartObject, which then draws it. The chart
+  /// shows the runners of the selected set. RatioX (0.5 to 10,000) and RatioY (1 to 10,000) zoom,
+  /// PositionX and PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the
+  /// figures of `clsAnalyzer::ExtraAnalyze`, mode 7 those of `clsAnalyzer::Vesmer`.
   void DrawChart(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                  const std::shared_ptr<clsChartObject>& ChartObject, KrChartModeConst ChartMode,
                  float RatioX, float RatioY, float PositionX, float PositionY);
 
-  /// Lays a result list out on a print book, below what the current page already holds: title band,
-  /// a line a runner, and a border behind the cut-off rank. LineInterval below 1 is taken as 1. The
-  /// book gets a virtual width of 141, and 5 more with PrintAge, 17 more with PrintID. Its
-  /// PrintedAreaHeight is then where the next list starts; a host that asked for PrintNewPage sets
-  /// it to 0 to start at the top.
+  /// Lays out a result list on a print book, below what is already on the current page: a title
+  /// band, one line for each runner, and a border after the cut-off rank. A LineInterval below 1
+  /// means 1. The book gets a virtual width of 141, plus 5 with PrintAge and 17 with PrintID. Its
+  /// PrintedAreaHeight is then where the next list starts; a host that passes PrintNewPage sets it
+  /// to 0 to start at the top.
   void PrintResult(const std::shared_ptr<clsResultsHolder>& ResultsHolderObject,
                    const std::shared_ptr<clsPrintBook>& PrintBookObject, float LineInterval = 1.5f,
                    bool PrintNewPage = false, bool PrintID = false, bool PrintAge = false);
 
-  /// Lays the selected runners of an executed analysis out on a print book, on pages of their own,
+  /// Lays out the selected runners of an executed analysis on pages of their own in a print book,
   /// in the book's virtual area whatever its size. With a CourseData the labels show its control
-  /// codes; a mix of classes shows the ranks in the set. Laps of rank 1 to 3 are shaded in the
-  /// colours of the settings PRINT_COLOR_RANK1 to PRINT_COLOR_RANK3 ("&HCCCCCC").
+  /// codes; a mix shows the ranks in the data set. Laps of rank 1 to 3 are shaded in the colors of
+  /// the settings PRINT_COLOR_RANK1 to PRINT_COLOR_RANK3 ("&HCCCCCC").
   void PrintAnalysis(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                      const std::shared_ptr<clsPrintBook>& PrintBookObject,
                      KrPrintAnalysisModeConst Mode = KR_PRINT_ANALYSIS_LAP);
 
-  /// Fills the host's grid with an executed analysis: a column a runner, a row a figure.
+  /// Fills the host's grid with an executed analysis: one column for each runner, one row for each
+  /// figure.
   void DrawGrid(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
                 const std::shared_ptr<clsGridObject>& GridObject);
 

@@ -14,8 +14,9 @@
 namespace keltrun {
 
 /// Turns data sets into complete HTML pages, returned as UTF-8 text whose lines end in CR LF. The
-/// charset in Encoding is only declared: whoever writes the file encodes it so. Texts from data are
-/// escaped; TopValue, LinkStyleFile, ChartName and LapFileURL are the host's own HTML.
+/// charset in Encoding is only declared: the caller encodes the text when writing the file. Texts
+/// from data are escaped; TopValue, LinkStyleFile, ChartName and LapFileURL are the host's own HTML
+/// and are not.
 class KELTRUN2_API clsHtmlControl {
  public:
   /// The page of an executed analysis. LinkStyleFile is the address of a style sheet. Raises object
@@ -24,24 +25,23 @@ class KELTRUN2_API clsHtmlControl {
                                            std::string_view LinkStyleFile = "",
                                            std::string_view Encoding = "x-sjis") const;
 
-  /// The page of a result list; TopValue stands above the table. Raises object not set (91) for
-  /// null.
+  /// The page of a result list; TopValue goes above the table. Raises object not set (91) for null.
   [[nodiscard]] std::string OutputResult(const std::shared_ptr<clsResultsHolder>& ResultsHolder,
                                          std::string_view TopValue = "",
                                          std::string_view LinkStyleFile = "",
                                          std::string_view Encoding = "x-sjis") const;
 
   /// The page of the legs of an executed analysis: share of the course, reference lap, difficulty
-  /// (of ExtraAnalyze) and the six fastest. Outside the Japanese mode it is in English and declares
-  /// iso-8859-1 whatever Encoding says. Raises object not set (91) for null.
+  /// (of ExtraAnalyze) and the six fastest runners. Outside the Japanese mode it is in English and
+  /// declares iso-8859-1 whatever Encoding says. Raises object not set (91) for null.
   [[nodiscard]] std::string OutputLegData(const std::shared_ptr<clsAnalyzer>& Analyzer,
                                           std::string_view LinkStyleFile = "",
                                           std::string_view Encoding = "x-sjis") const;
 
-  /// The page of chart pictures that the host saved. ChartName is their address, "?" in it stands
-  /// for the chart mode; ChartOption lists the modes, as in "0,2,5". The map (7) is not shown, but
-  /// the page says so when there are too many finishers for one; nor is the real-time chart (1)
-  /// where nobody has a start time. Raises object not set (91) for null.
+  /// The page of chart pictures that the host saved. ChartName is their address, in which "?"
+  /// stands for the chart mode; ChartOption lists the modes, as in "0,2,5". The map (7) is not
+  /// shown; when there are too many finishers for one, the page says so. The real-time chart (1) is
+  /// not shown when no runner has a start time. Raises object not set (91) for null.
   [[nodiscard]] std::string OutputChart(const std::shared_ptr<clsAnalyzer>& Analyzer,
                                         std::string_view ChartName,
                                         std::string_view ChartOption) const;
@@ -55,10 +55,11 @@ class KELTRUN2_API clsHtmlControl {
     DataSetKind Kind = DataSetKind::kClass;  ///< The heading under which a reader chooses the set.
   };
 
-  /// One page to browse in the data sets, which a reader chooses among in the order given: split
-  /// table, charts and map. It holds all that it needs and loads nothing. Each analysis is
-  /// executed; half speeds and map are those of ExtraAnalyze and Vesmer. The page is UTF-8 and says
-  /// so: its text is written to a file as it is. Raises object not set (91) for a null analysis.
+  /// One page for browsing the data sets, which it offers in the order given: split table, charts
+  /// and map. It contains everything that it needs and loads nothing. Each analysis must be
+  /// executed; the cruise speeds of the halves and the map are those of ExtraAnalyze and Vesmer.
+  /// The page declares UTF-8, so its text is written to a file as it is. Raises object not set (91)
+  /// for a null analysis.
   [[nodiscard]] std::string OutputViewer(const std::vector<ViewerSet>& Sets) const;
 };
 

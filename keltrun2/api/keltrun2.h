@@ -34,7 +34,7 @@ struct ClassAndCourseValue {
   std::int32_t RunnerCount = 0;  ///< Number of runners of all its classes.
 };
 
-/// The one object that a host creates: the event and the services that load, analyse and publish
+/// The one object that a host creates: the event and the services that load, analyze and publish
 /// it.
 ///
 ///     auto root = std::make_shared<keltrun::clsKeltrun2>();
@@ -46,8 +46,9 @@ struct ClassAndCourseValue {
 ///
 /// A thread uses one root object at a time: the services, ClassAndCourseList and SortClass work on
 /// the event of its youngest root that still lives, or of the process's youngest when the thread
-/// never created one. Without any the file service answers false; what else needs an event raises
-/// object not set (91). Threads with roots of their own work side by side.
+/// never created one. When there is no root, the file service returns false, and everything else
+/// that needs an event raises object not set (91). Threads with roots of their own work side by
+/// side.
 class KELTRUN2_API clsKeltrun2 {
  public:
   /// Loads settings and resource texts, if this is the first root of the process, and starts with
@@ -66,8 +67,8 @@ class KELTRUN2_API clsKeltrun2 {
   /// Changes the date that FileDate gives; no file is touched.
   void SetFileDate(DateTime FileDate);
 
-  /// Why the last load, save or export failed; lines end in CR LF. Shared by all roots of
-  /// the thread.
+  /// Why the last load, save or export failed; its lines end in CR LF. Shared by all roots of the
+  /// thread.
   std::string ErrorComment() const;
 
   /// A new analyzer, empty and owned by the host.
@@ -92,8 +93,8 @@ class KELTRUN2_API clsKeltrun2 {
   /// Who made the lap file that was loaded.
   std::shared_ptr<clsMetaData> MetaData() const;
 
-  /// The class of that name, made when there is none. Names are compared without regard to letter
-  /// case, here and below, unless said otherwise.
+  /// The class of that name; it is created when there is none. Names are compared without regard to
+  /// letter case, here and below, unless said otherwise.
   std::shared_ptr<clsClassData> AddClass(std::string_view ClassName);
   /// Removes the class of that name with its runners. Unknown names are ignored.
   void RemoveClass(std::string_view ClassName);
@@ -109,7 +110,7 @@ class KELTRUN2_API clsKeltrun2 {
   /// Whether there is a class of that name.
   bool IsClassExists(std::string_view ClassName) const;
 
-  /// The course of that number, made when there is none.
+  /// The course of that number; it is created when there is none.
   std::shared_ptr<clsCourseData> AddCourse(std::int32_t CourseIndex);
   /// Removes the course of that number. Unknown numbers are ignored.
   void RemoveCourse(std::int32_t CourseIndex);
@@ -124,7 +125,7 @@ class KELTRUN2_API clsKeltrun2 {
   /// Whether there is a course of that number.
   bool IsCourseExists(std::int32_t CourseIndex) const;
 
-  /// What can be analysed: each class, then each course run by at least two classes, as texts of
+  /// What can be analyzed: each class, then each course run by at least two classes, as texts of
   /// five fields: class index, course number, name, file name, number of runners
   /// ("1,,M21A,m21a,35").
   std::vector<std::string> ClassAndCourseList() const;
@@ -133,19 +134,20 @@ class KELTRUN2_API clsKeltrun2 {
 
   /// Sorts the runners of every class by result.
   void SortLap();
-  /// Puts the classes at the listed positions ("3,1") first; a position listed twice counts once.
-  /// Raises subscript out of range (9), changing nothing, for a position beyond the last class.
+  /// Puts the classes at the listed positions ("3,1") first; a position that is listed again is
+  /// ignored. Raises subscript out of range (9), changing nothing, for a position beyond the last
+  /// class.
   void SortClass(std::string_view OrderExpression);
 
   /// The segment set at a position from 1. Raises subscript out of range (9) for others.
   std::shared_ptr<clsSegmentData> SegmentData(std::int32_t Index) const;
   /// Number of segment sets.
   std::int32_t SegmentCount() const;
-  /// Rebuilds the segment sets from courses and classes. Loads of native files in normal mode do it
-  /// by themselves; later changes to courses and classes need another call.
+  /// Rebuilds the segment sets from courses and classes. Loading a native file in normal mode does
+  /// this as well; later changes to courses and classes need another call.
   void MakeSegmentSet();
   /// What MakeSegmentSet left out because the courses share more runs than can be listed, in
-  /// English; empty when nothing. A load has it among its LoadRemarks.
+  /// English; empty when nothing was left out. After a load it is also among the LoadRemarks.
   const std::string& SegmentRemark() const;
 
   /// Empties the event and starts the runner numbers again at 1.

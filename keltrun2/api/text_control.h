@@ -29,11 +29,11 @@ class KELTRUN2_API clsTextControl {
   [[nodiscard]] std::string OutputCsvSplitsBrowser(
       const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
 
-  /// An executed analysis to be pasted into an e-mail: blocks of twelve runners, a row a leg, times
-  /// as minutes and seconds without separator ("6203" for 1:02:03).
+  /// An executed analysis to be pasted into an e-mail: blocks of twelve runners with a row for each
+  /// leg, times as minutes and seconds without a separator ("6203" for 1:02:03).
   [[nodiscard]] std::string OutputTextMail(const std::shared_ptr<clsAnalyzer>& wAnalyzer) const;
 
-  /// A result list, a line a runner. Ranks are those of the last `CalcRank`.
+  /// A result list with a line for each runner. Ranks are those of the last `CalcRank`.
   [[nodiscard]] std::string OutputTextResult(
       const std::shared_ptr<clsResultsHolder>& wResults) const;
 
@@ -41,7 +41,7 @@ class KELTRUN2_API clsTextControl {
   [[nodiscard]] std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
                                        DataSetKind Kind = DataSetKind::kClass) const;
 
-  /// One result list of a JSON document of result lists, see OutputResultJson.
+  /// One result list of the document that OutputResultJson makes.
   struct ResultSet {
     /// The list, with the ranks of its last CalcRank; not null.
     std::shared_ptr<clsResultsHolder> ResultsHolder;

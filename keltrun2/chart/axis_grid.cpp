@@ -31,7 +31,7 @@ std::string TimeLabel(double seconds, bool is_clock) {
   double days = std::round(seconds) / kSecondsPerDay;
   if (is_clock) days -= std::floor(days);
   std::string label(SignText(days));
-  // "h:nn", also from a day on.
+  // Also "h:nn" for a day and more.
   const long long minutes = WholeSeconds(std::fabs(days)) / 60;
   label += std::to_string(minutes / 60) + ':';
   AppendTwoDigits(label, static_cast<int>(minutes % 60));

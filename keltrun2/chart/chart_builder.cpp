@@ -25,21 +25,21 @@ constexpr float kMostRatio = 1e4F;
 constexpr double kWidestPicture = 20000;
 
 constexpr Color kBlack = 0;
-constexpr Color kStrongGrey = 0xA0A0A0;
-constexpr Color kGrey = 0xC0C0C0;
-constexpr Color kLightGrey = 0xD0D0D0;
-constexpr Color kFaintGrey = 0xE0E0E0;
+constexpr Color kStrongGray = 0xA0A0A0;
+constexpr Color kGray = 0xC0C0C0;
+constexpr Color kLightGray = 0xD0D0D0;
+constexpr Color kFaintGray = 0xE0E0E0;
 
 constexpr float kLabelGapX = 5;     // between a label and the drawable area
-constexpr double kLabelSpace = 10;  // least space between two labels of an axis
+constexpr double kLabelSpace = 10;  // smallest space between two labels of an axis
 constexpr float kTitleX = -47;      // left end of the title of the vertical axis
 constexpr float kLabelGapY = 7;
-constexpr float kTitleGap = 21;  // between a title and the drawable area: labels stand there
-constexpr double kGridRoom = 9;  // least distance of two grid lines
+constexpr float kTitleGap = 21;  // between a title and the drawable area, for the labels
+constexpr double kGridRoom = 9;  // smallest distance between two grid lines
 constexpr double kMapGrid = 20;  // map units between two grid lines
 constexpr double kLeastPercentGrid = 0.1;
 
-// The value brought into a range; what is no number is the lower end.
+// The value limited to a range. NaN becomes the lower end.
 float Within(float value, float lower, float upper) {
   return value > lower ? std::min(value, upper) : lower;
 }
@@ -86,7 +86,7 @@ class ChartBuilder {
     const double spare = state_.width - needed;
     double left = plan.LeftMargin;
     if (spare < 0) left += spare * state_.position_x;
-    if (spare > 0 && plan.Centred) left += spare / 2;
+    if (spare > 0 && plan.Centered) left += spare / 2;
     x_.Scale = plan.UnitsPerOne * state_.ratio_x;
     x_.Zero = left - plan.Range.Lower * x_.Scale;
     state_.width_occupied = ToFloat(std::min(1.0, state_.width / needed));
@@ -105,8 +105,8 @@ class ChartBuilder {
     const Course course = MeasureCourse(analyzer_);
     constexpr double kHour = 3600;
     SetVerticalAxis({0, course.Total > 0 ? course.Total : kHour});
-    // The sum of the reference laps may be half a second more than its whole seconds: the finish
-    // stays on the chart.
+    // The sum of the reference laps may be half a second more than its whole seconds; the limit
+    // keeps the finish on the chart.
     std::vector<double> controls;
     for (const double position : course.Position) {
       controls.push_back(y_.At(std::min(position, course.Total)));
@@ -122,24 +122,25 @@ class ChartBuilder {
     const double step = TimeStep(x_.Scale, pen_.TextWidth("-00:00") + kLabelSpace);
     const auto first = static_cast<std::int64_t>(std::ceil(x_.ValueAt(0) / step));
     const auto last = static_cast<std::int64_t>(std::floor(x_.ValueAt(state_.width) / step));
-    for (const bool labelled : {false, true}) {
+    for (const bool labeled : {false, true}) {
       for (std::int64_t i = first; i <= last; ++i) {
-        if ((i % kLinesPerLabel == 0) != labelled) continue;
+        if ((i % kLinesPerLabel == 0) != labeled) continue;
         const double seconds = static_cast<double>(i) * step;
-        const float x = AddVerticalLine(seconds, labelled ? kStrongGrey : kLightGrey);
-        if (labelled) AddLabelsAboveAndBelow(TimeLabel(seconds, is_clock), x);
+        const float x = AddVerticalLine(seconds, labeled ? kStrongGray : kLightGray);
+        if (labeled) AddLabelsAboveAndBelow(TimeLabel(seconds, is_clock), x);
       }
     }
   }
 
   void AddControls(const std::vector<double>& controls) {
     for (const double y : controls) {
-      ChartObjectInternal::AddFrameLine(chart_, 0, ToFloat(y), state_.width, ToFloat(y), kGrey);
+      ChartObjectInternal::AddFrameLine(chart_, 0, ToFloat(y), state_.width, ToFloat(y), kGray);
     }
-    // From the finish upwards, so that it is the label of the last controls that gives way.
+    // From the finish upward, so that the labels of the last controls make room for that of the
+    // finish.
     const double room = std::max(1.0F, pen_.TextHeight());
     const std::size_t finish = controls.size() - 1;
-    double below = std::numeric_limits<double>::infinity();  // nothing stands below the finish
+    double below = std::numeric_limits<double>::infinity();  // nothing is below the finish
     for (std::size_t control = finish; control > 0; --control) {
       const double y = controls[control];
       if (below - y < room || y - controls[0] < room) continue;
@@ -192,7 +193,7 @@ class ChartBuilder {
     bool vertical;
     double value;
     Color color;
-    bool labelled;
+    bool labeled;
   };
 
   void AddValueGrids() {
@@ -201,7 +202,7 @@ class ChartBuilder {
     const GridSteps down = Steps(y_.Scale, pen_.TextHeight() + kLabelSpace / 2);
     CollectLines(true, x_, state_.width, across, lines);
     CollectLines(false, y_, state_.height, down, lines);
-    // Lighter ones first: where lines cross, the stronger one is not cut.
+    // Lighter lines first, so that they do not cut the stronger ones where lines cross.
     std::stable_sort(lines.begin(), lines.end(),
                      [](const GridLine& a, const GridLine& b) { return a.color > b.color; });
     for (const GridLine& line : lines) AddGridLine(line);
@@ -225,32 +226,32 @@ class ChartBuilder {
   static Color GridColor(double value, const GridSteps& steps) {
     if (IsMultiple(value, steps.label)) {
       constexpr double kTen = 10;
-      return steps.line < kTen && IsMultiple(value, kTen) ? kStrongGrey : kGrey;
+      return steps.line < kTen && IsMultiple(value, kTen) ? kStrongGray : kGray;
     }
-    return IsMultiple(value, 1) ? kLightGrey : kFaintGrey;
+    return IsMultiple(value, 1) ? kLightGray : kFaintGray;
   }
 
   void AddGridLine(const GridLine& line) {
-    std::string label = line.labelled ? FormatNumber(line.value, "#0") : "";
-    if (state_.mode == KR_CHART_CRUISE_MISSRATE && line.labelled) label += '%';
+    std::string label = line.labeled ? FormatNumber(line.value, "#0") : "";
+    if (state_.mode == KR_CHART_CRUISE_MISSRATE && line.labeled) label += '%';
     if (line.vertical) {
       const float x = AddVerticalLine(line.value, line.color);
-      if (line.labelled) AddLabelsAboveAndBelow(std::move(label), x);
+      if (line.labeled) AddLabelsAboveAndBelow(std::move(label), x);
     } else {
       AddHorizontalLine(line.value, line.color);
-      if (line.labelled) AddLabelsAtBothSides(std::move(label), y_.At(line.value));
+      if (line.labeled) AddLabelsAtBothSides(std::move(label), y_.At(line.value));
     }
   }
 
-  // The black axes cross where a runner is as fast as the reference; downwards they show no loss,
-  // equal halves, or on the map the runner without losses in both directions.
+  // The vertical black axis is at the speed of the reference laps, the horizontal one at no loss or
+  // at equal halves. On the map they cross at the place of a runner without losses.
   void AddBorderAndAxes() {
     const float right = state_.width;
     const float bottom = state_.height;
-    ChartObjectInternal::AddFrameLine(chart_, 0, 0, right, 0, kGrey);
-    ChartObjectInternal::AddFrameLine(chart_, 0, bottom, right, bottom, kGrey);
-    ChartObjectInternal::AddFrameLine(chart_, 0, 0, 0, bottom, kGrey);
-    ChartObjectInternal::AddFrameLine(chart_, right, 0, right, bottom, kGrey);
+    ChartObjectInternal::AddFrameLine(chart_, 0, 0, right, 0, kGray);
+    ChartObjectInternal::AddFrameLine(chart_, 0, bottom, right, bottom, kGray);
+    ChartObjectInternal::AddFrameLine(chart_, 0, 0, 0, bottom, kGray);
+    ChartObjectInternal::AddFrameLine(chart_, right, 0, right, bottom, kGray);
     constexpr double kReference = 100;
     AddVerticalLine(state_.mode == KR_CHART_VESMER ? 0 : kReference, kBlack);
     AddHorizontalLine(state_.mode == KR_CHART_CRUISE_HALFRATIO ? kReference : 0, kBlack);
@@ -263,7 +264,7 @@ class ChartBuilder {
     if (state_.mode == KR_CHART_CRUISE_MISSRATE) {
       AddText(ResourceText("RES_META_MISTAKE_RATE"), kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
     } else {
-      // Too wide for the margin in one piece.
+      // In one piece it would be too wide for the margin.
       AddText("後巡行　", kTitleX, -kTitleGap - pen_.TextHeight(), kBeginsAtX | kEndsAtY);
       AddText("／前巡行", kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
     }
@@ -323,8 +324,8 @@ void BuildChart(const std::shared_ptr<clsAnalyzer>& analyzer, clsChartObject& ch
                 KrChartModeConst mode, float ratio_x, float ratio_y, float position_x,
                 float position_y) {
   const ChartObjectInternal::Build build(chart);
-  const clsAnalyzer held = *analyzer;  // the picture is the host's, which may clear its own
-  ChartObjectInternal::Initialise(chart);
+  const clsAnalyzer held = *analyzer;  // the host of the picture may clear its own
+  ChartObjectInternal::Initialize(chart);
   ChartObjectInternal::AttachAnalyzer(chart, analyzer);
   ChartObjectInternal::StoreView(chart, mode, Within(ratio_x, kLeastRatioX, kMostRatio),
                                  Within(ratio_y, kLeastRatioY, kMostRatio),

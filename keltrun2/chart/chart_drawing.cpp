@@ -11,21 +11,21 @@
 namespace keltrun {
 namespace {
 
-// Each of so few names is written somewhere.
+// Up to this many names are all written somewhere.
 constexpr std::size_t kFewNames = kMostNamesUnasked;
 constexpr std::int32_t kWidestLine = 50;
 constexpr Color kColorBits = 0xFFFFFF;
 constexpr Color kBlack = 0;
 constexpr Color kWhite = 0xFFFFFF;
-constexpr Color kLeaderGrey = 0xA0A0A0;
-constexpr Color kLegendGrey = 0xC0C0C0;
+constexpr Color kLeaderGray = 0xA0A0A0;
+constexpr Color kLegendGray = 0xC0C0C0;
 
 constexpr float kMarkSize = 3;     // half the size of a mark, in units
-constexpr float kOwnMarkSize = 4;  // of a runner with a colour or a width of his own
+constexpr float kOwnMarkSize = 4;  // of a runner with a color or width of their own
 constexpr float kNameGap = 5;      // between a line's end or a mark and the name
 constexpr double kNameSpace = 6;   // between two names in a row
 constexpr double kTurnedSpace = 1;
-constexpr double kFarthestName = 30;  // a name below that would stand farther off is turned instead
+constexpr double kFarthestName = 30;  // names below that would be farther off are turned
 constexpr double kBelowFrom = -kChartMarginX + 2;
 constexpr double kThinnedStretch = 90;
 constexpr float kRowLeader = 7;  // height of the lines from the ends to the names below
@@ -129,7 +129,7 @@ void ChartDrawing::DrawMark(const clsChartLine& mark, const Look& look) {
 void ChartDrawing::DrawLabels() {
   const float height = pen_.TextHeight();
   for (const clsChartChar& label : state_.texts) {
-    // Names go before the time labels below the finish: those above the start remain.
+    // Names take the place of the time labels below the finish; the labels above the start remain.
     if (names_below_ && label.Y > state_.height) continue;
     const float width = pen_.TextWidth(label.Text);
     const auto start = [&](float at, float size, std::int32_t ends, std::int32_t begins) {
@@ -145,7 +145,7 @@ void ChartDrawing::DrawLabels() {
 void ChartDrawing::DrawNames() {
   for (const PlacedName& name : names_) {
     if (name.has_leader) {
-      Line(name.from_x, name.from_y, name.to_x, name.to_y, kLeaderGrey, 1);
+      Line(name.from_x, name.from_y, name.to_x, name.to_y, kLeaderGray, 1);
     }
     Text(name.text, name.box, name.turned);
   }
@@ -168,7 +168,7 @@ std::vector<ChartDrawing::End> ChartDrawing::NamedEnds() const {
     for (const clsChartLine& record : *records) {
       const std::int32_t runner = record.RunnerIndex;
       if (!LookOf(runner).has_name || LookOf(runner).is_hidden) continue;
-      // A runner's last record is the end of his line.
+      // A runner's last record is the end of the line.
       if (ends.empty() || ends.back().runner != runner) ends.push_back({runner, 0, 0});
       ends.back().x = record.X2;
       ends.back().y = record.Y2;
@@ -183,7 +183,7 @@ void ChartDrawing::PlaceBelow(std::vector<End> ends) {
   names_below_ = !names_.empty();
 }
 
-// Whole names side by side; false when one of them would stand far from its line.
+// Whole names side by side; false when one of them would be far from its line.
 bool ChartDrawing::PlaceInRow(const std::vector<End>& ends) {
   std::vector<RowLabel> labels;
   labels.reserve(ends.size());
@@ -211,8 +211,8 @@ bool ChartDrawing::PlaceInRow(const std::vector<End>& ends) {
   return true;
 }
 
-// Short names turned by 90 degrees. Of many that end close to each other those that come first
-// stay, so that no name stands far from its line.
+// Short names turned by 90 degrees. When many lines end close to each other, the names that come
+// first are kept, so that no name is far from its line.
 void ChartDrawing::PlaceTurned(std::vector<End> ends) {
   const double pitch = pen_.TextHeight() + kTurnedSpace;
   const double room = state_.width - 2 * kBelowFrom;
@@ -241,7 +241,7 @@ void ChartDrawing::PlaceTurned(std::vector<End> ends) {
   }
 }
 
-// Keeps as many ends in each stretch of the edge as there is room for names of that pitch.
+// Keeps as many ends in each stretch of the edge as it has room for names at that pitch.
 void ChartDrawing::ThinOut(double pitch, std::vector<End>& ends) const {
   const auto by_rank = [&](const End& a, const End& b) { return ComesFirst(a, b); };
   const auto by_place = [](const End& a, const End& b) { return a.x < b.x; };
@@ -254,8 +254,9 @@ void ChartDrawing::ThinOut(double pitch, std::vector<End>& ends) const {
   std::stable_sort(ends.begin(), ends.end(), by_place);
 }
 
-// Beside marks and lines that end on the chart, where neither names nor runners are covered; a few
-// names, and those of runners with a look of their own, may also cover runners.
+// Places names beside marks and beside lines that end on the chart, where they cover neither names
+// nor runners. When there are only a few, and for runners with a look of their own, they may also
+// cover runners.
 void ChartDrawing::PlaceInside(std::vector<End> ends) {
   TakenSpace names;
   const TakenSpace runners = SpaceOfRunners(ends);
@@ -269,13 +270,13 @@ void ChartDrawing::PlaceInside(std::vector<End> ends) {
   }
 }
 
-// Runners with a colour or a width of their own, then the others, in the order of the set.
+// Runners with a color or width of their own, then the others, in the order of the set.
 bool ChartDrawing::ComesFirst(const End& a, const End& b) const {
   const bool a_is_own = LookOf(a.runner).is_own;
   return a_is_own != LookOf(b.runner).is_own ? a_is_own : a.runner < b.runner;
 }
 
-// What marks and lines take up at the heights of the names.
+// The space that marks and lines take up at the heights of the names.
 TakenSpace ChartDrawing::SpaceOfRunners(const std::vector<End>& ends) const {
   const auto [highest, lowest] = std::minmax_element(
       ends.begin(), ends.end(), [](const End& a, const End& b) { return a.y < b.y; });
@@ -303,7 +304,7 @@ bool ChartDrawing::PlaceBeside(const End& end, int rows_down, TakenSpace& names,
   const std::string& text = state_.names[static_cast<std::size_t>(end.runner)];
   const double width = pen_.TextWidth(text);
   const double height = pen_.TextHeight();
-  // At the height of the end, then a row up, then rows down; to the right before the left.
+  // At the height of the end, then a row up, then rows down; right before left.
   for (int place = -1; place <= rows_down; ++place) {
     const int row = place <= 0 ? -(place + 1) : place;
     for (const bool to_right : {true, false}) {
@@ -351,7 +352,7 @@ void ChartDrawing::DrawLegendBox(const std::vector<std::size_t>& runners, float 
   const auto left = static_cast<float>(box.Left);
   auto top = static_cast<float>(box.Top);
   pen_.DrawWidth = 1;
-  pen_.ForeColor = kLegendGrey;
+  pen_.ForeColor = kLegendGray;
   pen_.FillColor = kWhite;
   pen_.FillStyle = clsChartWrapper::kSolid;
   pen_.DrawBox(left + kChartMarginX, top + kChartMarginY,
@@ -374,7 +375,7 @@ void ChartDrawing::DrawLegendSample(const Look& look, float x, float y, float ro
   Line(x, y, x + kLegendSample, y, look.color, std::min(look.width, most));
 }
 
-// The corner of the drawable area in which a box of that size covers least.
+// The corner of the drawable area in which a box of that size covers the least.
 ChartBox ChartDrawing::LegendBox(float width, float height) const {
   const double right = std::max(kLegendDistance, state_.width - kLegendDistance - width);
   const double bottom = std::max(kLegendDistance, state_.height - kLegendDistance - height);
@@ -420,7 +421,7 @@ void ChartDrawing::Disc(float x, float y, float radius, Color color) {
 void ChartDrawing::Text(std::string_view text, const ChartBox& box, bool turned) {
   pen_.ForeColor = kBlack;
   pen_.Turned = turned;
-  // A turned text is turned about its upper left corner: it hangs to the left of it.
+  // A text is turned about its upper left corner and then extends to the left of it.
   pen_.CurrentX = static_cast<float>(turned ? box.Right : box.Left) + kChartMarginX;
   pen_.CurrentY = static_cast<float>(box.Top) + kChartMarginY;
   pen_.PrintText(text);

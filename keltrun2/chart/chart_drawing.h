@@ -11,7 +11,7 @@
 
 namespace keltrun {
 
-/// One drawing of one chart: the settings of the runners count as they are now.
+/// One drawing of a chart, with the settings of the runners as they are now.
 class ChartDrawing {
  public:
   using State = ChartObjectInternal::State;
@@ -26,10 +26,10 @@ class ChartDrawing {
     std::int32_t width = 1;
     Color back_color = 0;
     std::int32_t back_width = 0;  // 0 is none
-    bool is_own = false;          // the host has given him a colour or a width
+    bool is_own = false;          // the host has set a color or a width
     bool is_hidden = false, has_name = false, in_legend = false;
   };
-  // Where a runner's line ends, or his mark.
+  // The end of a runner's line, or a runner's mark.
   struct End {
     std::int32_t runner;
     float x, y;
@@ -72,8 +72,7 @@ class ChartDrawing {
   void Disc(float x, float y, float radius, Color color);
   void Text(std::string_view text, const ChartBox& box, bool turned);
 
-  const State
-      state_;  // a copy: the picture is the host's, which may build the chart anew meanwhile
+  const State state_;  // a copy: the host of the picture may rebuild the chart in the meantime
   clsChartWrapper pen_;
   std::vector<Look> looks_;  // from index 1
   std::vector<PlacedName> names_;

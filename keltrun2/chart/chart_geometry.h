@@ -14,8 +14,8 @@ struct ChartBox {
   double Left = 0, Top = 0, Right = 0, Bottom = 0;
 };
 
-/// Cuts the line from `a` to `b` at the edges of the box; false when nothing of it lies inside, or
-/// when a coordinate is not finite. The ends that are left lie inside exactly.
+/// Clips the line from `a` to `b` to the box; false when no part of it lies inside or when a
+/// coordinate is not finite. The new ends lie exactly inside.
 [[nodiscard]] bool CutToBox(const ChartBox& box, ChartPoint& a, ChartPoint& b);
 
 /// The square of the distance from a point to the nearest point of a line, its ends included.

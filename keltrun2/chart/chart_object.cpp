@@ -15,7 +15,7 @@ namespace {
 
 using State = ChartObjectInternal::State;
 
-constexpr double kMouseReach = 6;  // a runner that far away is not found any more
+constexpr double kMouseReach = 6;  // runners this far away are no longer found
 constexpr float kLargestTarget = 1e6F;
 constexpr Color kWhite = 0xFFFFFF;
 
@@ -61,7 +61,8 @@ bool IsHidden(const State& state, std::int32_t runner) {
   return index < state.settings.size() && (state.settings[index].Flag & KR_CHART_FLAG_HIDE) != 0;
 }
 
-// Of the records nearer than `best` (a squared distance), the runner of the nearest; else `found`.
+// The runner of the nearest record, if it is nearer than `best` (a squared distance); otherwise
+// `found`.
 std::int32_t Nearest(const State& state, const std::vector<clsChartLine>& records, ChartPoint point,
                      double& best, std::int32_t found) {
   for (const clsChartLine& record : records) {
@@ -132,7 +133,7 @@ ChartRunnerSetting2 clsChartObject::GetRunnerSetting2(std::int32_t RunnerIndex) 
 
 void clsChartObject::SetPictureObject(std::shared_ptr<PictureBox> PictureObject) {
   CheckObject(PictureObject, "clsChartObject.PictureObject");
-  const std::shared_ptr<State> state = state_;  // the picture's host may let go of the chart
+  const std::shared_ptr<State> state = state_;  // the picture's host may release the chart
   PictureObject->SetScaleMode(PictureBox::kScalePixels);
   PictureObject->SetBackColor(kWhite);
   const AreaSize area = DrawableArea(*PictureObject);
@@ -169,7 +170,7 @@ ChartObjectInternal::Build::Build(clsChartObject& chart) : state_(Get(chart)) {
 
 ChartObjectInternal::Build::~Build() { state_.is_being_built = false; }
 
-void ChartObjectInternal::Initialise(clsChartObject& chart) {
+void ChartObjectInternal::Initialize(clsChartObject& chart) {
   State& state = Get(chart);
   state.runner_lines.clear();
   state.runner_points.clear();

@@ -16,7 +16,7 @@ namespace keltrun {
 /// proportional to the reference laps. Modes 5 to 7 draw a mark for each runner.
 enum KrChartModeConst : std::int32_t {
   KR_CHART_NORMAL = 0,            ///< Time since the start.
-  KR_CHART_REALTIME = 1,          ///< Clock time; only runners with a start time are drawn.
+  KR_CHART_REALTIME = 1,          ///< Time of day; only runners with a start time are drawn.
   KR_CHART_RELATIVE = 2,          ///< Time behind the sum of the reference laps.
   KR_CHART_RELATIVE_110 = 3,      ///< Time behind 1.1 times the sum of the reference laps.
   KR_CHART_RELATIVE_130 = 4,      ///< Time behind 1.3 times the sum of the reference laps.
@@ -32,17 +32,17 @@ enum ChartRunnerFlagConst : std::int32_t {
   KR_CHART_FLAG_HIDE = 4,    ///< Hides the runner, from the mouse as well.
 };
 
-/// While nobody has a flag, the names of so many runners at most are written.
+/// While no runner has a flag, names are written for sets of at most this many runners.
 inline constexpr std::int32_t kMostNamesUnasked = 20;
 
-/// How a runner is drawn. While nobody has a flag, the names of few runners (kMostNamesUnasked) are
-/// written. Names that would cover each other are moved a little; where that is not enough some are
-/// left out, those of runners with a colour or a width of their own last.
+/// How a runner is drawn. While no runner has a flag, the names of a small set (kMostNamesUnasked)
+/// are written. Names that would cover each other are moved a little; if that is not enough, some
+/// are left out, those of runners with a color or width of their own last.
 struct ChartRunnerSetting {
   /// Color of the line or mark; 0 is black.
   Color ForeColor = 0;
-  /// Width of the line in units of the chart; 0 is taken as 1. A runner with a color or a width is
-  /// drawn above those without.
+  /// Width of the line in units of the chart; 0 means 1. A runner with a color or a width is drawn
+  /// above those without.
   std::int32_t DrawWidth = 0;
   /// Values of ChartRunnerFlagConst, added up.
   std::int32_t Flag = 0;
@@ -63,8 +63,8 @@ struct ChartRunnerSetting2 {
 ///     chart->DrawChart();                                                               // draws
 ///     const auto runner = analyzer->Item(chart->MousePointRunnerIndex(x, y));
 ///
-/// Units are pixels on a picture; on a print book three units are one of the book's. The chart
-/// proper keeps a margin of 52 units at the left and right and 50 at the top and bottom.
+/// Units are pixels on a picture; on a print book, three units are one unit of the book. The chart
+/// itself keeps a margin of 52 units at the left and right and 50 at the top and bottom.
 class KELTRUN2_API clsChartObject {
  public:
   /// A chart without a target, into which nothing is built.
@@ -77,63 +77,65 @@ class KELTRUN2_API clsChartObject {
   /// is never narrowed and a print book never resized.
   bool AutoSize = false;
 
-  /// The zoom across that the last build used, 0.5 to 10,000; 1 at first.
+  /// The horizontal zoom that the last build used, 0.5 to 10,000; 1 at first.
   float RatioX() const;
-  /// The zoom down that the last build used, 1 to 10,000; 1 at first.
+  /// The vertical zoom that the last build used, 1 to 10,000; 1 at first.
   float RatioY() const;
-  /// The scroll position across that the last build used, 0 to 1; 0 at first.
+  /// The horizontal scroll position that the last build used, 0 to 1; 0 at first.
   float PositionX() const;
-  /// The scroll position down that the last build used, 0 to 1; 0 at first.
+  /// The vertical scroll position that the last build used, 0 to 1; 0 at first.
   float PositionY() const;
   /// The mode of the last build; KR_CHART_NORMAL at first.
   KrChartModeConst ChartMode() const;
 
-  /// Gives every runner the settings of a new chart, those of the back line too.
+  /// Resets the settings of every runner, including those of the back line, to those of a new
+  /// chart.
   void ClearRunnerSetting();
   /// Sets how a runner is drawn, from the next DrawChart on; see ChartRunnerSetting. RunnerIndex is
-  /// the position in the selected set of the last build, from 1. The setting is kept by a build for
-  /// a set of the same name and size and cleared by any other. Nothing is stored before the first
-  /// build; after it an index outside 0 to the size of the set raises subscript out of range (9).
+  /// the position in the selected set of the last build, from 1. A build for a set of the same name
+  /// and size keeps the setting; any other build clears it. Before the first build nothing is
+  /// stored; after it, an index outside 0 to the size of the set raises subscript out of range (9).
   void SetRunnerSetting(std::int32_t RunnerIndex, Color ForeColor, std::int32_t DrawWidth,
                         std::int32_t Flag);
-  /// What SetRunnerSetting stored for the runner, or zeros. Errors as SetRunnerSetting.
+  /// What SetRunnerSetting stored for the runner, or zeros. Raises the same errors.
   ChartRunnerSetting GetRunnerSetting(std::int32_t RunnerIndex) const;
   /// Sets the line or disc behind a runner's own, from the next DrawChart on; see
-  /// ChartRunnerSetting2. Index, life and errors are those of SetRunnerSetting.
+  /// ChartRunnerSetting2. RunnerIndex, lifetime and errors are as for SetRunnerSetting.
   void SetRunnerSetting2(std::int32_t RunnerIndex, Color BackLineColor, std::int32_t BackLineWidth);
-  /// What SetRunnerSetting2 stored for the runner, or zeros. Errors as SetRunnerSetting.
+  /// What SetRunnerSetting2 stored for the runner, or zeros. Raises the same errors.
   ChartRunnerSetting2 GetRunnerSetting2(std::int32_t RunnerIndex) const;
 
-  /// Makes a picture the target, in place of the one before. Its unit becomes pixels and its
-  /// background white. Its size is read here: when it changes, set the picture again and build.
-  /// Null raises object not set (91).
+  /// Makes a picture the target, in place of the previous target. Sets its unit to pixels and its
+  /// background to white. Its size is read here: when it changes, set the picture again and rebuild
+  /// the chart. Null raises object not set (91).
   void SetPictureObject(std::shared_ptr<PictureBox> PictureObject);
-  /// Makes a print book the target, in place of the one before. The size of its virtual area is
-  /// read here: when it changes, set the book again and build. Null raises object not set (91).
+  /// Makes a print book the target, in place of the previous target. The size of its virtual area
+  /// is read here: when it changes, set the book again and rebuild the chart. Null raises object
+  /// not set (91).
   void SetPrintBookObject(std::shared_ptr<clsPrintBook> PrintBookObject);
 
-  /// Width of the drawable area: that of the target without the margins; 0 without a target, and 0
-  /// or less on one that is too small, on which nothing is built.
+  /// Width of the drawable area, which is the target without the margins. 0 without a target; 0 or
+  /// less for a target that is too small, on which nothing is built.
   float Width() const;
-  /// Height of the drawable area: that of the target without the margins; 0 without a target, and 0
-  /// or less on one that is too small, on which nothing is built.
+  /// Height of the drawable area, which is the target without the margins. 0 without a target; 0 or
+  /// less for a target that is too small, on which nothing is built.
   float Height() const;
 
-  /// The share of the chart's width that the last build shows: 1 when all of it is visible. With it
-  /// a host sizes its horizontal scroll bar.
+  /// The fraction of the chart's width that the last build shows: 1 when all of it is visible. A
+  /// host sizes its horizontal scroll bar by it.
   float WidthOccupied() const;
-  /// The share of the chart's height that the last build shows: 1 when all of it is visible. With
-  /// it a host sizes its vertical scroll bar.
+  /// The fraction of the chart's height that the last build shows: 1 when all of it is visible. A
+  /// host sizes its vertical scroll bar by it.
   float HeightOccupied() const;
 
   /// The runner whose line or mark is nearest to a point of the target and less than 6 units away,
-  /// or 0. A point in the margin counts as the nearest one of the drawable area.
+  /// or 0. A point in the margin is taken as the nearest point of the drawable area.
   std::int32_t MousePointRunnerIndex(float X, float Y) const;
 
-  /// Draws what was built: on an erased picture, or on the current page of a print book, which it
-  /// ends. From bottom to top: frame, back lines, lines and marks (those of runners with a colour
-  /// or a width of their own last), labels, names, legend. May be repeated; without a target it
-  /// does nothing.
+  /// Draws what was built: on the picture, which it erases first, or on the current page of the
+  /// print book, which it then ends. From bottom to top it draws the frame, back lines, lines and
+  /// marks (those of runners with a color or width of their own last), labels, names and legend. It
+  /// may be called again; without a target it does nothing.
   void DrawChart();
 
  private:
@@ -142,9 +144,9 @@ class KELTRUN2_API clsChartObject {
   std::shared_ptr<State> state_;
 };
 
-/// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to
-/// 10,000; for the map (mode 7) the one that gives both axes the same scale. 1 when there is
-/// nothing to go by.
+/// The RatioX with which the whole width of the chart just fits the drawable area, 0.5 to 10,000;
+/// for the map (mode 7) the one that gives both axes the same scale. 1 when there is nothing to
+/// compute it from.
 [[nodiscard]] KELTRUN2_API float ChartRatioToFit(const clsAnalyzer& Analyzer,
                                                  const clsChartObject& Chart,
                                                  KrChartModeConst ChartMode);

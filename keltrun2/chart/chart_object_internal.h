@@ -19,14 +19,14 @@ inline constexpr float kChartMarginY = 50;
 struct clsChartLine {
   float X1 = 0, Y1 = 0, X2 = 0, Y2 = 0;
   std::int32_t RunnerIndex = 0;  // position in the selected set, 0 for the frame
-  Color LineColor = 0;           // of the frame; a runner's comes from his settings when drawn
+  Color LineColor = 0;           // of the frame; a runner's is set when it is drawn
   std::int32_t Detail = 0;       // frame: width; runner's line: leg; mark: a ChartMark
 };
 static_assert(sizeof(clsChartLine) == 28, "seven four-byte fields");
 
 enum ChartMark : std::int32_t { kMarkCross = 0, kMarkDot = 1 };
 
-/// Where a text stands at its point; with neither of a pair it is centred there.
+/// Where a text is placed relative to its point; with neither flag of a pair it is centered there.
 enum ChartAlign : std::int32_t {
   kEndsAtX = 1,    // left of the point
   kBeginsAtX = 2,  // right of it
@@ -66,15 +66,15 @@ struct clsChartObject::State {
   bool is_being_built = false;
 };
 
-/// What the chart builder and the drawing do with a chart and a host may not.
+/// What the chart builder and the drawing may do with a chart and a host may not.
 class ChartObjectInternal {
  public:
   using State = clsChartObject::State;
   static State& Get(clsChartObject& chart) { return *chart.state_; }
   static const State& Get(const clsChartObject& chart) { return *chart.state_; }
 
-  /// Held while a chart is built. Its picture is the host's and may ask for anything meanwhile, but
-  /// not for another build of the same chart: that raises invalid procedure call (5).
+  /// Held while a chart is built. In the meantime the host's picture may call anything except
+  /// another build of the same chart, which raises invalid procedure call (5).
   class Build {
    public:
     explicit Build(clsChartObject& chart);
@@ -87,12 +87,12 @@ class ChartObjectInternal {
   };
 
   /// Empties the records; mode 0, ratios 1, positions 0.
-  static void Initialise(clsChartObject& chart);
+  static void Initialize(clsChartObject& chart);
   static void StoreView(clsChartObject& chart, KrChartModeConst mode, float ratio_x, float ratio_y,
                         float position_x, float position_y);
-  /// Keeps the runner settings when the set has the name and size of the one before.
+  /// Keeps the runner settings when the set has the name and size of the previous one.
   static void AttachAnalyzer(clsChartObject& chart, std::shared_ptr<clsAnalyzer> analyzer);
-  /// Makes a picture's drawable area that wide; a print book stays.
+  /// Gives the drawable area of a picture that width; a print book is not resized.
   static void WidenPicture(clsChartObject& chart, float width);
 
   /// Lines and marks that lie outside the drawable area, wholly or in part, are dropped.

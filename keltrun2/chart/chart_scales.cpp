@@ -14,19 +14,19 @@ constexpr double kUnitsPerSecond = 0.2;  // also per unit of the map
 constexpr double kUnitsPerPercent = 10;
 constexpr double kLineMargin = 10;     // units between the outermost lines and the edges
 constexpr double kPercentMargin = 2;   // percent of cruise speed at either end
-constexpr float kMostMissRate = 0.5F;  // runners who lost more do not count for the ranges
+constexpr float kMostMissRate = 0.5F;  // runners who lost more do not affect the ranges
 constexpr double kMostCruiseSpeed = 300;
 constexpr double kMostMissPercent = 50;
 constexpr double kMostHalfRatio = 150;
 constexpr double kMapSize = 100;  // the map reaches from minus this to this
 
-// Of modes 0 to 4: how many times the reference lap is taken off.
+// For modes 0 to 4: how many times the reference lap is subtracted.
 constexpr double kReferenceFactors[] = {0, 0, 1.0, 1.1, 1.3};
 
 bool IsTime(DateTime value) { return value > 0 && value < kLongestTime; }
 
-// Percent are counted in single precision, as the ratios are kept: 0.29 is 29 percent, not a hair
-// less.
+// Percentages are computed in single precision, in which the ratios are stored: 0.29 is 29 percent,
+// not a hair less.
 double Percent(float ratio) { return static_cast<double>(ratio * 100.0F); }
 double WholePercent(float ratio) { return std::floor(Percent(ratio)); }
 
@@ -48,7 +48,7 @@ struct RatioRange {
   }
 };
 
-// Runners whom the chart of loss rates does not draw, for want of one, do not widen its axis.
+// Runners without a loss rate, whom the chart of loss rates does not draw, do not widen its axis.
 ValueRange CruiseRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {
   RatioRange ratios;
   for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {

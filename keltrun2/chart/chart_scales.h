@@ -30,7 +30,7 @@ struct HorizontalPlan {
   ValueRange Range;
   double UnitsPerOne = 1;                  // at a RatioX of 1
   double LeftMargin = 0, RightMargin = 0;  // units that stay free
-  bool Centred = false;  // a chart narrower than the area stands in its middle, else at the left
+  bool Centered = false;  // a chart narrower than the area is in its middle, else at the left
 
   double WidthAt(double ratio_x) const {
     return Range.Span() * UnitsPerOne * ratio_x + LeftMargin + RightMargin;
@@ -46,19 +46,18 @@ inline bool IsScatterChart(KrChartModeConst mode) {
 
 /// The course as reference times in seconds.
 struct Course {
-  std::vector<double>
-      Position;      // so far at each control; index 0 is the start, the last the finish
-  double Total = 0;  // in whole seconds
+  std::vector<double> Position;  // total at each control; index 0 is the start, the last the finish
+  double Total = 0;              // in whole seconds
 };
 Course MeasureCourse(const clsAnalyzer& analyzer);
 
-/// The values in seconds that a line chart shows of a runner, from the start on (index 0) as far as
-/// he has times; empty when he is not drawn. `values` is filled anew.
+/// The values in seconds that a line chart shows of a runner, from the start (index 0) as far as
+/// there are times; empty for a runner who is not drawn. `values` is overwritten.
 void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrChartModeConst mode,
                 std::vector<double>& values);
 
-/// Where a scatter chart has a runner's mark, in the units of its axes; nullopt when he lacks a
-/// figure.
+/// The place of a runner's mark on a scatter chart, in the units of its axes; nullopt when a figure
+/// is missing.
 std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChartModeConst mode);
 
 HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode);

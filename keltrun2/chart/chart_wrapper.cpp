@@ -13,10 +13,10 @@ constexpr double kUnitsPerInch = 96;
 
 float ToBook(float units) { return units / kChartUnitsPerBookUnit; }
 
-// Print books take font sizes in points at a zoom of 1, where their unit is a millimetre.
+// Print books take font sizes in points at a zoom of 1, where their unit is a millimeter.
 double BookPoints(float units) { return ToBook(units) / kMmPerInch * kPointsPerInch; }
 
-// Hosts measure texts too; what cannot be a size counts as none.
+// Hosts can measure texts, too, so a value that cannot be a size becomes 0.
 float SaneSize(float size) { return std::isfinite(size) && size > 0 ? size : 0; }
 
 }  // namespace
@@ -66,8 +66,8 @@ void clsChartWrapper::PrintText(std::string_view Text) {
   } else if (book_) {
     Font font = font_;
     font.SetSize(BookPoints(size_));
-    // The box is the text's own, so that it fills it whichever way it is aligned. A turned text
-    // hangs to the left of its corner.
+    // The box has the size of the text, which therefore fills it with any alignment. A turned text
+    // extends to the left of its corner.
     const float width = ToBook(TextWidth(Text));
     const float height = ToBook(TextHeight());
     book_->PrintText(Text, font, ToBook(CurrentX) - (Turned ? height : 0), ToBook(CurrentY),
@@ -98,8 +98,9 @@ TextStyle clsChartWrapper::Style() const {
   return {.Font = font_, .Size = size_, .HeightRatio = 1, .Turned = Turned, .Color = ForeColor};
 }
 
-// A text's size grows with its letters, whatever the unit: a print book's printer measures the
-// chart's units as millimetres. The surface keeps its printer, which the book may let go of.
+// The size of a text is proportional to that of its letters in any unit, so the printer of a print
+// book measures the chart's units as millimeters. The surface keeps its printer, which the book may
+// release.
 std::shared_ptr<DrawingSurface> clsChartWrapper::Measure() const {
   if (picture_ || !book_) return picture_;
   const std::shared_ptr<Printer> printer = book_->PrinterObject();

@@ -28,9 +28,9 @@ class clsChartWrapper {
   Color ForeColor = 0;  // of lines, outlines and texts
   Color FillColor = 0;  // of boxes and circles when they are filled
   std::int32_t FillStyle = kTransparent;
-  /// Where the next text has the upper left corner of its box.
+  /// The upper left corner of the box of the next text.
   float CurrentX = 0, CurrentY = 0;
-  /// The next texts read from top to bottom.
+  /// Whether the next texts run from top to bottom.
   bool Turned = false;
 
   void DrawLine(float X1, float Y1, float X2, float Y2);
@@ -38,7 +38,7 @@ class clsChartWrapper {
   void DrawBox(float X1, float Y1, float X2, float Y2);
   void DrawCircle(float X, float Y, float Radius);
   void PrintText(std::string_view Text);
-  /// Along the line of writing, and across it.
+  /// The width is measured along the line of writing, the height across it.
   float TextWidth(std::string_view Text) const;
   float TextHeight() const;
   /// Erases a picture before the first drawing.

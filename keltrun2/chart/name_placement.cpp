@@ -30,8 +30,9 @@ bool SpreadLabels(double from, double to, std::vector<RowLabel>& labels) {
   double total = 0;
   for (const RowLabel& label : labels) total += label.Width;
   if (total > to - from) return false;
-  // With the widths before it taken off, a label only must not stand left of the one before: the
-  // nearest such positions are means of neighbours that would change places.
+  // When the widths before each label are subtracted, the only rule left is that no label is to the
+  // left of the one before. The nearest such positions are means of neighbors that would otherwise
+  // change places.
   std::vector<Block> blocks;
   double before = 0;
   for (const RowLabel& label : labels) {

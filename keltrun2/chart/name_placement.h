@@ -12,17 +12,17 @@ namespace keltrun {
 
 /// A piece of a row that a label wants.
 struct RowLabel {
-  double Center = 0;  // wanted, then given
-  double Width = 0;   // space to its neighbours included
+  double Center = 0;  // the wanted one, then the assigned one
+  double Width = 0;   // including the space to its neighbors
 };
 
-/// Moves labels, in ascending order of the centres that they want, so that they do not overlap and
-/// stay within `from` to `to`, each as near to its wanted centre as the others allow (least
-/// squares). False, changing nothing, when they are wider than that together.
+/// Moves labels, in ascending order of the centers that they want, so that they do not overlap and
+/// stay within `from` to `to`, each as near to its wanted center as the others allow (least
+/// squares). False, changing nothing, when together they are wider than that.
 bool SpreadLabels(double from, double to, std::vector<RowLabel>& labels);
 
-/// The parts of a plane that are taken. Taking and asking is fast however many there are; heights
-/// are rounded to rows of two units.
+/// The parts of a plane that are taken. Taking a part and looking one up are fast however many
+/// there are; heights are rounded to rows of two units.
 class TakenSpace {
  public:
   bool IsFree(const ChartBox& box) const;

@@ -14,7 +14,8 @@ namespace {
 
 using Runner = clsAnalyzedRunnerData;
 
-// All lengths in units of which the page is this many wide: mm on A4 paper with margins of 1 cm.
+// All lengths are in units of which the page is this many wide: mm on A4 paper with margins of 1
+// cm.
 constexpr float kPortraitWidth = 190;
 constexpr float kLandscapeWidth = 277;
 
@@ -43,14 +44,14 @@ Color TextColorOn(Color background) {
   return brightness < 128 ? kWhite : kBlack;
 }
 
-// What stands in the two lines of a leg's column.
+// The texts in the two lines of a leg's cell.
 struct LegCell {
   std::string time, time_rank;    // upper line
   std::string below, below_rank;  // lower line
   std::int32_t shade = 0;         // rank 1 to 3 of the upper line, others none
 };
 
-// What stands to the left of the legs.
+// The texts to the left of the legs.
 struct GroupHead {
   std::string place, name, club, result, cruise_speed, miss_rate;
 };
@@ -95,7 +96,7 @@ class AnalysisPages {
   bool IsMissMode() const { return options_.Mode == KR_PRINT_ANALYSIS_MISS; }
   bool HasCodes() const { return analyzer_.CourseData() != nullptr; }
 
-  // The book's virtual size belongs to all its pages, so it stays: what is recorded is scaled.
+  // The book's virtual size belongs to all its pages and is kept; the drawings are scaled instead.
   void ScaleToPage() {
     book_.SetVirtualZoomRatio(1);
     const bool landscape = book_.Width() > book_.Height();
@@ -117,17 +118,17 @@ class AnalysisPages {
     table_width_ = kLegsLeft + cell_width_ * static_cast<float>(cells_per_line_);
   }
 
-  // In units of the layout; the fonts are the settings' own.
+  // The width in units of the layout. The fonts are those of the settings, unscaled.
   float WidthOf(std::string_view text, const Font& font) const {
     constexpr double kMmPerPoint = kMmPerInch / kPointsPerInch;
     TextStyle style;
     style.Font = font;
     style.Size = static_cast<float>(font.Size() * kMmPerPoint);
-    const std::shared_ptr<Printer> printer = book_.PrinterObject();  // the book may let go of it
+    const std::shared_ptr<Printer> printer = book_.PrinterObject();  // the book may release it
     return printer->Measure().TextWidth(text, style);
   }
 
-  // A page that is too low for its head and one group shows everything smaller.
+  // A page that is too low for its head and one group shows everything at a smaller size.
   void ShrinkToFit() {
     const float least = kBandHeight + kEventHeight + LabelsHeight() + GroupHeight();
     if (!(height_ > 0) || height_ >= least) return;
@@ -239,7 +240,7 @@ class AnalysisPages {
 
   void PrintRunner(const Runner& runner) {
     GroupHead head;
-    // The official ranks of several classes are ranks of each class.
+    // Official ranks are ranks within a class, so a mix shows the ranks in the data set.
     head.place = analyzer_.DataSetIsMix ? runner.RankInDataSet() : runner.Rank();
     head.name = runner.RunnerName();
     head.club = runner.ClubName();
@@ -319,7 +320,7 @@ class AnalysisPages {
     book_.DrawLine(0, y_, table_width_, 0, color, draw_width);
   }
 
-  // Where a cell (from 0) stands: the left edge of its column, and its line of cells.
+  // The place of a cell, counted from 0: the left edge of its column, and its line of cells.
   float ColumnLeft(std::int32_t column) const {
     return kLegsLeft + cell_width_ * static_cast<float>(column);
   }
@@ -329,7 +330,7 @@ class AnalysisPages {
     return static_cast<float>(line);
   }
 
-  // Nothing is recorded for the many empty texts. Figures, all at the right, are never cut.
+  // The many empty texts are not recorded. Figures are right-aligned and never cut.
   void Text(const std::string& text, const Font& font, float left, float top, float width,
             float height, PrintBookAlignConst align = PRINTBOOK_ALIGN_LEFT, Color color = kBlack) {
     if (text.empty()) return;
@@ -347,7 +348,7 @@ class AnalysisPages {
   const Font small_ = MakePrintFont("ANALYSIS_SMALL");
 
   std::int32_t legs_;
-  std::int32_t cells_ = 0;           // of a runner: his legs, and the total
+  std::int32_t cells_ = 0;           // of a runner: the legs, and the total
   std::int32_t cells_per_line_ = 0;  // side by side
   std::int32_t cell_lines_ = 0;      // one below the other
   float width_ = 0, height_ = 0;     // of the page

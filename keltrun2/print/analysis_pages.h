@@ -12,14 +12,15 @@ namespace keltrun {
 
 struct AnalysisPagesOptions {
   KrPrintAnalysisModeConst Mode = KR_PRINT_ANALYSIS_LAP;
-  /// Behind laps of rank 1, 2 and 3.
+  /// The colors behind laps of rank 1, 2 and 3.
   std::array<Color, 3> RankColors = {0xCCCCCC, 0xDDDDDD, 0xEEEEEE};
 };
 
-/// Lays the selected runners of an executed analysis out on pages of their own: on each page title,
-/// event and leg labels, on the first the reference laps, then a group of lines for each runner,
-/// never broken by a page's end. The book's virtual size stays; its PrintedAreaHeight is 0
-/// afterwards and the next drawing starts a new page. Without runners the book stays as it is.
+/// Lays out the selected runners of an executed analysis on pages of their own. Each page has the
+/// title, the event and the labels of the legs; the first one also has the reference laps. A group
+/// of lines for each runner follows, which is never split between pages. The book keeps its virtual
+/// size; afterwards its PrintedAreaHeight is 0 and the next drawing starts a new page. Without
+/// runners the book is not changed.
 void PrintAnalysisPages(const clsAnalyzer& analyzer, const clsEventData& event, clsPrintBook& book,
                         const AnalysisPagesOptions& options);
 

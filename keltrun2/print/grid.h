@@ -6,8 +6,8 @@
 
 namespace keltrun {
 
-/// Lays the selected runners of an executed analysis out in the grid: a column a runner, labels in
-/// column 0. Without runners the grid stays cleared and hidden.
+/// Fills the grid with the selected runners of an executed analysis: one column for each runner,
+/// the labels in column 0. Without runners the grid stays empty and hidden.
 void FillGrid(const clsAnalyzer& analyzer, clsGridObject& grid);
 
 }  // namespace keltrun

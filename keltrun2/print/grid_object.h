@@ -1,4 +1,4 @@
-// A grid of the host's, filled by the component.
+// The host's grid, which the component fills.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 
 namespace keltrun {
 
-/// How texts stand in the cells of a grid.
+/// How texts are aligned in the cells of a grid.
 enum KrAlignTypeConst : std::int32_t {
   KR_ALIGN_CENTER = 0,  ///< In the middle of the cell.
   KR_ALIGN_RIGHT = 1,   ///< At the right edge of the cell.
@@ -43,8 +43,9 @@ enum KrColorTypeConst : std::int32_t {
   KR_COLOR_RANK3 = 22,                  ///< Cells of rank 3 on a leg.
 };
 
-/// The grid as `clsGraphicControl::DrawGrid` drives it. A host derives its own from it; here every
-/// member does nothing. Rows and columns count from 0, column 0 holds the labels.
+/// The grid that `clsGraphicControl::DrawGrid` fills. A host derives its own class from it; the
+/// members of this one do nothing. Rows and columns are numbered from 0, and column 0 has the
+/// labels.
 class KELTRUN2_API clsGridObject {
  public:
   virtual ~clsGridObject() = default;
@@ -56,10 +57,9 @@ class KELTRUN2_API clsGridObject {
                              std::string_view /*Text*/) {}
   /// Empties every cell.
   virtual void Clear() {}
-  /// Hides the grid while it is filled, and shows it at the end; with nobody to show it stays
-  /// hidden.
+  /// Hides the grid while it is filled, and shows it at the end. Without runners it stays hidden.
   virtual void SetVisible(bool /*Visible*/) {}
-  /// Sets the number of columns, that of the labels included.
+  /// Sets the number of columns, including the column of the labels.
   virtual void SetCols(std::int32_t /*Cols*/) {}
   /// Sets the number of rows.
   virtual void SetRows(std::int32_t /*Rows*/) {}
@@ -70,11 +70,11 @@ class KELTRUN2_API clsGridObject {
                           std::int32_t /*ColSel*/ = -1) {}
   /// Sets the background color of the selected cells.
   virtual void SetCellBackColor(keltrun::Color /*BackColor*/) {}
-  /// Sets how the texts of the selected cells stand.
+  /// Sets the alignment of the texts in the selected cells.
   virtual void SetCellAlignment(KrAlignTypeConst /*Alignment*/) {}
   /// Sets the text color of the selected cells.
   virtual void SetCellForeColor(keltrun::Color /*ForeColor*/) {}
-  /// Sets how the texts of a column stand, except in cells with an alignment of their own.
+  /// Sets the alignment of the texts in a column, except in cells with an alignment of their own.
   virtual void SetColAlignment(std::int32_t /*Index*/, KrAlignTypeConst /*Alignment*/) {}
 };
 

@@ -25,7 +25,7 @@ constexpr Color kPaperColor = 0xFFFFFF;
 constexpr float kPreviewMargin = 0.04f;  // on each side, of the picture's smaller side
 constexpr float kPixel = 1;
 
-// A ratio of a caller's: what cannot scale anything is 1.
+// A ratio from a caller. A value that cannot scale anything becomes 1.
 float UsableRatio(float ratio) { return std::isfinite(ratio) && ratio != 0 ? ratio : 1; }
 
 float WholeMm(float margin) {
@@ -34,14 +34,14 @@ float WholeMm(float margin) {
       std::clamp<std::int32_t>(RoundToLong(margin), Limits::min(), Limits::max()));
 }
 
-// Where something of `size` begins in a cell, by an alignment of 0, 1 or 2.
+// Where something of `size` begins in a cell with an alignment of 0, 1 or 2.
 float AlignedOffset(std::int32_t alignment, float cell, float size) {
   if (alignment == PRINTBOOK_ALIGN_CENTER) return (cell - size) / 2;
   if (alignment == PRINTBOOK_ALIGN_RIGHT) return cell - size;
   return 0;
 }
 
-// How a page lies on a surface.
+// The placement of a page on a surface.
 struct Frame {
   float left = 0, top = 0;  // of the virtual area
   float unit = 1;           // units of the surface for each virtual unit
@@ -71,7 +71,7 @@ void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintB
                  line.Align,
                  line.Valign,
                  line.AutoStringCut};
-  // A text that may be cut is cut, with its ellipsis, where the virtual area ends.
+  // A text that may be cut is also cut, with an ellipsis, where the virtual area ends.
   if (box.Cut && box.Align == PRINTBOOK_ALIGN_LEFT && !line.IsLandscape) {
     box.Width = std::min(box.Width, frame.left + frame.width - box.Left);
   }
@@ -99,8 +99,8 @@ void DrawRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookL
   }
 }
 
-// A printer that prints a document. A second one, of its own host's making or of another thread's,
-// would take the sheet away that the first one draws on.
+// Marks a printer as busy with a document. A second document, begun by the printer's own host or by
+// another thread, would take away the sheet that the first one draws on.
 class Printing {
  public:
   explicit Printing(const Printer* printer) : printer_(printer) {
@@ -147,10 +147,10 @@ struct clsPrintBook::State {
   float virtual_x = 0, virtual_y = 0;           // virtual units
   std::int32_t rows = 1, columns = 1;
   float row_interval = 0, column_interval = 0;  // mm
-  // Shared with the copy that is being printed or shown; a drawing recorded meanwhile parts them.
+  // Shared with the copy that is being printed or shown, until another drawing is recorded.
   std::shared_ptr<std::vector<Page>> pages = std::make_shared<std::vector<Page>>();
   bool page_open = false;                          // the last page takes more drawings
-  std::vector<std::shared_ptr<const Font>> fonts;  // those used last
+  std::vector<std::shared_ptr<const Font>> fonts;  // the ones used last
 
   std::int32_t PageCount() const { return static_cast<std::int32_t>(pages->size()); }
   const Page& PageAt(std::int32_t number) const {
@@ -159,7 +159,7 @@ struct clsPrintBook::State {
 
   std::int64_t CellsPerSheet() const { return std::int64_t{rows} * columns; }
 
-  // The frame of the page that stands in a cell (from 0), in mm from the printable part's corner.
+  // The frame of the page in a cell (from 0), in mm from the printable part's corner.
   Frame CellFrame(std::int64_t cell) const {
     const std::int64_t row_index = cell / columns;
     const auto column = static_cast<float>(cell % columns);
@@ -168,7 +168,7 @@ struct clsPrintBook::State {
             offset_y + area_top + (cell_height + row_interval) * row, zoom, virtual_x * zoom};
   }
 
-  // Nothing is drawn outside the virtual area, save the outer half of lines along its edge.
+  // Nothing is drawn outside the virtual area, except the outer half of lines along its edge.
   void DrawPage(DrawingSurface& surface, const Frame& frame, const Page& page) const {
     float widest = 0;
     for (const clsPrintBookLine& line : page) {
@@ -216,7 +216,7 @@ clsPrintBook::~clsPrintBook() = default;
 void clsPrintBook::Init(std::string_view PrinterName, std::int32_t PaperSize,
                         std::int32_t Orientation, float MarginLeft, float MarginTop,
                         float MarginBottom, float MarginRight, float ZoomRatio) {
-  const std::shared_ptr<State> state = state_;  // the printer's host may let go of the book
+  const std::shared_ptr<State> state = state_;  // the printer's host may release the book
   State fresh;
   fresh.printer = FindPrinter(PrinterName);
   if (!fresh.printer) fresh.printer = state_->printer;
@@ -330,7 +330,7 @@ void clsPrintBook::PrintText(std::string_view Expression, const Font& TextFont, 
                              PrintBookValignConst TextValign, bool IsLandscape, float ChrHeight,
                              Color TextColor, bool AutoStringCut) {
   State& s = *state_;
-  // What can fail for want of memory comes before the record.
+  // Everything that can run out of memory comes before the record is added.
   std::string text = ValidUtf8(Expression);
   auto font = s.SharedFont(TextFont);
   clsPrintBookLine& line =
@@ -355,7 +355,7 @@ void clsPrintBook::DrawLine(float Left, float Top, float Width, float Height, Co
 }
 
 void clsPrintBook::DrawCircle(float X, float Y, float Radius, float CircleColor, bool Fill) {
-  constexpr float kOutline = 1;  // the call names no line width
+  constexpr float kOutline = 1;  // the call has no line width
   state_->Record(PrintKind::kCircle, X, Y, Radius, 0, RoundToLong(CircleColor), kOutline, Fill);
 }
 

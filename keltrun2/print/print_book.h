@@ -11,22 +11,22 @@
 
 namespace keltrun {
 
-/// Where a text stands across its box, or a virtual area across its cell.
+/// The horizontal position of a text in its box, or of a virtual area in its cell.
 enum PrintBookAlignConst : std::int32_t {
   PRINTBOOK_ALIGN_LEFT = 0,    ///< At the left edge.
   PRINTBOOK_ALIGN_CENTER = 1,  ///< In the middle.
   PRINTBOOK_ALIGN_RIGHT = 2,   ///< At the right edge.
 };
 
-/// Where a text stands down its box, or a virtual area down its cell.
+/// The vertical position of a text in its box, or of a virtual area in its cell.
 enum PrintBookValignConst : std::int32_t {
   PRINTBOOK_VALIGN_TOP = 0,     ///< At the upper edge.
   PRINTBOOK_VALIGN_MIDDLE = 1,  ///< In the middle.
   PRINTBOOK_VALIGN_BOTTOM = 2,  ///< At the lower edge.
 };
 
-/// Published alignment values. 0 to 2 equal those of PrintBookAlignConst; Equal, cast to it, makes
-/// `clsPrintBook::PrintText` spread the characters of each line over the box.
+/// Published alignment values. 0 to 2 equal those of PrintBookAlignConst; tpatEqual, cast to that
+/// type, makes `clsPrintBook::PrintText` spread the characters of each line over the box.
 enum TorbelPrintAlignType : std::int32_t {
   tpatLeft = 0,    ///< At the left edge.
   tpatCenter = 1,  ///< In the middle.
@@ -34,8 +34,8 @@ enum TorbelPrintAlignType : std::int32_t {
   tpatEqual = 3,   ///< The characters of each line are spread over the box.
 };
 
-/// Published vertical alignment values. 0 to 2 equal those of PrintBookValignConst; Equal, cast to
-/// it, makes `clsPrintBook::PrintText` spread the lines over the box.
+/// Published vertical alignment values. 0 to 2 equal those of PrintBookValignConst; tpvtEqual, cast
+/// to that type, makes `clsPrintBook::PrintText` spread the lines over the box.
 enum TorbelPrintValignType : std::int32_t {
   tpvtTop = 0,     ///< At the upper edge.
   tpvtMiddle = 1,  ///< In the middle.
@@ -43,16 +43,16 @@ enum TorbelPrintValignType : std::int32_t {
   tpvtEqual = 3,   ///< The lines are spread over the box.
 };
 
-/// What `clsPrintBook::Init` takes as Orientation.
+/// The Orientation parameter of `clsPrintBook::Init`.
 enum TorbelPrintOrientationType : std::int32_t {
-  tpotPortrate = 0,   ///< Portrait: the sheet is higher than wide.
-  tpotLandscape = 1,  ///< Landscape: the sheet is wider than high.
+  tpotPortrate = 0,   ///< Portrait: the sheet is taller than it is wide.
+  tpotLandscape = 1,  ///< Landscape: the sheet is wider than it is tall.
 };
 
-/// For hosts that fit texts into boxes of their own; nothing here takes it.
+/// For hosts that fit texts into boxes of their own; no member of the component uses it.
 enum TorbelTextAutoScaleType : std::int32_t {
   ttastNone = 0,        ///< The text keeps its size.
-  ttastRatioFixed = 1,  ///< The text is scaled, as much across as down.
+  ttastRatioFixed = 1,  ///< The text is scaled by the same factor across and down.
   ttastJustFit = 2,     ///< The text is scaled to fill the box, across and down.
 };
 
@@ -65,11 +65,11 @@ enum TorbelTextAutoScaleType : std::int32_t {
 ///     root->GraphicControl()->PrintResult(results, book);
 ///     book->Execute();
 ///
-/// While a page is printed or shown, the printer's or the picture's host may do with the book what
-/// it likes: the pages are those of the beginning.
+/// While a page is printed or shown, the host of the printer or picture may change the book as it
+/// likes: the pages are those that were there at the beginning.
 ///
-/// Sheet measures are mm. Virtual units are turned into mm by the zoom; font sizes are points at a
-/// zoom of 1, line widths dots of 1/300 inch at a zoom of 1, and both grow with it.
+/// Sheet measures are in mm. The zoom converts virtual units to mm. At a zoom of 1, font sizes are
+/// in points and line widths in dots of 1/300 inch; both grow with the zoom.
 class KELTRUN2_API clsPrintBook {
  public:
   /// An empty book on a PDF printer that keeps its document in memory.
@@ -78,60 +78,61 @@ class KELTRUN2_API clsPrintBook {
   clsPrintBook(const clsPrintBook&) = delete;
   clsPrintBook& operator=(const clsPrintBook&) = delete;
 
-  /// Factor of `ShowPreview`: 1 (also taken for 0 and below) shows the whole sheet as large as the
-  /// picture allows; of a larger one the upper left part is seen.
+  /// The zoom of `ShowPreview`: 1 shows the whole sheet as large as the picture allows; a larger
+  /// factor shows its upper left part. 0 and below mean 1.
   float PreviewZoomRatio = 1;
 
-  /// Empties the book and chooses printer, paper (PaperSizeConst), orientation
-  /// (TorbelPrintOrientationType), margins in mm (raised to the printer's unprintable strips; the
-  /// bottom one kept as a whole number) and mm per virtual unit (0 is taken as 1). A name that no
-  /// printer has leaves the book's printer as it is.
+  /// Empties the book and chooses the printer, the paper (PaperSizeConst), the orientation
+  /// (TorbelPrintOrientationType), the margins in mm (at least the strips on which the printer
+  /// cannot print; the bottom margin is kept as a whole number) and the zoom in mm per virtual unit
+  /// (0 means 1). If no printer has the name, the book keeps its printer.
   void Init(std::string_view PrinterName, std::int32_t PaperSize, std::int32_t Orientation,
             float MarginLeft, float MarginTop, float MarginBottom, float MarginRight,
             float ZoomRatio);
 
-  /// Ends the page; does nothing while it is empty.
+  /// Ends the current page; does nothing while that page is empty.
   void NewPage();
 
-  /// Fits a virtual area into the cell. A size of 0 follows the other one by the cell's shape; both
-  /// 0 change nothing. An area smaller than the cell is enlarged to fill it only with AutoEnlarge.
+  /// Fits a virtual area into the cell. A size of 0 is computed from the other one by the shape of
+  /// the cell; two zeros change nothing. An area smaller than the cell is enlarged to fill it only
+  /// with AutoEnlarge.
   void SetVirtualSize(float VirtualPrintAreaX, float VirtualPrintAreaY, bool AutoEnlarge = true,
                       PrintBookAlignConst PageAlign = PRINTBOOK_ALIGN_CENTER,
                       PrintBookValignConst PageValign = PRINTBOOK_VALIGN_MIDDLE);
 
-  /// Splits each sheet into RowCount x ColCount cells (at least 1 each), one page a cell, filled
-  /// row by row, with gaps in mm.
+  /// Splits each sheet into RowCount x ColCount cells (at least 1 each), one page per cell, filled
+  /// row by row. The intervals between them are in mm.
   void SetSeparation(std::int32_t RowCount, std::int32_t ColCount, float RowInterval,
                      float ColInterval);
 
-  /// Prints the pages from StartPage to EndPage (from 1; 0 is the last). The first of them stands
-  /// in the first cell of the first sheet. Raises invalid procedure call (5) when the printer fails
-  /// or is printing already: one document at a time.
+  /// Prints the pages from StartPage to EndPage, counted from 1; 0 is the last page. The first of
+  /// them goes into the first cell of the first sheet. Raises invalid procedure call (5) when the
+  /// printer fails or is still printing another document.
   void Execute(std::int32_t StartPage = 1, std::int32_t EndPage = 0);
 
-  /// Draws the sheet of which the page (from 1) stands alone in its cell into a picture. A page
-  /// that is not there shows an empty sheet. Around the sheet is a margin of 4 percent of the
-  /// picture's smaller side; what a zoom moves beyond the picture is drawn there all the same, so a
-  /// host scrolls by moving its picture's origin. Raises object not set (91) for null.
+  /// Draws a sheet into a picture with the given page (from 1) alone in its cell. If there is no
+  /// such page, the sheet is empty. The margin around the sheet is 4 percent of the picture's
+  /// smaller side. Parts that a zoom moves beyond the edge of the picture are drawn there all the
+  /// same, so a host scrolls by moving its picture's origin. Raises object not set (91) for null.
   void ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture, std::int32_t PageNum);
 
-  /// Prints a text in a box. Lines are split at CR LF, CR or LF; a TAB goes to the next multiple of
-  /// eight digits' width. A line wider than the box goes beyond it, or with AutoStringCut is cut
-  /// and ends in an ellipsis (a left-aligned one also where the virtual area ends). With
-  /// IsLandscape the text is turned by 90 degrees clockwise: it runs from the top of the box to its
-  /// bottom, TextAlign along the height, its first line at the right. ChrHeight makes letters that
-  /// many times higher at the same width.
+  /// Prints a text in a box. Lines end at CR LF, CR or LF; a TAB moves to the next multiple of the
+  /// width of eight digits. A line wider than the box extends beyond it; with AutoStringCut it is
+  /// cut and ends in an ellipsis (a left-aligned line is cut where the virtual area ends as well).
+  /// With IsLandscape the text is turned 90 degrees clockwise: it runs from the top of the box to
+  /// its bottom, TextAlign applies along the height, and the first line is at the right. ChrHeight
+  /// multiplies the height of the letters; their width stays the same.
   void PrintText(std::string_view Expression, const Font& TextFont, float Left, float Top,
                  float Width, float Height, PrintBookAlignConst TextAlign,
                  PrintBookValignConst TextValign, bool IsLandscape = false, float ChrHeight = 1.0f,
                  Color TextColor = 0, bool AutoStringCut = false);
-  /// Draws the outline of a rectangle, or fills it; then DrawWidth does not count.
+  /// Draws the outline of a rectangle, or fills the rectangle and ignores DrawWidth.
   void DrawBox(float Left, float Top, float Width, float Height, Color BoxColor, float DrawWidth,
                bool Fill);
   /// Draws a line from (Left, Top) to (Left + Width, Top + Height).
   void DrawLine(float Left, float Top, float Width, float Height, Color LineColor, float DrawWidth);
-  /// Fills a circle, or draws its outline in a line of width 1. The color is a Single here and a
-  /// Long everywhere else.
+  /// Fills a circle, or draws its outline with a line of width 1. Only here is the color a float;
+  /// everywhere else it is an integer.
   void DrawCircle(float X, float Y, float Radius, float CircleColor, bool Fill);
 
   /// Upper margin in mm.
@@ -152,13 +153,13 @@ class KELTRUN2_API clsPrintBook {
 
   /// Factor by which everything recorded from now on is multiplied; 1 at first.
   float VirtualZoomRatio() const;
-  /// Changes the factor; 0 is taken as 1. SetVirtualSize and SetSeparation put it back to 1.
+  /// Changes the factor; 0 means 1. SetVirtualSize and SetSeparation reset it to 1.
   void SetVirtualZoomRatio(float Ratio);
-  /// How far the current page is filled across. The book only keeps it for the caller.
+  /// How far the current page is filled across. The book only stores it for the caller.
   float PrintedAreaWidth() const;
   /// Notes how far the current page is filled across.
   void SetPrintedAreaWidth(float Width);
-  /// How far the current page is filled down. The book only keeps it for the caller.
+  /// How far the current page is filled down. The book only stores it for the caller.
   float PrintedAreaHeight() const;
   /// Notes how far the current page is filled down.
   void SetPrintedAreaHeight(float Height);
@@ -170,12 +171,12 @@ class KELTRUN2_API clsPrintBook {
   /// Number of pages with at least one drawing.
   std::int32_t PageCount() const;
 
-  /// The printer in use, never null: before `Init` found one, a PDF printer that keeps its document
-  /// in memory.
+  /// The printer in use, never null. Until `Init` has found one, it is a PDF printer that keeps its
+  /// document in memory.
   const std::shared_ptr<Printer>& PrinterObject() const;
 
-  /// Lets go of the printer and the recorded pages when the host closes the window FormObject; the
-  /// book is then as new. Never fails.
+  /// Releases the printer and the recorded pages when the host closes the window FormObject; the
+  /// book is then like a new one. Never fails.
   void TryUnload(const void* FormObject);
 
  private:

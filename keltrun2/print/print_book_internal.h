@@ -17,13 +17,13 @@ enum class PrintKind : std::int32_t { kText = 0, kBox = 1, kLine = 2, kCircle = 
 class clsPrintBookLine {
  public:
   PrintKind Kind = PrintKind::kText;
-  float Left = 0, Top = 0;      // of a circle: its centre
+  float Left = 0, Top = 0;      // of a circle: its center
   float Width = 0, Height = 0;  // of a circle: Width is the radius
   keltrun::Color Color = 0;
   float DrawWidth = 0;  // dots of 1/300 inch at a zoom of 1
   bool Fill = false;
 
-  // What only texts have.
+  // Only texts have these.
   bool IsLandscape = false;
   bool AutoStringCut = false;
   PrintBookAlignConst Align = PRINTBOOK_ALIGN_LEFT;

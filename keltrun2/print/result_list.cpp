@@ -106,8 +106,8 @@ class ResultList {
     line_ += 1;
   }
 
-  // The border stands before the first runner whose official rank lies beyond the cut-off; ranks
-  // that are no numbers do not count.
+  // The border goes before the first runner whose official rank is beyond the cut-off rank. Ranks
+  // that are not numbers are ignored.
   void PrintBorderBefore(const clsLapData& runner) {
     if (border_done_) return;
     const std::optional<double> rank = NumericValue(runner.Rank);
@@ -120,7 +120,7 @@ class ResultList {
     BreakPageUnless(1);
   }
 
-  // A text in the current line, and on to the next column.
+  // Prints a text in the current line and moves on to the next column.
   void Column(const std::string& text, const Font& font, float width, PrintBookAlignConst align,
               Cut cut = Cut::kNo) {
     book_.PrintText(text, font, x_, Top(), width, line_height_, align, PRINTBOOK_VALIGN_MIDDLE,

@@ -7,14 +7,14 @@
 namespace keltrun {
 
 struct ResultListOptions {
-  float LineInterval = 1.5f;  // height of a line, below 1 taken as 1
-  bool PrintNewPage = false;  // end the page behind the list
+  float LineInterval = 1.5f;  // height of a line; values below 1 mean 1
+  bool PrintNewPage = false;  // end the page after the list
   bool PrintID = false;
   bool PrintAge = false;
 };
 
-/// Lays the list out on the book, below what the current page already holds. Without runners the
-/// book stays as it is.
+/// Lays out the list on the book, below what is already on the current page. Without runners the
+/// book is not changed.
 void PrintResultList(const clsResultsHolder& results, clsPrintBook& book,
                      const ResultListOptions& options);
 

@@ -73,8 +73,8 @@ class Layout {
   }
 
  private:
-  // Both kinds of alignment: 0 begins at the box, 1 is the middle, 2 the end, 3 spreads (what
-  // cannot be spread stands in the middle).
+  // For both kinds of alignment: 0 is the beginning of the box, 1 its middle, 2 its end, and 3
+  // spreads the parts over it (in the middle if they cannot be spread).
   static float Offset(std::int32_t alignment, float free) {
     switch (alignment) {
       case PRINTBOOK_ALIGN_CENTER:
@@ -163,7 +163,8 @@ class Layout {
     return width + surface_.TextWidth(line, style_);
   }
 
-  // The longest beginning that fits together with the ellipsis; nothing when not even that fits.
+  // The longest beginning that fits together with the ellipsis; "" when the ellipsis alone is too
+  // long.
   std::string CutLine(std::string_view line) {
     const std::vector<std::size_t> ends = CharacterEnds(line);
     const auto with_ellipsis = [&](std::size_t end) {

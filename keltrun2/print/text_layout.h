@@ -24,8 +24,8 @@ struct TextBox {
 /// line at the right.
 void DrawTextInBox(DrawingSurface& surface, const TextBox& box, const TextStyle& style);
 
-/// Ends of the characters as a reader sees them: a letter together with its combining marks,
-/// variation selectors and what a joiner ties to it, or the two letters of a flag.
+/// Ends of the characters as a reader sees them: a letter together with its combining marks, its
+/// variation selectors and whatever a joiner attaches to it, or the two letters of a flag.
 std::vector<std::size_t> CharacterEnds(std::string_view text);
 
 }  // namespace keltrun

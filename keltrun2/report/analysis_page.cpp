@@ -94,7 +94,7 @@ constexpr ValueSection kNoMissSection = {"◆ ミスを除いたタイム", " cl
                                          "<td bgcolor=\"#bbccdd\" class=\"wl\">&nbsp;</td>",
                                          "<td colspan=\"2\" class=\"wv\">", AppendTimeWithoutMiss};
 
-// A name in pieces of ten characters, two breaks at the most, so that columns stay narrow.
+// A name in pieces of ten characters, with at most two line breaks, so that columns stay narrow.
 void AppendInTens(std::string& out, std::string_view text) {
   constexpr std::size_t kPiece = 10;
   for (int breaks = 0; breaks < 2; ++breaks) {
@@ -121,7 +121,7 @@ class AnalysisPage {
     out_ +=
         "<table border=\"1\" cellspacing=\"0\" cellpadding=\"1\" bgcolor=\"white\" class=\"lap\">";
     out_ += kCrLf;
-    // The attribute ends in two quotes; programs that read these pages know it so.
+    // The attribute ends in two quotes: programs that read these pages expect it.
     MakePageTitleRow(out_, analyzer_, model_.Event->ToString(), ColumnCount(),
                      " class=\"lap-title\"\"");
     MakeNameRow();
@@ -143,7 +143,7 @@ class AnalysisPage {
   }
 
  private:
-  // One growth of the page string instead of many: fresh memory is what a page costs most.
+  // The string grows once instead of many times: fresh memory is the largest cost of a page.
   void ReserveForTable() {
     constexpr std::size_t kBytesPerRunner = 1300;
     constexpr std::size_t kBytesPerLeg = 240;
@@ -156,7 +156,8 @@ class AnalysisPage {
     return (count - 1) / static_cast<std::int32_t>(kRunnersPerBlock) + 2 * count + 1;
   }
 
-  // A row: its opening, per runner what `cells` appends, and the label cell before each block.
+  // A row: its opening tag, what `cells` appends for each runner, and the label cell before each
+  // block.
   template <typename Cells>
   void MakeRow(std::string_view opening, std::string_view label_cell, Cells cells) {
     out_.append(opening).append(kCrLf);
@@ -261,7 +262,7 @@ class AnalysisPage {
     CloseCell();
   }
 
-  // The cell of a run of legs that only has a combined time.
+  // The cell of a range, whose legs only have a common time.
   void AppendRowSpan(const Figures::LegFigures& figures) {
     out_.append(" rowspan=\"")
         .append(std::to_string(figures.range_to - figures.range_from + 1))

@@ -1,4 +1,5 @@
-// The HTML page of an analysis: one wide table, a column pair a runner, a row a leg.
+// The HTML page of an analysis: one wide table with two columns for each runner and a row for each
+// leg.
 #pragma once
 
 #include <string>
@@ -9,8 +10,8 @@
 
 namespace keltrun {
 
-/// Appends the whole page. `charset` is what the page declares; the bytes are the caller's affair.
-/// `link_style_file` is the host's own HTML, "" links no style sheet.
+/// Appends the whole page. `charset` is the charset that the page declares; encoding the text is up
+/// to the caller. `link_style_file` is the host's own HTML; "" links no style sheet.
 void AppendAnalysisPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                         std::string_view link_style_file, std::string_view charset);
 

@@ -16,7 +16,7 @@ namespace {
 constexpr std::int32_t kRealTimeMode = 1;
 constexpr std::int32_t kLastMode = 7;
 
-// By mode. The map, the last one, has none.
+// By mode. The last mode, the map, has no heading.
 constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
                                                                "リアルタイム",
                                                                "上位平均相対",
@@ -32,7 +32,7 @@ void MakePicture(std::string& out, std::int32_t mode, std::string_view chart_nam
   out += "\"><br><hr>";
 }
 
-// A reader who looks for the map is told why there is no picture of it.
+// Explains to a reader who looks for the map why there is no picture of it.
 void MakeMapNote(std::string& out, const clsAnalyzer& analyzer) {
   const std::int32_t finishers = analyzer.FinisherCount();
   if (finishers <= kMostOnMap) return;

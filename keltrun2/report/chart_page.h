@@ -11,21 +11,21 @@
 
 namespace keltrun {
 
-/// The chart modes of a comma-separated list of numbers, in its order, repeated ones
-/// repeated. Entries that are no mode are skipped.
+/// The chart modes in a comma-separated list of numbers, in the order of the list and with its
+/// repetitions. Entries that are not modes are skipped.
 std::vector<std::int32_t> ChartModes(std::string_view chart_option);
 
-/// Whether somebody of the data set has a start time, so that there is something to show in real
-/// time.
+/// Whether any runner of the data set has a start time, so that a real-time chart has something to
+/// show.
 bool HasStartTimes(const clsAnalyzer& analyzer);
 
 /// Whether Vesmer makes a map of the analysis.
 bool HasMap(const clsAnalyzer& analyzer);
 
-/// Appends the whole page: a heading and a picture for each chart mode of `chart_option`, without
-/// the map (a sentence where there are too many finishers for one), and without the real-time chart
-/// where nobody has a start time. `chart_name` is the pictures' address, HTML already; "?" in it
-/// stands for the mode number.
+/// Appends the whole page: a heading and a picture for each chart mode of `chart_option`. The map
+/// is left out (a sentence says so when there are too many finishers for one), and so is the
+/// real-time chart when no runner has a start time. `chart_name` is the address of the pictures and
+/// is already HTML; "?" in it stands for the mode number.
 void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                      std::string_view chart_name, std::string_view chart_option,
                      std::string_view charset);

@@ -8,7 +8,7 @@
 namespace keltrun {
 namespace {
 
-// What the viewer takes for "unknown".
+// What the viewer reads as "unknown".
 constexpr std::string_view kNoStart = "9:00:00";
 constexpr std::string_view kNoSplit = "0:00";
 

@@ -1,5 +1,5 @@
 // An analysis as comma-separated lines without quoting, for two programs that read them. Runners
-// without a finish time are left out. Both append whole lines that end in CR LF.
+// without a finish time are left out. Both functions append whole lines that end in CR LF.
 #pragma once
 
 #include <string>

@@ -13,14 +13,14 @@ namespace keltrun {
 class clsAnalyzer;
 class EventModel;
 
-/// The charset that pages declare unless another one is asked for.
+/// The charset that pages declare by default.
 inline constexpr std::string_view kPageCharset = "x-sjis";
 
-/// Where the footers' link leads: the maker's page.
+/// The target of the link in page footers: the maker's page.
 inline constexpr std::string_view kMakerAddress = "https://keltrun.example/";
 
-/// The viewer control that an old browser can show lap files with: what it is and needs, where
-/// browsers get it from, and the page for everybody else.
+/// The viewer control with which an old browser can show lap files: its class, the addresses from
+/// which browsers download it and the parser that it needs, and the page for all other browsers.
 inline constexpr std::string_view kViewerControlClassId = "5B0D9C3E-7A64-4E18-9F2C-C41E83D6A70B";
 inline constexpr std::string_view kViewerControlCabinetAddress =
     "https://keltrun.example/download/ctlDataView.cab";
@@ -28,7 +28,7 @@ inline constexpr std::string_view kXmlParserCabinetAddress =
     "https://keltrun.example/download/msxml3.cab";
 inline constexpr std::string_view kVelmoraAddress = "https://keltrun.example/velmora/";
 
-/// Title row colours, written as six hexadecimal digits.
+/// Title row colors, written as six hexadecimal digits.
 inline constexpr std::uint32_t kPageTitleColor = 0x3030A0;
 inline constexpr std::uint32_t kSectionTitleColor = 0xFFDD99;
 inline constexpr std::uint32_t kNoColor = 0xFFFFFF;
@@ -48,8 +48,8 @@ struct HeadOptions {
 /// The head element.
 void MakeHead(std::string& out, const HeadOptions& options);
 
-/// A row of one cell across `ColSpan` columns; `Text` is HTML. The attribute texts get one blank in
-/// front when they are not empty.
+/// A row of one cell across `ColSpan` columns; `Text` is HTML. A blank goes in front of each
+/// attribute text that is not empty.
 void MakeTitleRow(std::string& out, std::string_view Text, std::int32_t ColSpan,
                   std::uint32_t BackColor, std::string_view TrAttr, std::string_view TdAttr);
 
@@ -59,8 +59,8 @@ std::string_view RankBgColor(std::int32_t rank);
 /// The line that names the maker, with its address.
 void MakeFooter(std::string& out);
 
-/// A whole page about an analysis: head, what `make_body` appends, and foot. When nobody is in the
-/// data set, messages that say so stand in place of the body.
+/// A whole page about an analysis: the head, what `make_body` appends, and the foot. When the data
+/// set has no runners, messages that say so take the place of the body.
 void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                       const HeadOptions& head, const std::function<void()>& make_body);
 
@@ -68,7 +68,7 @@ void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyz
 void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,
                       std::int32_t ColSpan, std::string_view TdAttr);
 
-/// A data-set name as titles show it: in Japanese mode full-width. Not yet escaped.
+/// A data-set name as titles show it, full-width in Japanese mode. It is not escaped yet.
 std::string TitleName(std::string_view name);
 
 }  // namespace keltrun

@@ -50,7 +50,7 @@ std::string EventInformation(const clsEventData& event, bool official_site) {
   return out;
 }
 
-// Short class names are shown full-width in Japanese mode, long ones would need too much room.
+// Short class names are shown full-width in Japanese mode; long ones would need too much room.
 std::string RowName(std::string_view name) {
   constexpr std::size_t kWidestFullWidthName = 10;
   return DisplayWidth(name) <= kWidestFullWidthName ? TitleName(name) : std::string(name);
@@ -78,7 +78,7 @@ std::string DeclaredCharset(std::string_view page) {
   return AttributeWord(head.substr(0, head.find('>')), "encoding=");
 }
 
-// Every charset of old pages has ASCII in it.
+// HTML in ASCII, which is part of every charset that old pages use.
 std::string InAscii(std::string_view html) {
   std::string out;
   for (std::size_t pos = 0; pos < html.size();) {
@@ -114,8 +114,8 @@ void AppendLines(std::string& out, Lines::const_iterator begin, Lines::const_ite
   for (auto line = begin; line != end; ++line) out.append(*line).append(kCrLf);
 }
 
-// Puts the block where the page has blocks with this piece of HTML: in place of the first, and the
-// others go. False when there is none.
+// Replaces the blocks of the page that contain this piece of HTML: the new block takes the place of
+// the first, and the others are removed. False when there is none.
 bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
                    std::string_view piece) {
   bool replaced = false;
@@ -126,7 +126,7 @@ bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
       AppendLines(out, line, finish);
       return replaced;
     }
-    // A block that somebody cut has no finish: the last start in front of it counts.
+    // A block that was cut off has no finish, so the start is the last one before this finish.
     const auto start = std::find_end(line, finish, &kIndexStart, &kIndexStart + 1);
     AppendLines(out, line, start);
     line = std::next(finish);
@@ -141,7 +141,8 @@ bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
   }
 }
 
-// The line in front of which a block goes; the last "</body>" begins a line afterwards.
+// The line before which a block goes. When that is the last "</body>", the lines are split so that
+// it begins one.
 Lines::iterator PlaceOfBlock(Lines& lines) {
   const auto marker = std::find(lines.begin(), lines.end(), kIndexStart);
   if (marker != lines.end()) return marker;

@@ -21,7 +21,7 @@ constexpr std::int32_t kFormatVersion = 1;
 constexpr std::string_view kDatePattern = "yyyy-mm-dd";
 constexpr std::string_view kDateTimePattern = "yyyy-mm-dd hh:nn:ss";
 
-// The words in place of a time that is none.
+// The words for the markers that can take the place of a time.
 constexpr std::string_view kSkipWord = "skip";
 constexpr std::string_view kDisqWord = "disq";
 
@@ -61,11 +61,11 @@ void AppendChars(std::string& out, Number value, Format... format) {
   out.append(buffer.data(), end.ptr);
 }
 
-// `units` / `scale` with as many decimals as `scale` (a power of ten) has zeros at most, rounded
-// half away from zero.
+// `units` / `scale`, rounded half away from zero, with at most as many decimals as `scale` (a power
+// of ten) has zeros.
 void AppendDecimal(std::string& out, double units, long long scale) {
-  // Halves are common (the mean of two laps), but a time in days keeps them to its last bits only:
-  // what is a hair short of a half counts as one.
+  // Halves are common (the mean of two laps), but a time in days represents them only up to its
+  // last bits, so a value a hair short of a half is rounded as a half.
   constexpr double kHair = 1e-14;
   constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
   const double rounded = std::round(units + units * kHair);
@@ -87,8 +87,8 @@ void AppendDecimal(std::string& out, double units, long long scale) {
   }
 }
 
-// Appends JSON to a string and sets the commas. Members of objects are written by the calls with a
-// key; keys are plain ASCII and not escaped.
+// Appends JSON to a string and inserts the commas. The calls with a key write members of objects;
+// keys are plain ASCII and are not escaped.
 class JsonWriter {
  public:
   explicit JsonWriter(std::string& out) : out_(out) {}
@@ -100,7 +100,7 @@ class JsonWriter {
   void BeginArray(std::string_view key) { Key(key).BeginArray(); }
   void EndArray() { End(']'); }
 
-  // What comes next, a closing bracket too, starts a line.
+  // Whatever comes next, even a closing bracket, starts a new line.
   void NewLine() { new_line_ = true; }
 
   void Null() { Raw("null"); }
@@ -149,7 +149,7 @@ class JsonWriter {
     Factor(key, value);
   }
 
-  // Null for no date.
+  // Null when there is no date.
   void Date(std::string_view key, DateTime value, std::string_view pattern) {
     if (value == 0 || !std::isfinite(value)) return Null(key);
     Text(key, FormatDateTime(value, pattern));
@@ -197,11 +197,11 @@ class JsonWriter {
   }
 
   std::string& out_;
-  bool comma_ = false;     // a value stands before the next one
+  bool comma_ = false;     // the next value needs a comma before it
   bool new_line_ = false;  // a line break is due
 };
 
-// An array that lists `items`, one a line.
+// An array that lists `items`, one per line.
 template <typename Items, typename WriteItem>
 void WriteLines(JsonWriter& json, std::string_view key, const Items& items, WriteItem write_item) {
   json.NewLine();
@@ -495,8 +495,8 @@ void WriteCourse(JsonWriter& json, const clsCourseData& course) {
   WriteCodes(json, course, course.ControlCount());
 }
 
-// An entry that ends in a separator and a position, as a pair; `write_first` writes what stands
-// before the separator.
+// An entry that ends in a separator and a position, as a pair; `write_first` writes the part before
+// the separator.
 template <typename WriteFirst>
 void WritePair(JsonWriter& json, std::string_view entry, char separator, WriteFirst write_first) {
   const std::size_t at = std::min(entry.rfind(separator), entry.size());

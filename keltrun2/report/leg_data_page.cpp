@@ -22,10 +22,10 @@ constexpr std::int32_t kShownRunners = 6;
 constexpr std::int32_t kColumns = 4 + kShownRunners;
 constexpr std::string_view kEmptyCell = "<td>&nbsp;</td>";
 
-// What differs between the Japanese mode and all others.
+// What differs between the Japanese mode and all other modes.
 struct Wording {
   std::string_view cell_style;
-  std::string_view headings;  // the cells behind the corner
+  std::string_view headings;  // the cells after the corner
   std::string_view total;
 };
 
@@ -42,14 +42,14 @@ constexpr Wording kEnglish = {
 
 const Wording& CurrentWording() { return IsJapaneseMode() ? kJapanese : kEnglish; }
 
-// The first three of the data set keep their colours through all legs.
+// The first three of the data set keep their colors through all legs.
 struct RunnerColor {
   std::string_view back, text;
 };
 constexpr std::array<RunnerColor, 3> kRunnerColors = {
     {{"#ffdddd", "#800000"}, {"#ddddff", "#000080"}, {"#ddffdd", "#008000"}}};
 
-// A family name mostly: names in Japanese letters are short, others are cut at the first blank.
+// Usually the family name: names in Japanese letters are short, others are cut at the first blank.
 std::string ShortName(const Runner& runner) {
   constexpr std::size_t kJapaneseColumns = 6;
   constexpr std::size_t kColumnsElsewhere = 8;
@@ -68,7 +68,7 @@ class LegDataTable {
         legs_(AnalyzerInternal::LegCount(analyzer)) {}
 
   void Make() {
-    // The misspelt alignment is part of the page as its readers know it.
+    // The misspelled alignment stays: programs that read these pages expect it.
     out_.append("<tr align=\"rignt\" nowrap bgcolor=\"#ccccff\">").append(kEmptyCell);
     out_.append(CurrentWording().headings).append("</tr>\r\n");
     for (std::int32_t leg = 1; leg <= legs_; ++leg) MakeLegRow(leg);
@@ -128,7 +128,7 @@ class LegDataTable {
     out_ += kCrLf;
   }
 
-  // The runner at an index from 0, with a time.
+  // The cell of the runner at an index from 0, with a time.
   void MakeRunnerCell(std::size_t index, std::string_view time, std::string_view attribute) {
     const bool colored = index < kRunnerColors.size();
     out_ += "<td";

@@ -9,13 +9,13 @@
 
 namespace keltrun {
 
-/// What the page declares when `charset` is asked for: outside the Japanese mode its texts are
-/// English and the page is always in iso-8859-1.
+/// The charset that the page declares when the caller passes `charset`: outside the Japanese mode
+/// the texts are in English and the page is always in iso-8859-1.
 std::string_view LegDataCharset(std::string_view charset);
 
-/// Appends the whole page of an executed analysis; difficulties show when ExtraAnalyze was called.
-/// `charset` is what the page declares, `link_style_file` the host's own HTML, "" links no style
-/// sheet.
+/// Appends the whole page of an executed analysis; difficulties are shown when ExtraAnalyze was
+/// called. `charset` is the charset that the page declares. `link_style_file` is the host's own
+/// HTML; "" links no style sheet.
 void AppendLegDataPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                        std::string_view link_style_file, std::string_view charset);
 

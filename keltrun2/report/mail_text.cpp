@@ -19,7 +19,8 @@ constexpr std::string_view kReferenceHeading = "  Ave3";
 constexpr std::string_view kRate = "#0";
 constexpr std::string_view kFineRate = "#0.0";
 
-// What stands in front of the columns of a block, a text for each line: the headings' line first.
+// The labels in front of the columns of a block, one for each line; the line of headings is the
+// first.
 using LineLabels = std::vector<std::string>;
 
 // The columns of a section, written in blocks.
@@ -153,7 +154,7 @@ class MailText {
     blocks.Finish();
   }
 
-  // With the column of the reference laps behind the runners, if there are any.
+  // With the column of the reference laps after the runners, if there are any.
   template <typename ValueOf, typename ReferenceOf>
   void MakeColumns(const LineLabels& labels, ValueOf value_of, ReferenceOf reference_of) {
     Blocks blocks(out_, labels);

@@ -8,9 +8,9 @@
 
 namespace keltrun {
 
-/// Appends a heading and the sections lap times, split times, relative values, cruise speed, miss
-/// rate and miss times, each in blocks of twelve columns, one for each runner, of six display
-/// columns. Times are minutes and seconds without separator. Lines end in CR LF.
+/// Appends a heading and sections for laps, splits, relative values, cruise speed, loss rate and
+/// losses. Each section has blocks of twelve columns, one for each runner and six display columns
+/// wide. Times are minutes and seconds without a separator. Lines end in CR LF.
 void AppendMailText(std::string& out, const EventModel& model, const clsAnalyzer& analyzer);
 
 }  // namespace keltrun

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kColumns = 6;
 
-// What stands between "<td" and the class of each column's cells.
+// The text between "<td" and the class in the cells of each column.
 using ColumnAttributes = std::array<std::string_view, kColumns>;
 
 constexpr ColumnAttributes kMixedColumns = {" align=\"right\" width=\"30\"",
@@ -42,7 +42,7 @@ RowValues ReadRow(const clsResultsHolder& results, std::int32_t index) {
 }
 
 void MakeResultTitleRow(std::string& out, const clsResultsHolder& results) {
-  // The colour's trailing "#" is part of the page as its readers know it.
+  // The "#" after the color stays: programs that read these pages expect it.
   out += "<tr align=\"left\" width=\"500\" bgcolor=\"#000080#\">\r\n";
   out += "<td colspan=\"6\" class=\"result-title\"><font color=\"#ffffff\" size=\"+1\"><b>&nbsp;";
   AppendEscaped(out, TitleName(results.DataSetName()));
@@ -74,8 +74,8 @@ void MakeResultRow(std::string& out, const RowValues& row, const ColumnAttribute
   out += "</tr>\r\n";
 }
 
-// A line across the table before the first runner ranked below the cut-off; runners without a
-// numeric rank never trigger it.
+// A line across the table before the first runner ranked below the cut-off rank. Runners without a
+// numeric rank never cause it.
 void MakeResultLines(std::string& out, const clsResultsHolder& results) {
   const ColumnAttributes& columns = results.DataSetIsMix ? kMixedColumns : kSingleColumns;
   bool border_pending = results.CutOffRank > 0;

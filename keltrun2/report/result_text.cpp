@@ -20,7 +20,7 @@ std::string Right(std::string_view text, std::size_t width) {
   return PadByWidth(InLine(text), width, true, true);
 }
 
-// The official rank where the data set is one class that has them.
+// The official rank, if the data set is a single class that has official ranks.
 void AppendRank(std::string& out, const clsResultsHolder& results, std::int32_t index) {
   const clsLapData& runner = *results.Item(index);
   const bool official = !results.DataSetIsMix && results.RankIsAvalilable();

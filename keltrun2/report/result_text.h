@@ -7,8 +7,8 @@
 
 namespace keltrun {
 
-/// Appends a line for the data set and one for each runner, in the holder's order, and an empty
-/// line. Lines end in CR LF.
+/// Appends a line for the data set, one for each runner in the holder's order, and an empty line.
+/// Lines end in CR LF.
 void AppendResultText(std::string& out, const clsResultsHolder& results);
 
 }  // namespace keltrun

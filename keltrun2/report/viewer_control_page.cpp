@@ -14,7 +14,7 @@ void AppendHead(std::string& out, std::string_view charset) {
   out += "<title>Keltrun2 ActiveX Page</title></head>\r\n";
 }
 
-// The control reads lap files through this parser, which it needs to find installed.
+// The control reads lap files with this parser, which must be installed as well.
 void AppendParserObject(std::string& out) {
   out +=
       "<object id=\"MSXML3\" ClassID = \"clsid:f5078f32-c551-11d3-89b9-0000f81fe221\"\r\n"

@@ -6,8 +6,8 @@
 
 namespace keltrun {
 
-/// Appends the whole page. The control loads the lap file from `lap_file_address`, which is HTML
-/// already. The page itself declares no charset unless one is given.
+/// Appends the whole page. The control loads the lap file from `lap_file_address`, which is already
+/// HTML. The page declares a charset only if one is given.
 void AppendViewerControlPage(std::string& out, std::string_view lap_file_address,
                              std::string_view charset = "");
 

@@ -13,12 +13,12 @@
 namespace keltrun {
 namespace {
 
-// The gaps of the template, in its order.
+// The gaps in the template, in the order in which they appear.
 constexpr std::string_view kLanguageGap = "{language}";
 constexpr std::string_view kTitleGap = "{title}";
 constexpr std::string_view kDataGap = "{data}";
 
-// Appends the template up to `gap` and takes that off it.
+// Appends the template up to `gap`, and removes that part and the gap from `rest`.
 void AppendUpTo(std::string& page, std::string_view& rest, std::string_view gap) {
   const std::size_t at = rest.find(gap);
   page.append(rest.substr(0, at));

@@ -1,4 +1,4 @@
-// The modern viewer: one page that holds its data, its style and its scripts.
+// The viewer page: one page that contains its data, its style and its scripts.
 #pragma once
 
 #include <memory>

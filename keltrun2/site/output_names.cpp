@@ -14,7 +14,7 @@
 namespace keltrun {
 namespace {
 
-// Separators, and what some file systems do not allow.
+// Separators, and other characters that some file systems do not allow.
 constexpr std::string_view kUnsafe = "/\\:*?\"<>|";
 constexpr std::string_view kUnsafeInPatterns = "/\\:?\"<>|";
 
@@ -31,8 +31,8 @@ std::string ReplaceAll(std::string_view text, std::string_view what, std::string
   return CclsSplit(what, text).Expression(by);
 }
 
-// A file name's text in UTF-16, where a character beyond U+00FF stands as "u" and four hexadecimal
-// digits, and the place in the name where each unit ends.
+// A file name as text in UTF-16, with "u" and four hexadecimal digits decoded to the character that
+// they stand for, and the place in the name where each unit ends.
 struct NameUnits {
   std::u16string Text;
   std::vector<std::size_t> Ends;
@@ -58,7 +58,8 @@ NameUnits UnitsOf(std::string_view name) {
   return units;
 }
 
-// The beginning of a file name in so many bytes, cut between characters as a reader sees them.
+// The beginning of a file name, in at most `bytes` bytes, cut between characters as a reader sees
+// them.
 std::string_view Beginning(std::string_view name, std::size_t bytes) {
   if (name.size() <= bytes) return name;
   const NameUnits units = UnitsOf(name);
@@ -77,12 +78,12 @@ std::string_view Beginning(std::string_view name, std::size_t bytes) {
 
 std::string NumberSuffix(int number) { return number == 1 ? "" : "_" + std::to_string(number); }
 
-// What stands for "*" in a pattern: the file name with the number, cut so that file systems, which
-// allow 255 bytes, take the name that comes of it.
+// The replacement of "*" in a pattern: the file name with the number, cut so that the resulting
+// name has at most the 255 bytes that file systems allow.
 std::string Numbered(std::string_view pattern, std::string_view file_name, int number) {
   constexpr std::size_t kLongestPart = 200;
   constexpr std::size_t kLongestName = 255;
-  constexpr std::size_t kPictureEnd = 6;  // "_7.png", which may stand in place of ".html"
+  constexpr std::size_t kPictureEnd = 6;  // "_7.png", which may take the place of ".html"
   const auto stars = static_cast<std::size_t>(std::count(pattern.begin(), pattern.end(), '*'));
   const std::string suffix = NumberSuffix(number);
   const std::size_t others = pattern.size() + kPictureEnd + stars * suffix.size();
@@ -91,7 +92,7 @@ std::string Numbered(std::string_view pattern, std::string_view file_name, int n
   return std::string(Beginning(file_name, std::min(room, kLongestPart))) + suffix;
 }
 
-// The pattern up to its extension; a dot in front of a "*" begins none.
+// The pattern without its extension. A dot before a "*" does not begin an extension.
 std::string_view Stem(std::string_view pattern) {
   const std::size_t dot = pattern.rfind('.');
   const bool extension = dot != pattern.npos && pattern.find('*', dot) == pattern.npos;
@@ -125,7 +126,7 @@ std::string PictureNames::Address() const {
 
 void OutputNames::Reserve(const std::string& name) { used_.insert(FoldCase(name)); }
 
-// The first number that makes the name of the page a new one, which is taken from now on.
+// The first number with which the name of the page is new. The name is taken from now on.
 int OutputNames::TakeNumber(const std::string& pattern, const std::string& file_name) {
   int& number = last_number_[FoldCase(Substitute(pattern, file_name, 1))];
   do {

@@ -12,28 +12,27 @@ namespace keltrun {
 /// The names of a page and of the pictures on it.
 struct PictureNames {
   std::string Page;
-  std::string Pictures;  // "?" stands for the number of the picture, and nowhere else
+  std::string Pictures;  // "?" is the place of the number, and occurs nowhere else
 
   /// The file of a picture.
   std::string Picture(std::int32_t number) const;
-  /// The pictures' address on the page, "?" still in it.
+  /// The pictures' address on the page, with "?" still in it.
   std::string Address() const;
 };
 
-/// Hands out file names that stay in the folder and are different even where letter case does not
-/// count.
+/// Hands out file names that stay in the folder and are different even when letter case is ignored.
 class OutputNames {
  public:
-  /// Keeps a name for somebody else.
+  /// Reserves a name for another use.
   void Reserve(const std::string& name);
 
-  /// The name of a page: the pattern with "*" replaced by `file_name`, of which at most 200 bytes
-  /// stay, a "_2", "_3" ... behind that (or in front of the extension of a pattern without "*")
-  /// when the name is taken. "" for an empty pattern.
+  /// The name of a page: the pattern with "*" replaced by at most 200 bytes of `file_name`. When
+  /// the name is taken, "_2", "_3" and so on follow the file name (or precede the extension, in a
+  /// pattern without "*"). "" for an empty pattern.
   std::string Assign(const std::string& pattern, const std::string& file_name);
 
-  /// The same with the names of pictures: those of the page with "_" and the number of the picture
-  /// behind what replaced "*", and the extension "png".
+  /// The same with the names of pictures: each is the name of the page with "_" and the number of
+  /// the picture after what replaced "*", and with the extension "png".
   PictureNames AssignWithPictures(const std::string& pattern, const std::string& file_name);
 
   /// The name without folders, separators and control characters.

@@ -65,9 +65,9 @@ constexpr std::array<PageOptions, kPageKinds> kPages = {{
 struct Entry {
   ClassAndCourseChoice choice;
   std::vector<std::shared_ptr<clsClassData>> classes;
-  std::array<std::string, kPageKinds> names;  // of the pages, "" for one that is not asked for
+  std::array<std::string, kPageKinds> names;  // of the pages, "" for one that is not wanted
   PictureNames charts;
-  bool has_results = false;  // somebody has a result, so that there is a result list
+  bool has_results = false;  // a runner has a result, so there is a result list
 
   bool IsCourse() const { return choice.ClassIndex == 0; }
   bool Wants(PageKind kind) const { return !names[kind].empty(); }
@@ -109,7 +109,8 @@ class SiteExport {
   void Run(ProgressReport& progress);
   std::vector<std::string> FileNames();
 
-  // What failed, in the error text; an abort of the whole export comes first.
+  // Puts what failed into the error text, after the reason for which the whole export ended, if
+  // any.
   void ReportFailures(std::string_view abort = "") const;
 
  private:
@@ -152,7 +153,7 @@ class SiteExport {
   const std::shared_ptr<EventModel> model_;
   std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
   std::vector<Entry> entries_;
-  // Names of the single files, "" for one that is not asked for.
+  // Names of the single files, "" for one that is not wanted.
   std::string index_name_, lap2_name_, lap1_name_, viewer_name_, viewer_control_name_;
   std::string index_;       // the block of the index page
   std::string navigation_;  // above every result list
@@ -160,8 +161,8 @@ class SiteExport {
   clsResultsHolder results_;
   std::shared_ptr<CairoPicture> picture_;  // made for the first chart and kept, as is the chart
   std::shared_ptr<clsChartObject> chart_;
-  std::string page_;   // the page in the making, its memory kept from page to page
-  std::string bytes_;  // the page in the bytes of its charset, likewise
+  std::string page_;   // the page being made; its memory is reused for each page
+  std::string bytes_;  // the page in its charset; the memory is reused, too
   std::vector<std::string> failures_;
   bool folder_failed_ = false;  // nothing can be written; one failure says so
 };
@@ -195,8 +196,8 @@ void SiteExport::Run(ProgressReport& progress) {
     progress.Advance(++done, static_cast<std::int64_t>(entries_.size()));
   }
   AppendIndexFoot(index_, Now());
-  // The index may hold blocks of other events, and it must not link pages that a loss of power
-  // took.
+  // The index may contain blocks of other events, and it must not link pages that were lost when
+  // the power failed.
   std::string error;
   if (!SyncFileSystem(folder_, error)) NoteFailure(error);
   WriteIndex();
@@ -217,7 +218,7 @@ std::vector<std::string> SiteExport::FileNames() {
   return names;
 }
 
-// Equal names are numbered, those of classes and courses as well as these.
+// Equal names are numbered; that includes the names of classes and courses.
 void SiteExport::NameFiles(OutputNames& names) {
   const auto assign = [&](const std::string& name) {
     return name.empty() ? "" : names.Assign(OutputNames::Safe(name), "");
@@ -272,7 +273,7 @@ std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
   return classes_of_course_.at(choice.CourseNum);
 }
 
-// The copies are made before anything is analysed.
+// The copies are made before anything is analyzed.
 void SiteExport::MakeLinksRow() {
   std::string links;
   Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
@@ -296,7 +297,7 @@ std::string SiteExport::MakeViewerControlPage() {
   if (!IsJapaneseMode() || options_.ActiveXFile.empty() || address.empty()) return "";
   const std::string& name = viewer_control_name_;
   page_.clear();
-  // Browsers guess Shift-JIS for a page of ours without a charset, but not UTF-8.
+  // When one of these pages declares no charset, browsers guess Shift-JIS but not UTF-8.
   AppendViewerControlPage(page_, address, charset_ == Charset::kShiftJis ? "" : options_.Charset);
   if (!WritePage(name, charset_)) return "";
   return LinkInBrackets(name, " target = \"_blank\"", "RES_META_ACTIVE_X_PAGE_LINK");
@@ -307,7 +308,7 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
   if (name.empty()) return "";
   SetErrorText("");
   const bool saved = SaveLapFile(*model_, folder_ + name, type, KR_SAVEMODE_NORMAL, Sync::kLater);
-  if (!saved || !ErrorText().empty()) {  // an archive that failed answers true with a text
+  if (!saved || !ErrorText().empty()) {  // a failed archive returns true with a text
     NoteFailure(ErrorText());
     return "";
   }
@@ -323,8 +324,8 @@ std::string SiteExport::MakeViewerPage() {
   return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
 }
 
-// Everything there is to look at: classes, courses and the segment sets that were made. Thousands
-// of them would make a page that no browser opens.
+// Everything that a reader can choose: classes, courses and the segment sets that were made.
+// Thousands of segments would make a page that no browser opens.
 std::vector<ViewerPageSet> SiteExport::ViewerSets() {
   std::vector<ViewerPageSet> sets;
   const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
@@ -368,7 +369,7 @@ void SiteExport::ExportEntry(const Entry& entry) {
   const std::string& name = entry.choice.ValueName;
   std::string links;
   if (Attempt("list", name, [&] { GatherResults(entry); })) links += ExportPage(entry, kResultPage);
-  if (Attempt("analyse", name, [&] { Analyze(entry); })) {
+  if (Attempt("analyze", name, [&] { Analyze(entry); })) {
     for (const PageKind kind : {kAnalysisPage, kLegDataPage, kChartPage}) {
       links += ExportPage(entry, kind);
     }
@@ -377,8 +378,8 @@ void SiteExport::ExportEntry(const Entry& entry) {
   if (!links.empty()) AddIndexRow(entry, links);
 }
 
-// What cannot be made (of a class with more controls than the analysis holds, say) is a page less,
-// and the export goes on.
+// When something cannot be made, such as the analysis of a class with too many controls, its page
+// is left out and the export goes on.
 template <typename Step>
 bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
   try {
@@ -407,7 +408,7 @@ void SiteExport::Analyze(const Entry& entry) {
   if (entry.Wants(kChartPage) && IsDrawn(KR_CHART_VESMER)) analyzer_->Vesmer();
 }
 
-// Writes the page, if it is wanted and has somebody to show, and returns the link to it.
+// Writes the page, if it is wanted and has runners to show, and returns the link to it.
 std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
   const std::string& name = entry.names[kind];
   const std::int32_t count = kind == kResultPage ? results_.Count() : analyzer_->Count();
@@ -454,7 +455,7 @@ void SiteExport::ExportPictures(const Entry& entry) {
   }
 }
 
-// Whether a chart mode is asked for and has something to show of the analyzed set.
+// Whether a chart mode is wanted and has something to show for the analyzed set.
 bool SiteExport::IsDrawn(std::int32_t mode) const {
   if (!chart_modes_.contains(mode)) return false;
   if (mode == KR_CHART_REALTIME) return HasStartTimes(*analyzer_);
@@ -472,7 +473,7 @@ void SiteExport::DrawSiteChart(KrChartModeConst mode) {
   chart_->DrawChart();
 }
 
-// The winner is the first of the result list, or without one of the analysis.
+// The winner is the first runner of the result list or, if there is no list, of the analysis.
 void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
   const std::string class_info = analyzer_->ClassInfo();
   std::string name;
@@ -494,7 +495,7 @@ bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes, Syn
   return false;
 }
 
-// When the folder takes no files at all, one failure says so in place of one a file.
+// When the folder takes no files at all, one failure says so instead of one for each file.
 void SiteExport::NoteFailure(const std::string& failure) {
   if (folder_failed_) return;
   std::string error;
@@ -502,7 +503,7 @@ void SiteExport::NoteFailure(const std::string& failure) {
   failures_.push_back(folder_failed_ ? error : failure);
 }
 
-// Writes the page in the making.
+// Writes the page that is being made.
 bool SiteExport::WritePage(const std::string& name, Charset charset, Sync sync) {
   page_ += kCrLf;
   bytes_.clear();
@@ -511,7 +512,7 @@ bool SiteExport::WritePage(const std::string& name, Charset charset, Sync sync) 
   return WriteBytes(name, bytes_, sync);
 }
 
-// The HTML by which an index knows the block of the same files.
+// The HTML by which the block of the same files is found in an index.
 std::string SiteExport::ReplacedPiece() const {
   const std::string& copy = lap2_name_.empty() ? lap1_name_ : lap2_name_;
   if (!options_.IndexReplaceBlock || copy.empty()) return "";
@@ -563,7 +564,7 @@ bool ExportSite(const SiteOptions& options, const StartProgress& start_progress)
     site.Run(*progress);
     progress->Close();
   } catch (const ProgressHandlerError& error) {
-    site.ReportFailures("a handler of Progress ended the export");
+    site.ReportFailures("a Progress handler ended the export");
     std::rethrow_exception(error.Cause);
   }
   return true;

@@ -19,7 +19,7 @@ namespace keltrun {
 /// course. All files lie in the folder itself: separators and characters that some systems do not
 /// allow become "_" in names, and equal names are numbered.
 struct SiteOptions {
-  std::string OutputFolder = {};  ///< The folder; made when it is missing and the user agrees.
+  std::string OutputFolder = {};  ///< The folder; created when it is missing and the user agrees.
   std::string IndexFile = {};     ///< Name of the page that lists the classes.
 
   std::string ResultFile = {};    ///< Pattern of the result lists' names.
@@ -52,13 +52,13 @@ struct SiteOptions {
   std::string LinkStyleFile = {};  ///< Address of a style sheet that every page links.
   bool OfficialSite = false;       ///< Whether the index links the event's own site.
   bool IndexFileAddMode = false;   ///< Whether an existing index is kept and gets a new block.
-  /// Whether, in that mode, the new block takes the place of blocks that link the same copy of the
-  /// lap file (Lap2File, else Lap1File), which were made of the same files. Otherwise it goes in
-  /// front.
+  /// Whether, in that mode, the new block replaces the blocks that link the same copy of the lap
+  /// file (Lap2File, else Lap1File), which were made from the same files. Otherwise it goes in
+  /// front of the others.
   bool IndexReplaceBlock = false;
 
-  /// The charset that pages declare and are written in. Without the Japanese mode leg analyses are
-  /// in iso-8859-1 in place of "x-sjis".
+  /// The charset that pages declare and are written in. Outside the Japanese mode, leg analyses are
+  /// in iso-8859-1 instead of "x-sjis".
   std::string Charset = "x-sjis";
 };
 

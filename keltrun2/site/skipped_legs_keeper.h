@@ -1,4 +1,4 @@
-// Keeps the event as it was while it is analysed.
+// Keeps the event unchanged while it is analyzed.
 #pragma once
 
 #include <memory>
@@ -11,7 +11,7 @@
 
 namespace keltrun {
 
-/// Analysing turns skipped legs at the end of a record into missing ones. Publishing must leave the
+/// Analyzing turns skipped legs at the end of a record into missing ones. Publishing must leave the
 /// event as it was, so the skipped legs are put back when this goes out of scope.
 class SkippedLegsKeeper {
  public:
