@@ -1,4 +1,4 @@
-// A host in thirty lines: loads a lap file, analyses its first class and prints the ranking.
+// A host in thirty lines: loads a lap file, analyzes its first class and prints the ranking.
 //
 //     host event.lxm
 #include <cstdio>

@@ -1,5 +1,5 @@
 // A host with a grid of its own: shows the analysis of a class as a table in the terminal, with
-// rank colours where the terminal has colours.
+// colors for ranks where the terminal has colors.
 //
 //     text_grid event.lxm M21A
 #include <unistd.h>
@@ -18,7 +18,7 @@ namespace {
 using keltrun::KrAlignTypeConst;
 using keltrun::KrColorTypeConst;
 
-// Columns that a UTF-8 text takes in a terminal: two for East Asian characters, save half-width
+// Columns that a UTF-8 text takes in a terminal: two for East Asian characters except half-width
 // katakana (U+FF61 to U+FF9F).
 std::size_t TerminalWidth(std::string_view text) {
   std::size_t width = 0;
@@ -34,7 +34,7 @@ std::size_t TerminalWidth(std::string_view text) {
 
 class TextGrid : public keltrun::clsGridObject {
  public:
-  // The palette: bands are plain, labels grey, the three best of a leg coloured.
+  // The palette: bands are plain, labels are gray, and the three best of a leg are colored.
   keltrun::Color Color(KrColorTypeConst ColorType) override {
     switch (ColorType) {
       case keltrun::KR_COLOR_RANK1:
@@ -104,7 +104,7 @@ class TextGrid : public keltrun::clsGridObject {
   static void Show(const Cell& cell, std::size_t width, bool with_colors) {
     const std::string blanks(width - TerminalWidth(cell.text), ' ');
     const bool colored = with_colors && cell.color != kNoColor;
-    if (colored) {  // a colour number is blue, green, red from the highest byte down
+    if (colored) {  // a color number is blue, green, red from the highest byte down
       std::printf("\033[30;48;2;%d;%d;%dm", cell.color & 0xFF, cell.color >> 8 & 0xFF,
                   cell.color >> 16 & 0xFF);
     }

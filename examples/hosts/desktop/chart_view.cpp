@@ -16,7 +16,7 @@ constexpr double kWheelStep = 120;
 constexpr int kChosenWidth = 3;
 constexpr int kHoverWidth = 7;
 constexpr keltrun::Color kHoverColor = 0x60E0FF;
-// Blue, green, red.
+// Color numbers are blue, green, red from the highest byte down.
 constexpr std::array<keltrun::Color, 8> kColors = {0x2020D0, 0xD06000, 0x208020, 0xA02090,
                                                    0x0080E0, 0xA0A000, 0x404080, 0x8000FF};
 

@@ -1,5 +1,5 @@
-// A chart that scrolls and zooms. The runner under the mouse lights up; a click gives him a colour
-// or takes it back.
+// A chart that scrolls and zooms. The runner under the mouse lights up; a click gives the runner a
+// color or takes it back.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -24,7 +24,7 @@ class ChartView : public QAbstractScrollArea {
  signals:
   /// Position of the runner under the mouse, 0 for none.
   void RunnerHovered(int index);
-  /// The wheel was turned with the control key; factor to zoom by.
+  /// The wheel was turned with the control key held down; `factor` is the zoom to apply.
   void ZoomWanted(double factor);
 
  protected:
@@ -50,6 +50,6 @@ class ChartView : public QAbstractScrollArea {
   keltrun::KrChartModeConst mode_ = keltrun::KR_CHART_NORMAL;
   double zoom_x_ = 1;
   double zoom_y_ = 1;
-  std::size_t chosen_ = 0;  // how many runners were given a colour
+  std::size_t chosen_ = 0;  // how many runners were given a color
   int hovered_ = 0;         // the runner that is lit up
 };

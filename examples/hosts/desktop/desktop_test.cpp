@@ -1,4 +1,4 @@
-// The desktop host without a screen: what a user does, and a picture of each tab when
+// The desktop host without a screen: does what a user does, and takes a picture of each tab when
 // KELTRUN2_SCREENSHOTS names a folder.
 #include <QMessageBox>
 #include <QProgressDialog>
@@ -31,7 +31,7 @@ class DesktopTest : public QObject {
     QVERIFY(grid.item(0, 0)->background() != grid.verticalHeaderItem(0)->background());
   }
 
-  void ChartsFindAndColourRunnersZoomAndScroll() {
+  void ChartsFindAndColorRunnersZoomAndScroll() {
     window_->Tabs().setCurrentIndex(1);
     ChartView& chart = window_->Chart();
     for (int mode = window_->Modes().count() - 1; mode >= 0; --mode) {
@@ -67,7 +67,7 @@ class DesktopTest : public QObject {
     const keltrun::SiteOptions options{.OutputFolder = folder_.filePath("site").toStdString(),
                                        .IndexFile = "index.html",
                                        .ViewerFile = "viewer.html"};
-    Answer({QMessageBox::No, QMessageBox::Ok});  // the second dialog tells what was not done
+    Answer({QMessageBox::No, QMessageBox::Ok});  // the second dialog says what was not done
     QVERIFY(!window_->ExportSite(options) && !QFile::exists(folder_.filePath("site")));
     Answer({QMessageBox::Yes});
     QVERIFY(window_->ExportSite(options));
@@ -98,7 +98,7 @@ class DesktopTest : public QObject {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
   }
 
-  // A point of the chart at which the mouse finds somebody.
+  // A point of the chart at which the mouse finds a runner.
   std::optional<QPoint> RunnerUnderMouse() {
     QSignalSpy hovered(&window_->Chart(), &ChartView::RunnerHovered);
     for (int step = 0; step < 180 * 110; ++step) {

@@ -114,7 +114,7 @@ QWidget* MainWindow::MakeChartTab() {
     connect(zoom, &QDoubleSpinBox::valueChanged, this,
             [this] { chart_->SetZoom(zoom_x_->value(), zoom_y_->value()); });
   }
-  auto* clear = new QPushButton("Clear colours");
+  auto* clear = new QPushButton("Clear colors");
   connect(clear, &QPushButton::clicked, this, [this] { chart_->ClearColors(); });
   connect(chart_, &ChartView::RunnerHovered, this, [this](int index) { ShowRunner(index); });
   connect(chart_, &ChartView::ZoomWanted, this, [this](double factor) {
@@ -122,7 +122,7 @@ QWidget* MainWindow::MakeChartTab() {
     zoom_y_->setValue(zoom_y_->value() * factor);
   });
   return WithBar({modes_, zoom_x_, zoom_y_, clear,
-                  new QLabel("Click a runner to colour him; Ctrl and the wheel zoom")},
+                  new QLabel("Click a runner for a color; Ctrl and the wheel zoom")},
                  chart_);
 }
 
@@ -147,7 +147,7 @@ void MainWindow::Warn(const std::string& text) {
   QMessageBox::warning(this, "Keltrun2", ToQt(text));
 }
 
-// Whatever a caller got wrong throws.
+// Any mistake of a caller throws.
 bool MainWindow::Attempt(const std::function<bool()>& action) {
   try {
     return action();
@@ -157,7 +157,7 @@ bool MainWindow::Attempt(const std::function<bool()>& action) {
   }
 }
 
-// The file service answers false for bad files.
+// The file service returns false for bad files.
 bool MainWindow::AttemptFile(const std::function<bool(keltrun::clsFileControl&)>& action) {
   return Attempt([&] {
     const bool done = action(*root_->FileControl());
@@ -187,7 +187,7 @@ bool MainWindow::Save(const QString& file, keltrun::KrLapFileTypeConst type) {
   return AttemptFile([&](auto& files) {
     const std::string before = root_->ErrorComment();
     const bool done = files.SaveLapFile(file.toStdString(), type);
-    // Of an archive that could not be written only the text tells.
+    // When an archive could not be written, only the text says so.
     if (done && root_->ErrorComment() != before) Warn(root_->ErrorComment());
     return done;
   });
@@ -230,7 +230,7 @@ void MainWindow::FillSets() {
   ShowSet();
 }
 
-// Makes the analysis and the results of what is chosen, or empty ones.
+// Makes the analysis and the results of the chosen set, or empty ones.
 void MainWindow::FillDataSets() {
   const QVariant choice = sets_->currentData();
   if (choice.typeId() == QMetaType::Int) {

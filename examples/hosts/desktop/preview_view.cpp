@@ -45,7 +45,7 @@ void PreviewView::FitScrollBars() {
   Fit(*verticalScrollBar(), paper.PaperHeight * fit * zoom_ + margins, view.height());
 }
 
-// The preview is drawn as if there was only the view; scrolling moves the view over the plane.
+// The preview is drawn as if there were only the view; scrolling moves the view over the plane.
 void PreviewView::Draw() {
   if (!book_) return;
   if (QSize(viewport()->size() * devicePixelRatioF()) != picture_->Image().size()) {

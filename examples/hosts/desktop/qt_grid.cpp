@@ -9,13 +9,14 @@
 
 namespace {
 
-// Column widths are meant for letters of a fixed width of 1/16 inch; the table's may be others.
+// Column widths are meant for letters with a fixed width of 1/16 inch; those of the table may
+// differ.
 constexpr int kTwipsPerLetter = 90;
 constexpr int kRowPadding = 5;
 constexpr int kColumnPadding = 8;
 
-// By KrColorTypeConst, in the component's order of blue, green, red: every band light, its labels
-// in a darker tone of the same colour.
+// By KrColorTypeConst, in the component's order of blue, green, red: every band is light, and its
+// labels are in a darker tone of the same color.
 constexpr std::array<keltrun::Color, 23> kPalette = {
     0xFFFFFF, 0xE8D8C8, 0xF4FFFF, 0xB8E4F0, 0xFFFFFF, 0xE0E0E0, 0xF8F8F8, 0xD4D4D4,
     0xFFF4E8, 0xF0D8B8, 0xF0F0FF, 0xC8C8F4, 0xE8FFE8, 0xB8E8B8, 0xE4E4FF, 0xB8B8F0,

@@ -1,5 +1,5 @@
 // The component's grid on a Qt table. Row 0 and column 0, names and labels, become the headers of
-// the table, which stay in sight when it scrolls.
+// the table, which stay in view when it scrolls.
 #pragma once
 
 #include <QTableWidget>
@@ -9,7 +9,7 @@
 class QtGrid : public keltrun::clsGridObject {
  public:
   explicit QtGrid(QTableWidget& table);
-  ~QtGrid() override;  // a grid of nobody is left invisible
+  ~QtGrid() override;  // shows the table again: without runners the grid is left hidden
 
   keltrun::Color Color(keltrun::KrColorTypeConst type) override;
   void SetTextMatrix(std::int32_t row, std::int32_t col, std::string_view text) override;

@@ -5,11 +5,11 @@
 
 namespace {
 
-// At 72 dots an inch a font's size in points is its size in pixels, which Qt takes as whole numbers
-// only.
+// At 72 dots per inch a font's size in points is its size in pixels, which Qt takes as whole
+// numbers only.
 constexpr int kDotsPerMeter = 2835;
 
-// The faces that have the letters of Japanese names, so that no Chinese face is taken for them.
+// Faces with the letters of Japanese names, listed so that no Chinese face is used instead.
 const QStringList& JapaneseFaces() {
   static const QStringList faces = QFontDatabase::families(QFontDatabase::Japanese);
   return faces;

@@ -1,4 +1,4 @@
-// A picture of the component's, drawn by Qt into an image.
+// A picture for the component, drawn by Qt into an image.
 #pragma once
 
 #include <QImage>
@@ -9,7 +9,7 @@
 
 class QtPicture : public keltrun::PictureBox {
  public:
-  /// Size in the pixels that the component counts in; the screen may have several for each.
+  /// The size in the component's pixels; the screen may have several pixels for each of them.
   explicit QtPicture(QSize size, qreal device_pixels = 1) { Resize(size, device_pixels); }
 
   void Resize(QSize size, qreal device_pixels);
@@ -45,12 +45,12 @@ class QtPicture : public keltrun::PictureBox {
   QImage image_;
   QColor back_ = Qt::white;
   std::unique_ptr<QPainter> painter_;
-  // The font of the last text: texts of one kind follow each other.
+  // The font of the last text, because texts in the same font follow each other.
   keltrun::Font font_of_;
   float font_size_ = 0;
   QFont font_;
 };
 
-/// The component's colour numbers are blue, green, red.
+/// The component's color numbers are blue, green, red from the highest byte down.
 QColor ToQt(keltrun::Color color);
 QString ToQt(std::string_view text);

@@ -1,4 +1,4 @@
-// What of an event is published as a web site, and where.
+// Which parts of an event are published as a web site, and where.
 #pragma once
 
 #include <QDialog>
@@ -7,6 +7,6 @@
 
 #include "keltrun2/keltrun2.h"
 
-/// Asks the user; nothing when he cancels. ChartModes are the names of the chart modes in their
-/// order.
+/// Asks the user; nothing when the user cancels. ChartModes are the names of the chart modes in
+/// their order.
 std::optional<keltrun::SiteOptions> AskSiteOptions(QWidget* parent, const QStringList& chart_modes);
