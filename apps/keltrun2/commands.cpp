@@ -208,7 +208,7 @@ std::string AnalysisText(const clsKeltrun2& root, const Options& options,
   if (options.form == "legs") {
     analyzer->ExtraAnalyze();
     const std::string page = html->OutputLegData(analyzer, options.style_address, kPageEncoding);
-    // Outside the Japanese mode the page declares another charset than the one asked for.
+    // Outside the Japanese mode the page declares another charset than the one given.
     return options.language == "ja" ? page : WithCharacterReferences(page);
   }
   return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);

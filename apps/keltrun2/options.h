@@ -1,4 +1,4 @@
-// What the user asked for.
+// The options of a command line.
 #pragma once
 
 #include <cstdint>
@@ -66,7 +66,7 @@ struct Options {
   PrintOptions print;
 
   // Loading.
-  std::string member;         // which lap file of an archive that holds several
+  std::string member;         // which lap file of an archive that contains several
   std::string input_charset;  // of lists without a byte-order mark; "" detects it
 
   // Converting and merging.
