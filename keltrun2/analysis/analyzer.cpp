@@ -11,7 +11,6 @@
 #include "keltrun2/analysis/split_analysis.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
-#include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
 #include "keltrun2/text/file_names.h"
@@ -20,66 +19,6 @@
 
 namespace keltrun {
 namespace {
-
-using Figures = AnalyzedRunnerInternal;
-
-// Finds the ranges and splits of one runner, leg by leg.
-class LegReader {
- public:
-  LegReader(clsLapData& record, clsAnalyzedRunnerData& runner)
-      : record_(record), runner_(runner), legs_(record.LegCount()) {}
-
-  void Read() {
-    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
-      if (Lap(leg) == kTimeSkip && Figures::Leg(runner_, leg).range_from == 0) OpenRange(leg);
-      ReadLeg(leg);
-    }
-  }
-
- private:
-  DateTime Lap(std::int32_t leg) const { return LapDataInternal::Lap(record_, leg); }
-
-  bool SplitWasValid(std::int32_t leg) const {
-    return leg == 1 || Figures::Leg(runner_, leg - 1).valid_split;
-  }
-
-  // The next time covers all legs from the skipped one on. Without one the skipped control is
-  // missing altogether, and the record says so from now on.
-  void OpenRange(std::int32_t from) {
-    std::int32_t to = from + 1;
-    while (to <= legs_ && !(Lap(to) > 0)) ++to;
-    if (to > legs_) {
-      LapDataInternal::ReplaceLap(record_, from, kTimeNoData);
-      return;
-    }
-    for (std::int32_t leg = from; leg <= to; ++leg) {
-      Figures::Leg(runner_, leg).range_from = static_cast<std::int16_t>(from);
-      Figures::Leg(runner_, leg).range_to = static_cast<std::int16_t>(to);
-    }
-  }
-
-  void ReadLeg(std::int32_t leg) {
-    auto& figures = Figures::Leg(runner_, leg);
-    const DateTime lap = Lap(leg);
-    if (lap > 0) {
-      total_ = Canonical(total_ + lap);
-      figures.split_time = total_;
-      // After a skipped or disqualified leg the lap covers more than this leg.
-      figures.valid_lap = leg == 1 || Lap(leg - 1) >= 0;
-      figures.valid_split = SplitWasValid(leg);
-    } else if (lap == kTimeSkip) {
-      figures.split_time = kTimeSkip;
-      figures.valid_split = SplitWasValid(leg);
-    } else if (lap == kTimeDisq) {
-      figures.split_time = kTimeDisq;
-    }
-  }
-
-  clsLapData& record_;
-  clsAnalyzedRunnerData& runner_;
-  std::int32_t legs_;
-  DateTime total_ = 0;
-};
 
 std::shared_ptr<clsAnalyzedRunnerData> At(const AnalyzerInternal::Runners& runners,
                                           std::int32_t index) {
@@ -99,8 +38,8 @@ void clsAnalyzer::AddLap(const std::shared_ptr<clsLapData>& LapObject) {
   CheckObject(LapObject, "clsAnalyzer.AddLap");
   if (LapObject->LegCount() <= 0) return;
   CheckLap(*LapObject);
-  auto runner = Figures::Make(LapObject);
-  LegReader(*LapObject, *runner).Read();
+  auto runner = AnalyzedRunnerInternal::Make(LapObject);
+  ReadLegs(*LapObject, *runner);
   full_.push_back(std::move(runner));
   is_executed_ = false;
 }

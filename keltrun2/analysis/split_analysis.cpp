@@ -1,6 +1,8 @@
 #include "keltrun2/analysis/split_analysis.h"
 
 #include <algorithm>
+#include <cassert>
+#include <cmath>
 #include <optional>
 
 #include "keltrun2/analysis/analyzed_general_data_internal.h"
@@ -16,7 +18,7 @@ namespace {
 
 using Figures = AnalyzedRunnerInternal;
 
-// The cruise speed is taken over the best legs covering this share of the course.
+// The cruise speed comes from the best legs that together cover this share of the course.
 constexpr double kCruiseShare = 0.5;
 
 DateTime LapOf(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
@@ -27,19 +29,191 @@ bool IsRangeEnd(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
   return Figures::Leg(runner, leg).range_to == leg;
 }
 
+// Finds the ranges and splits of one runner, leg by leg.
+class LegReader {
+ public:
+  LegReader(clsLapData& record, clsAnalyzedRunnerData& runner)
+      : record_(record), runner_(runner), legs_(record.LegCount()) {}
+
+  void Read() {
+    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+      if (Lap(leg) == kTimeSkip && Figures::Leg(runner_, leg).range_from == 0) OpenRange(leg);
+      ReadLeg(leg);
+    }
+    // Every skipped leg is in a range, and every range ends with the lap that covers its legs.
+    assert(SkippedLegsAreInRanges());
+  }
+
+ private:
+  DateTime Lap(std::int32_t leg) const { return LapDataInternal::Lap(record_, leg); }
+
+  bool SplitWasValid(std::int32_t leg) const {
+    return leg == 1 || Figures::Leg(runner_, leg - 1).valid_split;
+  }
+
+  // The next time covers all legs from the skipped one on. When no time follows, the leg has no
+  // data at all, and the record says so from now on.
+  void OpenRange(std::int32_t from) {
+    std::int32_t to = from + 1;
+    while (to <= legs_ && !(Lap(to) > 0)) ++to;
+    if (to > legs_) {
+      LapDataInternal::ReplaceLap(record_, from, kTimeNoData);
+      return;
+    }
+    for (std::int32_t leg = from; leg <= to; ++leg) {
+      Figures::Leg(runner_, leg).range_from = static_cast<std::int16_t>(from);
+      Figures::Leg(runner_, leg).range_to = static_cast<std::int16_t>(to);
+    }
+  }
+
+  void ReadLeg(std::int32_t leg) {
+    auto& figures = Figures::Leg(runner_, leg);
+    const DateTime lap = Lap(leg);
+    if (lap > 0) {
+      total_ = Canonical(total_ + lap);
+      figures.split_time = total_;
+      // After a skipped or disqualified leg the lap covers more than this leg.
+      figures.valid_lap = leg == 1 || Lap(leg - 1) >= 0;
+      figures.valid_split = SplitWasValid(leg);
+    } else if (lap == kTimeSkip) {
+      figures.split_time = kTimeSkip;
+      figures.valid_split = SplitWasValid(leg);
+    } else if (lap == kTimeDisq) {
+      figures.split_time = kTimeDisq;
+    }
+  }
+
+  [[maybe_unused]] bool SkippedLegsAreInRanges() const {
+    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+      if (Lap(leg) == kTimeSkip && !(Lap(Figures::Leg(runner_, leg).range_to) > 0)) return false;
+    }
+    return true;
+  }
+
+  clsLapData& record_;
+  clsAnalyzedRunnerData& runner_;
+  std::int32_t legs_;
+  DateTime total_ = 0;
+};
+
+// What holds between the steps of the analysis. Only asserts call these.
+
+using Runners = SplitAnalysis::Runners;
+
+[[maybe_unused]] bool AreInResultOrder(const Runners& runners) {
+  return std::is_sorted(runners.begin(), runners.end(), [](const auto& a, const auto& b) {
+    return ResultSortKey(a->Result()) < ResultSortKey(b->Result());
+  });
+}
+
+[[maybe_unused]] bool HaveRankOfFileOrDataSet(const Runners& runners) {
+  return std::all_of(runners.begin(), runners.end(), [](const auto& runner) {
+    return runner->Rank() == runner->ResultRank() || runner->Rank() == runner->RankInDataSet();
+  });
+}
+
+// The shares are of single precision, and negative ones of a host's own laps can be large.
+[[maybe_unused]] bool SharesSumToOne(const clsAnalyzedGeneralData& general, std::int32_t legs) {
+  constexpr double kPrecision = 1e-5;
+  double sum = 0;
+  double size = 1;
+  for (std::int32_t leg = 1; leg <= legs; ++leg) {
+    sum += general.LegLength(leg);
+    size += std::fabs(general.LegLength(leg));
+  }
+  return std::fabs(sum - 1) <= kPrecision * size;
+}
+
+template <typename Condition>
+[[maybe_unused]] bool HoldsOnEveryLeg(const Runners& runners, std::int32_t legs,
+                                      Condition condition) {
+  for (const auto& runner : runners) {
+    for (std::int32_t leg = 1; leg <= legs; ++leg) {
+      if (!condition(*runner, leg)) return false;
+    }
+  }
+  return true;
+}
+
+[[maybe_unused]] bool ValidLapIsRanked(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  const auto& figures = Figures::Leg(runner, leg);
+  return !figures.valid_lap || figures.lap_rank > 0;
+}
+
+[[maybe_unused]] bool ValidSplitIsRanked(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  const auto& figures = Figures::Leg(runner, leg);
+  return !figures.valid_split || !(figures.split_time > 0) || figures.split_rank > 0;
+}
+
+[[maybe_unused]] bool OnlyRangesDiffer(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  const auto& figures = Figures::Leg(runner, leg);
+  if (figures.valid_lap) return figures.modified_lap_time == LapOf(runner, leg);
+  return figures.range_to > 0 || figures.modified_lap_time == 0;
+}
+
+[[maybe_unused]] bool ModifiedLapIsRanked(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  const auto& figures = Figures::Leg(runner, leg);
+  return !(figures.modified_lap_time > 0) || figures.modified_lap_rank > 0;
+}
+
+[[maybe_unused]] bool ValidSplitIsKept(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  const auto& figures = Figures::Leg(runner, leg);
+  if (!figures.valid_split || !(figures.split_time > 0)) return true;
+  return figures.modified_split_time == figures.split_time && figures.modified_split_rank > 0;
+}
+
+[[maybe_unused]] bool NoTotalLossIsNegative(const Runners& runners) {
+  return std::all_of(runners.begin(), runners.end(),
+                     [](const auto& runner) { return runner->MissTimeTotal()->Value() >= 0; });
+}
+
 }  // namespace
+
+void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner) {
+  LegReader(record, runner).Read();
+}
 
 void SplitAnalysis::Run() {
   OrderByResult();
+  // The runners are in result order, and those with a time know their rank in the data set.
+  assert(AreInResultOrder(runners_));
+
   AssignRanks();
+  // Rank is the official rank for all runners or the rank in the data set for all of them.
+  assert(HaveRankOfFileOrDataSet(runners_));
+
   RankLaps();
-  AnalyzedGeneralInternal::CalcUpperLaps(general_, legs_);  // the leg shares sum to 1 from here on
+  // Every valid lap has a rank, and the best laps of each leg are known.
+  assert(HoldsOnEveryLeg(runners_, legs_, ValidLapIsRanked));
+
+  AnalyzedGeneralInternal::CalcUpperLaps(general_, legs_);
+  // Every leg has its reference lap, and the shares of the legs sum to 1.
+  assert(SharesSumToOne(general_, legs_));
+
   OpenLegsNobodyPunched();
+  // A leg on which no runner has data breaks no split.
+  assert(LegsNobodyPunchedAreOpen());
+
   RankSplits();
+  // Every valid split has a rank.
+  assert(HoldsOnEveryLeg(runners_, legs_, ValidSplitIsRanked));
+
   SpreadRanges();
+  // Every leg of a range has its part of the common time; the other modified laps are the valid
+  // laps, or 0.
+  assert(HoldsOnEveryLeg(runners_, legs_, OnlyRangesDiffer));
+
   RankModifiedLaps();
+  // Every modified lap has a rank.
+  assert(HoldsOnEveryLeg(runners_, legs_, ModifiedLapIsRanked));
+
   MakeModifiedSplits();
+  // Modified splits run on through ranges; everywhere else they are the splits. All have ranks.
+  assert(HoldsOnEveryLeg(runners_, legs_, ValidSplitIsKept));
+
   CalcRunnerFigures();
+  // Every runner has a cruise speed and the losses that follow from it.
+  assert(NoTotalLossIsNegative(runners_));
 }
 
 void SplitAnalysis::OrderByResult() {
@@ -48,7 +222,8 @@ void SplitAnalysis::OrderByResult() {
   order.CalcRankOrder();
   runners_.clear();
   for (auto& line : order.LineSet()) {
-    // Keys below a day are times, the others statuses: such a runner keeps the rank text he has.
+    // Keys below a day are times, the others statuses. A runner with a status shows the rank that
+    // an earlier run gave them, or none.
     const bool finished = line.SortKey < 1;
     Figures::RankInDataSet(*line.Item) =
         finished ? std::to_string(line.RankOrder) : line.Item->Rank();
@@ -97,8 +272,8 @@ bool SplitAnalysis::NobodyPunched(std::int32_t leg) const {
                      [leg](const auto& runner) { return LapOf(*runner, leg) == kTimeNoData; });
 }
 
-// A control whose records were all lost leaves the splits behind it comparable: every runner misses
-// the same time.
+// When the records of a control were all lost, the later splits can still be compared: every runner
+// misses the same time.
 void SplitAnalysis::OpenLegsNobodyPunched() {
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
     if (!NobodyPunched(leg)) continue;
@@ -111,6 +286,17 @@ void SplitAnalysis::OpenLegsNobodyPunched() {
       }
     }
   }
+}
+
+bool SplitAnalysis::LegsNobodyPunchedAreOpen() const {
+  for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+    if (!NobodyPunched(leg)) continue;
+    for (const auto& runner : runners_) {
+      const bool arrives = leg == 1 || Figures::Leg(*runner, leg - 1).valid_split;
+      if (arrives && !Figures::Leg(*runner, leg).valid_split) return false;
+    }
+  }
+  return true;
 }
 
 void SplitAnalysis::RankSplits() {
@@ -188,7 +374,7 @@ void SplitAnalysis::CopySplits(clsAnalyzedRunnerData& runner) {
   }
 }
 
-// False when the runner takes no part on the leg.
+// False when the runner has no modified split on the leg.
 bool SplitAnalysis::MakeModifiedSplit(clsAnalyzedRunnerData& runner, std::int32_t leg) {
   auto& figures = Figures::Leg(runner, leg);
   figures.modified_split_time = 0;
@@ -230,8 +416,8 @@ void SplitAnalysis::CalcRunnerFigures() {
   }
 }
 
-// The lap over the reference lap, of a range over the sum of its reference laps; -1 shows as
-// skipped, 0 as no value.
+// The lap divided by the reference lap; for a range, its time divided by the sum of its reference
+// laps. -1 shows as skipped, 0 as no value.
 double SplitAnalysis::LapRelative(const clsAnalyzedRunnerData& runner, std::int32_t leg) const {
   const DateTime lap = LapOf(runner, leg);
   if (lap == kTimeSkip) return kTimeSkip;
@@ -253,7 +439,7 @@ void SplitAnalysis::CalcTotalTimeRelative(clsAnalyzedRunnerData& runner) const {
 }
 
 DateTime SplitAnalysis::RangeMiss(const clsAnalyzedRunnerData& runner, std::int32_t leg,
-                              double cruise) const {
+                                  double cruise) const {
   DateTime miss = 0;
   for (std::int32_t k = Figures::Leg(runner, leg).range_from; k <= leg; ++k) {
     const DateTime reference = general_.UpperLapAverage(k);

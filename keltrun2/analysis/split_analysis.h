@@ -7,24 +7,30 @@
 
 #include "keltrun2/analysis/analyzed_general_data.h"
 #include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/sort.h"
 
 namespace keltrun {
+
+/// The first step, done for each runner when they are added: finds the ranges, splits and valid
+/// laps of the record. Skipped legs that no later time covers become legs without data in the
+/// record itself.
+void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner);
 
 /// One run of the analysis over a set of runners; the results go into the runners and `general`.
 class SplitAnalysis {
  public:
   using Runners = std::vector<std::shared_ptr<clsAnalyzedRunnerData>>;
 
-  /// Legs 1 to `legs` (1 to 51) are analysed. `general` is a new object.
+  /// Analyzes legs 1 to `legs` (1 to 51). `general` is a new object.
   SplitAnalysis(Runners& runners, std::int32_t legs, clsAnalyzedGeneralData& general)
       : runners_(runners), legs_(legs), general_(general) {}
 
-  /// Does all steps in order; `runners` is in result order afterwards.
+  /// Does the other steps in order. Afterwards `runners` is in result order.
   void Run();
 
  private:
-  struct LegSums {  // over a range of legs
+  struct LegSums {  // of the legs of a range
     DateTime reference = 0;
     double share = 0;
   };
@@ -40,6 +46,7 @@ class SplitAnalysis {
   void CalcRunnerFigures();
 
   bool NobodyPunched(std::int32_t leg) const;
+  [[maybe_unused]] bool LegsNobodyPunchedAreOpen() const;  // for an assert
   void SpreadRange(clsAnalyzedRunnerData& runner, std::int32_t leg);
   void CopySplits(clsAnalyzedRunnerData& runner);
   bool MakeModifiedSplit(clsAnalyzedRunnerData& runner, std::int32_t leg);
