@@ -47,7 +47,7 @@ void MapSteps(benchmark::State& state) {
     const Clock::time_point before_distances = Clock::now();
     SymmetricMatrix matrix = SquaredDistances(profiles);
     const Clock::time_point after_distances = Clock::now();
-    if (!MakeCentredProducts(matrix)) return state.SkipWithError("there are no losses");
+    if (!MakeCenteredProducts(matrix)) return state.SkipWithError("there are no losses");
     const Clock::time_point before_solver = Clock::now();
     benchmark::DoNotOptimize(TopAxes(std::move(matrix), SolverFor(profiles.Points())));
     const Clock::time_point end = Clock::now();

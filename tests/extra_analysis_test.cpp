@@ -98,7 +98,7 @@ TEST(ExtraAnalyze, DifficultyOfLegs) {
   EXPECT_EQ(event.analyzer->Item(1)->FirstHalfCruiseSpeed()->Value(), 0);
 }
 
-TEST(Vesmer, RunnersOfAClass) {
+TEST(LossMap, RunnersOfAClass) {
   // Losses in seconds: 0 to 2 none; 3 and 4 60 on leg 4, and so has 5, whose 200 s for legs 2 and 3
   // are 100 and 100; 6 has no time on leg 2 and gets a quarter of the 60 s there. These distances
   // are those of points on a line: 60 apart, then 15.
@@ -121,7 +121,7 @@ TEST(Vesmer, RunnersOfAClass) {
   EXPECT_EQ(four.Runner(3).VesmerX(), 9) << "four finishers stay where they are";
 }
 
-TEST(Vesmer, FieldsTooLargeOrWithoutLosses) {
+TEST(LossMap, FieldsTooLargeOrWithoutLosses) {
   for (const std::size_t runners : {5, 5001}) {
     std::vector<Laps> laps(runners, {100, 100});
     if (runners > 5) laps[0][1] = 150;
@@ -152,7 +152,7 @@ void ExpectSameMap(const Axes& a, const Axes& b) {
   }
 }
 
-TEST(Vesmer, BothSolversMakeTheSameMap) {
+TEST(LossMap, BothSolversMakeTheSameMap) {
   std::mt19937 random(7);
   for (const std::size_t points : {6, 60, 200}) {
     LossProfiles profiles(points, 24);  // random losses; the last point has none
@@ -169,7 +169,7 @@ TEST(Vesmer, BothSolversMakeTheSameMap) {
 
 // The matrix (a 1 0; 1 b 0; 0 0 -5), whose smallest eigenvalue is farthest from 0. Rotations turn
 // the axes by 22.5 degrees forward or backward; only this solver determines signs.
-TEST(Vesmer, KnownEigenpairs) {
+TEST(LossMap, KnownEigenpairs) {
   for (const auto& [a, b, axes] :
        Rows<double, double, Laps>{{3, 1, {0.92388, 0.38268, 0, -0.38268, 0.92388, 0}},
                                   {1, 3, {0.38268, 0.92388, 0, 0.92388, -0.38268, 0}}}) {
@@ -189,7 +189,7 @@ TEST(Vesmer, KnownEigenpairs) {
 }
 
 // If all losses lie on a line, even if they are all the same, the map has only one axis.
-TEST(Vesmer, PointsOnALine) {
+TEST(LossMap, PointsOnALine) {
   for (const std::size_t points : {6, 40, 400}) {
     for (const std::size_t different : {1, 3, 400}) {
       LossProfiles profiles(points, 3);
@@ -204,7 +204,7 @@ TEST(Vesmer, PointsOnALine) {
   }
 }
 
-TEST(Vesmer, HostileLosses) {
+TEST(LossMap, HostileLosses) {
   for (const double value : {std::nan(""), HUGE_VAL, 1e308, 1e160, 1e100, 1e-100, 1e-160, 0.0}) {
     LossProfiles profiles(20, 5);
     profiles.Row(3)[2] = value;

@@ -30,14 +30,14 @@ class KELTRUN2_API clsAnalyzedRunnerData {
 
   /// Place on the map of loss profiles, to the right, from -100 to 100; 0 until
   /// `clsAnalyzer::Vesmer` makes the map.
-  double VesmerX() const { return vesmer_x_; }
+  double VesmerX() const { return map_x_; }
   /// Moves the runner on the map until the next `clsAnalyzer::Vesmer`.
-  void SetVesmerX(double X) { vesmer_x_ = X; }
+  void SetVesmerX(double X) { map_x_ = X; }
   /// Place on the map of loss profiles, downwards, from -100 to 100; 0 until `clsAnalyzer::Vesmer`
   /// makes the map.
-  double VesmerY() const { return vesmer_y_; }
+  double VesmerY() const { return map_y_; }
   /// Moves the runner on the map until the next `clsAnalyzer::Vesmer`.
-  void SetVesmerY(double Y) { vesmer_y_ = Y; }
+  void SetVesmerY(double Y) { map_y_ = Y; }
 
   /// Rank of SplitTime among the complete splits at the leg, from 1; 0 for none. Equal splits share
   /// a rank (1, 2, 2, 4).
@@ -218,8 +218,8 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   clsPercentValue total_time_relative_, miss_rate_;
   clsMissTimeValue miss_time_total_;
   clsTimeValue total_time_without_miss_;
-  double vesmer_x_ = 0;
-  double vesmer_y_ = 0;
+  double map_x_ = 0;
+  double map_y_ = 0;
   std::array<LegFigures, kMostLegs + 1> legs_;
 };
 

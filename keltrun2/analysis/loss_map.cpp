@@ -15,17 +15,15 @@ namespace {
 
 using Runners = std::vector<std::shared_ptr<clsAnalyzedRunnerData>>;
 
-// Jacobi rotations of more points than this take too long.
+// With more points than this, Jacobi rotations take too long.
 constexpr std::size_t kMostJacobiPoints = 300;
-
-constexpr double kMapSize = 100;  // from the origin to the farther edge
 
 void Place(clsAnalyzedRunnerData& runner, const MapPoint& point) {
   runner.SetVesmerX(point.X);
   runner.SetVesmerY(point.Y);
 }
 
-// The others go to the origin.
+// The finishers; the other runners go to the origin.
 Runners TakeFinishers(const Runners& runners) {
   Runners finishers;
   for (const auto& runner : runners) {
@@ -38,9 +36,9 @@ Runners TakeFinishers(const Runners& runners) {
   return finishers;
 }
 
-// Without a time on the leg the runner's total loss is spread by the share of the leg. Otherwise
-// the loss is worked out from the modified lap: it is MissTime, except inside a range, where that
-// stands on the last leg only and the legs before hold a marker.
+// On a leg without a time, the runner gets the leg's share of their total loss. On other legs the
+// loss is computed from the modified lap. That equals MissTime except inside a range, where
+// MissTime has the loss of the whole range on the last leg and a marker on the others.
 double LossOnLeg(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
                  std::int32_t leg) {
   const DateTime lap = runner.ModifiedLapTime(leg);
@@ -49,7 +47,7 @@ double LossOnLeg(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralDa
   return reference != 0 ? lap - reference * AnalysisValue::Stored(*runner.CruiseSpeed()) : 0;
 }
 
-// Separate sums let the compiler use vector instructions.
+// Keeps separate sums so that the compiler can use vector instructions.
 double SumOfDifferences(const double* a, const double* b, std::size_t width) {
   std::array<double, LossProfiles::kLanes> sums{};
   for (std::size_t leg = 0; leg < width; leg += LossProfiles::kLanes) {
@@ -75,7 +73,7 @@ std::vector<double> RowMeans(const SymmetricMatrix& matrix) {
   return means;
 }
 
-// Where the points are along an axis, seen from the last point.
+// The positions along an axis, relative to the last point.
 std::vector<double> Coordinates(Eigenpair&& axis, std::size_t points) {
   if (axis.vector.empty()) return std::vector<double>(points);
   std::vector<double> coordinates = std::move(axis.vector);
@@ -85,7 +83,7 @@ std::vector<double> Coordinates(Eigenpair&& axis, std::size_t points) {
   return coordinates;
 }
 
-// A solver's chance must not mirror the map.
+// A solver finds an axis in either direction; the map must not depend on which.
 void FixSign(std::vector<double>& coordinates) {
   double cubes = 0;
   for (const double coordinate : coordinates) cubes += coordinate * coordinate * coordinate;
@@ -128,7 +126,7 @@ SymmetricMatrix SquaredDistances(const LossProfiles& profiles) {
   return matrix;
 }
 
-bool MakeCentredProducts(SymmetricMatrix& matrix) {
+bool MakeCenteredProducts(SymmetricMatrix& matrix) {
   const std::vector<double> means = RowMeans(matrix);
   const double mean =
       std::accumulate(means.begin(), means.end(), 0.0) / static_cast<double>(matrix.Size());
@@ -151,7 +149,7 @@ TopEigenpairs TopAxes(SymmetricMatrix&& products, MapSolver solver) {
 std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver) {
   std::vector<MapPoint> points(profiles.Points());
   SymmetricMatrix matrix = SquaredDistances(profiles);
-  if (!MakeCentredProducts(matrix)) return points;
+  if (!MakeCenteredProducts(matrix)) return points;
   TopEigenpairs axes = TopAxes(std::move(matrix), solver);
   std::vector<double> x = Coordinates(std::move(axes[0]), points.size());
   std::vector<double> y = Coordinates(std::move(axes[1]), points.size());

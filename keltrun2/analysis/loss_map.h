@@ -1,4 +1,10 @@
-// The map of loss profiles: runners who lost time on the same legs lie close together.
+// The loss map: a plane on which runners who lost time on the same legs lie close together.
+//
+// The method is classical multidimensional scaling. The distance of two runners is the sum of the
+// absolute differences between their losses, leg by leg. The squared distances, centered on both
+// sides, are the inner products of the positions seen from their center; the two eigenvectors with
+// the largest eigenvalues are the axes of the plane on which the distances are kept best. A runner
+// without losses is added as a last point and becomes the origin.
 #pragma once
 
 #include <cstddef>
@@ -12,11 +18,11 @@
 
 namespace keltrun {
 
-/// The loss of each point on each leg; all 0 at first. Rows are filled up with zeros to a multiple
+/// The losses of each point, leg by leg; all 0 at first. Rows are padded with zeros to a multiple
 /// of kLanes, which changes no distance.
 class LossProfiles {
  public:
-  static constexpr std::size_t kLanes = 4;  // losses that are summed up side by side
+  static constexpr std::size_t kLanes = 4;  // differences that are summed side by side
 
   LossProfiles(std::size_t points, std::size_t legs)
       : points_(points), width_((legs + kLanes - 1) / kLanes * kLanes), losses_(points * width_) {}
@@ -31,6 +37,9 @@ class LossProfiles {
   std::vector<double> losses_;
 };
 
+/// How far the map reaches from the origin along its wider axis.
+inline constexpr double kMapSize = 100;
+
 struct MapPoint {
   double X = 0;
   double Y = 0;
@@ -38,34 +47,38 @@ struct MapPoint {
 
 /// Which solver finds the axes of the map.
 enum class MapSolver {
-  kJacobi,   // for small fields: the signs of the axes are those of the rotations
-  kLanczos,  // for large ones: the sum of the cubes of each axis's coordinates is not negative
+  // For small fields. The rotations decide the signs of the axes.
+  kJacobi,
+  // For large fields. Each axis has the sign that makes the sum of its cubed coordinates at least
+  // 0.
+  kLanczos,
 };
 
+/// The solver for a map of that many points.
 MapSolver SolverFor(std::size_t points);
 
-/// The profiles of finishers, and as last point a runner without loss.
+/// The profiles of the finishers, followed by that of a runner without losses.
 LossProfiles LossesOf(const std::vector<std::shared_ptr<clsAnalyzedRunnerData>>& finishers,
                       std::int32_t legs, const clsAnalyzedGeneralData& general);
 
 /// The squares of the sums of absolute differences between the profiles.
 SymmetricMatrix SquaredDistances(const LossProfiles& profiles);
 
-/// Turns squared distances into products of positions seen from their centre, as multiples of their
-/// trace. False, and the matrix is of no use, when that is 0 or not finite: all
+/// Turns squared distances into the inner products of the positions seen from their center, divided
+/// by the trace. Returns false, leaving the matrix useless, when the trace is 0 or not finite: all
 /// distances are 0, or a loss is not a number or far too large.
-[[nodiscard]] bool MakeCentredProducts(SymmetricMatrix& matrix);
+[[nodiscard]] bool MakeCenteredProducts(SymmetricMatrix& matrix);
 
-/// The axes of the map; the matrix is used up.
+/// The axes of the map. Destroys the matrix.
 TopEigenpairs TopAxes(SymmetricMatrix&& products, MapSolver solver);
 
-/// The map of the profiles, with the last point at (0, 0) and the largest coordinate at 100 or
-/// -100. Along an axis that cannot be found everybody is at 0.
+/// The map of the profiles, with the last point at (0, 0) and the largest coordinate at 100 or -100
+/// (kMapSize). Along an axis that cannot be found all points are at 0.
 std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver);
 
-/// Places the finishers among executed runners on a map with a runner without loss at (0, 0), and
-/// the other runners at (0, 0). Fewer finishers than kFewestOnMap stay where they are; of more than
-/// kMostOnMap no map is made, and they are at (0, 0) too.
+/// Places the finishers among analyzed runners on a map where a runner without losses would be at
+/// (0, 0). Runners who did not finish go to (0, 0). Fewer finishers than kFewestOnMap stay where
+/// they are. For more than kMostOnMap no map is made, and they go to (0, 0) as well.
 void PlaceOnMap(const std::vector<std::shared_ptr<clsAnalyzedRunnerData>>& runners,
                 std::int32_t legs, const clsAnalyzedGeneralData& general);
 

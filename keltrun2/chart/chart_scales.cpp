@@ -6,6 +6,7 @@
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/analysis/loss_map.h"
 
 namespace keltrun {
 namespace {
@@ -18,7 +19,6 @@ constexpr float kMostMissRate = 0.5F;  // runners who lost more do not affect th
 constexpr double kMostCruiseSpeed = 300;
 constexpr double kMostMissPercent = 50;
 constexpr double kMostHalfRatio = 150;
-constexpr double kMapSize = 100;  // the map reaches from minus this to this
 
 // For modes 0 to 4: how many times the reference lap is subtracted.
 constexpr double kReferenceFactors[] = {0, 0, 1.0, 1.1, 1.3};
