@@ -3,8 +3,8 @@
 
 #include "bench_support.h"
 #include "keltrun2/analysis/analyzer_internal.h"
-#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/loss_map.h"
+#include "keltrun2/model/result_status.h"
 
 namespace keltrun::bench {
 namespace {
@@ -19,7 +19,7 @@ std::shared_ptr<clsAnalyzer> Finishers(benchmark::State& state) {
   analyzer->ControlCount = klass->ControlCount;
   for (std::int32_t i = 1; i <= klass->LapCount(); ++i) {
     if (analyzer->FullSetCount() == state.range(0)) break;
-    if (HasFinishTime(klass->LapData(i)->Result())) analyzer->AddLap(klass->LapData(i));
+    if (IsFinished(klass->LapData(i)->Result())) analyzer->AddLap(klass->LapData(i));
   }
   analyzer->Execute();
   if (analyzer->Count() == state.range(0)) return analyzer;

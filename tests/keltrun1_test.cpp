@@ -8,7 +8,7 @@
 #include "keltrun2/io/keltrun1_reader.h"
 #include "keltrun2/io/keltrun1_writer.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/result_status.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -297,7 +297,7 @@ TEST(Keltrun1, TurnsTheSplitsOfTheMacroCsvIntoLaps) {
     std::int32_t item = 0;
     for (const auto& runner : read.Records.Classes.at(0).Runners) {
       do ++item;
-      while (!ParseFinishTime(analyzer->Item(item)->Result()));
+      while (!FinishTime(analyzer->Item(item)->Result()));
       EXPECT_EQ(LapsOf(*runner), LapsOf(*analyzer->Item(item)->OtherData())) << runner->RunnerName;
       ++runners;
     }

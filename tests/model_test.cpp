@@ -102,6 +102,21 @@ TEST(RunnerRecord, StatusCodes) {
   EXPECT_EQ(code("") + code("  ") + code(" DNS "), "989899");
 }
 
+// Which texts are times depends on who asks.
+TEST(RunnerRecord, QuestionsAboutResults) {
+  const auto seconds = [](const std::optional<DateTime>& time) {
+    return time ? to_string(std::lround(*time * 86400)) : "-";
+  };
+  ExpectForAll(R"(3723,3723,3723,rank,3723 1:02:03; -,90187,90187,-,0 25:03:07;
+                  -,-,754,rank,8467200 1234; -,-,754,rank,8467200 12.34; -,-,-,-,4320000 MP)",
+               [&](const string& text) {
+                 return seconds(FinishTime(text)) + "," + seconds(TotalTime(text)) + "," +
+                        seconds(ReadableTime(text)) + "," +
+                        (IsTimeKey(ResultSortKey(text)) ? "rank" : "-") + "," +
+                        seconds(ClassSortKey(text));
+               });
+}
+
 TEST(Classes, InfoAndFileBaseName) {
   const auto root = NewRoot();
   // Wide letters keep their case, wide symbols are folded after the path is removed, characters up

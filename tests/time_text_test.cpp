@@ -159,12 +159,12 @@ TEST(TimeText, ReadsResultsAndLaps) {
   }
   for (const Text text : {"62.05", "1:02:03.x", "25:03:07.5", "1:60:00", "-0:05", "DNF", ""}) {
     EXPECT_EQ(ParseTime(text, kNone), kNone) << text;
-    EXPECT_EQ(ParseFinishTime(text), std::nullopt) << text;
+    EXPECT_EQ(ParseTimeOfDay(text), std::nullopt) << text;
   }
   // Results that are finish times: dates and times, also with a fraction of a second.
-  EXPECT_EQ(ParseFinishTime("1:02:03"), Seconds(3723));
-  EXPECT_EQ(ParseFinishTime("1:02:03.456"), 3723456 / 86400000.0);
-  EXPECT_EQ(ParseFinishTime("25:00:00"), std::nullopt);
+  EXPECT_EQ(ParseTimeOfDay("1:02:03"), Seconds(3723));
+  EXPECT_EQ(ParseTimeOfDay("1:02:03.456"), 3723456 / 86400000.0);
+  EXPECT_EQ(ParseTimeOfDay("25:00:00"), std::nullopt);
 }
 
 TEST(TimeText, NormalizesEveryNotation) {

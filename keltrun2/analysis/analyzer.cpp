@@ -5,7 +5,6 @@
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
-#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/extra_analysis.h"
 #include "keltrun2/analysis/loss_map.h"
 #include "keltrun2/analysis/split_analysis.h"
@@ -81,9 +80,8 @@ void clsAnalyzer::ExtraAnalyze() {
 }
 
 std::int32_t clsAnalyzer::FinisherCount() const {
-  return static_cast<std::int32_t>(
-      std::count_if(full_.begin(), full_.end(),
-                    [](const auto& runner) { return HasFinishTime(runner->Result()); }));
+  return static_cast<std::int32_t>(std::count_if(
+      full_.begin(), full_.end(), [](const auto& runner) { return IsFinished(runner->Result()); }));
 }
 
 void clsAnalyzer::Vesmer() { PlaceOnMap(full_, AnalyzerInternal::LegCount(*this), *general_); }

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "keltrun2/analysis/analyzer.h"
-#include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_values_internal.h"
 
 namespace keltrun {
@@ -27,7 +27,7 @@ void Place(clsAnalyzedRunnerData& runner, const MapPoint& point) {
 Runners TakeFinishers(const Runners& runners) {
   Runners finishers;
   for (const auto& runner : runners) {
-    if (HasFinishTime(runner->Result())) {
+    if (IsFinished(runner->Result())) {
       finishers.push_back(runner);
     } else {
       Place(*runner, {});

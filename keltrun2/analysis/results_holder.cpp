@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
@@ -60,7 +59,7 @@ std::shared_ptr<clsLapData> clsResultsHolder::FullSetItem(std::int32_t Index) co
 std::string clsResultsHolder::RankInDataSet(std::int32_t Index) const {
   CheckIndex(Index, 1, Count(), "clsResultsHolder.RankInDataSet");
   const auto& line = selected_->LineObject(Index);
-  return HasFinishTime(line.Item->Result()) ? std::to_string(line.RankOrder) : "";
+  return IsFinished(line.Item->Result()) ? std::to_string(line.RankOrder) : "";
 }
 
 void clsResultsHolder::CalcRank() {

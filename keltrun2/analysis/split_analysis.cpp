@@ -10,7 +10,6 @@
 #include "keltrun2/analysis/best_legs.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
-#include "keltrun2/model/time_text.h"
 #include "keltrun2/model/time_values_internal.h"
 
 namespace keltrun {
@@ -224,9 +223,8 @@ void SplitAnalysis::OrderByResult() {
   for (auto& line : order.LineSet()) {
     // Keys below a day are times, the others statuses. A runner with a status shows the rank that
     // an earlier run gave them, or none.
-    const bool finished = line.SortKey < 1;
     Figures::RankInDataSet(*line.Item) =
-        finished ? std::to_string(line.RankOrder) : line.Item->Rank();
+        IsTimeKey(line.SortKey) ? std::to_string(line.RankOrder) : line.Item->Rank();
     runners_.push_back(std::move(line.Item));
   }
 }
@@ -470,13 +468,12 @@ void SplitAnalysis::CalcMissTimes(clsAnalyzedRunnerData& runner) const {
     AnalysisValue::Set(figures.miss_time, miss);
     if (miss > 0) miss_sum += miss;
   }
-  constexpr DateTime kNoTime = -1.0;
-  const DateTime result = ParseTime(runner.Result(), kNoTime);
-  if (result == kNoTime || lap_sum == 0) return;
+  const auto result = ReadableTime(runner.Result());
+  if (!result || lap_sum == 0) return;
   AnalysisValue::Set(Figures::MissTimeTotal(runner), miss_sum);
   AnalysisValue::Set(Figures::MissRate(runner), miss_sum / lap_sum);
   const double rate = AnalysisValue::Stored(Figures::MissRate(runner));
-  Figures::TotalTimeWithoutMiss(runner).SetValue((1 - rate) * result);
+  Figures::TotalTimeWithoutMiss(runner).SetValue((1 - rate) * *result);
 }
 
 }  // namespace keltrun

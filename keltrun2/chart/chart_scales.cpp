@@ -5,8 +5,8 @@
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
-#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/loss_map.h"
+#include "keltrun2/model/result_status.h"
 
 namespace keltrun {
 namespace {
@@ -139,7 +139,7 @@ std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChar
       if (!HasHalves(runner)) return std::nullopt;
       return ChartPoint{Percent(speed), Percent(HalfRatio(runner))};
     default:
-      if (!HasFinishTime(runner.Result())) return std::nullopt;
+      if (!IsFinished(runner.Result())) return std::nullopt;
       return ChartPoint{runner.VesmerX(), runner.VesmerY()};
   }
 }

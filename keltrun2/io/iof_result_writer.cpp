@@ -9,6 +9,7 @@
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/codec/xml.h"
 #include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
@@ -136,21 +137,14 @@ void WriteClub(std::string& out, const clsLapData& runner) {
   Write(out, "ShortName", runner.ClubName);
 }
 
-// The time that a result says, hours of 24 and more included; nullopt for a status.
-std::optional<DateTime> ResultTime(std::string_view result) {
-  if (const auto time = ParseFinishTime(result)) return time;
-  if (IsTimeText(result)) return ParseSignedTime(result, false, false, 0);
-  return std::nullopt;
-}
-
-struct TotalTime {
+struct RunnerTime {
   DateTime time = 0;
   bool disqualified = false;  // a lap said so; known only where the laps were summed
 };
 
 // The result's time; without one, the sum of the laps that were timed.
-TotalTime GetTotalTime(const clsLapData& runner) {
-  TotalTime total{ResultTime(runner.Result()).value_or(0)};
+RunnerTime GetTotalTime(const clsLapData& runner) {
+  RunnerTime total{TotalTime(runner.Result()).value_or(0)};
   if (total.time != 0) return total;
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(runner); ++leg) {
     const DateTime lap = LapDataInternal::Lap(runner, leg);
@@ -165,7 +159,7 @@ TotalTime GetTotalTime(const clsLapData& runner) {
 // results holder leaves him out.
 std::string_view CompetitorStatus(const clsLapData& runner, bool disqualified) {
   if (!runner.Rank.empty() && !NumericValue(runner.Rank)) return "NotCompeting";
-  if (ResultTime(runner.Result())) return "OK";
+  if (IsFinished(runner.Result())) return "OK";
   if (!runner.Result().empty()) return runner.Result() == "DNS" ? "Inactive" : "Disqualified";
   return disqualified ? "Disqualified" : "OK";
 }
@@ -233,7 +227,7 @@ struct ClassCourse {
 void WriteResult(std::string& out, const clsLapData& runner, const ClassCourse& of_class,
                  bool course_in_full) {
   const Element result(out, "Result");
-  const TotalTime total = GetTotalTime(runner);
+  const RunnerTime total = GetTotalTime(runner);
   WriteIfSet(out, "StartNumber", runner.ID);
   WriteIfSet(out, "CCardId", runner.Ecard);
   WriteStartAndFinish(out, *runner.StartTime(), total.time);

@@ -12,7 +12,7 @@
 #include "keltrun2/io/limits.h"
 #include "keltrun2/io/split_columns.h"
 #include "keltrun2/io/text_reading.h"
-#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -434,7 +434,7 @@ void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, c
   }
   runner.SetResult(cell == kNotAvailable ? std::string_view(cross_) : cell);
   if (!BeginsLikeNumber(cell)) return;
-  const bool is_text = runner.Result() != kDisqualified && ParseTime(runner.Result(), -1) < 0;
+  const bool is_text = runner.Result() != kDisqualified && !ReadableTime(runner.Result());
   Warn(line.Number, 0, "result", cell,
        is_text ? "no time, kept as a text" : "no time, the runner has no result");
   if (!is_text) runner.SetResult("");

@@ -272,13 +272,13 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
 // zero are none.
 std::optional<DateTime> Duration(std::string_view text) {
   if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;
-  if (const auto time = ParseFinishTime(text)) {
-    if (*time >= 0 && *time < 1) return time;
+  if (const auto time = ParseTimeOfDay(text)) {
+    if (IsTimeOfDay(*time)) return time;
     return std::nullopt;
   }
   const auto [whole, fraction] = SplitAt(text, ".");
   if (!IsTimeText(whole) || !IsDigits(fraction)) return std::nullopt;
-  const DateTime time = ParseSignedTime(whole, false, false, -1);
+  const DateTime time = ParseSignedTime(whole, false, false, kNoTime);
   if (time < 0) return std::nullopt;
   const double seconds = NumericValue("0." + std::string(fraction)).value_or(0);
   return Canonical(time + seconds / kSecondsPerDay);

@@ -64,7 +64,7 @@ std::optional<std::pair<std::string_view, std::string_view>> DecimalParts(std::s
 std::optional<DateTime> NormalizedTime(std::string_view text) {
   const std::string normal = NormalizeTimeText(text, Digits::kElapsed);
   if (!IsTimeText(normal)) return std::nullopt;
-  const DateTime time = ParseSignedTime(normal, false, false, -1);
+  const DateTime time = ParseSignedTime(normal, false, false, kNoTime);
   if (time < 0) return std::nullopt;
   return time;
 }
@@ -128,7 +128,7 @@ std::optional<DateTime> NumberClock(std::string_view number) {
 }
 
 std::optional<DateTime> AnyClock(std::string_view text) {
-  if (const auto time = ParseFinishTime(text)) return time;
+  if (const auto time = ParseTimeOfDay(text)) return time;
   if (NumericValue(text)) return NumberClock(text);
   if (const auto time = ParseDateTime(WithColons(text))) return time;
   return ParseDateTime(NormalizeTimeText(text, Digits::kClock));
@@ -238,7 +238,7 @@ std::string ResultText(DateTime time, bool has_fraction) {
 std::optional<DateTime> CellClock(std::string_view cell) {
   std::string folded;
   const auto time = AnyClock(TimePart(cell, folded));
-  if (time && *time >= 0 && *time < 1) return time;
+  if (time && IsTimeOfDay(*time)) return time;
   return std::nullopt;
 }
 

@@ -10,7 +10,6 @@
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
-#include "keltrun2/model/time_text.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
@@ -158,10 +157,7 @@ std::shared_ptr<clsLapData> clsClassData::LapData(std::int32_t Index) const {
 
 void clsClassData::SortLap() {
   CclsSort<std::shared_ptr<clsLapData>> order;
-  for (const auto& lap : laps_) {
-    const std::optional<DateTime> time = ParseFinishTime(lap->Result());
-    order.Add(time ? *time : ResultStatusCode(lap->Result()), lap);
-  }
+  for (const auto& lap : laps_) order.Add(ClassSortKey(lap->Result()), lap);
   laps_.clear();
   for (auto& line : order.LineSet()) laps_.push_back(std::move(line.Item));
 }

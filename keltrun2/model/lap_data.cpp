@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "keltrun2/base/automation_error.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/width.h"
@@ -51,11 +52,10 @@ void clsLapData::SetResult(std::string_view Result) {
     return;
   }
   result_ = NormalizeTimeText(ToHalfWidth(UpperAll(Result)), Digits::kElapsed);
-  constexpr DateTime kUnreadable = -1.0;
-  const DateTime value = ParseTime(result_, kUnreadable);
-  if (value == kUnreadable) return;  // a status word is kept as it is
+  const auto time = ReadableTime(result_);
+  if (!time) return;  // a status word stays as it is
   const bool has_fraction = result_.find('.') != std::string::npos;
-  result_ = value > 0 ? FormatTime(value, "h\\:nn\\:ss", has_fraction) : "DISQ";
+  result_ = *time > 0 ? FormatTime(*time, "h\\:nn\\:ss", has_fraction) : "DISQ";
 }
 
 }  // namespace keltrun

@@ -34,6 +34,22 @@ bool IsControlClosed(std::string_view text) {
 
 }  // namespace
 
+std::optional<DateTime> FinishTime(std::string_view result) { return ParseTimeOfDay(result); }
+
+std::optional<DateTime> TotalTime(std::string_view result) {
+  if (const auto time = FinishTime(result)) return time;
+  if (IsTimeText(result)) return ParseSignedTime(result, false, false, 0);
+  return std::nullopt;
+}
+
+bool IsFinished(std::string_view result) { return TotalTime(result).has_value(); }
+
+std::optional<DateTime> ReadableTime(std::string_view result) {
+  const DateTime time = ParseTime(result, kNoTime);
+  if (time == kNoTime) return std::nullopt;
+  return time;
+}
+
 std::int32_t ResultStatusCode(std::string_view text) {
   const std::string status = NormalizeStatus(text);
   if (status.empty()) return kUnknownStatus;
@@ -49,11 +65,14 @@ std::int32_t ResultStatusCode(std::string_view text) {
 }
 
 DateTime ResultSortKey(std::string_view result) {
-  constexpr DateTime kNoTime = -1.0;
-  const DateTime time = ParseTime(result, kNoTime);
-  if (time != kNoTime) return time;
+  if (const auto time = ReadableTime(result)) return *time;
   const std::int32_t code = ResultStatusCode(result);
   return code > 0 ? code : kUnknownStatus;
+}
+
+DateTime ClassSortKey(std::string_view result) {
+  const auto time = FinishTime(result);
+  return time ? *time : ResultStatusCode(result);
 }
 
 }  // namespace keltrun

@@ -394,7 +394,7 @@ std::string NormalizeTimeText(std::string_view text, Digits digits, std::string_
   return elapsed ? NormalizeElapsedText(s, pattern) : NormalizeClockText(s, pattern);
 }
 
-std::optional<DateTime> ParseFinishTime(std::string_view text) {
+std::optional<DateTime> ParseTimeOfDay(std::string_view text) {
   text = TrimSpaces(text);
   if (const auto time = ParseDateTime(text)) return time;
   const std::size_t point = text.find('.');

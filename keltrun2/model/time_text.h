@@ -52,6 +52,13 @@ std::string FormatTotalTime(DateTime value, std::string_view pattern);
 std::string RankToString(std::int32_t rank, bool use_hyphen, bool use_parentheses);
 void AppendRank(std::string& out, std::int32_t rank, bool use_hyphen, bool use_parentheses);
 
+/// The value that callers of ParseTime and ParseSignedTime pass as the default value to recognize a
+/// text that is not a time.
+inline constexpr DateTime kNoTime = -1;
+
+/// Whether a time is one of day 0: not negative, below 24 hours and no date.
+inline bool IsTimeOfDay(DateTime time) { return time >= 0 && time < 1; }
+
 /// Reads a result or lap as a time; returns `default_value` for any other text. At most three
 /// decimals of a second are used.
 DateTime ParseTime(std::string_view text, DateTime default_value);
@@ -79,8 +86,8 @@ enum class Digits : std::int32_t { kElapsed, kClock };
 std::string NormalizeTimeText(std::string_view text, Digits digits,
                               std::string_view pattern = "hh\\:nn\\:ss");
 
-/// Reads a result as a finish time: a date or time that ParseDateTime accepts, or h:mm:ss with a
-/// decimal fraction of seconds. nullopt for any other text.
-std::optional<DateTime> ParseFinishTime(std::string_view text);
+/// A time of day (h:mm or h:mm:ss, hours below 24) or a date; h:mm:ss also with decimals of a
+/// second. nullopt for every other text.
+std::optional<DateTime> ParseTimeOfDay(std::string_view text);
 
 }  // namespace keltrun

@@ -2,7 +2,7 @@
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
-#include "keltrun2/model/time_text.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/text/cells.h"
 
 namespace keltrun {
@@ -15,7 +15,7 @@ constexpr std::string_view kNoSplit = "0:00";
 template <typename AppendLine>
 void AppendFinished(std::string& out, const clsAnalyzer& analyzer, AppendLine append_line) {
   for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-    if (!ParseFinishTime(runner->Result())) continue;
+    if (!FinishTime(runner->Result())) continue;
     append_line(*runner);
     out += kCrLf;
   }

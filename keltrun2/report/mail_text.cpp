@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/cells.h"
 #include "keltrun2/text/width.h"
@@ -172,7 +173,7 @@ class MailText {
 
   static std::string PlaneResult(const Runner& runner) {
     const std::string result = runner.Result();
-    const auto time = ParseFinishTime(result);
+    const auto time = FinishTime(result);
     return time ? PlaneTime(*time, 1) : InLine(result);
   }
 
