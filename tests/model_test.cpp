@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <sstream>
 
 #include "keltrun2/model/result_status.h"
@@ -108,7 +109,7 @@ TEST(RunnerRecord, QuestionsAboutResults) {
     return time ? to_string(std::lround(*time * 86400)) : "-";
   };
   ExpectForAll(R"(3723,3723,3723,rank,3723 1:02:03; -,90187,90187,-,0 25:03:07;
-                  -,-,754,rank,8467200 1234; -,-,754,rank,8467200 12.34; -,-,-,-,4320000 MP)",
+                  -,-,754,rank,8467200 1234; -,-,754,rank,0 12:34.4; -,-,-,-,4320000 MP)",
                [&](const string& text) {
                  return seconds(FinishTime(text)) + "," + seconds(TotalTime(text)) + "," +
                         seconds(ReadableTime(text)) + "," +

@@ -30,7 +30,7 @@ void BindDataSet(py::module_& module) {
 void BindGeneralData(py::module_& module) {
   using General = clsAnalyzedGeneralData;
   Class<General>(module, "clsAnalyzedGeneralData")
-      .Constant("kMostLegs", General::kMostLegs)
+      .Constant("kMostAnalyzedLegs", General::kMostAnalyzedLegs)
       .Constant("kMostUpperLaps", General::kMostUpperLaps)
       .Method("LegDifficulty", MayBeNone(&General::LegDifficulty), arg("LegIndex"))
       .Method("IsUpperLapExists", &General::IsUpperLapExists, arg("LegIndex"), arg("RankIndex"))
@@ -82,7 +82,7 @@ void BindRanks(Class<Runner>& type) {
 
 void BindRunner(py::module_& module) {
   Class<Runner> type(module, "clsAnalyzedRunnerData");
-  type.Constant("kMostLegs", Runner::kMostLegs)
+  type.Constant("kMostAnalyzedLegs", Runner::kMostAnalyzedLegs)
       .Property("VesmerX", &Runner::VesmerX, &Runner::SetVesmerX)
       .Property("VesmerY", &Runner::VesmerY, &Runner::SetVesmerY)
       .Method("TotalLapTo", &Runner::TotalLapTo, arg("Index"))

@@ -12,7 +12,7 @@ constexpr std::size_t kReferenceLaps = 3;
 }  // namespace
 
 const clsAnalyzedGeneralData::LegFigures& clsAnalyzedGeneralData::Leg(std::int32_t index) const {
-  CheckIndex(index, 0, kMostLegs, "clsAnalyzedGeneralData");
+  CheckIndex(index, 0, kMostAnalyzedLegs, "clsAnalyzedGeneralData");
   return legs_[static_cast<std::size_t>(index)];
 }
 

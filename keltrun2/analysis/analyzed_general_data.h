@@ -16,7 +16,7 @@ namespace keltrun {
 class KELTRUN2_API clsAnalyzedGeneralData {
  public:
   /// The highest leg.
-  static constexpr std::int32_t kMostLegs = clsAnalyzedRunnerData::kMostLegs;
+  static constexpr std::int32_t kMostAnalyzedLegs = clsAnalyzedRunnerData::kMostAnalyzedLegs;
   /// Positions kept of each leg's order.
   static constexpr std::int32_t kMostUpperLaps = 6;
 
@@ -54,7 +54,7 @@ class KELTRUN2_API clsAnalyzedGeneralData {
   const LegFigures& Leg(std::int32_t index) const;
 
   DateTime upper_lap_total_ = 0;
-  std::array<LegFigures, kMostLegs + 1> legs_;
+  std::array<LegFigures, kMostAnalyzedLegs + 1> legs_;
 };
 
 }  // namespace keltrun

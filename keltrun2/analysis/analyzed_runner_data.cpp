@@ -7,12 +7,12 @@
 namespace keltrun {
 
 const clsAnalyzedRunnerData::LegFigures& clsAnalyzedRunnerData::Leg(std::int32_t index) const {
-  CheckIndex(index, 0, kMostLegs, "clsAnalyzedRunnerData");
+  CheckIndex(index, 0, kMostAnalyzedLegs, "clsAnalyzedRunnerData");
   return legs_[static_cast<std::size_t>(index)];
 }
 
 clsAnalyzedRunnerData::LegFigures& clsAnalyzedRunnerData::Leg(std::int32_t index) {
-  CheckIndex(index, 0, kMostLegs, "clsAnalyzedRunnerData");
+  CheckIndex(index, 0, kMostAnalyzedLegs, "clsAnalyzedRunnerData");
   return legs_[static_cast<std::size_t>(index)];
 }
 
@@ -37,7 +37,7 @@ std::string clsAnalyzedRunnerData::ModifiedLapRankToString(std::int32_t Index, b
 }
 
 DateTime clsAnalyzedRunnerData::LapTime(std::int32_t Index) const {
-  CheckIndex(Index, 0, kMostLegs, "clsAnalyzedRunnerData.LapTime");
+  CheckIndex(Index, 0, kMostAnalyzedLegs, "clsAnalyzedRunnerData.LapTime");
   return LapDataInternal::Lap(*other_data_, Index);
 }
 
@@ -74,7 +74,7 @@ std::string clsAnalyzedRunnerData::ModifiedSplitTimeToString(
 std::string clsAnalyzedRunnerData::Result() const {
   if (!other_data_->Result().empty()) return other_data_->Result();
   const std::int32_t last = other_data_->LegCount();
-  if (last < 0 || last > kMostLegs || !IsValidSplitTime(last)) return "";
+  if (last < 0 || last > kMostAnalyzedLegs || !IsValidSplitTime(last)) return "";
   return SplitTimeToString(last, "h:nn:ss");
 }
 

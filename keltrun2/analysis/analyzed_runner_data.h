@@ -22,8 +22,9 @@ namespace keltrun {
 /// range.
 class KELTRUN2_API clsAnalyzedRunnerData {
  public:
-  /// The highest leg: 50 controls and the finish.
-  static constexpr std::int32_t kMostLegs = 51;
+  /// The highest leg of an analysis: 50 controls and the finish. A record holds one leg less
+  /// (`clsLapData::kMostLegs`).
+  static constexpr std::int32_t kMostAnalyzedLegs = 51;
 
   clsAnalyzedRunnerData(const clsAnalyzedRunnerData&) = delete;
   clsAnalyzedRunnerData& operator=(const clsAnalyzedRunnerData&) = delete;
@@ -220,7 +221,7 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   clsTimeValue total_time_without_miss_;
   double map_x_ = 0;
   double map_y_ = 0;
-  std::array<LegFigures, kMostLegs + 1> legs_;
+  std::array<LegFigures, kMostAnalyzedLegs + 1> legs_;
 };
 
 }  // namespace keltrun

@@ -10,6 +10,7 @@
 #include "keltrun2/analysis/split_analysis.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/length_and_climb.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
 #include "keltrun2/text/file_names.h"
@@ -45,7 +46,7 @@ void clsAnalyzer::AddLap(const std::shared_ptr<clsLapData>& LapObject) {
 
 void clsAnalyzer::CheckLap(const clsLapData& lap) const {
   if (lap.LegCount() <= 0) return;
-  CheckIndex(lap.LegCount(), 1, clsAnalyzedRunnerData::kMostLegs, "clsAnalyzer.AddLap");
+  CheckIndex(lap.LegCount(), 1, clsAnalyzedRunnerData::kMostAnalyzedLegs, "clsAnalyzer.AddLap");
 }
 
 void clsAnalyzer::Clear() {
@@ -65,8 +66,9 @@ std::shared_ptr<clsAnalyzedRunnerData> clsAnalyzer::FullSetItem(std::int32_t Ind
 }
 
 void clsAnalyzer::Execute() {
-  if (ControlCount >= clsAnalyzedRunnerData::kMostLegs) {
-    CheckIndex(ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1, "clsAnalyzer.Execute");
+  if (ControlCount >= clsAnalyzedRunnerData::kMostAnalyzedLegs) {
+    CheckIndex(ControlCount, 0, clsAnalyzedRunnerData::kMostAnalyzedLegs - 1,
+               "clsAnalyzer.Execute");
   }
   general_ = std::make_shared<clsAnalyzedGeneralData>();
   SplitAnalysis(full_, AnalyzerInternal::LegCount(*this), *general_).Run();

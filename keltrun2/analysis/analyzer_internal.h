@@ -15,7 +15,7 @@ class AnalyzerInternal {
 
   /// Number of legs: ControlCount + 1, within 1 to 51.
   static std::int32_t LegCount(const clsAnalyzer& analyzer) {
-    return std::clamp(analyzer.ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1) + 1;
+    return std::clamp(analyzer.ControlCount, 0, clsAnalyzedRunnerData::kMostAnalyzedLegs - 1) + 1;
   }
 
   /// Codes of the controls at both ends of a leg (1 to the number of legs), 0 for none. The label

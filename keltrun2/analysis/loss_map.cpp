@@ -6,7 +6,6 @@
 #include <numeric>
 #include <utility>
 
-#include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_values_internal.h"
 
@@ -163,6 +162,11 @@ std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver
     points[i] = {x[i] / largest * kMapSize, y[i] / largest * kMapSize};
   }
   return points;
+}
+
+bool HasMap(const clsAnalyzer& analyzer) {
+  const std::int32_t finishers = analyzer.FinisherCount();
+  return finishers >= kFewestOnMap && finishers <= kMostOnMap;
 }
 
 void PlaceOnMap(const Runners& runners, std::int32_t legs, const clsAnalyzedGeneralData& general) {

@@ -14,6 +14,7 @@
 
 #include "keltrun2/analysis/analyzed_general_data.h"
 #include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/symmetric_eigen.h"
 
 namespace keltrun {
@@ -75,6 +76,9 @@ TopEigenpairs TopAxes(SymmetricMatrix&& products, MapSolver solver);
 /// The map of the profiles, with the last point at (0, 0) and the largest coordinate at 100 or -100
 /// (kMapSize). Along an axis that cannot be found all points are at 0.
 std::vector<MapPoint> MapProfiles(const LossProfiles& profiles, MapSolver solver);
+
+/// Whether the data set has as many finishers as a map takes.
+bool HasMap(const clsAnalyzer& analyzer);
 
 /// Places the finishers among analyzed runners on a map where a runner without losses would be at
 /// (0, 0). Runners who did not finish go to (0, 0). Fewer finishers than kFewestOnMap stay where

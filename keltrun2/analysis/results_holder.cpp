@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "keltrun2/base/automation_error.h"
+#include "keltrun2/model/length_and_climb.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
 #include "keltrun2/text/file_names.h"

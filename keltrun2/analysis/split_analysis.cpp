@@ -278,7 +278,7 @@ void SplitAnalysis::OpenLegsNobodyPunched() {
     for (const auto& runner : runners_) {
       if (leg > 1 && !Figures::Leg(*runner, leg - 1).valid_split) continue;
       Figures::Leg(*runner, leg).valid_split = true;
-      for (std::int32_t k = leg + 1; k <= clsAnalyzedRunnerData::kMostLegs; ++k) {
+      for (std::int32_t k = leg + 1; k <= clsAnalyzedRunnerData::kMostAnalyzedLegs; ++k) {
         if (!Figures::Leg(*runner, k).valid_lap) break;
         Figures::Leg(*runner, k).valid_split = true;
       }
@@ -311,7 +311,7 @@ void SplitAnalysis::RankSplits() {
 
 void SplitAnalysis::SpreadRanges() {
   for (const auto& runner : runners_) {
-    for (std::int32_t leg = 1; leg <= clsAnalyzedRunnerData::kMostLegs; ++leg) {
+    for (std::int32_t leg = 1; leg <= clsAnalyzedRunnerData::kMostAnalyzedLegs; ++leg) {
       Figures::Leg(*runner, leg).modified_lap_time = 0;
     }
     for (std::int32_t leg = 1; leg <= legs_; ++leg) {

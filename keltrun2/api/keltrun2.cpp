@@ -2,6 +2,7 @@
 
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/base/automation_error.h"
+#include "keltrun2/base/version.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"

@@ -4,6 +4,7 @@
 
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/io/limits.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
@@ -53,7 +54,7 @@ void WriteCourseFacts(std::string& out, const clsClassData& klass) {
 
 // Legs that the lines of a class have, its header line included: one more than it has controls.
 std::int32_t LegsOf(const clsClassData& klass) {
-  return std::clamp(klass.ControlCount, 0, clsLapData::kMostLegs - 1) + 1;
+  return std::clamp(klass.ControlCount, 0, kMostClassControls) + 1;
 }
 
 // The texts that lines of runners repeat.

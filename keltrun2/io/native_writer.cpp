@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "keltrun2/base/version.h"
 #include "keltrun2/codec/xml.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"

@@ -392,8 +392,8 @@ bool SaveArchive(const std::string& archive_name, const SavedFile& file, Sync sy
   if (!lap_file) return Fail(kSaveError, kMakeArchive, error);
   const std::size_t largest = std::min(file.largest, ExtractionLimits().MemberBytes);
   if (!WriteOrFail(file.operation, *lap_file, file.bytes, largest, Sync::kLater)) return false;
-  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()),
-              kLargestListFile, sync);
+  WriteOrFail(kMakeArchive, archive_name, MakeLzhArchive(name, file.bytes, Now()), kLargestListFile,
+              sync);
   return true;
 }
 
@@ -404,12 +404,6 @@ KrLapFileTypeConst TypeOfExtension(const std::string& extension) {
 }
 
 }  // namespace
-
-std::string FailureText(std::string_view message_key, std::string_view operation,
-                        std::string_view description) {
-  return ResourceText(message_key) + "\r\n" + std::string(operation) + "\r\n" +
-         std::string(description);
-}
 
 bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
                  const StartProgress& start_progress) {

@@ -42,8 +42,4 @@ struct LoadRequest {
                                KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode, Sync sync,
                                std::vector<LoadRemark>* remarks = nullptr);
 
-/// The error text of a failure: the message of a resource key, the operation, what happened.
-std::string FailureText(std::string_view message_key, std::string_view operation,
-                        std::string_view description);
-
 }  // namespace keltrun

@@ -7,6 +7,7 @@
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/length_and_climb.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"

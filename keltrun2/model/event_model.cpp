@@ -7,7 +7,6 @@
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/process_state.h"
-#include "keltrun2/model/version.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"
@@ -171,13 +170,6 @@ std::vector<ClassAndCourseChoice> EventModel::Choices() const {
   }
   courses.AppendShared(choices);
   return choices;
-}
-
-std::string VersionText(bool with_build) {
-  std::string out = std::to_string(kVersionMajor) + ".";
-  AppendTwoDigits(out, kVersionMinor);
-  if (with_build) out += " ( Build " + std::to_string(kVersionRevision) + " )";
-  return out;
 }
 
 }  // namespace keltrun

@@ -88,7 +88,4 @@ class EventModel {
   Registry<clsCourseData> courses_;  // key: decimal course number
 };
 
-/// The component's version: "2.27 ( Build 242 )", or "2.27".
-std::string VersionText(bool with_build);
-
 }  // namespace keltrun

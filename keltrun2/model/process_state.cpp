@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "keltrun2/base/automation_error.h"
+#include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 
 namespace keltrun {
@@ -78,6 +79,12 @@ void SetErrorText(std::string text) {
   const StatePointer state = State();
   const std::lock_guard lock(state->mutex);
   state->error_text = std::move(text);
+}
+
+std::string FailureText(std::string_view message_key, std::string_view operation,
+                        std::string_view description) {
+  return ResourceText(message_key) + "\r\n" + std::string(operation) + "\r\n" +
+         std::string(description);
 }
 
 std::shared_ptr<std::atomic<bool>> OperationFlag() {

@@ -21,6 +21,11 @@ void ResetSerialNumbers();
 std::string ErrorText();
 void SetErrorText(std::string text);
 
+/// The error text of a failure in three lines: the message of a resource key, the operation, and
+/// what happened.
+std::string FailureText(std::string_view message_key, std::string_view operation,
+                        std::string_view description);
+
 /// A flag that is true while a load or an export runs. The operation that sets it keeps the pointer
 /// and clears the flag at the end.
 std::shared_ptr<std::atomic<bool>> OperationFlag();

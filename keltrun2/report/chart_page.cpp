@@ -5,6 +5,7 @@
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/chart_mode.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
@@ -13,8 +14,7 @@
 namespace keltrun {
 namespace {
 
-constexpr std::int32_t kRealTimeMode = 1;
-constexpr std::int32_t kLastMode = 7;
+constexpr std::int32_t kLastMode = KR_CHART_VESMER;
 
 // By mode. The last mode, the map, has no heading.
 constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
@@ -58,11 +58,6 @@ std::vector<std::int32_t> ChartModes(std::string_view chart_option) {
   return modes;
 }
 
-bool HasMap(const clsAnalyzer& analyzer) {
-  const std::int32_t finishers = analyzer.FinisherCount();
-  return finishers >= kFewestOnMap && finishers <= kMostOnMap;
-}
-
 bool HasStartTimes(const clsAnalyzer& analyzer) {
   const auto& runners = AnalyzerInternal::Selected(analyzer);
   return std::any_of(runners.begin(), runners.end(),
@@ -77,7 +72,7 @@ void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyze
     for (const std::int32_t mode : ChartModes(chart_option)) {
       if (mode == kLastMode) {
         MakeMapNote(out, analyzer);
-      } else if (mode != kRealTimeMode || HasStartTimes(analyzer)) {
+      } else if (mode != KR_CHART_REALTIME || HasStartTimes(analyzer)) {
         MakePicture(out, mode, chart_name);
       }
     }

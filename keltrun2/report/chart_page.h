@@ -19,9 +19,6 @@ std::vector<std::int32_t> ChartModes(std::string_view chart_option);
 /// show.
 bool HasStartTimes(const clsAnalyzer& analyzer);
 
-/// Whether Vesmer makes a map of the analysis.
-bool HasMap(const clsAnalyzer& analyzer);
-
 /// Appends the whole page: a heading and a picture for each chart mode of `chart_option`. The map
 /// is left out (a sentence says so when there are too many finishers for one), and so is the
 /// real-time chart when no runner has a start time. `chart_name` is the address of the pictures and

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/base/version.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/text/html.h"

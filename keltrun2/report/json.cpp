@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/base/version.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -255,7 +256,8 @@ void WriteSetHead(JsonWriter& json, const DataSet& set, DataSetKind kind,
   json.Text("fileName", set.DataSetFileName);
   json.Text("kind", KindWord(kind));
   json.Bool("mix", set.DataSetIsMix);
-  json.Integer("controls", std::clamp(set.ControlCount, 0, clsAnalyzedRunnerData::kMostLegs - 1));
+  json.Integer("controls",
+               std::clamp(set.ControlCount, 0, clsAnalyzedRunnerData::kMostAnalyzedLegs - 1));
   json.Integer("length", set.Length);
   json.Integer("climb", set.Climb);
   json.Integer("cutOffRank", set.CutOffRank);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/base/version.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/cells.h"

@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "keltrun2/model/length_and_climb.h"
 #include "keltrun2/report/html_parts.h"
-#include "keltrun2/text/file_names.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/numbers.h"
 

@@ -12,6 +12,7 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/analysis/loss_map.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/analysis/segment_data.h"
 #include "keltrun2/base/automation_error.h"

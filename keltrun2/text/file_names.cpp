@@ -1,6 +1,5 @@
 #include "keltrun2/text/file_names.h"
 
-#include "keltrun2/text/numbers.h"
 #include "keltrun2/text/utf16.h"
 
 namespace keltrun {
@@ -53,15 +52,6 @@ std::string EncodeWideCharacters(std::string_view text) {
     }
     out += 'u';
     for (int shift = 12; shift >= 0; shift -= 4) out += kHex[(unit >> shift) & 15];
-  }
-  return out;
-}
-
-std::string LengthAndClimb(int length_metres, int climb_metres, std::string_view climb_symbol) {
-  if (length_metres == 0) return "";
-  std::string out = FormatGeneral(length_metres / 1000.0) + "km";
-  if (climb_metres != 0) {
-    out += " " + std::string(climb_symbol) + std::to_string(climb_metres) + "m";
   }
   return out;
 }

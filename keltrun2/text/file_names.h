@@ -21,8 +21,4 @@ std::string RemoveUnsafeKeepingExtension(std::string_view text);
 /// its UTF-16 units.
 std::string EncodeWideCharacters(std::string_view text);
 
-/// The length and climb of a class or data set: "5.2km", followed by the climb with its symbol if
-/// it is not 0. Empty for a length of 0.
-std::string LengthAndClimb(int length_metres, int climb_metres, std::string_view climb_symbol);
-
 }  // namespace keltrun
