@@ -17,8 +17,8 @@ void WalkLines(std::string_view text) {
   std::int32_t last = 0;
   for (CsvLineCursor lines(text, FindCsvForm(text, {}), remarks); !lines.AtEnd(); lines.Next()) {
     const CsvLine& line = lines.Line();
-    if (line.Number <= last || line.Text.find_first_of("\r\n") != line.Text.npos) std::abort();
-    last = line.Number;
+    if (line.number <= last || line.text.find_first_of("\r\n") != line.text.npos) std::abort();
+    last = line.number;
   }
 }
 

@@ -7,9 +7,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto read = keltrun::ReadImportOnly({reinterpret_cast<const char*>(data), size});
-  for (const auto& update : read.Records.Updates) {
-    if (update.Name.empty()) std::abort();
+  for (const auto& update : read.records.updates) {
+    if (update.name.empty()) std::abort();
   }
-  if (read.Remarks.size() > 1001) std::abort();
+  if (read.remarks.size() > 1001) std::abort();
   return 0;
 }

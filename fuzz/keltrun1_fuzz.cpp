@@ -15,32 +15,32 @@ namespace {
 using namespace keltrun;
 
 void FeedEvent(clsEventData& event, LapRecords& records) {
-  event.EventName = records.EventName.value_or("");
-  event.EventDate()->SetValue(records.EventDate.value_or(0));
-  event.Terrain = records.Terrain.value_or("");
-  event.Memo = records.Memo.value_or("");
-  event.OfficialSite = records.OfficialSite.value_or("");
-  event.FileName = records.EventFileName.value_or("");
+  event.EventName = records.event_name.value_or("");
+  event.EventDate()->SetValue(records.event_date.value_or(0));
+  event.Terrain = records.terrain.value_or("");
+  event.Memo = records.memo.value_or("");
+  event.OfficialSite = records.official_site.value_or("");
+  event.FileName = records.event_file_name.value_or("");
 }
 
 void FeedClass(EventModel& model, const ClassRecords& read) {
-  const auto klass = model.AddClass(read.Name);
-  if (read.ControlCount) klass->ControlCount = *read.ControlCount;
-  if (read.LegsSeen > klass->ControlCount + 1) klass->ControlCount = read.LegsSeen - 1;
-  klass->Length = read.Length.value_or(0);
-  klass->Climb = read.Climb.value_or(0);
-  klass->CourseNum = read.CourseNum.value_or(0);
-  for (const auto& runner : read.Runners) klass->AddLapObject(runner);
+  const auto klass = model.AddClass(read.name);
+  if (read.control_count) klass->ControlCount = *read.control_count;
+  if (read.legs_seen > klass->ControlCount + 1) klass->ControlCount = read.legs_seen - 1;
+  klass->Length = read.length.value_or(0);
+  klass->Climb = read.climb.value_or(0);
+  klass->CourseNum = read.course_num.value_or(0);
+  for (const auto& runner : read.runners) klass->AddLapObject(runner);
 }
 
 // Reads a text and writes it; "" if the text cannot be read.
 std::string WriteAgain(std::string_view text) {
   ReadResult read = ReadKeltrun1(text);
-  if (read.Remarks.size() > 1001) std::abort();
-  if (read.Error) return "";
+  if (read.remarks.size() > 1001) std::abort();
+  if (read.error) return "";
   EventModel model;
-  FeedEvent(*model.Event, read.Records);
-  for (const ClassRecords& klass : read.Records.Classes) FeedClass(model, klass);
+  FeedEvent(*model.Event, read.records);
+  for (const ClassRecords& klass : read.records.classes) FeedClass(model, klass);
   return WriteKeltrun1LapFile(model);
 }
 

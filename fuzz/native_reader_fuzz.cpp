@@ -17,28 +17,28 @@ namespace {
 using namespace keltrun;
 
 void Fill(EventModel& model, NativeLapFile& file) {
-  *model.Event = std::move(file.Event);
-  *model.Meta = std::move(file.Meta);
-  for (const auto& course : file.Courses) model.AddCourseObject(course);
-  for (const NativeClass& read : file.Classes) {
-    if (!model.AddClassObject(read.Class)) continue;
-    for (const auto& runner : read.Runners) read.Class->AddLapObject(runner);
+  *model.Event = std::move(file.event);
+  *model.Meta = std::move(file.meta);
+  for (const auto& course : file.courses) model.AddCourseObject(course);
+  for (const NativeClass& read : file.classes) {
+    if (!model.AddClassObject(read.klass)) continue;
+    for (const auto& runner : read.runners) read.klass->AddLapObject(runner);
   }
 }
 
 std::string WriteAgain(std::string_view bytes, NativeSource kind) {
   NativeReadResult read = ReadNativeLapFile(bytes, kind);
-  if (read.Error) return "";
+  if (read.error) return "";
   EventModel model;
-  Fill(model, read.File);
+  Fill(model, read.file);
   return WriteNativeLapFile(model, KR_SAVEMODE_FULL, 45000);
 }
 
 void Analyze(const NativeLapFile& file) {
-  for (const NativeClass& read : file.Classes) {
+  for (const NativeClass& read : file.classes) {
     clsAnalyzer analyzer;
-    analyzer.ControlCount = read.Class->ControlCount;
-    for (const auto& runner : read.Runners) analyzer.AddLap(runner);
+    analyzer.ControlCount = read.klass->ControlCount;
+    for (const auto& runner : read.runners) analyzer.AddLap(runner);
     analyzer.Execute();
   }
 }
@@ -54,6 +54,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!first.empty() && (second.empty() || WriteAgain(second, NativeSource::kFileBytes) != second))
     std::abort();
   const NativeReadResult text = ReadNativeLapFile(bytes, NativeSource::kText);
-  if (!text.Error) Analyze(text.File);
+  if (!text.error) Analyze(text.file);
   return 0;
 }

@@ -9,9 +9,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keltrun;
   const ReadResult read = ReadOEvent({reinterpret_cast<const char*>(data), size});
-  for (const ClassRecords& klass : read.Records.Classes) {
-    if (klass.LegsSeen < 0 || klass.LegsSeen > 50) std::abort();
-    for (const auto& runner : klass.Runners) {
+  for (const ClassRecords& klass : read.records.classes) {
+    if (klass.legs_seen < 0 || klass.legs_seen > 50) std::abort();
+    for (const auto& runner : klass.runners) {
       if (runner->RunnerName.empty() || runner->LegCount() > 50) std::abort();
       for (std::int32_t leg = 1; leg <= runner->LegCount(); ++leg) {
         const DateTime lap = runner->Lap(leg);

@@ -8,10 +8,10 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const keltrun::ReadResult read =
       keltrun::ReadSportIdent({reinterpret_cast<const char*>(data), size});
-  for (const keltrun::ClassRecords& klass : read.Records.Classes) {
-    const auto controls = static_cast<std::size_t>(klass.ControlCount.value());
-    if (klass.Name.empty() || controls > 49 || klass.Codes.size() != controls) std::abort();
-    for (const auto& runner : klass.Runners) {
+  for (const keltrun::ClassRecords& klass : read.records.classes) {
+    const auto controls = static_cast<std::size_t>(klass.control_count.value());
+    if (klass.name.empty() || controls > 49 || klass.codes.size() != controls) std::abort();
+    for (const auto& runner : klass.runners) {
       if (runner->Result().empty() || runner->LegCount() > 50) std::abort();
     }
   }

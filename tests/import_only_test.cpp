@@ -15,8 +15,8 @@ using std::string;
 
 string Shown(const ReadResult& read) {
   string shown;
-  for (const RunnerUpdate& u : read.Records.Updates) {
-    shown += u.Name + "/" + u.Club + "/" + u.Sex + " ";
+  for (const RunnerUpdate& u : read.records.updates) {
+    shown += u.name + "/" + u.club + "/" + u.sex + " ";
   }
   return shown;
 }
@@ -31,11 +31,11 @@ TEST(ImportOnly, HoldsTheRowsOfTheEvents) {
     json rows = json::array();
     for (const json& row : facts["import"]["rows"]) rows.push_back({row[1], row[2], row[3]});
     json held = json::array();
-    for (const RunnerUpdate& u : read.Records.Updates) held.push_back({u.Name, u.Club, u.Sex});
+    for (const RunnerUpdate& u : read.records.updates) held.push_back({u.name, u.club, u.sex});
     EXPECT_EQ(held, rows);
-    EXPECT_FALSE(read.Error);
-    ASSERT_EQ(read.Remarks.size(), 1u);  // the line below the mark
-    EXPECT_EQ(read.Remarks[0].Text, "lines before the first header: 1 skipped");
+    EXPECT_FALSE(read.error);
+    ASSERT_EQ(read.remarks.size(), 1u);  // the line below the mark
+    EXPECT_EQ(read.remarks[0].Text, "lines before the first header: 1 skipped");
   }
 }
 
@@ -55,7 +55,7 @@ TEST(ImportOnly, FollowsItsHeaders) {
   for (const auto& [text, updates, remarks] : cases) {
     const ReadResult read = ReadImportOnly("$IMPORT_ONLY\r\n" + text);
     EXPECT_EQ(Shown(read), updates) << text;
-    EXPECT_EQ(read.Remarks.size(), remarks) << text;
+    EXPECT_EQ(read.remarks.size(), remarks) << text;
   }
 }
 
@@ -64,9 +64,9 @@ TEST(ImportOnly, KeepsAThousandRemarks) {
   string text = "氏名,所属\n";
   for (int i = 0; i < 1005; ++i) text += ",C\n";
   const ReadResult read = ReadImportOnly(text);
-  ASSERT_EQ(read.Remarks.size(), 1001u);
-  EXPECT_EQ(read.Remarks[0].Line, 2);
-  EXPECT_EQ(read.Remarks[1000].Text, "5 more remarks");
+  ASSERT_EQ(read.remarks.size(), 1001u);
+  EXPECT_EQ(read.remarks[0].Line, 2);
+  EXPECT_EQ(read.remarks[1000].Text, "5 more remarks");
 }
 
 }  // namespace

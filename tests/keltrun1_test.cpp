@@ -93,13 +93,13 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
   EXPECT_EQ(WriteKeltrun1LapFile(*CurrentModel()), expected);
 
   const ReadResult read = ReadKeltrun1(expected);
-  EXPECT_FALSE(read.Error);
-  EXPECT_TRUE(read.Remarks.empty());
-  ASSERT_EQ(read.Records.Classes.size(), 2u);
-  EXPECT_EQ(read.Records.Classes[0].Runners[1]->Result(), "×");
-  EXPECT_EQ(read.Records.Classes[0].Runners[0]->Lap(4), Seconds(90061));
-  EXPECT_EQ(read.Records.Classes[1].LegsSeen, 1);  // the number of controls stays unknown
-  EXPECT_EQ(read.Records.Classes[1].Runners[0]->Lap(2), Seconds(62));
+  EXPECT_FALSE(read.error);
+  EXPECT_TRUE(read.remarks.empty());
+  ASSERT_EQ(read.records.classes.size(), 2u);
+  EXPECT_EQ(read.records.classes[0].runners[1]->Result(), "×");
+  EXPECT_EQ(read.records.classes[0].runners[0]->Lap(4), Seconds(90061));
+  EXPECT_EQ(read.records.classes[1].legs_seen, 1);  // the number of controls stays unknown
+  EXPECT_EQ(read.records.classes[1].runners[0]->Lap(2), Seconds(62));
 }
 
 // The row of a runner as in the facts, with what the format can express.
@@ -124,16 +124,16 @@ json KnownRow(const json& facts, std::size_t legs) {
 }
 
 void CheckClass(const ClassRecords& klass, const json& facts) {
-  SCOPED_TRACE(klass.Name);
-  EXPECT_EQ(klass.Name, facts["name"]);
-  EXPECT_EQ(klass.Length, facts["length"].get<int>());
-  EXPECT_EQ(klass.Climb, facts["climb"].get<int>());
-  EXPECT_EQ(klass.ControlCount, facts["controls"].get<int>());
-  EXPECT_EQ(klass.CourseNum, facts["course"].get<int>());
+  SCOPED_TRACE(klass.name);
+  EXPECT_EQ(klass.name, facts["name"]);
+  EXPECT_EQ(klass.length, facts["length"].get<int>());
+  EXPECT_EQ(klass.climb, facts["climb"].get<int>());
+  EXPECT_EQ(klass.control_count, facts["controls"].get<int>());
+  EXPECT_EQ(klass.course_num, facts["course"].get<int>());
   const std::size_t legs = facts["controls"].get<std::size_t>() + 1;
   json held = json::array();
   json known = json::array();
-  for (const auto& runner : klass.Runners) held.push_back(RowOf(*runner));
+  for (const auto& runner : klass.runners) held.push_back(RowOf(*runner));
   for (const json& position : facts["sorted"]) {
     const json& runner = facts["runners"][position.get<std::size_t>()];
     if (!runner[10].empty()) known.push_back(KnownRow(runner, legs));
@@ -148,19 +148,19 @@ TEST(Keltrun1, KeepsTheEvents) {
       const auto root = NewRoot(mode);
       ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile(event + "/event.lxm")));
       const ReadResult read = ReadKeltrun1(WriteKeltrun1LapFile(*CurrentModel()));
-      EXPECT_FALSE(read.Error);
-      EXPECT_TRUE(read.Remarks.empty());
+      EXPECT_FALSE(read.error);
+      EXPECT_TRUE(read.remarks.empty());
       const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")));
-      EXPECT_EQ(read.Records.EventName, facts["event"]["name"].get<string>());
-      EXPECT_EQ(FormatDateTime(read.Records.EventDate.value_or(0), "yyyy/mm/dd"),
+      EXPECT_EQ(read.records.event_name, facts["event"]["name"].get<string>());
+      EXPECT_EQ(FormatDateTime(read.records.event_date.value_or(0), "yyyy/mm/dd"),
                 facts["event"]["date"]);
-      EXPECT_EQ(read.Records.Terrain.value_or(""), facts["event"]["terrain"]);
-      EXPECT_EQ(read.Records.Memo.value_or(""), facts["event"]["memo"]);
-      EXPECT_EQ(read.Records.OfficialSite.value_or(""), facts["event"]["homepage"]);
+      EXPECT_EQ(read.records.terrain.value_or(""), facts["event"]["terrain"]);
+      EXPECT_EQ(read.records.memo.value_or(""), facts["event"]["memo"]);
+      EXPECT_EQ(read.records.official_site.value_or(""), facts["event"]["homepage"]);
       const json& classes = facts["lxm"]["classes"];
-      ASSERT_EQ(read.Records.Classes.size(), classes.size());
+      ASSERT_EQ(read.records.classes.size(), classes.size());
       for (std::size_t i = 0; i < classes.size(); ++i)
-        CheckClass(read.Records.Classes[i], classes[i]);
+        CheckClass(read.records.classes[i], classes[i]);
     }
   }
 }
@@ -168,19 +168,19 @@ TEST(Keltrun1, KeepsTheEvents) {
 // "class[LegsSeen] name;club;result;rank;laps in seconds", one runner per line; then the remarks.
 string Shown(const ReadResult& read) {
   string shown;
-  for (const ClassRecords& klass : read.Records.Classes) {
-    shown += klass.Name + "[" + std::to_string(klass.LegsSeen) + "]";
-    for (const auto& r : klass.Runners) {
+  for (const ClassRecords& klass : read.records.classes) {
+    shown += klass.name + "[" + std::to_string(klass.legs_seen) + "]";
+    for (const auto& r : klass.runners) {
       const json row = RowOf(*r);
       shown += " " + r->RunnerName + ";" + r->ClubName + ";" + r->Result() + ";" + r->Rank + ";" +
                row[8].dump();
     }
     shown += "\n";
   }
-  for (const LoadRemark& remark : read.Remarks) {
+  for (const LoadRemark& remark : read.remarks) {
     shown += std::to_string(remark.Line) + ":" + std::to_string(remark.Column) + " ";
   }
-  return shown + (read.Error ? "E" : "");
+  return shown + (read.error ? "E" : "");
 }
 
 TEST(Keltrun1, ReadsResultLists) {
@@ -232,18 +232,18 @@ TEST(Keltrun1, ReadsResultLists) {
     RestartIn(mode);
     EXPECT_EQ(Shown(ReadKeltrun1(text)), expected) << text;
   }
-  EXPECT_EQ(ReadKeltrun1("a,b\n").Error->Detail, ResourceText("RES_MESSAGE_CSV_HEADER_ERROR"));
+  EXPECT_EQ(ReadKeltrun1("a,b\n").error->detail, ResourceText("RES_MESSAGE_CSV_HEADER_ERROR"));
 }
 
 // The laps of a row in milliseconds, then the column of each remark.
 string LapsRead(const string& cells) {
   const ReadResult read = ReadKeltrun1("CLASS,NAME,1,2,3,F\nM,A," + cells + "\n");
   string shown;
-  clsLapData& runner = *read.Records.Classes.at(0).Runners.at(0);
+  clsLapData& runner = *read.records.classes.at(0).runners.at(0);
   for (int leg = 1; leg <= 4; ++leg) {
     shown += std::to_string(std::lround(runner.Lap(leg) * kMillisecondsPerDay)) + " ";
   }
-  for (const LoadRemark& remark : read.Remarks) shown += "@" + std::to_string(remark.Column);
+  for (const LoadRemark& remark : read.remarks) shown += "@" + std::to_string(remark.Column);
   return shown;
 }
 
@@ -265,7 +265,7 @@ TEST(Keltrun1, ReadsTheTimesOfLists) {
       25:03:07.5 25:03:08 "" | 930 0:09:30 9:30:00 | 3723450 3723450 "" | 1234567 "" ""
       -5 "" "" | 0.4375 0:00:00.4 "" | 12:75 00:12:75 "" | P3 P3 "" | dns DNS "")")) {
     const ReadResult read = ReadKeltrun1("NAME,TIME,START\nA," + cell + "," + cell + "\n");
-    const clsLapData& runner = *read.Records.Classes.at(0).Runners.at(0);
+    const clsLapData& runner = *read.records.classes.at(0).runners.at(0);
     EXPECT_EQ(runner.Result(), result) << cell;
     EXPECT_EQ(runner.StartTime()->ToString("h:nn:ss", false, ""), start) << cell;
   }
@@ -274,10 +274,10 @@ TEST(Keltrun1, ReadsTheTimesOfLists) {
 TEST(Keltrun1, RefusesListsWithoutResultsAndLegs) {
   RestartIn(Mode::kEnglishTexts);
   const ReadResult read = ReadKeltrun1("note\nname,class,\"leg, code\"\nA,M,31\nA,M,32\n");
-  EXPECT_TRUE(read.Records.Classes.empty());
-  ASSERT_TRUE(read.Error);
-  EXPECT_EQ(read.Error->Line, 2);
-  EXPECT_NE(read.Error->Detail.find("\"name,class,\"leg, code\"\""), string::npos);
+  EXPECT_TRUE(read.records.classes.empty());
+  ASSERT_TRUE(read.error);
+  EXPECT_EQ(read.error->line, 2);
+  EXPECT_NE(read.error->detail.find("\"name,class,\"leg, code\"\""), string::npos);
   const auto root = NewRoot();
   root->AddClass("W");
   EXPECT_FALSE(root->FileControl()->LoadLapFile("x.csv", KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND,
@@ -295,7 +295,7 @@ TEST(Keltrun1, TurnsTheSplitsOfTheMacroCsvIntoLaps) {
     analyzer->Execute();
     const ReadResult read = ReadKeltrun1(root->TextControl()->OutputCsvQuillonMacro(analyzer));
     std::int32_t item = 0;
-    for (const auto& runner : read.Records.Classes.at(0).Runners) {
+    for (const auto& runner : read.records.classes.at(0).runners) {
       do ++item;
       while (!FinishTime(analyzer->Item(item)->Result()));
       EXPECT_EQ(LapsOf(*runner), LapsOf(*analyzer->Item(item)->OtherData())) << runner->RunnerName;

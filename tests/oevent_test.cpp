@@ -17,7 +17,7 @@ json RowOf(clsLapData& r) { return {r.RunnerName, r.Rank, r.Result(), LapsOf(r)}
 
 json RowsOf(const ClassRecords& klass) {
   json rows = json::array();
-  for (const auto& runner : klass.Runners) rows.push_back(RowOf(*runner));
+  for (const auto& runner : klass.runners) rows.push_back(RowOf(*runner));
   return rows;
 }
 
@@ -27,18 +27,18 @@ TEST(OEvent, ReadsTheEvents) {
     const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")))["oevent"];
     const string text = DecodeTextFile(ReadBytes(DataFile(event + "/oevent.txt")));
     const ReadResult read = ReadOEvent(text);
-    ASSERT_FALSE(read.Error) << read.Error->Detail;
-    EXPECT_EQ(read.Records.EventName, facts["event_name"].get<string>());
-    EXPECT_EQ(read.Records.CreateApplication, "OEvent");
-    EXPECT_EQ(FormatDateTime(read.Records.CreateDate.value(), "yyyy/mm/dd hh:nn:ss"),
+    ASSERT_FALSE(read.error) << read.error->detail;
+    EXPECT_EQ(read.records.event_name, facts["event_name"].get<string>());
+    EXPECT_EQ(read.records.create_application, "OEvent");
+    EXPECT_EQ(FormatDateTime(read.records.create_date.value(), "yyyy/mm/dd hh:nn:ss"),
               facts["create_date"]);
-    ASSERT_EQ(read.Remarks.size(), 1U);
-    EXPECT_EQ(read.Remarks[0].Text.substr(0, 16), "clubs: those of ");
-    ASSERT_EQ(read.Records.Classes.size(), facts["classes"].size());
+    ASSERT_EQ(read.remarks.size(), 1U);
+    EXPECT_EQ(read.remarks[0].Text.substr(0, 16), "clubs: those of ");
+    ASSERT_EQ(read.records.classes.size(), facts["classes"].size());
     for (std::size_t i = 0; i < facts["classes"].size(); ++i) {
-      const ClassRecords& klass = read.Records.Classes[i];
-      EXPECT_EQ(klass.Name, facts["classes"][i]["name"]);
-      EXPECT_EQ(klass.LegsSeen - 1, facts["classes"][i]["controls"]);
+      const ClassRecords& klass = read.records.classes[i];
+      EXPECT_EQ(klass.name, facts["classes"][i]["name"]);
+      EXPECT_EQ(klass.legs_seen - 1, facts["classes"][i]["controls"]);
       EXPECT_EQ(RowsOf(klass), facts["classes"][i]["runners"]);
     }
   }
@@ -49,13 +49,13 @@ TEST(OEvent, ReadsTheEvents) {
 string Read(const string& lines) {
   const ReadResult read = ReadOEvent("Cup\nSplit times of Cup\n" + lines);
   string out;
-  for (const ClassRecords& klass : read.Records.Classes) {
-    out += klass.Name + " " + std::to_string(klass.LegsSeen) + " " + RowsOf(klass).dump() + ";";
+  for (const ClassRecords& klass : read.records.classes) {
+    out += klass.name + " " + std::to_string(klass.legs_seen) + " " + RowsOf(klass).dump() + ";";
   }
-  for (const LoadRemark& remark : read.Remarks) {
+  for (const LoadRemark& remark : read.remarks) {
     out += " " + std::to_string(remark.Line) + ":" + std::to_string(remark.Column);
   }
-  return out + " E" + std::to_string(read.Error ? read.Error->Line : 0);
+  return out + " E" + std::to_string(read.error ? read.error->line : 0);
 }
 
 TEST(OEvent, Rows) {
@@ -115,17 +115,17 @@ TEST(OEvent, Footer) {
       {"B\n", "none 0.000000", 0}};
   for (const auto& [lines, expected, remarks] : cases) {
     const ReadResult read = ReadOEvent("Cup\nSplit times of Cup\nA\n" + lines);
-    EXPECT_EQ(read.Records.CreateApplication.value_or("none") + " " +
-                  std::to_string(read.Records.CreateDate.value_or(0)),
+    EXPECT_EQ(read.records.create_application.value_or("none") + " " +
+                  std::to_string(read.records.create_date.value_or(0)),
               expected);
-    EXPECT_EQ(read.Remarks.size(), remarks);
-    EXPECT_EQ(read.Records.Classes.size(), lines[0] == 'B' ? 2 : 1);
+    EXPECT_EQ(read.remarks.size(), remarks);
+    EXPECT_EQ(read.records.classes.size(), lines[0] == 'B' ? 2 : 1);
   }
 }
 
 TEST(OEvent, RefusesOtherTexts) {
   for (const string text : {"", "Split times of\nCup\nA\n", "Cup\nSplit times of Cup\n"}) {
-    EXPECT_TRUE(ReadOEvent(text).Error) << text;
+    EXPECT_TRUE(ReadOEvent(text).error) << text;
   }
 }
 

@@ -15,8 +15,8 @@ using nlohmann::json;
 using std::string;
 
 string Title(const LapRecords& records) {
-  return records.EventName.value_or("none") + "|" + records.CreateApplication.value_or("none") +
-         "|" + FormatDateTime(records.CreateDate.value_or(0), "yyyy/mm/dd hh:nn:ss");
+  return records.event_name.value_or("none") + "|" + records.create_application.value_or("none") +
+         "|" + FormatDateTime(records.create_date.value_or(0), "yyyy/mm/dd hh:nn:ss");
 }
 
 // --- two events ---
@@ -27,13 +27,13 @@ struct EventFile {
 
 void CheckClass(const ClassRecords& klass, const json& facts) {
   SCOPED_TRACE(facts["name"]);
-  EXPECT_EQ(klass.Name, facts["name"]);
-  EXPECT_EQ(klass.Length, facts["length"].get<std::int32_t>());
-  EXPECT_EQ(klass.Climb, facts["climb"].get<std::int32_t>());
-  EXPECT_EQ(klass.ControlCount, facts["controls"].get<std::int32_t>());
-  EXPECT_EQ(json(klass.Codes), facts["codes"]);
+  EXPECT_EQ(klass.name, facts["name"]);
+  EXPECT_EQ(klass.length, facts["length"].get<std::int32_t>());
+  EXPECT_EQ(klass.climb, facts["climb"].get<std::int32_t>());
+  EXPECT_EQ(klass.control_count, facts["controls"].get<std::int32_t>());
+  EXPECT_EQ(json(klass.codes), facts["codes"]);
   json rows = json::array();
-  for (const auto& r : klass.Runners) {
+  for (const auto& r : klass.runners) {
     rows.push_back({r->RunnerName, r->ID, r->ClubName, r->Rank, r->Result(), LapsOf(*r)});
   }
   EXPECT_EQ(rows, facts["runners"]);
@@ -48,13 +48,13 @@ TEST(SportIdent, ReadsTheEvents) {
     const json facts = json::parse(ReadBytes(DataFile(event + "/facts.json")))[name];
     const string text = DecodeTextFile(ReadBytes(DataFile(event + "/" + name + ".txt")));
     const ReadResult read = ReadSportIdent(text);
-    ASSERT_FALSE(read.Error) << read.Error->Detail;
-    EXPECT_EQ(Title(read.Records), facts["event_name"].get<string>() + "|" + application + "|" +
+    ASSERT_FALSE(read.error) << read.error->detail;
+    EXPECT_EQ(Title(read.records), facts["event_name"].get<string>() + "|" + application + "|" +
                                        facts["create_date"].get<string>());
-    EXPECT_EQ(read.Remarks.size(), 0U);
-    ASSERT_EQ(read.Records.Classes.size(), facts["classes"].size());
+    EXPECT_EQ(read.remarks.size(), 0U);
+    ASSERT_EQ(read.records.classes.size(), facts["classes"].size());
     for (std::size_t i = 0; i < facts["classes"].size(); ++i) {
-      CheckClass(read.Records.Classes[i], facts["classes"][i]);
+      CheckClass(read.records.classes[i], facts["classes"][i]);
     }
   }
 }
@@ -84,10 +84,10 @@ const string kRow = ControlRow({"1(31)", "2(32)", "F"});
 // Every class of a printout on one line: name, length, climb, codes, and the results with the laps.
 string Classes(const ReadResult& read) {
   std::ostringstream out;
-  for (const ClassRecords& klass : read.Records.Classes) {
-    out << klass.Name << " " << klass.Length.value_or(-1) << "/" << klass.Climb.value_or(-1) << "/"
-        << klass.ControlCount.value_or(-1) << " " << json(klass.Codes).dump();
-    for (const auto& r : klass.Runners) {
+  for (const ClassRecords& klass : read.records.classes) {
+    out << klass.name << " " << klass.length.value_or(-1) << "/" << klass.climb.value_or(-1) << "/"
+        << klass.control_count.value_or(-1) << " " << json(klass.codes).dump();
+    for (const auto& r : klass.runners) {
       out << " " << r->RunnerName << "," << r->ClubName << "," << r->ID << "," << r->Result()
           << json(LapsOf(*r)).dump();
     }
@@ -99,7 +99,7 @@ string Classes(const ReadResult& read) {
 // Line and column of every remark.
 string Places(const ReadResult& read) {
   string out;
-  for (const LoadRemark& remark : read.Remarks) {
+  for (const LoadRemark& remark : read.remarks) {
     out += std::to_string(remark.Line) + ":" + std::to_string(remark.Column) + " ";
   }
   return out;
@@ -162,10 +162,10 @@ TEST(SportIdent, ControlRows) {
   for (const auto& [text, controls, remarks] : cases) {
     SCOPED_TRACE(text);
     const ReadResult read = ReadSportIdent(kHead + "M21 5.0 km\n" + text);
-    ASSERT_EQ(read.Records.Classes.size(), 1);
-    EXPECT_EQ(read.Records.Classes[0].ControlCount, controls);
-    EXPECT_EQ(read.Records.Classes[0].Codes.size(), controls);
-    EXPECT_EQ(read.Remarks.size(), remarks);
+    ASSERT_EQ(read.records.classes.size(), 1);
+    EXPECT_EQ(read.records.classes[0].control_count, controls);
+    EXPECT_EQ(read.records.classes[0].codes.size(), controls);
+    EXPECT_EQ(read.remarks.size(), remarks);
   }
 }
 
@@ -206,7 +206,7 @@ TEST(SportIdent, TheLastLineCountsAndLineBreaksDoNotMatter) {
   EXPECT_EQ(Classes(ReadSportIdent(returns)), expected);
   text.pop_back();
   EXPECT_EQ(Classes(ReadSportIdent(text)), expected);
-  EXPECT_EQ(Title(ReadSportIdent(text).Records), "Cup  Final|OE2003|2024/05/06 07:08:00");
+  EXPECT_EQ(Title(ReadSportIdent(text).records), "Cup  Final|OE2003|2024/05/06 07:08:00");
   // The laps of a truncated block are not read, and nothing is taken from the next runner.
   text.resize(text.rfind('\n') + 1);
   const string cut = Classes(ReadSportIdent(text + Runner("4:00", {"1:00", "2:00", "1:00"})));
@@ -226,9 +226,9 @@ TEST(SportIdent, TheClubBelowTheName) {
 
 TEST(SportIdent, RefusesOtherTexts) {
   for (const string text : {"", "\n\n\n", "a\nb\nSPORTident results", "a\nOE2003\nb\nc\nd\n"}) {
-    EXPECT_TRUE(ReadSportIdent(text).Error) << text;
+    EXPECT_TRUE(ReadSportIdent(text).error) << text;
   }
-  EXPECT_FALSE(ReadSportIdent("a\nb\nSPORTident results\n\n\n").Error);
+  EXPECT_FALSE(ReadSportIdent("a\nb\nSPORTident results\n\n\n").error);
 }
 
 TEST(SportIdent, HostileTextsEnd) {
@@ -236,14 +236,14 @@ TEST(SportIdent, HostileTextsEnd) {
   const std::size_t head = text.size();
   for (int i = 0; i < 1200; ++i) text += Runner("x", {"a", "b", "c"});
   const ReadResult bad = ReadSportIdent(text);
-  ASSERT_EQ(bad.Remarks.size(), 1001);
-  EXPECT_EQ(bad.Remarks.back().Text, "3800 more remarks");
+  ASSERT_EQ(bad.remarks.size(), 1001);
+  EXPECT_EQ(bad.remarks.back().Text, "3800 more remarks");
   text.resize(head);
   for (int i = 0; i <= 200000; ++i) text += "   1       7 Ann             Club              x\n";
   const ReadResult crowd = ReadSportIdent(text);
-  ASSERT_TRUE(crowd.Error);
-  EXPECT_EQ(crowd.Error->Line, 200010);
-  EXPECT_EQ(crowd.Records.Classes[0].Runners.size(), 200000);
+  ASSERT_TRUE(crowd.error);
+  EXPECT_EQ(crowd.error->line, 200010);
+  EXPECT_EQ(crowd.records.classes[0].runners.size(), 200000);
 }
 
 }  // namespace

@@ -72,11 +72,11 @@ std::string_view FirstCharacter(std::string_view text) {
 // The leg to the finish is the one behind the highest number. Its label and those of the others are
 // those that the lap file and the CSV outputs write.
 void NameLegs(CsvHeader& header) {
-  for (CsvTitle& title : header.Titles) {
-    if (title.Column != CsvColumn::kLeg) continue;
-    if (title.Leg == 0) title.Leg = header.Controls + 1;
-    title.Text = LegLabel(header.Controls, false, title.Leg);
-    header.Legs = std::max(header.Legs, title.Leg);
+  for (CsvTitle& title : header.titles) {
+    if (title.column != CsvColumn::kLeg) continue;
+    if (title.leg == 0) title.leg = header.controls + 1;
+    title.text = LegLabel(header.controls, false, title.leg);
+    header.legs = std::max(header.legs, title.leg);
   }
 }
 
@@ -109,8 +109,8 @@ bool IsBlankLine(std::string_view line, char separator) {
 }
 
 bool CsvHeader::Has(CsvColumn column) const {
-  return std::any_of(Titles.begin(), Titles.end(),
-                     [column](const CsvTitle& title) { return title.Column == column; });
+  return std::any_of(titles.begin(), titles.end(),
+                     [column](const CsvTitle& title) { return title.column == column; });
 }
 
 // Where a leg cell begins and ends; a leg to the finish gets its number when all are known.
@@ -219,12 +219,12 @@ std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line, char separ
     std::string folded = Fold(cells.Cell());
     if (const Title* title = FindTitle(folded)) {
       if (!title->normal.empty()) folded = title->normal;
-      header.Titles.push_back({title->column, 0, std::move(folded)});
+      header.titles.push_back({title->column, 0, std::move(folded)});
     } else if (const auto leg = ReadLeg(ToHalfWidth(folded))) {  // labels of legs may be full width
-      header.Controls = std::max({header.Controls, leg->from, leg->to});
-      header.Titles.push_back({CsvColumn::kLeg, leg->to, ""});
+      header.controls = std::max({header.controls, leg->from, leg->to});
+      header.titles.push_back({CsvColumn::kLeg, leg->to, ""});
     } else {
-      header.Titles.push_back({CsvColumn::kOther, 0, std::move(folded)});
+      header.titles.push_back({CsvColumn::kOther, 0, std::move(folded)});
     }
   }
   NameLegs(header);
@@ -236,12 +236,12 @@ std::string NormalizeCsvHeader(std::string_view line) {
   if (!header) return std::string(line);
   const bool adds_class = !header->Has(CsvColumn::kClass);
   // The name could be moved out of the columns that are read.
-  if (adds_class && header->Titles.size() == kMostTitles) return std::string(line);
+  if (adds_class && header->titles.size() == kMostTitles) return std::string(line);
   std::string out;
   if (adds_class) out = ResourceText("RES_META_CSV_CLASS") + ",";
-  for (std::size_t i = 0; i < header->Titles.size(); ++i) {
+  for (std::size_t i = 0; i < header->titles.size(); ++i) {
     if (i > 0) out += ',';
-    out += header->Titles[i].Text;
+    out += header->titles[i].text;
   }
   return out;
 }

@@ -54,16 +54,16 @@ inline constexpr std::size_t kCsvColumnCount = static_cast<std::size_t>(CsvColum
 
 /// A cell of a header line.
 struct CsvTitle {
-  CsvColumn Column = CsvColumn::kOther;
-  std::int32_t Leg = 0;  // of a leg column: 1 to 1,000
-  std::string Text;      // the normal title; of other columns the title as it stands, folded
+  CsvColumn column = CsvColumn::kOther;
+  std::int32_t leg = 0;  // of a leg column: 1 to 1,000
+  std::string text;      // the normal title; of other columns the title as it stands, folded
 };
 
 /// A header line: the titles of the file's own columns, at most 1,000.
 struct CsvHeader {
-  std::vector<CsvTitle> Titles;
-  std::int32_t Controls = 0;  // the highest number in leg columns
-  std::int32_t Legs = 0;      // the highest leg of a column, 0 without leg columns
+  std::vector<CsvTitle> titles;
+  std::int32_t controls = 0;  // the highest number in leg columns
+  std::int32_t legs = 0;      // the highest leg of a column, 0 without leg columns
 
   bool Has(CsvColumn column) const;
 };

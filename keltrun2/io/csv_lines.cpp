@@ -112,8 +112,8 @@ class Unquoter {
 
 std::ptrdiff_t KnownTitles(const std::optional<CsvHeader>& header) {
   if (!header) return 0;
-  return std::count_if(header->Titles.begin(), header->Titles.end(),
-                       [](const CsvTitle& title) { return title.Column != CsvColumn::kOther; });
+  return std::count_if(header->titles.begin(), header->titles.end(),
+                       [](const CsvTitle& title) { return title.column != CsvColumn::kOther; });
 }
 
 std::optional<CsvHeader> ReadHeader(const LineCursor& line, char separator,
@@ -136,7 +136,7 @@ CsvForm FindCsvForm(std::string_view text, const CsvHeaderReader& headers) {
     for (const char separator : {',', ';', '\t'}) {
       if (separator != ',' && line.Line().find(separator) == std::string_view::npos) continue;
       const std::ptrdiff_t known = KnownTitles(ReadHeader(line, separator, headers));
-      if (known > most) form.Separator = separator;
+      if (known > most) form.separator = separator;
       most = std::max(most, known);
     }
     if (most > 0) return form;
@@ -156,7 +156,7 @@ void CsvLineCursor::Next() {
 
 // Each quote of the text is found once.
 bool CsvLineCursor::HasQuote() {
-  if (!form_.HasQuotes || quote_ == std::string_view::npos || lines_.AtEnd()) return false;
+  if (!form_.has_quotes || quote_ == std::string_view::npos || lines_.AtEnd()) return false;
   const std::string_view line = lines_.Line();
   const auto begin = static_cast<std::size_t>(line.data() - text_.data());
   if (quote_ < begin) quote_ = text_.find(kQuote, begin);
@@ -165,14 +165,14 @@ bool CsvLineCursor::HasQuote() {
 
 void CsvLineCursor::Read() {
   const std::string_view line = TrimSpaces(lines_.Line());
-  line_ = {line, form_.Separator, lines_.Number(), line};
+  line_ = {line, form_.separator, lines_.Number(), line};
   if (!HasQuote()) return;
   buffer_.clear();
-  Unquoter unquoter(lines_, form_.Separator, &remarks_);
+  Unquoter unquoter(lines_, form_.separator, &remarks_);
   unquoter.AppendTo(buffer_);
   lines_ = unquoter.Lines();
-  line_.Text = TrimSpaces(buffer_);
-  line_.Separator = kUnitSeparator;
+  line_.text = TrimSpaces(buffer_);
+  line_.separator = kUnitSeparator;
 }
 
 }  // namespace keltrun

@@ -12,16 +12,16 @@ namespace keltrun {
 
 /// How a text separates its cells: the same from its first line to its last.
 struct CsvForm {
-  char Separator = ',';
-  bool HasQuotes = true;  // else quotation marks are characters like others
+  char separator = ',';
+  bool has_quotes = true;  // else quotation marks are characters like others
 };
 
 /// A line whose cells are separated without quotes.
 struct CsvLine {
-  std::string_view Text;    // without blanks at its ends
-  char Separator = ',';     // of this line: not the text's where it had quotes
-  std::int32_t Number = 0;  // from 1; of several lines that a cell joins, the first
-  std::string_view Shown;   // the line as it stands in the text, for remarks
+  std::string_view text;    // without blanks at its ends
+  char separator = ',';     // of this line: not the text's where it had quotes
+  std::int32_t number = 0;  // from 1; of several lines that a cell joins, the first
+  std::string_view shown;   // the line as it stands in the text, for remarks
 };
 
 /// The form of a text: that of its first header line, by the separator (comma, semicolon or TAB)

@@ -42,10 +42,10 @@ void ImportOnlyReader::ReadHeader(CsvHeader header) {
   if (!header_->Has(CsvColumn::kClub) && !header_->Has(CsvColumn::kSex)) {
     Remark(RemarkSeverity::kWarning, 0, "header", "", "no column for club or sex");
   }
-  for (std::size_t i = 0; i < header_->Titles.size(); ++i) {
-    const CsvColumn column = header_->Titles[i].Column;
+  for (std::size_t i = 0; i < header_->titles.size(); ++i) {
+    const CsvColumn column = header_->titles[i].column;
     if (column == CsvColumn::kOther) {
-      Remark(RemarkSeverity::kNote, i + 1, "column", header_->Titles[i].Text, "not used");
+      Remark(RemarkSeverity::kNote, i + 1, "column", header_->titles[i].text, "not used");
     }
   }
 }
@@ -53,25 +53,25 @@ void ImportOnlyReader::ReadHeader(CsvHeader header) {
 void ImportOnlyReader::ReadRow(const CsvLine& line) {
   cells_.fill({});
   std::size_t extra_at = 0;
-  CellWalker cells(line.Text, line.Separator);
+  CellWalker cells(line.text, line.separator);
   while (cells.Next()) {
-    if (cells.Position() < header_->Titles.size()) {
+    if (cells.Position() < header_->titles.size()) {
       // Of two columns with one meaning the last counts.
-      CellOf(header_->Titles[cells.Position()].Column) = cells.Cell();
+      CellOf(header_->titles[cells.Position()].column) = cells.Cell();
     } else if (extra_at == 0 && !cells.Cell().empty()) {
       extra_at = cells.Position() + 1;
     }
   }
   if (extra_at != 0) {
-    Remark(RemarkSeverity::kNote, extra_at, "line", line.Shown,
+    Remark(RemarkSeverity::kNote, extra_at, "line", line.shown,
            "more cells than the header; a separator inside a text?");
   }
   const std::string_view name = CellOf(CsvColumn::kName);
   if (IsBlankLine(name)) {
-    Remark(RemarkSeverity::kWarning, 0, "line", line.Shown, "names no runner, skipped");
+    Remark(RemarkSeverity::kWarning, 0, "line", line.shown, "names no runner, skipped");
     return;
   }
-  result_.Records.Updates.push_back({std::string(name), std::string(CellOf(CsvColumn::kClub)),
+  result_.records.updates.push_back({std::string(name), std::string(CellOf(CsvColumn::kClub)),
                                      std::string(CellOf(CsvColumn::kSex))});
 }
 
@@ -80,14 +80,14 @@ ReadResult ImportOnlyReader::Read(std::string_view text) {
   const CsvForm form = FindCsvForm(text, headers_);
   for (CsvLineCursor lines(text, form, remarks_); !lines.AtEnd(); lines.Next()) {
     const CsvLine& line = lines.Line();
-    line_ = line.Number;
-    if (IsBlankLine(line.Text, line.Separator)) continue;
-    if (auto header = headers_.Read(line.Text, line.Separator)) {
+    line_ = line.number;
+    if (IsBlankLine(line.text, line.separator)) continue;
+    if (auto header = headers_.Read(line.text, line.separator)) {
       ReadHeader(std::move(*header));
     } else if (!header_) {
       if (line_ > 1) ++skipped;  // line 1 marks the format
-    } else if (result_.Records.Updates.size() == kMostUpdates) {
-      result_.Error = ReadError{line_, "more than 500,000 runners"};
+    } else if (result_.records.updates.size() == kMostUpdates) {
+      result_.error = ReadError{line_, "more than 500,000 runners"};
       break;
     } else {
       ReadRow(line);
@@ -100,7 +100,7 @@ ReadResult ImportOnlyReader::Read(std::string_view text) {
     remarks_.Add(RemarkSeverity::kNote, 0, 0, "lines before the first header", "",
                  std::to_string(skipped) + " skipped");
   }
-  result_.Remarks = remarks_.Take();
+  result_.remarks = remarks_.Take();
   return std::move(result_);
 }
 

@@ -40,25 +40,25 @@ struct EventRule {
 constexpr std::array<EventRule, 6> kEventRules = {{
     {"RES_META_EVENT_NAME",
      {"大会名", "Event"},
-     [](LapRecords& r, std::string_view v) { return (r.EventName = v, true); }},
+     [](LapRecords& r, std::string_view v) { return (r.event_name = v, true); }},
     {"RES_META_EVENT_DATE",
      {"開催日", "Date"},
      [](LapRecords& r, std::string_view v) {
-       return (r.EventDate = ParseDateTime(v)).has_value();
+       return (r.event_date = ParseDateTime(v)).has_value();
      }},
     {"RES_META_EVENT_VENUE",
      {"開催地", "Venue"},
-     [](LapRecords& r, std::string_view v) { return (r.Terrain = v, true); }},
+     [](LapRecords& r, std::string_view v) { return (r.terrain = v, true); }},
     {"RES_META_EVENT_MEMO",
      {"メモ", "Memo"},
-     [](LapRecords& r, std::string_view v) { return (r.Memo = v, true); }},
+     [](LapRecords& r, std::string_view v) { return (r.memo = v, true); }},
     {"RES_META_WEBSITE",
      {"公式サイト", "Official site"},
-     [](LapRecords& r, std::string_view v) { return (r.OfficialSite = v, true); }},
+     [](LapRecords& r, std::string_view v) { return (r.official_site = v, true); }},
     {"RES_META_EVENT_FILENAME",
      {"ファイル名", "File"},
      [](LapRecords& r, std::string_view v) {
-       r.EventFileName = CleanFileName(LowerAscii(ToHalfWidth(v, {.Symbols = false})));
+       r.event_file_name = CleanFileName(LowerAscii(ToHalfWidth(v, {.Symbols = false})));
        return true;
      }},
 }};
@@ -72,18 +72,18 @@ struct ClassRule {
 constexpr std::array<ClassRule, 4> kClassRules = {{
     {"RES_META_COURCE_LENGTH",
      {"コース距離", "Course length"},
-     [](ClassRecords& c, std::int32_t v) { c.Length = v; }},
+     [](ClassRecords& c, std::int32_t v) { c.length = v; }},
     {"RES_META_CLIMB_HEIGHT",
      {"登距離", "Climb"},
-     [](ClassRecords& c, std::int32_t v) { c.Climb = v; }},
+     [](ClassRecords& c, std::int32_t v) { c.climb = v; }},
     {"RES_META_CONTROL_COUNT",
      {"コントロール数", "Controls"},
      [](ClassRecords& c, std::int32_t v) {
-       c.ControlCount = std::clamp(v, 0, kMostClassControls);
+       c.control_count = std::clamp(v, 0, kMostClassControls);
      }},
     {"RES_META_COURSE_NUMBER",
      {"コース番号", "Course number"},
-     [](ClassRecords& c, std::int32_t v) { c.CourseNum = v; }},
+     [](ClassRecords& c, std::int32_t v) { c.course_num = v; }},
 }};
 
 struct Label {
@@ -114,14 +114,14 @@ std::optional<std::size_t> TakeLabel(std::string_view& text, const std::vector<L
 
 bool HasOneCell(const CsvLine& line) {
   std::size_t filled = 0;
-  CellWalker cells(line.Text, line.Separator);
+  CellWalker cells(line.text, line.separator);
   while (cells.Next() && filled < 2) filled += cells.Cell().empty() ? 0 : 1;
   return filled == 1;
 }
 
 // The cell of a line that has but one.
 std::string_view OnlyCell(const CsvLine& line) {
-  CellWalker cells(line.Text, line.Separator);
+  CellWalker cells(line.text, line.separator);
   while (cells.Next() && cells.Cell().empty()) {
   }
   return cells.Cell();
@@ -229,13 +229,13 @@ class Keltrun1Reader {
 };
 
 bool Keltrun1Reader::Stop(std::int32_t line, std::string_view detail) {
-  result_.Error = ReadError{line, std::string(detail)};
+  result_.error = ReadError{line, std::string(detail)};
   return false;
 }
 
 // The class of a name, made when there is none; null when there are too many.
 ClassRecords* Keltrun1Reader::FindClass(std::string_view name, std::int32_t line) {
-  auto& classes = result_.Records.Classes;
+  auto& classes = result_.records.classes;
   const auto found = class_positions_.find(name);
   if (found != class_positions_.end()) return &classes[found->second];
   if (classes.size() == kMostClasses) {
@@ -243,70 +243,70 @@ ClassRecords* Keltrun1Reader::FindClass(std::string_view name, std::int32_t line
     return nullptr;
   }
   class_positions_.emplace(name, classes.size());
-  classes.emplace_back().Name = name;
+  classes.emplace_back().name = name;
   return &classes.back();
 }
 
 bool Keltrun1Reader::ReadMark(const CsvLine& line) {
-  if (!line.Shown.starts_with(kLapFileMark)) return false;
+  if (!line.shown.starts_with(kLapFileMark)) return false;
   lap_file_ = true;
   return true;
 }
 
 // Each label counts once, so that a class whose name begins like a label is none.
 bool Keltrun1Reader::ReadEventLine(const CsvLine& line) {
-  std::string_view value = line.Shown.substr(1);
+  std::string_view value = line.shown.substr(1);
   const auto label = TakeLabel(value, event_labels_);
   if (!label || event_line_seen_[*label]) return false;
   event_line_seen_[*label] = true;
   value = TrimSpaces(value);
-  if (!value.empty() && !kEventRules[*label].store(result_.Records, value)) {
-    Warn(line.Number, 0, "event date", value, "no date, left out");
+  if (!value.empty() && !kEventRules[*label].store(result_.records, value)) {
+    Warn(line.number, 0, "event date", value, "no date, left out");
   }
   return true;
 }
 
 // Class names may hold ":", values do not.
 bool Keltrun1Reader::ReadClassLine(const CsvLine& line) {
-  const std::size_t colon = line.Shown.rfind(':');
+  const std::size_t colon = line.shown.rfind(':');
   if (colon == std::string_view::npos) return false;
-  std::string_view value = line.Shown.substr(colon + 1);
+  std::string_view value = line.shown.substr(colon + 1);
   const auto label = TakeLabel(value, class_labels_);
   if (!label) return false;
-  ClassRecords* klass = FindClass(TrimSpaces(line.Shown.substr(1, colon - 1)), line.Number);
+  ClassRecords* klass = FindClass(TrimSpaces(line.shown.substr(1, colon - 1)), line.number);
   if (klass == nullptr) return true;
   value = TrimSpaces(value);
   if (!value.empty() && !NumericValue(value)) {
-    Warn(line.Number, 0, "value of a class", value, "no number, the digits at its start count");
+    Warn(line.number, 0, "value of a class", value, "no number, the digits at its start count");
   }
   kClassRules[*label].store(*klass, LeadingLong(value));
   return true;
 }
 
 void Keltrun1Reader::ReadTitles(const CsvLine& line) {
-  has_legs_ = lap_file_ || header_->Controls > 0;
+  has_legs_ = lap_file_ || header_->controls > 0;
   has_times_ = has_times_ || has_legs_ || header_->Has(CsvColumn::kTotalTime);
   if (first_header_line_ == 0) {
-    first_header_line_ = line.Number;
-    first_header_ = line.Shown;
+    first_header_line_ = line.number;
+    first_header_ = line.shown;
   }
-  if (!has_legs_ && header_->Legs > 0) {
-    Note(line.Number, 0, "column", "F", "no leg without numbered ones, not used");
+  if (!has_legs_ && header_->legs > 0) {
+    Note(line.number, 0, "column", "F", "no leg without numbered ones, not used");
   }
-  for (std::size_t i = 0; i < header_->Titles.size(); ++i) {
-    const CsvTitle& title = header_->Titles[i];
-    if (title.Column == CsvColumn::kOther && !title.Text.empty()) {
-      Note(line.Number, i + 1, "column", title.Text, "not used");
-    } else if (title.Leg > clsLapData::kMostLegs) {
-      Warn(line.Number, i + 1, "leg", title.Text, "legs above 50 are dropped");
+  for (std::size_t i = 0; i < header_->titles.size(); ++i) {
+    const CsvTitle& title = header_->titles[i];
+    if (title.column == CsvColumn::kOther && !title.text.empty()) {
+      Note(line.number, i + 1, "column", title.text, "not used");
+    } else if (title.leg > clsLapData::kMostLegs) {
+      Warn(line.number, i + 1, "leg", title.text, "legs above 50 are dropped");
     }
   }
   if (lap_file_ || header_->Has(CsvColumn::kClass)) return;
-  if (title_.Number != 0) {
+  if (title_.number != 0) {
     class_title_ = OnlyCell(title_);
-    Note(title_.Number, 0, "title", class_title_, "taken as the class of the lines below");
+    Note(title_.number, 0, "title", class_title_, "taken as the class of the lines below");
   } else {
-    Note(line.Number, 0, "header without classes", class_title_,
+    Note(line.number, 0, "header without classes", class_title_,
          class_title_.empty() ? "the class has no name" : "taken as the class of the lines below");
   }
 }
@@ -314,7 +314,7 @@ void Keltrun1Reader::ReadTitles(const CsvLine& line) {
 // In a lap file headers stand below a blank line: a runner may be called like a title.
 bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   if (lap_file_ && header_ && !after_break_) return false;
-  auto header = headers_.Read(line.Text, line.Separator);
+  auto header = headers_.Read(line.text, line.separator);
   if (!header) return false;
   header_ = std::move(*header);
   ReadTitles(line);
@@ -332,18 +332,18 @@ bool Keltrun1Reader::ReadListLine(const CsvLine& line) {
 }
 
 void Keltrun1Reader::KeepTitle(const CsvLine& line) {
-  title_text_ = line.Text;
+  title_text_ = line.text;
   title_ = line;
-  title_.Text = title_text_;
+  title_.text = title_text_;
 }
 
 bool Keltrun1Reader::FlushTitle() {
-  if (title_.Number == 0) return true;
+  if (title_.number == 0) return true;
   const CsvLine line = std::exchange(title_, {});
   const bool is_row =
-      header_->Titles.size() == 1 || line.Text.find(line.Separator) != std::string_view::npos;
+      header_->titles.size() == 1 || line.text.find(line.separator) != std::string_view::npos;
   if (is_row) return ReadRow(line);
-  Warn(line.Number, 0, "line", line.Shown, "a single cell is no runner, skipped");
+  Warn(line.number, 0, "line", line.shown, "a single cell is no runner, skipped");
   return true;
 }
 
@@ -373,7 +373,7 @@ void Keltrun1Reader::Observe(NumberHint hint, const CsvLine& line, std::size_t c
   if (hint == NumberHint::kDigits) has_digits_ = true;
   if (hint != NumberHint::kSeconds && hint != NumberHint::kEither) return;
   NumberPlace& place = hint == NumberHint::kSeconds ? only_seconds_ : either_;
-  if (place.line == 0) place = {line.Number, static_cast<std::int32_t>(column), std::string(cell)};
+  if (place.line == 0) place = {line.number, static_cast<std::int32_t>(column), std::string(cell)};
 }
 
 void Keltrun1Reader::ReadLap(const CsvLine& line, std::size_t position, std::int32_t leg,
@@ -385,9 +385,9 @@ void Keltrun1Reader::ReadLap(const CsvLine& line, std::size_t position, std::int
     return;
   }
   const CellValue value = ReadCellTime(cell, meaning_);
-  Observe(value.Hint, line, position + 1, cell);
-  if (!value.Time) Warn(line.Number, position + 1, "leg", cell, "no time, the leg has no data");
-  runner.SetLap(leg, value.Time.value_or(kTimeNoData));
+  Observe(value.hint, line, position + 1, cell);
+  if (!value.time) Warn(line.number, position + 1, "leg", cell, "no time, the leg has no data");
+  runner.SetLap(leg, value.time.value_or(kTimeNoData));
 }
 
 // Of two columns with one meaning the first that is filled counts. In a lap file the legs go on
@@ -396,19 +396,19 @@ void Keltrun1Reader::ReadCells(const CsvLine& line, clsLapData& runner) {
   cells_.fill({});
   std::int32_t leg = 0;
   bool has_extra = false;
-  CellWalker cells(line.Text, line.Separator);
+  CellWalker cells(line.text, line.separator);
   while (cells.Next()) {
     const std::size_t position = cells.Position();
-    const bool titled = position < header_->Titles.size();
-    const CsvColumn column = titled ? header_->Titles[position].Column : CsvColumn::kOther;
+    const bool titled = position < header_->titles.size();
+    const CsvColumn column = titled ? header_->titles[position].column : CsvColumn::kOther;
     if (column == CsvColumn::kLeg && has_legs_) {
-      leg = header_->Titles[position].Leg;
+      leg = header_->titles[position].leg;
       ReadLap(line, position, leg, cells.Cell(), runner);
     } else if (!titled && lap_file_ && leg > 0 && leg < clsLapData::kMostLegs) {
       ReadLap(line, position, ++leg, cells.Cell(), runner);
     } else if (!titled && !has_extra && !cells.Cell().empty()) {
       has_extra = true;
-      Warn(line.Number, position + 1, "cell", cells.Cell(),
+      Warn(line.number, position + 1, "cell", cells.Cell(),
            "beyond the header, dropped with all that follow");
     } else if (Cell(column).empty()) {
       Cell(column) = cells.Cell();
@@ -427,15 +427,15 @@ bool BeginsLikeNumber(std::string_view text) {
 // days.
 void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, clsLapData& runner) {
   const CellValue value = ReadCellTime(cell, meaning_);
-  if (value.Time) {
-    Observe(value.Hint, line, 0, cell);
-    runner.SetResult(ResultText(*value.Time, value.HasFraction));
+  if (value.time) {
+    Observe(value.hint, line, 0, cell);
+    runner.SetResult(ResultText(*value.time, value.has_fraction));
     return;
   }
   runner.SetResult(cell == kNotAvailable ? std::string_view(cross_) : cell);
   if (!BeginsLikeNumber(cell)) return;
   const bool is_text = runner.Result() != kDisqualified && !ReadableTime(runner.Result());
-  Warn(line.Number, 0, "result", cell,
+  Warn(line.number, 0, "result", cell,
        is_text ? "no time, kept as a text" : "no time, the runner has no result");
   if (!is_text) runner.SetResult("");
 }
@@ -445,7 +445,7 @@ void Keltrun1Reader::ReadStartTime(const CsvLine& line, std::string_view cell, c
   if (const auto time = CellClock(cell)) {
     runner.StartTime()->SetValue(*time);
   } else if (MarkerOf(cell) != kTimeNoData) {
-    Warn(line.Number, 0, "start time", cell, "no time of day, left out");
+    Warn(line.number, 0, "start time", cell, "no time of day, left out");
   }
 }
 
@@ -459,7 +459,7 @@ void Keltrun1Reader::ReadFields(const CsvLine& line, clsLapData& runner) {
   ReadTotalTime(line, Cell(CsvColumn::kTotalTime), runner);
   const std::string_view number = Cell(CsvColumn::kStartNumber);
   if (!number.empty() && !NumericValue(number)) {
-    Warn(line.Number, 0, "start number", number, "no number, the digits at its start count");
+    Warn(line.number, 0, "start number", number, "no number, the digits at its start count");
   }
   runner.ID = LeadingLong(number);
   ReadStartTime(line, Cell(CsvColumn::kStartTime), runner);
@@ -470,7 +470,7 @@ std::string_view Keltrun1Reader::ClassOf(const CsvLine& line) {
   const std::string_view name = Cell(CsvColumn::kClass);
   if (lap_file_ || !name.empty()) return last_class_ = name;
   if (!header_->Has(CsvColumn::kClass)) return class_title_;
-  Note(line.Number, 0, "class", last_class_, "taken from the line above");
+  Note(line.number, 0, "class", last_class_, "taken from the line above");
   return last_class_;
 }
 
@@ -479,30 +479,30 @@ bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   auto runner = std::make_shared<clsLapData>();
   ReadCells(line, *runner);
   if (!lap_file_ && Cell(CsvColumn::kName).empty()) {
-    Warn(line.Number, 0, "line", line.Shown, "names no runner, skipped");
+    Warn(line.number, 0, "line", line.shown, "names no runner, skipped");
     return true;
   }
-  if (++runners_ > kMostRunners) return Stop(line.Number, kTooManyRunners);
+  if (++runners_ > kMostRunners) return Stop(line.number, kTooManyRunners);
   ReadFields(line, *runner);
-  ClassRecords* klass = FindClass(ClassOf(line), line.Number);
+  ClassRecords* klass = FindClass(ClassOf(line), line.number);
   if (klass == nullptr) return false;
-  const std::int32_t legs = lap_file_ ? header_->Legs : runner->LegCount();
-  klass->LegsSeen = std::max(klass->LegsSeen, std::min(legs, clsLapData::kMostLegs));
-  if (!lap_file_ && has_legs_) rows_.push_back({line.Number, runner.get()});
-  klass->Runners.push_back(std::move(runner));
+  const std::int32_t legs = lap_file_ ? header_->legs : runner->LegCount();
+  klass->legs_seen = std::max(klass->legs_seen, std::min(legs, clsLapData::kMostLegs));
+  if (!lap_file_ && has_legs_) rows_.push_back({line.number, runner.get()});
+  klass->runners.push_back(std::move(runner));
   return true;
 }
 
 // A line in front of the header that begins with "$".
 bool Keltrun1Reader::ReadFrontLine(const CsvLine& line) {
   if (ReadMark(line) || ReadEventLine(line)) return true;
-  if (ReadClassLine(line)) return !result_.Error;
-  Warn(line.Number, 0, "line", line.Shown, "not understood, skipped");
+  if (ReadClassLine(line)) return !result_.error;
+  Warn(line.number, 0, "line", line.shown, "not understood, skipped");
   return true;
 }
 
 bool Keltrun1Reader::ReadLine(const CsvLine& line) {
-  if (!header_ && line.Shown.starts_with('$')) return ReadFrontLine(line);
+  if (!header_ && line.shown.starts_with('$')) return ReadFrontLine(line);
   if (ReadHeader(line)) return true;
   if (header_) return lap_file_ ? ReadRow(line) : ReadListLine(line);
   title_ = {};
@@ -514,7 +514,7 @@ bool Keltrun1Reader::ReadLine(const CsvLine& line) {
 // A lap file without classes, as the writer writes it, has no header line.
 void Keltrun1Reader::CheckHeaderFound() {
   const bool empty_event =
-      lap_file_ && skipped_lines_ == 0 && result_.Records.Classes.empty() &&
+      lap_file_ && skipped_lines_ == 0 && result_.records.classes.empty() &&
       std::all_of(event_line_seen_.begin(), event_line_seen_.end(), [](bool seen) { return seen; });
   if (!header_ && !empty_event) Stop(0, ResourceText("RES_MESSAGE_CSV_HEADER_ERROR"));
   if (header_ && skipped_lines_ > 0) {
@@ -525,12 +525,12 @@ void Keltrun1Reader::CheckHeaderFound() {
 // A list without results and legs shows no event: one of starts, or of punches one a line.
 void Keltrun1Reader::CheckTimes() {
   constexpr std::size_t kShownUnits = 200;
-  if (result_.Error || !header_ || lap_file_ || has_times_) return;
+  if (result_.error || !header_ || lap_file_ || has_times_) return;
   Stop(first_header_line_,
        "the list has no column of results and none of legs; its header line is \"" +
            std::string(Utf16Prefix(first_header_, kShownUnits)) +
            "\"; it needs a column such as TIME or 記録, or one for each leg: 1, 2, ... F");
-  result_.Records = {};
+  result_.records = {};
 }
 
 void Keltrun1Reader::NoteMeaning() {
@@ -549,7 +549,7 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
   const CsvForm form = FindCsvForm(text, headers_);
   for (CsvLineCursor lines(text, form, remarks_); goes_on && !lines.AtEnd(); lines.Next()) {
     const CsvLine& line = lines.Line();
-    const bool blank = IsBlankLine(line.Text, line.Separator);
+    const bool blank = IsBlankLine(line.text, line.separator);
     if (!blank) goes_on = ReadLine(line);
     after_break_ = blank;
   }
@@ -558,7 +558,7 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
   CheckTimes();
   TurnSplitsIntoLaps(rows_, remarks_);
   NoteMeaning();
-  result_.Remarks = remarks_.Take();
+  result_.remarks = remarks_.Take();
   return std::move(result_);
 }
 

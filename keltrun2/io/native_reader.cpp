@@ -246,24 +246,24 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
        return true;
      }},
     {"length",
-     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.Class->Length, v); },
+     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.klass->Length, v); },
      kLeadingDigits},
     {"climb",
-     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.Class->Climb, v); },
+     [](ClassAttributes& c, std::string_view v) { return StoreNumber(c.result.klass->Climb, v); },
      kLeadingDigits},
     {"controls",
      [](ClassAttributes& c, std::string_view v) {
-       return StoreControls(c.result.Class->ControlCount, v, kMostClassControls);
+       return StoreControls(c.result.klass->ControlCount, v, kMostClassControls);
      },
      "is no number of controls from 0 to 49, the nearest one counts"},
     {"course",
      [](ClassAttributes& c, std::string_view v) {
-       return StoreNumber(c.result.Class->CourseNum, v);
+       return StoreNumber(c.result.klass->CourseNum, v);
      },
      kLeadingDigits},
     {"cutoffrank",
      [](ClassAttributes& c, std::string_view v) {
-       return StoreNumber(c.result.Class->CutOffRank, v);
+       return StoreNumber(c.result.klass->CutOffRank, v);
      },
      kLeadingDigits},
 }};
@@ -349,11 +349,11 @@ NativeClass ReadClass(Source& source, const LapTextReader& laps, std::size_t& ru
   ClassAttributes attributes;
   ReadAttributes(source, attributes, kClassRules);
   NativeClass& klass = attributes.result;
-  ClassDataInternal::SetClassName(*klass.Class, WithoutLineBreaks(std::move(attributes.name)));
-  if (attributes.file_name) klass.Class->SetFileName(*attributes.file_name);
+  ClassDataInternal::SetClassName(*klass.klass, WithoutLineBreaks(std::move(attributes.name)));
+  if (attributes.file_name) klass.klass->SetFileName(*attributes.file_name);
   ForEachElement(source.Xml(), [&] {
     source.Count(runners, kMostRunners, "runners");
-    klass.Runners.push_back(ReadRunner(source, laps));
+    klass.runners.push_back(ReadRunner(source, laps));
   });
   return std::move(klass);
 }
@@ -376,22 +376,22 @@ NativeLapFile ReadRoot(Source& source) {
   std::size_t runners = 0;
   std::size_t classes = 0;
   std::size_t courses = 0;
-  file.FileDate = ReadFileDate(source);
+  file.file_date = ReadFileDate(source);
   ForEachElement(xml, [&] {
     const std::string_view name = xml.LocalName();
     if (name == "event") {
-      ReadAttributes(source, file.Event, kEventRules);
+      ReadAttributes(source, file.event, kEventRules);
     } else if (name == "meta") {
-      ReadMeta(source, file.Meta);
+      ReadMeta(source, file.meta);
     } else if (name == "courses") {
       ForEachElement(xml, [&] {
         source.Count(courses, kMostCourses, "courses");
-        file.Courses.push_back(ReadCourse(source));
+        file.courses.push_back(ReadCourse(source));
       });
     } else if (name == "classes") {
       ForEachElement(xml, [&] {
         source.Count(classes, kMostClasses, "classes");
-        file.Classes.push_back(ReadClass(source, laps, runners));
+        file.classes.push_back(ReadClass(source, laps, runners));
       });
     }
   });

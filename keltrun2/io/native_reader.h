@@ -17,23 +17,23 @@ namespace keltrun {
 
 /// A class element: its attributes as a class without runners, and its runners.
 struct NativeClass {
-  std::shared_ptr<clsClassData> Class;
-  std::vector<std::shared_ptr<clsLapData>> Runners;
+  std::shared_ptr<clsClassData> klass;
+  std::vector<std::shared_ptr<clsLapData>> runners;
 };
 
 /// Everything that a native lap file holds, in the order of the file.
 struct NativeLapFile {
-  std::optional<DateTime> FileDate;
-  clsEventData Event;
-  clsMetaData Meta;
-  std::vector<NativeClass> Classes;
-  std::vector<std::shared_ptr<clsCourseData>> Courses;
+  std::optional<DateTime> file_date;
+  clsEventData event;
+  clsMetaData meta;
+  std::vector<NativeClass> classes;
+  std::vector<std::shared_ptr<clsCourseData>> courses;
 };
 
 struct NativeReadResult {
-  NativeLapFile File;
-  std::vector<LoadRemark> Remarks;
-  std::optional<XmlError> Error;  // when set, File is empty
+  NativeLapFile file;
+  std::vector<LoadRemark> remarks;
+  std::optional<XmlError> error;  // when set, `file` is empty
 };
 
 /// Where the document comes from: a file's bytes carry their encoding, a text is UTF-8.

@@ -71,7 +71,7 @@ class OEventReader {
       remarks_.Add(RemarkSeverity::kWarning, first_club_line_, kClubField + 1, "clubs", "",
                    "those of " + std::to_string(clubs_) + " runners are not read, nor are numbers");
     }
-    result_.Remarks = remarks_.Take();
+    result_.remarks = remarks_.Take();
     return std::move(result_);
   }
 
@@ -85,7 +85,7 @@ class OEventReader {
   };
 
   bool Fail(std::string_view detail) {
-    result_.Error = ReadError{line_.Number(), std::string(detail)};
+    result_.error = ReadError{line_.Number(), std::string(detail)};
     return false;
   }
 
@@ -104,7 +104,7 @@ class OEventReader {
     }
     line_.Next();
     if (line_.AtEnd()) return Fail("the split list ends behind its titles");
-    result_.Records.EventName = std::string(event_name);
+    result_.records.event_name = std::string(event_name);
     return true;
   }
 
@@ -125,8 +125,8 @@ class OEventReader {
   }
 
   bool StartClass(std::string_view name) {
-    if (result_.Records.Classes.size() >= kMostClasses) return Fail(kTooManyClasses);
-    result_.Records.Classes.emplace_back().Name = name;
+    if (result_.records.classes.size() >= kMostClasses) return Fail(kTooManyClasses);
+    result_.records.classes.emplace_back().name = name;
     line_.Next();
     return true;
   }
@@ -134,8 +134,8 @@ class OEventReader {
   // A text that is no time stays, such as a status.
   void ReadTotalTime(std::string_view cell, clsLapData& runner) {
     const CellValue value = ReadCellTime(cell);
-    if (value.Time) {
-      runner.SetResult(ResultText(*value.Time, value.HasFraction));
+    if (value.time) {
+      runner.SetResult(ResultText(*value.time, value.has_fraction));
     } else if (IsNegative(cell) && cell.find_first_of("0123456789") != std::string_view::npos) {
       Warn(kResultField, "result", cell, "is below zero, the runner has no result");
     } else {
@@ -144,7 +144,7 @@ class OEventReader {
   }
 
   bool ReadRunner(const Row& row) {
-    if (result_.Records.Classes.empty()) return Fail("a runner stands before any class line");
+    if (result_.records.classes.empty()) return Fail("a runner stands before any class line");
     if (runners_ >= kMostRunners) return Fail(kTooManyRunners);
     ++runners_;
     const auto runner = std::make_shared<clsLapData>();
@@ -154,9 +154,9 @@ class OEventReader {
     if (!row.Field(kClubField).empty() && clubs_++ == 0) first_club_line_ = line_.Number();
     line_.Next();
     const Splits splits = ReadSplitRows(*runner);
-    ClassRecords& klass = result_.Records.Classes.back();
-    klass.LegsSeen = std::max(klass.LegsSeen, splits.last_time);
-    klass.Runners.push_back(runner);
+    ClassRecords& klass = result_.records.classes.back();
+    klass.legs_seen = std::max(klass.legs_seen, splits.last_time);
+    klass.runners.push_back(runner);
     return true;
   }
 
@@ -223,8 +223,8 @@ class OEventReader {
     std::replace(text.begin(), text.end(), '.', '/');
     const auto date = HeaderDate(text);
     if (!date) Warn(0, "creation date", text, "is no date and time and stays empty");
-    result_.Records.CreateApplication = std::string(kApplication);
-    result_.Records.CreateDate = date.value_or(0);
+    result_.records.create_application = std::string(kApplication);
+    result_.records.create_date = date.value_or(0);
   }
 
   LineCursor line_;

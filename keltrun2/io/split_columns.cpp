@@ -43,16 +43,16 @@ Meaning MeaningOf(const clsLapData& runner) {
 // A leg behind one without a time takes both together.
 void TurnRow(const ListRow& row, RemarkList& remarks) {
   DateTime before = 0;
-  for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*row.Runner); ++leg) {
-    const DateTime split = LapDataInternal::Lap(*row.Runner, leg);
+  for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*row.runner); ++leg) {
+    const DateTime split = LapDataInternal::Lap(*row.runner, leg);
     if (!(split > 0)) continue;
     if (split < before) {
-      remarks.Add(RemarkSeverity::kWarning, row.Line, 0, "split", CompactTime(split),
+      remarks.Add(RemarkSeverity::kWarning, row.line, 0, "split", CompactTime(split),
                   "smaller than the one before, leg " + std::to_string(leg) + " has no data");
-      row.Runner->SetLap(leg, kTimeNoData);
+      row.runner->SetLap(leg, kTimeNoData);
       continue;
     }
-    row.Runner->SetLap(leg, Canonical(split - before));
+    row.runner->SetLap(leg, Canonical(split - before));
     before = split;
   }
 }
@@ -63,7 +63,7 @@ void TurnSplitsIntoLaps(const std::vector<ListRow>& rows, RemarkList& remarks) {
   std::size_t all = 0;
   std::size_t splits = 0;
   for (const ListRow& row : rows) {
-    const Meaning meaning = MeaningOf(*row.Runner);
+    const Meaning meaning = MeaningOf(*row.runner);
     all += meaning == Meaning::kUnknown ? 0 : 1;
     splits += meaning == Meaning::kSplits ? 1 : 0;
   }

@@ -11,8 +11,8 @@ namespace keltrun {
 
 /// A runner of a list and the line it stands in.
 struct ListRow {
-  std::int32_t Line = 0;
-  clsLapData* Runner = nullptr;
+  std::int32_t line = 0;
+  clsLapData* runner = nullptr;
 };
 
 /// The leg columns of a list are splits when in most rows with a result the times ascend and the

@@ -231,13 +231,13 @@ class SportIdentReader {
       while (!line_.AtEnd() && ReadLine()) {
       }
     }
-    result_.Remarks = remarks_.Take();
+    result_.remarks = remarks_.Take();
     return std::move(result_);
   }
 
  private:
   bool Fail(std::string_view detail) {
-    result_.Error = ReadError{line_.Number(), std::string(detail)};
+    result_.error = ReadError{line_.Number(), std::string(detail)};
     return false;
   }
 
@@ -283,7 +283,7 @@ class SportIdentReader {
       Warn(0, "title", line, "no date behind two spaces, event name and date are not read");
       return;
     }
-    result_.Records.EventName = std::string(TrimSpaces(line.substr(0, gap)));
+    result_.records.event_name = std::string(TrimSpaces(line.substr(0, gap)));
     const std::string_view rest = TrimSpaces(line.substr(gap));
     const std::size_t end = rest.find_first_of(" ,");
     std::string date(rest.substr(0, end));
@@ -293,14 +293,14 @@ class SportIdentReader {
     }
     const auto created = HeaderDate(date);
     if (!created) Warn(0, "creation date", rest, "is no date and time and stays empty");
-    result_.Records.CreateDate = created.value_or(0);
+    result_.records.create_date = created.value_or(0);
   }
 
   void ReadApplication(std::string_view line) {
     std::string text(line);
     std::erase(text, '-');
     const std::string_view words = TrimSpaces(text);
-    result_.Records.CreateApplication = std::string(words.substr(0, words.find(' ')));
+    result_.records.create_application = std::string(words.substr(0, words.find(' ')));
   }
 
   void ReadTitleColumns(std::string_view line) {
@@ -351,15 +351,15 @@ class SportIdentReader {
       PassOver(class_line, has_figures);
       return true;
     }
-    if (result_.Records.Classes.size() >= kMostClasses) return Fail(kTooManyClasses);
+    if (result_.records.classes.size() >= kMostClasses) return Fail(kTooManyClasses);
     if (!layout.has_finish) {
       Remark(RemarkSeverity::kNote, class_line.Number(), 1, "class", class_line.Line(),
              "has no finish among its controls, the last control stands for it");
     }
-    klass.Name = ClassName(folded);
-    klass.ControlCount = layout.legs - 1;
-    klass.Codes.assign(layout.codes.begin() + 1, layout.codes.begin() + layout.legs);
-    result_.Records.Classes.push_back(std::move(klass));
+    klass.name = ClassName(folded);
+    klass.control_count = layout.legs - 1;
+    klass.codes.assign(layout.codes.begin() + 1, layout.codes.begin() + layout.legs);
+    result_.records.classes.push_back(std::move(klass));
     layout_ = std::move(layout);
     return true;
   }
@@ -393,13 +393,13 @@ class SportIdentReader {
 
   bool ReadFigure(std::string_view before, std::string_view token, ClassRecords& klass) {
     if (token == "Km" || token == "km") {
-      klass.Length = RoundToLong(FigureBefore("length", before) * kMetresPerKm);
+      klass.length = RoundToLong(FigureBefore("length", before) * kMetresPerKm);
     } else if (token == "Cm" || token == "m") {
-      klass.Climb = RoundToLong(FigureBefore("climb", before));
+      klass.climb = RoundToLong(FigureBefore("climb", before));
     } else if (const auto length = NumberBetween(token, "", "km")) {
-      klass.Length = RoundToLong(*length * kMetresPerKm);
+      klass.length = RoundToLong(*length * kMetresPerKm);
     } else if (const auto climb = NumberBetween(token, "up", "m")) {
-      klass.Climb = RoundToLong(*climb);
+      klass.climb = RoundToLong(*climb);
     } else {
       return false;
     }
@@ -502,7 +502,7 @@ class SportIdentReader {
     ReadNameAndClub(line, *runner);
     ReadLaps(*runner);
     runner->SetResult(ReadResultCell(CellOf(line, titles_, kResultCell), *runner));
-    result_.Records.Classes.back().Runners.push_back(runner);
+    result_.records.classes.back().runners.push_back(runner);
     return true;
   }
 
@@ -575,7 +575,7 @@ class SportIdentReader {
 
   std::string ReadResultCell(std::string_view cell, const clsLapData& runner) {
     const CellValue value = ReadCellTime(cell);
-    if (value.Time) return ResultText(*value.Time, value.HasFraction);
+    if (value.time) return ResultText(*value.time, value.has_fraction);
     const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
     if (text == kDnf.word) return std::string(kDnf.result);
     if (text == kDns.word) return std::string(kDns.result);

@@ -223,7 +223,7 @@ CellValue ReadCellTime(std::string_view cell, NumberMeaning numbers) {
   return SeparatedTime(text);
 }
 
-std::optional<DateTime> CellTime(std::string_view cell) { return ReadCellTime(cell).Time; }
+std::optional<DateTime> CellTime(std::string_view cell) { return ReadCellTime(cell).time; }
 
 bool IsNegative(std::string_view cell) {
   const std::string_view text = TrimSpaces(cell);

@@ -80,9 +80,9 @@ enum class NumberHint : std::int32_t {
 
 /// An elapsed time as a cell holds it.
 struct CellValue {
-  std::optional<DateTime> Time;  // never negative; nullopt for everything that is no time
-  bool HasFraction = false;      // written with decimals of a second
-  NumberHint Hint = NumberHint::kNone;
+  std::optional<DateTime> time;  // never negative; nullopt for everything that is no time
+  bool has_fraction = false;     // written with decimals of a second
+  NumberHint hint = NumberHint::kNone;
 };
 
 /// Reads an elapsed time: any notation of NormalizeTimeText, hours of any number, decimals of a

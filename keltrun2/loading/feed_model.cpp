@@ -22,11 +22,11 @@ void SetIfGiven(T& target, const std::optional<T>& value) {
 void ApplyEventName(clsEventData& event, const LapRecords& records, EventNameRule rule,
                     KrLapFileLoadModeCosnt mode) {
   if (rule == EventNameRule::kNormalLoad) {
-    if (mode == KR_LOADMODE_NORMAL) SetIfGiven(event.EventName, records.EventName);
+    if (mode == KR_LOADMODE_NORMAL) SetIfGiven(event.EventName, records.event_name);
     return;
   }
   if (rule == EventNameRule::kAlways || event.EventName.empty()) {
-    SetIfGiven(event.EventName, records.EventName);
+    SetIfGiven(event.EventName, records.event_name);
   }
   if (event.EventName.empty()) event.EventName = ResourceText("RES_META_NO_EVENT_NAME");
 }
@@ -36,14 +36,14 @@ void ApplyHeader(EventModel& model, const LapRecords& records, EventNameRule rul
   clsEventData& event = *model.Event;
   ApplyEventName(event, records, rule, mode);
   if (mode == KR_LOADMODE_NORMAL) {
-    if (records.EventDate) event.EventDate()->SetValue(*records.EventDate);
-    SetIfGiven(event.Terrain, records.Terrain);
-    SetIfGiven(event.Memo, records.Memo);
-    SetIfGiven(event.OfficialSite, records.OfficialSite);
-    SetIfGiven(event.FileName, records.EventFileName);
+    if (records.event_date) event.EventDate()->SetValue(*records.event_date);
+    SetIfGiven(event.Terrain, records.terrain);
+    SetIfGiven(event.Memo, records.memo);
+    SetIfGiven(event.OfficialSite, records.official_site);
+    SetIfGiven(event.FileName, records.event_file_name);
   }
-  SetIfGiven(model.Meta->CreateApplication, records.CreateApplication);
-  SetIfGiven(model.Meta->CreateDate, records.CreateDate);
+  SetIfGiven(model.Meta->CreateApplication, records.create_application);
+  SetIfGiven(model.Meta->CreateDate, records.create_date);
 }
 
 // The courses of the model by their codes.
@@ -84,17 +84,17 @@ class CourseFinder {
 // A class of no controls has all its codes, too, unless the file names its course or its runners
 // may show that it has controls after all.
 bool HasCodes(const ClassRecords& records) {
-  if (!records.Codes.empty()) return true;
-  return records.ControlCount == 0 && records.LegsSeen == 0 && !records.CourseNum;
+  if (!records.codes.empty()) return true;
+  return records.control_count == 0 && records.legs_seen == 0 && !records.course_num;
 }
 
 void ApplyClass(CourseFinder& courses, clsClassData& klass, const ClassRecords& records) {
-  SetIfGiven(klass.Length, records.Length);
-  SetIfGiven(klass.Climb, records.Climb);
-  SetIfGiven(klass.ControlCount, records.ControlCount);
-  SetIfGiven(klass.CourseNum, records.CourseNum);
-  klass.ControlCount = std::max(klass.ControlCount, records.LegsSeen - 1);
-  if (HasCodes(records)) klass.CourseNum = courses.NumberOf(records.Codes);
+  SetIfGiven(klass.Length, records.length);
+  SetIfGiven(klass.Climb, records.climb);
+  SetIfGiven(klass.ControlCount, records.control_count);
+  SetIfGiven(klass.CourseNum, records.course_num);
+  klass.ControlCount = std::max(klass.ControlCount, records.legs_seen - 1);
+  if (HasCodes(records)) klass.CourseNum = courses.NumberOf(records.codes);
 }
 
 void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapData>>& runners,
@@ -146,22 +146,22 @@ void AddCourses(EventModel& model, const std::vector<std::shared_ptr<clsCourseDa
 
 void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
                ProgressReport& progress, RemarkList& remarks) {
-  if (file.FileDate) model.FileDate = *file.FileDate;
+  if (file.file_date) model.FileDate = *file.file_date;
   if (mode == KR_LOADMODE_NORMAL) {
     // The event and metadata objects stay the same: a host may hold them.
-    *model.Event = std::move(file.Event);
-    *model.Meta = std::move(file.Meta);
+    *model.Event = std::move(file.event);
+    *model.Meta = std::move(file.meta);
   }
-  AddCourses(model, file.Courses, remarks);
+  AddCourses(model, file.courses, remarks);
   ClassJoins joins(remarks);
   std::int64_t done = 0;
-  for (const NativeClass& read : file.Classes) {
-    progress.Advance(++done, static_cast<std::int64_t>(file.Classes.size()));
-    const auto existing = model.ClassByName(read.Class->ClassName());
-    const auto& klass = existing ? existing : read.Class;
+  for (const NativeClass& read : file.classes) {
+    progress.Advance(++done, static_cast<std::int64_t>(file.classes.size()));
+    const auto existing = model.ClassByName(read.klass->ClassName());
+    const auto& klass = existing ? existing : read.klass;
     if (!existing) model.AddClassObject(klass);
-    joins.See(read.Class->ClassName(), *klass, existing != nullptr);
-    AddRunners(*klass, read.Runners, mode);
+    joins.See(read.klass->ClassName(), *klass, existing != nullptr);
+    AddRunners(*klass, read.runners, mode);
   }
 }
 
@@ -171,13 +171,13 @@ void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
   CourseFinder courses(model);
   ClassJoins joins(remarks);
   std::int64_t done = 0;
-  for (const ClassRecords& read : records.Classes) {
-    progress.Advance(++done, static_cast<std::int64_t>(records.Classes.size()));
-    const bool existed = model.ClassByName(read.Name) != nullptr;
-    const auto klass = model.AddClass(read.Name);
-    joins.See(read.Name, *klass, existed);
+  for (const ClassRecords& read : records.classes) {
+    progress.Advance(++done, static_cast<std::int64_t>(records.classes.size()));
+    const bool existed = model.ClassByName(read.name) != nullptr;
+    const auto klass = model.AddClass(read.name);
+    joins.See(read.name, *klass, existed);
     ApplyClass(courses, *klass, read);
-    AddRunners(*klass, read.Runners, mode);
+    AddRunners(*klass, read.runners, mode);
   }
 }
 
@@ -191,11 +191,11 @@ void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
     }
   }
   for (const RunnerUpdate& update : updates) {
-    const auto [begin, end] = runners.equal_range(NormalizeName(update.Name));
+    const auto [begin, end] = runners.equal_range(NormalizeName(update.name));
     for (auto found = begin; found != end; ++found) {
       clsLapData& runner = *found->second;
-      if (runner.ClubName.empty() || overwrite) runner.ClubName = update.Club;
-      if (runner.Sex.empty()) runner.Sex = update.Sex;
+      if (runner.ClubName.empty() || overwrite) runner.ClubName = update.club;
+      if (runner.Sex.empty()) runner.Sex = update.sex;
     }
   }
 }

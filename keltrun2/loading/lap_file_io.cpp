@@ -91,18 +91,18 @@ class Load {
       : request_(std::move(request)), remarks_(remarks), model_(CurrentModel()) {}
 
   bool Run(const StartProgress& start_progress) {
-    if (request_.Mode == KR_LOADMODE_NORMAL) model_->Clear();
-    if (FileExtension(request_.FileName) == "lzh" && !ExtractLapFile()) return false;
-    if (request_.Type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
-    if (request_.FileData.size() > LargestFile(request_.Type)) {
+    if (request_.mode == KR_LOADMODE_NORMAL) model_->Clear();
+    if (FileExtension(request_.file_name) == "lzh" && !ExtractLapFile()) return false;
+    if (request_.type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
+    if (request_.file_data.size() > LargestFile(request_.type)) {
       return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
     }
-    if (request_.Type == KR_FILETYPE_IMPORT_ONLY && (request_.Mode & KR_LOADMODE_APPEND) == 0) {
+    if (request_.type == KR_FILETYPE_IMPORT_ONLY && (request_.mode & KR_LOADMODE_APPEND) == 0) {
       SetErrorText(ResourceText("RES_MESSAGE_FILE_APPEND_ONLY"));
       return false;
     }
     if (!LoadAndRank(start_progress)) return false;
-    model_->FileName = request_.FileName;
+    model_->FileName = request_.file_name;
     return true;
   }
 
@@ -112,7 +112,7 @@ class Load {
     std::string error;
     const auto folder = NewExtractionFolder(error);
     if (!folder) return Fail(kOpenError, kExtractArchive, error);
-    const auto files = ExtractArchive(request_.FileName, *folder, error);
+    const auto files = ExtractArchive(request_.file_name, *folder, error);
     if (!files) return Fail(kOpenError, kExtractArchive, error);
     std::vector<std::string> names;
     std::vector<std::string> paths;
@@ -123,27 +123,27 @@ class Load {
       paths.push_back(file.Path);
     }
     if (names.empty()) {
-      return Fail(kOpenError, kExtractArchive, request_.FileName + " holds no .lxm or .lap file");
+      return Fail(kOpenError, kExtractArchive, request_.file_name + " holds no .lxm or .lap file");
     }
     std::optional<std::size_t> chosen = 0;
-    if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.FileName, names);
+    if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.file_name, names);
     if (!chosen || *chosen >= paths.size()) {
       return Fail(kOpenError, kExtractArchive,
-                  request_.FileName + " holds several lap files and none was chosen");
+                  request_.file_name + " holds several lap files and none was chosen");
     }
-    request_.FileName = paths[*chosen];
+    request_.file_name = paths[*chosen];
     return true;
   }
 
   // The bytes of the file; nullopt when they cannot be read or are those of an archive.
   std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
     std::string error;
-    std::optional<std::string> bytes = ReadFile(request_.FileName, error, largest);
+    std::optional<std::string> bytes = ReadFile(request_.file_name, error, largest);
     const std::string_view archive = bytes ? KindOfArchive(*bytes) : "";
     if (archive == "LZH") {
-      error = request_.FileName + " is an LZH archive: its name has to end in .lzh";
+      error = request_.file_name + " is an LZH archive: its name has to end in .lzh";
     } else if (!archive.empty()) {
-      error = request_.FileName + " is a " + std::string(archive) + " archive: unpack it first";
+      error = request_.file_name + " is a " + std::string(archive) + " archive: unpack it first";
     }
     if (error.empty()) return bytes;
     Fail(kOpenError, operation, error);
@@ -152,17 +152,17 @@ class Load {
 
   // Finds out the type; false when the file cannot be read or is of none.
   bool Detect() {
-    const std::string extension = FileExtension(request_.FileName);
+    const std::string extension = FileExtension(request_.file_name);
     if (extension == "xml" || extension == "lxm") {
-      request_.Type = KR_FILETYPE_KELTRUN2;
+      request_.type = KR_FILETYPE_KELTRUN2;
       return true;
     }
-    if (!request_.FileData.empty()) {
-      request_.Type = DetectTextType(request_.FileData);
+    if (!request_.file_data.empty()) {
+      request_.type = DetectTextType(request_.file_data);
     } else if (!DetectFile()) {
       return false;
     }
-    if (request_.Type != KR_FILETYPE_UNKNOWN) return true;
+    if (request_.type != KR_FILETYPE_UNKNOWN) return true;
     SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
                  std::string(kDetectOperation));
     return false;
@@ -170,7 +170,7 @@ class Load {
 
   // What a reader added before an error counts, for the ranks too.
   bool LoadAndRank(const StartProgress& start_progress) {
-    if (!request_.RenewRanks || request_.Mode == KR_LOADMODE_NORMAL) {
+    if (!request_.renew_ranks || request_.mode == KR_LOADMODE_NORMAL) {
       return LoadByType(start_progress);
     }
     const RankRenewal ranks(*model_);
@@ -185,30 +185,30 @@ class Load {
     if (!bytes) return false;
     const bool is_large = bytes->size() > kLargestListFile;
     list_ = DecodeList(is_large ? std::string_view(*bytes).substr(0, kBeginning) : *bytes,
-                       request_.InputCharset);
-    request_.Type = DetectFileTextType(list_->Content.Text);
-    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+                       request_.input_charset);
+    request_.type = DetectFileTextType(list_->Content.Text);
+    if (request_.type == KR_FILETYPE_KELTRUN2) {
       bytes_ = std::move(bytes);
       list_.reset();
     } else if (is_large) {
       return Fail(kOpenError, kDetectOperation,
-                  request_.FileName + " is larger than a list can be: " +
+                  request_.file_name + " is larger than a list can be: " +
                       std::to_string(kLargestListFile >> 20) + " MiB");
     }
     return true;
   }
 
   bool LoadByType(const StartProgress& start_progress) {
-    if (request_.Type == KR_FILETYPE_KELTRUN2) {
+    if (request_.type == KR_FILETYPE_KELTRUN2) {
       return Guarded(kLoadKeltrun2, start_progress,
                      [this](ProgressReport& progress) { return LoadNative(progress); });
     }
-    if (request_.Type == KR_FILETYPE_IMPORT_ONLY) {
+    if (request_.type == KR_FILETYPE_IMPORT_ONLY) {
       return Guarded(kLoadImportOnly, start_progress,
                      [this](ProgressReport&) { return LoadUpdates(); });
     }
     for (const TextFormat& format : kTextFormats) {
-      if (format.type != request_.Type) continue;
+      if (format.type != request_.type) continue;
       return Guarded(format.operation, start_progress,
                      [&](ProgressReport& progress) { return LoadText(format, progress); });
     }
@@ -228,7 +228,7 @@ class Load {
       return loaded;
     } catch (const ProgressHandlerError& error) {
       Fail(kOpenError, operation, "a handler of Progress ended the load");
-      std::rethrow_exception(error.Cause);
+      std::rethrow_exception(error.cause);
     } catch (const std::exception& error) {
       return Fail(kOpenError, operation, error.what());
     }
@@ -236,27 +236,27 @@ class Load {
 
   // The name of the source in error texts.
   std::string SourceName() const {
-    return request_.FileName.empty() ? "FileData" : request_.FileName;
+    return request_.file_name.empty() ? "FileData" : request_.file_name;
   }
 
   bool LoadNative(ProgressReport& progress) {
     NativeReadResult read;
-    if (!request_.FileData.empty()) {
-      read = ReadNativeLapFile(request_.FileData, NativeSource::kText);
+    if (!request_.file_data.empty()) {
+      read = ReadNativeLapFile(request_.file_data, NativeSource::kText);
     } else {
       if (!bytes_) bytes_ = ReadBytes(kLoadKeltrun2, kLargestNativeFile);
       if (!bytes_) return false;
       read = ReadNativeLapFile(*bytes_, NativeSource::kFileBytes);
       bytes_.reset();
     }
-    if (read.Error) {
-      return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.Error));
+    if (read.error) {
+      return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.error));
     }
-    remarks_ = std::move(read.Remarks);
+    remarks_ = std::move(read.remarks);
     RemarkList more;
-    FeedModel(*model_, read.File, request_.Mode, progress, more);
+    FeedModel(*model_, read.file, request_.mode, progress, more);
     AddRemarks(more.Take());
-    if (request_.Mode == KR_LOADMODE_NORMAL) MakeSegments();
+    if (request_.mode == KR_LOADMODE_NORMAL) MakeSegments();
     return true;
   }
 
@@ -275,11 +275,11 @@ class Load {
 
   // The text of the request or of the file; nullopt when the file cannot be read.
   std::optional<ListText> TakeText(std::string_view operation) {
-    if (!request_.FileData.empty()) return ListText{{std::move(request_.FileData)}};
+    if (!request_.file_data.empty()) return ListText{{std::move(request_.file_data)}};
     if (list_) return std::exchange(list_, std::nullopt);
     const std::optional<std::string> bytes = ReadBytes(operation, kLargestListFile);
     if (!bytes) return std::nullopt;
-    return DecodeList(*bytes, request_.InputCharset);
+    return DecodeList(*bytes, request_.input_charset);
   }
 
   // The records of a text file; nullopt when it cannot be opened. What was read before an error in
@@ -291,7 +291,7 @@ class Load {
     std::string& text = list->Content.Text;
     const std::size_t blanked = BlankControlCharacters(text);
     ReadResult result = read(text);
-    remarks_ = std::move(result.Remarks);
+    remarks_ = std::move(result.remarks);
     if (blanked > 0) {
       AddNote(0, "control characters: " + std::to_string(blanked) + " read as blanks");
     }
@@ -318,25 +318,25 @@ class Load {
 
   bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
     if (!error) return true;
-    const std::string line = error->Line > 0 ? "line " + std::to_string(error->Line) + ": " : "";
-    return Fail(kOpenError, operation, SourceName() + ": " + line + error->Detail);
+    const std::string line = error->line > 0 ? "line " + std::to_string(error->line) + ": " : "";
+    return Fail(kOpenError, operation, SourceName() + ": " + line + error->detail);
   }
 
   bool LoadText(const TextFormat& format, ProgressReport& progress) {
     const auto read = Read(format.operation, format.read);
     if (!read) return false;
     RemarkList more;
-    FeedModel(*model_, read->Records, format.event_name, request_.Mode, progress, more);
+    FeedModel(*model_, read->records, format.event_name, request_.mode, progress, more);
     AddRemarks(more.Take());
     if (format.makes_segments) MakeSegments();
-    return Finish(format.operation, read->Error);
+    return Finish(format.operation, read->error);
   }
 
   bool LoadUpdates() {
     const auto read = Read(kLoadImportOnly, ReadImportOnly);
     if (!read) return false;
-    ApplyUpdates(*model_, read->Records.Updates, request_.Mode);
-    return Finish(kLoadImportOnly, read->Error);
+    ApplyUpdates(*model_, read->records.updates, request_.mode);
+    return Finish(kLoadImportOnly, read->error);
   }
 
   LoadRequest request_;

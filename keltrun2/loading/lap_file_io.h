@@ -23,12 +23,12 @@ using StartProgress = std::function<std::unique_ptr<ProgressReport>()>;
 
 /// What is to be loaded into the current model.
 struct LoadRequest {
-  std::string FileName;
-  KrLapFileTypeConst Type = KR_FILETYPE_AUTODETECT;
-  KrLapFileLoadModeCosnt Mode = KR_LOADMODE_NORMAL;
-  std::string FileData;                                // in place of the file when not empty; UTF-8
-  bool RenewRanks = false;                             // of an event that the load adds to
-  std::optional<Charset> InputCharset = std::nullopt;  // of a text file without a byte-order mark
+  std::string file_name;
+  KrLapFileTypeConst type = KR_FILETYPE_AUTODETECT;
+  KrLapFileLoadModeCosnt mode = KR_LOADMODE_NORMAL;
+  std::string file_data;     // in place of the file when not empty; UTF-8
+  bool renew_ranks = false;  // of an event that the load adds to
+  std::optional<Charset> input_charset = std::nullopt;  // of a text file without a byte-order mark
 };
 
 /// True when the file was loaded; else the error text says why, or is empty for a type that is only

@@ -13,7 +13,7 @@ namespace keltrun {
 
 /// A handler threw: what it threw ends the operation and goes to the host.
 struct ProgressHandlerError {
-  std::exception_ptr Cause;
+  std::exception_ptr cause;
 };
 
 /// Reports 0 percent when it is made and 100 when it is closed, once and with the window closed

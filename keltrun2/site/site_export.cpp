@@ -566,7 +566,7 @@ bool ExportSite(const SiteOptions& options, const StartProgress& start_progress)
     progress->Close();
   } catch (const ProgressHandlerError& error) {
     site.ReportFailures("a Progress handler ended the export");
-    std::rethrow_exception(error.Cause);
+    std::rethrow_exception(error.cause);
   }
   return true;
 }
