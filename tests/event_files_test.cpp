@@ -409,33 +409,33 @@ TEST_F(NativeFormat, AppendingKeepsTheHeaderAndJoinsClassesAndCourses) {
   // The class with another spelling, the two of the file, and the courses that are not used.
   EXPECT_EQ(
       Remarks(),
-      "course \"4\": there is a course of that number with other controls before it, which "
-      "counts|course \"5\": there is a course of that number with other controls before it, "
-      "which counts|class \"m 21\": is one with the class \"M 21\" that was there before: the "
-      "runners of both are in it|class \"w\": is one with the class \"W\" that was there "
+      "course \"4\": a course with this number but other controls was there before and is kept|"
+      "course \"5\": a course with this number but other controls was there before and is kept|"
+      "class \"m 21\": is merged with the class \"M 21\" that was there before: the "
+      "runners of both are in it|class \"w\": is merged with the class \"W\" that was there "
       "before: the runners of both are in it|");
 }
 
 TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
   const Rows<string, string> cases = {
-      {"<event date='soon'/>", R"(date "soon": is no date and is left out)"},
+      {"<event date='soon'/>", R"(date "soon": is not a date and is ignored)"},
       {"<meta><file type='create' application='T' date='x'/></meta>",
-       R"(date "x": is no date and is left out)"},
+       R"(date "x": is not a date and is ignored)"},
       {"<courses><course number='1a' controls='51'><control index='x' unit-number='1'/></course>"
        "</courses>",
-       R"(number "1a": is no valid number, its leading digits count, else 0|)"
-       R"(controls "51": is no number of controls from 0 to 50, the nearest one counts|)"
+       R"(number "1a": is not a valid number; its leading digits are used, or 0|)"
+       R"(controls "51": is not a number of controls from 0 to 50; the nearest one is used|)"
        R"(control "x": has no index from 1 to 50 and is dropped)"},
       {"<courses><course number='4' controls='1'><control index='2' unit-number='x'/></course>"
        "</courses>",
-       R"(unit-number "x": is no valid number, its leading digits count, else 0|)"
-       R"(course "4": has more controls than its attribute "controls" says, they are not used)"},
+       R"(unit-number "x": is not a valid number; its leading digits are used, or 0|)"
+       R"(course "4": has more controls than its attribute "controls" says; the others are not used)"},
       {"<classes><class name='A' controls='60' length='4,5km'/></classes>",
-       R"(controls "60": is no number of controls from 0 to 49, the nearest one counts|)"
-       R"(length "4,5km": is no valid number, its leading digits count, else 0)"},
+       R"(controls "60": is not a number of controls from 0 to 49; the nearest one is used|)"
+       R"(length "4,5km": is not a valid number; its leading digits are used, or 0)"},
       {"<classes><class name='A'><runner id='2147483648' start='2025/10/18'/></class></classes>",
-       R"(id "2147483648": is no valid number, its leading digits count, else 0|)"
-       R"(start "2025/10/18": is no time and is left out)"}};
+       R"(id "2147483648": is not a valid number; its leading digits are used, or 0|)"
+       R"(start "2025/10/18": is not a time and is ignored)"}};
   for (const auto& [content, expected] : cases) {
     Load("<keltrun>" + content + "</keltrun>");
     EXPECT_EQ(Remarks(), expected + "|");
@@ -445,8 +445,8 @@ TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
       "\n<leg index='1' laptime='-00:03:00'/>\n<leg index='2' laptime='2025/10/18'/>"
       "<leg index='3' laptime='-'/><leg index='4'/><leg index='51' laptime='0:01:00'/>");
   EXPECT_EQ(LapsOf(*runner), (std::vector<long>{0, 0, 0, 0}));
-  EXPECT_EQ(Remarks(), R"(laptime "-00:03:00": is no time, the leg has no data|)"
-                       R"(laptime "2025/10/18": is no time, the leg has no data|)"
+  EXPECT_EQ(Remarks(), R"(laptime "-00:03:00": is not a time; the leg has no data|)"
+                       R"(laptime "2025/10/18": is not a time; the leg has no data|)"
                        R"(leg "51": has no index from 1 to 50 and is dropped|)");
   const auto& remarks = root_->FileControl()->LoadRemarks();
   EXPECT_EQ(remarks[0].Line * 100 + remarks[0].Column, 201);

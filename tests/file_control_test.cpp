@@ -170,8 +170,8 @@ TEST_F(FileControl, ClassesOfAFileThatBecomeOneAreARemark) {
     EXPECT_EQ(root_->ClassData(1)->LapCount(), 2);
     // A merge joins classes of the same name on purpose.
     ASSERT_EQ(files_->LoadRemarks().size(), 1U);
-    EXPECT_TRUE(
-        files_->LoadRemarks()[0].Text.starts_with(R"(class "h21": is one with the class "H21")"));
+    EXPECT_TRUE(files_->LoadRemarks()[0].Text.starts_with(
+        R"(class "h21": is merged with the class "H21")"));
   }
 }
 
@@ -188,7 +188,7 @@ TEST_F(FileControl, ListsTellTheirCharsetOrAreToldIt) {
   EXPECT_EQ(read(""), "Jörg Müller|encoding: neither UTF-8 nor Shift-JIS, read as Win");
   EXPECT_EQ(read("ISO-8859-1"), "Jörg Müller");
   EXPECT_EQ(read("utf-8"),
-            "J\uFFFDrg M\uFFFDller|encoding: bytes from here on that are no UTF-8 sho");
+            "J\uFFFDrg M\uFFFDller|encoding: from here on, bytes that are not UTF-8 a");
   EXPECT_EQ(files_->LoadRemarks()[0].Line, 2);
   EXPECT_THROW(files_->SetInputCharset("klingon"), AutomationError);
   EXPECT_EQ(files_->InputCharset(), "utf-8");
@@ -442,15 +442,15 @@ courses with their controls: 2, not written, the format has no place for them
 card numbers: 1, not written, the format has no place for them
 runners with disqualified legs: 1, written as legs without data
 runners with laps in fractions of a second: 1, rounded to whole seconds
-text "Ä10": has characters that Shift-JIS does not have, "?" stands for them (and 1 more)
-text "OK, Brno": has commas or line breaks, other characters stand for them
+text "Ä10": has characters that Shift-JIS does not have, written as "?" (and 1 more)
+text "OK, Brno": has commas or line breaks, written as other characters
 class "Ö10": is written as "?10" like the class "Ä10", they will be read as one
 )");
   EXPECT_EQ(told("a.xml"), R"(class "Ä10": runners without a result: 1, not written
 course "2": no class with results runs it, not written
 results other than times and DNS: 1, all written as Disqualified
-runners with legs that were skipped, have no data or are disqualified: 1, the format does not tell which
-ranks that are no number: 1, all written as NotCompeting
+runners with legs that were skipped, have no data or are disqualified: 1, the format does not say which
+ranks that are not numbers: 1, all written as NotCompeting
 names of more than two parts: 1, only the first two parts are written
 runners with laps in fractions of a second: 1, rounded to whole seconds
 terrain, memo and file name of the event: not written, the format has no place for them

@@ -6,7 +6,7 @@
 namespace keltrun {
 namespace {
 
-// The reference lap is the mean of at most this many.
+// The reference lap is the mean of at most this many laps.
 constexpr std::size_t kReferenceLaps = 3;
 
 }  // namespace

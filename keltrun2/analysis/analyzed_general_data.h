@@ -1,4 +1,4 @@
-// What the analysis found out about the course of a data set.
+// What the analysis computed for the legs of a data set.
 #pragma once
 
 #include <array>
@@ -10,24 +10,25 @@
 
 namespace keltrun {
 
-/// Per-leg figures of a whole data set. Legs run from 1 to 51, index 0 is never filled; an index
-/// outside 0 to 51 raises subscript out of range (9). A new Execute makes a new object: one that
-/// was kept keeps its figures.
+/// The figures of a data set, leg by leg. Legs are numbered from 1 to 51; index 0 exists but is
+/// never filled. An index outside 0 to 51 raises subscript out of range (9). Every Execute makes a
+/// new object, so an older one that was kept does not change.
 class KELTRUN2_API clsAnalyzedGeneralData {
  public:
   /// The highest leg.
   static constexpr std::int32_t kMostAnalyzedLegs = clsAnalyzedRunnerData::kMostAnalyzedLegs;
-  /// Positions kept of each leg's order.
+  /// The number of positions in the lap order of a leg that are kept.
   static constexpr std::int32_t kMostUpperLaps = 6;
 
   /// Estimated difficulty of the leg; null at index 0. Valid as long as this object lives.
   const clsPercentValue* LegDifficulty(std::int32_t LegIndex) const;
 
-  /// Whether a runner stands at the position (1 to 6) of the leg's lap order. Positions outside 0
-  /// to 6 raise subscript out of range (9).
+  /// Whether there is a runner at the position (1 to 6) in the lap order of the leg. A position
+  /// outside 0 to 6 raises subscript out of range (9).
   bool IsUpperLapExists(std::int32_t LegIndex, std::int32_t RankIndex) const;
 
-  /// The reference lap: mean of up to three best laps, in days; 0 when nobody has a valid lap.
+  /// The reference lap: the mean of the three best valid laps (of fewer, if there are not three),
+  /// in days; 0 when no runner has a valid lap.
   DateTime UpperLapAverage(std::int32_t LegIndex) const;
 
   /// Estimated share of the course on a leg: a factor, legs 1 to L sum to 1. Not a distance.
@@ -36,8 +37,8 @@ class KELTRUN2_API clsAnalyzedGeneralData {
   /// Sum of the reference laps.
   DateTime UpperLapTotal() const { return upper_lap_total_; }
 
-  /// The runner at the position (1 to 6) of the leg's lap order, or null. Errors as
-  /// IsUpperLapExists.
+  /// The runner at the position (1 to 6) in the lap order of the leg, or null. Raises the same
+  /// error as IsUpperLapExists.
   std::shared_ptr<clsAnalyzedRunnerData> UpperLapObject(std::int32_t LegIndex,
                                                         std::int32_t RankIndex) const;
 

@@ -1,4 +1,4 @@
-// Write access to the per-leg figures of a data set.
+// Write access to the figures of the legs of a data set.
 #pragma once
 
 #include <memory>
@@ -17,12 +17,13 @@ class AnalyzedGeneralInternal {
         std::move(runner);
   }
 
-  /// Leg 0 to 51, not checked.
+  /// The leg, from 0 to 51, is not checked.
   static clsPercentValue& Difficulty(clsAnalyzedGeneralData& general, std::int32_t leg) {
     return general.legs_[static_cast<std::size_t>(leg)].difficulty;
   }
 
-  /// From the upper laps of legs 1 to `legs`: the reference laps, their total and each leg's share.
+  /// Computes the reference laps, their total and the shares of legs 1 to `legs` from the upper
+  /// laps.
   static void CalcUpperLaps(clsAnalyzedGeneralData& general, std::int32_t legs);
 };
 

@@ -1,4 +1,4 @@
-// What the analysis found out about one runner.
+// What the analysis computed for one runner.
 #pragma once
 
 #include <array>
@@ -13,13 +13,12 @@
 
 namespace keltrun {
 
-/// One runner of an analyzer's data set. Legs are numbered from 1 to 51; index 0 exists and is
-/// never filled. Times are days, ratios are factors (1 = equal to the reference), ranks run from 1
-/// and 0 is none. An index outside 0 to 51 raises subscript out of range (9).
+/// One runner of the data set of an analyzer. Legs are numbered from 1 to 51; index 0 exists but is
+/// never filled. Times are in days, ratios are factors (1 means equal to the reference), and ranks
+/// start at 1, where 0 means no rank. An index outside 0 to 51 raises subscript out of range (9).
 ///
-/// A runner who missed controls has a range: the legs from the first missed one to the next that he
-/// punched, which only have a common time. That time stands as the lap of the last leg of the
-/// range.
+/// A runner who skipped controls has a range: the legs from the first skipped one to the next one
+/// with a time, which have only that time in common. It is the lap of the last leg of the range.
 class KELTRUN2_API clsAnalyzedRunnerData {
  public:
   /// The highest leg of an analysis: 50 controls and the finish. A record holds one leg less
@@ -86,28 +85,29 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   /// leg covers more.
   bool IsValidLapTime(std::int32_t Index) const { return Leg(Index).valid_lap; }
   /// Whether SplitTime is complete: no leg up to this one is disqualified or without data, except
-  /// legs on which nobody has data. A skipped leg does not break the split.
+  /// legs on which no runner has data. A skipped leg does not break the split.
   bool IsValidSplitTime(std::int32_t Index) const { return Leg(Index).valid_split; }
 
-  /// Rank in the set by result; empty for a runner without a time.
+  /// Rank by result in the data set; empty for a runner without a time.
   const std::string& RankInDataSet() const { return rank_in_data_set_; }
-  /// The official rank where at least two runners of the set have one, else RankInDataSet.
+  /// The official rank if at least two runners of the data set have one, otherwise RankInDataSet.
   const std::string& Rank() const { return rank_; }
 
-  // The values below are the runner's own objects: valid, and kept up to date, as long as the
-  // runner lives.
+  // The values below are objects of the runner: they are valid and up to date as long as the runner
+  // exists.
 
-  /// How many times the reference lap the runner needs on their best legs covering half the course.
+  /// The time of the runner over the reference laps, on their best legs that cover half of the
+  /// course.
   const clsPercentValue* CruiseSpeed() const { return &cruise_speed_; }
-  /// CruiseSpeed on the runner's best legs covering a fifth of the course, within its first part
-  /// (about half of it); 0 until `clsAnalyzer::ExtraAnalyze`.
+  /// The same for the best legs that cover a fifth of the course within its first part (about half
+  /// of it); 0 until `clsAnalyzer::ExtraAnalyze`.
   const clsPercentValue* FirstHalfCruiseSpeed() const { return &first_half_cruise_speed_; }
-  /// CruiseSpeed on the runner's best legs covering a fifth of the course, within its last part
-  /// (about half of it); 0 until `clsAnalyzer::ExtraAnalyze`.
+  /// The same for the best legs that cover a fifth of the course within its last part (about half
+  /// of it); 0 until `clsAnalyzer::ExtraAnalyze`.
   const clsPercentValue* SecondHalfCruiseSpeed() const { return &second_half_cruise_speed_; }
-  /// Split at the finish over the sum of the reference laps.
+  /// The split at the finish divided by the sum of the reference laps.
   const clsPercentValue* TotalTimeRelative() const { return &total_time_relative_; }
-  /// Lap over reference lap; of a range on its last leg. Null at index 0.
+  /// The lap divided by the reference lap; for a range, on its last leg. Null at index 0.
   const clsPercentValue* LapRelative(std::int32_t Index) const {
     return Index == 0 ? nullptr : &Leg(Index).lap_relative;
   }
@@ -123,9 +123,9 @@ class KELTRUN2_API clsAnalyzedRunnerData {
   /// The record's serial number, which no other runner of the event has.
   std::int32_t SerialNum() const { return other_data_->SerialNum(); }
 
-  /// Running total of the laps up to the leg, or a marker of LapTimeConst.
+  /// The sum of the laps up to the leg, or a marker of LapTimeConst.
   DateTime SplitTime(std::int32_t Index) const { return Leg(Index).split_time; }
-  /// Overrides SplitTime, which is computed only once, when the runner is added to the analyzer.
+  /// Overrides SplitTime, which is computed once, when the runner is added to the analyzer.
   void SetSplitTime(std::int32_t Index, DateTime Time) { Leg(Index).split_time = Time; }
   /// SplitTime as `clsTimeValue::ToString` shows a time.
   std::string SplitTimeToString(std::int32_t Index, std::string_view FormatExpression = "hh:nn:ss",
@@ -133,13 +133,13 @@ class KELTRUN2_API clsAnalyzedRunnerData {
                                 std::string_view SkipValue = kSkipText,
                                 std::string_view DisqValue = kDisqText) const;
 
-  /// The lap, with the time of a range shared among its legs; 0 for none.
+  /// The lap, where the time of a range is shared among its legs; 0 for none.
   DateTime ModifiedLapTime(std::int32_t Index) const { return Leg(Index).modified_lap_time; }
   /// Overrides ModifiedLapTime until the next `clsAnalyzer::Execute`.
   void SetModifiedLapTime(std::int32_t Index, DateTime Time) {
     Leg(Index).modified_lap_time = Time;
   }
-  /// Shows SplitTime, not ModifiedLapTime: the exports of cumulative times are made with it.
+  /// Shows SplitTime, not ModifiedLapTime, because the exports of cumulative times use it.
   std::string ModifiedLapTimeToString(std::int32_t Index,
                                       std::string_view FormatExpression = "hh:nn:ss",
                                       bool Compact = false,
@@ -147,7 +147,7 @@ class KELTRUN2_API clsAnalyzedRunnerData {
                                       std::string_view SkipValue = kSkipText,
                                       std::string_view DisqValue = kDisqText) const;
 
-  /// The split, inside ranges built from modified laps; 0 for none.
+  /// The split, which inside ranges is computed from modified laps; 0 for none.
   DateTime ModifiedSplitTime(std::int32_t Index) const { return Leg(Index).modified_split_time; }
   /// Overrides ModifiedSplitTime until the next `clsAnalyzer::Execute`.
   void SetModifiedSplitTime(std::int32_t Index, DateTime Time) {
@@ -161,27 +161,27 @@ class KELTRUN2_API clsAnalyzedRunnerData {
                                         std::string_view SkipValue = kSkipText,
                                         std::string_view DisqValue = kDisqText) const;
 
-  /// Time lost on the leg against the runner's own cruise speed; of a range on its last leg. Null
-  /// at index 0.
+  /// The time lost on the leg, measured against the cruise speed of the runner; for a range, on its
+  /// last leg. Null at index 0.
   const clsMissTimeValue* MissTime(std::int32_t Index) const {
     return Index == 0 ? nullptr : &Leg(Index).miss_time;
   }
-  /// Sum of the times lost, gains not counted.
+  /// The sum of the losses, without gains.
   const clsMissTimeValue* MissTimeTotal() const { return &miss_time_total_; }
-  /// MissTimeTotal over the sum of the modified laps.
+  /// MissTimeTotal divided by the sum of the modified laps.
   const clsPercentValue* MissRate() const { return &miss_rate_; }
-  /// The result without the share that MissRate says was lost.
+  /// The result reduced by MissRate: what it would be without losses.
   const clsTimeValue* TotalTimeWithoutMiss() const { return &total_time_without_miss_; }
 
   /// The record's name of the runner.
   const std::string& RunnerName() const { return other_data_->RunnerName; }
   /// The record's name of the runner's club.
   const std::string& ClubName() const { return other_data_->ClubName; }
-  /// The record's result; for a record without one the split at its last leg, when complete.
+  /// The result of the record. If it has none, the split at its last leg, provided it is complete.
   std::string Result() const;
   /// The official rank of the record.
   const std::string& ResultRank() const { return other_data_->Rank; }
-  /// Start time of day, 0 when unknown.
+  /// The start time as a time of day; 0 when unknown.
   DateTime StartTime() const { return other_data_->StartTime()->Value(); }
 
   /// The runner record itself, not a copy.

@@ -16,7 +16,7 @@ class AnalyzedRunnerInternal {
     return std::shared_ptr<clsAnalyzedRunnerData>(new clsAnalyzedRunnerData(std::move(record)));
   }
 
-  /// Leg 0 to 51, not checked.
+  /// The leg, from 0 to 51, is not checked.
   static LegFigures& Leg(clsAnalyzedRunnerData& runner, std::int32_t leg) {
     return runner.legs_[static_cast<std::size_t>(leg)];
   }

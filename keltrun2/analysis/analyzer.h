@@ -1,4 +1,4 @@
-// The split analysis of a set of runners.
+// The analysis of the runners of a data set.
 #pragma once
 
 #include <cstdint>
@@ -15,30 +15,32 @@
 
 namespace keltrun {
 
-/// How many finishers a map of loss profiles takes. Of more the distances would need over 100 MB.
+/// The minimum and maximum number of finishers on a loss map. The distances between more of them
+/// would take over 100 MB.
 inline constexpr std::int32_t kFewestOnMap = 5;
 inline constexpr std::int32_t kMostOnMap = 5000;
 
-/// Gathers the runners to be compared, analyses them and holds the results.
+/// Collects the runners to be compared, analyzes them and keeps the results.
 ///
 ///     auto analyzer = root->NewAnalyzer();
 ///     analyzer->AddClass("M21A");
 ///     analyzer->Execute();
 ///     for (int i = 1; i <= analyzer->Count(); ++i) show(*analyzer->Item(i));
 ///
-/// The full set holds every runner added, after Execute in result order. The selected set holds
-/// what is shown: everybody after Execute, then what the Select calls make of it.
+/// The full set has every runner that was added, in result order after Execute. The selected set
+/// has the runners that are shown: all of them after Execute, then what the Select functions make
+/// of it.
 class KELTRUN2_API clsAnalyzer : public DataSet {
  public:
   /// An empty set without a name, not executed.
   clsAnalyzer();
 
-  /// A course to show control codes from; the analysis does not read it. May be null.
+  /// The course whose control codes are shown, or null. The analysis does not use it.
   const std::shared_ptr<clsCourseData>& CourseData() const { return course_data_; }
-  /// Shows the control codes of this course from now on; null shows none.
+  /// Shows the control codes of this course from now on, or none for null.
   void SetCourseData(std::shared_ptr<clsCourseData> Course) { course_data_ = std::move(Course); }
 
-  /// True from Execute until a runner is added or the set cleared.
+  /// True from Execute until a runner is added or the set is cleared.
   bool IsExecuted() const { return is_executed_; }
 
   /// "5.2km ↑150m"; empty when the length is unknown.
@@ -49,7 +51,7 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// and subscript out of range (9) for more than 51 legs.
   void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
 
-  /// Back to a new set; CutOffRank and CourseData stay.
+  /// Removes everything, except that CutOffRank and CourseData stay.
   void Clear();
 
   /// Number of runners in the selected set.
@@ -65,27 +67,27 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// Never null; replaced by a new object at each Execute and Clear.
   const std::shared_ptr<clsAnalyzedGeneralData>& GeneralData() const { return general_; }
 
-  /// Analyses the full set over legs 1 to ControlCount + 1 (at least 1) and selects everybody.
+  /// Analyzes the full set on legs 1 to ControlCount + 1 (at least 1) and selects all runners.
   /// Raises subscript out of range (9), changing nothing, when ControlCount is above 50.
   void Execute();
 
-  /// After Execute: the runners' FirstHalfCruiseSpeed and SecondHalfCruiseSpeed, and the legs'
-  /// LegDifficulty. Selects everybody.
+  /// After Execute: computes FirstHalfCruiseSpeed and SecondHalfCruiseSpeed of the runners and
+  /// LegDifficulty of the legs. Selects all runners.
   void ExtraAnalyze();
 
-  /// How many runners of the full set have a time in Result: those that a map shows. Vesmer makes
-  /// one of kFewestOnMap to kMostOnMap of them.
+  /// The number of runners of the full set with a time in Result, which are those that a loss map
+  /// shows. Vesmer makes a map of kFewestOnMap to kMostOnMap of them.
   std::int32_t FinisherCount() const;
 
-  /// After Execute: places the runners of the full set on the map of loss profiles, VesmerX and
-  /// VesmerY, -100 to 100 on its wider axis. Runners who lost time on the same legs lie close
-  /// together; a runner without losses would lie at (0, 0), and those without a time in Result are
-  /// put there. Fewer finishers than a map takes keep their places; of more no map is made and all
-  /// are at (0, 0). The places stay until the next call.
+  /// After Execute: places the runners of the full set on the loss map, VesmerX and VesmerY, from
+  /// -100 to 100 on its wider axis. Runners who lost time on the same legs lie close together. A
+  /// runner without losses would lie at (0, 0), and runners without a time in Result are put there.
+  /// With fewer finishers than a map takes, they keep their places; with more, no map is made and
+  /// all are put at (0, 0). The places stay until the next call.
   void Vesmer();
 
-  /// Appends the first runner of that serial number to the selected set, also when he is there
-  /// already; unknown numbers are ignored.
+  /// Appends the first runner with that serial number to the selected set, even if they are already
+  /// in it. Unknown numbers are ignored.
   void SelectItem(std::int32_t SerialNum);
   /// Orders the selected set by result.
   void SelectSort();

@@ -1,4 +1,4 @@
-// What outputs read of an analyzer without reference counting.
+// Read access to an analyzer for outputs, without reference counting.
 #pragma once
 
 #include <algorithm>
@@ -13,13 +13,13 @@ class AnalyzerInternal {
 
   static const Runners& Selected(const clsAnalyzer& analyzer) { return analyzer.selected_; }
 
-  /// Number of legs: ControlCount + 1, within 1 to 51.
+  /// The number of legs: ControlCount + 1, limited to 1 to 51.
   static std::int32_t LegCount(const clsAnalyzer& analyzer) {
     return std::clamp(analyzer.ControlCount, 0, clsAnalyzedRunnerData::kMostAnalyzedLegs - 1) + 1;
   }
 
-  /// Codes of the controls at both ends of a leg (1 to the number of legs), 0 for none. The label
-  /// of the finish leg shows no code, and the course may have none there.
+  /// The codes of the controls at both ends of a leg (1 to the number of legs), 0 for none. The leg
+  /// to the finish has no code at its end: its label shows none, and the course may not have one.
   struct LegCodes {
     std::int32_t From;
     std::int32_t To;

@@ -9,9 +9,9 @@
 
 namespace keltrun {
 
-/// How many times the reference laps the runner needs on his best legs among `from` to `to`: as
-/// many as reach `share` of the course, the last of them included. 0 when he has no such leg.
-/// `order` is working memory that callers reuse.
+/// The time of the runner over the reference laps, on their best legs among `from` to `to`. The
+/// legs are added up from the best one until they cover `share` of the course. 0 when the runner
+/// has no such leg. `order` is working memory that callers reuse.
 double SpeedOnBestLegs(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
                        std::int32_t from, std::int32_t to, double share,
                        CclsSort<std::int32_t>& order);

@@ -43,7 +43,7 @@ void DataSet::ClearHead() {
   Climb = 0;
 }
 
-// Nothing is added unless everything can be. Classes that do not exist are skipped.
+// Adds nothing unless everything can be added. Null pointers, for unknown classes, are skipped.
 void DataSet::AddClasses(const std::vector<std::shared_ptr<clsClassData>>& classes) {
   for (const auto& klass : classes) {
     if (!klass) continue;

@@ -12,12 +12,12 @@
 
 namespace keltrun {
 
-/// The head of a data set and the ways to fill it from the current event.
+/// The facts about a data set and the functions that fill it from the current event.
 class KELTRUN2_API DataSet {
  public:
-  /// Base name of the files that outputs write for the set; safe in file names.
+  /// Base name of the files that outputs write for the data set; safe as a file name.
   std::string DataSetFileName;
-  /// Whether the set holds several classes or was named by the host.
+  /// Whether the data set has several classes or was named by the host.
   bool DataSetIsMix = false;
   /// Number of controls of the course; the set has ControlCount + 1 legs.
   std::int32_t ControlCount = 0;
@@ -27,17 +27,17 @@ class KELTRUN2_API DataSet {
 
   virtual ~DataSet() = default;
 
-  /// Adds the runners of the class of that name (letter case ignored) in the current event; an
-  /// unknown class is ignored. The first class names the set, each further one is joined to the
-  /// name with "/" and makes the set a mix. Course facts are taken over when not 0. Raises what
-  /// AddLap raises for any of the runners, and has then changed nothing.
+  /// Adds the runners of the class with that name in the current event; letter case is ignored, and
+  /// an unknown class is ignored. The first class names the data set. Each further one is added to
+  /// the name after "/" and makes the data set a mix. Course facts that are not 0 are taken over.
+  /// Raises what AddLap raises for any of the runners, and changes nothing then.
   void AddClass(std::string_view ClassName);
-  /// Adds the class at a position of the current event, from 1, in the same way.
+  /// Adds the class at a position in the current event, from 1, in the same way.
   void AddClass(std::int32_t ClassNumber);
 
-  /// Adds every class that runs the course, in class order. Ignored for 0 and below. Raises what
-  /// AddLap raises for any of the runners, and object not set (91) when there is no root object; it
-  /// has then changed nothing.
+  /// Adds every class that runs the course, in class order. Numbers below 1 are ignored. Raises
+  /// what AddLap raises for any of the runners, and object not set (91) when there is no root
+  /// object, and changes nothing then.
   void AddCourse(std::int32_t CourseNum);
 
   /// Adds one runner. The record is shared, not copied.
@@ -45,7 +45,7 @@ class KELTRUN2_API DataSet {
 
   /// The name of the set: its classes joined by "/", or what the host called it.
   const std::string& DataSetName() const { return name_; }
-  /// Names the set, marks it as a mix and derives DataSetFileName from the name.
+  /// Names the data set, makes it a mix and derives DataSetFileName from the name.
   void SetDataSetName(std::string_view Name);
 
  protected:
@@ -56,7 +56,7 @@ class KELTRUN2_API DataSet {
   /// The copy shares the runners.
   DataSet& operator=(const DataSet&) = default;
 
-  /// Back to the state of a new set, CutOffRank excepted.
+  /// Restores the state of a new data set, except for CutOffRank.
   void ClearHead();
 
  private:

@@ -1,4 +1,4 @@
-// What the component does with a data set and a host may not.
+// What the library can do with a data set and a host cannot.
 #pragma once
 
 #include <memory>
@@ -10,7 +10,7 @@ namespace keltrun {
 
 class DataSetInternal {
  public:
-  /// Adds classes themselves, whichever event is the current one.
+  /// Adds these classes, whether or not their event is the current one.
   static void AddClasses(DataSet& set, const std::vector<std::shared_ptr<clsClassData>>& classes) {
     set.AddClasses(classes);
   }

@@ -13,18 +13,18 @@ namespace {
 
 using Figures = AnalyzedRunnerInternal;
 
-// The first part of the course ends, and the last one begins, with the leg on which these shares of
-// the course are reached.
+// The shares of the course at which its first part ends and its last part begins, each with the leg
+// on which the share is reached.
 constexpr float kFirstPartShare = 0.4F;
 constexpr float kLastPartShare = 0.6F;
 
-// The speed on a part is taken over its best legs covering this share of the course.
+// The speed on a part comes from its best legs that together cover this share of the course.
 constexpr double kSpeedShare = 0.2;
 
-// The slowest fifth of a leg says more about the runners than about the leg.
+// The slowest fifth of the laps says more about the runners than about the leg.
 constexpr double kCountedShare = 0.8;
 
-// Stands for the variance of a leg that too few runners show.
+// The variance of a leg with too few runners.
 constexpr double kUnknownVariance = 1;
 
 }  // namespace
@@ -35,7 +35,7 @@ void ExtraAnalysis::Run() {
   CalcDifficulties();
 }
 
-// The parts overlap: the last one takes in the leg before the one that reaches its share.
+// The parts overlap: the last one begins one leg before the leg that reaches its share.
 void ExtraAnalysis::FindParts() {
   first_part_end_ = 0;
   last_part_begin_ = 1;
@@ -48,7 +48,7 @@ void ExtraAnalysis::FindParts() {
       break;
     }
   }
-  // Fewer legs than were executed may not reach the share.
+  // The legs may not reach the share when there are fewer of them than in the split analysis.
   if (first_part_end_ == 0) first_part_end_ = legs_;
 }
 
@@ -66,7 +66,7 @@ double ExtraAnalysis::PartSpeed(const clsAnalyzedRunnerData& runner, std::int32_
   return SpeedOnBestLegs(runner, general_, from, to, kSpeedShare, order_);
 }
 
-// Difficult is a leg on which the runners lose very different shares of their time.
+// A leg is difficult when the runners lose very different shares of their time on it.
 void ExtraAnalysis::CalcDifficulties() {
   double total = 0;
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
@@ -88,7 +88,7 @@ bool ExtraAnalysis::ShowsDifficulty(const clsAnalyzedRunnerData& runner, std::in
          Figures::Leg(runner, legs_).split_time > 0;
 }
 
-// The sums are of single precision, and so are the difficulties that follow from them.
+// The sums have single precision, and the difficulties depend on that.
 double ExtraAnalysis::LossVariance(std::int32_t leg) const {
   float sum = 0;
   float squares = 0;

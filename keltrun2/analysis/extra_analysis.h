@@ -1,4 +1,4 @@
-// Figures beyond the split analysis: cruise speeds on parts of the course, difficulty of the legs.
+// What follows the split analysis: cruise speeds on parts of the course, difficulty of the legs.
 #pragma once
 
 #include <cstdint>
@@ -11,13 +11,13 @@
 
 namespace keltrun {
 
-/// One run over an executed set; the results go into the runners and `general`. Of a set that was
-/// not executed the speeds are 0 and every leg is as difficult as the others.
+/// One run over a data set after the split analysis; the results go into the runners and `general`.
+/// Without a split analysis the speeds are 0 and all legs are equally difficult.
 class ExtraAnalysis {
  public:
   using Runners = std::vector<std::shared_ptr<clsAnalyzedRunnerData>>;
 
-  /// Legs 1 to `legs` (1 to 51) are looked at.
+  /// Uses legs 1 to `legs` (1 to 51).
   ExtraAnalysis(const Runners& runners, std::int32_t legs, clsAnalyzedGeneralData& general)
       : runners_(runners), legs_(legs), general_(general) {}
 

@@ -19,7 +19,7 @@ std::shared_ptr<clsLapData> At(Order& order, std::int32_t index) {
 
 }  // namespace
 
-// A data set in result order; the key is the result sort key.
+// Runners in result order, by ResultSortKey.
 struct clsResultsHolder::Order : CclsSort<std::shared_ptr<clsLapData>> {};
 
 clsResultsHolder::clsResultsHolder()

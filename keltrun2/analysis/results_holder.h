@@ -11,7 +11,7 @@
 
 namespace keltrun {
 
-/// The runners of one or more classes in result order, with their rank in the set.
+/// The runners of one or more classes in result order, with their ranks in the data set.
 ///
 ///     auto results = root->NewResultsHolder();
 ///     results->AddClass("M21A");
@@ -19,8 +19,8 @@ namespace keltrun {
 ///     for (int i = 1; i <= results->Count(); ++i)
 ///       print(results->RankInDataSet(i), results->Item(i)->RunnerName);
 ///
-/// The full set holds every runner added, the selected set those that are shown; both are in result
-/// order at any time. Ranks hold until the next adding or selecting.
+/// The full set has every runner that was added, the selected set those that are shown. Both are
+/// always in result order. Ranks are valid until runners are added or selected.
 class KELTRUN2_API clsResultsHolder : public DataSet {
  public:
   /// An empty set without a name.
@@ -34,7 +34,7 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   /// null.
   void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
 
-  /// Back to a new set; CutOffRank and RankIsAvalilable stay.
+  /// Removes everything, except that CutOffRank and RankIsAvalilable stay.
   void Clear();
 
   /// Number of runners in the selected set.
@@ -46,8 +46,8 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   /// before CalcRank. Raises subscript out of range (9) outside 1 to Count.
   std::string RankInDataSet(std::int32_t Index) const;
 
-  /// Numbers both sets (1, 2, 2, 4) and finds out whether the official ranks can be used. Does
-  /// nothing when nobody is selected.
+  /// Ranks both sets (1, 2, 2, 4) and checks whether the official ranks can be used. Does nothing
+  /// when no runner is selected.
   void CalcRank();
 
   /// True when at least two selected runners have an official rank.
@@ -58,7 +58,7 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   /// The record at a position of the full set; null outside 1 to FullSetCount.
   std::shared_ptr<clsLapData> FullSetItem(std::int32_t Index) const;
 
-  /// Adds every runner of that serial number to the selected set, also when he is there already.
+  /// Adds every runner with that serial number to the selected set, even if they are already in it.
   void SelectItem(std::int32_t SerialNum);
   /// Selects every runner of the full set once.
   void SelectAll();

@@ -12,7 +12,8 @@
 namespace keltrun {
 namespace {
 
-// When the runner reached the run's first control: the sum of his times up to there.
+// Sets the time at which the runner reached the first control of the run: their start time and the
+// laps up to there.
 void CopyStartTime(const clsLapData& runner, std::int32_t start, clsLapData& copy) {
   if (runner.StartTime()->Value() == 0) return;
   if (start == 0) {
@@ -27,7 +28,7 @@ void CopyStartTime(const clsLapData& runner, std::int32_t start, clsLapData& cop
   copy.StartTime()->SetValue(time);
 }
 
-// The result is the sum of the laps when the runner has all of them.
+// The result is the sum of the laps if the runner has all of them.
 void CopyLaps(const clsLapData& runner, std::int32_t start, std::int32_t legs, clsLapData& copy) {
   DateTime sum = 0;
   bool complete = true;
@@ -40,7 +41,7 @@ void CopyLaps(const clsLapData& runner, std::int32_t start, std::int32_t legs, c
   copy.SetResult(complete ? FormatTime(sum, "h:nn:ss", false) : "N/A");
 }
 
-// A record of the run's legs alone, in no class. It keeps the runner's serial number.
+// A record with only the legs of the run, which is in no class. It keeps the serial number.
 std::shared_ptr<clsLapData> SegmentLap(const clsLapData& runner, std::int32_t start,
                                        std::int32_t legs) {
   auto copy = std::make_shared<clsLapData>();
@@ -64,11 +65,11 @@ template <typename Set>
 std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
   auto set = std::make_shared<Set>();
   set->ControlCount = segment.ControlCount;
-  // Courses of 50 controls can share 51 legs; no record has a lap of the last one.
+  // Courses with 50 controls can share 51 legs, but no record has a lap for the last one.
   const std::int32_t legs = std::min(segment.ControlCount + 1, clsLapData::kMostLegs);
   const auto model = CurrentModel("clsSegmentData");
   for (const std::string& target : segment.TargetClassList) {
-    const std::size_t separator = target.rfind(';');  // a class name may hold one itself
+    const std::size_t separator = target.rfind(';');  // a class name can contain one
     if (separator == std::string::npos) continue;
     const auto klass = model->ClassByName(std::string_view(target).substr(0, separator));
     if (!klass) continue;

@@ -24,7 +24,7 @@ using Codes = std::vector<std::int32_t>;
 
 // A position in a course.
 struct Place {
-  std::uint32_t course;    // its place in the course list
+  std::uint32_t course;    // its index in the course list
   std::uint32_t position;  // 0 is the start
 
   friend auto operator<=>(const Place&, const Place&) = default;
@@ -33,7 +33,7 @@ struct Place {
 // A run of codes that courses share.
 struct Run {
   Codes codes;
-  std::vector<Place> places;  // where courses have it, in the order in which they are found
+  std::vector<Place> places;  // where it occurs, in the order in which the places are found
 };
 
 Codes CodesOf(const clsCourseData& course) {
@@ -46,8 +46,8 @@ Codes CodesOf(const clsCourseData& course) {
 
 using ClassesByCourse = std::unordered_map<std::int32_t, std::vector<std::string>>;
 
-// Finds the runs from the places that begin alike, a code longer each time: two places have the
-// codes in common up to where they part. The work is that of reading each course from each of its
+// Finds the runs by parting the places of all courses code by code: two places have the codes in
+// common up to where they part. This takes as much work as reading each course from each of its
 // positions, however many courses agree.
 class RunFinder {
  public:
@@ -59,8 +59,8 @@ class RunFinder {
     }
   }
 
-  // All shared runs with their places, in the order in which walking through the courses finds
-  // them: course, position, later course, position there.
+  // All shared runs with their places, in the order of a walk through the courses: by course,
+  // position, later course and position there.
   std::vector<Run> Find() {
     std::vector<Place> all;
     for (std::size_t course = 0; course < codes_.size(); ++course) {
@@ -75,7 +75,8 @@ class RunFinder {
     return std::move(runs_);
   }
 
-  // Runs of fewer codes were left out, because there are too many.
+  // The length of the shortest runs that were kept. Shorter runs were left out because of the
+  // limit.
   std::size_t FewestCodes() const { return fewest_codes_; }
 
  private:
@@ -93,8 +94,8 @@ class RunFinder {
     });
   }
 
-  // Takes places in ascending order that agree in `length` codes, and parts them by what follows.
-  // Where a course ends, nothing follows: such a place is a branch of its own.
+  // Takes places in ascending order that have `length` codes in common and parts them by the next
+  // code. A place where the course ends has no next code and is a branch of its own.
   void Part(std::vector<Place> places, std::size_t length) {
     if (places.empty() || places.front().course == places.back().course) return;
     while (GoOnAlike(places, length)) ++length;
@@ -111,7 +112,7 @@ class RunFinder {
       branch_of_place.push_back(branch);
     }
     if (length >= fewest_codes_) AddRun(places, branch_of_place, length);
-    places = {};  // the branches hold them
+    places = {};  // the branches have them now
     for (auto& branch : branches) Part(std::move(branch), length + 1);
   }
 
@@ -136,8 +137,8 @@ class RunFinder {
     ++fewest_codes_;
   }
 
-  // A place matches those of later courses in other branches. Each place with a match lists itself
-  // and then its matches.
+  // A place matches the places of later courses in other branches. The list has each place with a
+  // match, followed by its matches.
   static std::vector<Place> ListPlaces(const std::vector<Place>& places,
                                        const std::vector<std::size_t>& branches) {
     const auto last_other =
@@ -156,8 +157,9 @@ class RunFinder {
       if (!listed[i]) list.push_back(places[i]);
       listed[i] = true;
     };
-    // The matches of the first such place are all later ones outside its branch, those of the first
-    // in another branch all later ones in the first one's: no place has more.
+    // The matches of the first such place are all later places outside its branch. Those of the
+    // first place of another branch are all later places in the first branch. No other place adds
+    // any.
     std::vector<std::size_t> walked;
     for (std::size_t i = 0; i < places.size(); ++i) {
       if (!has_match(i)) continue;
@@ -171,22 +173,22 @@ class RunFinder {
     return list;
   }
 
-  std::vector<Codes> codes_;                    // of each course, start and finish included
-  std::vector<std::size_t> entries_of_course_;  // in the lists of a segment for each place
+  std::vector<Codes> codes_;  // the codes of each course, start and finish included
+  std::vector<std::size_t> entries_of_course_;  // for each place, in the lists of a segment
   std::vector<Run> runs_;
-  std::size_t entries_ = 0;  // of all runs, and of those of a length
+  std::size_t entries_ = 0;  // of all runs and, below, of the runs of each length
   std::array<std::size_t, kLongestRun + 1> entries_of_length_{};
   std::size_t fewest_codes_ = kShortestRun;
 };
 
-// The places of a run in course order, counted from the first of them: runs of which one lies
-// inside the other at every place have the same outline.
+// The places of a run in course order, relative to the position of the first one. Two runs have the
+// same outline if one of them lies inside the other at every place.
 std::vector<Place> Outline(const Run& run) {
   std::vector<Place> outline = run.places;
   std::sort(outline.begin(), outline.end());
   const std::uint32_t origin = outline.front().position;
   for (Place& place : outline)
-    place.position -= origin;  // wraps below 0, the same for equal shifts
+    place.position -= origin;  // wraps around below 0, in the same way for equal shifts
   return outline;
 }
 
@@ -194,8 +196,8 @@ std::size_t FirstPosition(const Run& run) {
   return std::min_element(run.places.begin(), run.places.end())->position;
 }
 
-// Whether the inner run, of the same outline, lies inside the outer one: at the place of its first
-// occurrence among the outer codes.
+// Whether a run lies inside another one with the same outline. Its first occurrence among the codes
+// of the outer run decides.
 bool LiesInside(const Run& inner, const Run& outer) {
   const auto found =
       std::search(outer.codes.begin(), outer.codes.end(), inner.codes.begin(), inner.codes.end());
@@ -204,7 +206,7 @@ bool LiesInside(const Run& inner, const Run& outer) {
   return FirstPosition(inner) == FirstPosition(outer) + offset;
 }
 
-// Removes each run that lies inside one listed before it.
+// Removes each run that lies inside an earlier one of the list.
 void RemoveContained(std::vector<Run>& runs) {
   std::map<std::vector<Place>, std::vector<std::size_t>> by_outline;
   for (std::size_t i = 0; i < runs.size(); ++i) by_outline[Outline(runs[i])].push_back(i);
@@ -260,13 +262,13 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
   for (const Place& place : run.places) {
     const std::int32_t course = model.Courses()[place.course]->CourseIndex();
     const std::string position = std::to_string(place.position);
-    const std::string behind_name = ";" + position;
+    const std::string suffix = ";" + position;
     segment->TargetCourseTable.push_back(std::to_string(course) + "\t" + position);
     const auto found = classes.find(course);
     if (found == classes.end()) continue;
     for (const std::string& name : found->second) {
-      if (!listed.insert(name).second) continue;  // a class keeps its first entry
-      segment->TargetClassList.push_back(name + behind_name);
+      if (!listed.insert(name).second) continue;  // only the first entry of a class is kept
+      segment->TargetClassList.push_back(name + suffix);
     }
   }
   return segment;
@@ -281,7 +283,7 @@ void MakeSegmentSets(EventModel& model) {
   }
   RunFinder finder(model, classes);
   std::vector<Run> runs = finder.Find();
-  RemoveContained(runs);  // either of two runs may lie inside the other
+  RemoveContained(runs);  // either of two runs can lie inside the other
   std::reverse(runs.begin(), runs.end());
   RemoveContained(runs);
 

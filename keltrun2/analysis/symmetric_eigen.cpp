@@ -24,7 +24,7 @@ Eigenpair MakePair(double value, const VectorXd& vector) {
   return {value, std::vector<double>(vector.begin(), vector.end())};
 }
 
-// Makes a symmetric matrix diagonal by rotations in two axes at a time, and collects them.
+// Makes a symmetric matrix diagonal by rotations in two axes at a time, and accumulates them.
 class JacobiSolver {
  public:
   explicit JacobiSolver(const Eigen::Map<MatrixXd>& matrix)
@@ -33,7 +33,7 @@ class JacobiSolver {
         threshold_(std::max(kThreshold * matrix.cwiseAbs().rowwise().sum().maxCoeff(),
                             std::numeric_limits<double>::min())) {}
 
-  // The threshold passes every element in a few hundred sweeps, so this ends.
+  // The threshold grows beyond every element within a few hundred sweeps, so this ends.
   void Run() {
     for (int sweep = 1; sweep <= kMostSweeps && LargestOffDiagonal() >= threshold_; ++sweep) {
       Sweep();
@@ -72,12 +72,12 @@ class JacobiSolver {
       for (Index q = p + 1; q < matrix_.rows(); ++q) {
         if (std::fabs(matrix_(q, p)) >= threshold_) Rotate(p, q);
       }
-      // Until here nothing has read the row.
+      // Nothing has read the row up to this point.
       matrix_.row(p) = matrix_.col(p).transpose();
     }
   }
 
-  // Turns axes p and q by at most 45 degrees, so that their common element becomes 0.
+  // Rotates axes p and q by at most 45 degrees, so that their common element becomes 0.
   void Rotate(Index p, Index q) {
     const double element = matrix_(q, p);
     const double half_difference = (matrix_(p, p) - matrix_(q, q)) / 2;
@@ -98,16 +98,17 @@ class JacobiSolver {
     matrix_.row(q) = matrix_.col(q).transpose();
   }
 
-  Eigen::Map<MatrixXd> matrix_;  // both halves are kept up to date: columns are quick to rotate
+  Eigen::Map<MatrixXd>
+      matrix_;  // both halves are kept up to date, because columns are fast to rotate
   MatrixXd vectors_;
   double threshold_;
 };
 
-// The block Lanczos method with full orthogonalization: the space of two vectors and their images,
-// images of images and so on soon holds the eigenvectors of the largest eigenvalues. Two vectors,
-// because the space of one shows an eigenvalue only once. The solver of a library (Spectra 1.0.1)
-// was tried and gives eigenvalues of 1e104 where few vectors span the space already, as they do
-// when all runners have the same profile.
+// The block Lanczos method with full orthogonalization. The space of two vectors, their images, the
+// images of the images and so on soon contains the eigenvectors of the largest eigenvalues. Two
+// vectors are needed because the space of one shows a double eigenvalue only once. A library solver
+// (Spectra 1.0.1) was tried; it returns eigenvalues of 1e104 when a few vectors already span the
+// space, which happens when all runners have the same profile.
 class LanczosSolver {
  public:
   explicit LanczosSolver(const SymmetricMatrix& matrix)
@@ -121,7 +122,7 @@ class LanczosSolver {
       block = images_.middleCols(count_ - added_, added_);
       if (step % kStepsBetweenChecks == 0 && IsFound()) return;
     }
-    Solve();  // the space is complete, or there is no room for more of it
+    Solve();  // the space is complete, or there is no room to extend it
   }
 
   TopEigenpairs Top() const {
@@ -136,13 +137,15 @@ class LanczosSolver {
  private:
   static constexpr Index kMostVectors = 240;
   static constexpr int kStepsBetweenChecks = 4;
-  static constexpr double kTolerance = 1e-7;     // of the largest eigenvalue; far below a pixel
-  static constexpr double kNoDirection = 1e-12;  // of a vector's length: in the space already
-  static constexpr double kRounding = 1e-15;     // of elements of about 1
+  static constexpr double kTolerance =
+      1e-7;  // of the largest eigenvalue, which is far below a pixel
+  static constexpr double kNoDirection =
+      1e-12;  // of the length of a vector, which is then in the space already
+  static constexpr double kRounding = 1e-15;  // of elements of about 1
 
   static Index Rows(const SymmetricMatrix& matrix) { return static_cast<Index>(matrix.Size()); }
 
-  // The same ones in every run.
+  // The start vectors are the same in every run.
   MatrixXd StartVectors() const {
     std::mt19937 random;
     MatrixXd vectors(basis_.rows(), kPairs);
@@ -152,8 +155,8 @@ class LanczosSolver {
     return vectors;
   }
 
-  // Adds what is new in the block to the basis, with its images. False when there is nothing new,
-  // or no room.
+  // Adds the new directions of the block to the basis, with their images. False when there is none
+  // or when there is no room.
   bool Extend(MatrixXd& block) {
     const Index before = count_;
     for (auto vector : block.colwise()) {
@@ -167,7 +170,7 @@ class LanczosSolver {
 
   void Add(Eigen::Ref<VectorXd> vector) {
     const auto known = basis_.leftCols(count_);
-    for (int pass = 0; pass < 2; ++pass) {  // the second clears what rounding left
+    for (int pass = 0; pass < 2; ++pass) {  // the second one removes what rounding left
       const double length = vector.norm();
       vector -= known * (known.transpose() * vector);
       if (!(vector.norm() > std::max(kNoDirection * length, kRounding))) return;
@@ -188,7 +191,7 @@ class LanczosSolver {
     }
   }
 
-  // The best approximations of the top eigenpairs that the space holds.
+  // Finds the best approximations of the top eigenpairs within the space.
   void Solve() {
     const auto basis = basis_.leftCols(count_);
     const auto images = images_.leftCols(count_);

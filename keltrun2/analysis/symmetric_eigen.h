@@ -8,8 +8,8 @@
 
 namespace keltrun {
 
-/// A symmetric matrix, held by columns of which only the part from the diagonal down is used: the
-/// rest is never touched and of a large matrix takes no memory.
+/// A symmetric matrix, stored by columns. Only the part from the diagonal down is used; the rest is
+/// never touched and, in a large matrix, takes no memory.
 class SymmetricMatrix {
  public:
   /// The elements are not initialized.
@@ -18,7 +18,7 @@ class SymmetricMatrix {
 
   std::size_t Size() const { return size_; }
 
-  /// The element of row i >= j is Column(j)[i].
+  /// Column(j)[i] is the element of row i, for i >= j.
   double* Column(std::size_t j) { return elements_.get() + j * size_; }
   const double* Column(std::size_t j) const { return elements_.get() + j * size_; }
 
@@ -27,23 +27,24 @@ class SymmetricMatrix {
   std::unique_ptr<double[]> elements_;
 };
 
-/// An eigenvector of length 1; empty, with the value 0, where none was found.
+/// An eigenvalue and its eigenvector of length 1. When none was found, 0 and an empty vector.
 struct Eigenpair {
   double value = 0;
   std::vector<double> vector;
 };
 
-/// The largest first.
+/// The pair with the largest eigenvalue comes first.
 using TopEigenpairs = std::array<Eigenpair, 2>;
 
-/// By Jacobi rotations, from the identity, so that the signs of the vectors do not depend on the
-/// solver's chance. Exact to about 1e-6 of the largest row sum of absolute values. The time grows
-/// with the cube of the size. The elements must be finite; the matrix is used up.
+/// Uses Jacobi rotations, starting from the identity, so that the signs of the vectors do not
+/// depend on chance. The error is about 1e-6 of the largest row sum of absolute values. The time
+/// grows with the cube of the size. The elements must be finite. Destroys the matrix.
 TopEigenpairs TopByJacobi(SymmetricMatrix&& matrix);
 
-/// By the block Lanczos method: fast for large matrices, the signs of the vectors mean nothing.
-/// Exact to 1e-7 of the largest eigenvalue; a pair that is not found in a bounded number of steps
-/// stays empty. The elements must be finite, and the trace about 1: what is very small counts as 0.
+/// Uses the block Lanczos method, which is fast for large matrices. The signs of the vectors mean
+/// nothing. The error is below 1e-7 of the largest eigenvalue; a pair that is not found within a
+/// limited number of steps is empty. The elements must be finite and the trace about 1, because
+/// very small values are taken as 0.
 TopEigenpairs TopByLanczos(const SymmetricMatrix& matrix);
 
 }  // namespace keltrun

@@ -13,9 +13,10 @@ namespace keltrun {
 namespace {
 
 constexpr std::size_t kMostTitles = 1000;
+constexpr std::string_view kIdeographicSpace = "\u3000";
 
-// The titles of a column: resource texts, the words of both languages (a list is read the same
-// whatever the language in use) and words that other programs use.
+// The titles of a column: resource texts, the words of both languages (so that a list is read in
+// the same way in either language) and words that other programs use.
 struct TitleRule {
   CsvColumn column;
   std::string_view normal_key;  // the normal title; empty: the title stays as it is
@@ -69,8 +70,8 @@ std::string_view FirstCharacter(std::string_view text) {
   return text.substr(0, end);
 }
 
-// The leg to the finish is the one behind the highest number. Its label and those of the others are
-// those that the lap file and the CSV outputs write.
+// The leg to the finish follows the highest number. All legs get the labels that the lap file and
+// the CSV outputs write.
 void NameLegs(CsvHeader& header) {
   for (CsvTitle& title : header.titles) {
     if (title.column != CsvColumn::kLeg) continue;
@@ -94,7 +95,6 @@ bool CellWalker::Next() {
 }
 
 bool IsBlankLine(std::string_view line, char separator) {
-  constexpr std::string_view kIdeographicSpace = "\u3000";
   while (!line.empty()) {
     const char c = line.front();
     if (c == separator || c == ',' || c == ' ' || c == '\0') {
@@ -113,9 +113,10 @@ bool CsvHeader::Has(CsvColumn column) const {
                      [column](const CsvTitle& title) { return title.column == column; });
 }
 
-// Where a leg cell begins and ends; a leg to the finish gets its number when all are known.
+// Where the leg of a title begins and ends. A leg to the finish gets its number once all legs are
+// known.
 struct CsvHeaderReader::LegEnds {
-  std::int32_t from = 0;  // 0: the start, or not named
+  std::int32_t from = 0;  // 0: the start, or not given
   std::int32_t to = 0;    // 0: the finish
 };
 
@@ -131,8 +132,8 @@ CsvHeaderReader::CsvHeaderReader()
   }
 }
 
-// A key that the resources lack gives no title: an empty cell names no column. Of equal titles the
-// first counts.
+// A key that the resources do not have adds no title, because an empty cell must not name a column.
+// When two columns have the same title, the first one keeps it.
 void CsvHeaderReader::AddTitle(CsvColumn column, std::string_view text, const std::string& normal) {
   std::string folded = Fold(text);
   if (folded.empty() || FindTitle(folded) != nullptr) return;
@@ -140,9 +141,8 @@ void CsvHeaderReader::AddTitle(CsvColumn column, std::string_view text, const st
   titles_.push_back({std::move(folded), column, normal});
 }
 
-// Every character that folds to the first one of a title, and the blank that folding takes away.
+// Every character that folds to the first one of a title, and the space that folding removes.
 void CsvHeaderReader::AddNameStart(std::string_view first) {
-  constexpr std::string_view kIdeographicSpace = "\u3000";
   for (const std::string& start : {std::string(first), LowerAscii(first), ToFullWidth(first),
                                    std::string(kIdeographicSpace)}) {
     name_starts_.push_back(start);
@@ -155,8 +155,8 @@ std::string CsvHeaderReader::Fold(std::string_view cell) const {
   return std::string(TrimSpaces(fold_width_ ? ToHalfWidth(upper) : upper));
 }
 
-// Every line of a list is asked. Nearly every cell is told from a title by its first byte, most of
-// the others by their first character.
+// This runs for every line of a list. The first byte shows for nearly every cell that it is not a
+// title, and the first character for most of the others.
 bool CsvHeaderReader::HasNameTitle(std::string_view line, char separator) const {
   std::size_t begin = 0;
   for (std::size_t position = 0; position < kMostTitles; ++position) {
@@ -235,7 +235,7 @@ std::string NormalizeCsvHeader(std::string_view line) {
   const std::optional<CsvHeader> header = CsvHeaderReader().Read(line);
   if (!header) return std::string(line);
   const bool adds_class = !header->Has(CsvColumn::kClass);
-  // The name could be moved out of the columns that are read.
+  // One more title could push the name out of the columns that are read.
   if (adds_class && header->titles.size() == kMostTitles) return std::string(line);
   std::string out;
   if (adds_class) out = ResourceText("RES_META_CSV_CLASS") + ",";

@@ -11,13 +11,13 @@
 
 namespace keltrun {
 
-/// Walks the cells of a line. There is no quoting: every separator separates.
+/// Walks the cells of a line. Quotes have no meaning here: every separator ends a cell.
 class CellWalker {
  public:
   explicit CellWalker(std::string_view line, char separator = ',')
       : rest_(line), separator_(separator) {}
 
-  /// Moves to the next cell; false behind the last one. An empty line has one empty cell.
+  /// Moves to the next cell; false after the last one. An empty line has one empty cell.
   bool Next();
   /// The cell without the blanks at its ends.
   std::string_view Cell() const { return cell_; }
@@ -32,10 +32,10 @@ class CellWalker {
   bool last_ = false;
 };
 
-/// True when a line holds nothing but separators, commas, blanks, ideographic spaces and NUL.
+/// Whether a line has nothing but separators, commas, blanks, ideographic spaces and NUL bytes.
 bool IsBlankLine(std::string_view line, char separator = ',');
 
-/// What a column of a comma-separated list holds.
+/// The columns of a comma-separated list that readers know.
 enum class CsvColumn : std::int32_t {
   kOther,
   kClass,
@@ -55,34 +55,34 @@ inline constexpr std::size_t kCsvColumnCount = static_cast<std::size_t>(CsvColum
 /// A cell of a header line.
 struct CsvTitle {
   CsvColumn column = CsvColumn::kOther;
-  std::int32_t leg = 0;  // of a leg column: 1 to 1,000
-  std::string text;      // the normal title; of other columns the title as it stands, folded
+  std::int32_t leg = 0;  // in a leg column, 1 to 1,000
+  std::string text;      // the normal title; in other columns, the folded title
 };
 
-/// A header line: the titles of the file's own columns, at most 1,000.
+/// A header line: the titles of the columns in the order of the file, at most 1,000.
 struct CsvHeader {
   std::vector<CsvTitle> titles;
   std::int32_t controls = 0;  // the highest number in leg columns
-  std::int32_t legs = 0;      // the highest leg of a column, 0 without leg columns
+  std::int32_t legs = 0;      // the highest leg, 0 without leg columns
 
   bool Has(CsvColumn column) const;
 };
 
-/// Recognises header lines. The titles are those of both languages, and the resource texts when it
-/// is made.
+/// Recognizes header lines. It knows the titles of both languages and the resource texts of the
+/// time when it is made.
 class CsvHeaderReader {
  public:
   CsvHeaderReader();
 
-  /// The header, when one whole cell of the line is a title of the name column; letter case of
-  /// ASCII letters is ignored and, where the language is Japanese, full width.
+  /// The header, when a cell of the line is a title of the name column. Case is ignored for ASCII
+  /// letters; when the language is Japanese, full-width characters equal the others.
   std::optional<CsvHeader> Read(std::string_view line, char separator = ',') const;
 
  private:
   struct Title {
     std::string folded;
     CsvColumn column;
-    std::string normal;  // empty: stays as it is
+    std::string normal;  // empty: the title stays as it is
   };
   struct LegEnds;
 
@@ -97,12 +97,12 @@ class CsvHeaderReader {
   bool fold_width_;
   std::string arrow_, start_, finish_;
   std::vector<Title> titles_;
-  std::vector<std::string> name_starts_;  // characters that a title of the name column begins with
+  std::vector<std::string> name_starts_;  // the first characters of the name titles
   std::array<bool, 256> starts_name_{};   // their first bytes
 };
 
-/// A header line with every title replaced by its normal one, led by the title of the class column
-/// when the line has none; any other line as it is.
+/// A header line with every title replaced by its normal one; a line without a class column gets
+/// one in front. Other lines are returned unchanged.
 std::string NormalizeCsvHeader(std::string_view line);
 
 }  // namespace keltrun

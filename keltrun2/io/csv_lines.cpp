@@ -11,13 +11,13 @@ namespace {
 constexpr std::string_view kLapFileMark = "$LAPFILE";
 constexpr char kQuote = '"';
 
-// Separates the cells of a line whose quotes are resolved: no cell holds it.
+// Separates the cells of a line whose quotes are resolved. No cell contains it.
 constexpr char kUnitSeparator = '\x1F';
 
-// Copies a line and resolves the quotes of its cells.
+// Copies a line, resolving the quotes of its cells.
 class Unquoter {
  public:
-  // Without remarks it looks ahead only.
+  // `remarks` is null when the line is only looked at ahead of its turn.
   Unquoter(const LineCursor& line, char separator, RemarkList* remarks)
       : lines_(line),
         rest_(line.Line()),
@@ -54,7 +54,7 @@ class Unquoter {
     rest_.remove_prefix(cell.size());
   }
 
-  // False, with nothing appended, when the quote opens no cell.
+  // False, with nothing appended, when the quote is an ordinary character.
   bool AppendQuoted(std::string& out, std::int32_t column) {
     const std::size_t start = out.size();
     LineCursor lines = lines_;
@@ -62,19 +62,20 @@ class Unquoter {
     if (!rest) {
       out.resize(start);
       Remark(RemarkSeverity::kWarning, column, rest_,
-             "a quote that does not close at the end of a cell, taken as a character");
+             "the quote is not closed at the end of a cell and is read as a character");
       return false;
     }
     if (lines.Number() > lines_.Number()) {
       Remark(RemarkSeverity::kNote, column, std::string_view(out).substr(start),
-             "goes on to line " + std::to_string(lines.Number()) + ", line breaks read as blanks");
+             "continues to line " + std::to_string(lines.Number()) +
+                 "; its line breaks are read as blanks");
     }
     lines_ = lines;
     rest_ = *rest;
     return true;
   }
 
-  // What follows the closing quote of the cell: nothing or a separator.
+  // Returns what follows the closing quote of the cell: nothing, or a separator and more cells.
   std::optional<std::string_view> AppendUpToQuote(std::string& out, LineCursor& lines) const {
     std::string_view text = rest_.substr(1);
     for (std::int32_t breaks = 0;;) {
@@ -154,7 +155,7 @@ void CsvLineCursor::Next() {
   Read();
 }
 
-// Each quote of the text is found once.
+// Searches the text only once for each quote.
 bool CsvLineCursor::HasQuote() {
   if (!form_.has_quotes || quote_ == std::string_view::npos || lines_.AtEnd()) return false;
   const std::string_view line = lines_.Line();

@@ -1,4 +1,4 @@
-// The lines of texts whose cells stand between separators, some of them in quotes.
+// The lines of separated texts, some of whose cells are in quotes.
 #pragma once
 
 #include <cstdint>
@@ -10,29 +10,29 @@
 
 namespace keltrun {
 
-/// How a text separates its cells: the same from its first line to its last.
+/// How a text separates its cells. The form is the same for all its lines.
 struct CsvForm {
   char separator = ',';
-  bool has_quotes = true;  // else quotation marks are characters like others
+  bool has_quotes = true;  // else quotation marks are ordinary characters
 };
 
-/// A line whose cells are separated without quotes.
+/// A line whose quotes are resolved.
 struct CsvLine {
   std::string_view text;    // without blanks at its ends
-  char separator = ',';     // of this line: not the text's where it had quotes
-  std::int32_t number = 0;  // from 1; of several lines that a cell joins, the first
-  std::string_view shown;   // the line as it stands in the text, for remarks
+  char separator = ',';     // of this line; another than the text's where it had quotes
+  std::int32_t number = 0;  // from 1; the first, when a cell joins several lines
+  std::string_view shown;   // the line as it is in the text, for remarks
 };
 
-/// The form of a text: that of its first header line, by the separator (comma, semicolon or TAB)
-/// that gives it the most known titles. A lap file of the previous generation has commas and no
-/// quotes.
+/// The form of a text. The first header line decides: the separator (comma, semicolon or TAB) that
+/// splits it into the most known titles is used. A lap file of the previous generation has commas
+/// and no quotes.
 CsvForm FindCsvForm(std::string_view text, const CsvHeaderReader& headers);
 
-/// Walks the lines of a text. Cells in quotes follow RFC 4180: a doubled quote stands for one, and
-/// line breaks inside count as blanks. A quote that nothing closes within kMostBreaks lines, or
-/// with more than blanks between its end and the next separator, is a character like others.
-/// Remarks tell of both.
+/// Walks the lines of a text. Cells in quotes follow RFC 4180: a doubled quote is one quote, and
+/// line breaks inside are read as blanks. A quote is an ordinary character when it is not closed
+/// within kMostBreaks line breaks, or when anything but blanks follows the closing quote before the
+/// next separator. Both give remarks.
 class CsvLineCursor {
  public:
   static constexpr std::int32_t kMostBreaks = 10;
@@ -41,7 +41,7 @@ class CsvLineCursor {
   CsvLineCursor(std::string_view text, CsvForm form, RemarkList& remarks);
 
   bool AtEnd() const { return lines_.AtEnd(); }
-  /// Its Text is valid until Next.
+  /// Valid until Next.
   const CsvLine& Line() const { return line_; }
   void Next();
 

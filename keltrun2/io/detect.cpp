@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::size_t kLinesLookedAt = 4;
 
-// The first lines of a text, at most those that are looked at. A line break at the very end is
-// followed by one more line, an empty one.
+// The first lines of a text, at most kLinesLookedAt. A line break at the very end starts one more
+// line, which is empty.
 std::vector<std::string_view> FirstLines(std::string_view text, std::string_view line_ends) {
   std::vector<std::string_view> lines;
   while (lines.size() < kLinesLookedAt) {

@@ -1,4 +1,4 @@
-// Which kind of lap file a file or a text is.
+// Detects the type of a lap file.
 #pragma once
 
 #include <string>
@@ -8,13 +8,13 @@
 
 namespace keltrun {
 
-/// The kind of a text given by the host, whose lines end at CR LF or LF. A text whose lines end in
-/// CR alone is rewritten to CR LF. A text of fewer than three lines is KR_FILETYPE_UNKNOWN; a line
-/// break at the very end is followed by one more line, an empty one.
+/// The type of a text that the host gave. Its lines end in CR LF or LF; when they end in CR alone,
+/// `text` is changed to CR LF. A text of fewer than three lines is KR_FILETYPE_UNKNOWN. A line
+/// break at the very end starts one more line, which is empty.
 KrLapFileTypeConst DetectTextType(std::string& text);
 
-/// The kind of a file's text, read line by line: lines end at CR LF, CR or LF, and a line break at
-/// the very end is followed by nothing.
+/// The type of the text of a file. Lines end in CR LF, CR or LF; a line break at the very end
+/// starts no further line.
 KrLapFileTypeConst DetectFileTextType(std::string_view text);
 
 }  // namespace keltrun

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::string_view kNoPlace = "not written, the format has no place for them";
 
-// Something about a runner that a form does not hold.
+// Something about a runner that a type of file does not hold.
 struct RunnerLoss {
   std::string_view things;
   bool (*has)(const clsLapData& runner);
@@ -67,7 +67,7 @@ constexpr RunnerLoss kDisqualifiedLegs = {
 constexpr RunnerLoss kUntimedLegs = {
     "runners with legs that were skipped, have no data or are disqualified",
     [](const clsLapData& r) { return AnyLap(r, [](DateTime lap) { return !(lap > 0); }); },
-    "the format does not tell which"};
+    "the format does not say which"};
 constexpr RunnerLoss kStatus = {"results other than times and DNS",
                                 [](const clsLapData& r) {
                                   return r.Result() != "DNS" &&
@@ -75,7 +75,7 @@ constexpr RunnerLoss kStatus = {"results other than times and DNS",
                                 },
                                 "all written as Disqualified"};
 constexpr RunnerLoss kWordRank = {
-    "ranks that are no number",
+    "ranks that are not numbers",
     [](const clsLapData& r) { return !r.Rank.empty() && !NumericValue(r.Rank); },
     "all written as NotCompeting"};
 constexpr RunnerLoss kLongName = {
@@ -97,7 +97,7 @@ constexpr RunnerLoss kIofLosses[] = {kSeed,        kCompetitor, kAge,      kFixe
 
 using Runners = std::vector<const clsLapData*>;
 
-// The remarks on one event in one form.
+// The remarks for one event and one type of file.
 class Losses {
  public:
   void Lose(std::string_view subject, std::string_view cell, std::string_view consequence) {
@@ -120,7 +120,7 @@ class Losses {
   RemarkList remarks_;
 };
 
-// The runners of a class that a form writes; the others are lost.
+// The runners of a class that are written. The others are lost.
 Runners WrittenRunners(const clsClassData& klass, bool (*is_written)(const clsLapData&),
                        std::string_view things, Losses& losses) {
   Runners written;
@@ -148,7 +148,7 @@ void LoseHeader(const EventModel& model, Losses& losses) {
                kNoPlace);
 }
 
-// The texts of an event and of the runners that a form writes.
+// The texts of an event and of the runners that are written.
 template <typename Visit>
 void ForEachText(const EventModel& model, const Runners& runners, Visit visit) {
   const clsEventData& event = *model.Event;
@@ -199,7 +199,7 @@ void LoseKeltrun1Class(const clsClassData& klass, bool has_runners, Losses& loss
   }
 }
 
-// Classes whose names are written alike are one when the file is read.
+// Classes whose names are written in the same way become one class when the file is read.
 void LoseEqualNames(const EventModel& model, Losses& losses) {
   std::unordered_map<std::string, std::string_view> names;
   for (const auto& klass : model.Classes()) {
@@ -225,15 +225,15 @@ void LoseInKeltrun1(const EventModel& model, Losses& losses) {
   losses.CountRunners(written, kKeltrun1Losses);
   LoseHeader(model, losses);
   LoseTexts(model, written, ThroughShiftJis,
-            "has characters that Shift-JIS does not have, \"?\" stands for them", losses);
-  LoseTexts(model, written, AsCell, "has commas or line breaks, other characters stand for them",
+            "has characters that Shift-JIS does not have, written as \"?\"", losses);
+  LoseTexts(model, written, AsCell, "has commas or line breaks, written as other characters",
             losses);
   LoseEqualNames(model, losses);
 }
 
 // --- the IOF result list ---
 
-// The courses that are written, with the first class of each, which says how long it is.
+// The first class of each course. The length that is written for the course is that of this class.
 using FirstClasses = std::unordered_map<std::int32_t, const clsClassData*>;
 
 void LoseIofClass(const EventModel& model, const clsClassData& klass, bool has_runners,

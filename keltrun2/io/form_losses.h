@@ -1,4 +1,4 @@
-// What of an event a form of lap file has no place for.
+// What is lost when an event is saved as a certain type of lap file.
 #pragma once
 
 #include <vector>
@@ -10,8 +10,8 @@
 namespace keltrun {
 
 /// What is lost when the event is written as a file of the previous generation or as an IOF result
-/// list: runners and classes that are left out, values that have no place or are rounded, texts
-/// that the charset does not have. No remarks for other types.
+/// list: runners and classes that are left out, values that have no place or are rounded, and
+/// characters that the charset does not have. Other types give no remarks.
 std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type);
 
 }  // namespace keltrun

@@ -31,7 +31,7 @@ class ImportOnlyReader {
 
   CsvHeaderReader headers_;
   std::optional<CsvHeader> header_;
-  std::array<std::string_view, kCsvColumnCount> cells_;  // of the row that is read
+  std::array<std::string_view, kCsvColumnCount> cells_;  // of the current row
   std::int32_t line_ = 0;
   RemarkList remarks_;
   ReadResult result_;
@@ -56,7 +56,7 @@ void ImportOnlyReader::ReadRow(const CsvLine& line) {
   CellWalker cells(line.text, line.separator);
   while (cells.Next()) {
     if (cells.Position() < header_->titles.size()) {
-      // Of two columns with one meaning the last counts.
+      // When two columns have the same meaning, the last one is used.
       CellOf(header_->titles[cells.Position()].column) = cells.Cell();
     } else if (extra_at == 0 && !cells.Cell().empty()) {
       extra_at = cells.Position() + 1;
@@ -85,7 +85,7 @@ ReadResult ImportOnlyReader::Read(std::string_view text) {
     if (auto header = headers_.Read(line.text, line.separator)) {
       ReadHeader(std::move(*header));
     } else if (!header_) {
-      if (line_ > 1) ++skipped;  // line 1 marks the format
+      if (line_ > 1) ++skipped;  // line 1 names the format
     } else if (result_.records.updates.size() == kMostUpdates) {
       result_.error = ReadError{line_, "more than 500,000 runners"};
       break;

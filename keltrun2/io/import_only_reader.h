@@ -1,4 +1,4 @@
-// Club and sex of runners that are loaded already, as comma-separated text.
+// The comma-separated list of clubs and sexes for runners that are loaded already.
 #pragma once
 
 #include <string_view>
@@ -7,9 +7,9 @@
 
 namespace keltrun {
 
-/// Reads an import-only text (UTF-8) into Updates, one for each line below a header line that names
-/// its runner. Lines before the first header are skipped; every header names the columns anew.
-/// Never an error, except for more than 500,000 lines with runners.
+/// Reads an import-only text (UTF-8) into `updates`: one for each line after a header line that has
+/// a runner's name. Lines before the first header are skipped, and every further header line names
+/// the columns anew. The only error is more than 500,000 lines with runners.
 ReadResult ReadImportOnly(std::string_view text);
 
 }  // namespace keltrun

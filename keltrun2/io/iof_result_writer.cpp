@@ -42,7 +42,7 @@ void AppendTagStart(std::string& out, std::string_view name, const Attribute& at
   out.append(" ").append(attribute.name).append("=\"").append(attribute.value).append("\"");
 }
 
-// An element around others; closes itself.
+// An element with children. The destructor writes its end tag.
 class Element {
  public:
   Element(std::string& out, std::string_view name, const Attribute& attribute = {})
@@ -59,7 +59,7 @@ class Element {
   std::string_view name_;
 };
 
-// An element that holds a text or nothing.
+// An element with a text, which may be empty.
 void Write(std::string& out, std::string_view name, std::string_view text,
            const Attribute& attribute = {}) {
   AppendTagStart(out, name, attribute);
@@ -82,7 +82,7 @@ void WriteIfSet(std::string& out, std::string_view name, std::int32_t number) {
   if (number != 0) Write(out, name, number);
 }
 
-// Minutes, also 60 and more, and seconds: "75:05".
+// Minutes and seconds; hours are given in minutes: "75:05".
 void WriteTime(std::string& out, DateTime time) {
   std::string text = std::to_string(TotalMinutes(time)) + ":";
   AppendTwoDigits(text, static_cast<int>(WholeSeconds(time) % 60));
@@ -107,8 +107,8 @@ void WriteModifyDate(std::string& out, DateTime date) {
   Write(out, "Clock", FormatDateTime(date, kClockPattern), kClockFormat);
 }
 
-// Family and given name are the first two parts of the name between blanks of either width or
-// commas; two of them in a row have an empty part between them.
+// The family name and the given name are the first two parts of the name. Parts are separated by
+// blanks of either width or commas; two separators in a row have an empty part between them.
 void WritePersonName(std::string& out, std::string_view name) {
   constexpr std::string_view kSeparators = " ,";
   const std::string parts =
@@ -139,10 +139,10 @@ void WriteClub(std::string& out, const clsLapData& runner) {
 
 struct RunnerTime {
   DateTime time = 0;
-  bool disqualified = false;  // a lap said so; known only where the laps were summed
+  bool disqualified = false;  // a leg is; known only when the laps were summed
 };
 
-// The result's time; without one, the sum of the laps that were timed.
+// The time of the result or, when it has none, the sum of the timed laps.
 RunnerTime GetTotalTime(const clsLapData& runner) {
   RunnerTime total{TotalTime(runner.Result()).value_or(0)};
   if (total.time != 0) return total;
@@ -154,9 +154,9 @@ RunnerTime GetTotalTime(const clsLapData& runner) {
   return total;
 }
 
-// An official rank that is no number, "(3)" or a word, puts the runner outside the competition. A
-// runner without a result would be judged by his laps, but a
-// results holder leaves him out.
+// An official rank that is not a number, such as "(3)" or a word, means that the runner does not
+// compete. The laps would decide for a runner without a result, but a results holder leaves such a
+// runner out.
 std::string_view CompetitorStatus(const clsLapData& runner, bool disqualified) {
   if (!runner.Rank.empty() && !NumericValue(runner.Rank)) return "NotCompeting";
   if (IsFinished(runner.Result())) return "OK";
@@ -175,7 +175,7 @@ void WriteStartAndFinish(std::string& out, const clsTimeValue& start, DateTime t
   Write(out, "Clock", FormatDateTime(finish, kClockPattern), kClockFormat);
 }
 
-// The first class of each course, which says how long the course is.
+// The first class of each course. It gives the length of the course.
 using FirstClasses = std::unordered_map<std::int32_t, const clsClassData*>;
 
 FirstClasses FindFirstClasses(const EventModel& model) {
@@ -201,7 +201,7 @@ void WriteCourseVariation(std::string& out, const clsCourseData& course,
   }
 }
 
-// The times at the controls, and at the finish, of the legs that were timed. `course` may be null.
+// The split times at the ends of the timed legs, the finish included. `course` may be null.
 void WriteSplitTimes(std::string& out, const clsLapData& runner, const clsCourseData* course) {
   std::int32_t sequence = 0;
   DateTime split = 0;
@@ -218,9 +218,9 @@ void WriteSplitTimes(std::string& out, const clsLapData& runner, const clsCourse
   }
 }
 
-// A class's runners share its course, which is written in full for the first of them.
+// The runners of a class share its course, which is written in full only for the first of them.
 struct ClassCourse {
-  const clsCourseData* course;  // null when the class has none
+  const clsCourseData* course;  // null for a class without a course
   const FirstClasses& first_classes;
 };
 
@@ -273,7 +273,7 @@ void WriteResultList(std::string& out, const EventModel& model, DateTime now) {
 }  // namespace
 
 std::string WriteIofXmlResult(const EventModel& model, DateTime now) {
-  // No encoding is declared: XML without one is UTF-8.
+  // XML without an encoding declaration is UTF-8.
   std::string out = "<?xml version=\"1.0\"?>\r\n";
   WriteResultList(out, model, now);
   return out += "\r\n";

@@ -23,12 +23,13 @@ namespace keltrun {
 namespace {
 
 constexpr std::string_view kNotAvailable = "n/a";
-constexpr std::string_view kDisqualified = "DISQ";  // a result of no time, as the record stores it
+constexpr std::string_view kDisqualified =
+    "DISQ";  // what the record stores for a result of no time at all
 constexpr std::string_view kLapFileMark = "$LAPFILE";
 
-// --- the lines in front of the runners: "$label=value" and "$class:label=value" ---
+// --- the lines before the runners: "$label=value" and "$class:label=value" ---
 
-// The labels of a rule: the resource text and the words of both languages.
+// The words for a label in both languages, besides its resource text.
 using LabelWords = std::array<std::string_view, 2>;
 
 struct EventRule {
@@ -101,7 +102,7 @@ std::vector<Label> LabelsOf(const Rules& rules) {
   return labels;
 }
 
-// The rule of the label that the text begins with, with "=" behind it; cuts both off.
+// If the text begins with a label and "=", returns the rule of the label and removes both.
 std::optional<std::size_t> TakeLabel(std::string_view& text, const std::vector<Label>& labels) {
   for (const Label& label : labels) {
     const std::size_t size = label.text.size();
@@ -119,7 +120,7 @@ bool HasOneCell(const CsvLine& line) {
   return filled == 1;
 }
 
-// The cell of a line that has but one.
+// The only cell of a line that is not empty.
 std::string_view OnlyCell(const CsvLine& line) {
   CellWalker cells(line.text, line.separator);
   while (cells.Next() && cells.Cell().empty()) {
@@ -129,7 +130,7 @@ std::string_view OnlyCell(const CsvLine& line) {
 
 // --- the reader ---
 
-// Finds texts by views of them.
+// Lets a map with text keys be searched by a view.
 struct TextHash {
   using is_transparent = void;
   std::size_t operator()(std::string_view text) const {
@@ -137,7 +138,7 @@ struct TextHash {
   }
 };
 
-// Cells of a line by column, legs aside.
+// The cells of a line by column, except legs.
 using Cells = std::array<std::string_view, kCsvColumnCount>;
 
 class Keltrun1Reader {
@@ -146,7 +147,7 @@ class Keltrun1Reader {
 
   ReadResult Read(std::string_view text);
 
-  /// True after Read when a number that can be nothing else showed that others are seconds, too.
+  /// After Read: whether a number that can only be seconds showed that the ambiguous ones are too.
   bool NumbersAreSeconds() const {
     return only_seconds_.line != 0 && (either_.line != 0 || has_digits_);
   }
@@ -197,19 +198,19 @@ class Keltrun1Reader {
   const std::string cross_ = ResourceText("RES_META_CROSS_SYMBOL");
   CsvHeaderReader headers_;
 
-  bool lap_file_ = false;     // else a result list
-  bool after_break_ = false;  // the line before was blank
+  bool lap_file_ = false;     // false: a result list
+  bool after_break_ = false;  // the previous line was blank
   std::array<bool, kEventRules.size()> event_line_seen_{};
-  std::int32_t skipped_lines_ = 0;  // in front of the first header
+  std::int32_t skipped_lines_ = 0;  // before the first header
   std::optional<CsvHeader> header_;
   bool has_legs_ = false;
   bool has_times_ = false;  // a header of the text had results or legs
   std::int32_t first_header_line_ = 0;
   std::string_view first_header_;
 
-  CsvLine title_;  // in a list: a line with one cell that may name the class below it
+  CsvLine title_;  // in a list: a line with one cell, which may name the class
   std::string title_text_;
-  std::string class_title_;  // class of the lines below a header without a class column
+  std::string class_title_;  // the class of the lines below a header without a class column
   std::string last_class_;
   Cells cells_;
   std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> class_positions_;
@@ -217,7 +218,7 @@ class Keltrun1Reader {
   std::vector<ListRow> rows_;  // of a list with legs
 
   struct NumberPlace {
-    std::int32_t line = 0;  // 0: there is none
+    std::int32_t line = 0;  // 0: no such number
     std::int32_t column = 0;
     std::string cell;
   };
@@ -233,7 +234,7 @@ bool Keltrun1Reader::Stop(std::int32_t line, std::string_view detail) {
   return false;
 }
 
-// The class of a name, made when there is none; null when there are too many.
+// The class with that name, added if necessary; null when there are too many classes.
 ClassRecords* Keltrun1Reader::FindClass(std::string_view name, std::int32_t line) {
   auto& classes = result_.records.classes;
   const auto found = class_positions_.find(name);
@@ -253,7 +254,7 @@ bool Keltrun1Reader::ReadMark(const CsvLine& line) {
   return true;
 }
 
-// Each label counts once, so that a class whose name begins like a label is none.
+// Each label is read once, so that a class can have a name that begins like a label.
 bool Keltrun1Reader::ReadEventLine(const CsvLine& line) {
   std::string_view value = line.shown.substr(1);
   const auto label = TakeLabel(value, event_labels_);
@@ -261,12 +262,12 @@ bool Keltrun1Reader::ReadEventLine(const CsvLine& line) {
   event_line_seen_[*label] = true;
   value = TrimSpaces(value);
   if (!value.empty() && !kEventRules[*label].store(result_.records, value)) {
-    Warn(line.number, 0, "event date", value, "no date, left out");
+    Warn(line.number, 0, "event date", value, "not a date, ignored");
   }
   return true;
 }
 
-// Class names may hold ":", values do not.
+// A class name can contain ":", a value cannot.
 bool Keltrun1Reader::ReadClassLine(const CsvLine& line) {
   const std::size_t colon = line.shown.rfind(':');
   if (colon == std::string_view::npos) return false;
@@ -277,7 +278,7 @@ bool Keltrun1Reader::ReadClassLine(const CsvLine& line) {
   if (klass == nullptr) return true;
   value = TrimSpaces(value);
   if (!value.empty() && !NumericValue(value)) {
-    Warn(line.number, 0, "value of a class", value, "no number, the digits at its start count");
+    Warn(line.number, 0, "value of a class", value, "not a number, its leading digits are used");
   }
   kClassRules[*label].store(*klass, LeadingLong(value));
   return true;
@@ -291,7 +292,7 @@ void Keltrun1Reader::ReadTitles(const CsvLine& line) {
     first_header_ = line.shown;
   }
   if (!has_legs_ && header_->legs > 0) {
-    Note(line.number, 0, "column", "F", "no leg without numbered ones, not used");
+    Note(line.number, 0, "column", "F", "not a leg, because no column has a leg number; not used");
   }
   for (std::size_t i = 0; i < header_->titles.size(); ++i) {
     const CsvTitle& title = header_->titles[i];
@@ -311,7 +312,7 @@ void Keltrun1Reader::ReadTitles(const CsvLine& line) {
   }
 }
 
-// In a lap file headers stand below a blank line: a runner may be called like a title.
+// In a lap file a header follows a blank line; elsewhere, a name like a title is that of a runner.
 bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   if (lap_file_ && header_ && !after_break_) return false;
   auto header = headers_.Read(line.text, line.separator);
@@ -323,7 +324,7 @@ bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   return true;
 }
 
-// A line with one cell waits for the next one: above a header it is a title.
+// A line with one cell is kept until the next line: if that is a header, the cell is a title.
 bool Keltrun1Reader::ReadListLine(const CsvLine& line) {
   if (!FlushTitle()) return false;
   if (!HasOneCell(line)) return ReadRow(line);
@@ -343,11 +344,11 @@ bool Keltrun1Reader::FlushTitle() {
   const bool is_row =
       header_->titles.size() == 1 || line.text.find(line.separator) != std::string_view::npos;
   if (is_row) return ReadRow(line);
-  Warn(line.number, 0, "line", line.shown, "a single cell is no runner, skipped");
+  Warn(line.number, 0, "line", line.shown, "a single cell is not a runner, skipped");
   return true;
 }
 
-// The marker that a word or an empty cell stands for; no word begins with a digit.
+// The marker that a word or an empty cell means. No such word begins with a digit.
 std::optional<DateTime> Keltrun1Reader::MarkerOf(std::string_view cell) const {
   struct Word {
     std::string_view text;
@@ -367,7 +368,7 @@ std::optional<DateTime> Keltrun1Reader::MarkerOf(std::string_view cell) const {
   return std::nullopt;
 }
 
-// Keeps the first number that can be read in two ways, and the first that tells in which.
+// Keeps the first number that can be read in two ways, and the first that can only be seconds.
 void Keltrun1Reader::Observe(NumberHint hint, const CsvLine& line, std::size_t column,
                              std::string_view cell) {
   if (hint == NumberHint::kDigits) has_digits_ = true;
@@ -378,7 +379,7 @@ void Keltrun1Reader::Observe(NumberHint hint, const CsvLine& line, std::size_t c
 
 void Keltrun1Reader::ReadLap(const CsvLine& line, std::size_t position, std::int32_t leg,
                              std::string_view cell, clsLapData& runner) {
-  // In a list the legs end with the last one that is filled.
+  // In a list, the last cell that is not empty is the last leg.
   if (leg > clsLapData::kMostLegs || (cell.empty() && !lap_file_)) return;
   if (const auto marker = MarkerOf(cell)) {
     runner.SetLap(leg, *marker);
@@ -390,8 +391,9 @@ void Keltrun1Reader::ReadLap(const CsvLine& line, std::size_t position, std::int
   runner.SetLap(leg, value.time.value_or(kTimeNoData));
 }
 
-// Of two columns with one meaning the first that is filled counts. In a lap file the legs go on
-// behind the last title, as a class whose number of controls is not known has only one.
+// When two columns have the same meaning, the first one that is not empty is used. In a lap file,
+// legs continue after the last title, because the header of a class without a known number of
+// controls has only one leg.
 void Keltrun1Reader::ReadCells(const CsvLine& line, clsLapData& runner) {
   cells_.fill({});
   std::int32_t leg = 0;
@@ -409,7 +411,7 @@ void Keltrun1Reader::ReadCells(const CsvLine& line, clsLapData& runner) {
     } else if (!titled && !has_extra && !cells.Cell().empty()) {
       has_extra = true;
       Warn(line.number, position + 1, "cell", cells.Cell(),
-           "beyond the header, dropped with all that follow");
+           "beyond the header, dropped with all cells after it");
     } else if (Cell(column).empty()) {
       Cell(column) = cells.Cell();
     }
@@ -423,8 +425,8 @@ bool BeginsLikeNumber(std::string_view text) {
   return !text.empty() && IsDigit(text.front());
 }
 
-// A text that is no time stays, such as a status. Some numbers the record would take for a count of
-// days.
+// A text that is not a time, such as a status, is kept. Some numbers are not kept, because the
+// record would read them as a count of days.
 void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, clsLapData& runner) {
   const CellValue value = ReadCellTime(cell, meaning_);
   if (value.time) {
@@ -436,7 +438,7 @@ void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, c
   if (!BeginsLikeNumber(cell)) return;
   const bool is_text = runner.Result() != kDisqualified && !ReadableTime(runner.Result());
   Warn(line.number, 0, "result", cell,
-       is_text ? "no time, kept as a text" : "no time, the runner has no result");
+       is_text ? "not a time, kept as text" : "not a time, the runner has no result");
   if (!is_text) runner.SetResult("");
 }
 
@@ -445,7 +447,7 @@ void Keltrun1Reader::ReadStartTime(const CsvLine& line, std::string_view cell, c
   if (const auto time = CellClock(cell)) {
     runner.StartTime()->SetValue(*time);
   } else if (MarkerOf(cell) != kTimeNoData) {
-    Warn(line.number, 0, "start time", cell, "no time of day, left out");
+    Warn(line.number, 0, "start time", cell, "not a time of day, ignored");
   }
 }
 
@@ -459,13 +461,13 @@ void Keltrun1Reader::ReadFields(const CsvLine& line, clsLapData& runner) {
   ReadTotalTime(line, Cell(CsvColumn::kTotalTime), runner);
   const std::string_view number = Cell(CsvColumn::kStartNumber);
   if (!number.empty() && !NumericValue(number)) {
-    Warn(line.number, 0, "start number", number, "no number, the digits at its start count");
+    Warn(line.number, 0, "start number", number, "not a number, its leading digits are used");
   }
   runner.ID = LeadingLong(number);
   ReadStartTime(line, Cell(CsvColumn::kStartTime), runner);
 }
 
-// The class of the line whose cells were read last. In a list an empty cell repeats the one above.
+// The class of the current line. In a list, an empty cell means the class of the line above.
 std::string_view Keltrun1Reader::ClassOf(const CsvLine& line) {
   const std::string_view name = Cell(CsvColumn::kClass);
   if (lap_file_ || !name.empty()) return last_class_ = name;
@@ -474,7 +476,7 @@ std::string_view Keltrun1Reader::ClassOf(const CsvLine& line) {
   return last_class_;
 }
 
-// False when reading ends: the event is larger than events are.
+// False when reading has to stop because the event is too large.
 bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   auto runner = std::make_shared<clsLapData>();
   ReadCells(line, *runner);
@@ -493,7 +495,7 @@ bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   return true;
 }
 
-// A line in front of the header that begins with "$".
+// A line before the header that begins with "$".
 bool Keltrun1Reader::ReadFrontLine(const CsvLine& line) {
   if (ReadMark(line) || ReadEventLine(line)) return true;
   if (ReadClassLine(line)) return !result_.error;
@@ -511,7 +513,7 @@ bool Keltrun1Reader::ReadLine(const CsvLine& line) {
   return true;
 }
 
-// A lap file without classes, as the writer writes it, has no header line.
+// The lap file of an event without classes has no header line.
 void Keltrun1Reader::CheckHeaderFound() {
   const bool empty_event =
       lap_file_ && skipped_lines_ == 0 && result_.records.classes.empty() &&
@@ -522,12 +524,12 @@ void Keltrun1Reader::CheckHeaderFound() {
   }
 }
 
-// A list without results and legs shows no event: one of starts, or of punches one a line.
+// A list without results and legs is not a result list, but one of start times or of punches.
 void Keltrun1Reader::CheckTimes() {
   constexpr std::size_t kShownUnits = 200;
   if (result_.error || !header_ || lap_file_ || has_times_) return;
   Stop(first_header_line_,
-       "the list has no column of results and none of legs; its header line is \"" +
+       "the list has no column for results and none for legs; its header line is \"" +
            std::string(Utf16Prefix(first_header_, kShownUnits)) +
            "\"; it needs a column such as TIME or 記録, or one for each leg: 1, 2, ... F");
   result_.records = {};
@@ -536,11 +538,11 @@ void Keltrun1Reader::CheckTimes() {
 void Keltrun1Reader::NoteMeaning() {
   if (meaning_ == NumberMeaning::kSeconds) {
     remarks_.AddFirst(only_seconds_.line, only_seconds_.column, "number", only_seconds_.cell,
-                      "can only be seconds, so all numbers of the list are");
+                      "can only be seconds, so all numbers of the list are read as seconds");
   } else if (either_.line != 0) {
     remarks_.AddFirst(
         either_.line, either_.column, "number", either_.cell,
-        "taken as minutes and seconds, since no number of the list can only be seconds");
+        "read as minutes and seconds, since no number of the list can only be seconds");
   }
 }
 
@@ -564,8 +566,8 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
 
 }  // namespace
 
-// Numbers that can be read in two ways are read in one way throughout a text. Few texts hold one
-// that shows that all are seconds; they are read once more.
+// Numbers that can be read in two ways are read in the same way throughout a text. The few texts
+// that turn out to have seconds are read a second time.
 ReadResult ReadKeltrun1(std::string_view text) {
   {
     Keltrun1Reader reader(NumberMeaning::kMinutesSeconds);

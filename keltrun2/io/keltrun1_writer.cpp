@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kNotAvailable = "n/a";
 constexpr std::string_view kTimePattern = "hh:nn:ss";
 
-// A cell that is not the first of its line.
+// A cell after the first one of its line.
 void AppendNextCell(std::string& out, std::string_view text) {
   out += ',';
   AppendCell(out, text);
@@ -52,12 +52,12 @@ void WriteCourseFacts(std::string& out, const clsClassData& klass) {
   }
 }
 
-// Legs that the lines of a class have, its header line included: one more than it has controls.
+// The legs in the lines of a class and in its header line: one more than the class has controls.
 std::int32_t LegsOf(const clsClassData& klass) {
   return std::clamp(klass.ControlCount, 0, kMostClassControls) + 1;
 }
 
-// The texts that lines of runners repeat.
+// Texts that the lines of many runners need.
 struct Words {
   std::string cross = ResourceText("RES_META_CROSS_SYMBOL");
   std::string arrow = ResourceText("RES_META_RIGHT_ARROW");

@@ -7,9 +7,9 @@
 
 namespace keltrun {
 
-/// The event as a text lap file of the previous generation: UTF-8 text, lines end in CR LF. Runners
-/// without legs are left out, and so is what the format has no place for (cards, identifiers,
-/// courses, metadata). A disqualified leg is written as one without data.
+/// The event as a text lap file of the previous generation: UTF-8 text whose lines end in CR LF.
+/// Runners without legs are left out, and so is everything that has no place in the format (cards,
+/// identifiers, courses, metadata). A disqualified leg is written as one without data.
 std::string WriteKeltrun1LapFile(const EventModel& model);
 
 }  // namespace keltrun

@@ -1,4 +1,4 @@
-// The kinds of lap files.
+// The types of lap files.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ enum KrLapFileTypeConst : std::int32_t {
   KR_FILETYPE_IOF_XML_20_RESULT = 7,  ///< IOF XML 2.0 result list; only written, never read.
 };
 
-/// What a native lap file is saved with.
+/// Which attributes a native lap file is saved with.
 enum KrLapFileSaveModeCosnt : std::int32_t {
   KR_SAVEMODE_NORMAL = 0,  ///< The standard attributes of runners.
   KR_SAVEMODE_FULL = 1,    ///< The standard attributes, the fixed rank and the age.

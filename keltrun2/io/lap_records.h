@@ -1,4 +1,4 @@
-// What text lap files hold, before it goes into the model.
+// What the readers of text formats found, before it goes into the model.
 #pragma once
 
 #include <cstdint>
@@ -13,30 +13,31 @@
 
 namespace keltrun {
 
-/// A class as a text file shows it. What the file does not say is left out, and the model's class
-/// keeps what it has.
+/// A class as a text file has it. Where the file says nothing, the value is empty, and the class of
+/// the model keeps its own.
 struct ClassRecords {
   std::string name;
-  std::optional<std::int32_t> length;         // metres
-  std::optional<std::int32_t> climb;          // metres
-  std::optional<std::int32_t> control_count;  // set on the class
-  std::optional<std::int32_t> course_num;     // set on the class
-  /// The legs that the runners turned out to have, finish included: ControlCount grows to one less.
+  std::optional<std::int32_t> length;         // meters
+  std::optional<std::int32_t> climb;          // meters
+  std::optional<std::int32_t> control_count;  // of the class
+  std::optional<std::int32_t> course_num;     // of the class
+  /// The number of legs that the runners have, finish included. The ControlCount of the class is
+  /// raised to one less.
   std::int32_t legs_seen = 0;
-  /// Control codes 1 to ControlCount; the class gets the course that has them, or a new one. Empty
-  /// when the file shows no codes.
+  /// The codes of controls 1 to `control_count`; the class gets the course with these codes, or a
+  /// new one. Empty when the file has no codes.
   std::vector<std::int32_t> codes;
   std::vector<std::shared_ptr<clsLapData>> runners;
 };
 
-/// Club and sex for runners that are loaded already.
+/// The club and sex for runners with that name who are loaded already.
 struct RunnerUpdate {
   std::string name;
   std::string club;
   std::string sex;
 };
 
-/// Everything that a reader of a text format found, in the order of the file.
+/// Everything that the reader of a text format found, in the order of the file.
 struct LapRecords {
   std::optional<std::string> event_name;
   std::optional<DateTime> event_date;
@@ -47,13 +48,13 @@ struct LapRecords {
   std::vector<RunnerUpdate> updates;
 };
 
-/// Why reading stopped. Lines from 1, 0 where none can be named.
+/// Why reading stopped. Lines count from 1; 0 when the error is not in one line.
 struct ReadError {
   std::int32_t line = 0;
   std::string detail;
 };
 
-/// What was read, also before an error, with the remarks made on the way.
+/// What was read, up to the error if there is one, and the remarks made while reading.
 struct ReadResult {
   LapRecords records;
   std::vector<LoadRemark> remarks;

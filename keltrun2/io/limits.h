@@ -1,5 +1,5 @@
-// What an event can have. A file with more ends the reading: no event has so many, and a record
-// takes far more memory than its line or element.
+// The limits of an event. Reading a file stops at these: no event is that large, and a record takes
+// far more memory than its line or element.
 #pragma once
 
 #include <cstddef>
@@ -10,21 +10,21 @@
 
 namespace keltrun {
 
-/// A list, a printout or an archive comes nowhere near this size.
+/// No list, printout or archive comes near this size.
 inline constexpr std::size_t kLargestListFile = std::size_t{64} << 20;
-/// A native lap file is read without a tree of its elements: 200,000 runners of 50 legs, the most
-/// that an event can have, take about 400 MB.
+/// A native lap file is read without building a tree of its elements. 200,000 runners with 50 legs
+/// each, the maximum of an event, take about 400 MB.
 inline constexpr std::size_t kLargestNativeFile = std::size_t{512} << 20;
 
 inline constexpr std::size_t kMostRunners = 200000;
 inline constexpr std::size_t kMostClasses = 10000;
 inline constexpr std::size_t kMostCourses = 10000;
 
-/// Why a reader of a text stopped.
+/// The errors of text readers at these limits.
 inline constexpr std::string_view kTooManyRunners = "more than 200,000 runners";
 inline constexpr std::string_view kTooManyClasses = "more than 10,000 classes";
 
-/// The highest number of controls that a file may give a class: with the finish a record is full.
+/// The maximum number of controls that a file can give a class: with the finish, a record is full.
 inline constexpr std::int32_t kMostClassControls = clsLapData::kMostLegs - 1;
 
 }  // namespace keltrun

@@ -19,12 +19,13 @@
 namespace keltrun {
 namespace {
 
-// How a value that is not what it should be is taken.
-constexpr std::string_view kLeadingDigits = "is no valid number, its leading digits count, else 0";
-constexpr std::string_view kNoDate = "is no date and is left out";
+// What remarks say about invalid values.
+constexpr std::string_view kLeadingDigits =
+    "is not a valid number; its leading digits are used, or 0";
+constexpr std::string_view kNoDate = "is not a date and is ignored";
 
-// One attribute of an element and where its (trimmed) value goes. False for a value that is not
-// what it should be; a remark then tells the consequence.
+// An attribute of an element and where its trimmed value goes. `store` returns false for an invalid
+// value; then there is a remark with the consequence.
 template <typename Target>
 struct AttributeRule {
   std::string_view name;
@@ -32,7 +33,7 @@ struct AttributeRule {
   std::string_view consequence = {};
 };
 
-// The document with what is noticed about it.
+// The document and the remarks on it.
 class Source {
  public:
   explicit Source(XmlReader& xml) : xml_(xml) {}
@@ -40,13 +41,13 @@ class Source {
   XmlReader& Xml() { return xml_; }
   std::vector<LoadRemark> TakeRemarks() { return remarks_.Take(); }
 
-  // At the element opened last.
+  // The remark gets the place of the element that was opened last.
   void Warn(std::string_view subject, std::string_view value, std::string_view consequence) {
     const XmlError place = xml_.ElementPlace();
     remarks_.Add(RemarkSeverity::kWarning, place.Line, place.Column, subject, value, consequence);
   }
 
-  // Counts one of the things that an event can have only so many of; the reading ends at one more.
+  // Counts a thing that is limited. Reading stops when there are more than `most`.
   void Count(std::size_t& count, std::size_t most, std::string_view things) {
     if (count++ < most) return;
     xml_.FailAtElement("more than " + std::to_string(most) + " " + std::string(things));
@@ -72,7 +73,7 @@ void ReadAttributes(Source& source, Target& target,
   }
 }
 
-// Visits the children of the element that is open. What a visit leaves unread is skipped.
+// Visits the children of the open element. What a visit does not read is skipped.
 template <typename Visit>
 void ForEachElement(XmlReader& xml, Visit visit) {
   const std::size_t depth = xml.Depth();
@@ -87,21 +88,21 @@ bool StoreText(std::string& target, std::string_view value) {
   return true;
 }
 
-// A number that fits, rounded; the leading digits of anything else.
+// Stores a number, rounded, or the leading digits of an invalid one.
 bool StoreNumber(std::int32_t& target, std::string_view value) {
   target = LeadingLong(value);
   const auto number = NumericValue(value);
   return number && std::fabs(*number - target) <= 0.5;
 }
 
-// A number of controls, within what there is room for.
+// Stores a number of controls, limited to the room for them.
 bool StoreControls(std::int32_t& target, std::string_view value, std::int32_t most) {
   const bool good = StoreNumber(target, value);
   const std::int32_t given = std::exchange(target, std::clamp(target, 0, most));
   return good && given == target;
 }
 
-// File names of classes and events are compared and kept in half width and lower case.
+// File names of classes and events are kept in half width and lower case.
 std::string FoldFileName(std::string_view name) {
   return LowerAscii(ToHalfWidth(name, {.Symbols = false}));
 }
@@ -162,7 +163,7 @@ void ReadMeta(Source& source, clsMetaData& meta) {
 
 // --- courses ---
 
-// A course's attributes; its record takes them all at once.
+// The attributes of a course, which are stored in its record together.
 struct CourseNumbers {
   std::int32_t number = 0;
   std::int32_t controls = 0;
@@ -175,10 +176,10 @@ constexpr std::array<AttributeRule<CourseNumbers>, 2> kCourseRules = {{
      [](CourseNumbers& c, std::string_view v) {
        return StoreControls(c.controls, v, clsCourseData::kMostControls);
      },
-     "is no number of controls from 0 to 50, the nearest one counts"},
+     "is not a number of controls from 0 to 50; the nearest one is used"},
 }};
 
-// A numbered value of an element: a leg or a control. Index 0 belongs nowhere.
+// The numbered value of a leg or control element. It is dropped when its index is 0.
 struct IndexedValue {
   std::int32_t index = 0;
   std::string_view value;
@@ -225,7 +226,7 @@ std::shared_ptr<clsCourseData> ReadCourse(Source& source) {
   });
   if (highest > numbers.controls) {
     source.Warn("course", std::to_string(numbers.number),
-                "has more controls than its attribute \"controls\" says, they are not used");
+                "has more controls than its attribute \"controls\" says; the others are not used");
   }
   return course;
 }
@@ -255,7 +256,7 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
      [](ClassAttributes& c, std::string_view v) {
        return StoreControls(c.result.klass->ControlCount, v, kMostClassControls);
      },
-     "is no number of controls from 0 to 49, the nearest one counts"},
+     "is not a number of controls from 0 to 49; the nearest one is used"},
     {"course",
      [](ClassAttributes& c, std::string_view v) {
        return StoreNumber(c.result.klass->CourseNum, v);
@@ -268,8 +269,8 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
      kLeadingDigits},
 }};
 
-// "h:mm:ss" with any number of hours and, perhaps, a fraction of a second. Dates and times below
-// zero are none.
+// "h:mm:ss" with any number of hours and an optional fraction of a second. nullopt for other texts,
+// dates and negative times included.
 std::optional<DateTime> Duration(std::string_view text) {
   if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;
   if (const auto time = ParseTimeOfDay(text)) {
@@ -297,7 +298,7 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
        if (time) r.StartTime()->SetValue(*time);
        return time.has_value();
      },
-     "is no time and is left out"},
+     "is not a time and is ignored"},
     {"result",
      [](clsLapData& r, std::string_view v) {
        r.SetResult(v);
@@ -311,7 +312,7 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
     {"age", [](clsLapData& r, std::string_view v) { return StoreText(r.Age, v); }},
 }};
 
-// A lap as a time or marker; nullopt for a text that is neither.
+// Reads a lap, which is a time or a marker; nullopt for other texts.
 class LapTextReader {
  public:
   std::optional<DateTime> Read(std::string_view text) const {
@@ -334,7 +335,7 @@ std::shared_ptr<clsLapData> ReadRunner(Source& source, const LapTextReader& laps
     const IndexedValue leg = ReadIndexed(source, "laptime", "leg", clsLapData::kMostLegs);
     if (leg.index == 0) return;
     const auto lap = laps.Read(leg.value);
-    if (!lap) source.Warn("laptime", leg.value, "is no time, the leg has no data");
+    if (!lap) source.Warn("laptime", leg.value, "is not a time; the leg has no data");
     runner->SetLap(leg.index, lap.value_or(kTimeNoData));
   });
   return runner;
@@ -368,7 +369,7 @@ std::optional<DateTime> ReadFileDate(Source& source) {
   return std::nullopt;
 }
 
-// At the root element.
+// Reads the children of the root element.
 NativeLapFile ReadRoot(Source& source) {
   XmlReader& xml = source.Xml();
   NativeLapFile file;
@@ -409,7 +410,7 @@ NativeReadResult ReadNativeLapFile(std::string_view bytes, NativeSource kind) {
   NativeLapFile file;
   if (xml.NextChild() && xml.LocalName() != "keltrun") {
     xml.FailAtElement("the root element is <" + std::string(xml.LocalName()) +
-                      ">, expected <keltrun>: this is no native lap file");
+                      ">, expected <keltrun>: this is not a native lap file");
   }
   if (!xml.Error()) file = ReadRoot(source);
   xml.SkipTo(0);

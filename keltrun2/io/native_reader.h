@@ -15,13 +15,13 @@
 
 namespace keltrun {
 
-/// A class element: its attributes as a class without runners, and its runners.
+/// A class element: its attributes, as a class without runners, and its runners.
 struct NativeClass {
   std::shared_ptr<clsClassData> klass;
   std::vector<std::shared_ptr<clsLapData>> runners;
 };
 
-/// Everything that a native lap file holds, in the order of the file.
+/// Everything that a native lap file contains, in the order of the file.
 struct NativeLapFile {
   std::optional<DateTime> file_date;
   clsEventData event;
@@ -33,19 +33,19 @@ struct NativeLapFile {
 struct NativeReadResult {
   NativeLapFile file;
   std::vector<LoadRemark> remarks;
-  std::optional<XmlError> error;  // when set, `file` is empty
+  std::optional<XmlError> error;  // if set, `file` is empty
 };
 
-/// Where the document comes from: a file's bytes carry their encoding, a text is UTF-8.
+/// Where the document comes from. The bytes of a file say their encoding; a text is UTF-8.
 enum class NativeSource { kFileBytes, kText };
 
-/// Reads a native lap file. Unknown elements and attributes are ignored and missing ones leave the
-/// defaults. Numbers are read leniently (leading digits, else 0); control counts are kept within 0
-/// to 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside 1
-/// to 50 is dropped. What is not as it should be is a remark with the place of its element. An
-/// error means that the document is no XML, that its root element is not "keltrun", or that it
-/// holds more than 200,000 runners, 10,000 classes or 10,000 courses: no event has so many, and a
-/// record takes far more memory than its element.
+/// Reads a native lap file. Unknown elements and attributes are ignored, and missing ones leave the
+/// defaults. Of an invalid number the leading digits are used, or 0. Control counts are limited to
+/// 0 to 49 for a class and 0 to 50 for a course. A leg or control whose index is missing or outside
+/// 1 to 50 is dropped. Every invalid value gives a remark with the place of its element.
+///
+/// An error means that the document is not XML, that its root element is not "keltrun", or that it
+/// has more than 200,000 runners, 10,000 classes or 10,000 courses.
 NativeReadResult ReadNativeLapFile(std::string_view bytes, NativeSource kind);
 
 }  // namespace keltrun

@@ -61,7 +61,7 @@ void WriteEvent(pugi::xml_node& root, const clsEventData& data) {
   WriteIfSet(event, "filename", data.FileName);
 }
 
-// "hh:mm:ss.fff", with any number of hours; the fraction only where there is one.
+// "hh:mm:ss.fff" with any number of hours. The fraction is left out when it is 0.
 void AppendExactTime(std::string& out, DateTime time) {
   const auto milliseconds = std::llround(time * kMillisecondsPerDay);
   const auto hours = milliseconds / 3'600'000;
@@ -77,7 +77,7 @@ void AppendExactTime(std::string& out, DateTime time) {
   AppendTwoDigits(out, rest % 100);
 }
 
-// A lap that whole seconds would turn into none keeps its fraction.
+// A lap that rounds to 0 keeps its fraction, because 0 means no data.
 bool RoundsToNothing(DateTime lap) { return lap > 0 && WholeSeconds(lap) == 0; }
 
 void WriteLegs(pugi::xml_node& runner, const clsLapData& lap) {

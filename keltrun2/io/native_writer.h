@@ -8,9 +8,9 @@
 
 namespace keltrun {
 
-/// The event as a native lap file in UTF-8; `file_date` is the moment of saving. Characters that
-/// XML does not allow are dropped. Laps are written in whole seconds, those below half a second and
-/// start times with their fraction.
+/// The event as a native lap file in UTF-8; `file_date` is the time of saving. Characters that XML
+/// does not allow are dropped. Laps are written in whole seconds, except that laps below half a
+/// second and start times keep their fraction.
 std::string WriteNativeLapFile(const EventModel& model, KrLapFileSaveModeCosnt mode,
                                DateTime file_date);
 

@@ -18,7 +18,7 @@ constexpr std::string_view kApplication = "OEvent";
 constexpr std::string_view kSeparator = "-------";
 constexpr std::string_view kMissingPunch = "--:--";
 
-// Fields of a row, from 0.
+// The fields of a row, from 0.
 constexpr std::size_t kRankField = 0;  // or the class name
 constexpr std::size_t kNameField = 1;
 constexpr std::size_t kClubField = 2;
@@ -32,7 +32,7 @@ std::string Without(std::string_view text, char unwanted) {
   return out;
 }
 
-// The fields of a line that can be asked for, trimmed; "" where there is none.
+// The fields of a line up to the last one that is read, trimmed. Missing fields are empty.
 class Row {
  public:
   explicit Row(std::string_view line) {
@@ -47,7 +47,7 @@ class Row {
   std::size_t Count() const { return count_; }
   std::string_view Field(std::size_t index) const { return fields_[index]; }
 
-  // True for what belongs to no class or runner by itself.
+  // Whether the row starts neither a class nor a runner.
   bool HasNoHead() const { return Field(kRankField).empty() && Field(kNameField).empty(); }
   bool HasSplits() const {
     for (std::size_t i = kFirstSplit; i <= kLastSplit; i += 2) {
@@ -78,8 +78,8 @@ class OEventReader {
  private:
   // The splits of one runner so far.
   struct Splits {
-    DateTime sum = 0;            // the last time that was not smaller than the one before
-    std::int32_t legs = 0;       // legs counted
+    DateTime sum = 0;            // the last split that was not smaller than the one before
+    std::int32_t legs = 0;       // legs so far
     std::int32_t last_time = 0;  // the last leg with a time
     bool too_many = false;
   };
@@ -95,15 +95,15 @@ class OEventReader {
                  subject, cell, consequence);
   }
 
-  // The two lines of titles. At the first line of the list afterwards.
+  // Reads the two title lines and moves to the line after them.
   bool ReadTitle() {
     const std::string_view event_name = line_.Line();
     line_.Next();
     if (!Contains(line_.Line(), kListTitle)) {
-      return Fail("no OEvent split list: \"Split times of\" is missing");
+      return Fail("not an OEvent split list: \"Split times of\" is missing");
     }
     line_.Next();
-    if (line_.AtEnd()) return Fail("the split list ends behind its titles");
+    if (line_.AtEnd()) return Fail("the split list ends after its titles");
     result_.records.event_name = std::string(event_name);
     return true;
   }
@@ -131,7 +131,7 @@ class OEventReader {
     return true;
   }
 
-  // A text that is no time stays, such as a status.
+  // A text that is not a time, such as a status, is kept.
   void ReadTotalTime(std::string_view cell, clsLapData& runner) {
     const CellValue value = ReadCellTime(cell);
     if (value.time) {
@@ -144,7 +144,8 @@ class OEventReader {
   }
 
   bool ReadRunner(const Row& row) {
-    if (result_.records.classes.empty()) return Fail("a runner stands before any class line");
+    if (result_.records.classes.empty())
+      return Fail("there is a runner before the first class line");
     if (runners_ >= kMostRunners) return Fail(kTooManyRunners);
     ++runners_;
     const auto runner = std::make_shared<clsLapData>();
@@ -160,9 +161,9 @@ class OEventReader {
     return true;
   }
 
-  // The rows of a runner: splits, a row in between that is not read, splits, and so on. At the line
-  // behind them afterwards. A runner, class or footer right behind a runner's line is no row
-  // of his.
+  // Reads the rows of a runner, which are splits and rows that are not read, in turn, and moves to
+  // the line after them. The runner has no rows when the line after theirs is a runner, class or
+  // footer.
   Splits ReadSplitRows(clsLapData& runner) {
     Splits splits;
     Row row(line_.Line());
@@ -187,12 +188,12 @@ class OEventReader {
       } else if (const auto time = CellTime(cell)) {
         if (CountLeg(i, runner, splits)) StoreSplit(i, *time, cell, runner, splits);
       } else {
-        Warn(i, "split", cell, "is no time and counts as no leg");
+        Warn(i, "split", cell, "is not a time and is not counted as a leg");
       }
     }
   }
 
-  // False beyond the legs that a record holds.
+  // False when a record has no room for another leg.
   bool CountLeg(std::size_t field, const clsLapData& runner, Splits& splits) {
     if (splits.legs < clsLapData::kMostLegs) {
       ++splits.legs;
@@ -216,13 +217,13 @@ class OEventReader {
     splits.sum = time;
   }
 
-  // At the footer: the next line holds the date.
+  // Reads the footer. The line after it is the date.
   void ReadCreation() {
     line_.Next();
     std::string text(TrimSpaces(line_.Line()));
     std::replace(text.begin(), text.end(), '.', '/');
     const auto date = HeaderDate(text);
-    if (!date) Warn(0, "creation date", text, "is no date and time and stays empty");
+    if (!date) Warn(0, "creation date", text, "is not a date and time and stays empty");
     result_.records.create_application = std::string(kApplication);
     result_.records.create_date = date.value_or(0);
   }

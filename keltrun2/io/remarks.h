@@ -1,4 +1,4 @@
-// What a reader noticed without giving up.
+// What a reader or writer noticed without giving up.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,12 @@ enum class RemarkSeverity : std::int32_t {
   kWarning,  ///< A cell, leg or line was dropped.
 };
 
-/// One remark of the last load: where it was and what was assumed or skipped.
+/// One remark: what was assumed or left out, and where.
 struct LoadRemark {
-  /// The line, from 1; 0 when no place can be named.
+  /// The line, from 1; 0 when the remark is not about one line.
   std::int32_t Line = 0;
   /// The column of a fixed-width text or the number of the cell in a separated one, from 1; 0 when
-  /// no place can be named.
+  /// the remark is not about one place.
   std::int32_t Column = 0;
   RemarkSeverity Severity = RemarkSeverity::kNote;  ///< How much the remark matters.
   std::string Text;                                 ///< What was noticed, in English.

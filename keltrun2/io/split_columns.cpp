@@ -11,12 +11,12 @@
 namespace keltrun {
 namespace {
 
-// Results may hold tenths that whole seconds of a split do not.
+// A result can have tenths of a second where the splits have whole seconds.
 bool IsSameTime(DateTime a, DateTime b) { return std::fabs(a - b) * kSecondsPerDay < 1; }
 
 enum class Meaning { kUnknown, kLaps, kSplits };
 
-// Laps never take longer than the result together, which tells where the finish has no time.
+// The sum of the laps never exceeds the result. That decides the rows without a time at the finish.
 Meaning MeaningOf(const clsLapData& runner) {
   // A stored time begins with a digit; it is parsed only for the few rows that need it.
   if (runner.Result().empty() || !IsDigit(runner.Result().front())) return Meaning::kUnknown;
@@ -40,7 +40,7 @@ Meaning MeaningOf(const clsLapData& runner) {
   return last < result && sum > result ? Meaning::kSplits : Meaning::kUnknown;
 }
 
-// A leg behind one without a time takes both together.
+// A leg after one without a time gets the time of both.
 void TurnRow(const ListRow& row, RemarkList& remarks) {
   DateTime before = 0;
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(*row.runner); ++leg) {
@@ -70,9 +70,9 @@ void TurnSplitsIntoLaps(const std::vector<ListRow>& rows, RemarkList& remarks) {
   if (splits * 2 <= all) return;
   for (const ListRow& row : rows) TurnRow(row, remarks);
   remarks.AddFirst(0, 0, "leg columns", "",
-                   "taken as splits, since in " + std::to_string(splits) + " of " +
-                       std::to_string(all) +
-                       " rows that tell they ascend to the result; laps are their differences");
+                   "read as splits, since the times ascend to the result in " +
+                       std::to_string(splits) + " of the " + std::to_string(all) +
+                       " rows that show what they are; the laps are their differences");
 }
 
 }  // namespace keltrun

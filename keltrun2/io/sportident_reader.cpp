@@ -18,15 +18,15 @@
 namespace keltrun {
 namespace {
 
-// The titles of the header line, which stand at the columns of the cells.
+// The titles of the header line. Their columns are those of the cells.
 enum Title : std::size_t { kPl, kStno, kName, kCl, kTime, kTitleCount };
 
 constexpr std::array<std::string_view, kTitleCount> kTitles = {"Pl", "Stno", "Name", "Cl.", "Time"};
 
-// Columns from 1; 0 for a title that the header line lacks.
+// Columns from 1; 0 for a title that is missing in the header line.
 using TitleColumns = std::array<std::int32_t, kTitleCount>;
 
-// A cell: where it begins, seen from the column of its title, and its width, both in columns.
+// A cell: where it begins relative to the column of its title, and its width, both in columns.
 struct CellRule {
   Title title;
   std::int32_t offset;
@@ -35,10 +35,10 @@ struct CellRule {
 
 constexpr CellRule kRankCell = {kPl, -1, 3};
 constexpr CellRule kIdCell = {kStno, -2, 6};
-constexpr CellRule kNarrowNameCell = {kName, 0, 16};  // and the club, one line below
+constexpr CellRule kNarrowNameCell = {kName, 0, 16};  // also the club, on the line below
 constexpr CellRule kResultCell = {kTime, -4, 8};
-constexpr CellRule kResultMark = {kTime, 3, 1};  // not blank: the line is a runner
-constexpr CellRule kIdMark = {kStno, 3, 1};      // blank: the line is no runner
+constexpr CellRule kResultMark = {kTime, 3, 1};  // not blank for a runner
+constexpr CellRule kIdMark = {kStno, 3, 1};      // blank for a row of controls
 
 constexpr std::int32_t kTimeCellWidth = 8;       // of a leg, and of a control above it
 constexpr std::int32_t kNarrowestWideName = 13;  // columns from "Name" to "Cl."
@@ -52,7 +52,7 @@ constexpr std::string_view kPattern = "Pattern";
 constexpr std::size_t kPatternUnits = 9;  // "Pattern", a blank and at least one character
 constexpr std::string_view kFinish = "F";
 
-// What a result that is no time becomes; case counts.
+// What the words for results become. Case matters.
 struct StatusWord {
   std::string_view word;
   std::string_view result;
@@ -64,12 +64,12 @@ constexpr StatusWord kDisqualified = {"disq", "DISQ"};
 
 // --- columns ---
 
-// A place in a line that moves forward, with its column in Shift-JIS bytes.
+// A position in a line, with its column in Shift-JIS bytes.
 struct Place {
   std::size_t offset = 0;
   std::int32_t column = 1;
 
-  // The column behind the character here.
+  // The position after the character at this one.
   Place Next(std::string_view line) const {
     if (static_cast<unsigned char>(line[offset]) < 0x80) return {offset + 1, column + 1};
     Place next = *this;
@@ -78,13 +78,13 @@ struct Place {
   }
 };
 
-// The cells of a line. Asking for them in the order of their columns costs one walk over the line.
+// The cells of a line. Reading them in the order of their columns takes one pass over the line.
 class LineColumns {
  public:
   explicit LineColumns(std::string_view line) : line_(line), ascii_(IsAscii(line)) {}
 
-  // The characters that lie wholly within the columns, trimmed. What would be left of column 1 does
-  // not exist.
+  // The characters that lie entirely within the columns, trimmed. Columns left of column 1 have no
+  // characters.
   std::string_view Cell(std::int32_t first, std::int32_t width) {
     const std::int32_t end = first + std::max(width, 0);
     first = std::max(first, 1);
@@ -108,7 +108,7 @@ class LineColumns {
   bool IsBlank(std::int32_t column) { return Cell(column, 1).empty(); }
 
  private:
-  // To the character that covers the column, or the end of the line.
+  // Moves to the character that covers the column, or to the end of the line.
   void Seek(std::int32_t column) {
     if (column < place_.column) place_ = {};
     while (place_.offset < line_.size()) {
@@ -145,23 +145,23 @@ std::optional<ControlCell> ParseControl(std::string_view cell) {
   return ControlCell{leg, LeadingLong(code.substr(0, code.find(')')))};
 }
 
-// A leg of a group that has no control in the row. A real cell may begin left of column 1.
+// The column of a leg without a control in the row. A real cell can begin left of column 1.
 constexpr std::int32_t kNoCell = std::numeric_limits<std::int32_t>::min();
 
-// Where the time of a leg stands in the rows of its group.
+// The column of the times of a leg in the rows of its group.
 struct LegCell {
   std::int32_t leg;
   std::int32_t column;
 };
 
-// The legs whose controls stand in one row, and whose times stand in one row of each runner.
+// The legs whose controls are in the same row, and whose times are in the same row of each runner.
 struct LegGroup {
   LegGroup() { columns.fill(kNoCell); }
 
   std::int32_t first = 0;
-  std::int32_t last = 0;                            // below first: no legs
+  std::int32_t last = 0;                            // less than first: no legs
   std::array<std::int32_t, kMostLegs + 1> columns;  // by leg
-  std::vector<LegCell> cells;  // those of first to last, in the order of their columns
+  std::vector<LegCell> cells;  // of the legs from first to last, in the order of the columns
 };
 
 // What the rows of controls say.
@@ -181,7 +181,7 @@ void OrderCells(LegGroup& group) {
                    [](const LegCell& a, const LegCell& b) { return a.column < b.column; });
 }
 
-// The class line with every run of spaces as one.
+// The class line with every run of spaces replaced by one.
 std::string FoldSpaces(std::string_view line) {
   std::string out;
   for (const char c : line) {
@@ -190,7 +190,8 @@ std::string FoldSpaces(std::string_view line) {
   return out;
 }
 
-// The name of a folded class line: its first word, or everything up to the word behind "Pattern".
+// The class name in a folded class line: the first word, or all words up to the one after
+// "Pattern".
 std::string_view ClassName(std::string_view line) {
   const std::size_t pattern = line.find(kPattern);
   std::size_t from = 0;
@@ -200,7 +201,7 @@ std::string_view ClassName(std::string_view line) {
   return TrimSpaces(line.substr(0, line.find(' ', from)));
 }
 
-constexpr std::size_t kShortestFigure = 4;  // characters of a figure with its unit in one word
+constexpr std::size_t kShortestFigure = 4;  // characters of a figure and its unit in one word
 
 // The number between a prefix and a suffix, or nullopt.
 std::optional<double> NumberBetween(std::string_view token, std::string_view prefix,
@@ -213,9 +214,9 @@ std::optional<double> NumberBetween(std::string_view token, std::string_view pre
   return NumericValue(token);
 }
 
-constexpr double kMetresPerKm = 1000;
+constexpr double kMetersPerKm = 1000;
 
-// A split time that says "missed" rather than something unreadable: nothing, or only hyphens.
+// Whether a time says that the control was missed: it is empty or consists of hyphens.
 bool IsMissing(std::string_view cell) {
   return cell.find_first_not_of('-') == std::string_view::npos;
 }
@@ -254,7 +255,7 @@ class SportIdentReader {
     Remark(RemarkSeverity::kNote, line_.Number(), column, subject, cell, consequence);
   }
 
-  // The six lines above the classes. At the line behind them afterwards.
+  // Reads the six lines above the classes and moves to the line after them.
   bool ReadHeader() {
     std::array<std::string_view, 6> lines;
     std::size_t count = 0;
@@ -264,7 +265,7 @@ class SportIdentReader {
     const bool is_list = Contains(lines[2], kListTitle) || Contains(lines[3], kListApplication);
     if (count < 4 || !is_list) {
       return Fail(
-          "no SPORTident results: neither \"SPORTident results\" in line 3 nor \"OE2003\" in "
+          "not a SPORTident printout: neither \"SPORTident results\" in line 3 nor \"OE2003\" in "
           "line 4");
     }
     line_.Next();
@@ -275,12 +276,12 @@ class SportIdentReader {
     return true;
   }
 
-  // Event title, two spaces or more, date and time.
+  // The event title, two or more spaces, the date and the time.
   void ReadTitle(std::string_view line) {
     line = TrimSpaces(line);
     const std::size_t gap = line.rfind("  ");
     if (gap == std::string_view::npos) {
-      Warn(0, "title", line, "no date behind two spaces, event name and date are not read");
+      Warn(0, "title", line, "no date after two spaces; the event name and the date are not read");
       return;
     }
     result_.records.event_name = std::string(TrimSpaces(line.substr(0, gap)));
@@ -292,7 +293,7 @@ class SportIdentReader {
       date.append(" ").append(time.substr(0, time.find_first_of(" ,")));
     }
     const auto created = HeaderDate(date);
-    if (!created) Warn(0, "creation date", rest, "is no date and time and stays empty");
+    if (!created) Warn(0, "creation date", rest, "is not a date and time and stays empty");
     result_.records.create_date = created.value_or(0);
   }
 
@@ -316,8 +317,8 @@ class SportIdentReader {
         club - titles_[kName] < kNarrowestWideName || titles_[kTime] - club <= kClubToResult;
   }
 
-  // One line of the list with the rows below it that belong to it alone. At the line behind it
-  // afterwards; false when the reading ends.
+  // Reads a class line with its rows of controls, or one other line, and moves to the line after
+  // it. False when reading has to stop.
   bool ReadLine() {
     const std::string_view line = line_.Line();
     if (line.empty() || line == header_line_) {
@@ -337,7 +338,7 @@ class SportIdentReader {
 
   bool ReadClassLine(std::string_view line) {
     if (!Contains(line, " ")) {
-      Note(1, "line", line, "begins like a class but holds one word, it is passed over");
+      Note(1, "line", line, "begins like a class but has only one word, skipped");
       line_.Next();
       return true;
     }
@@ -354,7 +355,7 @@ class SportIdentReader {
     if (result_.records.classes.size() >= kMostClasses) return Fail(kTooManyClasses);
     if (!layout.has_finish) {
       Remark(RemarkSeverity::kNote, class_line.Number(), 1, "class", class_line.Line(),
-             "has no finish among its controls, the last control stands for it");
+             "has no finish among its controls; the last control is taken as the finish");
     }
     klass.name = ClassName(folded);
     klass.control_count = layout.legs - 1;
@@ -364,8 +365,8 @@ class SportIdentReader {
     return true;
   }
 
-  // A line without controls is the head of a page, and the class before it goes on below; one that
-  // names a length or climb is a class that cannot be read, and so cannot its runners.
+  // A line without controls is the head of a page, and the current class continues after it. But
+  // one with a length or climb is a class; without controls, its runners cannot be read.
   void PassOver(const LineCursor& line, bool has_figures) {
     if (has_figures) {
       layout_ = {};
@@ -373,11 +374,11 @@ class SportIdentReader {
              "no row of controls, the class is dropped");
     } else {
       Remark(RemarkSeverity::kNote, line.Number(), 1, "line", line.Line(),
-             "begins like a class but brings no controls, it is passed over");
+             "begins like a class but no controls follow, skipped");
     }
   }
 
-  // Length and climb, in any of their notations. False when there is none.
+  // Reads the length and climb in any of their notations. False when there is neither.
   bool ReadFigures(std::string_view line, ClassRecords& klass) {
     bool found = false;
     std::string_view before;
@@ -393,11 +394,11 @@ class SportIdentReader {
 
   bool ReadFigure(std::string_view before, std::string_view token, ClassRecords& klass) {
     if (token == "Km" || token == "km") {
-      klass.length = RoundToLong(FigureBefore("length", before) * kMetresPerKm);
+      klass.length = RoundToLong(FigureBefore("length", before) * kMetersPerKm);
     } else if (token == "Cm" || token == "m") {
       klass.climb = RoundToLong(FigureBefore("climb", before));
     } else if (const auto length = NumberBetween(token, "", "km")) {
-      klass.length = RoundToLong(*length * kMetresPerKm);
+      klass.length = RoundToLong(*length * kMetersPerKm);
     } else if (const auto climb = NumberBetween(token, "up", "m")) {
       klass.climb = RoundToLong(*climb);
     } else {
@@ -408,11 +409,12 @@ class SportIdentReader {
 
   double FigureBefore(std::string_view subject, std::string_view token) {
     const double value = LeadingNumber(token);
-    if (!NumericValue(token)) Note(0, subject, token, "is no number, its leading digits count");
+    if (!NumericValue(token))
+      Note(0, subject, token, "is not a number; its leading digits are used");
     return value;
   }
 
-  // The rows of controls from the current line on. At the line behind them afterwards.
+  // Reads the rows of controls from the current line on and moves to the line after them.
   ClassLayout ReadControlRows() {
     ClassLayout layout;
     while (IsControlRow() && layout.groups.size() < kMostControlRows) {
@@ -429,8 +431,8 @@ class SportIdentReader {
     return layout;
   }
 
-  // Blank where a runner has his number, and a control as its first word: without a column of
-  // numbers, or for a runner without one, only the controls tell the row from a runner.
+  // A row of controls is blank where runners have their numbers, and its first word is a control.
+  // The word has to decide in a printout without numbers and for runners without one.
   bool IsControlRow() const {
     const std::string_view line = line_.Line();
     const std::size_t begin = line.find_first_not_of(' ');
@@ -463,14 +465,14 @@ class SportIdentReader {
                   std::string_view cell) {
     const auto control = ParseControl(cell);
     if (!control) {
-      Warn(column, "control", cell, "is no leg and code, it is skipped");
+      Warn(column, "control", cell, "is not a leg and a code, skipped");
       return;
     }
     if (!AddLeg(group, control->leg, column, cell)) return;
     layout.codes[static_cast<std::size_t>(control->leg)] = control->code;
   }
 
-  // The finish is a leg more than the last control, also when it stands alone in a row.
+  // The leg to the finish follows that to the last control, even if the finish has its own row.
   void AddFinish(ClassLayout& layout, LegGroup& group, std::int32_t column) {
     AddLeg(group, (group.first > 0 ? group.last : layout.legs) + 1, column, kFinish);
     layout.has_finish = true;
@@ -478,7 +480,7 @@ class SportIdentReader {
 
   bool AddLeg(LegGroup& group, std::int32_t leg, std::int32_t column, std::string_view cell) {
     if (leg > kMostLegs) {
-      Warn(column, "control", cell, "is beyond 50 legs and dropped");
+      Warn(column, "control", cell, "is beyond the maximum of 50 legs and is dropped");
       return false;
     }
     if (group.first == 0) group.first = leg;
@@ -508,7 +510,7 @@ class SportIdentReader {
 
   std::int32_t ReadId(std::string_view cell) {
     if (!cell.empty() && !NumericValue(cell)) {
-      Note(titles_[kStno], "start number", cell, "is no number, its leading digits count");
+      Note(titles_[kStno], "start number", cell, "is not a number; its leading digits are used");
     }
     return LeadingLong(cell);
   }
@@ -531,13 +533,13 @@ class SportIdentReader {
     runner.ClubName = TrimSpaces(text);
   }
 
-  // False for the next runner or class: the block of a runner can be cut short.
+  // False for the next runner or class: rows of a runner can be missing.
   bool BelongsToRunner(const LineCursor& below, LineColumns& columns) const {
     const std::string_view line = below.Line();
     return !below.AtEnd() && (line.empty() || line.front() == ' ') && !IsRunner(columns);
   }
 
-  // Below the line of a runner a row of laps and one of splits alternate, for every group.
+  // Below the line of a runner there is a row of laps for each group, with rows of splits between.
   void ReadLaps(clsLapData& runner) {
     LineCursor row = line_;
     bool missing = false;
@@ -567,7 +569,7 @@ class SportIdentReader {
     const auto time = CellTime(text);
     if (!time) {
       Remark(RemarkSeverity::kWarning, line, cell.column, "lap", text,
-             "is no time and counts as missing");
+             "is not a time and is read as a missing punch");
       return kTimeDisq;
     }
     return *time;
@@ -581,12 +583,12 @@ class SportIdentReader {
     if (text == kDns.word) return std::string(kDns.result);
     if (text == kMispunch.word) return MispunchResult(runner);
     if (text != kDisqualified.word) {
-      Note(titles_[kTime] + kResultCell.offset, "result", cell, "reads as DISQ");
+      Note(titles_[kTime] + kResultCell.offset, "result", cell, "is read as DISQ");
     }
     return std::string(kDisqualified.result);
   }
 
-  // A runner without a time at the finish did not get there. "P0" would stand before every time.
+  // A runner without a time at the finish did not finish. "P0" would be sorted before every time.
   std::string MispunchResult(const clsLapData& runner) const {
     const auto missed = [&](std::int32_t leg) {
       return LapDataInternal::Lap(runner, leg) == kTimeDisq;
@@ -603,7 +605,7 @@ class SportIdentReader {
   std::string_view header_line_;
   TitleColumns titles_{};
   bool two_lines_ = false;
-  ClassLayout layout_;  // of the last class of the records; no legs when its runners are dropped
+  ClassLayout layout_;  // of the last class; without legs when its runners are dropped
   std::size_t runners_ = 0;
 };
 

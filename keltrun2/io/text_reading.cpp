@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::size_t kShownUnits = 40;  // of a cell in a remark
 
-// "m:ss", "mm:ss" or hours in front of two digits each: what nearly every cell holds. nullopt
-// says only that the full rules have to decide.
+// "m:ss", "mm:ss", "h:mm:ss" or "hh:mm:ss": nearly every cell is one of these. nullopt means that
+// the full rules have to decide.
 std::optional<DateTime> PlainTime(std::string_view cell) {
   const std::size_t colon = cell.find(':');
   if (colon == 0 || colon > 2) return std::nullopt;
@@ -39,20 +39,20 @@ std::optional<DateTime> PlainTime(std::string_view cell) {
   return Canonical(seconds / kSecondsPerDay);
 }
 
-// A cell as its notation is looked at: half width, without a remark in parentheses behind it.
+// The part of a cell that can be a time: half width, without a remark in parentheses after it.
 std::string_view TimePart(std::string_view cell, std::string& folded) {
   if (!IsAscii(cell)) cell = folded = ToHalfWidth(cell);
   return TrimSpaces(cell.substr(0, cell.find('(')));
 }
 
-// More digits are the number of a card or of a runner.
+// Longer numbers are those of cards or runners.
 constexpr std::size_t kMostTimeDigits = 6;
 
 bool IsTwoDigitsBelow60(std::string_view text) {
   return text.size() == 2 && IsDigits(text) && text[0] <= '5';
 }
 
-// "12.34" as its two parts; the first may be empty. nullopt when it is no such number.
+// The two parts of "12.34"; the first can be empty. nullopt for other texts.
 std::optional<std::pair<std::string_view, std::string_view>> DecimalParts(std::string_view text) {
   const std::size_t point = text.find('.');
   if (point == std::string_view::npos || point + 1 == text.size()) return std::nullopt;
@@ -92,7 +92,7 @@ CellValue DecimalTime(std::string_view whole, std::string_view decimals, NumberM
           either ? NumberHint::kEither : NumberHint::kSeconds};
 }
 
-// "h.mm.ss" with colons, any other text as it is.
+// "h.mm.ss" with colons; any other text unchanged.
 std::string WithColons(std::string_view text) {
   std::string colons(text);
   if (text.size() < 7 || !IsTwoDigitsBelow60(text.substr(text.size() - 2))) return colons;
@@ -103,7 +103,7 @@ std::string WithColons(std::string_view text) {
   return colons;
 }
 
-// Notations with separators.
+// Reads the notations with separators.
 CellValue SeparatedTime(std::string_view text) {
   const std::size_t point = text.find('.');
   const std::string_view whole = text.substr(0, point);
@@ -117,7 +117,7 @@ CellValue SeparatedTime(std::string_view text) {
   return {Canonical(*time + fraction / kSecondsPerDay), true};
 }
 
-// A number as a time of day; nullopt when it is none.
+// A number as a time of day; nullopt when it cannot be one.
 std::optional<DateTime> NumberClock(std::string_view number) {
   if (IsDigits(number) && number.size() <= kMostTimeDigits) {
     return ParseDateTime(NormalizeTimeText(number, Digits::kClock));
@@ -160,7 +160,7 @@ void LineCursor::Next() {
     line_ = {};
     return;
   }
-  // The next LF is kept: a text with CR alone must not be searched for it once per line.
+  // The position of the next LF is kept, so that a text without LF is not searched for every line.
   if (feed_ < next_) feed_ = std::min(text_.find('\n', next_), text_.size());
   const std::string_view ahead = text_.substr(next_, feed_ - next_);
   const std::size_t end = next_ + std::min(ahead.find('\r'), ahead.size());
@@ -203,7 +203,7 @@ std::size_t BlankControlCharacters(std::string& text) {
   const auto is_control = [](char c) {
     return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
   };
-  int any = 0;  // hardly ever; this loop takes many bytes at a time
+  int any = 0;  // there is hardly ever one; the compiler makes this loop a fast one
   for (const char c : text) any |= is_control(c) ? 1 : 0;
   if (any == 0) return 0;
   const auto count = std::count_if(text.begin(), text.end(), is_control);
@@ -231,7 +231,7 @@ bool IsNegative(std::string_view cell) {
 }
 
 std::string ResultText(DateTime time, bool has_fraction) {
-  // From a day on tenths would stand behind the time of day.
+  // From 24 hours on, the tenths would follow the time of day.
   return FormatTime(time, "h\\:nn\\:ss", has_fraction && time < 1);
 }
 

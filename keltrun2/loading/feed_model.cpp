@@ -46,7 +46,7 @@ void ApplyHeader(EventModel& model, const LapRecords& records, EventNameRule rul
   SetIfGiven(model.Meta->CreateDate, records.create_date);
 }
 
-// The courses of the model by their codes.
+// Finds the courses of the model by their codes.
 class CourseFinder {
  public:
   explicit CourseFinder(EventModel& model) : model_(model) {
@@ -61,7 +61,7 @@ class CourseFinder {
     }
   }
 
-  // The number of the first course with these codes, made when there is none.
+  // The number of the first course with these codes, which is added if necessary.
   std::int32_t NumberOf(const std::vector<std::int32_t>& codes) {
     const auto [found, added] = number_of_codes_.emplace(codes, highest_ + 1);
     if (added) MakeCourse(++highest_, codes);
@@ -81,8 +81,8 @@ class CourseFinder {
   std::map<std::vector<std::int32_t>, std::int32_t> number_of_codes_;
 };
 
-// A class of no controls has all its codes, too, unless the file names its course or its runners
-// may show that it has controls after all.
+// A class without controls also has all its codes, unless the file says its course or its runners
+// show that it has controls after all.
 bool HasCodes(const ClassRecords& records) {
   if (!records.codes.empty()) return true;
   return records.control_count == 0 && records.legs_seen == 0 && !records.course_num;
@@ -103,18 +103,18 @@ void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapDat
   for (const auto& runner : runners) merger.Add(runner);
 }
 
-// Tells of classes that become one: two of a file, or one of the file and one of the event whose
-// names are not spelled alike. The class of the event that a file's class is meant to join is none.
+// Adds remarks on classes that become one although their names differ, or that are twice in a file.
+// A class of the file that has exactly the name of one in the event is meant to join it.
 class ClassJoins {
  public:
   explicit ClassJoins(RemarkList& remarks) : remarks_(remarks) {}
 
-  // A class of the file whose runners go to `klass`.
+  // Notes a class of the file whose runners go to `klass`.
   void See(std::string_view name, const clsClassData& klass, bool existed) {
     const bool of_file = !seen_.insert(&klass).second;
     if (!existed || (!of_file && klass.ClassName() == name)) return;
     remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", name,
-                 "is one with the class \"" + klass.ClassName() +
+                 "is merged with the class \"" + klass.ClassName() +
                      "\" that was there before: the runners of both are in it");
   }
 
@@ -138,7 +138,7 @@ void AddCourses(EventModel& model, const std::vector<std::shared_ptr<clsCourseDa
     if (model.AddCourseObject(course)) continue;
     if (HaveEqualControls(*model.CourseByNumber(course->CourseIndex()), *course)) continue;
     remarks.Add(RemarkSeverity::kWarning, 0, 0, "course", std::to_string(course->CourseIndex()),
-                "there is a course of that number with other controls before it, which counts");
+                "a course with this number but other controls was there before and is kept");
   }
 }
 
@@ -148,7 +148,7 @@ void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mo
                ProgressReport& progress, RemarkList& remarks) {
   if (file.file_date) model.FileDate = *file.file_date;
   if (mode == KR_LOADMODE_NORMAL) {
-    // The event and metadata objects stay the same: a host may hold them.
+    // The event and metadata objects stay the same, because a host can keep them.
     *model.Event = std::move(file.event);
     *model.Meta = std::move(file.meta);
   }

@@ -1,4 +1,4 @@
-// Handing what a reader found to the event.
+// Puts what a reader found into the event.
 #pragma once
 
 #include "keltrun2/io/lap_records.h"
@@ -10,26 +10,27 @@
 
 namespace keltrun {
 
-/// When a file's event name becomes that of the event.
+/// When the event name of a file becomes that of the event.
 enum class EventNameRule {
-  kAlways,      // an event without a name gets the resource text for that
-  kIfEmpty,     // likewise
+  kAlways,      // an event that is still without one gets the resource text for that
+  kIfEmpty,     // the same, but an event with a name keeps it
   kNormalLoad,  // only with KR_LOADMODE_NORMAL, as the rest of the event header
 };
 
-/// A native lap file: the header only with KR_LOADMODE_NORMAL, courses and classes that are new,
-/// and every runner as the mode says. Progress advances with each class. A course that is dropped
-/// for another one of its number is a remark, and so are two classes that become one.
+/// Adds a native lap file: the header only with KR_LOADMODE_NORMAL, the courses and classes that
+/// are new, and every runner as the mode says. Progress advances with each class. There is a remark
+/// when a course is dropped because another one has its number, and when two classes become one.
 void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mode,
                ProgressReport& progress, RemarkList& remarks);
 
-/// The records of a text format, in the same way. A class with control codes, or with the finish
-/// alone, gets the course that has them, or a new one numbered after the highest.
+/// Adds the records of a text format in the same way. A class with control codes, or with the
+/// finish alone, gets the course with these codes, or a new one with the next higher number.
 void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
                KrLapFileLoadModeCosnt mode, ProgressReport& progress, RemarkList& remarks);
 
-/// Club and sex for the runners of these names, in every class: a club where there is none, or over
-/// any with KR_LOADMODE_PRIORITY_NEWDATA; a sex only where there is none.
+/// Sets the club and sex of the runners with these names in every class. A club is set when the
+/// runner has none, or always with KR_LOADMODE_PRIORITY_NEWDATA; a sex only when the runner has
+/// none.
 void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
                   KrLapFileLoadModeCosnt mode);
 

@@ -42,13 +42,13 @@ constexpr std::string_view kDetectOperation = "clsFileControl.DetectFileType";
 constexpr std::string_view kExtractArchive = "clsFileControl.ExtractArchive";
 constexpr std::string_view kMakeArchive = "clsFileControl.MakeArchive";
 
-// A type of text file: the operation that error texts name, its reader, and what of it goes where.
+// A type of text file: the operation for error texts, its reader, and what to do with the records.
 struct TextFormat {
   KrLapFileTypeConst type;
   std::string_view operation;
   ReadResult (*read)(std::string_view text);
   EventNameRule event_name;
-  bool makes_segments;  // the segment sets are made anew with every load
+  bool makes_segments;  // every load makes the segment sets anew
 };
 
 constexpr TextFormat kTextFormats[] = {
@@ -67,7 +67,7 @@ bool Fail(std::string_view message_key, std::string_view operation, std::string_
   return false;
 }
 
-// The most bytes that are read of a type.
+// The maximum number of bytes of a file.
 std::size_t LargestFile(KrLapFileTypeConst type) {
   return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestListFile;
 }
@@ -107,7 +107,7 @@ class Load {
   }
 
  private:
-  // Unpacks an archive and goes on with the lap file in it; of several the user takes one.
+  // Unpacks an archive and continues with its lap file. The user chooses if there are several.
   bool ExtractLapFile() {
     std::string error;
     const auto folder = NewExtractionFolder(error);
@@ -123,19 +123,19 @@ class Load {
       paths.push_back(file.Path);
     }
     if (names.empty()) {
-      return Fail(kOpenError, kExtractArchive, request_.file_name + " holds no .lxm or .lap file");
+      return Fail(kOpenError, kExtractArchive, request_.file_name + " contains no .lxm or .lap file");
     }
     std::optional<std::size_t> chosen = 0;
     if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.file_name, names);
     if (!chosen || *chosen >= paths.size()) {
       return Fail(kOpenError, kExtractArchive,
-                  request_.file_name + " holds several lap files and none was chosen");
+                  request_.file_name + " contains several lap files and none was chosen");
     }
     request_.file_name = paths[*chosen];
     return true;
   }
 
-  // The bytes of the file; nullopt when they cannot be read or are those of an archive.
+  // The bytes of the file; nullopt when it cannot be read or is an archive.
   std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
     std::string error;
     std::optional<std::string> bytes = ReadFile(request_.file_name, error, largest);
@@ -150,7 +150,7 @@ class Load {
     return std::nullopt;
   }
 
-  // Finds out the type; false when the file cannot be read or is of none.
+  // Detects the type. False when the file cannot be read or has no known type.
   bool Detect() {
     const std::string extension = FileExtension(request_.file_name);
     if (extension == "xml" || extension == "lxm") {
@@ -168,7 +168,7 @@ class Load {
     return false;
   }
 
-  // What a reader added before an error counts, for the ranks too.
+  // What a reader added before an error stays, so the ranks are renewed after an error as well.
   bool LoadAndRank(const StartProgress& start_progress) {
     if (!request_.renew_ranks || request_.mode == KR_LOADMODE_NORMAL) {
       return LoadByType(start_progress);
@@ -180,7 +180,7 @@ class Load {
   }
 
   bool DetectFile() {
-    constexpr std::size_t kBeginning = 4096;  // enough to know a native lap file
+    constexpr std::size_t kBeginning = 4096;  // enough to recognize a native lap file
     std::optional<std::string> bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
     if (!bytes) return false;
     const bool is_large = bytes->size() > kLargestListFile;
@@ -215,8 +215,8 @@ class Load {
     return false;
   }
 
-  // Reads and feeds the model, then sorts it. What goes wrong after the reader ends as an error of
-  // the reader, too.
+  // Reads the file, adds the records to the model and sorts it. An exception is reported like an
+  // error of the reader.
   template <typename LoadRecords>
   bool Guarded(std::string_view operation, const StartProgress& start_progress,
                LoadRecords load_records) {
@@ -234,7 +234,7 @@ class Load {
     }
   }
 
-  // The name of the source in error texts.
+  // What error texts call the source.
   std::string SourceName() const {
     return request_.file_name.empty() ? "FileData" : request_.file_name;
   }
@@ -282,8 +282,8 @@ class Load {
     return DecodeList(*bytes, request_.input_charset);
   }
 
-  // The records of a text file; nullopt when it cannot be opened. What was read before an error in
-  // the text counts.
+  // The records of a text file; nullopt when it cannot be opened. They include what was read before
+  // an error in the text.
   std::optional<ReadResult> Read(std::string_view operation,
                                  ReadResult (*read)(std::string_view text)) {
     std::optional<ListText> list = TakeText(operation);
@@ -299,11 +299,11 @@ class Load {
     return result;
   }
 
-  // What was assumed about the encoding, and where it does not fit.
+  // Adds notes on the encoding that was assumed and on bytes that it does not allow.
   void RemarkEncoding(const ListText& list) {
     const std::string name(NameOf(list.Used));
     if (list.Assumed) {
-      const char* reason = list.Used == Charset::kShiftJis ? "Japanese with bytes that are damaged"
+      const char* reason = list.Used == Charset::kShiftJis ? "Japanese with damaged bytes"
                                                            : "neither UTF-8 nor Shift-JIS";
       AddNote(0, "encoding: " + std::string(reason) + ", read as " + name +
                      "; clsFileControl.InputCharset or --input-charset names another");
@@ -313,7 +313,7 @@ class Load {
         std::string_view(list.Content.Text).substr(0, list.Content.FirstInvalid);
     const auto line = std::count(before.begin(), before.end(), '\n') + 1;
     AddNote(static_cast<std::int32_t>(line),
-            "encoding: bytes from here on that are no " + name + " show as U+FFFD");
+            "encoding: from here on, bytes that are not " + name + " are shown as U+FFFD");
   }
 
   bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
@@ -346,11 +346,11 @@ class Load {
   const std::shared_ptr<EventModel> model_;
 };
 
-// The event in the bytes of a file type, and what goes with it.
+// The bytes of a saved event, and what is needed to write them.
 struct SavedFile {
   std::string_view operation;
   std::string_view extension;
-  std::size_t largest;  // bytes that can be read again
+  std::size_t largest;  // the maximum number of bytes that can be read again
   std::string bytes;
 };
 
@@ -369,20 +369,21 @@ SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveM
           WriteNativeLapFile(model, mode, Now())};
 }
 
-// Nothing is replaced by a file that could not be read again.
+// A file that is too large to be read again must not replace another.
 bool WriteOrFail(std::string_view operation, const std::string& name, std::string_view bytes,
                  std::size_t largest, Sync sync) {
   std::string error;
   if (bytes.size() > largest) {
     error = "cannot write " + name + ": it would be larger than " + std::to_string(largest >> 20) +
-            " MiB, the most that can be read again";
+            " MiB, the maximum that can be read again";
     return Fail(kSaveError, operation, error);
   }
   return WriteFile(name, bytes, error, sync) || Fail(kSaveError, operation, error);
 }
 
-// The lap file goes into the working folder and, from memory, into the archive. The result is that
-// of the lap file; an archive that cannot be written leaves an older one and an error text.
+// Writes the lap file into the working folder and, from memory, into the archive. Returns whether
+// the lap file was written. If the archive cannot be written, an older one stays and the error text
+// is set.
 bool SaveArchive(const std::string& archive_name, const SavedFile& file, Sync sync) {
   std::string error;
   const std::string_view archive = FileNamePart(archive_name);

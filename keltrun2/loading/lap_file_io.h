@@ -1,4 +1,4 @@
-// Loading and saving lap files, behind the file service.
+// Loads and saves lap files, for the file service.
 #pragma once
 
 #include <functional>
@@ -18,7 +18,7 @@
 
 namespace keltrun {
 
-/// Starts the report of an operation: shows the window and raises 0 percent.
+/// Starts the progress report of an operation: shows the window and reports 0 percent.
 using StartProgress = std::function<std::unique_ptr<ProgressReport>()>;
 
 /// What is to be loaded into the current model.
@@ -26,18 +26,18 @@ struct LoadRequest {
   std::string file_name;
   KrLapFileTypeConst type = KR_FILETYPE_AUTODETECT;
   KrLapFileLoadModeCosnt mode = KR_LOADMODE_NORMAL;
-  std::string file_data;     // in place of the file when not empty; UTF-8
-  bool renew_ranks = false;  // of an event that the load adds to
+  std::string file_data;     // if not empty, used instead of the file; UTF-8
+  bool renew_ranks = false;  // when the load adds to an event
   std::optional<Charset> input_charset = std::nullopt;  // of a text file without a byte-order mark
 };
 
-/// True when the file was loaded; else the error text says why, or is empty for a type that is only
-/// written (IOF XML). `remarks` takes what the reader noticed.
+/// Returns whether the file was loaded. If not, the error text says why; it is empty for a type
+/// that is only written (IOF XML). `remarks` gets what the reader noticed.
 [[nodiscard]] bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
                                const StartProgress& start_progress);
 
-/// True when the file was written; else the error text says why. With Sync::kNow it is on the disk
-/// then. `remarks` takes what the type has no place for, unless it is null.
+/// Returns whether the file was written. If not, the error text says why. With Sync::kNow the file
+/// is on the disk on return. `remarks`, which may be null, gets what the type cannot hold.
 [[nodiscard]] bool SaveLapFile(const EventModel& model, const std::string& file_name,
                                KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode, Sync sync,
                                std::vector<LoadRemark>* remarks = nullptr);

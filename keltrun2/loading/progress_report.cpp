@@ -15,7 +15,7 @@ ProgressReport::ProgressReport(std::shared_ptr<ProgressHandlers> handlers, bool 
   }
   try {
     Raise(0);
-  } catch (...) {  // the destructor does not run for an object that was never made
+  } catch (...) {  // the destructor does not run when a constructor throws
     CloseQuietly();
     throw;
   }
@@ -26,7 +26,7 @@ ProgressReport::~ProgressReport() { CloseQuietly(); }
 void ProgressReport::CloseQuietly() {
   try {
     Close();
-  } catch (const ProgressHandlerError&) {  // another error is on its way to the host already
+  } catch (const ProgressHandlerError&) {  // another error is already on its way to the host
   }
 }
 
@@ -34,7 +34,7 @@ void ProgressReport::Advance(std::int64_t done, std::int64_t total) {
   if (total <= 0) return;
   const double percent =
       std::floor(static_cast<double>(done) / static_cast<double>(total) * 100 + 0.5);
-  if (percent < 100) Raise(static_cast<std::int32_t>(percent));  // 100 is for Close to report
+  if (percent < 100) Raise(static_cast<std::int32_t>(percent));  // Close reports 100
   if (window_) window_->SetPercent(static_cast<std::int32_t>(percent));
 }
 

@@ -1,4 +1,4 @@
-// One operation's progress: the window, if it is wanted, and the events.
+// The progress of one operation: the window, if it is shown, and the events.
 #pragma once
 
 #include <atomic>
@@ -11,13 +11,13 @@
 
 namespace keltrun {
 
-/// A handler threw: what it threw ends the operation and goes to the host.
+/// A handler threw an exception, which ends the operation and is passed on to the host.
 struct ProgressHandlerError {
   std::exception_ptr cause;
 };
 
-/// Reports 0 percent when it is made and 100 when it is closed, once and with the window closed
-/// before.
+/// Reports 0 percent on construction and 100 percent once, when it is closed; the window is closed
+/// before that.
 class ProgressReport {
  public:
   ProgressReport(std::shared_ptr<ProgressHandlers> handlers, bool show_window);
@@ -25,10 +25,10 @@ class ProgressReport {
   ProgressReport(const ProgressReport&) = delete;
   ProgressReport& operator=(const ProgressReport&) = delete;
 
-  /// Reports done / total, rounded to whole percents; 100 percent only in the window.
+  /// Reports done / total in whole percent. 100 percent is shown in the window only.
   void Advance(std::int64_t done, std::int64_t total);
 
-  /// Reports the end. This, Advance and the constructor throw ProgressHandlerError.
+  /// Reports the end. Like Advance and the constructor, it throws ProgressHandlerError.
   void Close();
 
  private:
@@ -40,8 +40,8 @@ class ProgressReport {
   bool open_ = true;
 };
 
-/// Held while a load or export runs: its handlers may not start another. Threads that have roots of
-/// their own do not hinder each other.
+/// Exists while a load or export runs, so that a handler cannot start another. Threads with roots
+/// of their own do not affect each other.
 class [[nodiscard]] Busy {
  public:
   /// Marks the roots of this thread busy unless they are already.
@@ -50,7 +50,7 @@ class [[nodiscard]] Busy {
   Busy(const Busy&) = delete;
   Busy& operator=(const Busy&) = delete;
 
-  /// False when another operation was running when this was made.
+  /// False when another operation was already running.
   bool Granted() const { return granted_; }
 
  private:

@@ -8,7 +8,7 @@
 namespace keltrun {
 namespace {
 
-// The rank of each runner by result; nothing for one without a time.
+// The rank by result of each runner; empty for a runner without a time.
 std::unordered_map<const clsLapData*, std::string> RanksByResult(const clsClassData& klass) {
   clsResultsHolder results;
   for (const auto& runner : ClassDataInternal::Runners(klass)) results.AddLap(runner);

@@ -1,4 +1,4 @@
-// Official ranks when a load adds to the event.
+// The official ranks when a load adds to the event.
 #pragma once
 
 #include <memory>
@@ -11,15 +11,15 @@
 
 namespace keltrun {
 
-/// Knows how the ranks of an event were before a load, and brings them up to date after it.
+/// Keeps the ranks of an event before a load and brings them up to date after it.
 class RankRenewal {
  public:
   explicit RankRenewal(const EventModel& model);
 
-  /// A class whose official ranks were exactly the ranks of its results gets those of its results
-  /// now. Other ranks were given by somebody for a reason: they stay, and where a result, a rank or
-  /// the number of runners changed, a remark says so. A class that is new has the ranks it came
-  /// with, and one without any ranks gets none.
+  /// A class whose official ranks were exactly the ranks by result gets the ranks by its new
+  /// results. Other ranks were given for a reason, so they stay; if a result, a rank or the number
+  /// of runners changed, there is a remark. A new class keeps the ranks that it came with, and a
+  /// class without ranks gets none.
   void Renew(std::vector<LoadRemark>& remarks) const;
 
  private:
