@@ -47,10 +47,10 @@ void ReadText(benchmark::State& state) {
   ReadResult read;
   for (auto _ : state) read = text.read(decoded);
   std::int64_t runners = 0;
-  for (const ClassRecords& klass : read.Records.Classes) {
-    runners += static_cast<std::int64_t>(klass.Runners.size());
+  for (const ClassRecords& klass : read.records.classes) {
+    runners += static_cast<std::int64_t>(klass.runners.size());
   }
-  Finish(state, text, read.Error ? 0 : runners);
+  Finish(state, text, read.error ? 0 : runners);
 }
 
 const Registration kLoadSportIdent("LoadSportIdent", LoadText<kSportIdent>, {2000});

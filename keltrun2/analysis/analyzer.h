@@ -17,8 +17,8 @@ namespace keltrun {
 
 /// The minimum number of finishers on a loss map.
 inline constexpr std::int32_t kFewestOnMap = 5;
-/// The maximum number of finishers on a loss map. The distances between more of them would take over
-/// 100 MB.
+/// The maximum number of finishers on a loss map. The distances between more of them would take
+/// over 100 MB.
 inline constexpr std::int32_t kMostOnMap = 5000;
 
 /// Collects the runners to be compared, analyzes them and keeps the results.
