@@ -160,6 +160,7 @@ class Keltrun1Reader {
   bool ReadEventLine(const CsvLine& line);
   bool ReadClassLine(const CsvLine& line);
   bool ReadHeader(const CsvLine& line);
+  void StartBlock(const CsvLine& line);
   void ReadTitles(const CsvLine& line);
   bool ReadListLine(const CsvLine& line);
   void KeepTitle(const CsvLine& line);
@@ -215,7 +216,7 @@ class Keltrun1Reader {
   Cells cells_;
   std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> class_positions_;
   std::size_t runners_ = 0;
-  std::vector<ListRow> rows_;  // of a list with legs
+  std::vector<ListBlock> blocks_;  // of a list
 
   struct NumberPlace {
     std::int32_t line = 0;  // 0: no such number
@@ -312,12 +313,20 @@ void Keltrun1Reader::ReadTitles(const CsvLine& line) {
   }
 }
 
+// A block without rows is replaced, so that there are never more blocks than runners.
+void Keltrun1Reader::StartBlock(const CsvLine& line) {
+  if (blocks_.empty() || !blocks_.back().rows.empty()) blocks_.emplace_back();
+  blocks_.back().line = line.number;
+  blocks_.back().finish_leg = header_->legs;
+}
+
 // In a lap file a header follows a blank line; elsewhere, a name like a title is that of a runner.
 bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   if (lap_file_ && header_ && !after_break_) return false;
   auto header = headers_.Read(line.text, line.separator);
   if (!header) return false;
   header_ = std::move(*header);
+  if (!lap_file_) StartBlock(line);
   ReadTitles(line);
   title_ = {};
   last_class_.clear();
@@ -490,7 +499,7 @@ bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   if (klass == nullptr) return false;
   const std::int32_t legs = lap_file_ ? header_->legs : runner->LegCount();
   klass->legs_seen = std::max(klass->legs_seen, std::min(legs, clsLapData::kMostLegs));
-  if (!lap_file_ && has_legs_) rows_.push_back({line.number, runner.get()});
+  if (!lap_file_ && has_legs_) blocks_.back().rows.push_back({line.number, runner.get()});
   klass->runners.push_back(std::move(runner));
   return true;
 }
@@ -558,7 +567,7 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
   if (goes_on && header_ && !lap_file_) goes_on = FlushTitle();
   if (goes_on) CheckHeaderFound();
   CheckTimes();
-  TurnSplitsIntoLaps(rows_, remarks_);
+  TurnSplitsIntoLaps(blocks_, remarks_);
   NoteMeaning();
   result_.remarks = remarks_.Take();
   return std::move(result_);

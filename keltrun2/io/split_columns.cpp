@@ -1,5 +1,6 @@
 #include "keltrun2/io/split_columns.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -16,8 +17,9 @@ bool IsSameTime(DateTime a, DateTime b) { return std::fabs(a - b) * kSecondsPerD
 
 enum class Meaning { kUnknown, kLaps, kSplits };
 
-// The sum of the laps never exceeds the result. That decides the rows without a time at the finish.
-Meaning MeaningOf(const clsLapData& runner) {
+// What the times of a row are. When the last one is the result, they cannot be laps. A row without
+// a time at the finish shows what it is only if its times do not ascend or add up to the result.
+Meaning MeaningOf(const clsLapData& runner, std::int32_t finish_leg) {
   // A stored time begins with a digit; it is parsed only for the few rows that need it.
   if (runner.Result().empty() || !IsDigit(runner.Result().front())) return Meaning::kUnknown;
   int times = 0;
@@ -33,11 +35,10 @@ Meaning MeaningOf(const clsLapData& runner) {
     sum += time;
   }
   if (times < 2) return Meaning::kUnknown;
-  if (!ascend) return Meaning::kLaps;
   const DateTime result = ParseTime(runner.Result(), 0);
-  if (IsSameTime(last, result)) return Meaning::kSplits;
-  if (IsSameTime(sum, result)) return Meaning::kLaps;
-  return last < result && sum > result ? Meaning::kSplits : Meaning::kUnknown;
+  if (IsSameTime(last, result)) return ascend ? Meaning::kSplits : Meaning::kUnknown;
+  const bool has_finish = LapDataInternal::Lap(runner, finish_leg) > 0;
+  return has_finish || !ascend || IsSameTime(sum, result) ? Meaning::kLaps : Meaning::kUnknown;
 }
 
 // A leg after one without a time gets the time of both.
@@ -57,22 +58,35 @@ void TurnRow(const ListRow& row, RemarkList& remarks) {
   }
 }
 
+void TurnBlock(const ListBlock& block, RemarkList& remarks) {
+  std::vector<Meaning> meanings;
+  meanings.reserve(block.rows.size());
+  for (const ListRow& row : block.rows) {
+    meanings.push_back(MeaningOf(*row.runner, block.finish_leg));
+  }
+  const auto splits = std::count(meanings.begin(), meanings.end(), Meaning::kSplits);
+  const auto laps = std::count(meanings.begin(), meanings.end(), Meaning::kLaps);
+  if (splits <= laps) return;
+  for (std::size_t i = 0; i < block.rows.size(); ++i) {
+    const ListRow& row = block.rows[i];
+    if (meanings[i] != Meaning::kLaps) {
+      TurnRow(row, remarks);
+      continue;
+    }
+    remarks.Add(RemarkSeverity::kWarning, row.line, 0, "times of the legs", row.runner->RunnerName,
+                "are not splits that end with the result, kept as laps");
+  }
+  remarks.AddFirst(block.line, 0, "leg columns", "",
+                   "read as splits, since the times ascend to the result in " +
+                       std::to_string(splits) + " of the " + std::to_string(splits + laps) +
+                       " rows that show what they are; the laps are their differences");
+}
+
 }  // namespace
 
-void TurnSplitsIntoLaps(const std::vector<ListRow>& rows, RemarkList& remarks) {
-  std::size_t all = 0;
-  std::size_t splits = 0;
-  for (const ListRow& row : rows) {
-    const Meaning meaning = MeaningOf(*row.runner);
-    all += meaning == Meaning::kUnknown ? 0 : 1;
-    splits += meaning == Meaning::kSplits ? 1 : 0;
-  }
-  if (splits * 2 <= all) return;
-  for (const ListRow& row : rows) TurnRow(row, remarks);
-  remarks.AddFirst(0, 0, "leg columns", "",
-                   "read as splits, since the times ascend to the result in " +
-                       std::to_string(splits) + " of the " + std::to_string(all) +
-                       " rows that show what they are; the laps are their differences");
+// The notes on the blocks go before the other remarks, so the last block is the first one.
+void TurnSplitsIntoLaps(const std::vector<ListBlock>& blocks, RemarkList& remarks) {
+  for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) TurnBlock(*block, remarks);
 }
 
 }  // namespace keltrun

@@ -15,11 +15,19 @@ struct ListRow {
   clsLapData* runner = nullptr;
 };
 
-/// Decides whether the leg columns of a list are splits, and if so replaces the laps of all rows by
-/// the differences, with a remark. A row with a result looks like splits when its times ascend and
-/// either the last one is the result, or it is less than the result and the times add up to more.
-/// More than half of the rows that show a difference have to look so. Rows that look the same
-/// either way, such as those with fewer than two times, are not counted.
-void TurnSplitsIntoLaps(const std::vector<ListRow>& rows, RemarkList& remarks);
+/// The runners below a header line of a list.
+struct ListBlock {
+  std::int32_t line = 0;        // of the header
+  std::int32_t finish_leg = 0;  // the last leg of the header
+  std::vector<ListRow> rows;    // of a block with leg columns
+};
+
+/// Decides for each block whether its leg columns are splits, and if so replaces the laps of the
+/// rows by the differences, with a remark. A row looks like splits when its times ascend and the
+/// last one is the result, and like laps when it has all its times and they are anything else. More
+/// than half of the rows that show a difference have to look like splits. Rows that look the same
+/// either way, such as those with fewer than two times, without a result or without a time at the
+/// finish, follow the decision. A row that looks like laps keeps its times, with a remark.
+void TurnSplitsIntoLaps(const std::vector<ListBlock>& blocks, RemarkList& remarks);
 
 }  // namespace keltrun
