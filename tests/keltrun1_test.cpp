@@ -43,7 +43,8 @@ TEST(CsvHeader, NormalizesItsTitles) {
       {ja, "", ""},
       {en, "Class,Runner Name,Club,Race Time,Start Time,Place,1,F",
        "CLASS,NAME,CLUB,TOTAL TIME,START TIME,PLACE,\u21921,\u2192F"},
-      {en, "ＮＡＭＥ,CLASS", "ＮＡＭＥ,CLASS"},  // only Japanese folds width
+      {en, "ＣＬＡＳＳ,ＮＡＭＥ,ＣＬＵＢ,ＴＩＭＥ,１,Ｆ",
+       "CLASS,NAME,CLUB,TOTAL TIME,\u21921,\u2192F"},
       {en, "氏名,クラス名,合計タイム,STNO", "NAME,CLASS,TOTAL TIME,STNO"},  // both languages
       {ja, "Runner name,Class,Race time,Place", "氏名,クラス,合計タイム,順位"},
       {en, "氏名,→１,→10,→Ｆ", "CLASS,NAME,\u21921,\u219210,\u2192F"},

@@ -121,8 +121,7 @@ struct CsvHeaderReader::LegEnds {
 };
 
 CsvHeaderReader::CsvHeaderReader()
-    : fold_width_(CurrentSettings().Language == "ja"),
-      arrow_(ResourceText("RES_META_RIGHT_ARROW")),
+    : arrow_(ResourceText("RES_META_RIGHT_ARROW")),
       start_(Fold(ResourceText("RES_META_START_SYMBOL"))),
       finish_(Fold(ResourceText("RES_META_FINISH_SYMBOL"))) {
   for (const TitleRule& rule : kTitleRules) {
@@ -150,9 +149,8 @@ void CsvHeaderReader::AddNameStart(std::string_view first) {
   }
 }
 
-std::string CsvHeaderReader::Fold(std::string_view cell) const {
-  const std::string upper = UpperAscii(cell);
-  return std::string(TrimSpaces(fold_width_ ? ToHalfWidth(upper) : upper));
+std::string CsvHeaderReader::Fold(std::string_view cell) {
+  return std::string(TrimSpaces(ToHalfWidth(UpperAscii(cell))));
 }
 
 // This runs for every line of a list. The first byte shows for nearly every cell that it is not a
@@ -220,7 +218,7 @@ std::optional<CsvHeader> CsvHeaderReader::Read(std::string_view line, char separ
     if (const Title* title = FindTitle(folded)) {
       if (!title->normal.empty()) folded = title->normal;
       header.titles.push_back({title->column, 0, std::move(folded)});
-    } else if (const auto leg = ReadLeg(ToHalfWidth(folded))) {  // labels of legs may be full width
+    } else if (const auto leg = ReadLeg(folded)) {
       header.controls = std::max({header.controls, leg->from, leg->to});
       header.titles.push_back({CsvColumn::kLeg, leg->to, ""});
     } else {

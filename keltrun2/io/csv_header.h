@@ -74,8 +74,8 @@ class CsvHeaderReader {
  public:
   CsvHeaderReader();
 
-  /// The header, when a cell of the line is a title of the name column. Case is ignored for ASCII
-  /// letters; when the language is Japanese, full-width characters equal the others.
+  /// The header, when a cell of the line is a title of the name column. Neither the case of ASCII
+  /// letters nor the width of characters matters.
   std::optional<CsvHeader> Read(std::string_view line, char separator = ',') const;
 
  private:
@@ -86,7 +86,7 @@ class CsvHeaderReader {
   };
   struct LegEnds;
 
-  std::string Fold(std::string_view cell) const;
+  static std::string Fold(std::string_view cell);
   bool HasNameTitle(std::string_view line, char separator) const;
   bool IsNameTitle(std::string_view cell) const;
   void AddTitle(CsvColumn column, std::string_view text, const std::string& normal);
@@ -94,7 +94,6 @@ class CsvHeaderReader {
   const Title* FindTitle(std::string_view folded) const;
   std::optional<LegEnds> ReadLeg(std::string_view folded) const;
 
-  bool fold_width_;
   std::string arrow_, start_, finish_;
   std::vector<Title> titles_;
   std::vector<std::string> name_starts_;  // the first characters of the name titles
