@@ -253,7 +253,7 @@ constexpr std::string_view kEverything =
     R"( rank="1." sex="F" competitor-id="X-1" rankfix="2" age="21">)"
     R"(<leg index="1" laptime="00:01:23"/><leg index="2" laptime="-"/>)"
     R"(<leg index="3" laptime="+"/><leg index="4" laptime="X"/><leg index="5" laptime="25:03:07"/>)"
-    R"(</runner><runner name=""/></class><class name="Empty"/></classes><courses>)"
+    R"(</runner><runner name="" result="167996"/></class><class name="Empty"/></classes><courses>)"
     R"(<course number="4" controls="2"><control index="1" unit-number="31"/>)"
     R"(<control index="2" unit-number="100"/></course><course number="-1" controls="0"/>)"
     "</courses></keltrun>\n";

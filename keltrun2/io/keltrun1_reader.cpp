@@ -443,8 +443,8 @@ void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, c
     runner.SetResult(ResultText(*value.time, value.has_fraction));
     return;
   }
-  runner.SetResult(cell == kNotAvailable ? std::string_view(cross_) : cell);
-  if (!BeginsLikeNumber(cell)) return;
+  SetResultWord(runner, cell == kNotAvailable ? std::string_view(cross_) : cell);
+  if (!BeginsLikeNumber(ToHalfWidth(cell))) return;
   const bool is_text = runner.Result() != kDisqualified && !ReadableTime(runner.Result());
   Warn(line.number, 0, "result", cell,
        is_text ? "not a time, kept as text" : "not a time, the runner has no result");

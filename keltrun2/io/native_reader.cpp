@@ -301,7 +301,7 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
      "is not a time and is ignored"},
     {"result",
      [](clsLapData& r, std::string_view v) {
-       r.SetResult(v);
+       SetResultWord(r, v);
        return true;
      }},
     {"rank", [](clsLapData& r, std::string_view v) { return StoreText(r.Rank, v); }},

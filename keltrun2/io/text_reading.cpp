@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "keltrun2/codec/utf8.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -233,6 +235,13 @@ bool IsNegative(std::string_view cell) {
 std::string ResultText(DateTime time, bool has_fraction) {
   // From 24 hours on, the tenths would follow the time of day.
   return FormatTime(time, "h\\:nn\\:ss", has_fraction && time < 1);
+}
+
+void SetResultWord(clsLapData& runner, std::string_view text) {
+  runner.SetResult(text);
+  const std::string& stored = runner.Result();
+  if (stored.empty() || !IsDigit(stored.front()) || !Contains(stored, ":")) return;
+  if (!ReadableTime(stored)) LapDataInternal::SetResultText(runner, text);
 }
 
 std::optional<DateTime> CellClock(std::string_view cell) {

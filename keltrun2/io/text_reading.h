@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "keltrun2/io/remarks.h"
+#include "keltrun2/model/lap_data.h"
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {
@@ -96,6 +97,10 @@ std::optional<DateTime> CellTime(std::string_view cell);
 
 /// The time in the form in which clsLapData::SetResult stores it.
 std::string ResultText(DateTime time, bool has_fraction);
+
+/// Sets the result of a runner from a text that ReadCellTime does not read: a status word, or a
+/// number such as that of a card, which is kept as it is. SetResult alone would put colons into it.
+void SetResultWord(clsLapData& runner, std::string_view text);
 
 /// Reads a time of day: h:mm, h:mm:ss with or without decimals of a second, h.mm, h.mm.ss, or one
 /// to six digits that begin with the hours.

@@ -53,7 +53,7 @@ void MergeInto(clsLapData& existing, const clsLapData& added, bool overwrite) {
   MergeField(existing.Rank, added.Rank, overwrite);
   std::string result = existing.Result();
   MergeField(result, added.Result(), overwrite);
-  if (result != existing.Result()) existing.SetResult(result);
+  LapDataInternal::SetResultText(existing, result);
   MergeField(existing.RunnerName, added.RunnerName, overwrite);
   MergeField(existing.Seed, added.Seed, overwrite);
   MergeField(existing.Sex, added.Sex, overwrite);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string_view>
 
 #include "keltrun2/model/lap_data.h"
 
@@ -22,6 +23,9 @@ class LapDataInternal {
   static std::int32_t HeldLegs(const clsLapData& lap) {
     return std::clamp(lap.leg_count_, 0, clsLapData::kMostLegs);
   }
+
+  /// Sets the result to a text as it is: one that is stored already, or one that is not a time.
+  static void SetResultText(clsLapData& lap, std::string_view text) { lap.result_ = text; }
 
   /// Replaces a lap, for example by a marker, without changing LegCount.
   static void ReplaceLap(clsLapData& lap, std::int32_t leg, DateTime time) {
