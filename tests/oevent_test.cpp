@@ -87,8 +87,8 @@ TEST(OEvent, Rows) {
       {"A\n ,, \n --------,x\n1.,Ann,,7,3:00", R"(A 0 [["Ann","1","0:03:00",[]]]; E0)"},
       {"A\n1.,Ann,,7,3:00\n2.,Bob,Club,8,4:00\n,Cid,Club,9,5:00\n",
        R"(A 0 [["Ann","1","0:03:00",[]],["Bob","2","0:04:00",[]],["Cid","","0:05:00",[]]]; 5:3 E0)"},
-      // A time below zero is not a time.
-      {ann + ",,,,,-0:01:00,31,1:00,F\n", R"(A 1 [["Ann","1","0:03:00",[60]]]; 5:6 E0)"},
+      // A split below zero is a leg without a time; the legs after it keep their places.
+      {ann + ",,,,,1:00,31,-1:00,32,2:00,F\n", R"(A 3 [["Ann","1","0:03:00",[60,0,60]]]; 5:8 E0)"},
       {"1.,Ann,,7,3:00\nA\n", " E3"}};
   for (const auto& [lines, expected] : cases) {
     EXPECT_EQ(Read(lines), expected) << lines;

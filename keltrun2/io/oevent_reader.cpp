@@ -32,6 +32,10 @@ std::string Without(std::string_view text, char unwanted) {
   return out;
 }
 
+bool IsNegativeTime(std::string_view cell) {
+  return IsNegative(cell) && cell.find_first_of("0123456789") != std::string_view::npos;
+}
+
 // The fields of a line up to the last one that is read, trimmed. Missing fields are empty.
 class Row {
  public:
@@ -69,7 +73,8 @@ class OEventReader {
     if (ReadTitle()) ReadLines();
     if (clubs_ > 0) {
       remarks_.Add(RemarkSeverity::kWarning, first_club_line_, kClubField + 1, "clubs", "",
-                   "those of " + std::to_string(clubs_) + " runners are not read, nor are numbers");
+                   "those of " + std::to_string(clubs_) + (clubs_ == 1 ? " runner" : " runners") +
+                       " are not read, nor are numbers");
     }
     result_.remarks = remarks_.Take();
     return std::move(result_);
@@ -136,7 +141,7 @@ class OEventReader {
     const CellValue value = ReadCellTime(cell);
     if (value.time) {
       runner.SetResult(ResultText(*value.time, value.has_fraction));
-    } else if (IsNegative(cell) && cell.find_first_of("0123456789") != std::string_view::npos) {
+    } else if (IsNegativeTime(cell)) {
       Warn(kResultField, "result", cell, "is below zero, the runner has no result");
     } else {
       runner.SetResult(NormalizeTimeText(cell, Digits::kElapsed));
@@ -187,6 +192,9 @@ class OEventReader {
         if (CountLeg(i, runner, splits)) runner.SetLap(splits.legs, kTimeDisq);
       } else if (const auto time = CellTime(cell)) {
         if (CountLeg(i, runner, splits)) StoreSplit(i, *time, cell, runner, splits);
+      } else if (IsNegativeTime(cell)) {
+        if (CountLeg(i, runner, splits)) runner.SetLap(splits.legs, kTimeNoData);
+        Warn(i, "split", cell, "is below zero, the leg has no time");
       } else {
         Warn(i, "split", cell, "is not a time and is not counted as a leg");
       }
