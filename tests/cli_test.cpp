@@ -478,6 +478,12 @@ TEST_F(Cli, ConvertMergeAndSegments) {
             CountOf(" sex=", Contents(kHoshinomori)));
   const Outcome by_id = Run("keltrun2 merge two.lxm " + import + " -o x.lxm --match id");
   EXPECT_EQ(by_id.code, 1) << "clubs and sexes have no numbers to match";
+  Write(folder_ / "untitled.txt", "$IMPORT_ONLY,\nAnna,Club\n");
+  const Outcome untitled = Run("keltrun2 merge two.lxm untitled.txt -o x.lxm --match name");
+  EXPECT_EQ(untitled.code, 1);
+  EXPECT_EQ(untitled.err,
+            "keltrun2: untitled.txt: file: no header line with a column for names, nothing was "
+            "read\n");
   Output("merge two.lxm si.lxm -o all.lxm --match none");
   EXPECT_EQ(CountOf("<runner ", Contents(folder_ / "all.lxm")), 144);
   Output("merge two.lxm si.lxm -o known.lxm --known-only");

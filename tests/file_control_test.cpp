@@ -25,7 +25,9 @@ TEST(Detection, OfFilesByTheirFirstLines) {
       {KR_FILETYPE_KELTRUN1,
        {"$LAPFILE Ver=2", "xml $LAPFILE Ver=2;\na\nb", "$IMPORT_ONLY \nNAME\nx", "<?XML?>\na\nb",
         "Split times of\na\nb", "a\nb\nOE2003\nc", "a\n<?xml?>\nb"}},
-      {KR_FILETYPE_IMPORT_ONLY, {"$IMPORT_ONLY", "$import_Only\nNAME\nx"}},
+      {KR_FILETYPE_IMPORT_ONLY,
+       {"$IMPORT_ONLY", "$import_Only\nNAME\nx", "$IMPORT_ONLY,,\nNAME\nx", "\"$IMPORT_ONLY\";\nx",
+        "\"$IMPORT_ONLY\"\nx", "$IMPORT_ONLY\t\nx"}},
       {KR_FILETYPE_KELTRUN2, {"<?xml version=\"1.0\"?>", "<?xml?>\n\n"}},
       {KR_FILETYPE_OEVENT, {"a\nSplit times of M21A", "a\nSplit times of M21A\n"}},
       {KR_FILETYPE_SPORTIDENT,
@@ -161,6 +163,16 @@ TEST_F(FileControl, LinesMayEndInLfAlone) {
                                   KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND));
   EXPECT_EQ(root_->ClassCount(), 3) << "an import updates runners and adds no class";
   EXPECT_EQ(root_->ClassData("B")->LapData(1)->ClubName, "Green");
+}
+
+TEST_F(FileControl, ImportsCountTheRunnersThatTheEventDoesNotHave) {
+  ASSERT_TRUE(Load(Event("Cup")));
+  const string names = "$IMPORT_ONLY,\nNAME,CLUB\nAnna,Green\nNobody,Red\nNo One,Red\n";
+  ASSERT_TRUE(
+      files_->LoadLapFile(File("i.txt", names), KR_FILETYPE_AUTODETECT, KR_LOADMODE_APPEND));
+  ASSERT_EQ(files_->LoadRemarks().size(), 1U);
+  EXPECT_EQ(files_->LoadRemarks()[0].Text,
+            "name \"Nobody\": the first of 2 lines with a name that no runner of the event has");
 }
 
 TEST_F(FileControl, ClassesOfAFileThatBecomeOneAreARemark) {

@@ -1,5 +1,6 @@
 #include "apps/keltrun2/event_input.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -106,6 +107,18 @@ class MemberWindows : public HostWindows {
   std::shared_ptr<HostWindows> others_;
 };
 
+// Removes the remark that nothing was read from an import-only text and returns its text, or "".
+// The library loads such a text; a user who names a file to merge expects something from it.
+std::string TakeNothingRead(std::vector<LoadRemark>& remarks) {
+  const auto found = std::find_if(remarks.begin(), remarks.end(), [](const LoadRemark& remark) {
+    return remark.Text.ends_with("nothing was read");
+  });
+  if (found == remarks.end()) return "";
+  const std::string text = found->Text;
+  remarks.erase(found);
+  return text;
+}
+
 // `name` is what the user calls the file.
 void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& name,
               KrLapFileLoadModeCosnt mode, const Options& options) {
@@ -114,7 +127,10 @@ void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& nam
   files->SetProgressVisible(!options.quiet);  // shows nothing where there is no terminal
   SetHostWindows(std::make_shared<MemberWindows>(options.member));
   const bool loaded = files->LoadLapFile(file, KR_FILETYPE_AUTODETECT, mode);
-  if (!options.quiet) ShowRemarks(files->LoadRemarks(), name);
+  std::vector<LoadRemark> remarks = files->LoadRemarks();
+  const std::string nothing_read = TakeNothingRead(remarks);
+  if (!options.quiet) ShowRemarks(remarks, name);
+  if (!nothing_read.empty()) throw CommandError(name + ": " + nothing_read);
   if (loaded && root.ErrorComment().empty()) return;
   const std::string reason = ReasonOf(root.ErrorComment());
   throw CommandError(reason.find(name) == std::string::npos ? name + ": " + reason : reason);

@@ -31,6 +31,13 @@ std::string ReturnsToCrLf(std::string_view text) {
   return out;
 }
 
+// Spreadsheets add separators, and quotes, to the line that marks an import-only text.
+bool IsImportMark(std::string_view line) {
+  line = line.substr(0, line.find_last_not_of(",;\t\"") + 1);
+  if (line.starts_with('"')) line.remove_prefix(1);
+  return UpperAscii(line) == "$IMPORT_ONLY";
+}
+
 }  // namespace
 
 KrLapFileTypeConst DetectTextType(std::string& text) {
@@ -49,7 +56,7 @@ KrLapFileTypeConst DetectFileTextType(std::string_view text) {
   if (lines.back().empty()) lines.pop_back();
   if (lines.empty()) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[0], "$LAPFILE Ver=2")) return KR_FILETYPE_KELTRUN1;
-  if (UpperAscii(lines[0]) == "$IMPORT_ONLY") return KR_FILETYPE_IMPORT_ONLY;
+  if (IsImportMark(lines[0])) return KR_FILETYPE_IMPORT_ONLY;
   if (Contains(lines[0], "xml")) return KR_FILETYPE_KELTRUN2;
   if (lines.size() == 1) return KR_FILETYPE_UNKNOWN;
   if (Contains(lines[1], "Split times of")) return KR_FILETYPE_OEVENT;

@@ -182,7 +182,7 @@ void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
 }
 
 void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
-                  KrLapFileLoadModeCosnt mode) {
+                  KrLapFileLoadModeCosnt mode, RemarkList& remarks) {
   const bool overwrite = (mode & KR_LOADMODE_PRIORITY_NEWDATA) != 0;
   std::unordered_multimap<std::string, std::shared_ptr<clsLapData>> runners;
   for (const auto& klass : model.Classes()) {
@@ -190,14 +190,22 @@ void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
       runners.emplace(NormalizeName(runner->RunnerName), runner);
     }
   }
+  std::size_t unknown = 0;
+  std::string_view first_unknown;
   for (const RunnerUpdate& update : updates) {
     const auto [begin, end] = runners.equal_range(NormalizeName(update.name));
+    if (begin == end && unknown++ == 0) first_unknown = update.name;
     for (auto found = begin; found != end; ++found) {
       clsLapData& runner = *found->second;
       if (runner.ClubName.empty() || overwrite) runner.ClubName = update.club;
       if (runner.Sex.empty()) runner.Sex = update.sex;
     }
   }
+  if (unknown == 0) return;
+  remarks.Add(RemarkSeverity::kWarning, 0, 0, "name", first_unknown,
+              unknown == 1 ? "no runner of the event has this name"
+                           : "the first of " + std::to_string(unknown) +
+                                 " lines with a name that no runner of the event has");
 }
 
 }  // namespace keltrun

@@ -30,8 +30,8 @@ void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
 
 /// Sets the club and sex of the runners with these names in every class. A club is set when the
 /// runner has none, or always with KR_LOADMODE_PRIORITY_NEWDATA; a sex only when the runner has
-/// none.
+/// none. There is a remark when the event does not have some of the runners.
 void ApplyUpdates(EventModel& model, const std::vector<RunnerUpdate>& updates,
-                  KrLapFileLoadModeCosnt mode);
+                  KrLapFileLoadModeCosnt mode, RemarkList& remarks);
 
 }  // namespace keltrun

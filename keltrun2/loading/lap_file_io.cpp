@@ -335,7 +335,9 @@ class Load {
   bool LoadUpdates() {
     const auto read = Read(kLoadImportOnly, ReadImportOnly);
     if (!read) return false;
-    ApplyUpdates(*model_, read->records.updates, request_.mode);
+    RemarkList more;
+    ApplyUpdates(*model_, read->records.updates, request_.mode, more);
+    AddRemarks(more.Take());
     return Finish(kLoadImportOnly, read->error);
   }
 
