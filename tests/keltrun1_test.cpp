@@ -166,11 +166,13 @@ TEST(Keltrun1, KeepsTheEvents) {
   }
 }
 
-// "class[LegsSeen] name;club;result;rank;laps in seconds", one runner per line; then the remarks.
+// "class[LegsSeen]/codes name;club;result;rank;laps in seconds", one runner per line; then the
+// remarks.
 string Shown(const ReadResult& read) {
   string shown;
   for (const ClassRecords& klass : read.records.classes) {
     shown += klass.name + "[" + std::to_string(klass.legs_seen) + "]";
+    for (const std::int32_t code : klass.codes) shown += "/" + std::to_string(code);
     for (const auto& r : klass.runners) {
       const json row = RowOf(*r);
       shown += " " + r->RunnerName + ";" + r->ClubName + ";" + r->Result() + ";" + r->Rank + ";" +
@@ -239,6 +241,10 @@ TEST(Keltrun1, ReadsResultLists) {
        "W[2] G;;0:03:00;;[60,120] H;;DNF;;[60]\n1:0 4:0 5:0 "},
       {en, "Name,Class,Time,1,F\nA,M,3:00,1:00,2:00\nB,M,3:00,1:00,3:00\nC,M,2:00,2:00\n",
        "M[2] A;;0:03:00;;[60,120] B;;0:03:00;;[60,180] C;;0:02:00;;[120]\n"},
+      // numbers that do not begin at 1: codes, if a runner has them all, or only an order
+      {en, "Name,Class,31,45,31,F\nA,M,1:00,2:00,3:00,4:00\nB,M,1:01,,,\nC,W,1:02,-,3:02,4:02\n",
+       "M[4]/31/45/31 A;;;;[60,120,180,240] B;;;;[61]\nW[4] C;;;;[62,0,182,242]\n1:0 "},
+      {en, "Name,Class,2,3\nA,M,1:00,2:00\n", "M[2] A;;;;[60,120]\n1:0 "},
       {ja, "$LAPFILE Ver=2\n$大会名=E\n", "E"},
       {ja, "", "E"},
   };

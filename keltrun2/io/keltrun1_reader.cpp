@@ -12,6 +12,7 @@
 #include "keltrun2/io/limits.h"
 #include "keltrun2/io/split_columns.h"
 #include "keltrun2/io/text_reading.h"
+#include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/text/file_names.h"
 #include "keltrun2/text/letters.h"
@@ -161,6 +162,8 @@ class Keltrun1Reader {
   bool ReadClassLine(const CsvLine& line);
   bool ReadHeader(const CsvLine& line);
   void StartBlock(const CsvLine& line);
+  void CountLegs(const CsvLine& line);
+  void GiveCodes(ClassRecords& klass, const clsLapData& runner) const;
   void ReadTitles(const CsvLine& line);
   bool ReadListLine(const CsvLine& line);
   void KeepTitle(const CsvLine& line);
@@ -204,6 +207,7 @@ class Keltrun1Reader {
   std::array<bool, kEventRules.size()> event_line_seen_{};
   std::int32_t skipped_lines_ = 0;  // before the first header
   std::optional<CsvHeader> header_;
+  std::vector<std::int32_t> codes_;  // of the controls in the header
   bool has_legs_ = false;
   bool has_times_ = false;  // a header of the text had results or legs
   std::int32_t first_header_line_ = 0;
@@ -313,6 +317,43 @@ void Keltrun1Reader::ReadTitles(const CsvLine& line) {
   }
 }
 
+// Numbers of legs that do not begin at 1 are codes of controls or of parts of a course, so the legs
+// are counted. Codes of controls are above 30.
+void Keltrun1Reader::CountLegs(const CsvLine& line) {
+  constexpr std::int32_t kLowestCode = 31;
+  codes_.clear();
+  for (const CsvTitle& title : header_->titles) {
+    const bool is_number = title.column == CsvColumn::kLeg && title.leg <= header_->controls;
+    if (is_number) codes_.push_back(title.leg);
+  }
+  const auto lowest = std::min_element(codes_.begin(), codes_.end());
+  if (lowest == codes_.end() || *lowest == 1) return codes_.clear();
+  const std::int32_t highest =
+      std::exchange(header_->controls, static_cast<std::int32_t>(codes_.size()));
+  header_->legs = 0;
+  std::int32_t numbers = 0;
+  for (CsvTitle& title : header_->titles) {
+    if (title.column != CsvColumn::kLeg) continue;
+    title.leg = title.leg <= highest ? ++numbers : header_->controls + 1;
+    header_->legs = std::max(header_->legs, title.leg);
+  }
+  const bool are_codes = *lowest >= kLowestCode && header_->controls <= kMostClassControls;
+  Note(line.number, 0, "numbers of the legs", "",
+       std::string("do not begin at 1; the legs are counted in the order of the columns") +
+           (are_codes ? ", and the numbers are taken for control codes" : ""));
+  if (!are_codes) codes_.clear();
+}
+
+// The columns are the course of a class when one of its runners has a time in each of them.
+void Keltrun1Reader::GiveCodes(ClassRecords& klass, const clsLapData& runner) const {
+  if (codes_.empty() || !klass.codes.empty()) return;
+  for (std::size_t leg = 1; leg <= codes_.size(); ++leg) {
+    if (!(LapDataInternal::Lap(runner, static_cast<std::int32_t>(leg)) > 0)) return;
+  }
+  klass.codes = codes_;
+  klass.control_count = static_cast<std::int32_t>(codes_.size());
+}
+
 // A block without rows is replaced, so that there are never more blocks than runners.
 void Keltrun1Reader::StartBlock(const CsvLine& line) {
   if (blocks_.empty() || !blocks_.back().rows.empty()) blocks_.emplace_back();
@@ -326,7 +367,10 @@ bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   auto header = headers_.Read(line.text, line.separator);
   if (!header) return false;
   header_ = std::move(*header);
-  if (!lap_file_) StartBlock(line);
+  if (!lap_file_) {
+    CountLegs(line);
+    StartBlock(line);
+  }
   ReadTitles(line);
   title_ = {};
   last_class_.clear();
@@ -499,6 +543,7 @@ bool Keltrun1Reader::ReadRow(const CsvLine& line) {
   if (klass == nullptr) return false;
   const std::int32_t legs = lap_file_ ? header_->legs : runner->LegCount();
   klass->legs_seen = std::max(klass->legs_seen, std::min(legs, clsLapData::kMostLegs));
+  if (!lap_file_) GiveCodes(*klass, *runner);
   if (!lap_file_ && has_legs_) blocks_.back().rows.push_back({line.number, runner.get()});
   klass->runners.push_back(std::move(runner));
   return true;
