@@ -241,6 +241,9 @@ TEST(Keltrun1, ReadsResultLists) {
        "W[2] G;;0:03:00;;[60,120] H;;DNF;;[60]\n1:0 4:0 5:0 "},
       {en, "Name,Class,Time,1,F\nA,M,3:00,1:00,2:00\nB,M,3:00,1:00,3:00\nC,M,2:00,2:00\n",
        "M[2] A;;0:03:00;;[60,120] B;;0:03:00;;[60,180] C;;0:02:00;;[120]\n"},
+      // headers without runners
+      {en, "Name,Class,Time\nName,Class,Time\nA,M,1:00\nName,Class,Time\n,M,1:00\n",
+       "M[0] A;;0:01:00;;[]\n1:0 5:0 4:0 "},
       // numbers that do not begin at 1: codes, if a runner has them all, or only an order
       {en, "Name,Class,31,45,31,F\nA,M,1:00,2:00,3:00,4:00\nB,M,1:01,,,\nC,W,1:02,-,3:02,4:02\n",
        "M[4]/31/45/31 A;;;;[60,120,180,240] B;;;;[61]\nW[4] C;;;;[62,0,182,242]\n1:0 "},

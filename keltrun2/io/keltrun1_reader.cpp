@@ -162,6 +162,7 @@ class Keltrun1Reader {
   bool ReadClassLine(const CsvLine& line);
   bool ReadHeader(const CsvLine& line);
   void StartBlock(const CsvLine& line);
+  void EndBlock();
   void CountLegs(const CsvLine& line);
   void GiveCodes(ClassRecords& klass, const clsLapData& runner) const;
   void ReadTitles(const CsvLine& line);
@@ -220,6 +221,7 @@ class Keltrun1Reader {
   Cells cells_;
   std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> class_positions_;
   std::size_t runners_ = 0;
+  std::size_t runners_before_header_ = 0;
   std::vector<ListBlock> blocks_;  // of a list
 
   struct NumberPlace {
@@ -354,8 +356,15 @@ void Keltrun1Reader::GiveCodes(ClassRecords& klass, const clsLapData& runner) co
   klass.control_count = static_cast<std::int32_t>(codes_.size());
 }
 
+// A lap file has a header for each class, even one without runners.
+void Keltrun1Reader::EndBlock() {
+  if (lap_file_ || !header_ || runners_ > runners_before_header_) return;
+  Warn(blocks_.back().line, 0, "header", "", "no runner follows it");
+}
+
 // A block without rows is replaced, so that there are never more blocks than runners.
 void Keltrun1Reader::StartBlock(const CsvLine& line) {
+  runners_before_header_ = runners_;
   if (blocks_.empty() || !blocks_.back().rows.empty()) blocks_.emplace_back();
   blocks_.back().line = line.number;
   blocks_.back().finish_leg = header_->legs;
@@ -366,6 +375,7 @@ bool Keltrun1Reader::ReadHeader(const CsvLine& line) {
   if (lap_file_ && header_ && !after_break_) return false;
   auto header = headers_.Read(line.text, line.separator);
   if (!header) return false;
+  EndBlock();
   header_ = std::move(*header);
   if (!lap_file_) {
     CountLegs(line);
@@ -610,6 +620,7 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
     after_break_ = blank;
   }
   if (goes_on && header_ && !lap_file_) goes_on = FlushTitle();
+  if (goes_on) EndBlock();
   if (goes_on) CheckHeaderFound();
   CheckTimes();
   TurnSplitsIntoLaps(blocks_, remarks_);
