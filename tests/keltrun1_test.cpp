@@ -241,6 +241,9 @@ TEST(Keltrun1, ReadsResultLists) {
        "W[2] G;;0:03:00;;[60,120] H;;DNF;;[60]\n1:0 4:0 5:0 "},
       {en, "Name,Class,Time,1,F\nA,M,3:00,1:00,2:00\nB,M,3:00,1:00,3:00\nC,M,2:00,2:00\n",
        "M[2] A;;0:03:00;;[60,120] B;;0:03:00;;[60,180] C;;0:02:00;;[120]\n"},
+      // hundredths, which a result does not have
+      {en, "Name,Class,Time\nA,M,12:34.56\nB,M,1:23.40\nC,M,25:00:00.5\n",
+       "M[0] A;;0:12:34.5;;[] B;;0:01:23.4;;[] C;;25:00:01;;[]\n0:0 "},
       // headers without runners
       {en, "Name,Class,Time\nName,Class,Time\nA,M,1:00\nName,Class,Time\n,M,1:00\n",
        "M[0] A;;0:01:00;;[]\n1:0 5:0 4:0 "},

@@ -222,6 +222,7 @@ class Keltrun1Reader {
   std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> class_positions_;
   std::size_t runners_ = 0;
   std::size_t runners_before_header_ = 0;
+  std::size_t cut_results_ = 0;
   std::vector<ListBlock> blocks_;  // of a list
 
   struct NumberPlace {
@@ -494,6 +495,7 @@ void Keltrun1Reader::ReadTotalTime(const CsvLine& line, std::string_view cell, c
   const CellValue value = ReadCellTime(cell, meaning_);
   if (value.time) {
     Observe(value.hint, line, 0, cell);
+    cut_results_ += CutsResult(*value.time) ? 1 : 0;
     runner.SetResult(ResultText(*value.time, value.has_fraction));
     return;
   }
@@ -624,6 +626,7 @@ ReadResult Keltrun1Reader::Read(std::string_view text) {
   if (goes_on) CheckHeaderFound();
   CheckTimes();
   TurnSplitsIntoLaps(blocks_, remarks_);
+  RemarkCutResults(cut_results_, remarks_);
   NoteMeaning();
   result_.remarks = remarks_.Take();
   return std::move(result_);

@@ -76,6 +76,7 @@ class OEventReader {
                    "those of " + std::to_string(clubs_) + (clubs_ == 1 ? " runner" : " runners") +
                        " are not read, nor are numbers");
     }
+    RemarkCutResults(cut_results_, remarks_);
     result_.remarks = remarks_.Take();
     return std::move(result_);
   }
@@ -141,6 +142,7 @@ class OEventReader {
     const CellValue value = ReadCellTime(cell);
     if (value.time) {
       runner.SetResult(ResultText(*value.time, value.has_fraction));
+      cut_results_ += CutsResult(*value.time) ? 1 : 0;
     } else if (IsNegativeTime(cell)) {
       Warn(kResultField, "result", cell, "is below zero, the runner has no result");
     } else {
@@ -240,6 +242,7 @@ class OEventReader {
   ReadResult result_;
   RemarkList remarks_;
   std::size_t runners_ = 0;
+  std::size_t cut_results_ = 0;
   std::size_t clubs_ = 0;  // runners with a club
   std::int32_t first_club_line_ = 0;
 };

@@ -232,6 +232,7 @@ class SportIdentReader {
       while (!line_.AtEnd() && ReadLine()) {
       }
     }
+    RemarkCutResults(cut_results_, remarks_);
     result_.remarks = remarks_.Take();
     return std::move(result_);
   }
@@ -577,7 +578,10 @@ class SportIdentReader {
 
   std::string ReadResultCell(std::string_view cell, const clsLapData& runner) {
     const CellValue value = ReadCellTime(cell);
-    if (value.time) return ResultText(*value.time, value.has_fraction);
+    if (value.time) {
+      cut_results_ += CutsResult(*value.time) ? 1 : 0;
+      return ResultText(*value.time, value.has_fraction);
+    }
     const std::string text = NormalizeTimeText(cell, Digits::kElapsed);
     if (text == kDnf.word) return std::string(kDnf.result);
     if (text == kDns.word) return std::string(kDns.result);
@@ -602,6 +606,7 @@ class SportIdentReader {
   LineCursor line_;
   ReadResult result_;
   RemarkList remarks_;
+  std::size_t cut_results_ = 0;
   std::string_view header_line_;
   TitleColumns titles_{};
   bool two_lines_ = false;

@@ -1,6 +1,7 @@
 #include "keltrun2/io/text_reading.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "keltrun2/codec/utf8.h"
@@ -235,6 +236,19 @@ bool IsNegative(std::string_view cell) {
 std::string ResultText(DateTime time, bool has_fraction) {
   // From 24 hours on, the tenths would follow the time of day.
   return FormatTime(time, "h\\:nn\\:ss", has_fraction && time < 1);
+}
+
+bool CutsResult(DateTime time) {
+  const auto milliseconds = std::llround(time * kSecondsPerDay * 1000);
+  return milliseconds % (time < 1 ? 100 : 1000) != 0;
+}
+
+void RemarkCutResults(std::size_t cut, RemarkList& remarks) {
+  if (cut == 0) return;
+  remarks.Add(RemarkSeverity::kWarning, 0, 0, "results", "",
+              std::to_string(cut) + (cut == 1 ? " has" : " have") +
+                  " decimals that are dropped: a result has tenths of a second, and none from 24 "
+                  "hours on");
 }
 
 void SetResultWord(clsLapData& runner, std::string_view text) {

@@ -98,6 +98,12 @@ std::optional<DateTime> CellTime(std::string_view cell);
 /// The time in the form in which clsLapData::SetResult stores it.
 std::string ResultText(DateTime time, bool has_fraction);
 
+/// Whether ResultText leaves out a part of a second, as it does with hundredths.
+bool CutsResult(DateTime time);
+
+/// Adds a remark on the number of results that were cut, if there are any.
+void RemarkCutResults(std::size_t cut, RemarkList& remarks);
+
 /// Sets the result of a runner from a text that ReadCellTime does not read: a status word, or a
 /// number such as that of a card, which is kept as it is. SetResult alone would put colons into it.
 void SetResultWord(clsLapData& runner, std::string_view text);
