@@ -117,7 +117,7 @@ TEST(SportIdent, ResultsFollowTheLaps) {
       {"DNF", {"1:00", "1:30", "0:30"}, "DISQ[60,90,30]", "10:41 "},
       {"1:02:03", {"59:59", "1:02:03", "0:00"}, "1:02:03[3599,3723,0]", ""},
       {"-0:03:00", {"-0:01:00", "-1:30", "0:30"}, "DISQ[-2,-2,30]", "11:51 11:59 10:41 "},
-      {"12:34.56", {"9.05", "59.0", "-1:00"}, "0:12:34.5[545,59,-2]", "11:67 "}};
+      {"12:34.56", {"9.05", "59.0", "-1:00"}, "0:12:34.5[545,59,-2]", "11:67 0:0 "}};
   for (const auto& [result, laps, expected, places] : cases) {
     const ReadResult read = ReadSportIdent(kHead + "M21 5.0 km\n" + kRow + Runner(result, laps));
     EXPECT_EQ(Classes(read), "M21 5000/-1/2 [31,32] Ann,Club,7," + expected + ";") << result;
