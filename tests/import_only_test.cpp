@@ -46,6 +46,7 @@ TEST(ImportOnly, FollowsItsHeaders) {
       {"A,B,C\r\n", "", 1},             // no header
       {"NAME,TEAM\nA,C\n", "A// ", 2},  // TEAM is not a title: no club
       {"NAME;CLUB;SEX\nA;\"C; D\";F\nB;\"\"\"C\"\"\";M\n", "A/C; D/F B/\"C\"/M ", 0},
+      {"NAME,,CLUB,\nA,,C,\n", "A/C/ ", 0},        // empty columns of a spreadsheet
       {"名前,syozoku\rA,C\rB\r", "A/C/ B// ", 0},  // missing cells are empty
       {"氏名,所属\nA,C\n所属,氏名\nC,A", "A/C/ A/C/ ", 0},
       {"氏名,所属\n,,\n \u3000,\n,C\nA,C,\nA,C,x\n", "A/C/ A/C/ ", 2},   // no name; a cell too many

@@ -44,7 +44,7 @@ void ImportOnlyReader::ReadHeader(CsvHeader header) {
   }
   for (std::size_t i = 0; i < header_->titles.size(); ++i) {
     const CsvColumn column = header_->titles[i].column;
-    if (column == CsvColumn::kOther) {
+    if (column == CsvColumn::kOther && !header_->titles[i].text.empty()) {
       Remark(RemarkSeverity::kNote, i + 1, "column", header_->titles[i].text, "not used");
     }
   }
