@@ -263,9 +263,18 @@ TEST(Xml, WalksThroughTheElements) {
 TEST(Xml, WrittenDocumentsReadBack) {
   EXPECT_EQ(AllowedInXml("a\t\n\r\x01\x0B\x1F山\uFFFE\uFFFF😀\xFF\0b"sv), "a\t\n\r山😀\uFFFDb");
   const string value = "\"'<&>\t\r\n山😀 ";
-  pugi::xml_document document;
-  document.append_child("r").append_attribute("x") = value.c_str();
-  EXPECT_EQ(ReadXml(WriteXml(document)).X, value);
+  XmlWriter xml;
+  {
+    const XmlWriter::Element root(xml, "r");
+    xml.Attribute("x", value + "\x01\uFFFE");
+    const XmlWriter::Element child(xml, "c");
+    xml.Attribute("n", -3);
+  }
+  const string document = std::move(xml).Take();
+  EXPECT_EQ(document,
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+            "<r x=\"&quot;'&lt;&amp;>&#09;&#13;&#10;山😀 \"><c n=\"-3\"/></r>\r\n");
+  EXPECT_EQ(ReadXml(document).X, value);
 }
 
 }  // namespace

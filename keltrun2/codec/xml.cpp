@@ -163,13 +163,43 @@ void DecodeValue(std::string_view raw, std::string& out) {
   }
 }
 
-struct StringWriter : pugi::xml_writer {
-  explicit StringWriter(std::string& target) : out(target) {}
-  void write(const void* data, std::size_t size) override {
-    out.append(static_cast<const char*>(data), size);
+// The reference for a character that cannot stand in an attribute value itself, or "".
+std::string_view ReferenceFor(char c) {
+  switch (c) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#09;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return "";
   }
-  std::string& out;
-};
+}
+
+// Appends the value of an attribute. Plain parts of it are copied as a whole.
+void AppendValue(std::string& out, std::string_view value) {
+  std::size_t plain = 0;  // where the part that is not yet copied begins
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const std::string_view reference = ReferenceFor(value[i]);
+    if (reference.empty()) continue;
+    out.append(value.substr(plain, i - plain)).append(reference);
+    plain = i + 1;
+  }
+  out.append(value.substr(plain));
+}
+
+// Whether XML allows every character because all are ASCII and none is a control character.
+bool IsPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](unsigned char c) { return c >= 0x20 && c < 0x80; });
+}
 
 }  // namespace
 
@@ -426,11 +456,40 @@ std::string_view XmlReader::LocalName() const {
   return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
-std::string WriteXml(const pugi::xml_document& document) {
-  std::string out = kDeclaration;
-  StringWriter writer(out);
-  document.document_element().print(writer, "", pugi::format_raw, pugi::encoding_utf8);
-  return out += "\r\n";
+XmlWriter::XmlWriter() : out_(kDeclaration) {}
+
+void XmlWriter::Begin(std::string_view name) {
+  if (in_start_tag_) out_ += '>';
+  in_start_tag_ = true;
+  out_.append("<").append(name);
+}
+
+void XmlWriter::End(std::string_view name) {
+  if (in_start_tag_) {
+    out_ += "/>";
+  } else {
+    out_.append("</").append(name).append(">");
+  }
+  in_start_tag_ = false;
+}
+
+void XmlWriter::Attribute(std::string_view name, std::string_view value) {
+  out_.append(" ").append(name).append("=\"");
+  if (IsPlain(value)) {
+    AppendValue(out_, value);
+  } else {
+    AppendValue(out_, AllowedInXml(value));
+  }
+  out_ += '"';
+}
+
+void XmlWriter::Attribute(std::string_view name, std::int32_t number) {
+  Attribute(name, std::to_string(number));
+}
+
+std::string XmlWriter::Take() && {
+  out_ += "\r\n";
+  return std::move(out_);
 }
 
 std::string AllowedInXml(std::string_view text) {

@@ -1,9 +1,9 @@
-// Reading XML documents element by element, and writing them with pugixml.
+// Reading and writing XML documents element by element.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
-#include <pugixml.hpp>
 #include <span>
 #include <string>
 #include <string_view>
@@ -126,10 +126,48 @@ class XmlReader {
   std::size_t placed_ = 0;
 };
 
-/// The bytes of a document: the declaration, a line break, the root element without white space
-/// between its parts, a line break. The texts must be free of characters that XML 1.0 does not
-/// allow.
-std::string WriteXml(const pugi::xml_document& document);
+/// Writes a document of elements and attributes: the declaration, a line break, the root element
+/// without white space between its parts, a line break. Only the text is kept.
+///
+///     XmlWriter xml;
+///     {
+///       const XmlWriter::Element root(xml, "root");  // its destructor writes the end tag
+///       xml.Attribute("name", "value");              // before the children of the element
+///       const XmlWriter::Element child(xml, "child");
+///     }
+///     std::string document = std::move(xml).Take();
+class XmlWriter {
+ public:
+  /// An element, open as long as this object lives. The name must live as long.
+  class Element {
+   public:
+    Element(XmlWriter& xml, std::string_view name) : xml_(xml), name_(name) { xml.Begin(name); }
+    ~Element() { xml_.End(name_); }
+    Element(const Element&) = delete;
+    Element& operator=(const Element&) = delete;
+
+   private:
+    XmlWriter& xml_;
+    std::string_view name_;
+  };
+
+  XmlWriter();
+
+  /// Adds an attribute to the element that was begun last. Characters that XML 1.0 does not allow
+  /// are dropped; line breaks and TAB are written as references, which keep them.
+  void Attribute(std::string_view name, std::string_view value);
+  void Attribute(std::string_view name, std::int32_t number);
+
+  /// The document, when every element has ended.
+  std::string Take() &&;
+
+ private:
+  void Begin(std::string_view name);
+  void End(std::string_view name);
+
+  std::string out_;
+  bool in_start_tag_ = false;  // the tag of the element begun last has no ">" yet
+};
 
 /// `text` without the characters that XML 1.0 does not allow, as valid UTF-8.
 std::string AllowedInXml(std::string_view text);

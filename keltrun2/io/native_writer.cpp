@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "keltrun2/base/version.h"
 #include "keltrun2/codec/xml.h"
@@ -14,51 +15,45 @@
 namespace keltrun {
 namespace {
 
+using Element = XmlWriter::Element;
+
 constexpr std::string_view kStamp = "yyyy/mm/dd hh:nn:ss";
 constexpr DateTime kShortestTime = 1 / kMillisecondsPerDay;
 constexpr MarkerTexts kLapMarkers = {"-", "+", "X"};
 
-void Write(pugi::xml_node& element, const char* name, std::string_view text) {
-  element.append_attribute(name).set_value(AllowedInXml(text).c_str());
+void WriteIfSet(XmlWriter& xml, std::string_view name, const std::string& text) {
+  if (!text.empty()) xml.Attribute(name, text);
 }
 
-void Write(pugi::xml_node& element, const char* name, std::int32_t number) {
-  element.append_attribute(name).set_value(number);
+void WriteIfSet(XmlWriter& xml, std::string_view name, std::int32_t number) {
+  if (number != 0) xml.Attribute(name, number);
 }
 
-void WriteIfSet(pugi::xml_node& element, const char* name, const std::string& text) {
-  if (!text.empty()) Write(element, name, text);
-}
-
-void WriteIfSet(pugi::xml_node& element, const char* name, std::int32_t number) {
-  if (number != 0) Write(element, name, number);
-}
-
-void WriteMetaFile(pugi::xml_node& meta, std::string_view type, const std::string& application,
+void WriteMetaFile(XmlWriter& xml, std::string_view type, const std::string& application,
                    DateTime date, const std::string& user) {
   if (application.empty()) return;
-  pugi::xml_node file = meta.append_child("file");
-  Write(file, "type", type);
-  Write(file, "application", application);
-  Write(file, "date", FormatDateTime(date, kStamp));
-  WriteIfSet(file, "username", user);
+  const Element file(xml, "file");
+  xml.Attribute("type", type);
+  xml.Attribute("application", application);
+  xml.Attribute("date", FormatDateTime(date, kStamp));
+  WriteIfSet(xml, "username", user);
 }
 
-void WriteMeta(pugi::xml_node& root, const clsMetaData& data) {
-  pugi::xml_node meta = root.append_child("meta");
-  WriteMetaFile(meta, "create", data.CreateApplication, data.CreateDate, data.CreateUserName);
-  WriteMetaFile(meta, "last-update", data.LastUpdateApplication, data.LastUpdateDate,
+void WriteMeta(XmlWriter& xml, const clsMetaData& data) {
+  const Element meta(xml, "meta");
+  WriteMetaFile(xml, "create", data.CreateApplication, data.CreateDate, data.CreateUserName);
+  WriteMetaFile(xml, "last-update", data.LastUpdateApplication, data.LastUpdateDate,
                 data.LastUpdateUserName);
 }
 
-void WriteEvent(pugi::xml_node& root, const clsEventData& data) {
-  pugi::xml_node event = root.append_child("event");
-  Write(event, "name", data.EventName);
-  if (data.EventDate()->Value() != 0) Write(event, "date", data.EventDate()->ToString());
-  WriteIfSet(event, "terrain", data.Terrain);
-  WriteIfSet(event, "memo", data.Memo);
-  WriteIfSet(event, "homepage", data.OfficialSite);
-  WriteIfSet(event, "filename", data.FileName);
+void WriteEvent(XmlWriter& xml, const clsEventData& data) {
+  const Element event(xml, "event");
+  xml.Attribute("name", data.EventName);
+  if (data.EventDate()->Value() != 0) xml.Attribute("date", data.EventDate()->ToString());
+  WriteIfSet(xml, "terrain", data.Terrain);
+  WriteIfSet(xml, "memo", data.Memo);
+  WriteIfSet(xml, "homepage", data.OfficialSite);
+  WriteIfSet(xml, "filename", data.FileName);
 }
 
 // "hh:mm:ss.fff" with any number of hours. The fraction is left out when it is 0.
@@ -80,7 +75,7 @@ void AppendExactTime(std::string& out, DateTime time) {
 // A lap that rounds to 0 keeps its fraction, because 0 means no data.
 bool RoundsToNothing(DateTime lap) { return lap > 0 && WholeSeconds(lap) == 0; }
 
-void WriteLegs(pugi::xml_node& runner, const clsLapData& lap) {
+void WriteLegs(XmlWriter& xml, const clsLapData& lap) {
   std::string time;
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(lap); ++leg) {
     time.clear();
@@ -90,9 +85,9 @@ void WriteLegs(pugi::xml_node& runner, const clsLapData& lap) {
     } else {
       AppendTime(time, value, "hh:nn:ss", false, kLapMarkers);
     }
-    pugi::xml_node element = runner.append_child("leg");
-    Write(element, "index", leg);
-    Write(element, "laptime", time);
+    const Element element(xml, "leg");
+    xml.Attribute("index", leg);
+    xml.Attribute("laptime", time);
   }
 }
 
@@ -103,72 +98,79 @@ std::string StartText(DateTime start) {
   return text;
 }
 
-void WriteRunner(pugi::xml_node& klass, const clsLapData& lap, KrLapFileSaveModeCosnt mode) {
-  pugi::xml_node runner = klass.append_child("runner");
-  Write(runner, "name", lap.RunnerName);
-  WriteIfSet(runner, "id", lap.ID);
-  WriteIfSet(runner, "ecard", lap.Ecard);
-  WriteIfSet(runner, "seed", lap.Seed);
-  WriteIfSet(runner, "club", lap.ClubName);
+void WriteRunner(XmlWriter& xml, const clsLapData& lap, KrLapFileSaveModeCosnt mode) {
+  const Element runner(xml, "runner");
+  xml.Attribute("name", lap.RunnerName);
+  WriteIfSet(xml, "id", lap.ID);
+  WriteIfSet(xml, "ecard", lap.Ecard);
+  WriteIfSet(xml, "seed", lap.Seed);
+  WriteIfSet(xml, "club", lap.ClubName);
   const DateTime start = lap.StartTime()->Value();
-  if (start != 0) Write(runner, "start", StartText(start));
-  WriteIfSet(runner, "result", lap.Result());
-  WriteIfSet(runner, "rank", lap.Rank);
-  WriteIfSet(runner, "sex", lap.Sex);
-  WriteIfSet(runner, "competitor-id", lap.CompetitorId);
+  if (start != 0) xml.Attribute("start", StartText(start));
+  WriteIfSet(xml, "result", lap.Result());
+  WriteIfSet(xml, "rank", lap.Rank);
+  WriteIfSet(xml, "sex", lap.Sex);
+  WriteIfSet(xml, "competitor-id", lap.CompetitorId);
   if (mode == KR_SAVEMODE_FULL) {
-    WriteIfSet(runner, "rankfix", lap.RankFix);
-    WriteIfSet(runner, "age", lap.Age);
+    WriteIfSet(xml, "rankfix", lap.RankFix);
+    WriteIfSet(xml, "age", lap.Age);
   }
-  WriteLegs(runner, lap);
+  WriteLegs(xml, lap);
 }
 
 std::string FoldForComparison(std::string_view name) {
   return ToHalfWidth(LowerAscii(name), {.Symbols = false});
 }
 
-void WriteClass(pugi::xml_node& classes, const clsClassData& data, KrLapFileSaveModeCosnt mode) {
-  pugi::xml_node klass = classes.append_child("class");
-  Write(klass, "name", data.ClassName());
-  WriteIfSet(klass, "length", data.Length);
-  WriteIfSet(klass, "climb", data.Climb);
-  WriteIfSet(klass, "controls", data.ControlCount);
-  WriteIfSet(klass, "course", data.CourseNum);
-  WriteIfSet(klass, "cutoffrank", data.CutOffRank);
+void WriteClass(XmlWriter& xml, const clsClassData& data, KrLapFileSaveModeCosnt mode) {
+  const Element klass(xml, "class");
+  xml.Attribute("name", data.ClassName());
+  WriteIfSet(xml, "length", data.Length);
+  WriteIfSet(xml, "climb", data.Climb);
+  WriteIfSet(xml, "controls", data.ControlCount);
+  WriteIfSet(xml, "course", data.CourseNum);
+  WriteIfSet(xml, "cutoffrank", data.CutOffRank);
   if (FoldForComparison(data.FileName()) != FoldForComparison(data.ClassName())) {
-    Write(klass, "filename", data.FileName());
+    xml.Attribute("filename", data.FileName());
   }
-  for (const auto& lap : ClassDataInternal::Runners(data)) WriteRunner(klass, *lap, mode);
+  for (const auto& lap : ClassDataInternal::Runners(data)) WriteRunner(xml, *lap, mode);
 }
 
-void WriteCourse(pugi::xml_node& courses, const clsCourseData& data) {
-  pugi::xml_node course = courses.append_child("course");
-  Write(course, "number", data.CourseIndex());
-  Write(course, "controls", data.ControlCount());
+void WriteCourse(XmlWriter& xml, const clsCourseData& data) {
+  const Element course(xml, "course");
+  xml.Attribute("number", data.CourseIndex());
+  xml.Attribute("controls", data.ControlCount());
   const std::int32_t held = std::min(data.ControlCount(), clsCourseData::kMostControls);
   for (std::int32_t index = 1; index <= held; ++index) {
-    pugi::xml_node control = course.append_child("control");
-    Write(control, "index", index);
-    Write(control, "unit-number", data.ControlNum(index));
+    const Element control(xml, "control");
+    xml.Attribute("index", index);
+    xml.Attribute("unit-number", data.ControlNum(index));
   }
+}
+
+void WriteRoot(XmlWriter& xml, const EventModel& model, KrLapFileSaveModeCosnt mode,
+               DateTime file_date) {
+  const Element root(xml, "keltrun");
+  xml.Attribute("version", VersionText(false));
+  xml.Attribute("filedate", FormatDateTime(file_date, kStamp));
+  xml.Attribute("type", "application/x-keltrun2");
+  WriteMeta(xml, *model.Meta);
+  WriteEvent(xml, *model.Event);
+  {
+    const Element classes(xml, "classes");
+    for (const auto& klass : model.Classes()) WriteClass(xml, *klass, mode);
+  }
+  const Element courses(xml, "courses");
+  for (const auto& course : model.Courses()) WriteCourse(xml, *course);
 }
 
 }  // namespace
 
 std::string WriteNativeLapFile(const EventModel& model, KrLapFileSaveModeCosnt mode,
                                DateTime file_date) {
-  pugi::xml_document document;
-  pugi::xml_node root = document.append_child("keltrun");
-  Write(root, "version", VersionText(false));
-  Write(root, "filedate", FormatDateTime(file_date, kStamp));
-  Write(root, "type", "application/x-keltrun2");
-  WriteMeta(root, *model.Meta);
-  WriteEvent(root, *model.Event);
-  pugi::xml_node classes = root.append_child("classes");
-  for (const auto& klass : model.Classes()) WriteClass(classes, *klass, mode);
-  pugi::xml_node courses = root.append_child("courses");
-  for (const auto& course : model.Courses()) WriteCourse(courses, *course);
-  return WriteXml(document);
+  XmlWriter xml;
+  WriteRoot(xml, model, mode, file_date);
+  return std::move(xml).Take();
 }
 
 }  // namespace keltrun
