@@ -468,8 +468,9 @@ TEST_F(NativeFormat, ClassesKeepNamesThatShiftJisDoesNotHave) {
 // Times that whole seconds or a time of day cannot express keep their fraction and their hours.
 TEST_F(NativeFormat, ShortLapsAndOddStartTimesAreKept) {
   const Rows<double, string, double> laps = {
-      {0.3, "00:00:00.300", 0.3}, {0.0001, "00:00:00.001", 0.001}, {0.499, "00:00:00.499", 0.499},
-      {0.5, "00:00:01", 1},       {83.4, "00:01:23", 83},          {-2, "X", -2}};
+      {0.3, "00:00:00.300", 0.3},  {0.0001, "00:00:00.001", 0.001}, {0.499, "00:00:00.499", 0.499},
+      {0.5, "00:00:01", 1},        {83.4, "00:01:23", 83},          {-2, "X", -2},
+      {86399.9, "24:00:00", 86400}};
   for (const auto& [seconds, text, read_back] : laps) {
     root_->Clear();
     AddRunner(*root_->AddClass("A"), "Anna", "", {seconds});

@@ -81,7 +81,7 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
   runner->StartTime()->SetValue(Seconds(36061));
   AddRunner(*klass, "short", "×", {61});
   AddRunner(*klass, "no legs", "DNS", {});
-  AddRunner(*root->AddClass("X"), "long", "", {61, 62});
+  AddRunner(*root->AddClass("X"), "long", "", {61, 86399.9});
   const string expected =
       kEventLines +
       "$M，21:コース距離=4100\r\n$M，21:登距離=0\r\n"
@@ -90,7 +90,7 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
       "M，21,7,A， B  C,Club,S,F,10:01:01,1:02:03,3,00:01:01,→,n/a,25:01:01\r\n"
       "M，21,0,short,,,,00:00:00,n/a,,00:01:01,n/a,n/a,n/a\r\n"
       "\r\nクラス,ゼッケン,氏名,所属,シード,性別,スタート時刻,記録,順位,→F\r\n"
-      "X,0,long,,,,00:00:00,,,00:01:01,00:01:02\r\n";
+      "X,0,long,,,,00:00:00,,,00:01:01,24:00:00\r\n";
   EXPECT_EQ(WriteKeltrun1LapFile(*CurrentModel()), expected);
 
   const ReadResult read = ReadKeltrun1(expected);
@@ -100,7 +100,7 @@ TEST(Keltrun1, WritesTheOutlinedLines) {
   EXPECT_EQ(read.records.classes[0].runners[1]->Result(), "×");
   EXPECT_EQ(read.records.classes[0].runners[0]->Lap(4), Seconds(90061));
   EXPECT_EQ(read.records.classes[1].legs_seen, 1);  // the number of controls stays unknown
-  EXPECT_EQ(read.records.classes[1].runners[0]->Lap(2), Seconds(62));
+  EXPECT_EQ(read.records.classes[1].runners[0]->Lap(2), Seconds(86400));
 }
 
 // The row of a runner as in the facts, with what the format can express.

@@ -69,7 +69,8 @@ void WriteLegs(std::string& out, const clsLapData& runner, std::int32_t class_le
   const std::int32_t held = LapDataInternal::HeldLegs(runner);
   for (std::int32_t leg = 1; leg <= held; ++leg) {
     out += ',';
-    AppendTime(out, LapDataInternal::Lap(runner, leg), kTimePattern, false, markers);
+    AppendTime(out, RoundToSeconds(LapDataInternal::Lap(runner, leg)), kTimePattern, false,
+               markers);
   }
   for (std::int32_t leg = held; leg < class_legs; ++leg) AppendNextCell(out, kNotAvailable);
 }

@@ -72,18 +72,16 @@ void AppendExactTime(std::string& out, DateTime time) {
   AppendTwoDigits(out, rest % 100);
 }
 
-// A lap that rounds to 0 keeps its fraction, because 0 means no data.
-bool RoundsToNothing(DateTime lap) { return lap > 0 && WholeSeconds(lap) == 0; }
-
 void WriteLegs(XmlWriter& xml, const clsLapData& lap) {
   std::string time;
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(lap); ++leg) {
     time.clear();
     const DateTime value = LapDataInternal::Lap(lap, leg);
     if (RoundsToNothing(value)) {
+      // Such a lap keeps its fraction, because 0 means no data.
       AppendExactTime(time, std::max(value, kShortestTime));
     } else {
-      AppendTime(time, value, "hh:nn:ss", false, kLapMarkers);
+      AppendTime(time, RoundToSeconds(value), "hh:nn:ss", false, kLapMarkers);
     }
     const Element element(xml, "leg");
     xml.Attribute("index", leg);

@@ -270,6 +270,13 @@ std::string TimeToString(DateTime value, std::string_view pattern, bool compact,
   return out;
 }
 
+DateTime RoundToSeconds(DateTime time) {
+  if (!(time > 0 && time < kLongestTime)) return time;
+  return static_cast<double>(WholeSeconds(time)) / kSecondsPerDay;
+}
+
+bool RoundsToNothing(DateTime lap) { return lap > 0 && WholeSeconds(lap) == 0; }
+
 std::string FormatTime(DateTime value, std::string_view pattern, bool tenths) {
   std::string out;
   if (!tenths) {

@@ -59,6 +59,14 @@ inline constexpr DateTime kNoTime = -1;
 /// Whether a time is one of day 0: not negative, below 24 hours and no date.
 inline bool IsTimeOfDay(DateTime time) { return time >= 0 && time < 1; }
 
+/// A time rounded to whole seconds; markers and other negative values stay. Formatting decides by
+/// the unrounded time whether there are 24 hours or more, so that 23:59:59.9 would become
+/// "00:00:00". Files round first.
+DateTime RoundToSeconds(DateTime time);
+
+/// Whether a lap is so short that in whole seconds it would be 0, which means no data.
+bool RoundsToNothing(DateTime lap);
+
 /// Reads a result or lap as a time; returns `default_value` for any other text. At most three
 /// decimals of a second are used.
 DateTime ParseTime(std::string_view text, DateTime default_value);
