@@ -312,7 +312,7 @@ TEST_F(NativeFormat, LapMarkersAndTimesInEverySpelling) {
       {1, {"24:00:00"}},
       {-1, {"+", "↓", "→"}},
       {-2, {"X", "×"}},
-      {0, {"-", "", "n/a", "x", " +", "0:00:00", "99:59:60", "83"}},
+      {0, {"-", "", "n/a", "x", " +", "0:00:00", "99:59:60", "83", "12:34.56", "25:30.5"}},
       {0, {"-0:01:00", "－0:01:00", "-1:00", "-0:01:00.5", "-25:00:00", " -0:01:00"}},
       {0, {"2024/05/06", "1899/12/30 00:01:00", "1899/12/29", "2024/05/06 07:08:09.5"}}};
   for (const auto& [lap, texts] : cases) {
@@ -430,6 +430,10 @@ TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {
        "</courses>",
        R"(unit-number "x": is not a valid number; its leading digits are used, or 0|)"
        R"(course "4": has more controls than its attribute "controls" says; the others are not used)"},
+      {"<classes><class name='A'><runner start='12:34.5'><leg index='1' laptime='2:34.5'/></runner>"
+       "</class></classes>",
+       R"(start "12:34.5": is not a time and is ignored|)"
+       R"(laptime "2:34.5": is not a time; the leg has no data)"},
       {"<classes><class name='A' controls='60' length='4,5km'/></classes>",
        R"(controls "60": is not a number of controls from 0 to 49; the nearest one is used|)"
        R"(length "4,5km": is not a valid number; its leading digits are used, or 0)"},

@@ -269,8 +269,8 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
      kLeadingDigits},
 }};
 
-// "h:mm:ss" with any number of hours and an optional fraction of a second. nullopt for other texts,
-// dates and negative times included.
+// "h:mm:ss" with any number of hours and an optional fraction of a second, or "h:mm". nullopt for
+// other texts, dates and negative times included.
 std::optional<DateTime> Duration(std::string_view text) {
   if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;
   if (const auto time = ParseTimeOfDay(text)) {
@@ -278,6 +278,9 @@ std::optional<DateTime> Duration(std::string_view text) {
     return std::nullopt;
   }
   const auto [whole, fraction] = SplitAt(text, ".");
+  // With a fraction, "12:34" would be minutes and seconds to its writer, but it is read as hours.
+  const bool has_fraction = whole.size() < text.size();
+  if (has_fraction && std::count(whole.begin(), whole.end(), ':') != 2) return std::nullopt;
   if (!IsTimeText(whole) || !IsDigits(fraction)) return std::nullopt;
   const DateTime time = ParseSignedTime(whole, false, false, kNoTime);
   if (time < 0) return std::nullopt;
