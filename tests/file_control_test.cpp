@@ -433,7 +433,7 @@ TEST_F(FileControl, SavingTellsWhatTheFormDoesNotHold) {
   const auto a = root_->AddClass("Ä10");
   a->CourseNum = a->ControlCount = 1;
   a->Length = 4000;
-  const auto anna = AddRunner(*a, "Anna van Dyk", "DNF", {60.5, -2});
+  const auto anna = AddRunner(*a, "Anna van Dyk", "DNF", {60.5, -2, 0.3});
   anna->Ecard = 7;
   anna->Rank = "(1)";
   anna->ClubName = "OK, Brno";
@@ -453,6 +453,7 @@ class "Ö10": has neither controls nor runners with legs, not written
 courses with their controls: 2, not written, the format has no place for them
 card numbers: 1, not written, the format has no place for them
 runners with disqualified legs: 1, written as legs without data
+runners with laps under half a second: 1, written as legs without data
 runners with laps in fractions of a second: 1, rounded to whole seconds
 text "Ä10": has characters that Shift-JIS does not have, written as "?" (and 1 more)
 text "OK, Brno": has commas or line breaks, written as other characters
@@ -467,7 +468,8 @@ names of more than two parts: 1, only the first two parts are written
 runners with laps in fractions of a second: 1, rounded to whole seconds
 terrain, memo and file name of the event: not written, the format has no place for them
 )");
-  EXPECT_EQ(told("a.lxm"), "");
+  EXPECT_EQ(told("a.lxm"),
+            "runners with laps in fractions of a second: 1, rounded to whole seconds\n");
   EXPECT_FALSE(files_->SaveLapFile(folder_.Path("none/a.lap")));
   EXPECT_TRUE(files_->SaveRemarks().empty());
 }

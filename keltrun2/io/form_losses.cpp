@@ -15,6 +15,7 @@
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/time_text.h"
 #include "keltrun2/text/cells.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -54,6 +55,16 @@ constexpr RunnerLoss kSeed = {"seeds", [](const clsLapData& r) { return !r.Seed.
 constexpr RunnerLoss kFraction = {"runners with laps in fractions of a second",
                                   [](const clsLapData& r) { return AnyLap(r, HasFraction); },
                                   "rounded to whole seconds"};
+// Where laps are written in whole seconds, the shortest ones are no data for the next reader.
+constexpr RunnerLoss kLostLap = {"runners with laps under half a second",
+                                 [](const clsLapData& r) { return AnyLap(r, RoundsToNothing); },
+                                 "written as legs without data"};
+constexpr RunnerLoss kRoundedLap = {
+    "runners with laps in fractions of a second",
+    [](const clsLapData& r) {
+      return AnyLap(r, [](DateTime lap) { return HasFraction(lap) && !RoundsToNothing(lap); });
+    },
+    "rounded to whole seconds"};
 constexpr RunnerLoss kStart = {"start times in fractions of a second or of 24 hours and more",
                                [](const clsLapData& r) {
                                  return r.StartTime()->Value() >= 1 ||
@@ -90,8 +101,9 @@ constexpr RunnerLoss kLongName = {
     },
     "only the first two parts are written"};
 
+constexpr RunnerLoss kNativeLosses[] = {kRoundedLap};
 constexpr RunnerLoss kKeltrun1Losses[] = {
-    kCard, kCompetitor, kAge, kFixedRank, kDisqualifiedLegs, kFraction, kStart};
+    kCard, kCompetitor, kAge, kFixedRank, kDisqualifiedLegs, kLostLap, kRoundedLap, kStart};
 constexpr RunnerLoss kIofLosses[] = {kSeed,        kCompetitor, kAge,      kFixedRank, kStatus,
                                      kUntimedLegs, kWordRank,   kLongName, kFraction,  kStart};
 
@@ -178,6 +190,16 @@ void LoseTexts(const EventModel& model, const Runners& runners,
   losses.Lose(
       "text", first,
       std::string(what) + (count > 1 ? " (and " + std::to_string(count - 1) + " more)" : ""));
+}
+
+// --- the native format ---
+
+void LoseInNative(const EventModel& model, Losses& losses) {
+  Runners all;
+  for (const auto& klass : model.Classes()) {
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) all.push_back(runner.get());
+  }
+  losses.CountRunners(all, kNativeLosses);
 }
 
 // --- the previous generation ---
@@ -280,6 +302,7 @@ void LoseInIof(const EventModel& model, Losses& losses) {
 
 std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type) {
   Losses losses;
+  if (type == KR_FILETYPE_KELTRUN2) LoseInNative(model, losses);
   if (type == KR_FILETYPE_KELTRUN1) LoseInKeltrun1(model, losses);
   if (type == KR_FILETYPE_IOF_XML_20_RESULT) LoseInIof(model, losses);
   return losses.Take();

@@ -11,7 +11,8 @@ namespace keltrun {
 
 /// What is lost when the event is written as a file of the previous generation or as an IOF result
 /// list: runners and classes that are left out, values that have no place or are rounded, and
-/// characters that the charset does not have. Other types give no remarks.
+/// characters that the charset does not have. For a native file, the laps that are rounded. Other
+/// types give no remarks.
 std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type);
 
 }  // namespace keltrun
