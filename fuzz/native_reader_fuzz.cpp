@@ -19,7 +19,7 @@ using namespace keltrun;
 void Fill(EventModel& model, NativeLapFile& file) {
   *model.Event = std::move(file.event);
   *model.Meta = std::move(file.meta);
-  for (const auto& course : file.courses) model.AddCourseObject(course);
+  for (const auto& read : file.courses) model.AddCourseObject(read.course);
   for (const NativeClass& read : file.classes) {
     if (!model.AddClassObject(read.klass)) continue;
     for (const auto& runner : read.runners) read.klass->AddLapObject(runner);

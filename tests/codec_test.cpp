@@ -204,6 +204,7 @@ TEST(Xml, RefusalsHaveAPlace) {
       {"<a>\n<!-- </a>", 2, 1},
       {"<a>\n<!DOCTYPE a></a>", 2, 1},
       {"<a>\n", 2, 1},
+      {"<a>\r", 2, 1},
       {ManyAttributes(" n7=''"), 1, 1}};
   for (const auto& [bytes, line, column] : cases) {
     SCOPED_TRACE(bytes.substr(0, 50));

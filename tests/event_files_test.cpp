@@ -414,6 +414,11 @@ TEST_F(NativeFormat, AppendingKeepsTheHeaderAndJoinsClassesAndCourses) {
       "class \"m 21\": is merged with the class \"M 21\" that was there before: the "
       "runners of both are in it|class \"w\": is merged with the class \"W\" that was there "
       "before: the runners of both are in it|");
+  string places;
+  for (const LoadRemark& remark : root_->FileControl()->LoadRemarks()) {
+    places += std::to_string(remark.Line) + ":" + std::to_string(remark.Column) + " ";
+  }
+  EXPECT_EQ(places, "3:10 4:1 5:10 6:29 ");
 }
 
 TEST_F(NativeFormat, WhatIsNotAsItShouldBeIsARemarkWithItsPlace) {

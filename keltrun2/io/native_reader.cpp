@@ -41,10 +41,16 @@ class Source {
   XmlReader& Xml() { return xml_; }
   std::vector<LoadRemark> TakeRemarks() { return remarks_.Take(); }
 
+  // Where the element that was opened last begins.
+  ElementPlace Place() {
+    const XmlError place = xml_.ElementPlace();
+    return {place.Line, place.Column};
+  }
+
   // The remark gets the place of the element that was opened last.
   void Warn(std::string_view subject, std::string_view value, std::string_view consequence) {
-    const XmlError place = xml_.ElementPlace();
-    remarks_.Add(RemarkSeverity::kWarning, place.Line, place.Column, subject, value, consequence);
+    const auto [line, column] = Place();
+    remarks_.Add(RemarkSeverity::kWarning, line, column, subject, value, consequence);
   }
 
   // Counts a thing that is limited. Reading stops when there are more than `most`.
@@ -206,7 +212,8 @@ IndexedValue ReadIndexed(Source& source, std::string_view value_name, std::strin
   return result;
 }
 
-std::shared_ptr<clsCourseData> ReadCourse(Source& source) {
+NativeCourse ReadCourse(Source& source) {
+  const ElementPlace place = source.Place();
   CourseNumbers numbers;
   ReadAttributes(source, numbers, kCourseRules);
   auto course = std::make_shared<clsCourseData>();
@@ -228,13 +235,13 @@ std::shared_ptr<clsCourseData> ReadCourse(Source& source) {
     source.Warn("course", std::to_string(numbers.number),
                 "has more controls than its attribute \"controls\" says; the others are not used");
   }
-  return course;
+  return {course, place};
 }
 
 // --- classes and runners ---
 
 struct ClassAttributes {
-  NativeClass result{std::make_shared<clsClassData>(), {}};
+  NativeClass result{std::make_shared<clsClassData>(), {}, {}};
   std::string name;
   std::optional<std::string> file_name;
 };
@@ -353,6 +360,7 @@ NativeClass ReadClass(Source& source, const LapTextReader& laps, std::size_t& ru
   ClassAttributes attributes;
   ReadAttributes(source, attributes, kClassRules);
   NativeClass& klass = attributes.result;
+  klass.place = source.Place();
   ClassDataInternal::SetClassName(*klass.klass, WithoutLineBreaks(std::move(attributes.name)));
   if (attributes.file_name) klass.klass->SetFileName(*attributes.file_name);
   ForEachElement(source.Xml(), [&] {

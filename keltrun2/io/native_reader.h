@@ -1,6 +1,7 @@
 // The native lap file, from bytes to records.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -15,10 +16,22 @@
 
 namespace keltrun {
 
+/// Where an element begins, for remarks; lines and columns count from 1.
+struct ElementPlace {
+  std::int32_t line = 0;
+  std::int32_t column = 0;
+};
+
 /// A class element: its attributes, as a class without runners, and its runners.
 struct NativeClass {
   std::shared_ptr<clsClassData> klass;
   std::vector<std::shared_ptr<clsLapData>> runners;
+  ElementPlace place;
+};
+
+struct NativeCourse {
+  std::shared_ptr<clsCourseData> course;
+  ElementPlace place;
 };
 
 /// Everything that a native lap file contains, in the order of the file.
@@ -27,7 +40,7 @@ struct NativeLapFile {
   clsEventData event;
   clsMetaData meta;
   std::vector<NativeClass> classes;
-  std::vector<std::shared_ptr<clsCourseData>> courses;
+  std::vector<NativeCourse> courses;
 };
 
 struct NativeReadResult {

@@ -110,10 +110,11 @@ class ClassJoins {
   explicit ClassJoins(RemarkList& remarks) : remarks_(remarks) {}
 
   // Notes a class of the file whose runners go to `klass`.
-  void See(std::string_view name, const clsClassData& klass, bool existed) {
+  void See(std::string_view name, const clsClassData& klass, bool existed,
+           const ElementPlace& place = {}) {
     const bool of_file = !seen_.insert(&klass).second;
     if (!existed || (!of_file && klass.ClassName() == name)) return;
-    remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", name,
+    remarks_.Add(RemarkSeverity::kWarning, place.line, place.column, "class", name,
                  "is merged with the class \"" + klass.ClassName() +
                      "\" that was there before: the runners of both are in it");
   }
@@ -132,12 +133,12 @@ bool HaveEqualControls(const clsCourseData& a, const clsCourseData& b) {
   return true;
 }
 
-void AddCourses(EventModel& model, const std::vector<std::shared_ptr<clsCourseData>>& courses,
-                RemarkList& remarks) {
-  for (const auto& course : courses) {
+void AddCourses(EventModel& model, const std::vector<NativeCourse>& courses, RemarkList& remarks) {
+  for (const auto& [course, place] : courses) {
     if (model.AddCourseObject(course)) continue;
     if (HaveEqualControls(*model.CourseByNumber(course->CourseIndex()), *course)) continue;
-    remarks.Add(RemarkSeverity::kWarning, 0, 0, "course", std::to_string(course->CourseIndex()),
+    remarks.Add(RemarkSeverity::kWarning, place.line, place.column, "course",
+                std::to_string(course->CourseIndex()),
                 "a course with this number but other controls was there before and is kept");
   }
 }
@@ -160,7 +161,7 @@ void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mo
     const auto existing = model.ClassByName(read.klass->ClassName());
     const auto& klass = existing ? existing : read.klass;
     if (!existing) model.AddClassObject(klass);
-    joins.See(read.klass->ClassName(), *klass, existing != nullptr);
+    joins.See(read.klass->ClassName(), *klass, existing != nullptr, read.place);
     AddRunners(*klass, read.runners, mode);
   }
 }
