@@ -450,12 +450,15 @@ TEST_F(SiteTest, AddMode) {
 
 TEST_F(SiteTest, BodyEndInTheMiddleOfALine) {
   AddClass("A");
-  WriteBytes(site + "/index.html", "<p></body></p>\n<p>old</p></Body></html>\n");
-  ASSERT_TRUE(Publish({.IndexFileAddMode = true}));
-  const std::string page = Page();
-  EXPECT_TRUE(
-      page.starts_with("<p></body></p>\r\n<p>old</p>\r\n\r\n<!-- ### KELTRUN START ### -->\r\n"));
-  EXPECT_TRUE(page.ends_with("<!-- ### KELTRUN FINISH ### -->\r\n\r\n</Body></html>\r\n")) << page;
+  for (const std::string tag : {"</Body>", "</BODY >", "</body\t > </bodyguard>"}) {
+    WriteBytes(site + "/index.html", "<p></body></p>\n<p>old</p>" + tag + "</html>\n");
+    ASSERT_TRUE(Publish({.IndexFileAddMode = true}));
+    const std::string page = Page();
+    EXPECT_TRUE(
+        page.starts_with("<p></body></p>\r\n<p>old</p>\r\n\r\n<!-- ### KELTRUN START ### -->\r\n"));
+    EXPECT_TRUE(page.ends_with("<!-- ### KELTRUN FINISH ### -->\r\n\r\n" + tag + "</html>\r\n"))
+        << page;
+  }
 }
 
 TEST_F(SiteTest, BlockOfTheSameFilesIsReplaced) {

@@ -141,6 +141,17 @@ bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
   }
 }
 
+// Where the last end tag of a body begins in a line, or npos. Blanks may precede its ">".
+std::size_t FindBodyEnd(std::string_view line) {
+  const std::string lower = LowerAscii(line);
+  std::size_t tag = lower.size();
+  while (tag > 0 && (tag = lower.rfind("</body", tag - 1)) != std::string::npos) {
+    const std::size_t end = lower.find_first_not_of(" \t", tag + std::size("</body") - 1);
+    if (end != std::string::npos && lower[end] == '>') return tag;
+  }
+  return std::string::npos;
+}
+
 // The line before which a block goes. When that is the last "</body>", the lines are split so that
 // it begins one.
 Lines::iterator PlaceOfBlock(Lines& lines) {
@@ -148,7 +159,7 @@ Lines::iterator PlaceOfBlock(Lines& lines) {
   if (marker != lines.end()) return marker;
   for (auto line = lines.end(); line != lines.begin();) {
     --line;
-    const std::size_t body = LowerAscii(*line).rfind("</body>");
+    const std::size_t body = FindBodyEnd(*line);
     if (body == std::string::npos) continue;
     const std::string_view before = line->substr(0, body);
     if (before.find_first_not_of(" \t") == std::string_view::npos) return line;
