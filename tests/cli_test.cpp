@@ -104,6 +104,7 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
                {2, "analyze two.lxm --as html", "--class"},
                {2, "print two.lxm --per-sheet 011x1 -o x.pdf", "each from 1 to 10"},
                {2, "chart two.lxm --zoom-y nan -o x.png", "from 1 to 100"},
+               {2, "merge - - -o x.lxm <two.lxm", "\"-\" is given twice"},
                {1, "site missing.lxm x", "missing.lxm"},
                {1, "info other.lxm", "<other>"},
                {1, "info - </dev/null", "standard input"},
@@ -136,6 +137,7 @@ TEST_F(Cli, ErrorsAreInOneLanguageAndNameNothingInternal) {
   const string cases[][2] = {
       {"info bad.lxm", "bad.lxm: line 2, column 8: the document ends inside <event>\n"},
       {"info missing.txt --lang ja", "cannot open missing.txt: No such file or directory\n"},
+      {"site two.lxm /proc", "cannot write into the folder /proc/: No such file or directory\n"},
       {"convert two.lxm out.lxm --force", "cannot write out.lxm: Is a directory\n"},
       {"site two.lxm site", "cannot write site/event.lap: it is a folder\n"},
       {"info lines.txt --lang en", "lines.txt: The file format was not recognised.\n"},
@@ -205,7 +207,7 @@ TEST_F(Cli, StandardInputTakesEveryFormat) {
     string file, in, name;
   } cases[] = {{"two.lxm", "男子Ａ", "standard input.lxm"},
                {"wide.lxm", "男子Ａ", "standard input.lxm"},
-               {"two.lzh", "男子Ａ", "two.lxm"},
+               {"two.lzh", "男子Ａ", "standard input.lzh: two.lxm ("},
                {data + "sportident.txt", "62-63-F", "standard input.txt"}};
   for (const auto& test : cases) {
     const Outcome run = Run("TMPDIR=$PWD/temp keltrun2 info - -q <'" + test.file + "'");
@@ -215,7 +217,7 @@ TEST_F(Cli, StandardInputTakesEveryFormat) {
   EXPECT_EQ(Output("info - --json <" + data + "sportident.txt | grep -v '\"file'"),
             Output("info " + data + "sportident.txt --json | grep -v '\"file'"));
   const Outcome bad = Run("echo '<keltrun>' | TMPDIR=$PWD/temp keltrun2 info -");
-  EXPECT_TRUE(Has(bad.err, "standard input.lxm: ") && !Has(bad.err, "temp")) << bad.err;
+  EXPECT_TRUE(Has(bad.err, " standard input: ") && !Has(bad.err, "temp")) << bad.err;
   EXPECT_EQ(Names("temp").size(), 1U) << "the component's working folder only";
 }
 
@@ -251,6 +253,7 @@ TEST_F(Cli, ArchivesLeaveNothingInTheWorkingFolder) {
   const Outcome run =
       Run("export XDG_RUNTIME_DIR=$PWD/run; keltrun2 convert two.lxm a.lzh && keltrun2 info a.lzh");
   EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_TRUE(Has(run.out, "File     a.lzh: a.lxm (")) << run.out;
   EXPECT_EQ(Names("run/Keltrun2"), std::set<string>{});
 }
 

@@ -134,6 +134,9 @@ void ConvertEvent(clsKeltrun2& root, const Options& options) {
 }
 
 void MergeEvents(clsKeltrun2& root, const Options& options) {
+  if (options.event == "-" && options.import_file == "-") {
+    throw CommandError("\"-\" is given twice, but standard input can be read only once", kWrongUse);
+  }
   CheckOutput(options);
   LoadEvent(root, options);
   MergeImport(root, options);

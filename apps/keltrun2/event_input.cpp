@@ -58,10 +58,10 @@ class StandardInputFile {
   const std::string& Name() const { return name_; }
   std::string Path() const { return folder_ + "/" + name_; }
 
-  // A text without the folder, which means nothing to the user.
-  std::string WithoutFolder(std::string text) const {
-    for (std::size_t at; (at = text.find(folder_ + "/")) != std::string::npos;) {
-      text.erase(at, folder_.size() + 1);
+  // A text with "standard input" in place of the file, whose name means nothing to the user.
+  std::string WithoutPath(std::string text) const {
+    for (std::size_t at; (at = text.find(Path())) != std::string::npos;) {
+      text.replace(at, Path().size(), kStandardInput);
     }
     return text;
   }
@@ -136,16 +136,30 @@ void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& nam
   throw CommandError(reason.find(name) == std::string::npos ? name + ": " + reason : reason);
 }
 
+// Names the event for outputs. `file` was loaded and `name` is what the user calls it. An archive
+// is unpacked into a temporary folder first, so that its event has the path of a file there.
+void NameEvent(clsKeltrun2& root, const std::string& file, const std::string& name) {
+  const std::string loaded = root.FileName();
+  const bool unpacked = loaded != file;
+  root.SetFileName(unpacked ? name + ": " + std::filesystem::path(loaded).filename().string()
+                            : name);
+}
+
 void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mode,
           const Options& options) {
-  if (name != "-") return LoadFile(root, name, name, mode, options);
+  const bool is_event = mode == KR_LOADMODE_NORMAL;
+  if (name != "-") {
+    LoadFile(root, name, name, mode, options);
+    if (is_event) NameEvent(root, name, name);
+    return;
+  }
   const StandardInputFile input;
   try {
     LoadFile(root, input.Path(), kStandardInput, mode, options);
   } catch (const CommandError& error) {
-    throw CommandError(input.WithoutFolder(error.what()));
+    throw CommandError(input.WithoutPath(error.what()));
   }
-  if (root.FileName() == input.Path()) root.SetFileName(input.Name());
+  if (is_event) NameEvent(root, input.Path(), input.Name());
 }
 
 // The load mode that the options name. An import of clubs and sexes needs the mode that matches by

@@ -155,7 +155,12 @@ void MakeFolder(const std::string& folder) {
   fs::create_directories(folder, code);
   if (code) throw CommandError("cannot make folder " + folder + ": " + code.message());
   if (!fs::is_directory(folder, code)) Fail("make folder", folder, ENOTDIR);
-  if (access(folder.c_str(), W_OK | X_OK) != 0) Fail("write into the folder", folder, errno);
+  // Permissions do not say it for file systems such as /proc, so a file is made and removed.
+  try {
+    const TemporaryFile probe(folder, 0600);
+  } catch (const std::system_error& error) {
+    Fail("write into the folder", folder, error.code().value());
+  }
 }
 
 void CheckEventIsKept(const Options& options, const std::vector<std::string>& outputs,
