@@ -107,11 +107,11 @@ class MemberWindows : public HostWindows {
   std::shared_ptr<HostWindows> others_;
 };
 
-// Removes the remark that nothing was read from an import-only text and returns its text, or "".
-// The library loads such a text; a user who names a file to merge expects something from it.
+// Removes the remark that nothing of the file could be used and returns its text, or "". The
+// library loads such a text; a user who names a file to merge expects something from it.
 std::string TakeNothingRead(std::vector<LoadRemark>& remarks) {
   const auto found = std::find_if(remarks.begin(), remarks.end(), [](const LoadRemark& remark) {
-    return remark.Text.ends_with("nothing was read");
+    return remark.Severity == RemarkSeverity::kNothing;
   });
   if (found == remarks.end()) return "";
   const std::string text = found->Text;

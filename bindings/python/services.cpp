@@ -112,9 +112,10 @@ void BindFileControl(py::module_& module) {
        KR_VALUE(KR_FILETYPE_IMPORT_ONLY), KR_VALUE(KR_FILETYPE_IOF_XML_20_RESULT)});
   Enumeration<KrLapFileSaveModeCosnt>(module, "KrLapFileSaveModeCosnt",
                                       {KR_VALUE(KR_SAVEMODE_NORMAL), KR_VALUE(KR_SAVEMODE_FULL)});
-  Enumeration<RemarkSeverity>(
-      module, "RemarkSeverity",
-      {{"kNote", RemarkSeverity::kNote}, {"kWarning", RemarkSeverity::kWarning}});
+  Enumeration<RemarkSeverity>(module, "RemarkSeverity",
+                              {{"kNote", RemarkSeverity::kNote},
+                               {"kWarning", RemarkSeverity::kWarning},
+                               {"kNothing", RemarkSeverity::kNothing}});
   Class<LoadRemark>(module, "LoadRemark")
       .Field("Line", &LoadRemark::Line)
       .Field("Column", &LoadRemark::Column)

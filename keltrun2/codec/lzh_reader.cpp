@@ -233,8 +233,8 @@ class Extraction {
                      "it is larger than " + std::to_string(limits_.MemberBytes >> 20) + " MiB");
     }
     if (size > limits_.TotalBytes - total_) {
-      return Fail("its files together are larger than " +
-                  std::to_string(limits_.TotalBytes >> 20) + " MiB");
+      return Fail("its files together are larger than " + std::to_string(limits_.TotalBytes >> 20) +
+                  " MiB");
     }
     member_.clear();
     int empty_reads = 0;  // a few are normal at the end

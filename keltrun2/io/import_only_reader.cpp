@@ -94,7 +94,7 @@ ReadResult ImportOnlyReader::Read(std::string_view text) {
     }
   }
   if (!header_) {
-    remarks_.Add(RemarkSeverity::kWarning, 0, 0, "file", "",
+    remarks_.Add(RemarkSeverity::kNothing, 0, 0, "file", "",
                  "no header line with a column for names, nothing was read");
   } else if (skipped > 0) {
     remarks_.Add(RemarkSeverity::kNote, 0, 0, "lines before the first header", "",

@@ -10,6 +10,7 @@ namespace keltrun {
 enum class RemarkSeverity : std::int32_t {
   kNote,     ///< Something was assumed; nothing is lost.
   kWarning,  ///< A cell, leg or line was dropped.
+  kNothing,  ///< Nothing of the file could be used, although it was read to its end.
 };
 
 /// One remark: what was assumed or left out, and where.

@@ -24,9 +24,9 @@ struct ListBlock {
 
 /// Decides for each block whether its leg columns are splits, and if so replaces the laps of the
 /// rows by the differences, with a remark. A row with a result looks like splits when its times
-/// ascend and the last one is the result. It looks like laps when the last one is not the result and
-/// it has a time at the finish, or its times do not ascend, or they add up to the result. More than
-/// half of the rows that show a difference have to look like splits. Rows that look the same
+/// ascend and the last one is the result. It looks like laps when the last one is not the result
+/// and it has a time at the finish, or its times do not ascend, or they add up to the result. More
+/// than half of the rows that show a difference have to look like splits. Rows that look the same
 /// either way, such as those with fewer than two times, without a result or without a time at the
 /// finish, follow the decision. A row that looks like laps keeps its times, with a remark.
 void TurnSplitsIntoLaps(const std::vector<ListBlock>& blocks, RemarkList& remarks);

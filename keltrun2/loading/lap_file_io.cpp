@@ -123,7 +123,8 @@ class Load {
       paths.push_back(file.Path);
     }
     if (names.empty()) {
-      return Fail(kOpenError, kExtractArchive, request_.file_name + " contains no .lxm or .lap file");
+      return Fail(kOpenError, kExtractArchive,
+                  request_.file_name + " contains no .lxm or .lap file");
     }
     std::optional<std::size_t> chosen = 0;
     if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.file_name, names);

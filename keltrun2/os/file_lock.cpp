@@ -27,8 +27,7 @@ int OpenToLock(const std::string& name) {
 
 }  // namespace
 
-FileLock::FileLock(const std::string& name, const Patience& patience)
-    : handle_(OpenToLock(name)) {
+FileLock::FileLock(const std::string& name, const Patience& patience) : handle_(OpenToLock(name)) {
   if (handle_ < 0) return;
   for (int tries = 1; !(is_held_ = TryLock(handle_)) && tries < patience.Tries; ++tries) {
     Pause(patience.Pause);
