@@ -1,6 +1,6 @@
 #!/bin/sh
 # ./test.sh [PRESET ...]: installs what is missing, builds and runs every test, once as released and
-# once under the address and undefined-behaviour sanitizers; or only in the presets named.
+# once under the address and undefined-behavior sanitizers; or only in the presets named.
 set -eu
 cd "$(dirname "$0")"
 scripts/install-packages test

@@ -18,7 +18,7 @@ void Analyze(benchmark::State& state) {
   if (!root) return;
   std::shared_ptr<clsAnalyzer> analyzer;
   for (auto _ : state) {
-    // A user's analyzer lives on while he looks at it: giving it back is no part of the figure.
+    // A user keeps the analyzer while looking at it, so releasing it is not part of the figure.
     state.PauseTiming();
     analyzer.reset();
     state.ResumeTiming();

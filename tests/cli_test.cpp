@@ -140,7 +140,7 @@ TEST_F(Cli, ErrorsAreInOneLanguageAndNameNothingInternal) {
       {"site two.lxm /proc", "cannot write into the folder /proc/: No such file or directory\n"},
       {"convert two.lxm out.lxm --force", "cannot write out.lxm: Is a directory\n"},
       {"site two.lxm site", "cannot write site/event.lap: it is a folder\n"},
-      {"info lines.txt --lang en", "lines.txt: The file format was not recognised.\n"},
+      {"info lines.txt --lang en", "lines.txt: The file format was not recognized.\n"},
       {"info lines.txt", "lines.txt: ファイルの形式を判別できませんでした。\n"}};
   for (const auto& [arguments, error] : cases) {
     EXPECT_EQ(Run("keltrun2 " + arguments).err, "keltrun2: " + error) << arguments;

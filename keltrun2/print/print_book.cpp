@@ -58,8 +58,8 @@ struct Frame {
 void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookLine& line) {
   TextStyle style;
   style.Font = *line.TextFont;
-  const double millimetres = line.TextFont->Size() * kMmPerInch / kPointsPerInch;
-  style.Size = static_cast<float>(millimetres) * frame.unit;
+  const double millimeters = line.TextFont->Size() * kMmPerInch / kPointsPerInch;
+  style.Size = static_cast<float>(millimeters) * frame.unit;
   style.HeightRatio = line.ChrHeight;
   style.Turned = line.IsLandscape;
   style.Color = line.Color;

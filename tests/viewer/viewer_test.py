@@ -35,7 +35,7 @@ def address(page):
 
 
 def point_of_line(page, color, control):
-    """Where the line of a colour stands at a control, in the window."""
+    """The point in the window at which the line of a color passes a control."""
     return page.run(f"""(() => {{
       const path = document.querySelector('#canvas path.{color}:not(.gap)');
       const [x, y] = path.getAttribute('d').slice(1).split(/[ML]/)[{control}].split(' ').map(Number);
@@ -49,7 +49,7 @@ def check_table(page, url):
     check("winner", texts(page, first + ".pick, " + first + ".result"), [WINNER, "0:33:30"])
     check("laps and splits", [text.split() for text in texts(page, first + "td.leg")[:3]],
           [["2:33", "5", "2:33", "5"], ["1:34", "1", "4:07", "1"], ["1:22", "1", "5:29", "1"]])
-    check("ranks coloured", "1:34" in texts(page, first + "td.leg b.r1"), True)
+    check("ranks colored", "1:34" in texts(page, first + "td.leg b.r1"), True)
     check("losses shaded", len(texts(page, "#splits td.l4")) > 0, True)
     page.click_on("[data-sort=lap4]")
     check("sorted by a lap", [text[:4] for text in texts(page, "td:nth-child(11)")][1:3], ["1:12", "1:12"])
