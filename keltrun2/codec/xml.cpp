@@ -1,6 +1,7 @@
 #include "keltrun2/codec/xml.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <unordered_set>
@@ -157,6 +158,23 @@ constexpr bool BeginsName(char c) {
 constexpr bool IsInName(char c) {
   return BeginsName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
 }
+
+// Characters of attribute values that do not stand for themselves.
+constexpr bool IsSpecial(char c) { return c == '&' || c == '\t' || c == '\r' || c == '\n'; }
+
+// The answers of a predicate for all bytes: a document asks for each of its characters.
+using ByteTable = std::array<bool, 256>;
+constexpr ByteTable TableOf(bool (*predicate)(char)) {
+  ByteTable table{};
+  for (std::size_t byte = 0; byte < table.size(); ++byte) {
+    table[byte] = predicate(static_cast<char>(byte));
+  }
+  return table;
+}
+constexpr ByteTable kInName = TableOf(IsInName);
+constexpr ByteTable kSpecial = TableOf(IsSpecial);
+
+bool Has(const ByteTable& table, char c) { return table[static_cast<unsigned char>(c)]; }
 
 struct Entity {
   std::string_view text;
@@ -391,13 +409,17 @@ bool XmlReader::ReadAttribute(std::string_view element) {
     TakeBlanks();
     good = Next() == '"' || Next() == '\'';
   }
-  const std::size_t end = good ? source_.find(source_[pos_], pos_ + 1) : std::string_view::npos;
-  if (end == std::string_view::npos) {
+  std::size_t end = good ? pos_ + 1 : source_.size();
+  bool plain = true;
+  for (; end < source_.size() && source_[end] != source_[pos_]; ++end) {
+    plain = plain && !Has(kSpecial, source_[end]);
+  }
+  if (end >= source_.size()) {
     return Fail(begin, "the attribute \"" + std::string(attribute.name_) + "\" of <" +
                            std::string(element) + "> has no value in quotes");
   }
   attribute.raw_ = source_.substr(pos_ + 1, end - pos_ - 1);
-  attribute.plain_ = attribute.raw_.find_first_of("&\t\r\n") == std::string_view::npos;
+  attribute.plain_ = plain;
   if (!attribute.plain_) DecodeValue(attribute.raw_, attribute.decoded_);
   pos_ = end + 1;
   return true;
@@ -468,7 +490,7 @@ bool XmlReader::SkipDocumentType() {
 std::string_view XmlReader::TakeName() {
   const std::size_t begin = pos_;
   if (BeginsName(Next())) {
-    while (IsInName(Next())) ++pos_;
+    while (pos_ < source_.size() && Has(kInName, source_[pos_])) ++pos_;
   }
   return source_.substr(begin, pos_ - begin);
 }

@@ -96,7 +96,9 @@ bool StoreText(std::string& target, std::string_view value) {
 
 // Stores a number, rounded, or the leading digits of an invalid one.
 bool StoreNumber(std::int32_t& target, std::string_view value) {
+  constexpr std::size_t kSurelyFits = 9;  // digits that no 32-bit number is too small for
   target = LeadingLong(value);
+  if (!value.empty() && value.size() <= kSurelyFits && IsDigits(value)) return true;
   const auto number = NumericValue(value);
   return number && std::fabs(*number - target) <= 0.5;
 }
