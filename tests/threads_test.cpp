@@ -198,6 +198,7 @@ TEST_F(Threads, EachWithARootMakeWhatOneMakesAlone) {
   // The threads run first, so that neither fonts nor tables have been prepared.
   std::barrier start(kThreads);
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int number = 0; number < kThreads; ++number) {
     threads.emplace_back([&, number] {
       start.arrive_and_wait();

@@ -114,7 +114,7 @@ std::string TakeNothingRead(std::vector<LoadRemark>& remarks) {
     return remark.Severity == RemarkSeverity::kNothing;
   });
   if (found == remarks.end()) return "";
-  const std::string text = found->Text;
+  std::string text = std::move(found->Text);
   remarks.erase(found);
   return text;
 }

@@ -168,8 +168,9 @@ void CheckEventIsKept(const Options& options, const std::vector<std::string>& ou
   if (options.event == kStandardStream) return;
   for (const std::string& output : outputs) {
     if (!IsSameFile(options.event, output)) continue;
-    throw CommandError(output + " is the event " + options.event +
-                       " itself, which would be lost: " + advice);
+    std::string text = output;
+    text.append(" is the event ").append(options.event).append(" itself, which would be lost: ");
+    throw CommandError(text.append(advice));
   }
 }
 

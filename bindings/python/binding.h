@@ -111,6 +111,8 @@ template <typename Item>
 struct Iteration {
   std::vector<Item> items;
 };
+template <typename Item>
+Iteration(std::vector<Item>) -> Iteration<Item>;
 
 /// What repr() shows of an object: its type and these members. A member that is a method is called
 /// without arguments.

@@ -298,6 +298,8 @@ void clsPrintBook::ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture
   CheckObject(PreviewPicture, "clsPrintBook.ShowPreview");
   const State s = *state_;  // a copy, which shares the pages
   const float zoom = PreviewZoomRatio > 0 ? UsableRatio(PreviewZoomRatio) : 1;
+  // The host may drop its own picture while it is drawn on.
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
   const std::shared_ptr<PictureBox> kept = PreviewPicture;
   PictureBox& picture = *kept;
   picture.SetScaleMode(PictureBox::kScalePixels);
