@@ -19,7 +19,7 @@ mkdir -p "$home/build"
 show_progress() {
   shown=
   while IFS= read -r line; do
-    case $line in "["[0-9]*/[0-9]*"] "*) ;; *) continue ;; esac
+    case $line in "[0/"*) continue ;; "["[0-9]*/[0-9]*"] "*) ;; *) continue ;; esac
     step=${line#"["} total=${line#*/}
     percent=$((${step%%/*} * 100 / ${total%%]*}))
     if [ -t 2 ]; then
