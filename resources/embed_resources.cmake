@@ -4,9 +4,9 @@ set(files "Settings|Keltrun2.ini" "TextsJa|Keltrun2Res-ja.txt" "TextsEn|Keltrun2
 
 set(constants "")
 foreach(file IN LISTS files)
-  string(REPLACE "|" ";" parts "${file}")
-  list(GET parts 0 name)
-  list(GET parts 1 file_name)
+  string(REPLACE "|" ";" fields "${file}")
+  list(GET fields 0 name)
+  list(GET fields 1 file_name)
   file(READ "${FOLDER}/${file_name}" bytes HEX)
   string(REGEX REPLACE "(..)" "\\\\x\\1" bytes "${bytes}")
   string(REGEX REPLACE "(....................................................................)"

@@ -74,11 +74,6 @@ std::string_view FirstLine(std::string_view text) {
   return text.substr(0, text.find_first_of("\r\n"));
 }
 
-[[noreturn]] void RefuseForeign(const std::string& file, const std::string& advice) {
-  throw CommandError(
-      file + " was not made by this program and would be lost: choose another folder, " + advice);
-}
-
 // An index that holds this event and nothing else may be replaced.
 void CheckIndex(const std::string& file, const Options& options, const std::string& lap_file) {
   std::error_code none;
@@ -97,7 +92,11 @@ bool ReplacesStyle(const std::string& file, const std::string& style, const Opti
   if (options.force || !std::filesystem::exists(file, none)) return true;
   const std::string old = ReadInput(file);
   if (old == style || FirstLine(old) == FirstLine(StyleSheet())) return true;
-  if (!options.add) RefuseForeign(file, "keep it with --add, or replace it with --force");
+  if (!options.add) {
+    throw CommandError(file +
+                       " was not made by this program and would be lost: choose another folder, "
+                       "keep it with --add, or replace it with --force");
+  }
   if (!options.quiet) {
     std::cerr << "keltrun2: " << Printable(file)
               << " was not made by this program and stays; --force replaces it\n";
