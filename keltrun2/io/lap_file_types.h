@@ -14,7 +14,15 @@ enum KrLapFileTypeConst : std::int32_t {
   KR_FILETYPE_SPORTIDENT = 4,         ///< SPORTident results as text.
   KR_FILETYPE_OEVENT = 5,             ///< OEvent split times as text.
   KR_FILETYPE_IMPORT_ONLY = 6,        ///< Club and sex of runners that are loaded already.
-  KR_FILETYPE_IOF_XML_20_RESULT = 7,  ///< IOF XML 2.0 result list; only written, never read.
+  KR_FILETYPE_IOF_XML_20_RESULT = 7,  ///< IOF XML 2.0 result list.
+  KR_FILETYPE_IOF_XML_30_RESULT = 8,  ///< IOF XML 3.0 result list.
+  KR_FILETYPE_OE_CSV = 9,   ///< Split times of OE2003, OE2010 and SPORTident tools as CSV.
+  KR_FILETYPE_OS_CSV = 10,  ///< Relay splits of OS2003 and OS2010 as CSV.
+  KR_FILETYPE_SPLITSBROWSER_CSV = 11,  ///< The CSV of SplitsBrowser.
+  KR_FILETYPE_TRIPLE_CSV = 12,         ///< CSV with three columns for each control.
+  KR_FILETYPE_RESULT_HTML = 13,        ///< Result pages of SPORTident, OE and other programs.
+  KR_FILETYPE_WINSPLITS_TEXT = 14,     ///< WinSplits Standard Text.
+  KR_FILETYPE_SWISS_CSV = 15,          ///< The CSV that Swiss result services exchange.
 };
 
 /// Which attributes a native lap file is saved with.

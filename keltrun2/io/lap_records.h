@@ -28,6 +28,10 @@ struct ClassRecords {
   /// new one. Empty when the file has no codes.
   std::vector<std::int32_t> codes;
   std::vector<std::shared_ptr<clsLapData>> runners;
+  /// The other lists of codes that runners of the class have, such as those of forks, and for each
+  /// runner the list they have, from 1; 0 for `codes`. Empty when all runners have `codes`.
+  std::vector<std::vector<std::int32_t>> other_codes;
+  std::vector<std::size_t> list_of_runner;
 };
 
 /// The club and sex for runners with that name who are loaded already.
@@ -45,6 +49,8 @@ struct LapRecords {
   std::optional<std::string> create_application;
   std::optional<DateTime> create_date;
   std::vector<ClassRecords> classes;
+  /// What the codes kFirstTextCode, kFirstTextCode + 1, ... stand for, which are no numbers.
+  std::vector<std::string> code_texts;
   std::vector<RunnerUpdate> updates;
 };
 
@@ -57,6 +63,7 @@ struct ReadError {
 /// What was read, up to the error if there is one, and the remarks made while reading.
 struct ReadResult {
   LapRecords records;
+  std::string format;  // the precise name of the format, when there are several of the type
   std::vector<LoadRemark> remarks;
   std::optional<ReadError> error;
 };
