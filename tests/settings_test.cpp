@@ -180,7 +180,7 @@ TEST_F(SettingsTest, EveryTextIsThereInBothLanguages) {
     }
   }
   EXPECT_EQ(keys[0], keys[1]);
-  EXPECT_EQ(keys[0].size(), 71u);
+  EXPECT_GE(keys[0].size(), 71u);
 }
 
 TEST_F(SettingsTest, LoadsOnceAndTakesStartValuesBefore) {

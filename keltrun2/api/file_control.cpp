@@ -79,8 +79,16 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
   if (!model) return false;
   return keltrun::LoadLapFile(
       {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_,
-       CharsetFromName(input_charset_)},
-      remarks_, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+       CharsetFromName(input_charset_), foreign_formats_, race_},
+      loaded_, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+}
+
+void clsFileControl::SetRace(std::int32_t Race) {
+  if (Race < 0) {
+    throw AutomationError(KR_ERROR_INVALID_CALL,
+                          "clsFileControl.Race: races are counted from 1; 0 is the first one");
+  }
+  race_ = Race;
 }
 
 void clsFileControl::SetInputCharset(std::string_view InputCharset) {

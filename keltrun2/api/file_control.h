@@ -9,6 +9,7 @@
 #include "keltrun2/base/export.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
+#include "keltrun2/loading/loaded_file.h"
 #include "keltrun2/loading/progress.h"
 #include "keltrun2/model/load_mode.h"
 #include "keltrun2/site/site_options.h"
@@ -64,16 +65,34 @@ class KELTRUN2_API clsFileControl {
   /// model is cleared first, even when the file then fails to load. The type is detected unless it
   /// is given. From a ".lzh" archive the lap file in it is loaded; if it contains several, the host
   /// windows let the user choose one (`ChooseName`). Runners are sorted by result afterwards.
-  /// ErrorComment is emptied at the start; after a failure it says why. Only for the type IOF XML,
-  /// which can be written but not read, the result is false without a text.
+  /// ErrorComment is emptied at the start; after a failure it says why. Only for the type IOF XML
+  /// 2.0, unless ForeignFormats is on, the result is false without a text.
   [[nodiscard]] bool LoadLapFile(std::string_view FileName,
                                  KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                                  KrLapFileLoadModeCosnt LoadMode = KR_LOADMODE_NORMAL,
                                  std::string_view FileData = "");
 
+  /// Whether loads also detect and read what other programs write (IOF XML, CSV and HTML of timing
+  /// programs); false at first, and then such files are taken for lap files and lists. The types of
+  /// these formats from KR_FILETYPE_IOF_XML_30_RESULT on can always be given to LoadLapFile.
+  bool ForeignFormats() const { return foreign_formats_; }
+  /// Turns the detection of other programs' formats on or off for later loads.
+  void SetForeignFormats(bool Detect) { foreign_formats_ = Detect; }
+
+  /// The race or day that later loads read from a file that has several, from 1; 0, the initial
+  /// value, is the first one with results. Only the formats of other programs have several.
+  std::int32_t Race() const { return race_; }
+  /// Chooses the race or day. Raises invalid procedure call (5) for a number below 0.
+  void SetRace(std::int32_t Race);
+
+  /// The type of the file of the last load; KR_FILETYPE_UNKNOWN when it was not recognized.
+  KrLapFileTypeConst LoadedType() const { return loaded_.type; }
+  /// The name of its format, such as "IOF XML 3.0"; empty when it was not recognized.
+  const std::string& LoadedFormat() const { return loaded_.format; }
+
   /// What the last load noticed without giving up: cells and lines that were read differently or
   /// dropped, and classes that became one. At most about 2,000.
-  const std::vector<LoadRemark>& LoadRemarks() const { return remarks_; }
+  const std::vector<LoadRemark>& LoadRemarks() const { return loaded_.remarks; }
 
   /// The charset of lists and printouts that have no byte-order mark: "utf-8", "x-sjis",
   /// "windows-1252", "iso-8859-1" or another of their names. Empty, which is the initial value,
@@ -116,7 +135,9 @@ class KELTRUN2_API clsFileControl {
  private:
   bool progress_visible_ = false;
   bool renew_ranks_ = false;
-  std::vector<LoadRemark> remarks_;
+  bool foreign_formats_ = false;
+  std::int32_t race_ = 0;
+  LoadedFile loaded_;
   std::vector<LoadRemark> save_remarks_;
   std::string input_charset_;
   std::int32_t attached_ = 0;

@@ -1,7 +1,9 @@
 #include "keltrun2/io/detect.h"
 
+#include <array>
 #include <vector>
 
+#include "keltrun2/config/settings.h"
 #include "keltrun2/text/letters.h"
 
 namespace keltrun {
@@ -38,6 +40,29 @@ bool IsImportMark(std::string_view line) {
   return UpperAscii(line) == "$IMPORT_ONLY";
 }
 
+struct ContentSign {
+  std::string_view beginning;
+  ContentKind kind;
+};
+
+constexpr ContentSign kContentSigns[] = {
+    {"\x89PNG", ContentKind::kPng},
+    {"\xFF\xD8\xFF", ContentKind::kJpeg},
+    {"GIF8", ContentKind::kGif},
+    {"%PDF", ContentKind::kPdf},
+    {"\xD0\xCF\x11\xE0", ContentKind::kWorkbook},  // the older form
+    {"SQLite format 3", ContentKind::kDatabase},
+};
+
+// Workbooks of today are archives.
+bool IsZippedWorkbook(std::string_view bytes) {
+  constexpr std::size_t kBeginning = 4096;
+  const std::string_view beginning = bytes.substr(0, kBeginning);
+  return bytes.starts_with("PK") &&
+         (Contains(beginning, "[Content_Types].xml") ||
+          Contains(beginning, "application/vnd.oasis.opendocument.spreadsheet"));
+}
+
 }  // namespace
 
 KrLapFileTypeConst DetectTextType(std::string& text) {
@@ -64,6 +89,27 @@ KrLapFileTypeConst DetectFileTextType(std::string_view text) {
   if (Contains(lines[2], "SPORTident results")) return KR_FILETYPE_SPORTIDENT;
   if (lines.size() > 3 && Contains(lines[3], "OE2003")) return KR_FILETYPE_SPORTIDENT;
   return KR_FILETYPE_KELTRUN1;
+}
+
+ContentKind KindOfContent(std::string_view bytes) {
+  constexpr std::string_view kBlanks = "\xEF\xBB\xBF \t\r\n";
+  if (bytes.find_first_not_of(kBlanks) == std::string_view::npos) return ContentKind::kEmpty;
+  for (const ContentSign& sign : kContentSigns) {
+    if (bytes.starts_with(sign.beginning)) return sign.kind;
+  }
+  return IsZippedWorkbook(bytes) ? ContentKind::kWorkbook : ContentKind::kOther;
+}
+
+std::string NotResultsText(std::string_view bytes) {
+  const ContentKind kind = KindOfContent(bytes);
+  if (kind == ContentKind::kEmpty) return ResourceText("RES_REFUSED_EMPTY");
+  if (kind == ContentKind::kWorkbook) return ResourceText("RES_REFUSED_WORKBOOK");
+  constexpr std::array<std::string_view, 8> kNames = {"",    "",    "PNG", "JPEG",
+                                                      "GIF", "PDF", "",    "SQLite"};
+  std::string text = ResourceText("RES_REFUSED_CONTENT");
+  const std::size_t place = text.find("%1");
+  if (place != std::string::npos) text.replace(place, 2, kNames[static_cast<std::size_t>(kind)]);
+  return text;
 }
 
 }  // namespace keltrun

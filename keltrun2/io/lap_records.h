@@ -13,6 +13,9 @@
 
 namespace keltrun {
 
+/// Codes from this number up stand for texts that are no numbers.
+inline constexpr std::int32_t kFirstTextCode = 10001;
+
 /// A class as a text file has it. Where the file says nothing, the value is empty, and the class of
 /// the model keeps its own.
 struct ClassRecords {

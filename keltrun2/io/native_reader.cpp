@@ -191,6 +191,7 @@ constexpr std::array<AttributeRule<CourseNumbers>, 2> kCourseRules = {{
 struct IndexedValue {
   std::int32_t index = 0;
   std::string_view value;
+  std::string_view code_text;  // of a control
 };
 
 IndexedValue ReadIndexed(Source& source, std::string_view value_name, std::string_view subject,
@@ -202,6 +203,8 @@ IndexedValue ReadIndexed(Source& source, std::string_view value_name, std::strin
       index = attribute.Value();
     } else if (attribute.Name() == value_name) {
       result.value = attribute.Value();
+    } else if (attribute.Name() == "code") {
+      result.code_text = TrimSpaces(attribute.Value());
     }
   }
   const bool good = StoreNumber(result.index, index);
@@ -231,6 +234,7 @@ NativeCourse ReadCourse(Source& source) {
       source.Warn("unit-number", control.value, kLeadingDigits);
     }
     course->SetControlNum(control.index, code);
+    course->SetControlCodeText(control.index, control.code_text);
     highest = std::max(highest, control.index);
   });
   if (highest > numbers.controls) {
@@ -297,7 +301,7 @@ std::optional<DateTime> Duration(std::string_view text) {
   return Canonical(time + seconds / kSecondsPerDay);
 }
 
-constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
+constexpr std::array<AttributeRule<clsLapData>, 19> kRunnerRules = {{
     {"name", [](clsLapData& r, std::string_view v) { return StoreText(r.RunnerName, v); }},
     {"id", [](clsLapData& r, std::string_view v) { return StoreNumber(r.ID, v); }, kLeadingDigits},
     {"ecard", [](clsLapData& r, std::string_view v) { return StoreNumber(r.Ecard, v); },
@@ -322,6 +326,20 @@ constexpr std::array<AttributeRule<clsLapData>, 12> kRunnerRules = {{
      [](clsLapData& r, std::string_view v) { return StoreText(r.CompetitorId, v); }},
     {"rankfix", [](clsLapData& r, std::string_view v) { return StoreText(r.RankFix, v); }},
     {"age", [](clsLapData& r, std::string_view v) { return StoreText(r.Age, v); }},
+    {"status",
+     [](clsLapData& r, std::string_view v) {
+       const auto status = RunnerStatusOfName(v);
+       if (status) r.Status = *status;
+       return status.has_value();
+     },
+     "is not a status of IOF XML 3.0 and is ignored"},
+    {"bib", [](clsLapData& r, std::string_view v) { return StoreText(r.Bib, v); }},
+    {"card", [](clsLapData& r, std::string_view v) { return StoreText(r.ControlCard, v); }},
+    {"given-name", [](clsLapData& r, std::string_view v) { return StoreText(r.GivenName, v); }},
+    {"family-name", [](clsLapData& r, std::string_view v) { return StoreText(r.FamilyName, v); }},
+    {"nationality", [](clsLapData& r, std::string_view v) { return StoreText(r.Nationality, v); }},
+    {"course", [](clsLapData& r, std::string_view v) { return StoreNumber(r.CourseNum, v); },
+     kLeadingDigits},
 }};
 
 // Reads a lap, which is a time or a marker; nullopt for other texts.

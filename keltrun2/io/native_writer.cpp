@@ -109,6 +109,13 @@ void WriteRunner(XmlWriter& xml, const clsLapData& lap, KrLapFileSaveModeCosnt m
   WriteIfSet(xml, "rank", lap.Rank);
   WriteIfSet(xml, "sex", lap.Sex);
   WriteIfSet(xml, "competitor-id", lap.CompetitorId);
+  WriteIfSet(xml, "status", std::string(RunnerStatusName(lap.Status)));
+  WriteIfSet(xml, "bib", lap.Bib);
+  WriteIfSet(xml, "card", lap.ControlCard);
+  WriteIfSet(xml, "given-name", lap.GivenName);
+  WriteIfSet(xml, "family-name", lap.FamilyName);
+  WriteIfSet(xml, "nationality", lap.Nationality);
+  WriteIfSet(xml, "course", lap.CourseNum);
   if (mode == KR_SAVEMODE_FULL) {
     WriteIfSet(xml, "rankfix", lap.RankFix);
     WriteIfSet(xml, "age", lap.Age);
@@ -143,6 +150,7 @@ void WriteCourse(XmlWriter& xml, const clsCourseData& data) {
     const Element control(xml, "control");
     xml.Attribute("index", index);
     xml.Attribute("unit-number", data.ControlNum(index));
+    if (data.HasCodeText(index)) xml.Attribute("code", data.ControlCodeText(index));
   }
 }
 

@@ -22,6 +22,9 @@ struct LoadRemark {
   std::int32_t Column = 0;
   RemarkSeverity Severity = RemarkSeverity::kNote;  ///< How much the remark matters.
   std::string Text;                                 ///< What was noticed, in English.
+  /// The text without the cell and with "#" for its numbers: remarks of one kind have it in common.
+  /// May be empty; then the remark is the only one of its kind.
+  std::string Kind;
 };
 
 }  // namespace keltrun

@@ -148,6 +148,22 @@ std::string RemarkText(std::string_view subject, std::string_view cell,
   return text;
 }
 
+// The text of a remark without its cell, each number replaced by "#".
+std::string RemarkKind(std::string_view subject, std::string_view consequence) {
+  std::string kind(subject);
+  kind += ": ";
+  bool in_number = false;
+  for (const char c : consequence) {
+    if (!IsDigit(c)) {
+      kind += c;
+    } else if (!in_number) {
+      kind += '#';
+    }
+    in_number = IsDigit(c);
+  }
+  return kind;
+}
+
 }  // namespace
 
 LineCursor::LineCursor(std::string_view text)
@@ -182,7 +198,8 @@ void RemarkList::Add(RemarkSeverity severity, std::int32_t line, std::int32_t co
     ++more_;
     return;
   }
-  remarks_.push_back({line, column, severity, RemarkText(subject, cell, consequence)});
+  remarks_.push_back({line, column, severity, RemarkText(subject, cell, consequence),
+                      RemarkKind(subject, consequence)});
 }
 
 void RemarkList::AddFirst(std::int32_t line, std::int32_t column, std::string_view subject,
@@ -192,12 +209,14 @@ void RemarkList::AddFirst(std::int32_t line, std::int32_t column, std::string_vi
     ++more_;
   }
   remarks_.insert(remarks_.begin(),
-                  {line, column, RemarkSeverity::kNote, RemarkText(subject, cell, consequence)});
+                  {line, column, RemarkSeverity::kNote, RemarkText(subject, cell, consequence),
+                   RemarkKind(subject, consequence)});
 }
 
 std::vector<LoadRemark> RemarkList::Take() {
   if (more_ > 0) {
-    remarks_.push_back({0, 0, RemarkSeverity::kWarning, std::to_string(more_) + " more remarks"});
+    remarks_.push_back(
+        {0, 0, RemarkSeverity::kWarning, std::to_string(more_) + " more remarks", ""});
   }
   return std::move(remarks_);
 }

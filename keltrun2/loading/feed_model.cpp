@@ -46,10 +46,56 @@ void ApplyHeader(EventModel& model, const LapRecords& records, EventNameRule rul
   SetIfGiven(model.Meta->CreateDate, records.create_date);
 }
 
+// The numbers that the event gives to codes that are no numbers. A file has its own.
+class TextCodes {
+ public:
+  TextCodes(const EventModel& model, const std::vector<std::string>& texts_of_file)
+      : texts_of_file_(texts_of_file) {
+    for (const auto& course : model.Courses()) See(*course);
+    for (const std::string& text : texts_of_file) {
+      const auto [found, added] = number_of_text_.emplace(text, next_);
+      if (added) ++next_;
+      numbers_of_file_.push_back(found->second);
+    }
+  }
+
+  // The number in the event of a code of the file.
+  std::int32_t NumberOf(std::int32_t code) const {
+    return IsText(code) ? numbers_of_file_[IndexOf(code)] : code;
+  }
+  // The text of a code of the file; empty when it is a number.
+  std::string_view TextOf(std::int32_t code) const {
+    return IsText(code) ? std::string_view(texts_of_file_[IndexOf(code)]) : std::string_view();
+  }
+
+ private:
+  static std::size_t IndexOf(std::int32_t code) {
+    return static_cast<std::size_t>(code - kFirstTextCode);
+  }
+  bool IsText(std::int32_t code) const {
+    return code >= kFirstTextCode && IndexOf(code) < texts_of_file_.size();
+  }
+
+  void See(const clsCourseData& course) {
+    const std::int32_t held = std::min(course.ControlCount(), clsCourseData::kMostControls);
+    for (std::int32_t i = 1; i <= held; ++i) {
+      const std::int32_t number = course.ControlNum(i);
+      if (course.HasCodeText(i)) next_ = std::max(next_, number + 1);
+      if (course.HasCodeText(i)) number_of_text_.emplace(course.ControlCodeText(i), number);
+    }
+  }
+
+  const std::vector<std::string>& texts_of_file_;
+  std::vector<std::int32_t> numbers_of_file_;
+  std::unordered_map<std::string, std::int32_t> number_of_text_;
+  std::int32_t next_ = kFirstTextCode;
+};
+
 // Finds the courses of the model by their codes.
 class CourseFinder {
  public:
-  explicit CourseFinder(EventModel& model) : model_(model) {
+  CourseFinder(EventModel& model, const std::vector<std::string>& texts_of_file)
+      : model_(model), texts_(model, texts_of_file) {
     for (const auto& course : model.Courses()) {
       highest_ = std::max(highest_, course->CourseIndex());
       if (course->ControlCount() > clsCourseData::kMostControls) continue;
@@ -61,9 +107,11 @@ class CourseFinder {
     }
   }
 
-  // The number of the first course with these codes, which is added if necessary.
+  // The number of the first course with these codes of the file, which is added if necessary.
   std::int32_t NumberOf(const std::vector<std::int32_t>& codes) {
-    const auto [found, added] = number_of_codes_.emplace(codes, highest_ + 1);
+    std::vector<std::int32_t> numbers;
+    for (const std::int32_t code : codes) numbers.push_back(texts_.NumberOf(code));
+    const auto [found, added] = number_of_codes_.emplace(std::move(numbers), highest_ + 1);
     if (added) MakeCourse(++highest_, codes);
     return found->second;
   }
@@ -73,10 +121,14 @@ class CourseFinder {
     const auto course = model_.AddCourse(number);
     course->SetControlCount(static_cast<std::int32_t>(codes.size()));
     std::int32_t index = 0;
-    for (const std::int32_t code : codes) course->SetControlNum(++index, code);
+    for (const std::int32_t code : codes) {
+      course->SetControlNum(++index, texts_.NumberOf(code));
+      course->SetControlCodeText(index, texts_.TextOf(code));
+    }
   }
 
   EventModel& model_;
+  const TextCodes texts_;
   std::int32_t highest_ = 0;
   std::map<std::vector<std::int32_t>, std::int32_t> number_of_codes_;
 };
@@ -95,6 +147,15 @@ void ApplyClass(CourseFinder& courses, clsClassData& klass, const ClassRecords& 
   SetIfGiven(klass.CourseNum, records.course_num);
   klass.ControlCount = std::max(klass.ControlCount, records.legs_seen - 1);
   if (HasCodes(records)) klass.CourseNum = courses.NumberOf(records.codes);
+}
+
+// Gives the runners who had another course than their class the number of theirs.
+void ApplyOtherCourses(CourseFinder& courses, const ClassRecords& records) {
+  std::vector<std::int32_t> numbers = {0};
+  for (const auto& codes : records.other_codes) numbers.push_back(courses.NumberOf(codes));
+  for (std::size_t i = 0; i < records.list_of_runner.size(); ++i) {
+    records.runners[i]->CourseNum = numbers[records.list_of_runner[i]];
+  }
 }
 
 void AddRunners(clsClassData& klass, const std::vector<std::shared_ptr<clsLapData>>& runners,
@@ -169,7 +230,7 @@ void FeedModel(EventModel& model, NativeLapFile& file, KrLapFileLoadModeCosnt mo
 void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
                KrLapFileLoadModeCosnt mode, ProgressReport& progress, RemarkList& remarks) {
   ApplyHeader(model, records, rule, mode);
-  CourseFinder courses(model);
+  CourseFinder courses(model, records.code_texts);
   ClassJoins joins(remarks);
   std::int64_t done = 0;
   for (const ClassRecords& read : records.classes) {
@@ -178,6 +239,7 @@ void FeedModel(EventModel& model, const LapRecords& records, EventNameRule rule,
     const auto klass = model.AddClass(read.name);
     joins.See(read.name, *klass, existed);
     ApplyClass(courses, *klass, read);
+    ApplyOtherCourses(courses, read);
     AddRunners(*klass, read.runners, mode);
   }
 }

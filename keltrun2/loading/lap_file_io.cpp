@@ -14,6 +14,7 @@
 #include "keltrun2/codec/lzh_writer.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
+#include "keltrun2/io/foreign/formats.h"
 #include "keltrun2/io/form_losses.h"
 #include "keltrun2/io/import_only_reader.h"
 #include "keltrun2/io/iof_result_writer.h"
@@ -31,6 +32,7 @@
 #include "keltrun2/os/clock.h"
 #include "keltrun2/os/files.h"
 #include "keltrun2/os/working_folder.h"
+#include "keltrun2/text/letters.h"
 
 namespace keltrun {
 namespace {
@@ -59,6 +61,10 @@ constexpr TextFormat kTextFormats[] = {
     {KR_FILETYPE_OEVENT, "clsFileControl.LoadOEvent", ReadOEvent, EventNameRule::kIfEmpty, false},
 };
 
+constexpr std::size_t kBeginning = 4096;                  // enough to recognize a native lap file
+constexpr std::size_t kLookedAt = std::size_t{64} << 10;  // by the detectors of other formats
+
+constexpr std::string_view kLoadForeign = "clsFileControl.LoadForeign";
 constexpr std::string_view kLoadKeltrun2 = "clsFileControl.LoadKeltrun2";
 constexpr std::string_view kLoadImportOnly = "clsFileControl.LoadImportOnly";
 
@@ -84,16 +90,41 @@ std::string_view NameOf(Charset charset) {
   return "UTF-8";
 }
 
+// The name of a format of our own.
+std::string_view FormatName(KrLapFileTypeConst type) {
+  switch (type) {
+    case KR_FILETYPE_KELTRUN2:
+      return "Keltrun2 lap file";
+    case KR_FILETYPE_KELTRUN1:
+      return "Keltrun lap file or result list";
+    case KR_FILETYPE_SPORTIDENT:
+      return "SPORTident results as text";
+    case KR_FILETYPE_OEVENT:
+      return "OEvent split times";
+    case KR_FILETYPE_IMPORT_ONLY:
+      return "Clubs and sexes to add";
+    default:
+      break;
+  }
+  const ForeignFormat* const format = ForeignFormatOf(type);
+  return format == nullptr ? "" : format->name;
+}
+
 // One load into one model.
 class Load {
  public:
-  Load(LoadRequest request, std::vector<LoadRemark>& remarks)
-      : request_(std::move(request)), remarks_(remarks), model_(CurrentModel()) {}
+  Load(LoadRequest request, LoadedFile& loaded)
+      : request_(std::move(request)),
+        loaded_(loaded),
+        remarks_(loaded.remarks),
+        model_(CurrentModel()) {}
 
   bool Run(const StartProgress& start_progress) {
     if (request_.mode == KR_LOADMODE_NORMAL) model_->Clear();
     if (FileExtension(request_.file_name) == "lzh" && !ExtractLapFile()) return false;
     if (request_.type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
+    loaded_.type = request_.type;
+    loaded_.format = FormatName(request_.type);
     if (request_.file_data.size() > LargestFile(request_.type)) {
       return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
     }
@@ -140,6 +171,10 @@ class Load {
   std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
     std::string error;
     std::optional<std::string> bytes = ReadFile(request_.file_name, error, largest);
+    if (bytes && request_.foreign_formats && KindOfContent(*bytes) != ContentKind::kOther) {
+      Fail(kOpenError, operation, request_.file_name + ": " + NotResultsText(*bytes));
+      return std::nullopt;
+    }
     const std::string_view archive = bytes ? KindOfArchive(*bytes) : "";
     if (archive == "LZH") {
       error = request_.file_name + " is an LZH archive: its name has to end in .lzh";
@@ -153,6 +188,8 @@ class Load {
 
   // Detects the type. False when the file cannot be read or has no known type.
   bool Detect() {
+    if (request_.foreign_formats && !DetectForeign()) return false;
+    if (request_.type != KR_FILETYPE_AUTODETECT) return true;
     const std::string extension = FileExtension(request_.file_name);
     if (extension == "xml" || extension == "lxm") {
       request_.type = KR_FILETYPE_KELTRUN2;
@@ -180,8 +217,33 @@ class Load {
     return loaded;
   }
 
+  // Looks for the formats of other programs; the type stays KR_FILETYPE_AUTODETECT when it is none
+  // of them. False when the file cannot be read or is no text.
+  bool DetectForeign() {
+    std::optional<std::string> bytes;
+    if (request_.file_data.empty()) {
+      bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
+      if (!bytes) return false;
+    }
+    const std::string_view content = bytes ? std::string_view(*bytes) : request_.file_data;
+    if (Contains(content.substr(0, kBeginning), "<keltrun")) {
+      request_.type = KR_FILETYPE_KELTRUN2;
+      bytes_ = std::move(bytes);
+      return true;
+    }
+    if (content.size() > kLargestListFile) return true;
+    ListText list =
+        bytes ? DecodeList(*bytes, request_.input_charset) : ListText{{request_.file_data}};
+    for (const ForeignFormat& format : ForeignFormats()) {
+      if (!format.looks_like(std::string_view(list.Content.Text).substr(0, kLookedAt))) continue;
+      request_.type = format.type;
+      list_ = std::move(list);
+      break;
+    }
+    return true;
+  }
+
   bool DetectFile() {
-    constexpr std::size_t kBeginning = 4096;  // enough to recognize a native lap file
     std::optional<std::string> bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
     if (!bytes) return false;
     const bool is_large = bytes->size() > kLargestListFile;
@@ -207,6 +269,15 @@ class Load {
     if (request_.type == KR_FILETYPE_IMPORT_ONLY) {
       return Guarded(kLoadImportOnly, start_progress,
                      [this](ProgressReport&) { return LoadUpdates(); });
+    }
+    const ForeignFormat* const foreign = ForeignFormatOf(request_.type);
+    if (foreign != nullptr) {
+      // Without the formats of other programs, this one is only written.
+      const bool is_read =
+          request_.type != KR_FILETYPE_IOF_XML_20_RESULT || request_.foreign_formats;
+      return is_read && Guarded(kLoadForeign, start_progress, [&](ProgressReport& progress) {
+               return LoadForeign(*foreign, progress);
+             });
     }
     for (const TextFormat& format : kTextFormats) {
       if (format.type != request_.type) continue;
@@ -264,14 +335,14 @@ class Load {
   void MakeSegments() {
     MakeSegmentSets(*model_);
     if (model_->SegmentRemark.empty()) return;
-    remarks_.push_back({0, 0, RemarkSeverity::kWarning, model_->SegmentRemark});
+    remarks_.push_back({0, 0, RemarkSeverity::kWarning, model_->SegmentRemark, ""});
   }
 
   void AddRemarks(std::vector<LoadRemark> more) {
     std::move(more.begin(), more.end(), std::back_inserter(remarks_));
   }
   void AddNote(std::int32_t line, std::string text) {
-    remarks_.push_back({line, 0, RemarkSeverity::kNote, std::move(text)});
+    remarks_.push_back({line, 0, RemarkSeverity::kNote, std::move(text), ""});
   }
 
   // The text of the request or of the file; nullopt when the file cannot be read.
@@ -285,8 +356,8 @@ class Load {
 
   // The records of a text file; nullopt when it cannot be opened. They include what was read before
   // an error in the text.
-  std::optional<ReadResult> Read(std::string_view operation,
-                                 ReadResult (*read)(std::string_view text)) {
+  template <typename ReadText>
+  std::optional<ReadResult> Read(std::string_view operation, ReadText read) {
     std::optional<ListText> list = TakeText(operation);
     if (!list) return std::nullopt;
     std::string& text = list->Content.Text;
@@ -333,6 +404,18 @@ class Load {
     return Finish(format.operation, read->error);
   }
 
+  bool LoadForeign(const ForeignFormat& format, ProgressReport& progress) {
+    const auto read = Read(
+        kLoadForeign, [&](std::string_view text) { return format.read(text, {request_.race}); });
+    if (!read) return false;
+    if (!read->format.empty()) loaded_.format = read->format;
+    RemarkList more;
+    FeedModel(*model_, read->records, EventNameRule::kNormalLoad, request_.mode, progress, more);
+    AddRemarks(more.Take());
+    MakeSegments();
+    return Finish(kLoadForeign, read->error);
+  }
+
   bool LoadUpdates() {
     const auto read = Read(kLoadImportOnly, ReadImportOnly);
     if (!read) return false;
@@ -345,6 +428,7 @@ class Load {
   LoadRequest request_;
   std::optional<std::string> bytes_;  // of a native lap file whose type was detected
   std::optional<ListText> list_;      // of a text file whose type was detected
+  LoadedFile& loaded_;
   std::vector<LoadRemark>& remarks_;
   const std::shared_ptr<EventModel> model_;
 };
@@ -409,11 +493,10 @@ KrLapFileTypeConst TypeOfExtension(const std::string& extension) {
 
 }  // namespace
 
-bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
-                 const StartProgress& start_progress) {
+bool LoadLapFile(LoadRequest request, LoadedFile& loaded, const StartProgress& start_progress) {
   SetErrorText("");
-  remarks.clear();
-  return Load(std::move(request), remarks).Run(start_progress);
+  loaded = {};
+  return Load(std::move(request), loaded).Run(start_progress);
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,

@@ -11,6 +11,7 @@
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
+#include "keltrun2/loading/loaded_file.h"
 #include "keltrun2/loading/progress_report.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
@@ -29,11 +30,14 @@ struct LoadRequest {
   std::string file_data;     // if not empty, used instead of the file; UTF-8
   bool renew_ranks = false;  // when the load adds to an event
   std::optional<Charset> input_charset = std::nullopt;  // of a text file without a byte-order mark
+  bool foreign_formats = false;                         // also detect the formats of other programs
+  std::int32_t race = 0;  // of several in a file; 0 for the first one with results
 };
 
-/// Returns whether the file was loaded. If not, the error text says why; it is empty for a type
-/// that is only written (IOF XML). `remarks` gets what the reader noticed.
-[[nodiscard]] bool LoadLapFile(LoadRequest request, std::vector<LoadRemark>& remarks,
+/// Returns whether the file was loaded. If not, the error text says why; it is empty for an unknown
+/// type, and for IOF XML 2.0 when the formats of other programs are not asked for. `loaded` gets
+/// what the file is and what the reader noticed.
+[[nodiscard]] bool LoadLapFile(LoadRequest request, LoadedFile& loaded,
                                const StartProgress& start_progress);
 
 /// Returns whether the file was written. If not, the error text says why. With Sync::kNow the file

@@ -62,7 +62,8 @@ void RankRenewal::Renew(std::vector<LoadRemark>& remarks) const {
       remarks.push_back({0, 0, RemarkSeverity::kNote,
                          "class \"" + klass.ClassName() +
                              "\": the official ranks may be stale: before the merge they were not "
-                             "the ranks of the results, so they stay as they are"});
+                             "the ranks of the results, so they stay as they are",
+                         ""});
     }
   }
 }

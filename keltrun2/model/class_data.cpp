@@ -43,6 +43,13 @@ void MergeLaps(clsLapData& existing, const clsLapData& added, bool overwrite) {
   for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(added); ++leg) {
     existing.SetLap(leg, LapDataInternal::Lap(added, leg));
   }
+  existing.CourseNum = added.CourseNum;
+}
+
+void MergeResult(clsLapData& existing, const clsLapData& added, bool overwrite) {
+  if (!existing.Result().empty() && !(overwrite && !added.Result().empty())) return;
+  LapDataInternal::SetResultText(existing, added.Result());
+  existing.Status = added.Status;
 }
 
 void MergeInto(clsLapData& existing, const clsLapData& added, bool overwrite) {
@@ -51,12 +58,15 @@ void MergeInto(clsLapData& existing, const clsLapData& added, bool overwrite) {
   MergeField(existing.ID, added.ID, overwrite);
   MergeField(existing.Ecard, added.Ecard, overwrite);
   MergeField(existing.Rank, added.Rank, overwrite);
-  std::string result = existing.Result();
-  MergeField(result, added.Result(), overwrite);
-  LapDataInternal::SetResultText(existing, result);
+  MergeResult(existing, added, overwrite);
   MergeField(existing.RunnerName, added.RunnerName, overwrite);
   MergeField(existing.Seed, added.Seed, overwrite);
   MergeField(existing.Sex, added.Sex, overwrite);
+  MergeField(existing.Bib, added.Bib, overwrite);
+  MergeField(existing.ControlCard, added.ControlCard, overwrite);
+  MergeField(existing.GivenName, added.GivenName, overwrite);
+  MergeField(existing.FamilyName, added.FamilyName, overwrite);
+  MergeField(existing.Nationality, added.Nationality, overwrite);
   DateTime start = existing.StartTime()->Value();
   MergeField(start, added.StartTime()->Value(), overwrite);
   existing.StartTime()->SetValue(start);

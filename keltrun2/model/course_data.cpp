@@ -16,4 +16,20 @@ void clsCourseData::SetControlNum(std::int32_t Index, std::int32_t Code) {
   codes_[static_cast<std::size_t>(Index)] = Code;
 }
 
+std::string clsCourseData::ControlCodeText(std::int32_t Index) const {
+  const std::int32_t code = ControlNum(Index);
+  const auto text = code_texts_.find(Index);
+  if (text != code_texts_.end()) return text->second;
+  return Index == 0 || Index > control_count_ ? "" : std::to_string(code);
+}
+
+void clsCourseData::SetControlCodeText(std::int32_t Index, std::string_view Text) {
+  CheckIndex(Index, 1, kMostControls, "clsCourseData.SetControlCodeText");
+  if (Text.empty()) {
+    code_texts_.erase(Index);
+  } else {
+    code_texts_[Index] = Text;
+  }
+}
+
 }  // namespace keltrun

@@ -3,6 +3,9 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
 
 #include "keltrun2/base/export.h"
 
@@ -36,10 +39,21 @@ class KELTRUN2_API clsCourseData {
   /// for an index outside 0 to 50.
   void SetControlNum(std::int32_t Index, std::int32_t Code);
 
+  /// The code of a control as it is shown: the text that was set for it, else ControlNum as a
+  /// number. Programs give some controls names that are no numbers, such as "F1". Empty for the
+  /// start and the finish. Raises errors like ControlNum.
+  std::string ControlCodeText(std::int32_t Index) const;
+  /// Sets the text of a code that is not a number; empty for none. ControlNum is not changed.
+  /// Raises subscript out of range (9) for an index outside 1 to 50.
+  void SetControlCodeText(std::int32_t Index, std::string_view Text);
+  /// Whether the control has a text of its own, set by SetControlCodeText.
+  bool HasCodeText(std::int32_t Index) const { return code_texts_.contains(Index); }
+
  private:
   std::int32_t course_index_ = 0;
   std::int32_t control_count_ = 0;
   std::array<std::int32_t, kMostControls + 1> codes_{};
+  std::map<std::int32_t, std::string> code_texts_;  // by index
 };
 
 }  // namespace keltrun

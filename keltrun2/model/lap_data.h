@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "keltrun2/base/export.h"
+#include "keltrun2/model/runner_status.h"
 #include "keltrun2/model/time_values.h"
 
 namespace keltrun {
@@ -42,6 +43,18 @@ class KELTRUN2_API clsLapData {
   std::string Age;           ///< Age or age class.
   std::string Sex;           ///< Sex as the source gives it.
   std::string CompetitorId;  ///< Identifier in the source system.
+
+  /// How the race ended, if the source says so beside the result. A time that does not count stays
+  /// in the laps; Result then has the word for the status.
+  RunnerStatus Status = RunnerStatus::kUnknown;
+  std::string Bib;          ///< The number on the bib as the source gives it; ID if it is a number.
+  std::string ControlCard;  ///< The punch card as the source gives it; Ecard if it is a number.
+  std::string GivenName;    ///< The given name, if the source has it apart; RunnerName is shown.
+  std::string FamilyName;   ///< The family name, if the source has it apart.
+  std::string Nationality;  ///< The country the runner represents, usually a code of three letters.
+  /// `clsCourseData::CourseIndex` of the runner's own course, if it is not that of the class, as
+  /// with forks; 0 for the course of the class.
+  std::int32_t CourseNum = 0;
 
   /// Start time of day. Never null; its value is 0 if the start time is unknown.
   const std::shared_ptr<clsTimeValue>& StartTime() const { return start_time_; }

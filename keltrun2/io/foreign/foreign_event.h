@@ -82,12 +82,13 @@ class ForeignEvent {
   std::size_t RunnerCount() const;
 
   /// The number of a control code: its own, or from kFirstTextCode up for texts that are not
-  /// numbers of 1 to 10,000. Equal texts have equal numbers. kFinishCode for the names that
-  /// programs give to the finish ("F", "F1", "Finish", "Ziel", "999", ...).
+  /// numbers of 1 to 10,000. Equal texts have equal numbers; 0 for an empty one. kFinishCode for
+  /// the names that programs give to the finish ("F", "F1", "Finish", "Ziel", ...); a last punch
+  /// with the number 999 is also taken as the finish when its time says so.
   std::int32_t Code(std::string_view text);
 
-  static constexpr std::int32_t kFirstTextCode = 10001;
   static constexpr std::int32_t kFinishCode = -1;
+  static constexpr std::int32_t kStartCode = -2;  // for the names of the start
 
   /// The records. Call it once, at the end.
   LapRecords Take() &&;
@@ -99,6 +100,11 @@ class ForeignEvent {
   std::unordered_map<std::string, std::size_t> class_of_name_;
   std::unordered_map<std::string, std::int32_t> number_of_text_;
 };
+
+/// The result of a reader: the records of the event and the remarks. An error when there is no
+/// runner, or too many; with `error`, what was read before it is kept.
+ReadResult FinishReading(ForeignEvent&& event, RemarkList& remarks, std::string format,
+                         std::optional<ReadError> error = std::nullopt);
 
 /// A whole name as it is shown: "Given Family", but "Family Given" in Japanese, Chinese or Korean
 /// script.

@@ -21,4 +21,7 @@ struct ForeignFormat {
 /// All formats, in the order in which they are looked for.
 std::span<const ForeignFormat> ForeignFormats();
 
+/// The format of a type; null for the types of our own.
+const ForeignFormat* ForeignFormatOf(KrLapFileTypeConst type);
+
 }  // namespace keltrun
