@@ -102,6 +102,7 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
 
   void CheckLap(const clsLapData& lap) const override;
   std::string SafeFileName(std::string_view name) const override;
+  bool ComparesLegs() const override { return true; }
 
   std::shared_ptr<clsCourseData> course_data_;
   std::vector<std::shared_ptr<clsAnalyzedRunnerData>> full_;

@@ -1,13 +1,19 @@
 #include "keltrun2/analysis/data_set.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
 
 namespace keltrun {
+
+// A class and those of its runners that a data set takes.
+struct DataSet::Part {
+  std::shared_ptr<clsClassData> klass;
+  Runners runners;
+  const clsCourseData* course = nullptr;  // that of the runners, if it is not that of the class
+};
 
 void DataSet::AddClass(std::string_view ClassName) {
   AddClasses({CurrentModel("DataSet.AddClass")->ClassByName(ClassName)});
@@ -20,10 +26,24 @@ void DataSet::AddClass(std::int32_t ClassNumber) {
 void DataSet::AddCourse(std::int32_t CourseNum) {
   if (CourseNum <= 0) return;
   const auto model = CurrentModel("DataSet.AddCourse");
-  std::vector<std::shared_ptr<clsClassData>> classes;
-  std::copy_if(model->Classes().begin(), model->Classes().end(), std::back_inserter(classes),
-               [&](const auto& klass) { return klass->CourseNum == CourseNum; });
-  AddClasses(classes);
+  AddCourseOf(model->Classes(), CourseNum, *model);
+}
+
+void DataSet::AddCourseOf(const std::vector<std::shared_ptr<clsClassData>>& classes,
+                          std::int32_t course_number, const EventModel& model) {
+  const auto course = model.CourseByNumber(course_number);
+  std::vector<Part> parts;
+  for (const auto& klass : classes) {
+    const bool is_of_class = klass->CourseNum == course_number;
+    Part part{klass, {}, is_of_class ? nullptr : course.get()};
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
+      if (ClassDataInternal::CourseOf(*klass, *runner) == course_number) {
+        part.runners.push_back(runner);
+      }
+    }
+    if (is_of_class || !part.runners.empty()) parts.push_back(std::move(part));
+  }
+  AddParts(parts);
 }
 
 void DataSet::CheckLap(const clsLapData& /*lap*/) const {}
@@ -41,21 +61,41 @@ void DataSet::ClearHead() {
   ControlCount = 0;
   Length = 0;
   Climb = 0;
+  left_out_ = 0;
 }
 
-// Adds nothing unless everything can be added. Null pointers, for unknown classes, are skipped.
+// Null pointers, for unknown classes, are skipped.
 void DataSet::AddClasses(const std::vector<std::shared_ptr<clsClassData>>& classes) {
+  std::vector<Part> parts;
   for (const auto& klass : classes) {
     if (!klass) continue;
-    for (const auto& runner : ClassDataInternal::Runners(*klass)) CheckLap(*runner);
+    Part part{klass, {}};
+    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
+      if (!ComparesLegs() || ClassDataInternal::CourseOf(*klass, *runner) == klass->CourseNum) {
+        part.runners.push_back(runner);
+      }
+    }
+    parts.push_back(std::move(part));
   }
-  for (const auto& klass : classes) {
-    if (!klass) continue;
-    JoinName(*klass);
-    for (const auto& runner : ClassDataInternal::Runners(*klass)) AddLap(runner);
-    if (klass->ControlCount != 0) ControlCount = klass->ControlCount;
-    if (klass->Length != 0) Length = klass->Length;
-    if (klass->Climb != 0) Climb = klass->Climb;
+  AddParts(parts);
+}
+
+// Adds nothing unless everything can be added.
+void DataSet::AddParts(const std::vector<Part>& parts) {
+  for (const Part& part : parts) {
+    for (const auto& runner : part.runners) CheckLap(*runner);
+  }
+  for (const Part& part : parts) {
+    JoinName(*part.klass);
+    for (const auto& runner : part.runners) AddLap(runner);
+    if (part.course != nullptr) {
+      ControlCount = part.course->ControlCount();
+      continue;
+    }
+    left_out_ += part.klass->LapCount() - static_cast<std::int32_t>(part.runners.size());
+    if (part.klass->ControlCount != 0) ControlCount = part.klass->ControlCount;
+    if (part.klass->Length != 0) Length = part.klass->Length;
+    if (part.klass->Climb != 0) Climb = part.klass->Climb;
   }
 }
 

@@ -12,6 +12,8 @@
 
 namespace keltrun {
 
+class EventModel;
+
 /// The facts about a data set and the functions that fill it from the current event.
 class KELTRUN2_API DataSet {
  public:
@@ -28,17 +30,23 @@ class KELTRUN2_API DataSet {
   virtual ~DataSet() = default;
 
   /// Adds the runners of the class with that name in the current event; letter case is ignored, and
-  /// an unknown class is ignored. The first class names the data set. Each further one is added to
-  /// the name after "/" and makes the data set a mix. Course facts that are not 0 are taken over.
-  /// Raises what AddLap raises for any of the runners, and changes nothing then.
+  /// an unknown class is ignored. An analysis takes those who had the course of the class, and
+  /// LeftOutCount counts the others. The first class names the data set. Each further one is added
+  /// to the name after "/" and makes the data set a mix. Course facts that are not 0 are taken
+  /// over. Raises what AddLap raises for any of the runners, and changes nothing then.
   void AddClass(std::string_view ClassName);
   /// Adds the class at a position in the current event, from 1, in the same way.
   void AddClass(std::int32_t ClassNumber);
 
-  /// Adds every class that runs the course, in class order. Numbers below 1 are ignored. Raises
+  /// Adds every runner who had the course, in class order; `clsLapData::CourseNum` goes before that
+  /// of the class. Numbers below 1 are ignored. Raises
   /// what AddLap raises for any of the runners, and object not set (91) when there is no root
   /// object, and changes nothing then.
   void AddCourse(std::int32_t CourseNum);
+
+  /// How many runners of the added classes are not in the set because they had another course; 0
+  /// in result lists, which have everybody.
+  std::int32_t LeftOutCount() const { return left_out_; }
 
   /// Adds one runner. The record is shared, not copied.
   virtual void AddLap(const std::shared_ptr<clsLapData>& LapObject) = 0;
@@ -68,10 +76,20 @@ class KELTRUN2_API DataSet {
   /// The file-name-safe form of a name that the host gave.
   virtual std::string SafeFileName(std::string_view name) const = 0;
 
+  /// Whether the runners are compared leg by leg, so that all must have had one course.
+  virtual bool ComparesLegs() const = 0;
+
+  using Runners = std::vector<std::shared_ptr<clsLapData>>;
+  struct Part;
+
   void AddClasses(const std::vector<std::shared_ptr<clsClassData>>& classes);
+  void AddCourseOf(const std::vector<std::shared_ptr<clsClassData>>& classes,
+                   std::int32_t course_number, const EventModel& model);
+  void AddParts(const std::vector<Part>& parts);
   void JoinName(const clsClassData& klass);
 
   std::string name_;
+  std::int32_t left_out_ = 0;
 };
 
 }  // namespace keltrun

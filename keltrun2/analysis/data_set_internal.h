@@ -14,6 +14,12 @@ class DataSetInternal {
   static void AddClasses(DataSet& set, const std::vector<std::shared_ptr<clsClassData>>& classes) {
     set.AddClasses(classes);
   }
+  /// Adds the runners of these classes of an event, which may be another than the current one, who
+  /// had the course.
+  static void AddCourse(DataSet& set, const EventModel& model, std::int32_t course_number,
+                        const std::vector<std::shared_ptr<clsClassData>>& classes) {
+    set.AddCourseOf(classes, course_number, model);
+  }
 };
 
 }  // namespace keltrun

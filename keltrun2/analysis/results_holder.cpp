@@ -12,6 +12,10 @@
 namespace keltrun {
 namespace {
 
+bool Competes(const std::shared_ptr<clsLapData>& runner) {
+  return runner->Status != RunnerStatus::kNotCompeting;
+}
+
 template <typename Order>
 std::shared_ptr<clsLapData> At(Order& order, std::int32_t index) {
   return index >= 1 && index <= order.Count() ? order.Item(index) : nullptr;
@@ -60,13 +64,14 @@ std::shared_ptr<clsLapData> clsResultsHolder::FullSetItem(std::int32_t Index) co
 std::string clsResultsHolder::RankInDataSet(std::int32_t Index) const {
   CheckIndex(Index, 1, Count(), "clsResultsHolder.RankInDataSet");
   const auto& line = selected_->LineObject(Index);
-  return IsFinished(line.Item->Result()) ? std::to_string(line.RankOrder) : "";
+  const bool has_rank = IsFinished(line.Item->Result()) && Competes(line.Item);
+  return has_rank ? std::to_string(line.RankOrder) : "";
 }
 
 void clsResultsHolder::CalcRank() {
   if (Count() == 0) return;
-  full_->CalcRankOrder();
-  selected_->CalcRankOrder();
+  full_->CalcRankOrder(Competes);
+  selected_->CalcRankOrder(Competes);
   const auto& lines = selected_->LineSet();
   const auto official = std::count_if(lines.begin(), lines.end(),
                                       [](const auto& line) { return !line.Item->Rank.empty(); });

@@ -69,6 +69,7 @@ class KELTRUN2_API clsResultsHolder : public DataSet {
   struct Order;
 
   std::string SafeFileName(std::string_view name) const override;
+  bool ComparesLegs() const override { return false; }
 
   std::unique_ptr<Order> full_;
   std::unique_ptr<Order> selected_;

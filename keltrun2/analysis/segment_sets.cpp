@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "keltrun2/model/class_data_internal.h"
+
 namespace keltrun {
 namespace {
 
@@ -279,7 +281,9 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
 void MakeSegmentSets(EventModel& model) {
   ClassesByCourse classes;
   for (const auto& klass : model.Classes()) {
-    classes[klass->CourseNum].push_back(klass->ClassName());
+    for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(*klass)) {
+      classes[course].push_back(klass->ClassName());
+    }
   }
   RunFinder finder(model, classes);
   std::vector<Run> runs = finder.Find();

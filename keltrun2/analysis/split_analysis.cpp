@@ -218,13 +218,17 @@ void SplitAnalysis::Run() {
 void SplitAnalysis::OrderByResult() {
   CclsSort<std::shared_ptr<clsAnalyzedRunnerData>> order;
   for (const auto& runner : runners_) order.Add(ResultSortKey(runner->Result()), runner);
-  order.CalcRankOrder();
+  const auto competes = [](const auto& runner) {
+    return runner->OtherData()->Status != RunnerStatus::kNotCompeting;
+  };
+  order.CalcRankOrder(competes);
   runners_.clear();
   for (auto& line : order.LineSet()) {
     // Keys below a day are times, the others statuses. A runner with a status shows the rank that
     // an earlier run gave them, or none.
-    Figures::RankInDataSet(*line.Item) =
-        IsTimeKey(line.SortKey) ? std::to_string(line.RankOrder) : line.Item->Rank();
+    std::string rank = IsTimeKey(line.SortKey) ? std::to_string(line.RankOrder) : line.Item->Rank();
+    if (!competes(line.Item)) rank.clear();
+    Figures::RankInDataSet(*line.Item) = std::move(rank);
     runners_.push_back(std::move(line.Item));
   }
 }

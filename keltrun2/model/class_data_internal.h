@@ -1,8 +1,12 @@
 // Operations on a class that only the component may use.
 #pragma once
 
+#include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "keltrun2/model/class_data.h"
 
@@ -21,6 +25,17 @@ class ClassDataInternal {
   }
   static const std::vector<std::shared_ptr<clsLapData>>& Runners(const clsClassData& klass) {
     return klass.laps_;
+  }
+  /// The number of the course that a runner of the class had.
+  static std::int32_t CourseOf(const clsClassData& klass, const clsLapData& runner) {
+    return runner.CourseNum != 0 ? runner.CourseNum : klass.CourseNum;
+  }
+  /// The courses that runners of the class had, with the number of runners. The course of the class
+  /// is there even when nobody had it.
+  static std::map<std::int32_t, std::int32_t> RunnersOfCourses(const clsClassData& klass) {
+    std::map<std::int32_t, std::int32_t> courses = {{klass.CourseNum, 0}};
+    for (const auto& runner : Runners(klass)) ++courses[CourseOf(klass, *runner)];
+    return courses;
   }
 };
 

@@ -21,22 +21,26 @@ std::string NumberOrEmpty(std::int32_t value) { return value == 0 ? "" : std::to
 // Collects the classes of each course. The courses are ordered by their last class.
 class CourseChoices {
  public:
+  // Counts the runners of a class for each of the courses that they had.
   void Join(const clsClassData& klass, std::int32_t position) {
-    const auto [found, added] = entries_.try_emplace(klass.CourseNum);
-    Entry& entry = found->second;
-    entry.last_class = position;
-    entry.classes += 1;
-    ClassAndCourseChoice& choice = entry.choice;
-    choice.CourseNum = klass.CourseNum;
-    choice.ValueName += (added ? "" : "/") + klass.ClassName();
-    choice.FileName += (added ? "" : "_") + klass.FileName();
-    choice.RunnerCount += klass.LapCount();
+    for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(klass)) {
+      if (course == 0) continue;
+      const auto [found, added] = entries_.try_emplace(course);
+      Entry& entry = found->second;
+      entry.last_class = position;
+      entry.classes += 1;
+      ClassAndCourseChoice& choice = entry.choice;
+      choice.CourseNum = course;
+      choice.ValueName += (added ? "" : "/") + klass.ClassName();
+      choice.FileName += (added ? "" : "_") + klass.FileName();
+      choice.RunnerCount += runners;
+    }
   }
 
   void AppendShared(std::vector<ClassAndCourseChoice>& choices) const {
-    std::map<std::int32_t, const ClassAndCourseChoice*> shared;
+    std::map<std::pair<std::int32_t, std::int32_t>, const ClassAndCourseChoice*> shared;
     for (const auto& [course, entry] : entries_) {
-      if (entry.classes >= 2) shared.emplace(entry.last_class, &entry.choice);
+      if (entry.classes >= 2) shared.emplace(std::pair(entry.last_class, course), &entry.choice);
     }
     for (const auto& [position, choice] : shared) choices.push_back(*choice);
   }
@@ -166,7 +170,7 @@ std::vector<ClassAndCourseChoice> EventModel::Choices() const {
   std::int32_t position = 0;
   for (const auto& klass : Classes()) {
     choices.push_back({++position, 0, klass->ClassName(), klass->FileName(), klass->LapCount()});
-    if (klass->CourseNum != 0) courses.Join(*klass, position);
+    courses.Join(*klass, position);
   }
   courses.AppendShared(choices);
   return choices;

@@ -69,9 +69,16 @@ class CclsSort {
   /// Sets competition ranks: lines with equal keys share the rank of the first of them (1, 2, 2,
   /// 4).
   void CalcRankOrder() {
+    CalcRankOrder([](const ItemType&) { return true; });
+  }
+  /// The same among the items for which `competes` is true. The others get the rank 0.
+  template <typename Competes>
+  void CalcRankOrder(Competes competes) {
     std::int32_t position = 0;
     const CclsSortLine* previous = nullptr;
     for (CclsSortLine& line : LineSet()) {
+      line.RankOrder = 0;
+      if (!competes(line.Item)) continue;
       ++position;
       const bool tied = previous != nullptr && previous->SortKey == line.SortKey;
       line.RankOrder = tied ? previous->RankOrder : position;

@@ -119,6 +119,8 @@ class SiteExport {
   void MakeEntries();
   void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
   std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
+  void AddRunners(DataSet& set, const ClassAndCourseChoice& choice,
+                  const std::vector<std::shared_ptr<clsClassData>>& classes) const;
 
   void MakeLinksRow();
   std::string MakeViewerControlPage();
@@ -234,7 +236,9 @@ void SiteExport::NameFiles(OutputNames& names) {
 
 void SiteExport::MakeEntries() {
   for (const auto& klass : model_->Classes()) {
-    classes_of_course_[klass->CourseNum].push_back(klass);
+    for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(*klass)) {
+      classes_of_course_[course].push_back(klass);
+    }
   }
   OutputNames names;
   NameFiles(names);
@@ -272,6 +276,16 @@ std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
   if (choice.ClassIndex != 0) return {model_->ClassAt(choice.ClassIndex)};
   if (choice.CourseNum <= 0) return {};  // no course that a data set can be made of
   return classes_of_course_.at(choice.CourseNum);
+}
+
+// Fills a data set with the runners of a choice, whose classes are given.
+void SiteExport::AddRunners(DataSet& set, const ClassAndCourseChoice& choice,
+                            const std::vector<std::shared_ptr<clsClassData>>& classes) const {
+  if (choice.ClassIndex != 0) {
+    DataSetInternal::AddClasses(set, classes);
+  } else {
+    DataSetInternal::AddCourse(set, *model_, choice.CourseNum, classes);
+  }
 }
 
 // The copies are made before anything is analyzed.
@@ -339,7 +353,7 @@ std::vector<ViewerPageSet> SiteExport::ViewerSets() {
   for (const ClassAndCourseChoice& choice : model_->Choices()) {
     Attempt("show", choice.ValueName, [&] {
       const auto analyzer = std::make_shared<clsAnalyzer>();
-      DataSetInternal::AddClasses(*analyzer, ClassesOf(choice));
+      AddRunners(*analyzer, choice, ClassesOf(choice));
       add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
     });
   }
@@ -394,7 +408,7 @@ bool SiteExport::Attempt(std::string_view action, const std::string& name, Step 
 
 void SiteExport::GatherResults(const Entry& entry) {
   if (!entry.Wants(kResultPage)) return;
-  DataSetInternal::AddClasses(results_, entry.classes);
+  AddRunners(results_, entry.choice, entry.classes);
   results_.CalcRank();
 }
 
@@ -402,7 +416,7 @@ void SiteExport::Analyze(const Entry& entry) {
   const bool any_file = !options_.AnalysisFile.empty() || !options_.LegDataFile.empty() ||
                         !options_.ChartFile.empty();
   if (!any_file) return;
-  DataSetInternal::AddClasses(*analyzer_, entry.classes);  // the index shows its length and climb
+  AddRunners(*analyzer_, entry.choice, entry.classes);  // the index shows its length and climb
   if (!entry.WantsAnalysis()) return;
   analyzer_->Execute();
   if (entry.Wants(kLegDataPage) || entry.Wants(kChartPage)) analyzer_->ExtraAnalyze();
