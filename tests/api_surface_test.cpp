@@ -79,8 +79,10 @@ TEST(ApiSurface, Records) {
   Surface s;
   clsLapData& r = *s.runner;
   Are<Text>(r.RunnerName, r.ClubName, r.Rank, r.RankFix, r.Seed, r.Age, r.Sex, r.CompetitorId,
-            r.ClassName(), r.Result(), r.LapToString(1));
-  Are<Long>(r.ID, r.Ecard, r.SerialNum(), r.LegCount());
+            r.Bib, r.ControlCard, r.GivenName, r.FamilyName, r.Nationality, r.ClassName(),
+            r.Result(), r.LapToString(1));
+  Are<Long>(r.ID, r.Ecard, r.SerialNum(), r.LegCount(), r.CourseNum);
+  Are<RunnerStatus>(r.Status);
   Are<DateTime>(r.Lap(1));
   r.SetClassName("B");
   r.SetLap(5, .25);
@@ -105,7 +107,10 @@ TEST(ApiSurface, Records) {
   course.SetCourseIndex(3);
   course.SetControlCount(1);
   course.SetControlNum(1, 31);
+  course.SetControlCodeText(1, "F1");
   Are<Long>(course.CourseIndex(), course.ControlCount(), course.ControlNum(1));
+  Are<Text>(course.ControlCodeText(1));
+  Are<bool>(course.HasCodeText(1));
   clsEventData& e = *s.root->EventData();
   Are<Text>(e.EventName, e.Terrain, e.Memo, e.FileName, e.OfficialSite, e.ToString());
   e.SetEventDate(nullptr);

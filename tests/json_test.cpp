@@ -64,7 +64,7 @@ std::string ResultTextOf(std::string_view name, DateTime start) {
 TEST(Json, AnalysisOfASmallClass) {
   Json json = Analyze(*ThreeRunners());
   ExpectObject(json["set"], R"({"name": "W21A", "fileName": "w21a", "kind": "class", "mix": false,
-      "controls": 2, "length": 5700, "climb": 70, "cutOffRank": 0, "classInfo": "5.7km ↑70m",
+      "controls": 2, "length": 5700, "climb": 70, "cutOffRank": 0, "classInfo": "5.7km ↑70m", "leftOut": 0,
       "codes": null, "legLabels": ["S→1", "1→2", "2→F"]})");
   ExpectObject(json["general"], R"({"upperLapTotal": 700, "upperLapAverage": [400, 200, 100],
       "legLength": [0.571429, 0.285714, 0.142857], "difficulty": [0, 0, 0],
@@ -80,7 +80,9 @@ TEST(Json, AnalysisOfASmallClass) {
   ExpectMembers(json["runners"][1],
                 R"({"name": "Berta", "cruiseSpeed": 1.05, "missTime": [0, 20, 5]})");
   ExpectObject(json["runners"][2], R"({"serial": 2, "name": "Lena", "club": "", "class": "W21A",
-      "id": 0, "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "", "start": null,
+      "id": 0, "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "",
+      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "",
+      "course": 0, "start": null,
       "result": "0:13:10", "officialRank": "", "rank": "3", "rankInDataSet": "3",
       "lap": [400, "skip", 390], "split": [400, "skip", 790],
       "modifiedLap": [400, 260, 130], "modifiedSplit": [400, 660, 790], "lapRank": [2, 0, 0],
@@ -140,7 +142,9 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
   ExpectMembers(runners[1],
                 R"({"name": "b", "rankInDataSet": "2", "rank": "", "rankFix": "2", "laps": []})");
   ExpectObject(runners[2], R"({"serial": 1, "name": "c", "club": "", "class": "A", "id": 0,
-      "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "", "start": null,
+      "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "",
+      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "",
+      "course": 0, "start": null,
       "result": "0:12:00", "rank": "3", "rankFix": "", "rankInDataSet": "2",
       "laps": [300, null, "skip", "disq"]})");
   ExpectMembers(runners[3], R"({"name": "d", "rankInDataSet": "", "result": "DNF"})");
@@ -148,7 +152,8 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
   json["event"] = 0;
   ExpectObject(json, R"({"format": "keltrun2-results", "version": 1, "generator": "Keltrun 2.27",
       "event": 0, "sets": [{"set": {"name": "A", "fileName": "a", "kind": "class", "mix": false,
-      "controls": 0, "length": 0, "climb": 0, "cutOffRank": 0, "classInfo": ""},
+      "controls": 0, "length": 0, "climb": 0, "cutOffRank": 0, "classInfo": "",
+      "leftOut": 0},
       "rankIsAvailable": true, "runners": 4}]})");
   // Every runner and every data set is on a line of its own.
   for (const char* start : {"\n{\"serial\":1,", "\n{\"serial\":4,", "\n{\"set\":"}) {
@@ -224,7 +229,7 @@ TEST(Json, InfoDescribesTheEvent) {
   info["choices"].erase(0), info["choices"].erase(0);
   ExpectObject(info, R"({"format": "keltrun2-info", "version": 1, "generator": "Keltrun 2.27",
       "event": {"name": "秋の大会", "date": "2025-10-18", "terrain": "", "memo": "", "site": ""},
-      "file": {"name": "", "date": "2025-10-19 07:30:00",
+      "file": {"name": "", "date": "2025-10-19 07:30:00", "format": "",
       "created": {"application": "Timer", "date": null, "user": ""},
       "lastUpdate": {"application": "", "date": null, "user": ""}},
       "classes": [{"name": "M21;A", "fileName": "m21;a", "runners": 1, "controls": 0, "length": 0,

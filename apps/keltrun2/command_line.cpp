@@ -129,6 +129,14 @@ CLI::Option* AddEvent(CLI::App& app, Options& options) {
                  "charset of a list: utf-8, x-sjis, windows-1252 (default: detected)")
       ->type_name("NAME")
       ->check(KnownCharset());
+  app.add_option("--input-format", options.input_format,
+                 "format of the file; with merge, of IMPORT (default: detected)")
+      ->type_name(Joined(LapFileTypeWords(), "|"))
+      ->check(CLI::IsMember(LapFileTypeWords()).description(""));
+  app.add_option("--race", options.race,
+                 "which race or day of a file with several (default: the first with results)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 1000).description(""));
   return event;
 }
 

@@ -145,7 +145,7 @@ void MergeEvents(clsKeltrun2& root, const Options& options) {
 
 void ShowInfo(clsKeltrun2& root, const Options& options) {
   CheckReport(options);
-  LoadEvent(root, options);
+  LoadEvent(root, options, options.json ? RemarkDisplay::kShow : RemarkDisplay::kLeaveToCommand);
   std::string text = options.json ? root.TextControl()->OutputInfoJson() : InfoText(root);
   AddNewLine(text, "\n");
   WriteOutput(options.output, text);

@@ -1,6 +1,7 @@
 #include "apps/keltrun2/data_sets.h"
 
 #include <map>
+#include <set>
 #include <string>
 
 #include "apps/keltrun2/command_error.h"
@@ -37,7 +38,11 @@ std::map<std::int32_t, std::string> CoursesWithClasses(const clsKeltrun2& root) 
   std::map<std::int32_t, std::string> courses;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
     const auto klass = root.ClassData(i);
-    if (klass->CourseNum > 0) courses[klass->CourseNum] += " " + klass->ClassName();
+    std::set<std::int32_t> own = {klass->CourseNum};
+    for (std::int32_t j = 1; j <= klass->LapCount(); ++j) own.insert(klass->LapData(j)->CourseNum);
+    for (const std::int32_t course : own) {
+      if (course > 0) courses[course] += " " + klass->ClassName();
+    }
   }
   return courses;
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,6 +23,7 @@ namespace keltrun::cli {
 namespace {
 
 constexpr char kStandardInput[] = "standard input";
+constexpr std::size_t kShownOfKind = 5;  // remarks
 
 // The name that data from a pipe would have as a file: its ending distinguishes archives and XML
 // from texts, which are recognized by their content.
@@ -119,17 +121,26 @@ std::string TakeNothingRead(std::vector<LoadRemark>& remarks) {
   return text;
 }
 
+// The type that the options name for the event, or for what is merged into it.
+KrLapFileTypeConst TypeOf(KrLapFileLoadModeCosnt mode, const Options& options) {
+  const bool is_named =
+      !options.input_format.empty() && (options.import_file.empty() || mode != KR_LOADMODE_NORMAL);
+  return is_named ? LapFileTypeOfWord(options.input_format) : KR_FILETYPE_AUTODETECT;
+}
+
 // `name` is what the user calls the file.
 void LoadFile(clsKeltrun2& root, const std::string& file, const std::string& name,
-              KrLapFileLoadModeCosnt mode, const Options& options) {
+              KrLapFileLoadModeCosnt mode, const Options& options, RemarkDisplay show) {
   const auto& files = root.FileControl();
   files->SetInputCharset(options.input_charset);
+  files->SetForeignFormats(true);
+  files->SetRace(options.race);
   files->SetProgressVisible(!options.quiet);  // shows nothing where there is no terminal
   SetHostWindows(std::make_shared<MemberWindows>(options.member));
-  const bool loaded = files->LoadLapFile(file, KR_FILETYPE_AUTODETECT, mode);
+  const bool loaded = files->LoadLapFile(file, TypeOf(mode, options), mode);
   std::vector<LoadRemark> remarks = files->LoadRemarks();
   const std::string nothing_read = TakeNothingRead(remarks);
-  if (!options.quiet) ShowRemarks(remarks, name);
+  if (!options.quiet && show == RemarkDisplay::kShow) ShowRemarks(remarks, name);
   if (!nothing_read.empty()) throw CommandError(name + ": " + nothing_read);
   if (loaded && root.ErrorComment().empty()) return;
   const std::string reason = ReasonOf(root.ErrorComment());
@@ -146,16 +157,16 @@ void NameEvent(clsKeltrun2& root, const std::string& file, const std::string& na
 }
 
 void Load(clsKeltrun2& root, const std::string& name, KrLapFileLoadModeCosnt mode,
-          const Options& options) {
+          const Options& options, RemarkDisplay show = RemarkDisplay::kShow) {
   const bool is_event = mode == KR_LOADMODE_NORMAL;
   if (name != "-") {
-    LoadFile(root, name, name, mode, options);
+    LoadFile(root, name, name, mode, options, show);
     if (is_event) NameEvent(root, name, name);
     return;
   }
   const StandardInputFile input;
   try {
-    LoadFile(root, input.Path(), kStandardInput, mode, options);
+    LoadFile(root, input.Path(), kStandardInput, mode, options, show);
   } catch (const CommandError& error) {
     throw CommandError(input.WithoutPath(error.what()));
   }
@@ -176,16 +187,25 @@ KrLapFileLoadModeCosnt MergeMode(const Options& options) {
 }  // namespace
 
 void ShowRemarks(const std::vector<LoadRemark>& remarks, const std::string& name) {
+  std::map<std::string, std::size_t> shown;  // by kind
+  std::size_t left_out = 0;
   for (const LoadRemark& remark : remarks) {
+    if (!remark.Kind.empty() && ++shown[remark.Kind] > kShownOfKind) {
+      ++left_out;
+      continue;
+    }
     std::cerr << Printable(name);
     if (remark.Line > 0) std::cerr << ':' << remark.Line;
     if (remark.Column > 0) std::cerr << ':' << remark.Column;
     std::cerr << ": " << Printable(remark.Text) << '\n';
   }
+  if (left_out == 0) return;
+  std::cerr << Printable(name) << ": " << left_out
+            << " more remarks of the same kinds; the command info counts them\n";
 }
 
-void LoadEvent(clsKeltrun2& root, const Options& options) {
-  Load(root, options.event, KR_LOADMODE_NORMAL, options);
+void LoadEvent(clsKeltrun2& root, const Options& options, RemarkDisplay show) {
+  Load(root, options.event, KR_LOADMODE_NORMAL, options, show);
 }
 
 void MergeImport(clsKeltrun2& root, const Options& options) {

@@ -1,5 +1,7 @@
 #include "apps/keltrun2/info_text.h"
 
+#include <map>
+
 #include "apps/keltrun2/display_text.h"
 
 namespace keltrun::cli {
@@ -36,6 +38,7 @@ void AppendHead(std::string& out, const clsKeltrun2& root) {
   AppendFact(out, "Memo", event->Memo);
   AppendFact(out, "Web site", event->OfficialSite);
   AppendFact(out, "File", Words({root.FileName(), InBrackets(Moment(root.FileDate()))}));
+  AppendFact(out, "Format", root.FileControl()->LoadedFormat());
   AppendFact(
       out, "Created",
       Words({Moment(meta->CreateDate), meta->CreateApplication, InBrackets(meta->CreateUserName)}));
@@ -72,7 +75,7 @@ std::string ControlCodes(const clsCourseData& course) {
   std::string codes;
   for (std::int32_t i = 1; i <= course.ControlCount(); ++i) {
     if (i > 1) codes += ' ';
-    codes += std::to_string(course.ControlNum(i));
+    codes += course.ControlCodeText(i);
   }
   return codes;
 }
@@ -87,6 +90,16 @@ void AppendCourses(std::string& out, const clsKeltrun2& root) {
   AppendSection(out, "Courses", root.CourseCount(), table);
 }
 
+// Runners of the class for each course that they had.
+std::map<std::int32_t, std::int32_t> RunnersOfCourses(const clsClassData& klass) {
+  std::map<std::int32_t, std::int32_t> courses = {{klass.CourseNum, 0}};
+  for (std::int32_t i = 1; i <= klass.LapCount(); ++i) {
+    const std::int32_t own = klass.LapData(i)->CourseNum;
+    ++courses[own != 0 ? own : klass.CourseNum];
+  }
+  return courses;
+}
+
 // The classes of a course, and how many runners they have together.
 struct CourseClasses {
   std::string names;
@@ -97,9 +110,11 @@ CourseClasses ClassesOf(const clsKeltrun2& root, std::int32_t course) {
   CourseClasses found;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
     const auto klass = root.ClassData(i);
-    if (klass->CourseNum != course) continue;
+    const auto courses = RunnersOfCourses(*klass);
+    const auto runners = courses.find(course);
+    if (runners == courses.end()) continue;
     found.names += (found.names.empty() ? "" : "/") + klass->ClassName();
-    found.runners += klass->LapCount();
+    found.runners += runners->second;
   }
   return found;
 }
@@ -135,6 +150,39 @@ void AppendSegments(std::string& out, const clsKeltrun2& root) {
   AppendSection(out, "Segments", root.SegmentCount(), table);
 }
 
+// The remarks of one kind: the first of them, and how many there are.
+struct RemarkGroup {
+  LoadRemark first;
+  std::int32_t count = 0;
+};
+
+// Groups in the order of their first remarks. A remark without a kind is a group of its own.
+std::vector<RemarkGroup> GroupRemarks(const std::vector<LoadRemark>& remarks) {
+  std::vector<RemarkGroup> groups;
+  std::map<std::string, std::size_t> group_of_kind;
+  for (const LoadRemark& remark : remarks) {
+    const auto found = group_of_kind.find(remark.Kind);
+    if (found != group_of_kind.end()) {
+      ++groups[found->second].count;
+      continue;
+    }
+    if (!remark.Kind.empty()) group_of_kind.emplace(remark.Kind, groups.size());
+    groups.push_back({remark, 1});
+  }
+  return groups;
+}
+
+void AppendRemarks(std::string& out, const clsKeltrun2& root) {
+  const std::vector<LoadRemark>& remarks = root.FileControl()->LoadRemarks();
+  if (remarks.empty()) return;
+  TextTable table({{"Times", kRight}, {"Line", kRight}, {"What was assumed or left out"}});
+  for (const RemarkGroup& group : GroupRemarks(remarks)) {
+    table.AddRow({std::to_string(group.count), Known(group.first.Line),
+                  group.count > 1 ? group.first.Text + " (the first)" : group.first.Text});
+  }
+  AppendSection(out, "Remarks", static_cast<std::int32_t>(remarks.size()), table);
+}
+
 }  // namespace
 
 std::string InfoText(const clsKeltrun2& root) {
@@ -144,6 +192,7 @@ std::string InfoText(const clsKeltrun2& root) {
   AppendCourses(out, root);
   AppendSegments(out, root);
   AppendChoices(out, root);
+  AppendRemarks(out, root);
   return out;
 }
 

@@ -68,6 +68,8 @@ struct Options {
   // Loading.
   std::string member;         // which lap file of an archive that contains several
   std::string input_charset;  // of lists without a byte-order mark; "" detects it
+  std::string input_format;   // a short name of a format; "" detects it
+  std::int32_t race = 0;      // of several in a file; 0 is the first one with results
 
   // Converting and merging.
   bool full = false;           // save the fixed ranks and ages as well

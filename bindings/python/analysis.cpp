@@ -24,6 +24,7 @@ void BindDataSet(py::module_& module) {
       .Method("AddClass", py::overload_cast<std::int32_t>(&DataSet::AddClass), arg("ClassNumber"))
       .Method("AddClass", py::overload_cast<std::string_view>(&DataSet::AddClass), arg("ClassName"))
       .Method("AddCourse", &DataSet::AddCourse, arg("CourseNum"))
+      .ReadOnly("LeftOutCount", &DataSet::LeftOutCount)
       .Method("AddLap", &DataSet::AddLap, arg("LapObject"));
 }
 

@@ -70,7 +70,30 @@ void BindValues(py::module_& module) {
       .Text();
 }
 
+void BindRunnerStatus(py::module_& module) {
+  Enumeration<RunnerStatus>(module, "RunnerStatus",
+                            {{"kUnknown", RunnerStatus::kUnknown},
+                             {"kOk", RunnerStatus::kOk},
+                             {"kFinished", RunnerStatus::kFinished},
+                             {"kMissingPunch", RunnerStatus::kMissingPunch},
+                             {"kDisqualified", RunnerStatus::kDisqualified},
+                             {"kDidNotFinish", RunnerStatus::kDidNotFinish},
+                             {"kActive", RunnerStatus::kActive},
+                             {"kInactive", RunnerStatus::kInactive},
+                             {"kOverTime", RunnerStatus::kOverTime},
+                             {"kSportingWithdrawal", RunnerStatus::kSportingWithdrawal},
+                             {"kNotCompeting", RunnerStatus::kNotCompeting},
+                             {"kMoved", RunnerStatus::kMoved},
+                             {"kMovedUp", RunnerStatus::kMovedUp},
+                             {"kDidNotStart", RunnerStatus::kDidNotStart},
+                             {"kDidNotEnter", RunnerStatus::kDidNotEnter},
+                             {"kCancelled", RunnerStatus::kCancelled}});
+  module.def("RunnerStatusName", &RunnerStatusName, Doc("RunnerStatusName"), arg("Status"));
+  module.def("RunnerStatusOfName", &RunnerStatusOfName, Doc("RunnerStatusOfName"), arg("Name"));
+}
+
 void BindRunnerRecord(py::module_& module) {
+  BindRunnerStatus(module);
   const auto [format, compact, no_data, skip, disq] = TimeTextArguments();
   Class<clsLapData>(module, "clsLapData")
       .MadeBy(py::init<>())
@@ -85,6 +108,13 @@ void BindRunnerRecord(py::module_& module) {
       .Field("Age", &clsLapData::Age)
       .Field("Sex", &clsLapData::Sex)
       .Field("CompetitorId", &clsLapData::CompetitorId)
+      .Field("Status", &clsLapData::Status)
+      .Field("Bib", &clsLapData::Bib)
+      .Field("ControlCard", &clsLapData::ControlCard)
+      .Field("GivenName", &clsLapData::GivenName)
+      .Field("FamilyName", &clsLapData::FamilyName)
+      .Field("Nationality", &clsLapData::Nationality)
+      .Field("CourseNum", &clsLapData::CourseNum)
       .Property("StartTime", &clsLapData::StartTime, &clsLapData::SetStartTime)
       .ReadOnly("SerialNum", &clsLapData::SerialNum)
       .Property("ClassName", &clsLapData::ClassName, &clsLapData::SetClassName)
@@ -132,6 +162,9 @@ void BindClasses(py::module_& module) {
       .Property("ControlCount", &clsCourseData::ControlCount, &clsCourseData::SetControlCount)
       .Method("ControlNum", &clsCourseData::ControlNum, arg("Index"))
       .Method("SetControlNum", &clsCourseData::SetControlNum, arg("Index"), arg("Code"))
+      .Method("ControlCodeText", &clsCourseData::ControlCodeText, arg("Index"))
+      .Method("SetControlCodeText", &clsCourseData::SetControlCodeText, arg("Index"), arg("Text"))
+      .Method("HasCodeText", &clsCourseData::HasCodeText, arg("Index"))
       .Sequence(&clsCourseData::ControlCount, &clsCourseData::ControlNum,
                 "the codes of the controls")
       .Shows({"CourseIndex", "ControlCount"});

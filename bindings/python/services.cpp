@@ -109,7 +109,14 @@ void BindFileControl(py::module_& module) {
       {KR_VALUE(KR_FILETYPE_AUTODETECT), KR_VALUE(KR_FILETYPE_UNKNOWN),
        KR_VALUE(KR_FILETYPE_KELTRUN2), KR_VALUE(KR_FILETYPE_KELTRUN1),
        KR_VALUE(KR_FILETYPE_SPORTIDENT), KR_VALUE(KR_FILETYPE_OEVENT),
-       KR_VALUE(KR_FILETYPE_IMPORT_ONLY), KR_VALUE(KR_FILETYPE_IOF_XML_20_RESULT)});
+       KR_VALUE(KR_FILETYPE_IMPORT_ONLY), KR_VALUE(KR_FILETYPE_IOF_XML_20_RESULT),
+       KR_VALUE(KR_FILETYPE_IOF_XML_30_RESULT), KR_VALUE(KR_FILETYPE_OE_CSV),
+       KR_VALUE(KR_FILETYPE_OS_CSV), KR_VALUE(KR_FILETYPE_SPLITSBROWSER_CSV),
+       KR_VALUE(KR_FILETYPE_TRIPLE_CSV), KR_VALUE(KR_FILETYPE_RESULT_HTML),
+       KR_VALUE(KR_FILETYPE_WINSPLITS_TEXT), KR_VALUE(KR_FILETYPE_SWISS_CSV)});
+  module.def("LapFileTypeName", &LapFileTypeName, Doc("LapFileTypeName"), arg("Type"));
+  module.def("LapFileTypeOfWord", &LapFileTypeOfWord, Doc("LapFileTypeOfWord"), arg("Word"));
+  module.def("LapFileTypeWords", &LapFileTypeWords, Doc("LapFileTypeWords"));
   Enumeration<KrLapFileSaveModeCosnt>(module, "KrLapFileSaveModeCosnt",
                                       {KR_VALUE(KR_SAVEMODE_NORMAL), KR_VALUE(KR_SAVEMODE_FULL)});
   Enumeration<RemarkSeverity>(module, "RemarkSeverity",
@@ -121,6 +128,7 @@ void BindFileControl(py::module_& module) {
       .Field("Column", &LoadRemark::Column)
       .Field("Severity", &LoadRemark::Severity)
       .Field("Text", &LoadRemark::Text)
+      .Field("Kind", &LoadRemark::Kind)
       .ShowsFields();
   Class<ProgressHandle>(module, "ProgressHandle").Method("Detach", &ProgressHandle::Detach);
   Class<clsFileControl>(module, "clsFileControl")
@@ -128,6 +136,11 @@ void BindFileControl(py::module_& module) {
                 &clsFileControl::SetProgressVisible)
       .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
       .Property("InputCharset", &clsFileControl::InputCharset, &clsFileControl::SetInputCharset)
+      .Property("ForeignFormats", &clsFileControl::ForeignFormats,
+                &clsFileControl::SetForeignFormats)
+      .Property("Race", &clsFileControl::Race, &clsFileControl::SetRace)
+      .ReadOnly("LoadedType", &clsFileControl::LoadedType)
+      .ReadOnly("LoadedFormat", &clsFileControl::LoadedFormat)
       .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"), Released())
       .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"), Released())
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",

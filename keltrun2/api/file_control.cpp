@@ -77,10 +77,20 @@ bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst L
   if (!busy.Granted()) return false;
   const auto model = EventOrFail("RES_MESSAGE_FILE_OPEN_ERROR", "clsFileControl.LoadLapFile");
   if (!model) return false;
-  return keltrun::LoadLapFile(
-      {std::string(FileName), LapFileType, LoadMode, std::string(FileData), renew_ranks_,
-       CharsetFromName(input_charset_), foreign_formats_, race_},
-      loaded_, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+  loaded_type_ = KR_FILETYPE_UNKNOWN;
+  loaded_format_.clear();
+  remarks_.clear();
+  LoadedFile loaded;
+  const LoadRequest request = {std::string(FileName), LapFileType,  LoadMode,
+                               std::string(FileData), renew_ranks_, CharsetFromName(input_charset_),
+                               foreign_formats_,      race_};
+  const bool is_loaded = keltrun::LoadLapFile(request, loaded, [this] {
+    return std::make_unique<ProgressReport>(handlers_, progress_visible_);
+  });
+  loaded_type_ = loaded.type;
+  loaded_format_ = std::move(loaded.format);
+  remarks_ = std::move(loaded.remarks);
+  return is_loaded;
 }
 
 void clsFileControl::SetRace(std::int32_t Race) {

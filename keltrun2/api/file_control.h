@@ -9,7 +9,6 @@
 #include "keltrun2/base/export.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
-#include "keltrun2/loading/loaded_file.h"
 #include "keltrun2/loading/progress.h"
 #include "keltrun2/model/load_mode.h"
 #include "keltrun2/site/site_options.h"
@@ -86,13 +85,13 @@ class KELTRUN2_API clsFileControl {
   void SetRace(std::int32_t Race);
 
   /// The type of the file of the last load; KR_FILETYPE_UNKNOWN when it was not recognized.
-  KrLapFileTypeConst LoadedType() const { return loaded_.type; }
+  KrLapFileTypeConst LoadedType() const { return loaded_type_; }
   /// The name of its format, such as "IOF XML 3.0"; empty when it was not recognized.
-  const std::string& LoadedFormat() const { return loaded_.format; }
+  const std::string& LoadedFormat() const { return loaded_format_; }
 
   /// What the last load noticed without giving up: cells and lines that were read differently or
   /// dropped, and classes that became one. At most about 2,000.
-  const std::vector<LoadRemark>& LoadRemarks() const { return loaded_.remarks; }
+  const std::vector<LoadRemark>& LoadRemarks() const { return remarks_; }
 
   /// The charset of lists and printouts that have no byte-order mark: "utf-8", "x-sjis",
   /// "windows-1252", "iso-8859-1" or another of their names. Empty, which is the initial value,
@@ -137,7 +136,9 @@ class KELTRUN2_API clsFileControl {
   bool renew_ranks_ = false;
   bool foreign_formats_ = false;
   std::int32_t race_ = 0;
-  LoadedFile loaded_;
+  KrLapFileTypeConst loaded_type_ = KR_FILETYPE_UNKNOWN;
+  std::string loaded_format_;
+  std::vector<LoadRemark> remarks_;
   std::vector<LoadRemark> save_remarks_;
   std::string input_charset_;
   std::int32_t attached_ = 0;

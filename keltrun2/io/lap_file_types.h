@@ -2,6 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "keltrun2/base/export.h"
 
 namespace keltrun {
 
@@ -24,6 +29,17 @@ enum KrLapFileTypeConst : std::int32_t {
   KR_FILETYPE_WINSPLITS_TEXT = 14,     ///< WinSplits Standard Text.
   KR_FILETYPE_SWISS_CSV = 15,          ///< The CSV that Swiss result services exchange.
 };
+
+/// The name of a format of lap files, such as "IOF XML 3.0"; empty for KR_FILETYPE_AUTODETECT and
+/// KR_FILETYPE_UNKNOWN.
+KELTRUN2_API std::string_view LapFileTypeName(KrLapFileTypeConst Type);
+
+/// The format with a short name, as the program takes them: "iof3", "oe", "lxm";
+/// KR_FILETYPE_UNKNOWN for any other text.
+KELTRUN2_API KrLapFileTypeConst LapFileTypeOfWord(std::string_view Word);
+
+/// The short names of all formats that can be read.
+KELTRUN2_API std::vector<std::string> LapFileTypeWords();
 
 /// Which attributes a native lap file is saved with.
 enum KrLapFileSaveModeCosnt : std::int32_t {

@@ -90,26 +90,6 @@ std::string_view NameOf(Charset charset) {
   return "UTF-8";
 }
 
-// The name of a format of our own.
-std::string_view FormatName(KrLapFileTypeConst type) {
-  switch (type) {
-    case KR_FILETYPE_KELTRUN2:
-      return "Keltrun2 lap file";
-    case KR_FILETYPE_KELTRUN1:
-      return "Keltrun lap file or result list";
-    case KR_FILETYPE_SPORTIDENT:
-      return "SPORTident results as text";
-    case KR_FILETYPE_OEVENT:
-      return "OEvent split times";
-    case KR_FILETYPE_IMPORT_ONLY:
-      return "Clubs and sexes to add";
-    default:
-      break;
-  }
-  const ForeignFormat* const format = ForeignFormatOf(type);
-  return format == nullptr ? "" : format->name;
-}
-
 // One load into one model.
 class Load {
  public:
@@ -124,7 +104,7 @@ class Load {
     if (FileExtension(request_.file_name) == "lzh" && !ExtractLapFile()) return false;
     if (request_.type == KR_FILETYPE_AUTODETECT && !Detect()) return false;
     loaded_.type = request_.type;
-    loaded_.format = FormatName(request_.type);
+    loaded_.format = LapFileTypeName(request_.type);
     if (request_.file_data.size() > LargestFile(request_.type)) {
       return Fail(kOpenError, kDetectOperation, "the text is larger than a lap file can be");
     }
@@ -134,6 +114,7 @@ class Load {
     }
     if (!LoadAndRank(start_progress)) return false;
     model_->FileName = request_.file_name;
+    if (request_.mode == KR_LOADMODE_NORMAL) model_->FileFormat = loaded_.format;
     return true;
   }
 

@@ -11,7 +11,6 @@
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/io/lap_file_types.h"
 #include "keltrun2/io/remarks.h"
-#include "keltrun2/loading/loaded_file.h"
 #include "keltrun2/loading/progress_report.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/load_mode.h"
@@ -32,6 +31,13 @@ struct LoadRequest {
   std::optional<Charset> input_charset = std::nullopt;  // of a text file without a byte-order mark
   bool foreign_formats = false;                         // also detect the formats of other programs
   std::int32_t race = 0;  // of several in a file; 0 for the first one with results
+};
+
+/// What was loaded.
+struct LoadedFile {
+  KrLapFileTypeConst type = KR_FILETYPE_UNKNOWN;
+  std::string format;  // the name of the format
+  std::vector<LoadRemark> remarks;
 };
 
 /// Returns whether the file was loaded. If not, the error text says why; it is empty for an unknown

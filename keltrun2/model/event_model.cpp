@@ -71,6 +71,7 @@ void EventModel::Clear() {
   Meta = std::make_shared<clsMetaData>();
   FileName.clear();
   FileDate = 0;
+  FileFormat.clear();
 }
 
 std::shared_ptr<clsClassData> EventModel::ClassByName(std::string_view name) const {

@@ -10,6 +10,7 @@
 #include "keltrun2/base/version.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
+#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_values_internal.h"
 #include "keltrun2/text/numbers.h"
@@ -262,28 +263,44 @@ void WriteSetHead(JsonWriter& json, const DataSet& set, DataSetKind kind,
   json.Integer("climb", set.Climb);
   json.Integer("cutOffRank", set.CutOffRank);
   json.Text("classInfo", class_info);
+  json.Integer("leftOut", set.LeftOutCount());
+}
+
+// The texts of the codes, if some of them are not numbers.
+void WriteCodeTexts(JsonWriter& json, const clsCourseData& course, std::int32_t count) {
+  bool any = false;
+  for (std::int32_t i = 1; i <= count; ++i) any = any || course.HasCodeText(i);
+  if (!any) return;
+  WriteNumbered(json, "codeTexts", count,
+                [&](std::int32_t control) { json.Text(course.ControlCodeText(control)); });
 }
 
 void WriteCodes(JsonWriter& json, const clsCourseData& course, std::int32_t most) {
   const std::int32_t count = std::min({most, course.ControlCount(), clsCourseData::kMostControls});
   WriteNumbered(json, "codes", count,
                 [&](std::int32_t control) { json.Integer(course.ControlNum(control)); });
+  WriteCodeTexts(json, course, count);
 }
 
-// A class of the set; null when there is none. All classes of a course run the same controls, so
-// any of them will do: that of the first runner.
-std::shared_ptr<clsClassData> ClassOfSet(const EventModel& model, const clsAnalyzer& analyzer,
-                                         DataSetKind kind) {
-  if (kind == DataSetKind::kClass) return model.ClassByName(analyzer.DataSetName());
-  const auto runner = kind == DataSetKind::kCourse ? analyzer.FullSetItem(1) : nullptr;
-  return runner ? model.ClassByName(runner->OtherData()->ClassName()) : nullptr;
+// The number of the course of the set; 0 when it is unknown. A segment belongs to several courses.
+std::int32_t CourseNumberOfSet(const EventModel& model, const clsAnalyzer& analyzer,
+                               DataSetKind kind) {
+  if (kind == DataSetKind::kClass) {
+    const auto klass = model.ClassByName(analyzer.DataSetName());
+    return klass ? klass->CourseNum : 0;
+  }
+  // All runners of a course had the same controls, so any of them will do.
+  const auto first = kind == DataSetKind::kCourse ? analyzer.FullSetItem(1) : nullptr;
+  if (!first) return 0;
+  const auto klass = model.ClassByName(first->OtherData()->ClassName());
+  return klass ? ClassDataInternal::CourseOf(*klass, *first->OtherData()) : 0;
 }
 
-// The course of the set; null when it is unknown. A segment belongs to several courses.
+// The course of the set; null when it is unknown.
 std::shared_ptr<clsCourseData> CourseOfSet(const EventModel& model, const clsAnalyzer& analyzer,
                                            DataSetKind kind) {
-  const auto klass = ClassOfSet(model, analyzer, kind);
-  return klass && klass->CourseNum != 0 ? model.CourseByNumber(klass->CourseNum) : nullptr;
+  const std::int32_t number = CourseNumberOfSet(model, analyzer, kind);
+  return number != 0 ? model.CourseByNumber(number) : nullptr;
 }
 
 // What both kinds of document say about a runner's record.
@@ -298,6 +315,13 @@ void WriteRecord(JsonWriter& json, const clsLapData& record) {
   json.Text("sex", record.Sex);
   json.Text("age", record.Age);
   json.Text("seed", record.Seed);
+  json.Text("bib", record.Bib);
+  json.Text("card", record.ControlCard);
+  json.Text("givenName", record.GivenName);
+  json.Text("familyName", record.FamilyName);
+  json.Text("nationality", record.Nationality);
+  json.Text("status", RunnerStatusName(record.Status));
+  json.Integer("course", record.CourseNum);
   json.TimeOrNull("start", record.StartTime()->Value());
 }
 
@@ -473,6 +497,7 @@ void WriteFile(JsonWriter& json, const EventModel& model) {
   json.BeginObject("file");
   json.Text("name", model.FileName);
   json.Date("date", model.FileDate, kDateTimePattern);
+  json.Text("format", model.FileFormat);
   WriteOrigin(json, "created", meta.CreateApplication, meta.CreateDate, meta.CreateUserName);
   WriteOrigin(json, "lastUpdate", meta.LastUpdateApplication, meta.LastUpdateDate,
               meta.LastUpdateUserName);

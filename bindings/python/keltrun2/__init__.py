@@ -3,7 +3,7 @@
     import keltrun2
 
     root = keltrun2.clsKeltrun2()
-    if not root.FileControl.LoadLapFile("event.lxm"):
+    if not keltrun2.load(root, "results.xml"):
         raise SystemExit(root.ErrorComment)
     analyzer = root.NewAnalyzer
     analyzer.AddClass("M21A")
@@ -22,7 +22,7 @@ component's own Item and its relatives count from 1. An empty one is still true,
 root.segments are lists. str() of a value is its ToString().
 
 Times are days as float, and a second is 1/86400; to_timedelta, from_timedelta, to_datetime and
-from_datetime convert them to and from Python's own types. merge adds a second file. Threads may work
+from_datetime convert them to and from Python's own types. load reads any file and merge adds a second one. Threads may work
 in parallel, each with a root of its own.
 """
 import datetime as _datetime
@@ -69,6 +69,29 @@ _PREFERENCES = {
 }
 
 
+def load(root: clsKeltrun2, file_name: str, *, format: str = "", charset: str = "",  # noqa: F405
+         race: int = 0) -> bool:
+    """Loads an event from any file that the library reads, as the program does.
+
+    `format` is one of LapFileTypeWords() ("iof3", "oe", "lxm" ...); it is detected when empty.
+    `charset` is that of a list without a byte-order mark, and `race` the race or day of a file with
+    several, from 1; 0 is the first one with results.
+
+    Returns False when the file cannot be loaded; root.ErrorComment says why. What was assumed is in
+    root.FileControl.LoadRemarks. An unknown format raises ValueError.
+    """
+    kind = LapFileTypeOfWord(format) if format else KR_FILETYPE_AUTODETECT  # noqa: F405
+    if kind == KR_FILETYPE_UNKNOWN:  # noqa: F405
+        raise ValueError(f"format must be one of {', '.join(LapFileTypeWords())}")  # noqa: F405
+    files = root.FileControl
+    before = files.ForeignFormats, files.InputCharset, files.Race
+    files.ForeignFormats, files.InputCharset, files.Race = True, charset, race
+    try:
+        return files.LoadLapFile(file_name, kind)
+    finally:
+        files.ForeignFormats, files.InputCharset, files.Race = before
+
+
 def merge(root: clsKeltrun2, file_name: str, *, match: str = "name",  # noqa: F405
           prefer: str = "old", known_only: bool = False, renew_ranks: bool = True) -> bool:
     """Adds what another file knows to the event, as the program's merge command does.
@@ -89,8 +112,9 @@ def merge(root: clsKeltrun2, file_name: str, *, match: str = "name",  # noqa: F4
     if known_only:
         mode |= KR_LOADMODE_NOTADD_NEWDATA  # noqa: F405
     files = root.FileControl
-    before, files.RenewRanks = files.RenewRanks, renew_ranks
+    before = files.RenewRanks, files.ForeignFormats
+    files.RenewRanks, files.ForeignFormats = renew_ranks, True
     try:
         return files.LoadLapFile(file_name, LoadMode=mode)
     finally:
-        files.RenewRanks = before
+        files.RenewRanks, files.ForeignFormats = before

@@ -12,8 +12,6 @@ namespace keltrun {
 
 struct ForeignFormat {
   KrLapFileTypeConst type;
-  std::string_view word;  // for the command line
-  std::string_view name;
   bool (*looks_like)(std::string_view text);  // the beginning of a text suffices
   ReadResult (*read)(std::string_view text, const ForeignOptions& options);
 };
