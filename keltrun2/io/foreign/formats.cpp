@@ -3,10 +3,23 @@
 #include <algorithm>
 #include <array>
 
+#include "keltrun2/io/foreign/splitsbrowser_reader.h"
+#include "keltrun2/io/foreign/swiss_csv_reader.h"
+#include "keltrun2/io/foreign/triple_csv_reader.h"
+#include "keltrun2/io/foreign/winsplits_reader.h"
+
 namespace keltrun {
 namespace {
 
-constexpr std::array<ForeignFormat, 0> kFormats = {};
+constexpr std::array<ForeignFormat, 4> kFormats = {{
+    {KR_FILETYPE_TRIPLE_CSV, "triple", "CSV with three columns for each control",
+     LooksLikeTripleCsv, ReadTripleCsv},
+    {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss result CSV", LooksLikeSwissCsv, ReadSwissCsv},
+    {KR_FILETYPE_WINSPLITS_TEXT, "winsplits", "WinSplits Standard Text", LooksLikeWinSplits,
+     ReadWinSplits},
+    {KR_FILETYPE_SPLITSBROWSER_CSV, "splitsbrowser", "SplitsBrowser CSV", LooksLikeSplitsBrowser,
+     ReadSplitsBrowser},
+}};
 
 }  // namespace
 
