@@ -12,8 +12,8 @@ namespace keltrun {
 namespace {
 
 constexpr std::array<ForeignFormat, 4> kFormats = {{
-    {KR_FILETYPE_TRIPLE_CSV, "triple", "CSV with three columns for each control",
-     LooksLikeTripleCsv, ReadTripleCsv},
+    {KR_FILETYPE_TRIPLE_CSV, "triple", "SPORTident AutoDownload CSV", LooksLikeTripleCsv,
+     ReadTripleCsv},
     {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss result CSV", LooksLikeSwissCsv, ReadSwissCsv},
     {KR_FILETYPE_WINSPLITS_TEXT, "winsplits", "WinSplits Standard Text", LooksLikeWinSplits,
      ReadWinSplits},

@@ -135,9 +135,12 @@ class Lines {
 
 using Times = std::vector<std::optional<Milliseconds>>;
 
-void ReadTimes(const LineCells& cells, std::size_t first, Times& times) {
+// The times from a column on. Marks for no time after the last leg do not count.
+void ReadTimes(const LineCells& cells, std::size_t first, std::size_t legs, Times& times) {
   times.clear();
-  for (std::size_t i = first; i < cells.Used(); ++i) times.push_back(PositiveTime(cells[i]));
+  std::size_t end = cells.Used();
+  while (end > first + legs && IsNoTimeMark(cells[end - 1])) --end;
+  for (std::size_t i = first; i < end; ++i) times.push_back(PositiveTime(cells[i]));
 }
 
 // Whether the times of a runner are those since the start: name, club and start come first, and
@@ -146,7 +149,7 @@ bool LooksLikeSplits(const LineCells& cells, std::int32_t controls, Times& times
   const std::size_t start = StartColumn(cells);
   const std::size_t legs = static_cast<std::size_t>(controls) + 1;
   if (start != kStartColumn - 1 || cells.Count() != start + 1 + legs) return false;
-  ReadTimes(cells, start + 1, times);
+  ReadTimes(cells, start + 1, legs, times);
   return AreAscending(times);
 }
 
@@ -233,7 +236,7 @@ class Reader {
   void AddTimes(std::size_t first, ForeignRunner& runner) {
     const LineCells& cells = lines_.Cells();
     const auto class_legs = static_cast<std::size_t>(class_line_.controls) + 1;
-    ReadTimes(cells, first, times_);
+    ReadTimes(cells, first, class_legs, times_);
     if (cells.Count() < first + class_legs) too_few_.Add(runner.line);
     if (times_.size() > class_legs) too_many_.Add(runner.line);
     for (std::size_t i = 0; i < times_.size(); ++i) {

@@ -16,7 +16,7 @@
 namespace keltrun {
 namespace {
 
-constexpr std::string_view kFormat = "CSV with three columns for each control";
+constexpr std::string_view kFormat = "SPORTident AutoDownload CSV";
 constexpr std::size_t kColumnsOfControl = 3;
 constexpr std::size_t kLongestCode = 10;
 

@@ -70,7 +70,8 @@ using Times = std::vector<std::optional<Milliseconds>>;
 // 0.00 is a control that the runner visited, but at which the unit recorded nothing.
 void ReadTimes(const LineCells& cells, Times& times) {
   times.clear();
-  for (std::size_t i = kFirstTime; i < cells.Used(); ++i) {
+  const std::size_t end = cells.Used();
+  for (std::size_t i = kFirstTime; i < end; ++i) {
     times.push_back(Time(cells[i]));
     if (times.back() == Milliseconds{0}) times.back().reset();
   }
