@@ -104,6 +104,9 @@ TEST(SplitsBrowserCsv, Lines) {
            R"(A 0 0 1 [] ["Ann Bee","C","09:00:00","DNF","",[60]] ["Bob Cee","C","09:01:00","DNS","",[]];)"
            R"(B 0 0 0 [] ["Cy Dee","C","","1:15:10","",[4510]];)"},
           // Another number of times than the class line says.
+          {"A,2\nAnn,Bee,C,9:05,1:00\nBob,Cee,C,9:05,1:00,2:00,0:30\n",
+           R"(A 0 0 2 [] ["Ann Bee","C","09:05:00","DNF","",[60]] ["Bob Cee","C","09:05:00",)" +
+               ok + "; 2times"},
           {"A,1\nAnn,Bee,C,0:00,1:00,2:00\nBob,Cee,C,0:00,1:00\nCy,Dee,C,0:00,1:00,2:00,0:30\n",
            R"(A 0 0 1 [] ["Ann Bee","C","","0:03:00","",[60,120]] ["Bob Cee","C","","DNF","",[60]])"
            R"( ["Cy Dee","C","","0:03:30","",[60,120,30]]; 3times 4times)"},

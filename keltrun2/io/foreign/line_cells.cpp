@@ -44,8 +44,8 @@ std::string LineCells::Joined(std::size_t first, std::size_t end) const {
 void LineCount::Remark(RemarkSeverity severity, std::string_view subject,
                        std::string_view consequence, RemarkList& remarks) const {
   if (count_ == 0) return;
-  remarks.Add(severity, first_, 0, subject, "",
-              std::to_string(count_) + " " + std::string(consequence));
+  const std::string lines = std::to_string(count_) + (count_ == 1 ? " line" : " lines");
+  remarks.Add(severity, first_, 0, subject, "", std::string(consequence) + " (" + lines + ")");
 }
 
 bool IsWrittenAsTime(std::string_view cell) {

@@ -41,20 +41,22 @@ class LineCells {
   bool is_cut_ = false;
 };
 
-/// Counts what happens in many lines of a text, for one remark about all of them.
+/// Counts the lines in which something happens, for one remark about all of them.
 class LineCount {
  public:
   void Add(std::int32_t line) {
-    if (count_++ == 0) first_ = line;
+    if (count_ == 0) first_ = line;
+    if (line != last_) ++count_;
+    last_ = line;
   }
-  std::size_t Count() const { return count_; }
-  /// Adds the remark `subject: COUNT consequence` at the first line, unless the count is 0.
+  /// Adds the remark `subject: consequence (COUNT lines)` at the first line, unless there is none.
   void Remark(RemarkSeverity severity, std::string_view subject, std::string_view consequence,
               RemarkList& remarks) const;
 
  private:
   std::size_t count_ = 0;
   std::int32_t first_ = 0;
+  std::int32_t last_ = 0;
 };
 
 /// Whether a cell is written like a time: a digit or a minus sign first, then digits, colons and

@@ -169,6 +169,13 @@ bool HasSplits(std::string_view text, char separator) {
   return runners > 0;
 }
 
+bool HasOnlyTimes(const LineCells& cells, std::size_t start) {
+  for (std::size_t i = start; i < cells.Count(); ++i) {
+    if (!IsNoTimeMark(cells[i]) && !IsWrittenAsTime(cells[i])) return false;
+  }
+  return true;
+}
+
 class Reader {
  public:
   Reader(std::string_view text, char separator)
@@ -253,13 +260,12 @@ class Reader {
                         "they ascend in every line and are taken as times since the start");
     }
     too_few_.Remark(kWarning, "times",
-                    "runners have fewer than a start and the legs of their class; the first time "
-                    "is taken as the start, and the last legs have no data",
+                    "fewer than a start and the legs of the class; the first one is taken as the "
+                    "start, and the last legs have no data",
                     remarks_);
-    too_many_.Remark(kWarning, "times",
-                     "runners have more than the legs of their class; all are read", remarks_);
-    unreadable_.Remark(kWarning, "legs", "have a text that is not a time; taken as missed",
-                       remarks_);
+    too_many_.Remark(kWarning, "times", "more than the legs of the class; all are read", remarks_);
+    unreadable_.Remark(kWarning, "legs",
+                       "a text that is not a time; the control is taken as missed", remarks_);
     skipped_.Remark(kWarning, "line", "without a name, or after the last class; skipped", remarks_);
   }
 
@@ -279,17 +285,18 @@ class Reader {
 bool LooksLikeSplitsBrowser(std::string_view text) {
   const auto separator = FindSeparator(text);
   if (!separator) return false;
-  Lines lines(text, *separator);
-  ClassLine last;
-  for (; !lines.AtEnd() && lines.Class(); lines.Next()) last = *lines.Class();
-  if (lines.AtEnd() || last.controls < 0) return false;
-  const LineCells& cells = lines.Cells();
-  const std::size_t start = StartColumn(cells);
-  for (std::size_t i = start; i < cells.Count(); ++i) {
-    if (!IsNoTimeMark(cells[i]) && !IsWrittenAsTime(cells[i])) return false;
+  std::size_t legs = 0;
+  for (Lines lines(text, *separator); !lines.AtEnd(); lines.Next()) {
+    if (lines.Class()) {
+      legs = static_cast<std::size_t>(lines.Class()->controls + 1);
+      continue;
+    }
+    const LineCells& cells = lines.Cells();
+    const std::size_t start = StartColumn(cells);
+    if (!HasOnlyTimes(cells, start)) return false;
+    if (cells.Count() > start + legs && cells.Used() > start) return legs > 0;
   }
-  return cells.Count() >= start + static_cast<std::size_t>(last.controls) + 2 &&
-         cells.Used() > start;
+  return false;
 }
 
 ReadResult ReadSplitsBrowser(std::string_view text, const ForeignOptions& /*options*/) {

@@ -8,8 +8,8 @@
 
 namespace keltrun {
 
-/// Whether the first line is that of a class, its name and number of controls, and the first line
-/// of a runner has a time for each leg. The beginning of a text suffices.
+/// Whether the first line is that of a class, its name and number of controls, and the lines of
+/// runners have times, one of them for each leg. The beginning of a text suffices.
 bool LooksLikeSplitsBrowser(std::string_view text);
 
 /// Reads a text in UTF-8. Fails when it has no runners.

@@ -444,7 +444,7 @@ class Reader {
                            remarks_);
     unreadable_.Remark(kWarning, "split", "not a time; the control is taken as missed", remarks_);
     codeless_.Remark(kWarning, "split", "without a control code; dropped", remarks_);
-    cut_.Remark(kWarning, "line", "with more than 4,096 cells; the others are dropped", remarks_);
+    cut_.Remark(kWarning, "line", "more than 4,096 cells; the others are dropped", remarks_);
   }
 
   // When all start times are earlier, they are no times of the day.

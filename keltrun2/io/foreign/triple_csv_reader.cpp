@@ -303,11 +303,11 @@ class Reader {
   void AddRemarks() {
     using enum RemarkSeverity;
     nameless_.Remark(kWarning, "line", "without a name; skipped", remarks_);
-    unknown_status_.Remark(kWarning, "status", "of another kind than m, r, n and d; not classified",
+    unknown_status_.Remark(kWarning, "status", "another than m, r, n and d; not classified",
                            remarks_);
     unreadable_.Remark(kWarning, "split", "not a time; the control is taken as missed", remarks_);
     codeless_.Remark(kWarning, "split", "without a control code; dropped", remarks_);
-    cut_.Remark(kWarning, "line", "with more than 4,096 cells; the others are dropped", remarks_);
+    cut_.Remark(kWarning, "line", "more than 4,096 cells; the others are dropped", remarks_);
   }
 
   Form form_;

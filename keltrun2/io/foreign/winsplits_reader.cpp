@@ -222,9 +222,9 @@ class Reader {
       remarks_.AddFirst(0, 0, "times", "",
                         "they ascend in every line and are taken as times since the start");
     }
-    too_many_.Remark(kWarning, "times",
-                     "runners have more than the legs of their class; all are read", remarks_);
-    unreadable_.Remark(kWarning, "times", "are not written [h.]mm.ss; taken as missed", remarks_);
+    too_many_.Remark(kWarning, "times", "more than the legs of the class; all are read", remarks_);
+    unreadable_.Remark(kWarning, "times", "not written [h.]mm.ss; the control is taken as missed",
+                       remarks_);
     skipped_.Remark(kWarning, "line", "without a name, or before the first class; skipped",
                     remarks_);
   }
