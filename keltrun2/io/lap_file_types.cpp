@@ -23,10 +23,10 @@ constexpr std::array<TypeNames, 14> kTypes = {{
     {KR_FILETYPE_OE_CSV, "oe", "OE or SPORTident CSV"},
     {KR_FILETYPE_OS_CSV, "os", "OS relay CSV"},
     {KR_FILETYPE_SPLITSBROWSER_CSV, "splitsbrowser", "SplitsBrowser CSV"},
-    {KR_FILETYPE_TRIPLE_CSV, "triple", "CSV with three columns for each control"},
+    {KR_FILETYPE_TRIPLE_CSV, "triple", "SPORTident AutoDownload CSV"},
     {KR_FILETYPE_RESULT_HTML, "html", "result page (HTML)"},
     {KR_FILETYPE_WINSPLITS_TEXT, "winsplits", "WinSplits Standard Text"},
-    {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss CSV"},
+    {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss result CSV"},
 }};
 
 }  // namespace

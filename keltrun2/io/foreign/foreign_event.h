@@ -25,7 +25,7 @@ struct ForeignOptions {
 using Milliseconds = std::int64_t;
 
 inline constexpr Milliseconds kMillisecondsPerSecond = 1000;
-inline constexpr Milliseconds kMillisecondsOfDay = 24 * 3600 * kMillisecondsPerSecond;
+inline constexpr Milliseconds kMillisecondsOfDay = kMillisecondsPerSecond * 24 * 3600;
 
 /// A punch, or a control that was missed.
 struct Punch {

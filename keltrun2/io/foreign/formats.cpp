@@ -11,15 +11,13 @@
 namespace keltrun {
 namespace {
 
-constexpr std::array<ForeignFormat, 4> kFormats = {{
-    {KR_FILETYPE_TRIPLE_CSV, "triple", "SPORTident AutoDownload CSV", LooksLikeTripleCsv,
-     ReadTripleCsv},
-    {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss result CSV", LooksLikeSwissCsv, ReadSwissCsv},
-    {KR_FILETYPE_WINSPLITS_TEXT, "winsplits", "WinSplits Standard Text", LooksLikeWinSplits,
-     ReadWinSplits},
-    {KR_FILETYPE_SPLITSBROWSER_CSV, "splitsbrowser", "SplitsBrowser CSV", LooksLikeSplitsBrowser,
-     ReadSplitsBrowser},
-}};
+// Formats without a sign of their own come last.
+constexpr auto kFormats = std::to_array<ForeignFormat>({
+    {KR_FILETYPE_TRIPLE_CSV, LooksLikeTripleCsv, ReadTripleCsv},
+    {KR_FILETYPE_SWISS_CSV, LooksLikeSwissCsv, ReadSwissCsv},
+    {KR_FILETYPE_WINSPLITS_TEXT, LooksLikeWinSplits, ReadWinSplits},
+    {KR_FILETYPE_SPLITSBROWSER_CSV, LooksLikeSplitsBrowser, ReadSplitsBrowser},
+});
 
 }  // namespace
 
