@@ -261,6 +261,43 @@ TEST(Xml, WalksThroughTheElements) {
   EXPECT_FALSE(xml.Error()) << ToString(*xml.Error());
 }
 
+// The texts of the children of the root element, in brackets.
+string Texts(const string& document, std::string_view (XmlReader::*text)()) {
+  XmlReader xml;
+  if (xml.OpenText(document)) return "not opened";
+  string texts;
+  xml.NextChild();
+  while (xml.NextChild()) {
+    texts += "[" + string((xml.*text)()) + "]";
+    if (xml.Depth() > 1) return "not closed";
+  }
+  xml.SkipTo(0);
+  return texts + (xml.Error() ? " " + ToString(*xml.Error()) : "");
+}
+
+TEST(Xml, ReadsTexts) {
+  const Rows<string, string, string> cases = {
+      // The text of an element alone, and with that of the elements inside.
+      {"<r><a>山 1</a><a/><a></a><b>\r\n\tx\r\ny \n</b></r>", "[山 1][][][x y]", ""},
+      {"<r><a>&lt;&#x5C71;&amp;amp;&x;&</a ><p:a>1</p:a></r>", "[<山&amp;&x;&][1]", ""},
+      {"<r><a>1<!-- 9 --><?p 9?><![CDATA[ <&amp;\n]]>2</a></r>", "[1 <&amp; 2]", ""},
+      {"<r><a><![CDATA[]]></a><a><![CDATA[]]]]></a></r>", "[][]]]", ""},
+      {"<r><a>1<b>2</b>3</a><a><b/>4<b><c>5</c></b></a></r>", "[13][4]", "[1 23][4  5]"},
+      {"<r>\n<a>1</b></r>", "[] line 2, column 5: </b> where </a> was expected", ""},
+      {"<r>\n<a>1", "[] line 2, column 5: the document ends inside <a>", ""},
+      {"<r><a>1</a", "[] line 1, column 11: a \">\" is missing", ""},
+      {"<r><a>1<b>2</a></r>", "[] line 1, column 12: </a> where </b> was expected", ""},
+  };
+  for (const auto& [document, own, whole] : cases) {
+    EXPECT_EQ(Texts(document, &XmlReader::Text), own) << document;
+    EXPECT_EQ(Texts(document, &XmlReader::WholeText), whole.empty() ? own : whole) << document;
+  }
+  XmlReader none;
+  ASSERT_FALSE(none.OpenText("<r/>"));
+  EXPECT_EQ(none.Text(), "");
+  EXPECT_TRUE(none.NextChild());  // Text did not open the root element
+}
+
 TEST(Xml, WrittenDocumentsReadBack) {
   EXPECT_EQ(AllowedInXml("a\t\n\r\x01\x0B\x1F山\uFFFE\uFFFF😀\xFF\0b"sv), "a\t\n\r山😀\uFFFDb");
   const string value = "\"'<&>\t\r\n山😀 ";

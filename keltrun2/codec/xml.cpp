@@ -16,19 +16,6 @@ namespace {
 constexpr std::size_t kDeepestNesting = 256;
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
 
-// The encoding named in the XML declaration at the start of `bytes`, or "".
-std::string_view DeclaredEncoding(std::string_view bytes) {
-  if (bytes.substr(0, 5) != "<?xml") return "";
-  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
-  const std::size_t name = declaration.find("encoding");
-  if (name == std::string_view::npos) return "";
-  const std::size_t open = declaration.find_first_of("\"'", name);
-  if (open == std::string_view::npos) return "";
-  const std::size_t close = declaration.find(declaration[open], open + 1);
-  if (close == std::string_view::npos) return "";
-  return declaration.substr(open + 1, close - open - 1);
-}
-
 // Drops a UTF-8 byte-order mark; true if there was one.
 bool DropMark(std::string_view& text) {
   if (text.substr(0, 3) != "\xEF\xBB\xBF") return false;
@@ -136,18 +123,6 @@ char32_t ReferencedCharacter(std::string_view digits) {
 
 constexpr std::string_view kReferenceDigits = "0123456789abcdefABCDEFx";
 
-// The offset of a reference such as "&#0;" to a character that XML does not allow, or npos.
-std::size_t FindBadReference(std::string_view text) {
-  for (std::size_t at = text.find("&#"); at != std::string_view::npos;
-       at = text.find("&#", at + 2)) {
-    const std::size_t begin = at + 2;
-    const std::size_t end = text.find_first_not_of(kReferenceDigits, begin);
-    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text
-    if (!AllowedCharacter(ReferencedCharacter(text.substr(begin, end - begin)))) return at;
-  }
-  return std::string_view::npos;
-}
-
 constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 constexpr bool BeginsName(char c) {
@@ -173,6 +148,7 @@ constexpr ByteTable TableOf(bool (*predicate)(char)) {
 }
 constexpr ByteTable kInName = TableOf(IsInName);
 constexpr ByteTable kSpecial = TableOf(IsSpecial);
+constexpr ByteTable kEndsPlainText = TableOf([](char c) { return IsSpecial(c) || c == '<'; });
 
 bool Has(const ByteTable& table, char c) { return table[static_cast<unsigned char>(c)]; }
 
@@ -198,17 +174,30 @@ std::size_t DecodeReference(std::string_view text, std::string& out) {
   return end + 1;
 }
 
-void DecodeValue(std::string_view raw, std::string& out) {
-  out.clear();
-  for (std::size_t i = 0; i < raw.size();) {
-    const std::size_t reference = raw[i] == '&' ? DecodeReference(raw.substr(i), out) : 0;
-    if (reference > 0) {
-      i += reference;
-      continue;
-    }
+// Appends a text as it is meant: each white space character is a blank, a CR LF only one.
+void AppendBlanked(std::string& out, std::string_view raw) {
+  for (std::size_t i = 0; i < raw.size(); ++i) {
+    if (raw[i] == '\r' && raw.substr(i + 1, 1) == "\n") continue;
     out += IsBlank(raw[i]) ? ' ' : raw[i];
-    i += raw.substr(i, 2) == "\r\n" ? 2 : 1;
   }
+}
+
+// The same for a text with references.
+void AppendDecoded(std::string& out, std::string_view raw) {
+  while (!raw.empty()) {
+    const std::size_t plain = std::min(raw.find('&'), raw.size());
+    AppendBlanked(out, raw.substr(0, plain));
+    raw.remove_prefix(plain);
+    const std::size_t reference = DecodeReference(raw, out);
+    if (reference == 0 && !raw.empty()) out += raw[0];
+    raw.remove_prefix(std::min(std::max(reference, std::size_t{1}), raw.size()));
+  }
+}
+
+std::string_view TrimBlanks(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 // The reference for a character that cannot stand in an attribute value itself, or "".
@@ -250,6 +239,29 @@ bool IsPlain(std::string_view text) {
 }
 
 }  // namespace
+
+std::string_view DeclaredEncoding(std::string_view bytes) {
+  if (bytes.substr(0, 5) != "<?xml") return "";
+  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
+  const std::size_t name = declaration.find("encoding");
+  if (name == std::string_view::npos) return "";
+  const std::size_t open = declaration.find_first_of("\"'", name);
+  if (open == std::string_view::npos) return "";
+  const std::size_t close = declaration.find(declaration[open], open + 1);
+  if (close == std::string_view::npos) return "";
+  return declaration.substr(open + 1, close - open - 1);
+}
+
+std::size_t FindBadReference(std::string_view text, std::size_t begin) {
+  for (std::size_t at = text.find("&#", begin); at != std::string_view::npos;
+       at = text.find("&#", at + 2)) {
+    const std::size_t digits = at + 2;
+    const std::size_t end = text.find_first_not_of(kReferenceDigits, digits);
+    if (end == std::string_view::npos || text[end] != ';') continue;  // plain text
+    if (!AllowedCharacter(ReferencedCharacter(text.substr(digits, end - digits)))) return at;
+  }
+  return std::string_view::npos;
+}
 
 std::string ToString(const XmlError& error) {
   if (error.Line == 0) return error.Detail;
@@ -325,9 +337,7 @@ bool XmlReader::NextChild() {
     }
     pos_ = tag;
     if (tag == source_.size()) return ReadEnd();
-    const char kind = source_.substr(pos_ + 1, 1).empty() ? '\0' : source_[pos_ + 1];
-    if (kind == '/') return ReadEndTag();
-    if (kind != '!' && kind != '?') return ReadStartTag();
+    if (!AtMarkup()) return ReadTag();
     if (!SkipMarkup()) return false;
   }
 }
@@ -337,6 +347,67 @@ void XmlReader::SkipTo(std::size_t depth) {
   if (depth == 0) NextChild();
 }
 
+std::string_view XmlReader::Text() {
+  if (const auto plain = TakePlainText()) return *plain;
+  return CollectText(false);
+}
+
+std::string_view XmlReader::WholeText() {
+  if (const auto plain = TakePlainText()) return *plain;
+  return CollectText(true);
+}
+
+// The text of the open element if it stands in the document as it is meant, which nearly every text
+// does. Otherwise nothing is read.
+std::optional<std::string_view> XmlReader::TakePlainText() {
+  if (open_.empty()) return "";
+  if (empty_) {
+    NextChild();
+    return "";
+  }
+  std::size_t end = pos_;
+  while (end < source_.size() && !Has(kEndsPlainText, source_[end])) ++end;
+  const std::string_view name = open_.back();
+  const std::string_view end_tag = source_.substr(end, name.size() + 3);
+  if (!end_tag.starts_with("</") || !end_tag.ends_with('>')) return std::nullopt;
+  if (end_tag.substr(2, name.size()) != name) return std::nullopt;
+  const std::string_view text = source_.substr(pos_, end - pos_);
+  pos_ = end + end_tag.size();
+  open_.pop_back();
+  return TrimBlanks(text);
+}
+
+// Puts the text of the open element together from its parts.
+std::string_view XmlReader::CollectText(bool with_children) {
+  constexpr std::string_view kCdata = "<![CDATA[";
+  text_.clear();
+  const std::size_t depth = open_.size();
+  while (open_.size() >= depth) {
+    if (empty_) {
+      NextChild();
+      continue;
+    }
+    const std::size_t tag = std::min(source_.find('<', pos_), source_.size());
+    AppendDecoded(text_, source_.substr(pos_, tag - pos_));
+    pos_ = tag;
+    if (tag == source_.size()) {
+      ReadEnd();
+    } else if (AtMarkup()) {
+      if (SkipMarkup() && source_.substr(tag).starts_with(kCdata)) {
+        const std::size_t begin = tag + kCdata.size();
+        AppendBlanked(text_, source_.substr(begin, pos_ - begin - std::string_view("]]>").size()));
+      }
+    } else if (ReadTag()) {
+      if (with_children) {
+        text_ += ' ';
+      } else {
+        SkipTo(depth);
+      }
+    }
+  }
+  return error_ ? "" : TrimBlanks(text_);
+}
+
 // Checks that the end of the document is in the right place.
 bool XmlReader::ReadEnd() {
   if (!open_.empty()) {
@@ -344,6 +415,11 @@ bool XmlReader::ReadEnd() {
   }
   if (!root_seen_) error_ = XmlError{0, 0, "there is no root element"};
   return false;
+}
+
+// Reads a start or end tag; false when no element was opened.
+bool XmlReader::ReadTag() {
+  return source_.substr(pos_, 2) == "</" ? ReadEndTag() : ReadStartTag();
 }
 
 bool XmlReader::ReadStartTag() {
@@ -420,7 +496,10 @@ bool XmlReader::ReadAttribute(std::string_view element) {
   }
   attribute.raw_ = source_.substr(pos_ + 1, end - pos_ - 1);
   attribute.plain_ = plain;
-  if (!attribute.plain_) DecodeValue(attribute.raw_, attribute.decoded_);
+  if (!attribute.plain_) {
+    attribute.decoded_.clear();
+    AppendDecoded(attribute.decoded_, attribute.raw_);
+  }
   pos_ = end + 1;
   return true;
 }
@@ -443,6 +522,12 @@ bool XmlReader::CheckNames(std::string_view element) {
   }
   return twice.empty() || Fail(element_, "the attribute \"" + std::string(twice) +
                                              "\" appears twice in <" + std::string(element) + ">");
+}
+
+// Whether the "<" here begins markup that is not a tag.
+bool XmlReader::AtMarkup() const {
+  const std::string_view next = source_.substr(pos_ + 1, 1);
+  return next == "!" || next == "?";
 }
 
 // Skips a comment, a processing instruction, a CDATA section or the document type declaration.

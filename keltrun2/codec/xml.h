@@ -79,6 +79,14 @@ class XmlReader {
   /// Reads on until at most `depth` elements are open; 0 reads to the end of the document.
   void SkipTo(std::size_t depth);
 
+  /// Reads the innermost open element to its end and returns its text without that of the elements
+  /// inside it. As in an attribute, references are resolved and white space is replaced by blanks;
+  /// those at both ends are dropped. The element is then closed. Empty on an error. Valid until the
+  /// next call of a function that reads on.
+  std::string_view Text();
+  /// Like Text, but with the text of the elements inside, each after a blank.
+  std::string_view WholeText();
+
   /// How many elements are open; 0 after an error.
   std::size_t Depth() const { return open_.size(); }
   /// The error that stopped the reading, if there was one.
@@ -100,16 +108,20 @@ class XmlReader {
   XmlError ErrorAt(std::size_t offset, std::string detail);
 
   bool ReadEnd();
+  bool ReadTag();
   bool ReadStartTag();
   bool ReadEndTag();
   bool ReadAttributes(std::string_view element);
   bool ReadAttribute(std::string_view element);
   bool CheckNames(std::string_view element);
+  bool AtMarkup() const;
   bool SkipMarkup();
   bool SkipDocumentType();
   bool SkipPast(std::string_view end, std::string_view what);
   std::string_view TakeName();
   bool TakeBlanks();
+  std::optional<std::string_view> TakePlainText();
+  std::string_view CollectText(bool with_children);
   char Next() const { return pos_ < source_.size() ? source_[pos_] : '\0'; }
 
   std::string converted_;    // the document, if its encoding was not UTF-8
@@ -121,10 +133,28 @@ class XmlReader {
   std::vector<std::string_view> open_;  // the names of the open elements
   std::vector<XmlAttribute> attributes_;
   std::size_t used_ = 0;  // how many are attributes of the element; the rest is kept for reuse
+  std::string text_;      // the last text, if it had to be put together
   std::optional<XmlError> error_;
   XmlError place_{1, 1, ""};  // the place of the offset placed_, where the next search starts
   std::size_t placed_ = 0;
 };
+
+/// Visits the children of the innermost open element. What a visit does not read is skipped.
+template <typename Visit>
+void ForEachChild(XmlReader& xml, Visit visit) {
+  const std::size_t depth = xml.Depth();
+  while (xml.NextChild()) {
+    visit();
+    xml.SkipTo(depth);
+  }
+}
+
+/// The encoding that the XML declaration at the start of a document names, or "".
+std::string_view DeclaredEncoding(std::string_view bytes);
+
+/// The offset of the first reference, such as "&#0;", to a character that XML does not allow, from
+/// `begin` on, or npos.
+std::size_t FindBadReference(std::string_view text, std::size_t begin = 0);
 
 /// Writes a document of elements and attributes: the declaration, a line break, the root element
 /// without white space between its parts, a line break. Only the text is kept.

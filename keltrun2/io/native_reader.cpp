@@ -79,16 +79,6 @@ void ReadAttributes(Source& source, Target& target,
   }
 }
 
-// Visits the children of the open element. What a visit does not read is skipped.
-template <typename Visit>
-void ForEachElement(XmlReader& xml, Visit visit) {
-  const std::size_t depth = xml.Depth();
-  while (xml.NextChild()) {
-    visit();
-    xml.SkipTo(depth);
-  }
-}
-
 bool StoreText(std::string& target, std::string_view value) {
   target = value;
   return true;
@@ -154,7 +144,7 @@ constexpr std::array<AttributeRule<MetaEntry>, 4> kMetaRules = {{
 }};
 
 void ReadMeta(Source& source, clsMetaData& meta) {
-  ForEachElement(source.Xml(), [&] {
+  ForEachChild(source.Xml(), [&] {
     MetaEntry entry;
     ReadAttributes(source, entry, kMetaRules);
     if (entry.type == "create") {
@@ -225,7 +215,7 @@ NativeCourse ReadCourse(Source& source) {
   course->SetCourseIndex(numbers.number);
   course->SetControlCount(numbers.controls);
   std::int32_t highest = 0;
-  ForEachElement(source.Xml(), [&] {
+  ForEachChild(source.Xml(), [&] {
     const IndexedValue control =
         ReadIndexed(source, "unit-number", "control", clsCourseData::kMostControls);
     if (control.index == 0) return;
@@ -360,7 +350,7 @@ class LapTextReader {
 std::shared_ptr<clsLapData> ReadRunner(Source& source, const LapTextReader& laps) {
   auto runner = std::make_shared<clsLapData>();
   ReadAttributes(source, *runner, kRunnerRules);
-  ForEachElement(source.Xml(), [&] {
+  ForEachChild(source.Xml(), [&] {
     if (source.Xml().LocalName() != "leg") return;
     const IndexedValue leg = ReadIndexed(source, "laptime", "leg", clsLapData::kMostLegs);
     if (leg.index == 0) return;
@@ -383,7 +373,7 @@ NativeClass ReadClass(Source& source, const LapTextReader& laps, std::size_t& ru
   klass.place = source.Place();
   ClassDataInternal::SetClassName(*klass.klass, WithoutLineBreaks(std::move(attributes.name)));
   if (attributes.file_name) klass.klass->SetFileName(*attributes.file_name);
-  ForEachElement(source.Xml(), [&] {
+  ForEachChild(source.Xml(), [&] {
     source.Count(runners, kMostRunners, "runners");
     klass.runners.push_back(ReadRunner(source, laps));
   });
@@ -409,19 +399,19 @@ NativeLapFile ReadRoot(Source& source) {
   std::size_t classes = 0;
   std::size_t courses = 0;
   file.file_date = ReadFileDate(source);
-  ForEachElement(xml, [&] {
+  ForEachChild(xml, [&] {
     const std::string_view name = xml.LocalName();
     if (name == "event") {
       ReadAttributes(source, file.event, kEventRules);
     } else if (name == "meta") {
       ReadMeta(source, file.meta);
     } else if (name == "courses") {
-      ForEachElement(xml, [&] {
+      ForEachChild(xml, [&] {
         source.Count(courses, kMostCourses, "courses");
         file.courses.push_back(ReadCourse(source));
       });
     } else if (name == "classes") {
-      ForEachElement(xml, [&] {
+      ForEachChild(xml, [&] {
         source.Count(classes, kMostClasses, "classes");
         file.classes.push_back(ReadClass(source, laps, runners));
       });
