@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "keltrun2/io/foreign/iof2_reader.h"
+#include "keltrun2/io/foreign/iof3_reader.h"
 #include "keltrun2/io/foreign/splitsbrowser_reader.h"
 #include "keltrun2/io/foreign/swiss_csv_reader.h"
 #include "keltrun2/io/foreign/triple_csv_reader.h"
@@ -13,6 +15,8 @@ namespace {
 
 // Formats without a sign of their own come last.
 constexpr auto kFormats = std::to_array<ForeignFormat>({
+    {KR_FILETYPE_IOF_XML_30_RESULT, LooksLikeIof3, ReadIof3},
+    {KR_FILETYPE_IOF_XML_20_RESULT, LooksLikeIof2, ReadIof2},
     {KR_FILETYPE_TRIPLE_CSV, LooksLikeTripleCsv, ReadTripleCsv},
     {KR_FILETYPE_SWISS_CSV, LooksLikeSwissCsv, ReadSwissCsv},
     {KR_FILETYPE_WINSPLITS_TEXT, LooksLikeWinSplits, ReadWinSplits},

@@ -1,0 +1,654 @@
+#include "keltrun2/io/foreign/iof_xml.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <tuple>
+#include <utility>
+
+#include "keltrun2/codec/encodings.h"
+#include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
+
+namespace keltrun {
+namespace {
+
+// The lists of both versions. The names of some are too common to show that a document is IOF XML.
+struct KnownList {
+  std::string_view root;
+  std::optional<Refusal> refusal;
+  bool is_own_name = false;
+};
+constexpr std::array kLists = {
+    KnownList{"ResultList", std::nullopt, true},
+    KnownList{"StartList", Refusal::kStartList, true},
+    KnownList{"EntryList", Refusal::kEntryList, true},
+    KnownList{"CourseData", Refusal::kCourseData, true},
+    KnownList{"CompetitorList", Refusal::kCompetitorList},
+    KnownList{"PersonList", Refusal::kCompetitorList},
+    KnownList{"RankList", Refusal::kCompetitorList},
+    KnownList{"OrganisationList", Refusal::kClubList},
+    KnownList{"ClubList", Refusal::kClubList},
+    KnownList{"EventList", Refusal::kEventList},
+    KnownList{"ClassList", Refusal::kEventList},
+    KnownList{"ClassData", Refusal::kEventList},
+    KnownList{"ControlCardList", Refusal::kControlCards},
+    KnownList{"ServiceRequestList", Refusal::kServiceRequests},
+    KnownList{"BadgeList", Refusal::kNoResults},
+    KnownList{"CountryList", Refusal::kNoResults},
+    KnownList{"PressList", Refusal::kNoResults},
+    KnownList{"TransactionList", Refusal::kNoResults},
+};
+
+constexpr std::string_view kNamespace = "orienteering.org/datastandard/";
+constexpr std::string_view kVersion2 = "2.0.3";
+constexpr std::string_view kVersion3 = "3.0";
+
+// The version that the attributes of the root element say, or "".
+std::string_view VersionOfRoot(const XmlReader& xml) {
+  std::string_view version;
+  for (const XmlAttribute& attribute : xml.Attributes()) {
+    const std::size_t found = attribute.Value().find(kNamespace);
+    if (attribute.Name().starts_with("xmlns") && found != std::string_view::npos) {
+      return attribute.Value().substr(found + kNamespace.size());
+    }
+    if (attribute.Name() == "iofVersion") version = attribute.Value();
+  }
+  return version;
+}
+
+// The version that the elements inside the open one show, or "". Only version 2 has an element
+// IOFVersion, and the versions name a class differently.
+std::string VersionOfContent(XmlReader& xml) {
+  std::string version;
+  ForEachChild(xml, [&] {
+    const std::string name(xml.LocalName());
+    if (!version.empty()) return;
+    if (name == "IOFVersion") version = AttributeText(xml, "version");
+    if (name == "Class") version = kVersion3;
+    if (name == "ClassShortName" || name == "ClassId" || name == "EventClass") version = kVersion2;
+    if (name == "ClassResult") version = VersionOfContent(xml);
+  });
+  return version;
+}
+
+bool IsVersion(std::string_view text) {
+  return !text.empty() && text.front() >= '1' && text.front() <= '3' &&
+         text.find_first_not_of("0123456789.") == std::string_view::npos;
+}
+
+// Other spellings of the states of a result; the names of IOF XML 3.0 come from the status itself.
+struct StatusWord {
+  std::string_view text;
+  RunnerStatus status;
+};
+constexpr std::array kStatusWords = {
+    StatusWord{"MisPunch", RunnerStatus::kMissingPunch},
+    StatusWord{"Mispunched", RunnerStatus::kMissingPunch},
+    StatusWord{"MP", RunnerStatus::kMissingPunch},
+    StatusWord{"SportWithdr", RunnerStatus::kSportingWithdrawal},
+    StatusWord{"SportWithdrawal", RunnerStatus::kSportingWithdrawal},
+    StatusWord{"DNF", RunnerStatus::kDidNotFinish},
+    StatusWord{"DNS", RunnerStatus::kDidNotStart},
+    StatusWord{"DSQ", RunnerStatus::kDisqualified},
+    StatusWord{"DISQ", RunnerStatus::kDisqualified},
+    StatusWord{"OT", RunnerStatus::kOverTime},
+    StatusWord{"NC", RunnerStatus::kNotCompeting},
+};
+
+// Reads digits and removes them from the text; nullopt when there are none, or more than fit.
+std::optional<Milliseconds> TakeDigits(std::string_view& text) {
+  constexpr std::size_t kMostDigits = 9;
+  std::size_t count = 0;
+  Milliseconds number = 0;
+  for (; count < text.size() && IsDigit(text[count]); ++count) {
+    if (count == kMostDigits) return std::nullopt;
+    number = number * 10 + (text[count] - '0');
+  }
+  if (count == 0) return std::nullopt;
+  text.remove_prefix(count);
+  return number;
+}
+
+// "2861", "2861.5" or "2861,5"; nullopt for any other text.
+std::optional<Milliseconds> PlainSeconds(std::string_view text) {
+  const auto seconds = TakeDigits(text);
+  if (!seconds) return std::nullopt;
+  Milliseconds time = *seconds * kMillisecondsPerSecond;
+  if (text.empty()) return time;
+  if (text[0] != '.' && text[0] != ',') return std::nullopt;
+  Milliseconds unit = kMillisecondsPerSecond / 10;
+  for (const char c : text.substr(1)) {
+    if (!IsDigit(c)) return std::nullopt;
+    time += (c - '0') * unit;
+    unit /= 10;
+  }
+  return time;
+}
+
+// A date, "2025-10-18" or with other separators; also with the year at the end.
+std::optional<DateTime> ReadDate(std::string_view text) {
+  std::array<Milliseconds, 3> parts{};
+  bool year_first = false;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    const std::size_t size = text.size();
+    const auto number = TakeDigits(text);
+    if (!number) return std::nullopt;
+    parts[i] = *number;
+    if (i == 0) year_first = size - text.size() == 4;
+    if (i + 1 == parts.size()) break;
+    if (text.empty() || std::string_view("-/.").find(text[0]) == std::string_view::npos) {
+      return std::nullopt;
+    }
+    text.remove_prefix(1);
+  }
+  if (!year_first) std::swap(parts[0], parts[2]);
+  return DateNumber(static_cast<int>(parts[0]), static_cast<int>(parts[1]),
+                    static_cast<int>(parts[2]));
+}
+
+// Takes the part before the next blank or "T" from the text.
+std::string_view TakeWord(std::string_view& text) {
+  const std::size_t end = std::min(text.find_first_of(" T"), text.size());
+  const std::string_view word = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return word;
+}
+
+std::string Counted(std::size_t count, std::string_view things) {
+  return std::to_string(count) + " " + std::string(things) + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+std::optional<IofList> FindIofList(std::string_view text) {
+  constexpr std::size_t kBeginning = 64 << 10;
+  constexpr std::string_view kBlanks = " \t\r\n";
+  const std::size_t first = std::min(text.find_first_not_of(kBlanks), text.size());
+  if (!text.substr(first).starts_with('<')) return std::nullopt;
+  // The beginning may end within a character; after a tag it does not.
+  text = text.substr(0, kBeginning);
+  text = text.substr(0, text.rfind('>') + 1);
+  XmlReader xml;
+  if (xml.OpenText(text) || !xml.NextChild()) return std::nullopt;
+  const auto* const known = std::find_if(kLists.begin(), kLists.end(), [&](const KnownList& list) {
+    return list.root == xml.LocalName();
+  });
+  if (known == kLists.end()) return std::nullopt;
+  std::string version(VersionOfRoot(xml));
+  if (version.empty()) version = VersionOfContent(xml);
+  if (version.empty() && !known->is_own_name) return std::nullopt;
+  if (!IsVersion(version)) version = version.empty() ? kVersion2 : kVersion3;
+  if (version == "2" || version == "2.0") version = kVersion2;
+  IofList list{std::string(known->root), std::move(version), known->refusal};
+  if (!list.refusal && list.version.starts_with('1')) list.refusal = Refusal::kOldIofVersion;
+  return list;
+}
+
+IofMoment ReadMoment(std::string_view text) {
+  IofMoment moment;
+  while (!text.empty()) {
+    const std::string_view word = TakeWord(text);
+    const auto date = ReadDate(word);
+    if (date) moment.date = date;
+    if (date || word.find(':') == std::string_view::npos) continue;
+    const std::size_t zone = std::min(word.find_first_of("Zz+-"), word.size());
+    moment.is_utc = zone < word.size() && (word[zone] == 'Z' || word[zone] == 'z');
+    moment.clock = ForeignClock(word.substr(0, zone));
+  }
+  return moment;
+}
+
+std::optional<DateTime> IofMoment::AsDateTime() const {
+  if (!date) return std::nullopt;
+  return *date + static_cast<double>(clock.value_or(0)) / kMillisecondsPerDay;
+}
+
+std::optional<Milliseconds> ReadSeconds(std::string_view text) {
+  if (const auto plain = PlainSeconds(text)) return plain;
+  if (const auto time = ForeignTime(text)) return time;
+  constexpr double kLongest = kLongestTime * kSecondsPerDay;
+  const auto number = NumericValue(text);  // with an exponent
+  if (!number || std::fabs(*number) > kLongest) return std::nullopt;
+  return std::llround(*number * kMillisecondsPerSecond);
+}
+
+std::optional<RunnerStatus> ReadIofStatus(std::string_view text) {
+  if (const auto status = RunnerStatusOfName(text)) return status;
+  for (const StatusWord& word : kStatusWords) {
+    if (EqualsIgnoringCase(word.text, text)) return word.status;
+  }
+  for (auto i = static_cast<std::int32_t>(RunnerStatus::kOk);
+       i <= static_cast<std::int32_t>(RunnerStatus::kCancelled); ++i) {
+    const auto status = static_cast<RunnerStatus>(i);
+    if (EqualsIgnoringCase(RunnerStatusName(status), text)) return status;
+  }
+  return std::nullopt;
+}
+
+bool SaysScore(std::string_view text) {
+  const std::string word = LowerAscii(text);
+  return word.starts_with("score") || word.starts_with("rogain");
+}
+
+bool IofResult::IsOfStarter() const {
+  const auto is_timed = [](const Punch& punch) { return punch.time.has_value(); };
+  if (time || std::any_of(punches.begin(), punches.end(), is_timed)) return true;
+  return status && *status != RunnerStatus::kInactive && *status != RunnerStatus::kDidNotStart &&
+         *status != RunnerStatus::kDidNotEnter && *status != RunnerStatus::kCancelled;
+}
+
+std::int32_t IofRaces::NumberOf(std::string_view id) {
+  constexpr std::size_t kMostDigits = 2;
+  if (id.size() <= kMostDigits && IsDigits(id) && ReadCount(id) > 0) return ReadCount(id);
+  const auto next = static_cast<std::int32_t>(number_of_id_.size()) + 1;
+  return number_of_id_.emplace(id, next).first->second;
+}
+
+bool IofRaces::Reads(std::int32_t race) {
+  if (read_ == 0) read_ = race;
+  starters_[race];
+  return race == read_;
+}
+
+std::int32_t IofRaces::FirstWithStarters() const {
+  const auto found = std::find_if(starters_.begin(), starters_.end(),
+                                  [](const auto& entry) { return entry.second > 0; });
+  return found == starters_.end() ? read_ : found->first;
+}
+
+std::string IofRaces::Numbers() const {
+  constexpr std::size_t kShown = 20;
+  std::string text;
+  std::size_t count = 0;
+  for (const auto& [race, starters] : starters_) {
+    if (count++ == kShown) return text + ", ...";
+    text += (text.empty() ? "" : ", ") + std::to_string(race);
+  }
+  return text;
+}
+
+void IofEvent::SetSite(std::string_view url, bool is_web_site) {
+  if (url.empty() || has_web_site || (!site.empty() && !is_web_site)) return;
+  site = url;
+  has_web_site = is_web_site;
+}
+
+std::optional<DateTime> IofEvent::Date(std::int32_t race) const {
+  const auto found = races.find(race);
+  // The start of an event of several races is that of the first one.
+  if (found != races.end() && (race > 1 || !start)) return found->second;
+  if (race > 1 && first_runner) return first_runner;
+  if (start) return start;
+  return first_runner ? first_runner : end;
+}
+
+std::optional<Milliseconds> IofReading::TimeText(std::string_view text) {
+  const auto time = ReadSeconds(text);
+  const bool is_blank = text.find_first_not_of("-:.0 ") == std::string_view::npos;
+  if (!time && !is_blank && notes.bad_times++ == 0) {
+    notes.bad_time = text;
+    notes.bad_time_line = xml.ElementPlace().Line;
+  }
+  return time;
+}
+
+std::optional<RunnerStatus> IofReading::StatusText(std::string_view text) {
+  const auto status = ReadIofStatus(text);
+  if (!status && !text.empty() && notes.bad_statuses++ == 0) {
+    notes.bad_status = text;
+    notes.bad_status_line = xml.ElementPlace().Line;
+  }
+  return status;
+}
+
+std::optional<Milliseconds> IofReading::ClockText(std::string_view text, IofResult& result) {
+  const IofMoment moment = ReadMoment(text);
+  notes.utc_clocks |= moment.is_utc;
+  if (moment.date) result.date = std::min(*moment.date, result.date.value_or(*moment.date));
+  return moment.clock;
+}
+
+std::string_view AttributeText(const XmlReader& xml, std::string_view name) {
+  for (const XmlAttribute& attribute : xml.Attributes()) {
+    if (attribute.Name() == name) return TrimSpaces(attribute.Value());
+  }
+  return "";
+}
+
+void SetOnce(std::string& target, std::string_view text) {
+  if (target.empty()) target = text;
+}
+
+std::int32_t ReadCount(std::string_view text) { return std::max(LeadingLong(text), 0); }
+
+void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::int32_t race) {
+  ++entry.results;
+  const bool is_read = reading.races.Reads(race);
+  if (result.IsOfStarter()) reading.races.CountStarter(race);
+  if (!is_read) return;
+  if (std::exchange(entry.has_result, true)) {
+    ++reading.notes.repeated;
+    return;
+  }
+  std::optional<DateTime>& first = reading.header.first_runner;
+  if (result.date) first = std::min(*result.date, first.value_or(*result.date));
+  entry.result = std::move(result);
+}
+
+void AddTeam(IofClass& klass, std::string_view team, std::string_view bib,
+             std::vector<IofEntry>&& members) {
+  std::int32_t position = 0;
+  for (IofEntry& member : members) {
+    ++position;
+    if (!team.empty()) member.person.club = team;
+    if (member.result.leg == 0) member.result.leg = position;
+    SetOnce(member.result.bib, bib);
+    klass.entries.push_back(std::move(member));
+  }
+}
+
+namespace {
+
+// The course of a class or leg among those that the file gives: the one of the race, by its number
+// or its place.
+IofCourse ChooseCourse(const std::vector<IofCourse>& courses, std::int32_t race) {
+  for (const IofCourse& course : courses) {
+    if (course.race == race && race > 0) return course;
+  }
+  std::vector<IofCourse> unnumbered;
+  for (const IofCourse& course : courses) {
+    if (course.race == 0) unnumbered.push_back(course);
+  }
+  const auto place = static_cast<std::size_t>(std::max(race - 1, 0));
+  if (place < unnumbered.size()) return unnumbered[place];
+  return unnumbered.empty() ? IofCourse{} : unnumbered.front();
+}
+
+using Entries = std::vector<IofEntry>;
+using EntryIt = Entries::iterator;
+
+// The course that most of the runners have.
+IofCourse CommonCourse(EntryIt begin, EntryIt end) {
+  std::map<std::tuple<std::int32_t, std::int32_t, std::int32_t>, std::size_t> counts;
+  IofCourse common;
+  std::size_t most = 0;
+  for (auto entry = begin; entry != end; ++entry) {
+    const IofCourse& course = entry->result.course;
+    if (course.IsEmpty()) continue;
+    const std::size_t count = ++counts[{course.length, course.climb, course.controls}];
+    if (count <= most) continue;
+    most = count;
+    common = course;
+  }
+  return common;
+}
+
+// Splits that have neither a code nor a time say nothing where others have codes.
+void DropEmptyPunches(std::vector<Punch>& punches) {
+  const auto has_code = [](const Punch& punch) { return punch.code != 0; };
+  if (std::none_of(punches.begin(), punches.end(), has_code)) return;
+  std::erase_if(punches, [](const Punch& punch) { return punch.code == 0 && !punch.time; });
+}
+
+ForeignRunner MakeRunner(IofEntry&& entry) {
+  ForeignRunner runner;
+  IofPerson& person = entry.person;
+  IofResult& result = entry.result;
+  runner.given_name = std::move(person.given);
+  runner.family_name = std::move(person.family);
+  runner.name = std::move(person.name);
+  runner.club = std::move(person.club);
+  runner.sex = std::move(person.sex);
+  runner.nationality = std::move(person.nationality);
+  runner.competitor_id = std::move(person.id);
+  runner.bib = std::move(result.bib);
+  runner.card = std::move(result.card);
+  runner.rank = std::move(result.rank);
+  runner.status = result.status;
+  runner.start = result.start;
+  runner.finish = result.finish;
+  runner.time = result.time;
+  DropEmptyPunches(result.punches);
+  runner.punches = std::move(result.punches);
+  runner.line = entry.line;
+  return runner;
+}
+
+// Whether the entry is a runner. One without a name gets the number of the bib or card instead; a
+// leg of a relay that nobody ran has neither a name nor a result.
+bool NameEntry(IofReading& reading, IofEntry& entry) {
+  IofPerson& person = entry.person;
+  if (!person.given.empty() || !person.family.empty() || !person.name.empty()) return true;
+  if (!entry.result.IsOfStarter()) return false;
+  for (const std::string& number : {entry.result.bib, entry.result.card, person.club}) {
+    SetOnce(person.name, number);
+  }
+  if (person.name.empty()) {
+    ++reading.notes.left_out;
+    return false;
+  }
+  ++reading.notes.nameless;
+  return true;
+}
+
+// Adds the runners of a class or leg.
+void AddRunners(IofReading& reading, std::string_view name, IofCourse course, EntryIt begin,
+                EntryIt end) {
+  const IofCourse common = CommonCourse(begin, end);
+  if (course.length == 0) course.length = common.length;
+  if (course.climb == 0) course.climb = common.climb;
+  if (course.controls == 0) course.controls = common.controls;
+  ForeignClass& klass = reading.event.ClassNamed(name);
+  if (klass.length == 0) klass.length = course.length;
+  if (klass.climb == 0) klass.climb = course.climb;
+  if (klass.control_count == 0) klass.control_count = course.controls;
+  klass.runners.reserve(klass.runners.size() + static_cast<std::size_t>(end - begin));
+  for (auto entry = begin; entry != end; ++entry) {
+    const IofCourse own = entry->result.course;
+    if (!NameEntry(reading, *entry)) continue;
+    const bool is_other = (own.length != 0 && own.length != klass.length) ||
+                          (own.climb != 0 && own.climb != klass.climb);
+    reading.notes.own_courses += is_other ? 1 : 0;
+    ForeignRunner runner = MakeRunner(std::move(*entry));
+    if (own.controls != klass.control_count) runner.control_count = own.controls;
+    klass.runners.push_back(std::move(runner));
+  }
+}
+
+}  // namespace
+
+void AddClass(IofReading& reading, IofClass&& klass) {
+  std::string name = !klass.name.empty() ? klass.name : klass.short_name;
+  if (name.empty()) name = klass.id;
+  if (name.empty()) {
+    name = "Class " + std::to_string(reading.event.Classes().size() + 1);
+    reading.remarks.Add(RemarkSeverity::kNote, klass.line, 0, "class", name,
+                        "is the name of a class that has none in the file");
+  }
+  if (klass.is_score) {
+    ++reading.notes.score_classes;
+    reading.remarks.Add(RemarkSeverity::kWarning, klass.line, 0, "class", name,
+                        "has controls in any order and is not read");
+    return;
+  }
+  Entries& entries = klass.entries;
+  // Persons who are only in other races are dropped; those without any result stay.
+  std::erase_if(entries, [](const IofEntry& e) { return e.results > 0 && !e.has_result; });
+  const auto is_before = [](const IofEntry& a, const IofEntry& b) {
+    return a.result.leg < b.result.leg;
+  };
+  if (!std::is_sorted(entries.begin(), entries.end(), is_before)) {
+    std::stable_sort(entries.begin(), entries.end(), is_before);
+  }
+  const IofCourse course = ChooseCourse(klass.courses, reading.races.Read());
+  for (auto begin = entries.begin(); begin != entries.end();) {
+    const auto end = std::upper_bound(begin, entries.end(), *begin, is_before);
+    const std::int32_t leg = begin->result.leg;
+    if (leg == 0) {
+      AddRunners(reading, name, course, begin, end);
+    } else {
+      const auto place = static_cast<std::size_t>(leg - 1);
+      const bool has_own = place < klass.leg_courses.size() && !klass.leg_courses[place].IsEmpty();
+      AddRunners(reading, name + "-" + std::to_string(leg),
+                 has_own ? klass.leg_courses[place] : course, begin, end);
+    }
+    begin = end;
+  }
+}
+
+namespace {
+
+void Note(IofReading& reading, std::string_view subject, std::string_view consequence) {
+  reading.remarks.Add(RemarkSeverity::kNote, 0, 0, subject, "", consequence);
+}
+
+void Warn(IofReading& reading, std::string_view subject, std::string_view consequence) {
+  reading.remarks.Add(RemarkSeverity::kWarning, 0, 0, subject, "", consequence);
+}
+
+bool HasPunches(ForeignEvent& event) {
+  return std::any_of(event.Classes().begin(), event.Classes().end(), [](const ForeignClass& klass) {
+    return std::any_of(klass.runners.begin(), klass.runners.end(),
+                       [](const ForeignRunner& runner) { return !runner.punches.empty(); });
+  });
+}
+
+void RemarkRaces(IofReading& reading) {
+  const IofNotes& notes = reading.notes;
+  if (reading.races.Count() > 1) {
+    Note(reading, "races",
+         "the file has races " + reading.races.Numbers() + "; race " +
+             std::to_string(reading.races.Read()) + " is read");
+  }
+  if (notes.unnumbered > 0) {
+    Note(reading, "races",
+         Counted(notes.unnumbered, "runner") +
+             " with several results that have no race number: they are taken as races 1, 2, ...");
+  }
+  if (notes.repeated > 0) {
+    Warn(reading, "results",
+         Counted(notes.repeated, "more result") +
+             " of runners who have one in the same race; the first one is used");
+  }
+}
+
+void RemarkValues(IofReading& reading) {
+  const IofNotes& notes = reading.notes;
+  if (notes.utc_clocks) {
+    Note(reading, "start and finish times",
+         "their time zone is Z; they are used as they are written");
+  }
+  if (notes.bad_times > 0) {
+    reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_time_line, 0, "time", notes.bad_time,
+                        Counted(notes.bad_times, "time") + " like this cannot be read");
+  }
+  if (notes.bad_statuses > 0) {
+    reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_status_line, 0, "status",
+                        notes.bad_status,
+                        Counted(notes.bad_statuses, "status") + " like this cannot be read");
+  }
+  if (notes.additional > 0) {
+    Note(reading, "punches",
+         std::to_string(notes.additional) + " that the file marks as additional are not used");
+  }
+}
+
+// Remarks on what was found in the whole file.
+void RemarkAll(IofReading& reading) {
+  const IofNotes& notes = reading.notes;
+  if (notes.changes_only) {
+    Note(reading, "file", "it holds only what changed since an earlier file");
+  }
+  RemarkRaces(reading);
+  if (notes.has_teams) {
+    Note(reading, "teams",
+         "each leg is a class with the team as the club; the results of the teams are not read");
+  }
+  RemarkValues(reading);
+  if (notes.own_courses > 0) {
+    Note(reading, "courses",
+         Counted(notes.own_courses, "runner") +
+             " with another length or climb than the class, which has that of the class or of most "
+             "runners");
+  }
+  if (notes.nameless > 0) {
+    Warn(reading, "names",
+         Counted(notes.nameless, "runner") +
+             " without a name; the number of the bib or card, or the club, stands for it");
+  }
+  if (notes.left_out > 0) {
+    Warn(reading, "results",
+         Counted(notes.left_out, "result") + " without the name or number of a runner: not read");
+  }
+  if (reading.event.RunnerCount() > 0 && !HasPunches(reading.event)) {
+    Warn(reading, "split times", "the file has none; results are read, but there are no laps");
+  }
+}
+
+void FillHeader(IofReading& reading) {
+  LapRecords& header = reading.event.Header();
+  if (!reading.header.site.empty()) header.official_site = reading.header.site;
+  header.event_date = reading.header.Date(reading.races.Read());
+}
+
+std::optional<ReadError> ErrorOf(const IofReading& reading) {
+  const std::optional<XmlError>& error =
+      reading.open_error ? reading.open_error : reading.xml.Error();
+  if (!error) return std::nullopt;
+  return ReadError{error->Line, "column " + std::to_string(error->Column) + ": " + error->Detail};
+}
+
+// Reads the whole document.
+void ReadDocument(IofReading& reading, void (*read_root)(IofReading&)) {
+  if (reading.open_error) return;
+  if (reading.xml.NextChild()) read_root(reading);
+  reading.xml.SkipTo(0);
+}
+
+// What makes the file one that is not read, now that all of it has been seen.
+std::optional<Refusal> RefusalOf(const IofReading& reading, std::int32_t asked_for,
+                                 bool has_error) {
+  if (reading.notes.score_event) return Refusal::kScoreResults;
+  if (has_error) return std::nullopt;
+  if (reading.notes.score_classes > 0 && reading.event.RunnerCount() == 0) {
+    return Refusal::kScoreResults;
+  }
+  if (asked_for > 0 && !reading.races.IsEmpty() && !reading.races.Has(asked_for)) {
+    return Refusal::kNoSuchRace;
+  }
+  return std::nullopt;
+}
+
+ReadResult Refused(Refusal refusal, std::string_view format) {
+  ReadResult result;
+  result.format = format;
+  result.error = ReadError{0, RefusalText(refusal, format)};
+  return result;
+}
+
+}  // namespace
+
+ReadResult ReadIofResultList(std::string_view text, const ForeignOptions& options,
+                             void (*read_root)(IofReading& reading)) {
+  const auto list = FindIofList(text);
+  if (list && list->refusal) return Refused(*list->refusal, list->Format());
+  const std::string format = list ? list->Format() : "IOF XML";
+  auto reading = std::make_unique<IofReading>(text, options.race);
+  ReadDocument(*reading, read_root);
+  const std::int32_t race = options.race > 0 ? options.race : reading->races.FirstWithStarters();
+  if (race != reading->races.Read()) {
+    reading = std::make_unique<IofReading>(text, race);
+    ReadDocument(*reading, read_root);
+  }
+  std::optional<ReadError> error = ErrorOf(*reading);
+  if (const auto refusal = RefusalOf(*reading, options.race, error.has_value())) {
+    return Refused(*refusal, format);
+  }
+  FillHeader(*reading);
+  RemarkAll(*reading);
+  return FinishReading(std::move(reading->event), reading->remarks, format, std::move(error));
+}
+
+}  // namespace keltrun
