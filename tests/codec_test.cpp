@@ -5,6 +5,7 @@
 #include "keltrun2/codec/list_encoding.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
+#include "keltrun2/codec/xml_encoding.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -259,6 +260,75 @@ TEST(Xml, WalksThroughTheElements) {
   EXPECT_EQ(names, "c0 d0 h0 ");
   xml.SkipTo(0);
   EXPECT_FALSE(xml.Error()) << ToString(*xml.Error());
+}
+
+// The value of the root's attribute "x", the charset used, and the letters C for a declaration that
+// is contradicted, A for an assumption, I for bytes that are invalid, B for each blanked character.
+string DecodedXml(const string& bytes, std::optional<Charset> asked_for = std::nullopt) {
+  const XmlText xml = DecodeXml(bytes, asked_for);
+  const string& text = xml.Content.Text;
+  const std::size_t begin = text.find(" x=\"") + 4;
+  return text.substr(begin, text.rfind('"') - begin) + " " + xml.Used + " " +
+         (xml.Contradicted ? "C" : "") + (xml.Assumed ? "A" : "") +
+         (xml.Content.FirstInvalid == string::npos ? "" : "I") + string(xml.Blanked, 'B');
+}
+
+string Utf16(const string& ascii, bool big_endian) {
+  string bytes;
+  for (const char c : ascii) bytes += big_endian ? string{'\0', c} : string{c, '\0'};
+  return bytes;
+}
+
+TEST(Xml, DecodesWhatOtherProgramsDeclare) {
+  const string plain = "<a x=\"";
+  const Rows<string, string> cases = {
+      {Declared("UTF-8", "山é"), "山é UTF-8 "},
+      {plain + "山é\"/>", "山é UTF-8 "},
+      {Declared("utf-8", "ab"), "ab UTF-8 "},
+      // Bytes win over the declaration.
+      {Declared("UTF-8", "Andr\xE9 B\xFC"), "André Bü Windows-1252 CA"},
+      {Declared("UTF-8", "\x8E\x52\x93\x63"), "山田 Shift-JIS C"},
+      {Declared("UTF-8", "山田\xFF"), "山田\uFFFD UTF-8 I"},
+      {Declared("windows-1252", "André"), "André UTF-8 C"},
+      {Declared("iso-8859-2", "山"), "山 UTF-8 C"},
+      {Declared("US-ASCII", "é"), "é UTF-8 C"},
+      {Declared("US-ASCII", "a"), "a UTF-8 "},
+      {Declared("utf-16", "é"), "é UTF-8 C"},
+      {Declared("utf-16", "\xE9t\xE9"), "été Windows-1252 CA"},
+      {Declared("utf-16", "a"), "a UTF-8 C"},
+      {Declared("klingon", "a\xE9"), "aé Windows-1252 CA"},
+      {Declared("utf-8//TRANSLIT", "a"), "a UTF-8 C"},
+      {Declared("IBM037", "a"), "a UTF-8 C"},
+      // 8-bit charsets, also those of the C library.
+      {Declared("ISO-8859-1", "\xE9\x80"), "é€ Windows-1252 "},
+      {Declared("ISO8859-1", "\xE9\x80"), "é€ Windows-1252 "},
+      {Declared("windows-1252", "\xE9\x81"), "é\uFFFD Windows-1252 I"},
+      {Declared("Shift_JIS", "\x8E\x52"), "山 Shift-JIS "},
+      {Declared("iso-8859-2", "\xB9\xE8"), "šč iso-8859-2 "},
+      {Declared("ISO-8859-15", "\xA4"), "€ ISO-8859-15 "},
+      {Declared("windows-1250", "\x8A\xF8"), "Šř windows-1250 "},
+      {Declared("windows-1251", "\xC6"), "Ж windows-1251 "},
+      {Declared("windows-1253", "\xE1\xFF\xE1"), "α\uFFFDα windows-1253 I"},
+      {Declared("windows-1258", "E"), "E windows-1258 "},  // held back until the next character
+      {Declared("EUC-JP", "\xBB\xB3"), "山 EUC-JP "},
+      {Declared("iso-2022-jp", "\x1B$B;3\x1B(B"), "山 iso-2022-jp "},
+      // Marks, and UTF-16 without one.
+      {"\xEF\xBB\xBF" + Declared("utf-8", "é"), "é UTF-8 "},
+      {"\xEF\xBB\xBF" + Declared("windows-1252", "é\xFF"), "é\uFFFD UTF-8 CI"},
+      {"\xFF\xFE" + Utf16(Declared("utf-16", "a"), false), "a UTF-16LE "},
+      {"\xFE\xFF" + Utf16(plain + "a\"/>", true), "a UTF-16BE "},
+      {Utf16(Declared("utf-16", "a"), false), "a UTF-16LE "},
+      {Utf16(Declared("utf-8", "a"), true), "a UTF-16BE C"},
+      {plain + "\xE9\"/>", "é Windows-1252 A"},
+      // Control characters, and references to them.
+      {plain + "a\tb\x01" + "c\0d"s + "&#x1F;e&#0;&#65;\"/>",
+       "a\tb c d      e    &#65; UTF-8 BBBB"},
+  };
+  for (const auto& [bytes, expected] : cases) EXPECT_EQ(DecodedXml(bytes), expected);
+  // Someone who names the charset knows better than the declaration, but not than a mark.
+  EXPECT_EQ(DecodedXml(Declared("UTF-8", "\x8E\x52"), Charset::kShiftJis), "山 Shift-JIS ");
+  EXPECT_EQ(DecodedXml("\xEF\xBB\xBF" + Declared("utf-8", "é"), Charset::kShiftJis), "é UTF-8 ");
+  EXPECT_EQ(DecodeXml("", std::nullopt).Content.Text, "");
 }
 
 // The texts of the children of the root element, in brackets.

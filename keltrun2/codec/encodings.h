@@ -37,6 +37,9 @@ struct Decoded {
 /// Decodes bytes in a charset.
 Decoded Decode(std::string_view bytes, Charset charset);
 
+/// Decodes bytes in any charset that the C library knows by the name; nullopt when it knows none.
+std::optional<Decoded> DecodeByName(std::string_view bytes, std::string_view name);
+
 /// Decodes a file whose encoding is unknown. A byte-order mark (UTF-8 or UTF-16) decides; otherwise
 /// valid UTF-8 with at least one character beyond ASCII is taken as UTF-8, and everything else as
 /// Shift-JIS.
