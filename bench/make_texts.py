@@ -4,13 +4,15 @@
     make_texts.py EVENT.lxm FOLDER
 
 makes sportident.txt (one line for name and club), oevent.txt and list.csv (a result list with a header row) in the
-folder, in code page 932. Runners who did not start are left out.
+folder, in code page 932, and iof3.xml, in UTF-8 with a line for each runner. Runners who did not start are left out.
 """
 import os
 import sys
 import xml.etree.ElementTree as xml
+from xml.sax.saxutils import escape
 
 WORDS = {'MP': 'mp', 'DNF': 'dnf', 'DISQ': 'disq'}
+STATUSES = {'MP': 'MissingPunch', 'DNF': 'DidNotFinish', 'DISQ': 'Disqualified'}
 IN_A_ROW = 10  # controls
 
 
@@ -39,13 +41,16 @@ class Runner:
         self.sex = node.get('sex')
         result = node.get('result')
         self.result = WORDS[result] if result in WORDS else clock(seconds(result))
-        self.laps, self.splits, total = [], [], 0
+        self.start, self.time = node.get('start'), '' if result in WORDS else seconds(result)
+        self.status = STATUSES.get(result, 'OK')
+        self.laps, self.splits, self.times, total = [], [], [], 0
         for leg in node.findall('leg'):
             text = leg.get('laptime')
             timed = ':' in text
             total += seconds(text) if timed else 0
             self.laps.append(clock(seconds(text)) if timed else '-----')
             self.splits.append(clock(total) if timed else '-----')
+            self.times.append(total if timed else None)
 
 
 def classes(file):
@@ -102,11 +107,44 @@ def result_list(event):
             yield ','.join([node.get('name'), r.rank, r.number, r.name, r.club, r.sex, r.result] + laps)
 
 
+def element(name, text):
+    return '<%s>%s</%s>' % (name, escape(str(text)), name)
+
+
+def iof3_split(code, time):
+    if time is None:
+        return '<SplitTime status="Missing">%s</SplitTime>' % element('ControlCode', code)
+    return '<SplitTime>%s%s</SplitTime>' % (element('ControlCode', code), element('Time', time))
+
+
+def iof3(event):
+    yield '<?xml version="1.0" encoding="UTF-8"?>'
+    yield ('<ResultList xmlns="http://www.orienteering.org/datastandard/3.0" iofVersion="3.0" '
+           'createTime="2024-05-05T17:00:00" creator="make_texts">')
+    yield '<Event>%s<StartTime>%s</StartTime></Event>' % (element('Name', '合成大会'), element('Date', '2024-05-05'))
+    for node, codes, runners in event:
+        yield '<ClassResult><Class>%s</Class><Course>%s%s%s</Course>' % (
+            element('Name', node.get('name')), element('Length', node.get('length')),
+            element('Climb', node.get('climb')), element('NumberOfControls', len(codes)))
+        for r in runners:
+            family, _, given = r.name.partition(' ')
+            yield ''.join(
+                ['<PersonResult><Person><Name>', element('Family', family), element('Given', given), '</Name></Person>',
+                 '<Organisation>', element('Name', r.club), '</Organisation><Result>', element('BibNumber', r.number)] +
+                ([element('StartTime', '2024-05-05T' + r.start.zfill(8))] if r.start else []) +
+                ([element('Time', r.time), element('Position', r.rank)] if r.time else []) +
+                [element('Status', r.status)] + [iof3_split(c, t) for c, t in zip(codes, r.times)] +
+                ['</Result></PersonResult>'])
+        yield '</ClassResult>'
+    yield '</ResultList>'
+
+
 def main():
     event = list(classes(sys.argv[1]))
-    for name, lines in (('sportident.txt', sportident), ('oevent.txt', oevent), ('list.csv', result_list)):
+    for name, lines, charset in (('sportident.txt', sportident, 'cp932'), ('oevent.txt', oevent, 'cp932'),
+                                 ('list.csv', result_list, 'cp932'), ('iof3.xml', iof3, 'utf-8')):
         with open(os.path.join(sys.argv[2], name), 'wb') as out:
-            out.write(''.join(line + '\r\n' for line in lines(event)).encode('cp932'))
+            out.write(''.join(line + '\r\n' for line in lines(event)).encode(charset))
 
 
 if __name__ == '__main__':

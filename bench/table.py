@@ -57,6 +57,7 @@ class Figures:
             one = {}
             for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
                                     (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
+                                    (KEPT, '^(Read|Walk)IofList/'),
                                     (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
                                     (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
                                     (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
@@ -122,6 +123,8 @@ def rows(f):
         for part, benchmark in (('loaded', 'Load'), ('read', 'Read')):
             yield row('%s of 2,000 runners, %s' % (text, part), KEPT, speed(KEPT, '%s%s/2000' % (benchmark, name)),
                       60, '%.0f MB/s', at_least=True)
+    yield row('IOF XML 3.0 of 2,000 runners read, over walking through its elements', KEPT,
+              lambda clock: f.ratio(KEPT, 'ReadIofList/2000', 'WalkIofList/2000', clock), 2.5, '%.2f')
     yield row('LZH pack of a 2 MB lap file', KEPT, time(KEPT, 'PackLzh/2000'), 60, '%.1f ms')
     yield row('its size', KEPT, lambda clock: f.median(KEPT, 'PackLzh/2000', 'percent'), 14, '%.1f %%')
     yield row('LZH unpack', KEPT, speed(KEPT, 'UnpackLzh/2000'), 60, '%.0f MB/s', at_least=True)

@@ -238,7 +238,7 @@ IofResult ReadResultElement(IofReading& reading) {
   SetOnce(element.result.bib, element.start_number);
   SortPunches(element);
   PlaceWithoutCodes(element);
-  return std::move(element.result);
+  return TakeResult(reading, std::move(element.result));
 }
 
 // --- runners and teams ---

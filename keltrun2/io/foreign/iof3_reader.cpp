@@ -138,7 +138,7 @@ struct ResultElement {
 void ReadSplit(IofReading& reading, ResultElement& element) {
   const std::string_view status = AttributeText(reading.xml, "status");
   if (EqualsIgnoringCase(status, "Additional")) {
-    ++reading.notes.additional;
+    ++reading.values.additional;
     return;
   }
   const bool is_missing = EqualsIgnoringCase(status, "Missing");
@@ -187,7 +187,7 @@ void ReadResult3(IofReading& reading, IofEntry& entry, bool& is_score) {
   ReadChildren(reading, element, kResultRules);
   SetOnce(element.result.rank, element.rank_on_course);
   is_score |= element.is_score;
-  StoreResult(reading, entry, std::move(element.result), race);
+  StoreResult(reading, entry, TakeResult(reading, std::move(element.result)), race);
 }
 
 // --- runners and teams ---

@@ -232,6 +232,13 @@ bool SaysScore(std::string_view text) {
   return word.starts_with("score") || word.starts_with("rogain");
 }
 
+void IofValues::Add(const IofValues& other) {
+  utc_clocks |= other.utc_clocks;
+  additional += other.additional;
+  bad_times += other.bad_times;
+  bad_statuses += other.bad_statuses;
+}
+
 bool IofResult::IsOfStarter() const {
   const auto is_timed = [](const Punch& punch) { return punch.time.has_value(); };
   if (time || std::any_of(punches.begin(), punches.end(), is_timed)) return true;
@@ -287,7 +294,7 @@ std::optional<DateTime> IofEvent::Date(std::int32_t race) const {
 std::optional<Milliseconds> IofReading::TimeText(std::string_view text) {
   const auto time = ReadSeconds(text);
   const bool is_blank = text.find_first_not_of("-:.0 ") == std::string_view::npos;
-  if (!time && !is_blank && notes.bad_times++ == 0) {
+  if (!time && !is_blank && values.bad_times++ == 0 && notes.values.bad_times == 0) {
     notes.bad_time = text;
     notes.bad_time_line = xml.ElementPlace().Line;
   }
@@ -296,7 +303,7 @@ std::optional<Milliseconds> IofReading::TimeText(std::string_view text) {
 
 std::optional<RunnerStatus> IofReading::StatusText(std::string_view text) {
   const auto status = ReadIofStatus(text);
-  if (!status && !text.empty() && notes.bad_statuses++ == 0) {
+  if (!status && !text.empty() && values.bad_statuses++ == 0 && notes.values.bad_statuses == 0) {
     notes.bad_status = text;
     notes.bad_status_line = xml.ElementPlace().Line;
   }
@@ -305,7 +312,7 @@ std::optional<RunnerStatus> IofReading::StatusText(std::string_view text) {
 
 std::optional<Milliseconds> IofReading::ClockText(std::string_view text, IofResult& result) {
   const IofMoment moment = ReadMoment(text);
-  notes.utc_clocks |= moment.is_utc;
+  values.utc_clocks |= moment.is_utc;
   if (moment.date) result.date = std::min(*moment.date, result.date.value_or(*moment.date));
   return moment.clock;
 }
@@ -323,6 +330,11 @@ void SetOnce(std::string& target, std::string_view text) {
 
 std::int32_t ReadCount(std::string_view text) { return std::max(LeadingLong(text), 0); }
 
+IofResult TakeResult(IofReading& reading, IofResult&& result) {
+  result.values = std::exchange(reading.values, {});
+  return std::move(result);
+}
+
 void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::int32_t race) {
   ++entry.results;
   const bool is_read = reading.races.Reads(race);
@@ -332,6 +344,7 @@ void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::
     ++reading.notes.repeated;
     return;
   }
+  reading.notes.values.Add(result.values);
   std::optional<DateTime>& first = reading.header.first_runner;
   if (result.date) first = std::min(*result.date, first.value_or(*result.date));
   entry.result = std::move(result);
@@ -536,22 +549,23 @@ void RemarkRaces(IofReading& reading) {
 
 void RemarkValues(IofReading& reading) {
   const IofNotes& notes = reading.notes;
-  if (notes.utc_clocks) {
+  if (notes.values.utc_clocks) {
     Note(reading, "start and finish times",
          "their time zone is Z; they are used as they are written");
   }
-  if (notes.bad_times > 0) {
+  if (notes.values.bad_times > 0) {
     reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_time_line, 0, "time", notes.bad_time,
-                        Counted(notes.bad_times, "time") + " like this cannot be read");
+                        Counted(notes.values.bad_times, "time") + " like this cannot be read");
   }
-  if (notes.bad_statuses > 0) {
+  if (notes.values.bad_statuses > 0) {
     reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_status_line, 0, "status",
                         notes.bad_status,
-                        Counted(notes.bad_statuses, "status") + " like this cannot be read");
+                        Counted(notes.values.bad_statuses, "status") + " like this cannot be read");
   }
-  if (notes.additional > 0) {
+  if (notes.values.additional > 0) {
     Note(reading, "punches",
-         std::to_string(notes.additional) + " that the file marks as additional are not used");
+         std::to_string(notes.values.additional) +
+             " that the file marks as additional are not used");
   }
 }
 

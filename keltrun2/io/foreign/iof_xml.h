@@ -71,6 +71,16 @@ struct IofPerson {
   std::string given, family, name, sex, nationality, id, club;
 };
 
+/// What remarks tell about the values of results.
+struct IofValues {
+  bool utc_clocks = false;
+  std::size_t additional = 0;  // punches
+  std::size_t bad_times = 0;
+  std::size_t bad_statuses = 0;
+
+  void Add(const IofValues& other);
+};
+
 /// The result of a person in one race.
 struct IofResult {
   std::string bib, card, rank;
@@ -80,6 +90,7 @@ struct IofResult {
   std::vector<Punch> punches;
   IofCourse course;
   std::int32_t leg = 0;  // of a relay, from 1
+  IofValues values;
 
   /// Whether the person took part: a time or a punch is known, or how the race ended.
   bool IsOfStarter() const;
@@ -148,17 +159,15 @@ struct IofNotes {
   bool changes_only = false;  // the file holds what changed since an earlier one
   bool score_event = false;
   bool has_teams = false;
-  bool utc_clocks = false;
   std::size_t score_classes = 0;
-  std::size_t additional = 0;   // punches
   std::size_t repeated = 0;     // results of a runner in one race
   std::size_t unnumbered = 0;   // runners with several results that have no race number
   std::size_t nameless = 0;     // runners
   std::size_t left_out = 0;     // results without a runner to whom they belong
   std::size_t own_courses = 0;  // runners with another length or climb than their class
+  IofValues values;             // of the race that is read
   std::string bad_time, bad_status;
   std::int32_t bad_time_line = 0, bad_status_line = 0;
-  std::size_t bad_times = 0, bad_statuses = 0;
 };
 
 /// One pass through a document.
@@ -174,6 +183,7 @@ struct IofReading {
   IofRaces races;
   IofEvent header;
   IofNotes notes;
+  IofValues values;  // of the result that is being read
 
   /// Texts of the open element, which is closed. What is not empty and cannot be read is counted.
   std::optional<Milliseconds> TimeText(std::string_view text);
@@ -210,6 +220,9 @@ void SetOnce(std::string& target, std::string_view text);
 
 /// The positive number at the start of a text, 0 if there is none.
 std::int32_t ReadCount(std::string_view text);
+
+/// The result that has been read, with the notes on its values.
+IofResult TakeResult(IofReading& reading, IofResult&& result);
 
 /// Stores a result of an entry, if it is that of the race that is read.
 void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::int32_t race);
