@@ -234,6 +234,7 @@ void PlaceWithoutCodes(ResultElement& element) {
 
 IofResult ReadResultElement(IofReading& reading) {
   ResultElement element;
+  element.result.punches.reserve(reading.punches);
   ReadChildren(reading, element, kResultRules);
   SetOnce(element.result.bib, element.start_number);
   SortPunches(element);
@@ -291,8 +292,9 @@ void StoreResults(IofReading& reading, RunnerElement& element) {
   }
 }
 
-// Adds the runner of the open element to the entries, unless the document ends inside it.
-void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries) {
+// Adds the runner of the open element to the entries, unless the document ends inside it. A member
+// of a team has the given leg if the file does not say it.
+void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, std::int32_t leg = 0) {
   RunnerElement element;
   element.entry.line = reading.xml.ElementPlace().Line;
   ReadChildren(reading, element, kRunnerRules);
@@ -300,19 +302,21 @@ void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries) {
   SetOnce(element.entry.person.nationality, element.country);
   SetOnce(element.entry.person.club, element.country);
   StoreResults(reading, element);
-  entries.push_back(std::move(element.entry));
+  if (element.entry.result.leg == 0) element.entry.result.leg = leg;
+  AddEntry(reading, entries, std::move(element.entry));
 }
 
 struct Team {
   std::string name, bib, start_number;
   std::vector<IofEntry> members;
+  std::int32_t legs = 0;  // as many as there are elements
 };
 
 constexpr std::array<IofRule<Team>, 4> kTeamRules = {{
     {"TeamName", [](IofReading& r, Team& team) { SetOnce(team.name, r.xml.Text()); }},
     {"BibNumber", [](IofReading& r, Team& team) { SetOnce(team.bib, r.xml.Text()); }},
     {"StartNumber", [](IofReading& r, Team& team) { SetOnce(team.start_number, r.xml.Text()); }},
-    {"PersonResult", [](IofReading& r, Team& team) { ReadRunner(r, team.members); }},
+    {"PersonResult", [](IofReading& r, Team& team) { ReadRunner(r, team.members, ++team.legs); }},
 }};
 
 void ReadTeam(IofReading& reading, IofClass& klass) {

@@ -184,6 +184,7 @@ void ReadResult3(IofReading& reading, IofEntry& entry, bool& is_score) {
     reading.notes.unnumbered += race == 2 ? 1 : 0;
   }
   ResultElement element;
+  element.result.punches.reserve(reading.punches);
   ReadChildren(reading, element, kResultRules);
   SetOnce(element.result.rank, element.rank_on_course);
   is_score |= element.is_score;
@@ -204,19 +205,23 @@ constexpr std::array<IofRule<RunnerElement>, 3> kRunnerRules = {{
     {"Result", [](IofReading& r, RunnerElement& e) { ReadResult3(r, e.entry, e.is_score); }},
 }};
 
-// Adds the runner of the open element to the entries, unless the document ends inside it.
-void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, bool& is_score) {
+// Adds the runner of the open element to the entries, unless the document ends inside it. A member
+// of a team has the given leg if the file does not say it.
+void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, bool& is_score,
+                std::int32_t leg = 0) {
   RunnerElement element;
   element.entry.line = reading.xml.ElementPlace().Line;
   ReadChildren(reading, element, kRunnerRules);
   if (reading.xml.Error()) return;
   is_score |= element.is_score;
-  entries.push_back(std::move(element.entry));
+  if (element.entry.result.leg == 0) element.entry.result.leg = leg;
+  AddEntry(reading, entries, std::move(element.entry));
 }
 
 struct Team {
   std::string name, club, bib;
   std::vector<IofEntry> members;
+  std::int32_t legs = 0;  // as many as there are elements
   bool is_score = false;
 };
 
@@ -225,7 +230,7 @@ constexpr std::array<IofRule<Team>, 4> kTeamRules = {{
     {"Organisation", [](IofReading& r, Team& team) { ReadOrganisation(r, team.club); }},
     {"BibNumber", [](IofReading& r, Team& team) { SetOnce(team.bib, r.xml.Text()); }},
     {"TeamMemberResult",
-     [](IofReading& r, Team& team) { ReadRunner(r, team.members, team.is_score); }},
+     [](IofReading& r, Team& team) { ReadRunner(r, team.members, team.is_score, ++team.legs); }},
 }};
 
 void ReadTeam(IofReading& reading, IofClass& klass) {

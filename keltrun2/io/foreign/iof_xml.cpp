@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "keltrun2/codec/encodings.h"
+#include "keltrun2/io/limits.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 
@@ -239,6 +240,8 @@ void IofValues::Add(const IofValues& other) {
   bad_statuses += other.bad_statuses;
 }
 
+bool IofPerson::HasName() const { return !given.empty() || !family.empty() || !name.empty(); }
+
 bool IofResult::IsOfStarter() const {
   const auto is_timed = [](const Punch& punch) { return punch.time.has_value(); };
   if (time || std::any_of(punches.begin(), punches.end(), is_timed)) return true;
@@ -331,7 +334,9 @@ void SetOnce(std::string& target, std::string_view text) {
 std::int32_t ReadCount(std::string_view text) { return std::max(LeadingLong(text), 0); }
 
 IofResult TakeResult(IofReading& reading, IofResult&& result) {
+  constexpr std::size_t kMostExpected = 64;
   result.values = std::exchange(reading.values, {});
+  reading.punches = std::min(result.punches.size(), kMostExpected);
   return std::move(result);
 }
 
@@ -350,13 +355,20 @@ void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::
   entry.result = std::move(result);
 }
 
+void AddEntry(IofReading& reading, std::vector<IofEntry>& entries, IofEntry&& entry) {
+  if (entry.results > 0 && !entry.has_result) return;
+  if (!entry.person.HasName() && !entry.result.IsOfStarter()) return;
+  if (++reading.entries > kMostRunners) {
+    reading.xml.FailAtElement(std::string(kTooManyRunners));
+    return;
+  }
+  entries.push_back(std::move(entry));
+}
+
 void AddTeam(IofClass& klass, std::string_view team, std::string_view bib,
              std::vector<IofEntry>&& members) {
-  std::int32_t position = 0;
   for (IofEntry& member : members) {
-    ++position;
     if (!team.empty()) member.person.club = team;
-    if (member.result.leg == 0) member.result.leg = position;
     SetOnce(member.result.bib, bib);
     klass.entries.push_back(std::move(member));
   }
@@ -429,21 +441,16 @@ ForeignRunner MakeRunner(IofEntry&& entry) {
   return runner;
 }
 
-// Whether the entry is a runner. One without a name gets the number of the bib or card instead; a
-// leg of a relay that nobody ran has neither a name nor a result.
+// Whether the entry can be called something: without a name, by the number of the bib or card, or
+// by the club.
 bool NameEntry(IofReading& reading, IofEntry& entry) {
   IofPerson& person = entry.person;
-  if (!person.given.empty() || !person.family.empty() || !person.name.empty()) return true;
-  if (!entry.result.IsOfStarter()) return false;
-  for (const std::string& number : {entry.result.bib, entry.result.card, person.club}) {
-    SetOnce(person.name, number);
-  }
-  if (person.name.empty()) {
-    ++reading.notes.left_out;
-    return false;
-  }
-  ++reading.notes.nameless;
-  return true;
+  if (person.HasName()) return true;
+  SetOnce(person.name, entry.result.bib);
+  SetOnce(person.name, entry.result.card);
+  SetOnce(person.name, person.club);
+  ++(person.HasName() ? reading.notes.nameless : reading.notes.left_out);
+  return person.HasName();
 }
 
 // Adds the runners of a class or leg.
@@ -487,8 +494,6 @@ void AddClass(IofReading& reading, IofClass&& klass) {
     return;
   }
   Entries& entries = klass.entries;
-  // Persons who are only in other races are dropped; those without any result stay.
-  std::erase_if(entries, [](const IofEntry& e) { return e.results > 0 && !e.has_result; });
   const auto is_before = [](const IofEntry& a, const IofEntry& b) {
     return a.result.leg < b.result.leg;
   };

@@ -69,6 +69,8 @@ struct IofCourse {
 /// A person as they run for a club.
 struct IofPerson {
   std::string given, family, name, sex, nationality, id, club;
+
+  bool HasName() const;
 };
 
 /// What remarks tell about the values of results.
@@ -183,7 +185,9 @@ struct IofReading {
   IofRaces races;
   IofEvent header;
   IofNotes notes;
-  IofValues values;  // of the result that is being read
+  IofValues values;          // of the result that is being read
+  std::size_t punches = 16;  // as many as the next result is likely to have
+  std::size_t entries = 0;
 
   /// Texts of the open element, which is closed. What is not empty and cannot be read is counted.
   std::optional<Milliseconds> TimeText(std::string_view text);
@@ -227,8 +231,11 @@ IofResult TakeResult(IofReading& reading, IofResult&& result);
 /// Stores a result of an entry, if it is that of the race that is read.
 void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::int32_t race);
 
-/// Adds the entries of a team to a class: its name is the club of its runners. Members without a
-/// leg are those of the legs in their order.
+/// Adds an entry, unless it is nobody, such as the leg of a relay that nobody ran, or only in other
+/// races. Too many of them end the reading.
+void AddEntry(IofReading& reading, std::vector<IofEntry>& entries, IofEntry&& entry);
+
+/// Adds the entries of a team to a class: its name is the club of its runners.
 void AddTeam(IofClass& klass, std::string_view team, std::string_view bib,
              std::vector<IofEntry>&& members);
 
