@@ -140,6 +140,9 @@ TEST(Iof3, SplitsAndTimes) {
       {Split("31", "60,55") + "<Time>200,5</Time>", one + "0:03:20.5 [60.5 139.9]\n"},
       {Split("31", "1:00") + "<Time>0:03:20</Time>", one + "0:03:20 [60 140]\n"},
       {Split("31", "6.0E1") + "<Time>2.0E2</Time>", one + "0:03:20 [60 140]\n"},
+      // The total of a runner who gave up may be the time of the last control.
+      {Split("31", "60") + "<Time>60</Time><Status>DidNotFinish</Status>", one + "DNF [60]\n"},
+      {Split("31", "60") + "<Time>70</Time><Status>DidNotFinish</Status>", one + "DNF [60 10]\n"},
       // The clocks give the total, also over midnight; seconds have fractions.
       {"<StartTime>2024-05-05T23:59:00.5+02:00</StartTime>"
        "<FinishTime>2024-05-06T00:02:20.5+02:00</FinishTime>" +
@@ -152,15 +155,17 @@ TEST(Iof3, SplitsAndTimes) {
 
 TEST(Iof3, StatusesAndPositions) {
   const Rows<string, string> cases = {
-      {"<Status>MissingPunch</Status>", "MP"},     {"<Status>Disqualified</Status>", "DISQ"},
-      {"<Status>DidNotFinish</Status>", "DNF"},    {"<Status>didnotstart</Status>", "DNS"},
-      {"<Status>OverTime</Status>", "OCL"},        {"<Status>SportingWithdrawal</Status>", "DNF"},
-      {"<Status>Cancelled</Status>", "DNS"},       {"<Status>MisPunch</Status>", "MP"},
-      {"<Status>NotCompeting</Status>", "0:01:00"}};
+      {"<Status>MissingPunch</Status>", "MP"},      {"<Status>Disqualified</Status>", "DISQ"},
+      {"<Status>DidNotFinish</Status>", "DNF"},     {"<Status>didnotstart</Status>", "DNS"},
+      {"<Status>OverTime</Status>", "OCL"},         {"<Status>SportingWithdrawal</Status>", "DNF"},
+      {"<Status>Cancelled</Status>", "DNS"},        {"<Status>MisPunch</Status>", "MP"},
+      {"<Status>NotCompeting</Status>", "0:01:00"}, {"<Status>DNF</Status>", "DNF"}};
   for (const auto& [status, result] : cases) {
     const string laps = result == "DNS" ? " []" : " [60]";
     EXPECT_EQ(OneResult3("<Time>60</Time>" + status), "A 0/0/0:; X," + result + laps + "\n");
   }
+  // A total of 0 is none.
+  EXPECT_EQ(OneResult3("<Time>0</Time><Status>Inactive</Status>"), "A 0/0/0:; X []\n");
   const string leg = "<Position type=\"Course\">8</Position><Position type=\"Leg\">2</Position>";
   EXPECT_EQ(OneResult3("<Time>60</Time>" + leg), "A 0/0/0:; X,2,0:01:00 [60]\n");
 }
@@ -352,6 +357,13 @@ TEST(Iof2, SplitsAndTimes) {
       {time + Split("31", "1:00") + Split("32", "--:--:--") + Split("33", "2:30"),
        "A 0/0/3: 31 32 33; X,MP [60 + 90 50]\n"},
       {Split("31", "1:00") + Split("999", "3:20"), "A 0/0/1: 31; X,0:03:20 [60 140]\n"},
+      // A finish without a code, as our own writer has it.
+      {time + Split("31", "1:00") + numbered("2", "<Time>3:20</Time>"),
+       "A 0/0/1: 31; X,0:03:20 [60 140]\n"},
+      {Split("31", "1:00") + numbered("2", "<Time>3:20</Time>"),
+       "A 0/0/1: 31; X,0:03:20 [60 140]\n"},
+      {time + Split("31", "1:00") + numbered("2", "") + Split("33", "2:30"),
+       "A 0/0/2: 31 33; X,0:03:20 [60 90 50]\n"},
       // Without codes, the numbers show a control that was missed. The total is the finish.
       {time + numbered("1", "<Time>1:00</Time>") + numbered("3", "<Time>2:30</Time>") +
            numbered("999", "<Time>3:20</Time>"),

@@ -211,16 +211,12 @@ void SortPunches(ResultElement& element) {
   }
 }
 
-// Without codes, the sequence numbers say which controls were missed, and a last split with the
-// total time is the finish.
+// Without codes, the sequence numbers say which controls were missed.
 void PlaceWithoutCodes(ResultElement& element) {
   constexpr std::int32_t kHighestSequence = 200;
   std::vector<Punch>& punches = element.result.punches;
   const auto has_code = [](const Punch& punch) { return punch.code != 0; };
   if (std::any_of(punches.begin(), punches.end(), has_code)) return;
-  if (!punches.empty() && punches.back().time && punches.back().time == element.result.time) {
-    punches.pop_back();
-  }
   std::vector<Punch> placed;
   for (std::size_t i = 0; i < punches.size(); ++i) {
     const std::int32_t place = element.sequence[i] - 1;

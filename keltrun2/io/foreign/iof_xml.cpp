@@ -240,7 +240,13 @@ void IofValues::Add(const IofValues& other) {
   bad_statuses += other.bad_statuses;
 }
 
-bool IofPerson::HasName() const { return !given.empty() || !family.empty() || !name.empty(); }
+bool IofPerson::HasName() const {
+  constexpr std::string_view kBlankBytes = " \t\u00A0";
+  const auto is_text = [&](std::string_view text) {
+    return text.find_first_not_of(kBlankBytes) != std::string_view::npos;
+  };
+  return is_text(given) || is_text(family) || is_text(name);
+}
 
 bool IofResult::IsOfStarter() const {
   const auto is_timed = [](const Punch& punch) { return punch.time.has_value(); };
@@ -336,6 +342,9 @@ std::int32_t ReadCount(std::string_view text) { return std::max(LeadingLong(text
 IofResult TakeResult(IofReading& reading, IofResult&& result) {
   constexpr std::size_t kMostExpected = 64;
   result.values = std::exchange(reading.values, {});
+  // Runners who did not start have a total of 0 in some files, and finish when they start.
+  if (result.time == 0) result.time.reset();
+  if (result.start && result.finish == result.start) result.finish.reset();
   reading.punches = std::min(result.punches.size(), kMostExpected);
   return std::move(result);
 }
@@ -391,6 +400,8 @@ IofCourse ChooseCourse(const std::vector<IofCourse>& courses, std::int32_t race)
   return unnumbered.empty() ? IofCourse{} : unnumbered.front();
 }
 
+constexpr std::int32_t kFinishNumber = 999;  // which some programs write for the finish
+
 using Entries = std::vector<IofEntry>;
 using EntryIt = Entries::iterator;
 
@@ -410,10 +421,32 @@ IofCourse CommonCourse(EntryIt begin, EntryIt end) {
   return common;
 }
 
-// Splits that have neither a code nor a time say nothing where others have codes.
-void DropEmptyPunches(std::vector<Punch>& punches) {
+bool TimeCounts(RunnerStatus status) {
+  return status == RunnerStatus::kOk || status == RunnerStatus::kFinished ||
+         status == RunnerStatus::kNotCompeting || status == RunnerStatus::kOverTime;
+}
+
+// Some programs give runners who gave up the time of their last control as the total.
+void DropTotalOfLastControl(IofResult& result) {
+  if (!result.status || TimeCounts(*result.status) || result.punches.empty()) return;
+  const Punch& last = result.punches.back();
+  if (last.code <= 0 || last.code == kFinishNumber || last.time != result.time) return;
+  result.time.reset();
+  result.finish.reset();
+}
+
+// A last split without a code is the finish if it has the total time, or if there is no total.
+// Others that have neither a code nor a time say nothing where there are codes.
+void TidyPunches(IofResult& result) {
+  std::vector<Punch>& punches = result.punches;
   const auto has_code = [](const Punch& punch) { return punch.code != 0; };
-  if (std::none_of(punches.begin(), punches.end(), has_code)) return;
+  const bool has_codes = std::any_of(punches.begin(), punches.end(), has_code);
+  if (!punches.empty() && punches.back().code == 0 && punches.back().time) {
+    const auto last = punches.back().time;
+    if (has_codes && !result.time) result.time = last;
+    if (last == result.time) punches.pop_back();
+  }
+  if (!has_codes) return;
   std::erase_if(punches, [](const Punch& punch) { return punch.code == 0 && !punch.time; });
 }
 
@@ -421,6 +454,8 @@ ForeignRunner MakeRunner(IofEntry&& entry) {
   ForeignRunner runner;
   IofPerson& person = entry.person;
   IofResult& result = entry.result;
+  TidyPunches(result);
+  DropTotalOfLastControl(result);
   runner.given_name = std::move(person.given);
   runner.family_name = std::move(person.family);
   runner.name = std::move(person.name);
@@ -435,7 +470,6 @@ ForeignRunner MakeRunner(IofEntry&& entry) {
   runner.start = result.start;
   runner.finish = result.finish;
   runner.time = result.time;
-  DropEmptyPunches(result.punches);
   runner.punches = std::move(result.punches);
   runner.line = entry.line;
   return runner;
