@@ -95,6 +95,12 @@ class XmlReader {
   /// The name of the element opened last, without a namespace prefix. Valid until the next call of
   /// NextChild or SkipTo.
   std::string_view LocalName() const;
+  /// Whether LocalName is `name`, which must not be empty.
+  bool IsNamed(std::string_view name) const {
+    const std::string_view whole = open_.back();
+    return whole.ends_with(name) &&
+           (whole.size() == name.size() || whole[whole.size() - name.size() - 1] == ':');
+  }
   /// The attributes of the element opened last, valid as long as its name.
   std::span<const XmlAttribute> Attributes() const { return {attributes_.data(), used_}; }
   /// Where the element opened last begins; the detail is empty.

@@ -207,9 +207,8 @@ struct IofRule {
 template <typename Target, typename Rules>
 void ReadChildren(IofReading& reading, Target& target, const Rules& rules) {
   ForEachChild(reading.xml, [&] {
-    const std::string_view name = reading.xml.LocalName();
     for (const IofRule<Target>& rule : rules) {
-      if (rule.element != name) continue;
+      if (!reading.xml.IsNamed(rule.element)) continue;
       rule.read(reading, target);
       return;
     }
