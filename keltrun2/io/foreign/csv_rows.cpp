@@ -1,0 +1,168 @@
+#include "keltrun2/io/foreign/csv_rows.h"
+
+#include <algorithm>
+#include <string>
+
+#include "keltrun2/io/csv_lines.h"
+#include "keltrun2/text/letters.h"
+
+namespace keltrun {
+namespace {
+
+constexpr char kQuote = '"';
+
+std::string_view Trimmed(const char* begin, const char* end) {
+  while (begin != end && *begin == ' ') ++begin;
+  while (begin != end && end[-1] == ' ') --end;
+  return {begin, static_cast<std::size_t>(end - begin)};
+}
+
+std::string_view WithoutLeadingSpaces(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(' '), text.size()));
+}
+
+// What stands inside the quotes at the start of a text, and what follows them.
+struct Quoted {
+  std::string_view inside;
+  std::string_view rest;
+  bool has_doubled = false;
+  bool is_closed = false;
+};
+
+// `text` begins after the opening quote.
+Quoted ReadQuoted(std::string_view text) {
+  Quoted quoted;
+  for (std::size_t at = text.find(kQuote);; at = text.find(kQuote, at + 2)) {
+    quoted.inside = text.substr(0, at);
+    if (at == std::string_view::npos) return quoted;
+    quoted.rest = text.substr(at + 1);
+    quoted.is_closed = !quoted.rest.starts_with(kQuote);
+    if (quoted.is_closed) return quoted;
+    quoted.has_doubled = true;
+  }
+}
+
+void AppendUndoubled(std::string& out, std::string_view text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    out += text[at];
+    if (text[at] == kQuote) ++at;
+  }
+}
+
+}  // namespace
+
+CsvRows::CsvRows(std::string_view text, char separator, RemarkList& remarks)
+    : separator_(separator), remarks_(remarks), lines_(text) {}
+
+bool CsvRows::IsBlank(std::string_view line) const {
+  return std::all_of(line.begin(), line.end(),
+                     [this](char c) { return c == separator_ || c == ' ' || c == '\t'; });
+}
+
+bool CsvRows::Next() {
+  if (started_) lines_.Next();
+  started_ = true;
+  while (!lines_.AtEnd() && IsBlank(lines_.Line())) lines_.Next();
+  if (lines_.AtEnd()) return false;
+  number_ = lines_.Number();
+  cells_.clear();
+  copies_.clear();
+  if (lines_.Line().find(kQuote) == std::string_view::npos) {
+    SplitPlain(lines_.Line());
+  } else {
+    SplitQuoted();
+  }
+  return true;
+}
+
+// False when the row is full.
+bool CsvRows::Add(std::string_view cell) {
+  if (cells_.size() == kMostCells) {
+    remarks_.Add(RemarkSeverity::kWarning, number_, static_cast<std::int32_t>(kMostCells + 1),
+                 "cell", cell, "a row has no more than 2,000 cells; the rest is not read");
+    return false;
+  }
+  cells_.push_back(cell);
+  return true;
+}
+
+void CsvRows::SplitPlain(std::string_view line) {
+  const char* const end = line.data() + line.size();
+  const char* begin = line.data();
+  for (const char* at = begin; at != end; ++at) {
+    if (*at != separator_) continue;
+    if (!Add(Trimmed(begin, at))) return;
+    begin = at + 1;
+  }
+  Add(Trimmed(begin, end));
+}
+
+void CsvRows::SplitQuoted() {
+  for (std::string_view rest = lines_.Line();;) {
+    rest = WithoutLeadingSpaces(rest);
+    std::string_view cell;
+    if (rest.starts_with(kQuote)) {
+      cell = QuotedCell(rest);
+    } else {
+      cell = rest.substr(0, rest.find(separator_));
+      rest.remove_prefix(cell.size());
+      cell = TrimSpaces(cell);
+    }
+    if (!Add(cell) || rest.empty()) return;
+    rest.remove_prefix(1);
+  }
+}
+
+// Leaves `rest` at the separator that follows the cell, or empty.
+std::string_view CsvRows::QuotedCell(std::string_view& rest) {
+  const Quoted quoted = ReadQuoted(rest.substr(1));
+  if (!quoted.is_closed) {
+    std::string_view cell;
+    return JoinedCell(rest, cell) ? cell : BadlyQuotedCell(rest);
+  }
+  const std::string_view after = WithoutLeadingSpaces(quoted.rest);
+  if (!after.empty() && after.front() != separator_) return BadlyQuotedCell(rest);
+  rest = after;
+  if (!quoted.has_doubled) return TrimSpaces(quoted.inside);
+  AppendUndoubled(copies_.emplace_back(), quoted.inside);
+  return TrimSpaces(copies_.back());
+}
+
+// Reads a cell whose closing quote stands in a later line.
+bool CsvRows::JoinedCell(std::string_view& rest, std::string_view& cell) {
+  std::string joined;
+  AppendUndoubled(joined, rest.substr(1));
+  LineCursor lines = lines_;
+  for (std::int32_t breaks = 0; breaks < CsvLineCursor::kMostBreaks; ++breaks) {
+    lines.Next();
+    if (lines.AtEnd()) return false;
+    const Quoted quoted = ReadQuoted(lines.Line());
+    joined += ' ';
+    AppendUndoubled(joined, quoted.inside);
+    if (!quoted.is_closed) continue;
+    const std::string_view after = WithoutLeadingSpaces(quoted.rest);
+    if (!after.empty() && after.front() != separator_) return false;
+    cell = TrimSpaces(copies_.emplace_back(std::move(joined)));
+    remarks_.Add(
+        RemarkSeverity::kNote, number_, static_cast<std::int32_t>(cells_.size() + 1), "cell", cell,
+        "continues to line " + std::to_string(lines.Number()) + "; its line breaks are blanks");
+    lines_ = lines;
+    rest = after;
+    return true;
+  }
+  return false;
+}
+
+// Quotes inside that are not doubled are characters; the outer ones are not part of the text.
+std::string_view CsvRows::BadlyQuotedCell(std::string_view& rest) {
+  std::string_view cell = rest.substr(0, rest.find(separator_));
+  rest.remove_prefix(cell.size());
+  cell = TrimSpaces(cell);
+  if (cell.size() >= 2 && cell.ends_with(kQuote))
+    return TrimSpaces(cell.substr(1, cell.size() - 2));
+  remarks_.Add(RemarkSeverity::kWarning, number_, static_cast<std::int32_t>(cells_.size() + 1),
+               "cell", cell, "the quote is not closed at the end of the cell and is a character");
+  return cell;
+}
+
+}  // namespace keltrun
