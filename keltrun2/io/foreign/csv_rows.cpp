@@ -11,12 +11,6 @@ namespace {
 
 constexpr char kQuote = '"';
 
-std::string_view Trimmed(const char* begin, const char* end) {
-  while (begin != end && *begin == ' ') ++begin;
-  while (begin != end && end[-1] == ' ') --end;
-  return {begin, static_cast<std::size_t>(end - begin)};
-}
-
 std::string_view WithoutLeadingSpaces(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
@@ -67,11 +61,7 @@ bool CsvRows::Next() {
   number_ = lines_.Number();
   cells_.clear();
   copies_.clear();
-  if (lines_.Line().find(kQuote) == std::string_view::npos) {
-    SplitPlain(lines_.Line());
-  } else {
-    SplitQuoted();
-  }
+  Split();
   return true;
 }
 
@@ -86,34 +76,27 @@ bool CsvRows::Add(std::string_view cell) {
   return true;
 }
 
-void CsvRows::SplitPlain(std::string_view line) {
-  const char* const end = line.data() + line.size();
-  const char* begin = line.data();
-  for (const char* at = begin; at != end; ++at) {
-    if (*at != separator_) continue;
-    if (!Add(Trimmed(begin, at))) return;
-    begin = at + 1;
-  }
-  Add(Trimmed(begin, end));
-}
-
-void CsvRows::SplitQuoted() {
+void CsvRows::Split() {
   for (std::string_view rest = lines_.Line();;) {
-    rest = WithoutLeadingSpaces(rest);
-    std::string_view cell;
-    if (rest.starts_with(kQuote)) {
-      cell = QuotedCell(rest);
-    } else {
-      cell = rest.substr(0, rest.find(separator_));
-      rest.remove_prefix(cell.size());
-      cell = TrimSpaces(cell);
-    }
+    while (rest.starts_with(' ')) rest.remove_prefix(1);
+    const std::string_view cell = rest.starts_with(kQuote) ? QuotedCell(rest) : PlainCell(rest);
     if (!Add(cell) || rest.empty()) return;
     rest.remove_prefix(1);
   }
 }
 
-// Leaves `rest` at the separator that follows the cell, or empty.
+// Leaves `rest` at the separator that follows the cell, or empty. Most cells are so short that a
+// search by the library would take longer.
+std::string_view CsvRows::PlainCell(std::string_view& rest) const {
+  std::size_t size = 0;
+  while (size < rest.size() && rest[size] != separator_) ++size;
+  std::string_view cell = rest.substr(0, size);
+  rest.remove_prefix(size);
+  while (cell.ends_with(' ')) cell.remove_suffix(1);
+  return cell;
+}
+
+// The same for a cell that begins with a quote.
 std::string_view CsvRows::QuotedCell(std::string_view& rest) {
   const Quoted quoted = ReadQuoted(rest.substr(1));
   if (!quoted.is_closed) {
@@ -155,9 +138,7 @@ bool CsvRows::JoinedCell(std::string_view& rest, std::string_view& cell) {
 
 // Quotes inside that are not doubled are characters; the outer ones are not part of the text.
 std::string_view CsvRows::BadlyQuotedCell(std::string_view& rest) {
-  std::string_view cell = rest.substr(0, rest.find(separator_));
-  rest.remove_prefix(cell.size());
-  cell = TrimSpaces(cell);
+  const std::string_view cell = PlainCell(rest);
   if (cell.size() >= 2 && cell.ends_with(kQuote))
     return TrimSpaces(cell.substr(1, cell.size() - 2));
   remarks_.Add(RemarkSeverity::kWarning, number_, static_cast<std::int32_t>(cells_.size() + 1),

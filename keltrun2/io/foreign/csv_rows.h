@@ -33,8 +33,8 @@ class CsvRows {
 
  private:
   bool IsBlank(std::string_view line) const;
-  void SplitPlain(std::string_view line);
-  void SplitQuoted();
+  void Split();
+  std::string_view PlainCell(std::string_view& rest) const;
   std::string_view QuotedCell(std::string_view& rest);
   bool JoinedCell(std::string_view& rest, std::string_view& cell);
   std::string_view BadlyQuotedCell(std::string_view& rest);

@@ -134,11 +134,12 @@ constexpr SportField kLastRelay2010[] = {kCourse,      kLength,      kClimb, kCo
 constexpr SportField kLastRelay2010WithoutTotal[] = {kCourse,       kLength,      kClimb,
                                                      kControlCount, kCombination, kPlace};
 
+// Forms whose rows could be mistaken for each other begin with the fewest columns.
 constexpr Form kForms[] = {
-    {"", 46, 2, kFirst46, kLast},
     {"", 44, 2, kFirst44, kLast},
-    {"OE", 60, 2, kFirst60, kLast},
+    {"", 46, 2, kFirst46, kLast},
     {"OE", 57, 2, kFirst60, kLastWithoutPunches},
+    {"OE", 60, 2, kFirst60, kLast},
     {"OE", 59, 4, kFirst60, kLastOfSpeaker},
     {"OS", 32, 4, kFirstRelay2010, kLastRelay2010},
     {"OS", 31, 4, kFirstRelay2010, kLastRelay2010WithoutTotal},
@@ -233,11 +234,9 @@ Fit FitOf(const Row& cells, ControlColumns controls) {
     if (cells[at + code].empty() && IsNoTime(time)) continue;
     if (!IsCode(cells[at + code])) return Fit::kWrong;
     if (controls.width == 4 && !IsDigits(cells[at])) return Fit::kWrong;
-    if (time.find(':') != std::string_view::npos && SportTime(time)) {
-      ++times;
-    } else if (!IsNoTime(time)) {
-      return Fit::kWrong;
-    }
+    const bool has_colon = time.find(':') != std::string_view::npos;
+    if (!has_colon && !IsNoTime(time)) return Fit::kWrong;
+    times += has_colon && SportTime(time) ? 1 : 0;
   }
   return times > 0 ? Fit::kRight : Fit::kNothing;
 }
