@@ -220,6 +220,14 @@ TEST(OeCsv, Rows) {
        "Club/7/DidNotFinish/DNF/120\n0 status\n"},
       {"an unknown classifier", AnnsLine({{12, "8"}}),
        string(kAnn) + "2 unknown classifiers\n0 status\n"},
+      {"words for the status",
+       AnnsLine({{11, "dnf"}, {12, ""}}, ";31;2:00") + AnnsLine({{12, "DISQ"}}),
+       "D21[31 32] Ann Berg/Fox Club/7/DidNotFinish/DNF/120 Ann Berg/Fox "
+       "Club/7/Disqualified/DISQ/120 180 300\n"},
+      {"a split of 0, and one at the first control",
+       AnnsLine({{12, "3"}}, ";31;2:00;32;0:00") + AnnsLine({{4, "Bo"}}, ";31;0:00;32;5:00"),
+       "D21[31 32] Ann Berg/Fox Club/7/MissingPunch/MP/120 - 480 Bo Berg/Fox "
+       "Club/7/OK/0:10:00/0.001 300 300\n0 class \"D21\"\n"},
       {"no name", AnnsLine({{3, ""}, {4, ""}}),
        "D21[31 32] 7/Fox Club/7/OK/0:10:00/120 180 300\n2 names\n"},
       {"a place that nobody has taken", ann + Line(46, {{0, "8"}, {12, "0"}, {18, "D21"}}) + "\n",

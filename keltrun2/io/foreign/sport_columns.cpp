@@ -143,7 +143,7 @@ constexpr Form kForms[] = {
     {"OE", 59, 4, kFirst60, kLastOfSpeaker},
     {"OS", 32, 4, kFirstRelay2010, kLastRelay2010},
     {"OS", 31, 4, kFirstRelay2010, kLastRelay2010WithoutTotal},
-    {"", 24, 2, kFirstRelay2003, kLastRelay2003},
+    {"", 25, 2, kFirstRelay2003, kLastRelay2003},
 };
 
 constexpr std::size_t kFewestColumns = 20;  // before the controls
@@ -352,23 +352,26 @@ class ColumnFinder {
         (titles_.size() > 1 && titles_[0] == "racenumber" && has("score") && !has("controlcode1"));
   }
 
-  // A list of several races has the columns "Time1", "Time2", ... and no "Time".
+  // A list of several races has the columns "Time1", "Time2", ... and no "Time". No event has more
+  // than a few.
   void ReadRaces() {
+    constexpr std::int32_t kMostRaces = 30;
     std::int32_t last = 0;
     for (const std::string& title : titles_) {
-      if (FieldsOf(title).first == kTime) return;
-      if (FieldsOf(WithoutNumber(title)).first == kTime) last = std::max(last, NumberOf(title));
+      if (FieldOf(title) == kTime) return;
+      const std::int32_t race = NumberOf(title);
+      if (race <= kMostRaces && FieldOf(WithoutNumber(title)) == kTime) last = std::max(last, race);
     }
     found_.races = std::max(last, 1);
     has_races_ = last > 0;
   }
 
   // The first field that a title can stand for.
-  static std::pair<SportField, std::size_t> FieldsOf(std::string_view title) {
-    for (std::size_t i = 0; i < std::size(kTitleRules); ++i) {
-      if (IsTitleOf(kTitleRules[i], title)) return {kTitleRules[i].field, i};
+  static SportField FieldOf(std::string_view title) {
+    for (const TitleRule& rule : kTitleRules) {
+      if (IsTitleOf(rule, title)) return rule.field;
     }
-    return {kOther, 0};
+    return kOther;
   }
 
   void ReadTitle(std::size_t i) {
@@ -386,7 +389,7 @@ class ColumnFinder {
 
   // Whether each race has its own column.
   static bool FieldsOfRace(std::string_view title) {
-    const SportField field = FieldsOf(title).first;
+    const SportField field = FieldOf(title);
     return field == kCard || field == kNotCompeting || field == kStart || field == kFinish ||
            field == kTime || field == kClassifier || field == kPlace;
   }
@@ -519,6 +522,7 @@ std::optional<SportColumns> FindSportColumns(std::string_view text, std::int32_t
 
 std::string SportFormatName(const SportColumns& columns) {
   const std::string program = columns.is_relay ? "OS" : "OE";
+  if (columns.tag.empty() && columns.is_score) return "SPORTident CSV";
   if (columns.tag.empty()) return program + "2003 CSV";
   return program + "2010 CSV (" + columns.tag + ")";
 }
@@ -528,12 +532,22 @@ std::optional<Milliseconds> SportTime(std::string_view cell) {
   return ForeignTime(cell);
 }
 
-std::optional<RunnerStatus> SportStatus(std::string_view classifier) {
-  constexpr RunnerStatus kStatuses[] = {RunnerStatus::kOk,           RunnerStatus::kDidNotStart,
-                                        RunnerStatus::kDidNotFinish, RunnerStatus::kMissingPunch,
-                                        RunnerStatus::kDisqualified, RunnerStatus::kOverTime};
-  if (classifier.size() != 1 || classifier[0] < '0' || classifier[0] > '5') return std::nullopt;
-  return kStatuses[classifier[0] - '0'];
+std::optional<RunnerStatus> SportStatus(std::string_view text) {
+  using enum RunnerStatus;
+  constexpr RunnerStatus kClassifiers[] = {kOk,           kDidNotStart,  kDidNotFinish,
+                                           kMissingPunch, kDisqualified, kOverTime};
+  constexpr std::pair<std::string_view, RunnerStatus> kWords[] = {
+      {"OK", kOk},           {"DNS", kDidNotStart},   {"DNF", kDidNotFinish},
+      {"MP", kMissingPunch}, {"MISP", kMissingPunch}, {"MISPUNCHED", kMissingPunch},
+      {"DQ", kDisqualified}, {"DSQ", kDisqualified},  {"DISQ", kDisqualified},
+      {"OT", kOverTime},     {"OVT", kOverTime},      {"OVERTIME", kOverTime},
+      {"NC", kNotCompeting}, {"AK", kNotCompeting}};
+  if (text.size() == 1 && text[0] >= '0' && text[0] <= '5') return kClassifiers[text[0] - '0'];
+  const std::string word = UpperAscii(text);
+  for (const auto& [name, status] : kWords) {
+    if (name == word) return status;
+  }
+  return std::nullopt;
 }
 
 bool IsMarked(std::string_view cell) { return !cell.empty() && cell != "0"; }

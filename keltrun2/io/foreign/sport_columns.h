@@ -96,9 +96,9 @@ inline std::string_view SportCell(const std::vector<std::string_view>& cells,
 /// A split or total time. nullopt for a control without a punch and for any text that is no time.
 std::optional<Milliseconds> SportTime(std::string_view cell);
 
-/// The status of a classifier: 0 for OK, 1 for a runner who did not start, and so on. nullopt when
-/// the classifier is empty or unknown.
-std::optional<RunnerStatus> SportStatus(std::string_view classifier);
+/// The status of a classifier: 0 for OK, 1 for a runner who did not start, and so on, or a word
+/// such as "DNF". nullopt when it is empty or unknown.
+std::optional<RunnerStatus> SportStatus(std::string_view text);
 
 /// Whether the cell of runners outside the competition is set.
 bool IsMarked(std::string_view cell);

@@ -18,6 +18,13 @@ bool HasDigit(std::string_view text) {
 
 bool HasColon(std::string_view text) { return text.find(':') != std::string_view::npos; }
 
+// A split of 0 after other ones is written for a control without a punch.
+bool IsNoPunch(std::optional<Milliseconds> split, const ForeignRunner& runner) {
+  return split == Milliseconds{0} &&
+         std::any_of(runner.punches.begin(), runner.punches.end(),
+                     [](const Punch& punch) { return punch.time.value_or(0) > 0; });
+}
+
 // A length without decimals that is too large for kilometers is one in meters.
 std::int32_t CourseLength(std::string_view cell) {
   constexpr std::size_t kMostKilometerDigits = 2;
@@ -177,7 +184,8 @@ void SportRows::ReadTimes(ForeignRunner& runner) {
   runner.start = either(kStart, kStartPunch);
   runner.finish = either(kFinish, kFinishPunch);
   runner.time = SportTime(Cell(kTime));
-  if (!runner.time && HasDigit(Cell(kTime))) CountOne(bad_times_);
+  if (runner.time == Milliseconds{0}) runner.time = std::nullopt;  // written for no time
+  if (!SportTime(Cell(kTime)) && HasDigit(Cell(kTime))) CountOne(bad_times_);
   const auto changes = [this](SportField field) { return SportTime(Cell(field)).value_or(0) != 0; };
   if (changes(kCredit) || changes(kPenalty)) CountOne(adjusted_);
 }
@@ -216,13 +224,14 @@ void SportRows::ReadPunch(std::string_view code, std::string_view time, ForeignR
     return;
   }
   has_punches_ |= split.has_value();
-  runner.punches.push_back({number, split});
+  runner.punches.push_back({number, IsNoPunch(split, runner) ? std::nullopt : split});
 }
 
-// Runners who have not finished yet have the classifier of those whose result counts.
+// Runners who have not finished yet have the classifier of those whose result counts. A list
+// without classifiers can have the word for the status in place of the time.
 void SportRows::ReadStatus(ForeignRunner& runner) {
   const std::string_view classifier = Cell(kClassifier);
-  runner.status = SportStatus(classifier);
+  runner.status = SportStatus(classifier.empty() && !runner.time ? Cell(kTime) : classifier);
   if (!runner.status && !classifier.empty()) CountOne(classifiers_);
   const bool counts = runner.status == RunnerStatus::kOk;
   if (counts && !runner.time && !runner.finish) runner.status = std::nullopt;
