@@ -159,13 +159,31 @@ std::string FoldTitle(std::string_view cell) {
   return folded;
 }
 
-bool IsTitleOf(const TitleRule& rule, std::string_view title) {
-  for (std::string_view titles = rule.titles; !titles.empty();) {
-    const std::string_view word = titles.substr(0, titles.find(' '));
-    if (word == title) return true;
-    titles.remove_prefix(std::min(word.size() + 1, titles.size()));
-  }
-  return false;
+using KnownTitle = std::pair<std::string_view, SportField>;
+
+// All titles in the order of the alphabet; the meanings of one title are in the order of the rules.
+const std::vector<KnownTitle>& KnownTitles() {
+  static const std::vector<KnownTitle> kTitles = [] {
+    std::vector<KnownTitle> titles;
+    for (const TitleRule& rule : kTitleRules) {
+      for (std::string_view rest = rule.titles; !rest.empty();) {
+        const std::string_view title = rest.substr(0, rest.find(' '));
+        titles.emplace_back(title, rule.field);
+        rest.remove_prefix(std::min(title.size() + 1, rest.size()));
+      }
+    }
+    std::sort(titles.begin(), titles.end());
+    return titles;
+  }();
+  return kTitles;
+}
+
+// What a title can stand for.
+std::span<const KnownTitle> MeaningsOf(std::string_view title) {
+  const auto [begin, end] =
+      std::equal_range(KnownTitles().begin(), KnownTitles().end(), KnownTitle(title, kOther),
+                       [](const auto& a, const auto& b) { return a.first < b.first; });
+  return {begin, end};
 }
 
 // "OE0016", "OS0014a", "OESco0001": letters, four digits, perhaps a letter.
@@ -241,6 +259,13 @@ Fit FitOf(const Row& cells, ControlColumns controls) {
   return times > 0 ? Fit::kRight : Fit::kNothing;
 }
 
+// Whether a row can be one of a runner with split times.
+bool HasTimes(const Row& cells) {
+  return std::any_of(cells.begin(), cells.end(), [](std::string_view cell) {
+    return cell.find(':') != std::string_view::npos;
+  });
+}
+
 // A few rows of a list.
 class Sample {
  public:
@@ -309,7 +334,8 @@ class ColumnFinder {
   }
 
   void Find() {
-    found_.has_head = FitOf(sample_.First(), AnyControls(0)) != Fit::kRight;
+    found_.has_head =
+        !HasTimes(sample_.First()) || FitOf(sample_.First(), AnyControls(0)) != Fit::kRight;
     if (found_.has_head) ReadHead();
     FindControls();
     FillFromForm();
@@ -368,10 +394,8 @@ class ColumnFinder {
 
   // The first field that a title can stand for.
   static SportField FieldOf(std::string_view title) {
-    for (const TitleRule& rule : kTitleRules) {
-      if (IsTitleOf(rule, title)) return rule.field;
-    }
-    return kOther;
+    const auto meanings = MeaningsOf(title);
+    return meanings.empty() ? kOther : meanings.front().second;
   }
 
   void ReadTitle(std::size_t i) {
@@ -379,9 +403,9 @@ class ColumnFinder {
     std::string_view title = titles_[i];
     if (has_races_ && NumberOf(title) == race_ && !FieldsOfRace(WithoutNumber(title))) return;
     if (has_races_ && NumberOf(title) == race_) title = WithoutNumber(title);
-    for (const TitleRule& rule : kTitleRules) {
-      if (!IsTitleOf(rule, title) || IsTaken(rule.field)) continue;
-      Column(rule.field) = static_cast<std::int32_t>(i);
+    for (const auto& [word, field] : MeaningsOf(title)) {
+      if (IsTaken(field)) continue;
+      Column(field) = static_cast<std::int32_t>(i);
       ++known_;
       return;
     }
