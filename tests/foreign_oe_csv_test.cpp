@@ -265,6 +265,24 @@ TEST(OeCsv, LengthsAndStarts) {
   EXPECT_NEAR(read.records.classes[0].runners[0]->StartTime()->Value() * 86400, 120, 1e-6);
 }
 
+// The titles of results without controls are looked up as well, and unknown ones are told from
+// those around them.
+TEST(OeCsv, ResultsWithoutSplitTimes) {
+  EXPECT_EQ(
+      Told("OE0012;Startnr;XStartnr;Xyzzy;Xyzzy;Efternamn;Förnamn;År;K;Block;ut;Start;Mål;Tid;"
+           "Xyzzy;;;;;;Xyzzy;;;;;Kort;Lång\n" +
+           Line(27, {{1, "7"},
+                     {3, "500"},
+                     {5, "Berg"},
+                     {6, "Ann"},
+                     {13, "10:00"},
+                     {14, "4"},
+                     {20, "Fox"},
+                     {25, "D21"}}) +
+           "\n"),
+      "D21[] Ann Berg/Fox/7/Disqualified/DISQ/600\n0 split times\n");
+}
+
 const string kTwoRaces =
     "OE0002;Stno;XStno;Chipno1;Chipno2;Database Id;Surname;First "
     "name;YB;S;nc1;Start1;Finish1;Time1;Classifier1;nc2;Start2;Finish2;Time2;Classifier2;Club "

@@ -146,6 +146,7 @@ constexpr Form kForms[] = {
     {"", 25, 2, kFirstRelay2003, kLastRelay2003},
 };
 
+constexpr std::size_t kFewestOfForm = 4;    // known titles that tell a form without controls
 constexpr std::size_t kFewestColumns = 20;  // before the controls
 constexpr std::size_t kMostColumns = 80;
 constexpr std::size_t kSampleRows = 40;
@@ -349,12 +350,12 @@ class ColumnFinder {
   bool IsRecognized() const {
     if (!found_.tag.empty() || found_.is_score) return true;
     const bool names = found_.Has(kSurname) || found_.Has(kName);
-    if (known_ == 0) return names && form_ != nullptr;
+    if (names && fits_form_) return true;
     const bool numbers = found_.Has(kStartNumber) || found_.Has(kCompetitorId);
     const bool typical = Title(kCard) + Title(kCompetitorId) + Title(kNotCompeting) +
                              Title(kClassifier) + Title(kStartPunch) + Title(kClubShort) >=
                          2;
-    return names && ((known_ >= 8 && numbers && typical) || (form_ != nullptr && fits_form_));
+    return names && known_ >= 8 && numbers && typical;
   }
   SportColumns Take() && { return std::move(found_); }
 
@@ -450,19 +451,25 @@ class ColumnFinder {
   // Where nearly all known titles stand as in a form, its positions count: a title can have another
   // meaning in some language, or be unknown.
   void FillFromForm() {
-    for (const Form& form : kForms) {
+    for (Form form : kForms) {
       if (form.tag.empty() != found_.tag.empty() || !found_.tag.starts_with(form.tag)) continue;
-      if (!found_.controls || found_.controls->width != form.width) continue;
-      const auto begin = static_cast<std::int32_t>(found_.controls->begin) - found_.shift;
-      if (begin != static_cast<std::int32_t>(form.columns)) continue;
+      if (found_.controls ? !HasControlsOf(form) : has_races_) continue;
+      if (!found_.controls) {  // what the head has of the first columns
+        form.first = form.first.first(std::min(form.first.size(), titles_.size()));
+        form.last = {};
+      }
       const std::size_t agree = Agreeing(form);
       const std::size_t expected = known_ - std::min(known_, Unknown(form));
-      if (agree * 5 < expected * 4) continue;
-      form_ = &form;
-      fits_form_ = agree >= 2;
+      if (agree * 5 < expected * 4 || (!found_.controls && agree < kFewestOfForm)) continue;
+      fits_form_ = found_.controls && (known_ == 0 || agree >= 2);
       Fill(form);
       return;
     }
+  }
+
+  bool HasControlsOf(const Form& form) const {
+    const auto begin = static_cast<std::int32_t>(found_.controls->begin) - found_.shift;
+    return found_.controls->width == form.width && begin == static_cast<std::int32_t>(form.columns);
   }
 
   // Which column a form has for a field.
@@ -515,7 +522,6 @@ class ColumnFinder {
   bool has_races_ = false;
   std::size_t known_ = 0;
   bool fits_form_ = false;
-  const Form* form_ = nullptr;
   SportColumns found_;
 };
 
