@@ -34,14 +34,6 @@ Refusal RefusalOf(const SportRows& rows) {
   return rows.RunnerCount() > 0 ? Refusal::kEntryList : Refusal::kNoResults;
 }
 
-ReadResult Refused(Refusal refusal, const std::string& format, RemarkList& remarks) {
-  ReadResult result;
-  result.format = format;
-  result.error = ReadError{0, RefusalText(refusal, format)};
-  result.remarks = remarks.Take();
-  return result;
-}
-
 // The first race in which somebody has a time.
 std::int32_t FirstRaceWithResults(std::string_view text, const SportColumns& columns) {
   std::vector<SportColumns> races;
@@ -101,15 +93,15 @@ ReadResult ReadRunners(std::string_view text, const SportColumns& columns, Remar
   SportRows rows(text, columns, event, remarks);
   const std::string format = SportFormatName(columns);
   std::optional<ReadError> error;
-  while (!error && rows.Next()) {
+  while (rows.Next()) {
     if (rows.RunnerCount() == kMostRunners) {
       error = ReadError{rows.Line(), std::string(kTooManyRunners)};
-    } else {
-      rows.AddRunner(rows.ClassName(), ClubOf(rows));
+      break;
     }
+    rows.AddRunner(rows.ClassName(), ClubOf(rows));
   }
   rows.Finish();
-  if (!rows.HasResults()) return Refused(RefusalOf(rows), format, remarks);
+  if (!rows.HasResults()) return RefusedList(RefusalOf(rows), format, remarks);
   RemarkSplits(rows, columns, remarks);
   return FinishReading(std::move(event), remarks, format, std::move(error));
 }
@@ -125,11 +117,11 @@ ReadResult ReadOeCsv(std::string_view text, const ForeignOptions& options) {
   RemarkList remarks;
   const auto columns = ColumnsOfRace(text, options.race, remarks);
   if (!columns) {
-    return Refused(options.race > 1 ? Refusal::kNoSuchRace : Refusal::kNoResults, "OE CSV",
-                   remarks);
+    return RefusedList(options.race > 1 ? Refusal::kNoSuchRace : Refusal::kNoResults, "OE CSV",
+                       remarks);
   }
   if (const auto refusal = RefusalOf(*columns)) {
-    return Refused(*refusal, SportFormatName(*columns), remarks);
+    return RefusedList(*refusal, SportFormatName(*columns), remarks);
   }
   return ReadRunners(text, *columns, remarks);
 }

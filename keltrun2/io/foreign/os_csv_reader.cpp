@@ -116,21 +116,13 @@ std::string_view TeamOf(const SportRows& rows) {
   return "";
 }
 
-ReadResult Refused(Refusal refusal, const std::string& format, RemarkList& remarks) {
-  ReadResult result;
-  result.format = format;
-  result.error = ReadError{0, RefusalText(refusal, format)};
-  result.remarks = remarks.Take();
-  return result;
-}
-
 ReadResult ReadLegs(std::string_view text, const SportColumns& columns, RemarkList& remarks) {
   ForeignEvent event(remarks);
   SportRows rows(text, columns, event, remarks);
   const std::string format = SportFormatName(columns);
   LegStarts starts;
   std::optional<ReadError> error;
-  while (!error && rows.Next()) {
+  while (rows.Next()) {
     if (rows.RunnerCount() == kMostRunners) {
       error = ReadError{rows.Line(), std::string(kTooManyRunners)};
       break;
@@ -141,8 +133,8 @@ ReadResult ReadLegs(std::string_view text, const SportColumns& columns, RemarkLi
   }
   rows.Finish();
   if (!rows.HasResults()) {
-    return Refused(rows.HasStartTimes() ? Refusal::kStartList : Refusal::kNoResults, format,
-                   remarks);
+    return RefusedList(rows.HasStartTimes() ? Refusal::kStartList : Refusal::kNoResults, format,
+                       remarks);
   }
   starts.Apply(event, remarks);
   remarks.Add(RemarkSeverity::kNote, 0, 0, "teams", "",
@@ -168,10 +160,10 @@ bool LooksLikeOsCsv(std::string_view text) {
 ReadResult ReadOsCsv(std::string_view text, const ForeignOptions& options) {
   RemarkList remarks;
   const auto columns = FindSportColumns(text);
-  if (!columns) return Refused(Refusal::kNoResults, "OS CSV", remarks);
+  if (!columns) return RefusedList(Refusal::kNoResults, "OS CSV", remarks);
   const std::string format = SportFormatName(*columns);
-  if (options.race > 1) return Refused(Refusal::kNoSuchRace, format, remarks);
-  if (const auto refusal = RefusalOf(*columns)) return Refused(*refusal, format, remarks);
+  if (options.race > 1) return RefusedList(Refusal::kNoSuchRace, format, remarks);
+  if (const auto refusal = RefusalOf(*columns)) return RefusedList(*refusal, format, remarks);
   return ReadLegs(text, *columns, remarks);
 }
 

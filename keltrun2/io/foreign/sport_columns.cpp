@@ -191,7 +191,7 @@ std::span<const KnownTitle> MeaningsOf(std::string_view title) {
 bool IsTag(std::string_view cell) {
   if (!cell.starts_with("OE") && !cell.starts_with("OS")) return false;
   const std::size_t digits = cell.find_first_of("0123456789");
-  return digits != std::string_view::npos && digits <= 6 && cell.size() >= digits + 4 &&
+  return digits != std::string_view::npos && digits <= 5 && cell.size() >= digits + 4 &&
          cell.size() <= digits + 6 && IsDigits(cell.substr(digits, 4));
 }
 
@@ -207,8 +207,8 @@ std::string_view WithoutNumber(std::string_view title) {
 
 // A head: its titles, without the empty ones at the end and the note that there may be more.
 std::vector<std::string> ReadTitles(const std::vector<std::string_view>& cells) {
-  std::vector<std::string> titles;
-  for (const std::string_view cell : cells) titles.push_back(FoldTitle(cell));
+  std::vector<std::string> titles(cells.size());
+  std::transform(cells.begin(), cells.end(), titles.begin(), FoldTitle);
   while (!titles.empty() && (titles.back().empty() || titles.back().starts_with('('))) {
     titles.pop_back();
   }
@@ -432,6 +432,7 @@ class ColumnFinder {
   // The titles tell where the controls begin, or else the end of the head. The rows decide when
   // they have no controls there.
   void FindControls() {
+    if (has_races_) return;
     const std::size_t first_row = found_.has_head ? 1 : 0;
     if (found_.has_head) found_.controls = ControlTitles(titles_);
     if (!found_.controls && found_.Has(kFinishPunch)) {

@@ -274,4 +274,9 @@ void SportRows::ReadStartsAsMinutes() {
   }
 }
 
+ReadResult RefusedList(Refusal refusal, std::string format, RemarkList& remarks) {
+  const ReadError error{0, RefusalText(refusal, format)};
+  return FinishReading(ForeignEvent(remarks), remarks, std::move(format), error);
+}
+
 }  // namespace keltrun

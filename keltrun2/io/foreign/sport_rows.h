@@ -10,6 +10,7 @@
 
 #include "keltrun2/io/foreign/csv_rows.h"
 #include "keltrun2/io/foreign/foreign_event.h"
+#include "keltrun2/io/foreign/refusal.h"
 #include "keltrun2/io/foreign/sport_columns.h"
 #include "keltrun2/io/text_reading.h"
 
@@ -78,5 +79,8 @@ class SportRows {
   std::vector<std::pair<std::size_t, std::size_t>> short_starts_;  // runners with "12:34"
   Count vacant_, nameless_, additional_, codeless_, bad_times_, classifiers_, adjusted_;
 };
+
+/// The result for a list that is refused.
+ReadResult RefusedList(Refusal refusal, std::string format, RemarkList& remarks);
 
 }  // namespace keltrun
