@@ -22,6 +22,7 @@ enum class Refusal : std::int32_t {
   kNoSplits,       // results, but no split times
   kNoResults,      // of a format that has results, but there are none
   kNoSuchRace,     // the race that was asked for
+  kWebPage,        // a page of the web without results
 };
 
 /// The text of a refusal: what the file is and what to do. `format` is the name of the format, such

@@ -1,0 +1,204 @@
+#include "keltrun2/io/foreign/page_columns.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include "keltrun2/io/foreign/page_texts.h"
+#include "keltrun2/text/letters.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+
+bool HasLetter(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           static_cast<unsigned char>(c) >= 0x80;
+  });
+}
+
+std::int32_t* ColumnWithTitle(PageColumns& columns, ColumnTitle title) {
+  switch (title) {
+    case ColumnTitle::kPlace:
+      return &columns.place;
+    case ColumnTitle::kBib:
+      return &columns.bib;
+    case ColumnTitle::kName:
+      return &columns.name;
+    case ColumnTitle::kClub:
+      return &columns.club;
+    case ColumnTitle::kClass:
+      return &columns.klass;
+    case ColumnTitle::kTime:
+      return &columns.total;
+    case ColumnTitle::kCard:
+      return &columns.card;
+    case ColumnTitle::kNationality:
+      return &columns.nationality;
+    case ColumnTitle::kSex:
+      return &columns.sex;
+    case ColumnTitle::kAge:
+      return &columns.age;
+    case ColumnTitle::kStart:
+      return &columns.start;
+    case ColumnTitle::kBehind:
+    case ColumnTitle::kUnused:
+    case ColumnTitle::kNone:
+      break;
+  }
+  return nullptr;
+}
+
+bool IsTimeCell(const PageCell& cell) { return !TimesIn(cell.text, false).empty(); }
+
+// "1", "1.", "101".
+bool IsNumberCell(const PageCell& cell) {
+  const std::string_view text = cell.text;
+  return IsPlaceCell(text.ends_with('.') ? text.substr(0, text.size() - 1) : text);
+}
+
+// Moves a status that one blank separates from the name before it into a cell of its own.
+void SplitStatus(PageRow& row) {
+  for (std::size_t i = 0; i < row.cells.size(); ++i) {
+    const std::string& text = row.cells[i].text;
+    const std::size_t blank = text.rfind(' ');
+    if (blank == std::string::npos || !StatusOfPageWord(text.substr(blank + 1))) continue;
+    PageCell status = row.cells[i];
+    status.text = text.substr(blank + 1);
+    row.cells[i].text.resize(blank);
+    row.cells.insert(row.cells.begin() + static_cast<std::ptrdiff_t>(i) + 1, std::move(status));
+    return;
+  }
+}
+
+}  // namespace
+
+std::string_view TextAt(const PageRow& row, std::int32_t column) {
+  if (column == kNoColumn) return {};
+  for (const PageCell& cell : row.cells) {
+    if (cell.column == column) return cell.text;
+    if (cell.column > column) break;
+  }
+  return {};
+}
+
+std::optional<PageColumns> TitledColumns(const PageRow& row) {
+  PageColumns columns;
+  std::size_t count = 0;
+  for (const PageCell& cell : row.cells) {
+    std::int32_t* const column = ColumnWithTitle(columns, ColumnTitleOf(cell.text));
+    if (column == nullptr) continue;
+    ++count;
+    if (*column == kNoColumn) *column = cell.column;
+  }
+  if (count < 2 || columns.name == kNoColumn) return std::nullopt;
+  return columns;
+}
+
+PageColumns ColumnsOfRunner(const PageRow& row, std::int32_t first_label) {
+  PageColumns columns;
+  const auto name = std::find_if(row.cells.begin(), row.cells.end(),
+                                 [](const PageCell& cell) { return IsPageName(cell.text); });
+  columns.name = name == row.cells.end() ? 0 : name->column;
+  columns.place = columns.name > 0 ? 0 : kNoColumn;
+  columns.bib = columns.name > 1 ? 1 : kNoColumn;
+  for (const PageCell& cell : row.cells) {
+    if (cell.column <= columns.name || cell.text.empty()) continue;
+    if (!StatusOfPageWord(cell.text) && !IsTimeCell(cell)) {
+      if (columns.other == kNoColumn) columns.other = cell.column;
+      continue;
+    }
+    // A time below the first control is the total only if there are more columns before the times
+    // than before the labels.
+    const bool has_more_columns = columns.other != kNoColumn || first_label <= columns.name;
+    if (cell.column < first_label || has_more_columns) columns.total = cell.column;
+    break;
+  }
+  return columns;
+}
+
+bool IsPageName(std::string_view text) {
+  return HasLetter(text) && TimesIn(text, false).empty() && !StatusOfPageWord(text);
+}
+
+std::optional<RunnerStatus> StatusOfTotal(std::string_view text) {
+  if (const auto status = StatusOfPageWord(text)) return status;
+  const bool lists_missing = text.size() > 1 && (text.front() == 'm' || text.front() == 'M') &&
+                             IsDigit(text[1]) &&
+                             text.find_first_not_of("0123456789,- ", 1) == std::string_view::npos;
+  return lists_missing ? std::optional(RunnerStatus::kMissingPunch) : std::nullopt;
+}
+
+void TakePlace(std::string_view text, ForeignRunner& runner) {
+  constexpr std::size_t kLongestPrefix = 1;
+  constexpr std::size_t kLongestSuffix = 2;
+  const std::size_t first = std::min(text.find_first_of(kDigits), text.size());
+  const std::size_t end = std::min(text.find_first_not_of(kDigits, first), text.size());
+  if (first <= kLongestPrefix && end > first && text.size() - end <= kLongestSuffix) {
+    runner.rank = text.substr(first, end - first);
+  } else {
+    runner.status = StatusOfPageWord(text);
+  }
+}
+
+void TakeTotal(std::string_view text, ForeignRunner& runner) {
+  if (const auto status = StatusOfTotal(text)) {
+    runner.status = status;
+    return;
+  }
+  const auto times = TimesIn(text, HasPointTime(text));
+  if (!times.empty()) runner.time = times.front();
+  for (std::size_t pos = 0; pos < text.size();) {
+    const std::size_t end = std::min(text.find_first_of(" \n()", pos), text.size());
+    if (const auto status = StatusOfTotal(text.substr(pos, end - pos))) runner.status = status;
+    pos = end + 1;
+  }
+}
+
+PageColumns PlainLines::Columns() {
+  PageColumns columns;
+  columns.place = 0;
+  columns.bib = 1;
+  columns.name = 2;
+  columns.other = 3;
+  columns.total = kFirstLabel - 1;
+  return columns;
+}
+
+void PlainLines::Arrange(PageRow& row, std::size_t labels) {
+  SplitStatus(row);
+  const PageColumns columns = Columns();
+  auto cell = row.cells.begin();
+  const auto end = row.cells.end();
+  std::vector<PageCell*> numbers;
+  // A number where names begin is the beginning of a club's name.
+  while (cell != end && numbers.size() < 2 && IsNumberCell(*cell) &&
+         (name_start_ < 0 || cell->start < name_start_)) {
+    numbers.push_back(&*cell++);
+  }
+  std::int32_t text_column = columns.name;
+  for (; cell != end && !IsTimeCell(*cell) && !StatusOfPageWord(cell->text); ++cell) {
+    if (name_start_ < 0) name_start_ = cell->start;
+    cell->column = std::min(text_column++, columns.other);
+  }
+  if (numbers.size() == 2) {
+    numbers[0]->column = columns.place;
+    numbers[1]->column = columns.bib;
+    place_end_ = numbers[0]->end;
+    bib_end_ = numbers[1]->end;
+  } else if (numbers.size() == 1) {
+    const std::int32_t number_end = numbers[0]->end;
+    const bool is_bib = std::abs(number_end - bib_end_) < std::abs(number_end - place_end_);
+    numbers[0]->column = is_bib && bib_end_ > 0 ? columns.bib : columns.place;
+  }
+  const auto times = static_cast<std::size_t>(std::count_if(cell, end, IsTimeCell));
+  const bool has_total = !numbers.empty() || times > labels || (cell != end && !IsTimeCell(*cell));
+  std::int32_t column = has_total ? columns.total : kFirstLabel;
+  for (; cell != end; ++cell) cell->column = column++;
+}
+
+}  // namespace keltrun
