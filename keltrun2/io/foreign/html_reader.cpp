@@ -300,11 +300,13 @@ class PageReader {
     TakeTexts(top, runner);
     if (runner.club.empty()) runner.club = club_below;
     TakePlace(TextAt(top, columns_->place), runner);
-    TakeTotal(TextAt(top, columns_->total), runner);
-    TakeSplits(runner);
+    const bool point_times = HavePointTimes(runner_rows_);
+    TakeTotal(TextAt(top, columns_->total), point_times, runner);
+    TakeSplits(point_times, runner);
     CountExtraPunches();
     ForeignClass& klass = ClassOf(top);
     klass.control_count = std::max(klass.control_count, CountControls());
+    klass.has_codes = HaveCodes();
     klass.runners.push_back(std::move(runner));
     runner_rows_.clear();
   }
@@ -337,9 +339,9 @@ class PageReader {
     return {};
   }
 
-  void TakeSplits(ForeignRunner& runner) {
+  void TakeSplits(bool point_times, ForeignRunner& runner) {
     const std::vector<PageTime> splits =
-        RunnerSplits(runner_rows_, label_rows_, Shift(), runner.time, habits_);
+        RunnerSplits(runner_rows_, label_rows_, Shift(), runner.time, point_times, habits_);
     const auto has_time = [](const PageTime& time) { return time.has_value(); };
     if (std::none_of(splits.begin(), splits.end(), has_time)) return;
     auto split = splits.begin();
@@ -358,6 +360,15 @@ class PageReader {
       for (const ControlLabel& label : row.labels) count += label.is_finish ? 0 : 1;
     }
     return count;
+  }
+
+  bool HaveCodes() const {
+    for (const LabelRow& row : label_rows_) {
+      for (const ControlLabel& label : row.labels) {
+        if (!label.is_finish && !label.code.empty()) return true;
+      }
+    }
+    return false;
   }
 
   // Punches of controls that are not on the course are marked with an asterisk.

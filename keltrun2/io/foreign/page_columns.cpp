@@ -75,6 +75,19 @@ void SplitStatus(PageRow& row) {
   }
 }
 
+bool IsNamePart(const PageCell& cell) { return !IsTimeCell(cell) && !StatusOfPageWord(cell.text); }
+
+// Joins the words of a name that begins with this cell: one blank is between them.
+void JoinNameParts(PageRow& row, std::size_t first) {
+  auto& cells = row.cells;
+  while (first + 1 < cells.size() && IsNamePart(cells[first]) && IsNamePart(cells[first + 1]) &&
+         cells[first + 1].start == cells[first].end + 1) {
+    cells[first].text += " " + cells[first + 1].text;
+    cells[first].end = cells[first + 1].end;
+    cells.erase(cells.begin() + static_cast<std::ptrdiff_t>(first) + 1);
+  }
+}
+
 }  // namespace
 
 std::string_view TextAt(const PageRow& row, std::int32_t column) {
@@ -145,12 +158,12 @@ void TakePlace(std::string_view text, ForeignRunner& runner) {
   }
 }
 
-void TakeTotal(std::string_view text, ForeignRunner& runner) {
+void TakeTotal(std::string_view text, bool point_times, ForeignRunner& runner) {
   if (const auto status = StatusOfTotal(text)) {
     runner.status = status;
     return;
   }
-  const auto times = TimesIn(text, HasPointTime(text));
+  const auto times = TimesIn(text, point_times);
   if (!times.empty()) runner.time = times.front();
   for (std::size_t pos = 0; pos < text.size();) {
     const std::size_t end = std::min(text.find_first_of(" \n()", pos), text.size());
@@ -171,34 +184,47 @@ PageColumns PlainLines::Columns() {
 
 void PlainLines::Arrange(PageRow& row, std::size_t labels) {
   SplitStatus(row);
+  auto& cells = row.cells;
+  const std::size_t numbers = CountNumbers(row);
+  JoinNameParts(row, numbers);
+  std::size_t next = numbers;
   const PageColumns columns = Columns();
-  auto cell = row.cells.begin();
-  const auto end = row.cells.end();
-  std::vector<PageCell*> numbers;
-  // A number where names begin is the beginning of a club's name.
-  while (cell != end && numbers.size() < 2 && IsNumberCell(*cell) &&
-         (name_start_ < 0 || cell->start < name_start_)) {
-    numbers.push_back(&*cell++);
-  }
   std::int32_t text_column = columns.name;
-  for (; cell != end && !IsTimeCell(*cell) && !StatusOfPageWord(cell->text); ++cell) {
-    if (name_start_ < 0) name_start_ = cell->start;
-    cell->column = std::min(text_column++, columns.other);
+  for (; next < cells.size() && IsNamePart(cells[next]); ++next) {
+    if (name_start_ < 0) name_start_ = cells[next].start;
+    cells[next].column = std::min(text_column++, columns.other);
   }
-  if (numbers.size() == 2) {
-    numbers[0]->column = columns.place;
-    numbers[1]->column = columns.bib;
-    place_end_ = numbers[0]->end;
-    bib_end_ = numbers[1]->end;
-  } else if (numbers.size() == 1) {
-    const std::int32_t number_end = numbers[0]->end;
-    const bool is_bib = std::abs(number_end - bib_end_) < std::abs(number_end - place_end_);
-    numbers[0]->column = is_bib && bib_end_ > 0 ? columns.bib : columns.place;
+  ArrangeNumbers(row, numbers);
+  const auto rest = cells.begin() + static_cast<std::ptrdiff_t>(next);
+  const auto times = static_cast<std::size_t>(std::count_if(rest, cells.end(), IsTimeCell));
+  const bool has_status = rest != cells.end() && !IsTimeCell(*rest);
+  std::int32_t column = numbers > 0 || has_status || times > labels ? columns.total : kFirstLabel;
+  for (auto cell = rest; cell != cells.end(); ++cell) cell->column = column++;
+}
+
+std::size_t PlainLines::CountNumbers(const PageRow& row) const {
+  constexpr std::size_t kMost = 2;
+  std::size_t count = 0;
+  while (count < std::min(kMost, row.cells.size()) && IsNumberCell(row.cells[count])) {
+    // A number where names begin is the beginning of a club's name.
+    if (name_start_ >= 0 && row.cells[count].start >= name_start_) break;
+    ++count;
   }
-  const auto times = static_cast<std::size_t>(std::count_if(cell, end, IsTimeCell));
-  const bool has_total = !numbers.empty() || times > labels || (cell != end && !IsTimeCell(*cell));
-  std::int32_t column = has_total ? columns.total : kFirstLabel;
-  for (; cell != end; ++cell) cell->column = column++;
+  return count;
+}
+
+void PlainLines::ArrangeNumbers(PageRow& row, std::size_t count) {
+  const PageColumns columns = Columns();
+  if (count == 0) return;
+  PageCell& first = row.cells[0];
+  first.column = columns.place;
+  if (count == 2) {
+    row.cells[1].column = columns.bib;
+    place_end_ = first.end;
+    bib_end_ = row.cells[1].end;
+  } else if (bib_end_ > 0 && std::abs(first.end - bib_end_) < std::abs(first.end - place_end_)) {
+    first.column = columns.bib;
+  }
 }
 
 }  // namespace keltrun

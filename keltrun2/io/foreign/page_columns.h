@@ -43,8 +43,8 @@ std::optional<RunnerStatus> StatusOfTotal(std::string_view text);
 /// Takes the place ("1", "1.", "1st", "=3"), or a status that stands in its column.
 void TakePlace(std::string_view text, ForeignRunner& runner);
 
-/// Takes the total time, the status, or both.
-void TakeTotal(std::string_view text, ForeignRunner& runner);
+/// Takes the total time, the status, or both. `point_times` as in TimesIn.
+void TakeTotal(std::string_view text, bool point_times, ForeignRunner& runner);
 
 /// Preformatted lines without markup. Blanks are all that separates their cells, so a cell that is
 /// missing is only seen from where the others begin and end.
@@ -58,6 +58,9 @@ class PlainLines {
   void Arrange(PageRow& row, std::size_t labels);
 
  private:
+  std::size_t CountNumbers(const PageRow& row) const;
+  void ArrangeNumbers(PageRow& row, std::size_t count);
+
   std::int32_t place_end_ = 0, bib_end_ = 0, name_start_ = -1;
 };
 

@@ -87,9 +87,10 @@ RowTimes TimesOfRow(PageRow row, const LabelRow& labels, std::int32_t shift, boo
   std::vector<int> seen(labels.labels.size());
   for (const PageCell& cell : row.cells) {
     if (cell.italic) continue;
-    std::int32_t column = cell.column - shift;
-    if (has_places) column = labels.columns.front() + (column - labels.columns.front()) / 2;
-    const auto label = column < labels.columns.front() ? std::nullopt : LabelAt(labels, column);
+    const std::int32_t first = labels.columns.front();
+    const std::int32_t column = cell.column - shift;
+    if (column < first) continue;
+    const auto label = LabelAt(labels, has_places ? first + (column - first) / 2 : column);
     if (!label) continue;
     for (const PageTime& time : TimesIn(cell.text, point_times)) {
       const int position = seen[*label]++;
@@ -178,7 +179,9 @@ Times SplitsOfOne(const Times& times, Milliseconds total, PageHabits& habits) {
   return laps ? SplitsOfLaps(times, total) : times;
 }
 
-bool AnyPointTime(std::span<const PageRow> rows) {
+}  // namespace
+
+bool HavePointTimes(std::span<const PageRow> rows) {
   for (const PageRow& row : rows) {
     for (const PageCell& cell : row.cells) {
       if (HasPointTime(cell.text)) return true;
@@ -187,11 +190,9 @@ bool AnyPointTime(std::span<const PageRow> rows) {
   return false;
 }
 
-}  // namespace
-
 std::vector<PageTime> RunnerSplits(std::span<const PageRow> rows, std::span<const LabelRow> labels,
-                                   std::int32_t shift, PageTime total, PageHabits& habits) {
-  const bool point_times = AnyPointTime(rows);
+                                   std::int32_t shift, PageTime total, bool point_times,
+                                   PageHabits& habits) {
   const auto times_of = [&](std::size_t row, std::size_t label_row) {
     return TimesOfRow(rows[row], labels[label_row], shift, point_times, habits);
   };

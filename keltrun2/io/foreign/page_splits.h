@@ -26,6 +26,9 @@ struct PageHabits {
   std::int32_t aligned = 0, not_aligned = 0;      // preformatted rows below their labels
 };
 
+/// Whether rows have times like "4.32" of 4 min 32 s, so that "1:02.25" is 1 h 2 min 25 s.
+bool HavePointTimes(std::span<const PageRow> rows);
+
 /// The splits of a runner, one for each label: nullopt where there is none.
 ///
 /// `rows` are the runner's rows; the times are `shift` columns to the right of their labels. When
@@ -33,6 +36,7 @@ struct PageHabits {
 /// splits and one the laps, in either order. A runner's only times are splits, or laps if they add
 /// up to the total.
 std::vector<PageTime> RunnerSplits(std::span<const PageRow> rows, std::span<const LabelRow> labels,
-                                   std::int32_t shift, PageTime total, PageHabits& habits);
+                                   std::int32_t shift, PageTime total, bool point_times,
+                                   PageHabits& habits);
 
 }  // namespace keltrun

@@ -335,21 +335,21 @@ bool IsMissing(std::string_view word) {
 bool IsTwoDigits(std::string_view text) { return text.size() == 2 && IsDigits(text); }
 
 // "4.32", "1.04.32", and with hours also "1:04.32".
-std::string WithColons(std::string_view word, bool hours_before_colon) {
+std::string WithColons(std::string_view word, bool point_times) {
   std::string text(word);
   const std::size_t point = word.rfind('.');
   if (point == 0 || point == std::string_view::npos || !IsTwoDigits(word.substr(point + 1))) {
     return text;
   }
   const bool has_colon = word.find(':') != std::string_view::npos;
-  if (has_colon && !hours_before_colon) return text;
+  if (has_colon && !point_times) return text;
   std::replace(text.begin(), text.end(), '.', ':');
   return text;
 }
 
-std::optional<Milliseconds> TimeOf(std::string_view word, bool hours_before_colon) {
+std::optional<Milliseconds> TimeOf(std::string_view word, bool point_times) {
   if (word.empty() || !IsDigit(word.front())) return std::nullopt;
-  const std::string text = WithColons(word, hours_before_colon);
+  const std::string text = WithColons(word, point_times);
   if (text.find(':') == std::string::npos) return std::nullopt;
   return ForeignTime(text);
 }
@@ -592,14 +592,14 @@ std::string PageWord(std::string_view text) {
   return FoldCase(out);
 }
 
-std::vector<PageTime> TimesIn(std::string_view cell, bool hours_before_colon) {
+std::vector<PageTime> TimesIn(std::string_view cell, bool point_times) {
   std::vector<PageTime> times;
   ForEachWord(cell, [&](std::string_view word) {
     word = word.substr(0, word.find_first_of("(["));
     while (!word.empty() && word.back() == '*' && !IsMissing(word)) word.remove_suffix(1);
     if (IsMissing(word)) {
       times.push_back(std::nullopt);
-    } else if (const auto time = TimeOf(word, hours_before_colon)) {
+    } else if (const auto time = TimeOf(word, point_times)) {
       times.push_back(time);
     }
   });
@@ -672,7 +672,9 @@ std::optional<ControlLabel> ReadControlLabel(std::string_view text) {
 ColumnTitle ColumnTitleOf(std::string_view text) {
   constexpr std::size_t kLongest = 40;
   if (text.empty() || text.size() > kLongest) return ColumnTitle::kNone;
-  const std::string word = PageWord(text);
+  // "Name / Club": the other part is below the first one.
+  const std::size_t end = text.find_first_of("\n/", 1);
+  const std::string word = PageWord(text.substr(0, end));
   for (const TitleWord& known : kTitleWords) {
     if (known.word == word) return known.title;
   }

@@ -21,8 +21,8 @@ std::string PageWord(std::string_view text);
 using PageTime = std::optional<Milliseconds>;
 
 /// The times in a cell, without places in brackets, times behind others ("+0:15") and whatever else
-/// it has. `hours_before_colon`: "1:02.25" is 1 h 2 min 25 s, as in "4.32", not 62.25 s.
-std::vector<PageTime> TimesIn(std::string_view cell, bool hours_before_colon);
+/// it has. `point_times`: "1:02.25" is 1 h 2 min 25 s, as "4.32" is 4 min 32 s, not 62.25 s.
+std::vector<PageTime> TimesIn(std::string_view cell, bool point_times);
 
 /// Whether a text is a time like "4.32" of 4 min 32 s.
 bool HasPointTime(std::string_view cell);
