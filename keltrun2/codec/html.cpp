@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "keltrun2/codec/encodings.h"
@@ -113,7 +114,10 @@ class Walk {
     htmlCtxtReadMemory(parser_, text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
                        HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
                            HTML_PARSE_NONET | HTML_PARSE_NOIMPLIED | HTML_PARSE_IGNORE_ENC);
-    Call([&] { FlushAmpersand(); });
+    Call([&] {
+      FlushAmpersand();
+      while (!open_.empty()) CloseLast();
+    });
     if (thrown_) std::rethrow_exception(thrown_);
     return !stopped_;
   }
@@ -160,7 +164,8 @@ class Walk {
   void Open(std::string_view name, const xmlChar** attributes) {
     Call([&] {
       FlushAmpersand();
-      if (++depth_ > kMostHtmlDepth) return Stop();
+      if (open_.size() == static_cast<std::size_t>(kMostHtmlDepth)) return Stop();
+      open_.emplace_back(name);
       attributes_.clear();
       for (; attributes != nullptr && *attributes != nullptr; attributes += 2) {
         attributes_.push_back({View(attributes[0]), View(attributes[1])});
@@ -172,9 +177,17 @@ class Walk {
   void Close(std::string_view name) {
     Call([&] {
       FlushAmpersand();
-      --depth_;
-      listener_.Close(name);
+      // The parser tells no end of an element whose tag is cut.
+      if (std::find(open_.rbegin(), open_.rend(), name) == open_.rend()) return;
+      while (open_.back() != name) CloseLast();
+      CloseLast();
     });
+  }
+
+  void CloseLast() {
+    const std::string name = std::move(open_.back());
+    open_.pop_back();
+    listener_.Close(name);
   }
 
   // "&nbsp" without a semicolon, which old programs write, comes as the texts "&" and "nbsp".
@@ -204,7 +217,7 @@ class Walk {
   HtmlListener& listener_;
   htmlParserCtxtPtr parser_ = nullptr;
   std::vector<HtmlAttribute> attributes_;
-  int depth_ = 0;
+  std::vector<std::string> open_;  // the names of the open elements
   bool ampersand_ = false;  // a text "&" has not been told yet
   bool stopped_ = false;
   std::exception_ptr thrown_;
