@@ -5,7 +5,7 @@
 #include "keltrun2/codec/list_encoding.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
-#include "keltrun2/codec/xml_encoding.h"
+#include "keltrun2/codec/markup_encoding.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -265,7 +265,7 @@ TEST(Xml, WalksThroughTheElements) {
 // The value of the root's attribute "x", the charset used, and the letters C for a declaration that
 // is contradicted, A for an assumption, I for bytes that are invalid, B for each blanked character.
 string DecodedXml(const string& bytes, std::optional<Charset> asked_for = std::nullopt) {
-  const XmlText xml = DecodeXml(bytes, asked_for);
+  const MarkupText xml = DecodeMarkup(bytes, asked_for);
   const string& text = xml.Content.Text;
   const std::size_t begin = text.find(" x=\"") + 4;
   return text.substr(begin, text.rfind('"') - begin) + " " + xml.Used + " " +
@@ -328,7 +328,7 @@ TEST(Xml, DecodesWhatOtherProgramsDeclare) {
   // Someone who names the charset knows better than the declaration, but not than a mark.
   EXPECT_EQ(DecodedXml(Declared("UTF-8", "\x8E\x52"), Charset::kShiftJis), "山 Shift-JIS ");
   EXPECT_EQ(DecodedXml("\xEF\xBB\xBF" + Declared("utf-8", "é"), Charset::kShiftJis), "é UTF-8 ");
-  EXPECT_EQ(DecodeXml("", std::nullopt).Content.Text, "");
+  EXPECT_EQ(DecodeMarkup("", std::nullopt).Content.Text, "");
 }
 
 // The texts of the children of the root element, in brackets.

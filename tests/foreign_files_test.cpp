@@ -143,5 +143,49 @@ std::string TestName(const testing::TestParamInfo<std::string>& file) {
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ForeignFile);
 INSTANTIATE_TEST_SUITE_P(AllFiles, ForeignFile, testing::ValuesIn(FilesWithFacts()), TestName);
 
+// Each text says what the file is and what to do; nothing is loaded, but what stands before the end
+// of a damaged file.
+TEST(RefusedFiles, AreNamed) {
+  for (const auto& [file, english, japanese, classes] :
+       Rows<std::string, std::string, std::string, int>{
+           {"coursedata3.xml", "courses (IOF XML 3.0)", "コースのデータ", 0},
+           {"cut3.xml", "line 12, column 1385: ", "壊れている", 1},
+           {"empty.csv", "is empty", "空です", 0},
+           {"empty.xml", "is empty", "空です", 0},
+           {"namespace_only.xml", "no results in this file (IOF XML 3.0)", "成績がありません", 0},
+           {"page.html", "a web page", "ウェブページ", 0},
+           {"picture.png", "of the type PNG", "PNG 形式", 0},
+           {"resultlist1.xml", "an old form", "古い形式", 0},
+           {"score.csv", "score results", "スコア競技", 0},
+           {"startlist2.xml", "a start list (IOF XML 2.0.3)", "スタートリスト", 0},
+           {"startlist3.xml", "a start list (IOF XML 3.0)", "スタートリスト", 0},
+           {"startlist_oe.csv", "a start list (OE2010", "スタートリスト", 0}}) {
+    const std::string path = DataFile("foreign/refused/" + file);
+    for (const Mode mode : {Mode::kEnglishTexts, Mode::kJapaneseTexts}) {
+      const auto root = NewRoot(mode);
+      root->FileControl()->SetForeignFormats(true);
+      EXPECT_FALSE(root->FileControl()->LoadLapFile(path)) << file;
+      const std::string& expected = mode == Mode::kEnglishTexts ? english : japanese;
+      EXPECT_NE(root->ErrorComment().find(expected), std::string::npos) << root->ErrorComment();
+      EXPECT_NE(root->ErrorComment().find(file), std::string::npos) << root->ErrorComment();
+      EXPECT_EQ(root->ClassCount(), classes) << file;
+    }
+  }
+}
+
+// Files of other programs are only looked for when the host asks.
+TEST(RefusedFiles, AreForeignOnlyWhenAskedFor) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  const std::string path = DataFile("foreign/iof2_dtd.xml");
+  EXPECT_FALSE(root->FileControl()->LoadLapFile(path));
+  EXPECT_NE(root->ErrorComment().find("expected <keltrun>"), std::string::npos);
+  EXPECT_FALSE(root->FileControl()->LoadLapFile(path, KR_FILETYPE_IOF_XML_20_RESULT));
+  EXPECT_EQ(root->ErrorComment(), "");
+  root->FileControl()->SetForeignFormats(true);
+  EXPECT_TRUE(root->FileControl()->LoadLapFile(path, KR_FILETYPE_IOF_XML_20_RESULT));
+  EXPECT_EQ(root->FileControl()->LoadedType(), KR_FILETYPE_IOF_XML_20_RESULT);
+  EXPECT_NE(root->FileControl()->LoadedFormat().find("2.0.3"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace keltrun::test

@@ -9,7 +9,6 @@
 
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/codec/encodings.h"
-#include "keltrun2/codec/list_encoding.h"
 #include "keltrun2/codec/lzh_reader.h"
 #include "keltrun2/codec/lzh_writer.h"
 #include "keltrun2/config/settings.h"
@@ -27,6 +26,7 @@
 #include "keltrun2/io/sportident_reader.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/loading/feed_model.h"
+#include "keltrun2/loading/input_text.h"
 #include "keltrun2/loading/rank_renewal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/os/clock.h"
@@ -76,18 +76,6 @@ bool Fail(std::string_view message_key, std::string_view operation, std::string_
 // The maximum number of bytes of a file.
 std::size_t LargestFile(KrLapFileTypeConst type) {
   return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestListFile;
-}
-
-std::string_view NameOf(Charset charset) {
-  switch (charset) {
-    case Charset::kShiftJis:
-      return "Shift-JIS";
-    case Charset::kWindows1252:
-      return "Windows-1252";
-    case Charset::kUtf8:
-      break;
-  }
-  return "UTF-8";
 }
 
 // One load into one model.
@@ -213,27 +201,29 @@ class Load {
       return true;
     }
     if (content.size() > kLargestListFile) return true;
-    ListText list =
-        bytes ? DecodeList(*bytes, request_.input_charset) : ListText{{request_.file_data}};
+    InputText input =
+        bytes ? DecodeForeignText(*bytes, request_.input_charset) : HostText(request_.file_data);
     for (const ForeignFormat& format : ForeignFormats()) {
-      if (!format.looks_like(std::string_view(list.Content.Text).substr(0, kLookedAt))) continue;
+      if (!format.looks_like(std::string_view(input.text).substr(0, kLookedAt))) continue;
       request_.type = format.type;
-      list_ = std::move(list);
-      break;
+      input_ = std::move(input);
+      return true;
     }
+    bytes_ = std::move(bytes);
     return true;
   }
 
   bool DetectFile() {
-    std::optional<std::string> bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
+    std::optional<std::string> bytes = std::exchange(bytes_, std::nullopt);
+    if (!bytes) bytes = ReadBytes(kDetectOperation, kLargestNativeFile);
     if (!bytes) return false;
     const bool is_large = bytes->size() > kLargestListFile;
-    list_ = DecodeList(is_large ? std::string_view(*bytes).substr(0, kBeginning) : *bytes,
-                       request_.input_charset);
-    request_.type = DetectFileTextType(list_->Content.Text);
+    input_ = DecodeText(is_large ? std::string_view(*bytes).substr(0, kBeginning) : *bytes,
+                        request_.input_charset);
+    request_.type = DetectFileTextType(input_->text);
     if (request_.type == KR_FILETYPE_KELTRUN2) {
       bytes_ = std::move(bytes);
-      list_.reset();
+      input_.reset();
     } else if (is_large) {
       return Fail(kOpenError, kDetectOperation,
                   request_.file_name + " is larger than a list can be: " +
@@ -322,51 +312,27 @@ class Load {
   void AddRemarks(std::vector<LoadRemark> more) {
     std::move(more.begin(), more.end(), std::back_inserter(remarks_));
   }
-  void AddNote(std::int32_t line, std::string text) {
-    remarks_.push_back({line, 0, RemarkSeverity::kNote, std::move(text), ""});
-  }
 
   // The text of the request or of the file; nullopt when the file cannot be read.
-  std::optional<ListText> TakeText(std::string_view operation) {
-    if (!request_.file_data.empty()) return ListText{{std::move(request_.file_data)}};
-    if (list_) return std::exchange(list_, std::nullopt);
+  std::optional<InputText> TakeText(std::string_view operation) {
+    if (input_) return std::exchange(input_, std::nullopt);
+    if (!request_.file_data.empty()) return HostText(std::move(request_.file_data));
     const std::optional<std::string> bytes = ReadBytes(operation, kLargestListFile);
     if (!bytes) return std::nullopt;
-    return DecodeList(*bytes, request_.input_charset);
+    const auto decode = ForeignFormatOf(request_.type) != nullptr ? DecodeForeignText : DecodeText;
+    return decode(*bytes, request_.input_charset);
   }
 
   // The records of a text file; nullopt when it cannot be opened. They include what was read before
   // an error in the text.
   template <typename ReadText>
   std::optional<ReadResult> Read(std::string_view operation, ReadText read) {
-    std::optional<ListText> list = TakeText(operation);
-    if (!list) return std::nullopt;
-    std::string& text = list->Content.Text;
-    const std::size_t blanked = BlankControlCharacters(text);
-    ReadResult result = read(text);
+    std::optional<InputText> input = TakeText(operation);
+    if (!input) return std::nullopt;
+    ReadResult result = read(input->text);
     remarks_ = std::move(result.remarks);
-    if (blanked > 0) {
-      AddNote(0, "control characters: " + std::to_string(blanked) + " read as blanks");
-    }
-    RemarkEncoding(*list);
+    AddRemarks(std::move(input->remarks));
     return result;
-  }
-
-  // Adds notes on the encoding that was assumed and on bytes that it does not allow.
-  void RemarkEncoding(const ListText& list) {
-    const std::string name(NameOf(list.Used));
-    if (list.Assumed) {
-      const char* reason = list.Used == Charset::kShiftJis ? "Japanese with damaged bytes"
-                                                           : "neither UTF-8 nor Shift-JIS";
-      AddNote(0, "encoding: " + std::string(reason) + ", read as " + name +
-                     "; clsFileControl.InputCharset or --input-charset names another");
-    }
-    if (list.Content.FirstInvalid == std::string::npos) return;
-    const std::string_view before =
-        std::string_view(list.Content.Text).substr(0, list.Content.FirstInvalid);
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    AddNote(static_cast<std::int32_t>(line),
-            "encoding: from here on, bytes that are not " + name + " are shown as U+FFFD");
   }
 
   bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
@@ -407,8 +373,8 @@ class Load {
   }
 
   LoadRequest request_;
-  std::optional<std::string> bytes_;  // of a native lap file whose type was detected
-  std::optional<ListText> list_;      // of a text file whose type was detected
+  std::optional<std::string> bytes_;  // of the file, read to detect its type
+  std::optional<InputText> input_;    // of a text file whose type was detected
   LoadedFile& loaded_;
   std::vector<LoadRemark>& remarks_;
   const std::shared_ptr<EventModel> model_;

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "keltrun2/io/foreign/html_reader.h"
 #include "keltrun2/io/foreign/iof2_reader.h"
 #include "keltrun2/io/foreign/iof3_reader.h"
 #include "keltrun2/io/foreign/oe_csv_reader.h"
 #include "keltrun2/io/foreign/os_csv_reader.h"
-#include "keltrun2/io/foreign/html_reader.h"
 #include "keltrun2/io/foreign/splitsbrowser_reader.h"
 #include "keltrun2/io/foreign/swiss_csv_reader.h"
 #include "keltrun2/io/foreign/triple_csv_reader.h"

@@ -646,11 +646,12 @@ void FillHeader(IofReading& reading) {
   header.event_date = reading.header.Date(reading.races.Read());
 }
 
-std::optional<ReadError> ErrorOf(const IofReading& reading) {
+// An error in the XML: where reading stopped and what to do.
+std::optional<ReadError> ErrorOf(const IofReading& reading, std::string_view format) {
   const std::optional<XmlError>& error =
       reading.open_error ? reading.open_error : reading.xml.Error();
   if (!error) return std::nullopt;
-  return ReadError{error->Line, "column " + std::to_string(error->Column) + ": " + error->Detail};
+  return ReadError{0, ToString(*error) + ". " + RefusalText(Refusal::kDamaged, format)};
 }
 
 // Reads the whole document.
@@ -695,7 +696,7 @@ ReadResult ReadIofResultList(std::string_view text, const ForeignOptions& option
     reading = std::make_unique<IofReading>(text, race);
     ReadDocument(*reading, read_root);
   }
-  std::optional<ReadError> error = ErrorOf(*reading);
+  std::optional<ReadError> error = ErrorOf(*reading, format);
   if (const auto refusal = RefusalOf(*reading, options.race, error.has_value())) {
     return Refused(*refusal, format);
   }

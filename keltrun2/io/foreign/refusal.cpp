@@ -8,12 +8,12 @@ namespace keltrun {
 namespace {
 
 // In the order of Refusal.
-constexpr std::array<std::string_view, 14> kKeys = {
+constexpr std::array<std::string_view, 15> kKeys = {
     "RES_REFUSED_START_LIST",      "RES_REFUSED_COURSE_DATA", "RES_REFUSED_ENTRY_LIST",
     "RES_REFUSED_COMPETITOR_LIST", "RES_REFUSED_CLUB_LIST",   "RES_REFUSED_EVENT_LIST",
     "RES_REFUSED_CONTROL_CARDS",   "RES_REFUSED_SERVICES",    "RES_REFUSED_OLD_VERSION",
     "RES_REFUSED_SCORE_RESULTS",   "RES_REFUSED_NO_SPLITS",   "RES_REFUSED_NO_RESULTS",
-    "RES_REFUSED_NO_SUCH_RACE",    "RES_REFUSED_WEB_PAGE",
+    "RES_REFUSED_NO_SUCH_RACE",    "RES_REFUSED_WEB_PAGE",    "RES_REFUSED_DAMAGED",
 };
 
 }  // namespace

@@ -23,6 +23,7 @@ enum class Refusal : std::int32_t {
   kNoResults,      // of a format that has results, but there are none
   kNoSuchRace,     // the race that was asked for
   kWebPage,        // a page of the web without results
+  kDamaged,        // a file that ends or is broken in the middle
 };
 
 /// The text of a refusal: what the file is and what to do. `format` is the name of the format, such

@@ -1,4 +1,4 @@
-#include "keltrun2/codec/xml_encoding.h"
+#include "keltrun2/codec/markup_encoding.h"
 
 #include <algorithm>
 #include <array>
@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf8Name = "UTF-8";
+constexpr std::size_t kSurelyAscii = 5;  // "<?xml", "<html", "<!DOC"
 
 std::string_view NameOf(Charset charset) {
   switch (charset) {
@@ -60,25 +61,25 @@ bool IsMostlyUtf8(std::string_view bytes) {
   return whole > damaged;
 }
 
-XmlText TextIn(std::string_view charset, Decoded content) {
-  XmlText text;
+MarkupText TextIn(std::string_view charset, Decoded content) {
+  MarkupText text;
   text.Content = std::move(content);
   text.Used = charset;
   return text;
 }
 
-XmlText TextIn(Charset charset, std::string_view bytes) {
+MarkupText TextIn(Charset charset, std::string_view bytes) {
   return TextIn(NameOf(charset), Decode(bytes, charset));
 }
 
-XmlText Utf8Text(std::string_view bytes) { return TextIn(Charset::kUtf8, bytes); }
+MarkupText Utf8Text(std::string_view bytes) { return TextIn(Charset::kUtf8, bytes); }
 
-XmlText Utf16Text(std::string_view bytes, bool big_endian) {
+MarkupText Utf16Text(std::string_view bytes, bool big_endian) {
   return TextIn(big_endian ? "UTF-16BE" : "UTF-16LE", DecodeUtf16(bytes, big_endian));
 }
 
 // The text by its byte-order mark, or by the first character of UTF-16, which is "<".
-std::optional<XmlText> MarkedText(std::string_view bytes) {
+std::optional<MarkupText> MarkedText(std::string_view bytes) {
   constexpr std::string_view kLittleEndianTag("<\0", 2);
   constexpr std::string_view kBigEndianTag("\0<", 2);
   if (bytes.starts_with(kUtf8Mark)) return Utf8Text(bytes.substr(kUtf8Mark.size()));
@@ -89,14 +90,14 @@ std::optional<XmlText> MarkedText(std::string_view bytes) {
   return std::nullopt;
 }
 
-bool FitsMark(std::string_view declared, const XmlText& marked) {
+bool FitsMark(std::string_view declared, const MarkupText& marked) {
   if (declared.empty()) return true;
   if (marked.Used != kUtf8Name) return IsUtf16Name(declared);
   return IsUtf8Name(declared) || (IsAsciiName(declared) && IsAscii(marked.Content.Text));
 }
 
 // The text in the charset that the document declares; nullopt when the bytes contradict it.
-std::optional<XmlText> DeclaredText(std::string_view bytes, std::string_view declared) {
+std::optional<MarkupText> DeclaredText(std::string_view bytes, std::string_view declared) {
   const bool is_utf8 = FindInvalidUtf8(bytes) == std::string_view::npos;
   if (IsUtf8Name(declared)) {
     if (is_utf8 || IsMostlyUtf8(bytes)) return Utf8Text(bytes);
@@ -112,29 +113,56 @@ std::optional<XmlText> DeclaredText(std::string_view bytes, std::string_view dec
   if (charset) return TextIn(*charset, bytes);
   auto decoded = DecodeByName(bytes, declared);
   // In UTF-16 and the like, the declaration could not have been read.
-  const std::string_view declaration = bytes.substr(0, bytes.find("?>"));
-  if (!decoded || !decoded->Text.starts_with(declaration)) return std::nullopt;
+  const std::string_view beginning = bytes.substr(0, kSurelyAscii);
+  if (!decoded || !decoded->Text.starts_with(beginning)) return std::nullopt;
   return TextIn(declared, std::move(*decoded));
 }
 
-XmlText GuessedText(std::string_view bytes) {
+// Removes everything up to the end of a text, ignoring the case of ASCII letters. False when it is
+// not there.
+bool SkipPast(std::string_view& bytes, std::string_view wanted) {
+  for (std::size_t at = 0; at + wanted.size() <= bytes.size(); ++at) {
+    if (!EqualsIgnoringCase(bytes.substr(at, wanted.size()), wanted)) continue;
+    bytes.remove_prefix(at + wanted.size());
+    return true;
+  }
+  return false;
+}
+
+// The charset in a META element of a page; empty when there is none.
+std::string_view MetaCharset(std::string_view bytes) {
+  constexpr std::size_t kLookedAt = 4096;
+  constexpr std::string_view kNameCharacters =
+      "abcdefghijklmnopqrstuvwxyz0123456789._:-ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  std::string_view name = bytes.substr(0, kLookedAt);
+  if (!SkipPast(name, "<meta") || !SkipPast(name, "charset=")) return "";
+  if (name.starts_with('"') || name.starts_with('\'')) name.remove_prefix(1);
+  return name.substr(0, std::min(name.find_first_not_of(kNameCharacters), name.size()));
+}
+
+std::string_view CharsetOf(std::string_view document) {
+  const std::string_view declared = DeclaredEncoding(document);
+  return declared.empty() ? MetaCharset(document) : declared;
+}
+
+MarkupText GuessedText(std::string_view bytes) {
   if (FindInvalidUtf8(bytes) == std::string_view::npos || IsMostlyUtf8(bytes)) {
     return Utf8Text(bytes);
   }
   ListText list = DecodeList(bytes, std::nullopt);
-  XmlText text = TextIn(NameOf(list.Used), std::move(list.Content));
+  MarkupText text = TextIn(NameOf(list.Used), std::move(list.Content));
   text.Assumed = list.Assumed;
   return text;
 }
 
-XmlText TextOf(std::string_view bytes, std::optional<Charset> asked_for) {
+MarkupText TextOf(std::string_view bytes, std::optional<Charset> asked_for) {
   if (auto marked = MarkedText(bytes)) {
-    marked->Declared = DeclaredEncoding(marked->Content.Text);
+    marked->Declared = CharsetOf(marked->Content.Text);
     marked->Contradicted = !FitsMark(marked->Declared, *marked);
     return std::move(*marked);
   }
-  const std::string_view declared = DeclaredEncoding(bytes);
-  std::optional<XmlText> text;
+  const std::string_view declared = CharsetOf(bytes);
+  std::optional<MarkupText> text;
   if (asked_for) {
     text = TextIn(*asked_for, bytes);
   } else if (!declared.empty()) {
@@ -171,8 +199,8 @@ std::size_t BlankControls(std::string& text) {
 
 }  // namespace
 
-XmlText DecodeXml(std::string_view bytes, std::optional<Charset> asked_for) {
-  XmlText text = TextOf(bytes, asked_for);
+MarkupText DecodeMarkup(std::string_view bytes, std::optional<Charset> asked_for) {
+  MarkupText text = TextOf(bytes, asked_for);
   text.Blanked = BlankControls(text.Content.Text);
   return text;
 }

@@ -6,16 +6,16 @@
 
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
-#include "keltrun2/codec/xml_encoding.h"
+#include "keltrun2/codec/markup_encoding.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keltrun;
   const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  const XmlText xml = DecodeXml(bytes, std::nullopt);
+  const MarkupText xml = DecodeMarkup(bytes, std::nullopt);
   const std::string& text = xml.Content.Text;
   if (FindInvalidUtf8(text) != std::string_view::npos) std::abort();
   if (FindBadReference(text) != std::string_view::npos) std::abort();
   if (text.find('\0') != std::string::npos) std::abort();
-  if (DecodeXml(text, Charset::kUtf8).Content.Text.size() > text.size()) std::abort();
+  if (DecodeMarkup(text, Charset::kUtf8).Content.Text.size() > text.size()) std::abort();
   return 0;
 }
