@@ -57,10 +57,12 @@ struct LapRecords {
   std::vector<RunnerUpdate> updates;
 };
 
-/// Why reading stopped. Lines count from 1; 0 when the error is not in one line.
+/// Why reading stopped, and where: lines and columns count from 1, and 0 means that the error has no
+/// place.
 struct ReadError {
   std::int32_t line = 0;
   std::string detail;
+  std::int32_t column = 0;
 };
 
 /// What was read, up to the error if there is one, and the remarks made while reading.

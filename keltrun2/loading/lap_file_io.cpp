@@ -337,8 +337,11 @@ class Load {
 
   bool Finish(std::string_view operation, const std::optional<ReadError>& error) const {
     if (!error) return true;
-    const std::string line = error->line > 0 ? "line " + std::to_string(error->line) + ": " : "";
-    return Fail(kOpenError, operation, SourceName() + ": " + line + error->detail);
+    std::string place;
+    if (error->line > 0) place = "line " + std::to_string(error->line);
+    if (error->column > 0) place += ", column " + std::to_string(error->column);
+    if (!place.empty()) place += ": ";
+    return Fail(kOpenError, operation, SourceName() + ": " + place + error->detail);
   }
 
   bool LoadText(const TextFormat& format, ProgressReport& progress) {

@@ -1,9 +1,11 @@
 #include "keltrun2/model/lap_data.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "keltrun2/base/automation_error.h"
+#include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/letters.h"
@@ -31,13 +33,23 @@ void clsLapData::SetStartTime(std::shared_ptr<clsTimeValue> Value) {
 DateTime clsLapData::Lap(std::int32_t Index) {
   CheckIndex(Index, 0, kMostLegs, "clsLapData.Lap");
   if (Index > leg_count_) leg_count_ = Index;
-  return laps_[static_cast<std::size_t>(Index)];
+  return LapDataInternal::Lap(*this, Index);
 }
 
 void clsLapData::SetLap(std::int32_t Index, DateTime Time) {
   CheckIndex(Index, 0, kMostLegs, "clsLapData.Lap");
   if (Index > leg_count_) leg_count_ = Index;
-  laps_[static_cast<std::size_t>(Index)] = std::fabs(Time) < kLongestTime ? Time : kTimeNoData;
+  StoreLap(Index, std::fabs(Time) < kLongestTime ? Time : kTimeNoData);
+}
+
+void clsLapData::StoreLap(std::int32_t index, DateTime time) {
+  constexpr std::size_t kUsualLegs = 26;  // with room for them, most records allocate once
+  const auto at = static_cast<std::size_t>(index);
+  if (at >= laps_.size()) {
+    if (laps_.empty()) laps_.reserve(std::max(kUsualLegs, at + 1));
+    laps_.resize(at + 1);
+  }
+  laps_[at] = time;
 }
 
 std::string clsLapData::LapToString(std::int32_t Index, std::string_view FormatExpression,

@@ -1,11 +1,11 @@
 // The record of a runner.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "keltrun2/base/export.h"
 #include "keltrun2/model/runner_status.h"
@@ -102,7 +102,10 @@ class KELTRUN2_API clsLapData {
   std::string result_;
   std::int32_t leg_count_ = 0;
   std::int32_t serial_num_ = 0;
-  std::array<DateTime, kMostLegs + 1> laps_{};
+  void StoreLap(std::int32_t index, DateTime time);
+
+  // By leg; the legs after its end have no data. Most records of a start list have none at all.
+  std::vector<DateTime> laps_;
   std::shared_ptr<clsTimeValue> start_time_ = std::make_shared<clsTimeValue>();
 };
 

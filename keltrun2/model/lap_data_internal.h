@@ -15,8 +15,8 @@ class LapDataInternal {
   /// The lap of a leg, without increasing LegCount: analysis and outputs must not change a record
   /// by reading it. Legs outside 0 to 50 have no data.
   static DateTime Lap(const clsLapData& lap, std::int32_t leg) {
-    return leg >= 0 && leg <= clsLapData::kMostLegs ? lap.laps_[static_cast<std::size_t>(leg)]
-                                                    : kTimeNoData;
+    const auto at = static_cast<std::size_t>(leg);
+    return leg >= 0 && at < lap.laps_.size() ? lap.laps_[at] : kTimeNoData;
   }
 
   /// LegCount, limited to the 0 to 50 legs that a record can really have.
@@ -29,7 +29,7 @@ class LapDataInternal {
 
   /// Replaces a lap, for example by a marker, without changing LegCount.
   static void ReplaceLap(clsLapData& lap, std::int32_t leg, DateTime time) {
-    lap.laps_.at(static_cast<std::size_t>(leg)) = time;
+    lap.StoreLap(leg, time);
   }
 };
 

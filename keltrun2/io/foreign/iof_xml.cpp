@@ -651,7 +651,8 @@ std::optional<ReadError> ErrorOf(const IofReading& reading, std::string_view for
   const std::optional<XmlError>& error =
       reading.open_error ? reading.open_error : reading.xml.Error();
   if (!error) return std::nullopt;
-  return ReadError{0, ToString(*error) + ". " + RefusalText(Refusal::kDamaged, format)};
+  return ReadError{error->Line, error->Detail + ". " + RefusalText(Refusal::kDamaged, format),
+                   error->Column};
 }
 
 // Reads the whole document.
