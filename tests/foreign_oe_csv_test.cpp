@@ -192,6 +192,9 @@ TEST(OeCsv, Rows) {
       {"a line break in quotes", AnnsLine({{23, "\"two\nlines\""}}) + AnnsLine({{4, "Bo"}}),
        "D21[31 32] Ann Berg/Fox Club/7/OK/0:10:00/120 180 300 Bo Berg/Fox Club/7/OK/0:10:00/120 "
        "180 300\n2 cell \"two lines\"\n"},
+      {"blanks of other kinds", AnnsLine({{3, "\u00A0Berg\t"}, {4, "\"Ann \u00A0\""}}), kAnn},
+      {"a name of blanks", AnnsLine({{3, "\t\u00A0"}, {4, ""}}),
+       "D21[31 32] 7/Fox Club/7/OK/0:10:00/120 180 300\n2 names\n"},
       {"the short name of a club", AnnsLine({{15, ""}}),
        "D21[31 32] Ann Berg/FC/7/OK/0:10:00/120 180 300\n"},
       {"the long name of a class", AnnsLine({{18, ""}}),

@@ -4,12 +4,29 @@
 #include <string>
 
 #include "keltrun2/io/csv_lines.h"
-#include "keltrun2/text/letters.h"
 
 namespace keltrun {
 namespace {
 
 constexpr char kQuote = '"';
+
+// Removes blanks, TABs and no-break spaces at both ends.
+std::string_view Trimmed(std::string_view cell) {
+  constexpr std::string_view kNoBreakSpace = "\u00A0";
+  for (;;) {
+    if (cell.starts_with(' ') || cell.starts_with('\t')) {
+      cell.remove_prefix(1);
+    } else if (cell.ends_with(' ') || cell.ends_with('\t')) {
+      cell.remove_suffix(1);
+    } else if (cell.starts_with(kNoBreakSpace)) {
+      cell.remove_prefix(kNoBreakSpace.size());
+    } else if (cell.ends_with(kNoBreakSpace)) {
+      cell.remove_suffix(kNoBreakSpace.size());
+    } else {
+      return cell;
+    }
+  }
+}
 
 std::string_view WithoutLeadingSpaces(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(' '), text.size()));
@@ -90,10 +107,9 @@ void CsvRows::Split() {
 std::string_view CsvRows::PlainCell(std::string_view& rest) const {
   std::size_t size = 0;
   while (size < rest.size() && rest[size] != separator_) ++size;
-  std::string_view cell = rest.substr(0, size);
+  const std::string_view cell = rest.substr(0, size);
   rest.remove_prefix(size);
-  while (cell.ends_with(' ')) cell.remove_suffix(1);
-  return cell;
+  return Trimmed(cell);
 }
 
 // The same for a cell that begins with a quote.
@@ -106,9 +122,9 @@ std::string_view CsvRows::QuotedCell(std::string_view& rest) {
   const std::string_view after = WithoutLeadingSpaces(quoted.rest);
   if (!after.empty() && after.front() != separator_) return BadlyQuotedCell(rest);
   rest = after;
-  if (!quoted.has_doubled) return TrimSpaces(quoted.inside);
+  if (!quoted.has_doubled) return Trimmed(quoted.inside);
   AppendUndoubled(copies_.emplace_back(), quoted.inside);
-  return TrimSpaces(copies_.back());
+  return Trimmed(copies_.back());
 }
 
 // Reads a cell whose closing quote stands in a later line.
@@ -125,7 +141,7 @@ bool CsvRows::JoinedCell(std::string_view& rest, std::string_view& cell) {
     if (!quoted.is_closed) continue;
     const std::string_view after = WithoutLeadingSpaces(quoted.rest);
     if (!after.empty() && after.front() != separator_) return false;
-    cell = TrimSpaces(copies_.emplace_back(std::move(joined)));
+    cell = Trimmed(copies_.emplace_back(std::move(joined)));
     remarks_.Add(
         RemarkSeverity::kNote, number_, static_cast<std::int32_t>(cells_.size() + 1), "cell", cell,
         "continues to line " + std::to_string(lines.Number()) + "; its line breaks are blanks");
@@ -139,8 +155,7 @@ bool CsvRows::JoinedCell(std::string_view& rest, std::string_view& cell) {
 // Quotes inside that are not doubled are characters; the outer ones are not part of the text.
 std::string_view CsvRows::BadlyQuotedCell(std::string_view& rest) {
   const std::string_view cell = PlainCell(rest);
-  if (cell.size() >= 2 && cell.ends_with(kQuote))
-    return TrimSpaces(cell.substr(1, cell.size() - 2));
+  if (cell.size() >= 2 && cell.ends_with(kQuote)) return Trimmed(cell.substr(1, cell.size() - 2));
   remarks_.Add(RemarkSeverity::kWarning, number_, static_cast<std::int32_t>(cells_.size() + 1),
                "cell", cell, "the quote is not closed at the end of the cell and is a character");
   return cell;

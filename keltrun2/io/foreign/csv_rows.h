@@ -26,7 +26,7 @@ class CsvRows {
 
   /// Moves to the next row that is not blank; false when there is none.
   bool Next();
-  /// The cells without the blanks at their ends. Valid until Next.
+  /// The cells without the blanks, TABs and no-break spaces at their ends. Valid until Next.
   const std::vector<std::string_view>& Cells() const { return cells_; }
   /// The line of the row, from 1; the first one, when a cell joins several lines.
   std::int32_t Line() const { return number_; }
