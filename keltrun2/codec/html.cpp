@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n\f";
 
-bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool IsUnwanted(char c) { return static_cast<unsigned char>(c) < 0x20 && !IsBlank(c); }
 
@@ -218,7 +218,7 @@ class Walk {
   htmlParserCtxtPtr parser_ = nullptr;
   std::vector<HtmlAttribute> attributes_;
   std::vector<std::string> open_;  // the names of the open elements
-  bool ampersand_ = false;  // a text "&" has not been told yet
+  bool ampersand_ = false;         // a text "&" has not been told yet
   bool stopped_ = false;
   std::exception_ptr thrown_;
 };

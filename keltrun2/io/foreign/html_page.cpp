@@ -256,11 +256,15 @@ class RowMaker : public HtmlListener {
 
   // --- preformatted lines ---
 
+  // A blank of another kind, or the first byte of one.
+  static bool IsSpecial(char c) { return c == '\xC2' || (c != ' ' && IsBlank(c)); }
+
   void AppendPreformatted(std::string_view text) {
     std::int32_t breaks_left =
         static_cast<std::int32_t>(std::count(text.begin(), text.end(), '\n'));
     while (!text.empty()) {
-      const std::size_t end = std::min(text.find_first_of("\t\r\n\f\xC2"), text.size());
+      std::size_t end = 0;
+      while (end < text.size() && !IsSpecial(text[end])) ++end;
       pre_.Append(text.substr(0, end));
       text.remove_prefix(end);
       if (text.empty()) return;

@@ -53,7 +53,7 @@ std::int32_t* ColumnWithTitle(PageColumns& columns, ColumnTitle title) {
   return nullptr;
 }
 
-bool IsTimeCell(const PageCell& cell) { return !TimesIn(cell.text, false).empty(); }
+bool IsTimeCell(const PageCell& cell) { return !TimesIn(cell.text, false).IsEmpty(); }
 
 // "1", "1.", "101".
 bool IsNumberCell(const PageCell& cell) {
@@ -135,7 +135,7 @@ PageColumns ColumnsOfRunner(const PageRow& row, std::int32_t first_label) {
 }
 
 bool IsPageName(std::string_view text) {
-  return HasLetter(text) && TimesIn(text, false).empty() && !StatusOfPageWord(text);
+  return HasLetter(text) && TimesIn(text, false).IsEmpty() && !StatusOfPageWord(text);
 }
 
 std::optional<RunnerStatus> StatusOfTotal(std::string_view text) {
@@ -164,7 +164,7 @@ void TakeTotal(std::string_view text, bool point_times, ForeignRunner& runner) {
     return;
   }
   const auto times = TimesIn(text, point_times);
-  if (!times.empty()) runner.time = times.front();
+  if (!times.IsEmpty()) runner.time = *times.begin();
   for (std::size_t pos = 0; pos < text.size();) {
     const std::size_t end = std::min(text.find_first_of(" \n()", pos), text.size());
     if (const auto status = StatusOfTotal(text.substr(pos, end - pos))) runner.status = status;

@@ -35,10 +35,10 @@ bool HasPlaceColumns(const PageRow& row, const LabelRow& labels, std::int32_t sh
   return found;
 }
 
-bool IsTime(const PageCell& cell) { return !cell.italic && !TimesIn(cell.text, false).empty(); }
+bool IsTime(const PageCell& cell) { return !cell.italic && !TimesIn(cell.text, false).IsEmpty(); }
 
-// Gives the times of a preformatted row the columns of the labels above them. Times are as many as
-// labels, or fewer because the page leaves some blank; then the place in the line decides, on a
+// Gives the times of a preformatted row the columns of the labels above them. The times are as many
+// as labels, or fewer because the page leaves some blank; then the place in the line decides, on a
 // page where other lines show that it can.
 void AlignTimes(PageRow& row, const LabelRow& labels, std::int32_t shift, PageHabits& habits) {
   if (row.kind == RowKind::kTable) return;
@@ -79,7 +79,7 @@ std::optional<std::size_t> LabelAt(const LabelRow& labels, std::int32_t column) 
   return column < labels.columns.back() + width ? std::optional(label) : std::nullopt;
 }
 
-RowTimes TimesOfRow(PageRow row, const LabelRow& labels, std::int32_t shift, bool point_times,
+RowTimes TimesOfRow(PageRow& row, const LabelRow& labels, std::int32_t shift, bool point_times,
                     PageHabits& habits) {
   RowTimes times{Times(labels.labels.size()), Times(labels.labels.size())};
   AlignTimes(row, labels, shift, habits);
@@ -190,7 +190,7 @@ bool HavePointTimes(std::span<const PageRow> rows) {
   return false;
 }
 
-std::vector<PageTime> RunnerSplits(std::span<const PageRow> rows, std::span<const LabelRow> labels,
+std::vector<PageTime> RunnerSplits(std::span<PageRow> rows, std::span<const LabelRow> labels,
                                    std::int32_t shift, PageTime total, bool point_times,
                                    PageHabits& habits) {
   const auto times_of = [&](std::size_t row, std::size_t label_row) {

@@ -31,11 +31,11 @@ bool HavePointTimes(std::span<const PageRow> rows);
 
 /// The splits of a runner, one for each label: nullopt where there is none.
 ///
-/// `rows` are the runner's rows; the times are `shift` columns to the right of their labels. When
-/// the page has two rows of times for each row of labels, or two times in each cell, one is the
-/// splits and one the laps, in either order. A runner's only times are splits, or laps if they add
-/// up to the total.
-std::vector<PageTime> RunnerSplits(std::span<const PageRow> rows, std::span<const LabelRow> labels,
+/// `rows` are the runner's rows, of which cells can get other columns; the times are `shift`
+/// columns to the right of their labels. When the page has two rows of times for each row of
+/// labels, or two times in each cell, one is the splits and one the laps, in either order. A
+/// runner's only times are splits, or laps if they add up to the total.
+std::vector<PageTime> RunnerSplits(std::span<PageRow> rows, std::span<const LabelRow> labels,
                                    std::int32_t shift, PageTime total, bool point_times,
                                    PageHabits& habits);
 

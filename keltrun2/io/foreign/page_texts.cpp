@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -334,35 +335,33 @@ bool IsMissing(std::string_view word) {
 
 bool IsTwoDigits(std::string_view text) { return text.size() == 2 && IsDigits(text); }
 
-// "4.32", "1.04.32", and with hours also "1:04.32".
-std::string WithColons(std::string_view word, bool point_times) {
-  std::string text(word);
+// "4.32", "1.04.32", and with point times also "1:04.32", have a colon in place of each point.
+bool HasPointsForColons(std::string_view word, bool point_times) {
   const std::size_t point = word.rfind('.');
-  if (point == 0 || point == std::string_view::npos || !IsTwoDigits(word.substr(point + 1))) {
-    return text;
-  }
-  const bool has_colon = word.find(':') != std::string_view::npos;
-  if (has_colon && !point_times) return text;
-  std::replace(text.begin(), text.end(), '.', ':');
-  return text;
+  if (point == 0 || point == std::string_view::npos) return false;
+  return IsTwoDigits(word.substr(point + 1)) && (point_times || !Contains(word, ":"));
 }
 
 std::optional<Milliseconds> TimeOf(std::string_view word, bool point_times) {
   if (word.empty() || !IsDigit(word.front())) return std::nullopt;
-  const std::string text = WithColons(word, point_times);
-  if (text.find(':') == std::string::npos) return std::nullopt;
+  if (!HasPointsForColons(word, point_times)) {
+    return Contains(word, ":") ? ForeignTime(word) : std::nullopt;
+  }
+  std::string text(word);
+  std::replace(text.begin(), text.end(), '.', ':');
   return ForeignTime(text);
 }
+
+bool IsBlank(char c) { return c == ' ' || c == '\n'; }
 
 // Calls a function with each word of a text.
 template <typename Function>
 void ForEachWord(std::string_view text, Function function) {
-  constexpr std::string_view kBlanks = " \n";
-  std::size_t pos = text.find_first_not_of(kBlanks);
-  while (pos < text.size()) {
-    const std::size_t end = std::min(text.find_first_of(kBlanks, pos), text.size());
-    function(text.substr(pos, end - pos));
-    pos = text.find_first_not_of(kBlanks, end);
+  for (std::size_t pos = 0; pos < text.size();) {
+    const std::size_t begin = pos;
+    while (pos < text.size() && !IsBlank(text[pos])) ++pos;
+    if (pos > begin) function(text.substr(begin, pos - begin));
+    ++pos;
   }
 }
 
@@ -592,18 +591,16 @@ std::string PageWord(std::string_view text) {
   return FoldCase(out);
 }
 
-std::vector<PageTime> TimesIn(std::string_view cell, bool point_times) {
-  std::vector<PageTime> times;
+CellTimes TimesIn(std::string_view cell, bool point_times) {
+  CellTimes found;
   ForEachWord(cell, [&](std::string_view word) {
+    if (found.count == found.times.size()) return;
     word = word.substr(0, word.find_first_of("(["));
     while (!word.empty() && word.back() == '*' && !IsMissing(word)) word.remove_suffix(1);
-    if (IsMissing(word)) {
-      times.push_back(std::nullopt);
-    } else if (const auto time = TimeOf(word, point_times)) {
-      times.push_back(time);
-    }
+    const PageTime time = TimeOf(word, point_times);
+    if (time || IsMissing(word)) found.times[found.count++] = time;
   });
-  return times;
+  return found;
 }
 
 bool HasPointTime(std::string_view cell) {

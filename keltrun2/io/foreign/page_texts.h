@@ -2,11 +2,12 @@
 // classes and dates.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "keltrun2/io/foreign/foreign_event.h"
 #include "keltrun2/model/runner_status.h"
@@ -20,9 +21,19 @@ std::string PageWord(std::string_view text);
 /// A time, or nullopt for a control that was missed, such as "-----".
 using PageTime = std::optional<Milliseconds>;
 
+/// The first two times of a cell.
+struct CellTimes {
+  std::array<PageTime, 2> times;
+  std::size_t count = 0;
+
+  bool IsEmpty() const { return count == 0; }
+  const PageTime* begin() const { return times.data(); }
+  const PageTime* end() const { return times.data() + count; }
+};
+
 /// The times in a cell, without places in brackets, times behind others ("+0:15") and whatever else
 /// it has. `point_times`: "1:02.25" is 1 h 2 min 25 s, as "4.32" is 4 min 32 s, not 62.25 s.
-std::vector<PageTime> TimesIn(std::string_view cell, bool point_times);
+CellTimes TimesIn(std::string_view cell, bool point_times);
 
 /// Whether a text is a time like "4.32" of 4 min 32 s.
 bool HasPointTime(std::string_view cell);
