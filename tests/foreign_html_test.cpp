@@ -132,15 +132,39 @@ TEST(ForeignPage, TablesMayBeSloppy) {
             "D21 1500 0: 31 10001\n1  A&B é C/Rock \"n\" Run OK 0:03:00: 60 60 60\n");
 }
 
+// Programs that leave elements open do so in every line.
+TEST(ForeignPage, ElementsMayStayOpen) {
+  string page =
+      "<FONT><PRE>\n<FONT SIZE=2><B>Blue</B><B> 4.1 km</B>\n<B> </B><B> </B><B> </B>  1(31)  F\n";
+  string expected = "Blue 4100 0: 31\n";
+  for (int i = 1; i <= 300; ++i) {
+    const string place = std::to_string(i);
+    page += "<FONT SIZE=2><B>" + place + "</B><FONT><B>Ann " + place +
+            "</B><B> 3:00</B>  1:00 <FONT>3:00\n";
+    expected += place + "  Ann " + place + "/ OK 0:03:00: 60 120\n";
+  }
+  EXPECT_EQ(SummaryOf(page), expected);
+}
+
+TEST(ForeignPage, NamesMayBeInTheFirstColumn) {
+  EXPECT_EQ(SummaryOf("<table>" + Row("A  5 km") + Row(",,1(31),F") + Row("Ann,3:00,1:00,3:00") +
+                      Row("OK (2),,1:00,2:00") + Row("B  4 km") + Row(",,1(32),F") +
+                      Row("Ben,4:00,1:00,4:00") + Row("Club,,1:00,3:00") + "</table>"),
+            "A 5000 0: 31\n  Ann/OK (2) OK 0:03:00: 60 120\n"
+            "B 4000 0: 32\n  Ben/Club OK 0:04:00: 60 180\n");
+}
+
 // The rows of runners have a column for their class, the row of labels has none.
 TEST(ForeignPage, PagesOfCoursesNameTheClassOfEachRunner) {
   const string labels = Row(",,,,1-31,,2-32,,F,");
-  const string runners = Row("1.,7,Ann,M21,3:00,1:00,(1),2:00,(1),3:00,(1)") +
+  const string runners = Row("1.,6,Zoe,M21,2:00,0:30,(1),1:00,(1),2:00,(1)") +
+                         Row(",,,,,0:30,(1),0:30,(1),1:00,(1)") +
+                         Row("1.,7,Ann,M21,3:00,1:00,(1),2:00,(1),3:00,(1)") +
                          Row(",,ABC,,,1:00,(1),1:00,(1),1:00,(1)") +
                          Row("2.,8,Ben,M40,4:00,2:00,(2),3:00,(2),4:00,(2),,3:10") +
                          Row(",,DEF,,,2:00,(2),1:00,(1),1:00,(1),,*199");
   const string expected =
-      "M21 4100 35: 31 32\n 7 Ann/ABC OK 0:03:00: 60 60 60\n"
+      "M21 4100 35: 31 32\n 6 Zoe/ OK 0:02:00: 30 30 60\n 7 Ann/ABC OK 0:03:00: 60 60 60\n"
       "M40 4100 35: 31 32\n 8 Ben/DEF OK 0:04:00: 120 60 60\n";
   const string course = "<table><tr><td colspan=20>Course 1 (4100m, 35m)</td></tr>";
   EXPECT_EQ(SummaryOf(course + labels + runners + "</table>"), expected);

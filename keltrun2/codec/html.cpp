@@ -105,6 +105,7 @@ class Walk {
   explicit Walk(HtmlListener& listener) : listener_(listener) {}
 
   bool Run(std::string_view text) {
+    most_steps_ = kFreeSteps + kStepsPerByte * text.size();
     const std::unique_ptr<htmlParserCtxt, void (*)(htmlParserCtxtPtr)> parser(htmlNewParserCtxt(),
                                                                               htmlFreeParserCtxt);
     if (parser == nullptr) throw std::bad_alloc();
@@ -123,7 +124,7 @@ class Walk {
   }
 
  private:
-  // Only these events are asked for, so no tree is made and errors are silent.
+  // Only these events are asked for, so no tree is made, and nothing is printed.
   static htmlSAXHandler Callbacks() {
     htmlSAXHandler callbacks{};
     callbacks.startElement = [](void* parser, const xmlChar* name, const xmlChar** attributes) {
@@ -133,6 +134,8 @@ class Walk {
     callbacks.characters = OnText;
     callbacks.ignorableWhitespace = OnText;
     callbacks.cdataBlock = OnText;
+    callbacks.initialized = XML_SAX2_MAGIC;  // there is a handler of errors
+    callbacks.serror = [](void* parser, auto error) { Of(parser).OnError(error->code); };
     return callbacks;
   }
 
@@ -159,6 +162,13 @@ class Walk {
   void Stop() {
     stopped_ = true;
     xmlStopParser(parser_);
+  }
+
+  // For the end tag of what is not open the parser looks at all that is.
+  void OnError(int code) {
+    if (code != XML_ERR_TAG_NAME_MISMATCH) return;
+    steps_ += open_.size();
+    if (steps_ > most_steps_ && !stopped_) Stop();
   }
 
   void Open(std::string_view name, const xmlChar** attributes) {
@@ -214,11 +224,15 @@ class Walk {
 
   std::int32_t Line() const { return parser_->input == nullptr ? 0 : parser_->input->line; }
 
+  static constexpr std::size_t kFreeSteps = 1000000;
+  static constexpr std::size_t kStepsPerByte = 4;
+
   HtmlListener& listener_;
   htmlParserCtxtPtr parser_ = nullptr;
   std::vector<HtmlAttribute> attributes_;
   std::vector<std::string> open_;  // the names of the open elements
-  bool ampersand_ = false;         // a text "&" has not been told yet
+  std::size_t steps_ = 0, most_steps_ = 0;
+  bool ampersand_ = false;  // a text "&" has not been told yet
   bool stopped_ = false;
   std::exception_ptr thrown_;
 };

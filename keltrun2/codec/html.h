@@ -33,9 +33,9 @@ class HtmlListener {
 };
 
 /// The deepest nesting of elements and the most attributes of a tag that are read. The parser takes
-/// time for every end tag in proportion to the depth, and for a tag in proportion to the square of
-/// its attributes.
-inline constexpr int kMostHtmlDepth = 512;
+/// time in proportion to the depth for every end tag of what is not open, and in proportion to the
+/// square of the attributes for a tag. Old programs leave many elements open.
+inline constexpr int kMostHtmlDepth = 4096;
 inline constexpr int kMostHtmlAttributes = 256;
 
 /// Tells the listener what is in a page. The text is UTF-8, whatever charset it declares; invalid

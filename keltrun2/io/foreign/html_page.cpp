@@ -40,6 +40,9 @@ bool IsHidden(std::string_view name) {
   return IsOneOf(name, {"script", "style", "select", "button", "textarea", "noscript"});
 }
 
+// Elements that set off cells in preformatted lines. A font says nothing, and is often left open.
+bool IsMarkup(std::string_view name) { return name != "font" && IsInline(name); }
+
 bool IsItalic(std::string_view name) { return IsOneOf(name, {"i", "em"}); }
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
@@ -178,7 +181,7 @@ class RowMaker : public HtmlListener {
     if (name == "title") in_title_ = true;
     if (in_preformatted_ > 0) EndPiece();
     if (IsInline(name)) {
-      ++inline_;
+      marked_ += IsMarkup(name) ? 1 : 0;
       italic_ += IsItalic(name) ? 1 : 0;
     } else if (!OpenTablePart(name, attributes)) {
       BreakLine();
@@ -209,6 +212,7 @@ class RowMaker : public HtmlListener {
   void Close(std::string_view name) override {
     if (IsHidden(name)) {
       --hidden_;
+      if (in_script_) script_tables_.Add(std::exchange(script_, {}));
       in_script_ = false;
       return;
     }
@@ -216,7 +220,7 @@ class RowMaker : public HtmlListener {
     if (name == "title") in_title_ = false;
     if (in_preformatted_ > 0) EndPiece();
     if (IsInline(name)) {
-      --inline_;
+      marked_ -= IsMarkup(name) ? 1 : 0;
       italic_ -= IsItalic(name) ? 1 : 0;
     } else if (!CloseTablePart(name)) {
       BreakLine();
@@ -283,11 +287,11 @@ class RowMaker : public HtmlListener {
 
   // Markup that is open when a line begins belongs to all of it, or was never closed.
   void BeginPreformattedLine() {
-    outer_inline_ = inline_;
+    outer_marked_ = marked_;
     outer_italic_ = italic_;
   }
 
-  void EndPiece() { pre_.EndPiece(inline_ > outer_inline_, italic_ > outer_italic_); }
+  void EndPiece() { pre_.EndPiece(marked_ > outer_marked_, italic_ > outer_italic_); }
 
   void EndPreformattedLine(std::int32_t line) {
     EndPiece();
@@ -376,12 +380,13 @@ class RowMaker : public HtmlListener {
   void ReadScriptTable() {
     constexpr std::string_view kId = "results-table";
     const std::string_view id = tables_.back().id;
-    if (in_script_table_ || !id.starts_with(kId) || !HasScriptTables(script_)) return;
+    if (in_script_table_ || script_tables_.IsEmpty() || !id.starts_with(kId)) return;
+    const std::string rows = script_tables_.TakeRows(LeadingLong(id.substr(kId.size())));
+    if (rows.empty()) return;
     facts_.has_script = true;
-    const std::string html = ScriptTableRows(script_, LeadingLong(id.substr(kId.size())));
     in_script_table_ = true;
-    WalkHtml(html, *this);
-    if (tables_.back().in_row) EndRow();
+    WalkHtml(rows, *this);
+    EndRow();
     in_script_table_ = false;
   }
 
@@ -399,11 +404,12 @@ class RowMaker : public HtmlListener {
   std::vector<OpenTable> tables_;
   PreformattedLine pre_;
   std::string text_;    // outside of tables and preformatted lines
-  std::string script_;  // all scripts so far
+  std::string script_;  // that is open
+  ScriptTables script_tables_;
   std::int32_t line_ = 0;
   // How many elements of each kind are open.
-  std::int32_t hidden_ = 0, inline_ = 0, italic_ = 0, heading_ = 0, in_preformatted_ = 0;
-  std::int32_t outer_inline_ = 0, outer_italic_ = 0;  // when the preformatted line began
+  std::int32_t hidden_ = 0, marked_ = 0, italic_ = 0, heading_ = 0, in_preformatted_ = 0;
+  std::int32_t outer_marked_ = 0, outer_italic_ = 0;  // when the preformatted line began
   bool in_title_ = false, in_script_ = false;
   bool in_script_table_ = false;  // the rows of a script are read
 };

@@ -41,12 +41,14 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
-// Whether a cell has a colon between digits. Rows of labels, titles and classes have none.
-bool HasColonTime(const PageCell& cell) {
+// Whether a cell has a colon between digits, or is a time with a point. Rows of labels, titles and
+// classes have none.
+bool LooksLikeTime(const PageCell& cell) {
   const std::string_view text = cell.text;
   const std::size_t colon = text.find(':');
-  return colon != std::string_view::npos && colon > 0 && colon + 1 < text.size() &&
-         IsDigit(text[colon - 1]) && IsDigit(text[colon + 1]);
+  if (colon == std::string_view::npos) return HasPointTime(text) && !HasLetter(text);
+  return colon > 0 && colon + 1 < text.size() && IsDigit(text[colon - 1]) &&
+         IsDigit(text[colon + 1]);
 }
 
 bool HasAnyTime(std::string_view text) {
@@ -109,6 +111,8 @@ class PageReader {
     EndRunner();
     const std::string format = FormatName(page);
     if (event_.RunnerCount() == 0) return Refuse(format);
+    std::erase_if(event_.Classes(),
+                  [](const ForeignClass& klass) { return klass.runners.empty(); });
     ReadHeader(page);
     ConcludeStatuses();
     RemarkAll(page);
@@ -121,7 +125,7 @@ class PageReader {
     if (row.kind == RowKind::kText || row.kind == RowKind::kHeading) {
       return AddText(row, row.kind == RowKind::kHeading);
     }
-    const bool has_times = std::any_of(row.cells.begin(), row.cells.end(), HasColonTime);
+    const bool has_times = std::any_of(row.cells.begin(), row.cells.end(), LooksLikeTime);
     if (!has_times && (OnLabels(row) || OnCodes(row) || OnTitles(row) || OnClass(row))) return;
     after_labels_ = false;
     if (!label_rows_.empty()) return OnRunnerRow(row);
@@ -217,10 +221,11 @@ class PageReader {
     const bool is_wide = !label_rows_.empty() &&
                          std::none_of(std::next(first), row.cells.end(), HasText) &&
                          first->span >= label_rows_.front().columns.front() && first->span > 1;
-    const bool has_numbers = ReadClassLine(OneLine(Joined(row))).has_numbers;
-    if (!has_numbers && !is_wide) return false;
+    const ClassLine line = ReadClassLine(OneLine(Joined(row)));
+    if (!line.has_numbers && !is_wide) return false;
+    // "Club (2)" below a name in the first column.
     const bool can_be_club = !runner_rows_.empty() && columns_->name == 0 && first->span == 1;
-    if (can_be_club) return false;
+    if (can_be_club && line.length == 0 && line.climb == 0) return false;
     EndRunner();
     AddText(row, true);
     return true;
@@ -293,7 +298,10 @@ class PageReader {
     }
     const PageRow& top = runner_rows_.front();
     const std::string club_below = ClubBelow();
-    has_clubs_below_ |= !club_below.empty();
+    if (!club_below.empty() && !has_clubs_below_) {
+      has_clubs_below_ = true;
+      MoveEarlyRunners();
+    }
     has_lone_rows_ |= runner_rows_.size() == 1;
     ForeignRunner runner;
     runner.line = top.line;
@@ -312,7 +320,7 @@ class PageReader {
   }
 
   // The name, and below it in the same cell perhaps the club.
-  void TakeTexts(const PageRow& top, ForeignRunner& runner) const {
+  void TakeTexts(const PageRow& top, ForeignRunner& runner) {
     const std::string_view name = TextAt(top, columns_->name);
     const std::size_t line_end = std::min(name.find('\n'), name.size());
     runner.name = name.substr(0, line_end);
@@ -322,6 +330,7 @@ class PageReader {
     }
     if (runner.club.empty() && !has_clubs_below_) {
       runner.club = OneLine(TextAt(top, columns_->other));
+      any_other_text_ |= !runner.club.empty();
     }
     runner.bib = TextAt(top, columns_->bib);
     runner.card = TextAt(top, columns_->card);
@@ -384,13 +393,37 @@ class PageReader {
   // A page of courses names the class of each runner.
   ForeignClass& ClassOf(const PageRow& top) {
     const bool other_is_class = columns_->klass == kNoColumn && has_clubs_below_;
-    std::string name = OneLine(TextAt(top, other_is_class ? columns_->other : columns_->klass));
+    return ClassNamed(OneLine(TextAt(top, other_is_class ? columns_->other : columns_->klass)));
+  }
+
+  ForeignClass& ClassNamed(std::string name) {
     if (!name.empty() && name != class_line_.name) classes_of_courses_.insert(name);
     if (name.empty()) name = class_line_.name.empty() ? kNameless : class_line_.name;
     ForeignClass& klass = event_.ClassNamed(name);
     if (klass.length == 0) klass.length = class_line_.length;
     if (klass.climb == 0) klass.climb = class_line_.climb;
     return klass;
+  }
+
+  // The text after the name was taken for the club. Now the first club is found below a name, so it
+  // was the class.
+  void MoveEarlyRunners() {
+    if (!any_other_text_) return;
+    const ClassLine current = class_line_;
+    const std::size_t courses = event_.Classes().size();
+    for (std::size_t i = 0; i < courses; ++i) {
+      ForeignClass& course = event_.Classes()[i];
+      class_line_ = {course.name, course.length, course.climb, false};
+      const bool has_codes = course.has_codes;
+      const std::int32_t controls = course.control_count;
+      for (ForeignRunner& runner : std::exchange(course.runners, {})) {
+        ForeignClass& klass = ClassNamed(std::exchange(runner.club, {}));
+        klass.has_codes = has_codes;
+        klass.control_count = controls;
+        klass.runners.push_back(std::move(runner));
+      }
+    }
+    class_line_ = current;
   }
 
   // --- the end ---
@@ -453,6 +486,11 @@ class PageReader {
            "the page lists courses: runners are in the classes that it names beside "
            "them, and their places on the course are not read");
     }
+    if (habits_.lost_laps > 0) {
+      Warn("laps", std::to_string(habits_.lost_laps) +
+                       " after a missed control are not read: the page has no splits, so it is "
+                       "not known when they began");
+    }
     if (stray_rows_ > 0) {
       Warn("rows", std::to_string(stray_rows_) + " belong to no runner and are not read");
     }
@@ -500,6 +538,7 @@ class PageReader {
   std::optional<PageColumns> columns_;  // of the class
   std::vector<PageRow> runner_rows_;    // of the runner that is read
   bool has_clubs_below_ = false, has_lone_rows_ = false;
+  bool any_other_text_ = false;  // was taken for a club
 
   std::unordered_set<std::string> classes_of_courses_, unused_titles_;
   std::size_t results_ = 0, extra_punches_ = 0, stray_rows_ = 0, without_place_ = 0;

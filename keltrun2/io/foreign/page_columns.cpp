@@ -14,13 +14,6 @@ namespace {
 
 constexpr std::string_view kDigits = "0123456789";
 
-bool HasLetter(std::string_view text) {
-  return std::any_of(text.begin(), text.end(), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           static_cast<unsigned char>(c) >= 0x80;
-  });
-}
-
 std::int32_t* ColumnWithTitle(PageColumns& columns, ColumnTitle title) {
   switch (title) {
     case ColumnTitle::kPlace:
@@ -132,6 +125,13 @@ PageColumns ColumnsOfRunner(const PageRow& row, std::int32_t first_label) {
     break;
   }
   return columns;
+}
+
+bool HasLetter(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           static_cast<unsigned char>(c) >= 0x80;
+  });
 }
 
 bool IsPageName(std::string_view text) {

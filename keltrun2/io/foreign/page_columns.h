@@ -33,6 +33,9 @@ std::optional<PageColumns> TitledColumns(const PageRow& row);
 /// control.
 PageColumns ColumnsOfRunner(const PageRow& row, std::int32_t first_label);
 
+/// Whether a text has a letter of any script.
+bool HasLetter(std::string_view text);
+
 /// Whether a text can be the name of a runner or club: letters, but no time and no status.
 bool IsPageName(std::string_view text);
 

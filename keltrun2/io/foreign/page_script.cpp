@@ -1,18 +1,18 @@
 #include "keltrun2/io/foreign/page_script.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <optional>
 #include <utility>
 
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/text/letters.h"
+#include "keltrun2/text/numbers.h"
 
 namespace keltrun {
 namespace {
 
 constexpr std::string_view kFunction = "getData(";
+constexpr std::string_view kCondition = "tableNumber ==";
 constexpr std::string_view kReturn = "return";
 
 int HexDigit(char c) {
@@ -98,20 +98,29 @@ class ArrayReader {
 
 }  // namespace
 
-bool HasScriptTables(std::string_view script) {
-  return Contains(script, kFunction) && Contains(script, "tableNumber");
+void ScriptTables::Add(std::string_view script) {
+  std::size_t pos = script.find(kFunction);
+  if (pos == std::string_view::npos) return;
+  pos = script.find(kCondition, pos);
+  while (pos != std::string_view::npos) {
+    const std::size_t next = script.find(kCondition, pos + kCondition.size());
+    const std::string_view part = script.substr(pos, next == script.npos ? next : next - pos);
+    const std::size_t returns = part.find(kReturn);
+    if (returns != std::string_view::npos) {
+      tables_.emplace(LeadingLong(part.substr(kCondition.size())),
+                      part.substr(returns + kReturn.size()));
+    }
+    pos = next;
+  }
 }
 
-std::string ScriptTableRows(std::string_view script, std::int32_t table) {
-  script.remove_prefix(std::min(script.find(kFunction), script.size()));
-  const std::string condition = "tableNumber == " + std::to_string(table) + ")";
-  const std::size_t found = script.find(condition);
-  if (found == std::string_view::npos) return {};
-  script.remove_prefix(found + condition.size());
-  script.remove_prefix(std::min(script.find_first_not_of(" {\t\r\n"), script.size()));
-  if (!script.starts_with(kReturn)) return {};
+std::string ScriptTables::TakeRows(std::int32_t table) {
+  const auto found = tables_.find(table);
+  if (found == tables_.end()) return {};
+  const std::string text = std::move(found->second);
+  tables_.erase(found);
   std::string html;
-  ArrayReader(script.substr(kReturn.size())).AppendRows(html);
+  ArrayReader(text).AppendRows(html);
   return html;
 }
 

@@ -4,16 +4,26 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace keltrun {
 
-/// Whether the script of a page has tables of results: it defines a function getData that returns
-/// the rows of the table with a number.
-bool HasScriptTables(std::string_view script);
-
-/// The rows of a table as HTML; empty if the script has none. The script says
+/// The tables in the scripts of a page: a function getData returns the rows of the table with a
+/// number, as in
 ///     if (tableNumber == 0) return [["1st","1","Ann","ABC","27:00"],...];
 /// where each text is HTML.
-std::string ScriptTableRows(std::string_view script, std::int32_t table);
+class ScriptTables {
+ public:
+  /// Adds the tables of a script.
+  void Add(std::string_view script);
+
+  bool IsEmpty() const { return tables_.empty(); }
+
+  /// The rows of a table as HTML, once; afterwards, and for other numbers, an empty text.
+  std::string TakeRows(std::int32_t table);
+
+ private:
+  std::unordered_map<std::int32_t, std::string> tables_;  // what is returned
+};
 
 }  // namespace keltrun

@@ -124,18 +124,21 @@ bool IsSecondOfPair(const Times& first, const Times& second) {
 void Append(Times& all, const Times& part) { all.insert(all.end(), part.begin(), part.end()); }
 
 // Splits from laps, from the start on, and from the finish back to a lap that is missing.
-Times SplitsOfLaps(const Times& laps, Milliseconds total) {
+Times SplitsOfLaps(const Times& laps, Milliseconds total, PageHabits& habits) {
   Times splits(laps.size());
   Milliseconds sum = 0;
   std::size_t known = 0;
   for (; known < laps.size() && laps[known]; ++known) splits[known] = sum += *laps[known];
-  if (total == kNoTotal) return splits;
-  Milliseconds before_finish = total;
-  for (std::size_t i = laps.size(); i > known; --i) {
-    splits[i - 1] = before_finish;
-    if (!laps[i - 1]) break;
-    before_finish -= *laps[i - 1];
+  std::size_t last = laps.size();
+  if (total != kNoTotal && known < last) {
+    Milliseconds split = total;
+    for (; last > known && laps[last - 1]; --last) {
+      splits[last - 1] = split;
+      split -= *laps[last - 1];
+    }
+    if (last > known) splits[--last] = split;
   }
+  for (std::size_t i = known; i < last; ++i) habits.lost_laps += laps[i] ? 1 : 0;
   return splits;
 }
 
@@ -149,7 +152,7 @@ Times SplitsOfPair(const Times& first, const Times& second, Milliseconds total,
   if (!HasTime(first) || !HasTime(second)) {
     const bool only_laps = HasTime(first) == (habits.laps_first > habits.splits_first);
     const Times& only = HasTime(first) ? first : second;
-    return only_laps ? SplitsOfLaps(only, total) : only;
+    return only_laps ? SplitsOfLaps(only, total, habits) : only;
   }
   return habits.laps_first > habits.splits_first ? second : first;
 }
@@ -176,7 +179,7 @@ Times SplitsOfOne(const Times& times, Milliseconds total, PageHabits& habits) {
   const bool laps = adds_up || (undecided && (habits.only_laps == habits.only_splits
                                                   ? Decreases(times)
                                                   : habits.only_laps > habits.only_splits));
-  return laps ? SplitsOfLaps(times, total) : times;
+  return laps ? SplitsOfLaps(times, total, habits) : times;
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ struct LabelRow {
 struct PageHabits {
   std::int32_t splits_first = 0, laps_first = 0;  // runners with two rows of times each
   std::int32_t only_splits = 0, only_laps = 0;    // runners with one
+  std::int32_t lost_laps = 0;                     // after a control that was missed, of only laps
   std::int32_t aligned = 0, not_aligned = 0;      // preformatted rows below their labels
 };
 
