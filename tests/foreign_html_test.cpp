@@ -197,6 +197,16 @@ TEST(ForeignPage, OneRowForEachRunner) {
             " 11 Eve/OL DidNotStart DNS:\n");
 }
 
+// "Cl." is the club in lists that have none below the names. A tie can have no place of its own.
+// What stands below the runners is no runner.
+TEST(ForeignPage, TiesAndFooters) {
+  EXPECT_EQ(SummaryOf("<h3>A</h3><table>" + Row("Pl,Name,Cl.,Time,1(31),F") +
+                      Row("1,Ann,ABC,3:00,1:00,3:00") + Row(",Ben,DEF,3:00,2:00,3:00") +
+                      Row(",Cy,DEF,4:00,2:00,4:00") + Row("Course planner,Dan,,,,") + "</table>"),
+            "A 0 0: 31\n1  Ann/ABC OK 0:03:00: 60 120\n1  Ben/DEF OK 0:03:00: 120 60\n"
+            "  Cy/DEF NotCompeting 0:04:00: 120 120\n");
+}
+
 TEST(ForeignPage, OnlyLapsAddUpToTheTotal) {
   EXPECT_EQ(SummaryOf("<h3>Blue</h3><table>" + Row("Pos,Name,Club,Time,1(31),2(32),3(33),F") +
                       Row("1st,Ann,ABC,7:00,3:00,1:00,1:00,2:00") +

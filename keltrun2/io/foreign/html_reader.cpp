@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -15,12 +15,14 @@
 #include "keltrun2/io/foreign/page_splits.h"
 #include "keltrun2/io/foreign/page_texts.h"
 #include "keltrun2/io/foreign/refusal.h"
+#include "keltrun2/io/limits.h"
 #include "keltrun2/text/letters.h"
 
 namespace keltrun {
 namespace {
 
-constexpr std::size_t kMostLabelRows = 50;
+// A record keeps 50 legs; what is beyond them is joined. No course has this many.
+constexpr std::int32_t kMostLabels = 150;
 
 bool HasText(const PageCell& cell) { return !cell.text.empty(); }
 
@@ -121,11 +123,12 @@ class PageReader {
 
  private:
   void OnRow(PageRow& row) {
+    if (runner_count_ > kMostRunners) return;  // an error at the end
     if (std::none_of(row.cells.begin(), row.cells.end(), HasText)) return OnBlankRow(row);
     if (row.kind == RowKind::kText || row.kind == RowKind::kHeading) {
       return AddText(row, row.kind == RowKind::kHeading);
     }
-    const bool has_times = std::any_of(row.cells.begin(), row.cells.end(), LooksLikeTime);
+    const bool has_times = HasTimes(row);
     if (!has_times && (OnLabels(row) || OnCodes(row) || OnTitles(row) || OnClass(row))) return;
     after_labels_ = false;
     if (!label_rows_.empty()) return OnRunnerRow(row);
@@ -164,7 +167,11 @@ class PageReader {
     last_label_is_finish_ = labels.labels.back().is_finish;
     label_count_ += static_cast<std::int32_t>(labels.labels.size());
     most_labels_ = std::max(goes_on ? most_labels_ : 0, labels.labels.size());
-    if (label_rows_.size() < kMostLabelRows) label_rows_.push_back(std::move(labels));
+    if (label_count_ <= kMostLabels) {
+      label_rows_.push_back(std::move(labels));
+    } else {
+      ++long_courses_;
+    }
     return true;
   }
 
@@ -244,7 +251,7 @@ class PageReader {
     if (BeginsRunner(row)) {
       EndRunner();
       runner_rows_.push_back(std::move(row));
-    } else if (!runner_rows_.empty()) {
+    } else if (!runner_rows_.empty() && TextAt(row, columns_->place).empty()) {
       AddRow(row);
     } else {
       ++stray_rows_;
@@ -283,11 +290,21 @@ class PageReader {
   // Otherwise the row continues the one before, with laps, further times or the club.
   bool BeginsRunner(const PageRow& row) const {
     if (TextAt(row, columns_->name).empty()) return false;
-    if (runner_rows_.empty() || columns_->club != kNoColumn) return true;
-    if (!TextAt(row, columns_->place).empty() || !TextAt(row, columns_->bib).empty()) return true;
+    const std::string_view place = TextAt(row, columns_->place);
+    if (!PlaceIn(place).empty() || StatusOfPageWord(place)) return true;
+    if (!TextAt(row, columns_->bib).empty()) return true;
+    if (runner_rows_.empty() || columns_->club != kNoColumn) return HasTotal(row) || HasTimes(row);
+    return HasTotal(row) ||
+           (HasTimes(row) && (runner_rows_.size() > 1 || (has_lone_rows_ && !has_clubs_below_)));
+  }
+
+  bool HasTotal(const PageRow& row) const {
     const std::string_view total = TextAt(row, columns_->total);
-    if (HasAnyTime(total) || StatusOfTotal(total)) return true;
-    return runner_rows_.size() > 1 || (has_lone_rows_ && !has_clubs_below_);
+    return HasAnyTime(total) || StatusOfTotal(total);
+  }
+
+  static bool HasTimes(const PageRow& row) {
+    return std::any_of(row.cells.begin(), row.cells.end(), LooksLikeTime);
   }
 
   void EndRunner() {
@@ -307,7 +324,9 @@ class PageReader {
     runner.line = top.line;
     TakeTexts(top, runner);
     if (runner.club.empty()) runner.club = club_below;
-    TakePlace(TextAt(top, columns_->place), runner);
+    const std::string_view place = TextAt(top, columns_->place);
+    runner.rank = PlaceIn(place);
+    runner.status = StatusOfPageWord(place);
     const bool point_times = HavePointTimes(runner_rows_);
     TakeTotal(TextAt(top, columns_->total), point_times, runner);
     TakeSplits(point_times, runner);
@@ -316,6 +335,7 @@ class PageReader {
     klass.control_count = std::max(klass.control_count, CountControls());
     klass.has_codes = HaveCodes();
     klass.runners.push_back(std::move(runner));
+    ++runner_count_;
     runner_rows_.clear();
   }
 
@@ -442,10 +462,22 @@ class PageReader {
       const bool has_places = std::any_of(klass.runners.begin(), klass.runners.end(),
                                           [](const auto& runner) { return !runner.rank.empty(); });
       const bool of_course = classes_of_courses_.count(klass.name) > 0;
+      TakePlacesOfTies(klass);
       for (ForeignRunner& runner : klass.runners) {
         if (!runner.status && runner.time) ConcludeStatus(runner, has_places);
         if (of_course) runner.rank.clear();
       }
+    }
+  }
+
+  // A runner with the time of the one above may have no place of their own.
+  static void TakePlacesOfTies(ForeignClass& klass) {
+    for (std::size_t i = 1; i < klass.runners.size(); ++i) {
+      const ForeignRunner& above = klass.runners[i - 1];
+      ForeignRunner& runner = klass.runners[i];
+      const bool is_tie =
+          runner.rank.empty() && !runner.status && runner.time && runner.time == above.time;
+      if (is_tie) runner.rank = above.rank;
     }
   }
 
@@ -490,6 +522,10 @@ class PageReader {
       Warn("laps", std::to_string(habits_.lost_laps) +
                        " after a missed control are not read: the page has no splits, so it is "
                        "not known when they began");
+    }
+    if (long_courses_ > 0) {
+      Warn("controls", "more than " + std::to_string(kMostLabels) +
+                           " of a class: the rows of labels after them are not read");
     }
     if (stray_rows_ > 0) {
       Warn("rows", std::to_string(stray_rows_) + " belong to no runner and are not read");
@@ -540,8 +576,9 @@ class PageReader {
   bool has_clubs_below_ = false, has_lone_rows_ = false;
   bool any_other_text_ = false;  // was taken for a club
 
-  std::unordered_set<std::string> classes_of_courses_, unused_titles_;
-  std::size_t results_ = 0, extra_punches_ = 0, stray_rows_ = 0, without_place_ = 0;
+  std::set<std::string> classes_of_courses_, unused_titles_;
+  std::size_t runner_count_ = 0, results_ = 0;
+  std::size_t extra_punches_ = 0, stray_rows_ = 0, without_place_ = 0, long_courses_ = 0;
 };
 
 }  // namespace

@@ -26,6 +26,8 @@ std::int32_t* ColumnWithTitle(PageColumns& columns, ColumnTitle title) {
       return &columns.club;
     case ColumnTitle::kClass:
       return &columns.klass;
+    case ColumnTitle::kClubOrClass:
+      return &columns.other;
     case ColumnTitle::kTime:
       return &columns.total;
     case ColumnTitle::kCard:
@@ -146,16 +148,13 @@ std::optional<RunnerStatus> StatusOfTotal(std::string_view text) {
   return lists_missing ? std::optional(RunnerStatus::kMissingPunch) : std::nullopt;
 }
 
-void TakePlace(std::string_view text, ForeignRunner& runner) {
+std::string_view PlaceIn(std::string_view text) {
   constexpr std::size_t kLongestPrefix = 1;
   constexpr std::size_t kLongestSuffix = 2;
   const std::size_t first = std::min(text.find_first_of(kDigits), text.size());
   const std::size_t end = std::min(text.find_first_not_of(kDigits, first), text.size());
-  if (first <= kLongestPrefix && end > first && text.size() - end <= kLongestSuffix) {
-    runner.rank = text.substr(first, end - first);
-  } else {
-    runner.status = StatusOfPageWord(text);
-  }
+  const bool is_place = first <= kLongestPrefix && text.size() - end <= kLongestSuffix;
+  return is_place ? text.substr(first, end - first) : std::string_view();
 }
 
 void TakeTotal(std::string_view text, bool point_times, ForeignRunner& runner) {

@@ -19,7 +19,7 @@ struct PageColumns {
   std::int32_t place = kNoColumn, bib = kNoColumn, name = kNoColumn, club = kNoColumn,
                klass = kNoColumn, total = kNoColumn, card = kNoColumn, nationality = kNoColumn,
                sex = kNoColumn, age = kNoColumn, start = kNoColumn;
-  std::int32_t other = kNoColumn;  // a text after the name without a title: the club or the class
+  std::int32_t other = kNoColumn;  // a text after the name: the club or the class
 };
 
 /// The text in a column; empty when the row has none.
@@ -43,8 +43,8 @@ bool IsPageName(std::string_view text);
 /// are missing.
 std::optional<RunnerStatus> StatusOfTotal(std::string_view text);
 
-/// Takes the place ("1", "1.", "1st", "=3"), or a status that stands in its column.
-void TakePlace(std::string_view text, ForeignRunner& runner);
+/// The number of a place ("1", "1.", "1st", "=3"); empty for another text.
+std::string_view PlaceIn(std::string_view text);
 
 /// Takes the total time, the status, or both. `point_times` as in TimesIn.
 void TakeTotal(std::string_view text, bool point_times, ForeignRunner& runner);

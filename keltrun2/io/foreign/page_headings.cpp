@@ -24,10 +24,12 @@ bool PageHeadings::HasHeading() const {
 }
 
 std::optional<ClassLine> PageHeadings::TakeClass() {
+  constexpr std::size_t kLongestName = 100;
   std::optional<ClassLine> numbers;  // a line with a length but without a name
   std::string nearest, nearest_heading;
   for (auto text = texts_.rbegin(); text != texts_.rend() && nearest_heading.empty(); ++text) {
     ClassLine line = ReadClassLine(text->text);
+    if (line.name.size() > kLongestName) line.name.clear();
     if (line.has_numbers && !numbers) numbers = line;
     if (line.name.empty()) continue;
     if (nearest.empty()) nearest = line.name;

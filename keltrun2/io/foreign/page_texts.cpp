@@ -247,7 +247,7 @@ constexpr TitleWord kTitleWords[] = {
     {"oddíl", kClub},
     {"所属", kClub},
     {"class", kClass},
-    {"cl", kClass},
+    {"cl", ColumnTitle::kClubOrClass},
     {"cat", kClass},
     {"category", kClass},
     {"klasse", kClass},

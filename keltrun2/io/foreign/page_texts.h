@@ -63,6 +63,7 @@ enum class ColumnTitle : std::int32_t {
   kName,
   kClub,
   kClass,
+  kClubOrClass,
   kTime,
   kCard,
   kNationality,
