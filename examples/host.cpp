@@ -1,4 +1,4 @@
-// A host in thirty lines: loads a lap file, analyzes its first class and prints the ranking.
+// A host in thirty lines: loads an event, whichever program wrote it, analyzes its first class and prints the ranking.
 //
 //     host event.lxm
 #include <cstdio>
@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const auto root = std::make_shared<keltrun::clsKeltrun2>();
+  root->FileControl()->SetForeignFormats(true);
   if (!root->FileControl()->LoadLapFile(argv[1])) {
     std::fprintf(stderr, "%s\n", root->ErrorComment().c_str());
     return 1;

@@ -168,6 +168,7 @@ bool MainWindow::AttemptFile(const std::function<bool(keltrun::clsFileControl&)>
 
 bool MainWindow::Load(const QString& file, keltrun::KrLapFileLoadModeCosnt mode) {
   const bool done = AttemptFile([&](auto& files) {
+    files.SetForeignFormats(true);
     return files.LoadLapFile(file.toStdString(), keltrun::KR_FILETYPE_AUTODETECT, mode);
   });
   const QString event = ToQt(root_->EventData()->ToString());
