@@ -155,6 +155,36 @@ TEST(ApiSurface, RootObject) {
   root.Clear();
 }
 
+TEST(ApiSurface, Estimate) {
+  const Surface surface;
+  const auto estimate = surface.root->NewEstimate();
+  EXPECT_EQ(estimate->ClassCount(), 1);
+  const auto klass = estimate->ClassData("m21a");
+  EXPECT_EQ(klass, estimate->ClassData(1));
+  EXPECT_FALSE(estimate->ClassData(2) || estimate->ClassData("W") || estimate->RunnerData(99));
+  EXPECT_EQ(klass->ClassName() + std::to_string(klass->LegCount()), "M21A4");
+  Are<double>(klass->NormalTime(1), klass->Spread(1), klass->MistakeRate(1));
+  EXPECT_TRUE(klass->IsTimed(4) && !klass->IsTimed(0) && !klass->IsTimed(51));
+  EXPECT_EQ(klass->Count(), 1);
+  EXPECT_FALSE(klass->Item(0) || klass->Item(2));
+  const auto runner = klass->Item(1);
+  EXPECT_EQ(runner, estimate->RunnerData(runner->SerialNum()));
+  EXPECT_EQ(runner->OtherData(), surface.runner);
+  EXPECT_EQ(runner->RunnerName(), "A");
+  Are<double>(runner->Speed(), runner->SpeedError(), runner->Spread(), runner->TimeLost(),
+              runner->MistakeSize(), runner->NormalTime(1), runner->Loss(1), runner->LeastLoss(1),
+              runner->LargestLoss(1), runner->MistakeTime(1), runner->MistakeChance(1));
+  EXPECT_EQ(runner->MistakeCount(), 0);
+  EXPECT_FALSE(runner->IsKnown(4) || runner->IsMistake(51));
+  EXPECT_EQ(runner->MistakeWord(1), MistakeWord::kNone);
+  EXPECT_THROW((void)runner->Loss(52), AutomationError);
+  EXPECT_THROW((void)klass->Spread(-1), AutomationError);
+  EXPECT_EQ(MistakeWordName(MistakeWord::kPerhaps), "perhaps");
+  EXPECT_EQ(MistakeWordName(MistakeWord::kLikely), "likely");
+  EXPECT_EQ(MistakeWordName(MistakeWord::kSure), "sure");
+  EXPECT_EQ(MistakeWordName(MistakeWord::kNone), "");
+}
+
 TEST(ApiSurface, FilesAndPages) {
   Surface s;
   TemporaryFolder folder;

@@ -113,12 +113,72 @@ void BindRunner(py::module_& module) {
   BindRanks(type);
 }
 
+void BindEstimate(py::module_& module) {
+  using EstimatedClass = clsEstimatedClassData;
+  using EstimatedRunner = clsEstimatedRunnerData;
+  Enumeration<MistakeWord>(module, "MistakeWord",
+                           {{"kNone", MistakeWord::kNone},
+                            {"kPerhaps", MistakeWord::kPerhaps},
+                            {"kLikely", MistakeWord::kLikely},
+                            {"kSure", MistakeWord::kSure}});
+  module.def("MistakeWordName", &MistakeWordName, Doc("MistakeWordName"), arg("Word"));
+  Class<EstimatedRunner>(module, "clsEstimatedRunnerData")
+      .ReadOnly("OtherData", &EstimatedRunner::OtherData)
+      .ReadOnly("SerialNum", &EstimatedRunner::SerialNum)
+      .ReadOnly("RunnerName", &EstimatedRunner::RunnerName)
+      .ReadOnly("Speed", &EstimatedRunner::Speed)
+      .ReadOnly("SpeedError", &EstimatedRunner::SpeedError)
+      .ReadOnly("Spread", &EstimatedRunner::Spread)
+      .ReadOnly("TimeLost", &EstimatedRunner::TimeLost)
+      .ReadOnly("MistakeCount", &EstimatedRunner::MistakeCount)
+      .ReadOnly("MistakeSize", &EstimatedRunner::MistakeSize)
+      .Method("IsKnown", &EstimatedRunner::IsKnown, arg("Index"))
+      .Method("NormalTime", &EstimatedRunner::NormalTime, arg("Index"))
+      .Method("Loss", &EstimatedRunner::Loss, arg("Index"))
+      .Method("LeastLoss", &EstimatedRunner::LeastLoss, arg("Index"))
+      .Method("LargestLoss", &EstimatedRunner::LargestLoss, arg("Index"))
+      .Method("MistakeTime", &EstimatedRunner::MistakeTime, arg("Index"))
+      .Method("MistakeChance", &EstimatedRunner::MistakeChance, arg("Index"))
+      .Method("MistakeWord", &EstimatedRunner::MistakeWord, arg("Index"))
+      .Method("IsMistake", &EstimatedRunner::IsMistake, arg("Index"))
+      .Shows({"RunnerName", "Speed", "MistakeCount"});
+  Class<EstimatedClass>(module, "clsEstimatedClassData")
+      .ReadOnly("ClassName", &EstimatedClass::ClassName)
+      .ReadOnly("LegCount", &EstimatedClass::LegCount)
+      .Method("IsTimed", &EstimatedClass::IsTimed, arg("LegIndex"))
+      .Method("NormalTime", &EstimatedClass::NormalTime, arg("LegIndex"))
+      .Method("Spread", &EstimatedClass::Spread, arg("LegIndex"))
+      .Method("MistakeRate", &EstimatedClass::MistakeRate, arg("LegIndex"))
+      .ReadOnly("Count", &EstimatedClass::Count)
+      .Method("Item", MayBeNone(&EstimatedClass::Item), arg("Index"))
+      .Sequence(&EstimatedClass::Count, &EstimatedClass::Item, "the runners of the class")
+      .Shows({"ClassName", "Count"});
+  Class<clsEstimate>(module, "clsEstimate")
+      .ReadOnly("ClassCount", &clsEstimate::ClassCount)
+      .Method("ClassData",
+              MayBeNone(py::overload_cast<std::int32_t>(&clsEstimate::ClassData, py::const_)),
+              arg("ClassID"))
+      .Method("ClassData",
+              MayBeNone(py::overload_cast<std::string_view>(&clsEstimate::ClassData, py::const_)),
+              arg("ClassID"))
+      .Method("RunnerData", MayBeNone(&clsEstimate::RunnerData), arg("SerialNum"))
+      .Extra(
+          "classes",
+          [class_at = py::overload_cast<std::int32_t>(&clsEstimate::ClassData, py::const_)](
+              const clsEstimate& estimate) {
+            return AllItems(estimate, &clsEstimate::ClassCount, class_at);
+          },
+          "A new list of the classes, in the order of ClassData.")
+      .Shows({"ClassCount"});
+}
+
 }  // namespace
 
 void BindAnalysis(py::module_& module) {
   BindDataSet(module);
   BindRunner(module);
   BindGeneralData(module);
+  BindEstimate(module);
   module.attr("kFewestOnMap") = kFewestOnMap;
   module.attr("kMostOnMap") = kMostOnMap;
   Class<clsAnalyzer, DataSet>(module, "clsAnalyzer")

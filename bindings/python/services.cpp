@@ -256,6 +256,7 @@ void BindRoot(py::module_& module) {
       .ReadOnly("ErrorComment", &Root::ErrorComment)
       .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
       .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
+      .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
       .ReadOnly("EventData", &Root::EventData)
       .ReadOnly("FileControl", &Root::FileControl)
       .ReadOnly("GraphicControl", &Root::GraphicControl)

@@ -1,5 +1,6 @@
 #include "keltrun2/api/keltrun2.h"
 
+#include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/base/version.h"
@@ -37,6 +38,11 @@ std::shared_ptr<clsAnalyzer> clsKeltrun2::NewAnalyzer() const {
 
 std::shared_ptr<clsResultsHolder> clsKeltrun2::NewResultsHolder() const {
   return std::make_shared<clsResultsHolder>();
+}
+
+std::shared_ptr<clsEstimate> clsKeltrun2::NewEstimate(std::string_view UntimedLegs) const {
+  return EstimateInternal::Make(*model_,
+                                CheckedUntimedLegs(UntimedLegs, "clsKeltrun2.NewEstimate"));
 }
 
 std::shared_ptr<clsEventData> clsKeltrun2::EventData() const { return model_->Event; }

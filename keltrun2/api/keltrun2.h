@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/estimate.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/analysis/segment_data.h"
 #include "keltrun2/api/file_control.h"
@@ -75,6 +76,12 @@ class KELTRUN2_API clsKeltrun2 {
   [[nodiscard]] std::shared_ptr<clsAnalyzer> NewAnalyzer() const;
   /// A new result list, empty and owned by the host.
   [[nodiscard]] std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
+
+  /// What every lap of the event would have been without mistakes. UntimedLegs says which legs are
+  /// left out: "auto" those that are found to be untimed, "none", or a list of the numbers of legs
+  /// in every class, "8,15". Raises invalid call (5) for any other text.
+  [[nodiscard]] std::shared_ptr<clsEstimate> NewEstimate(
+      std::string_view UntimedLegs = "auto") const;
 
   /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;

@@ -2,7 +2,7 @@
 """The estimate of laps, written a second time for comparison, and the answers that the tests expect.
 
     make_reference.py random > random.txt              200 random events
-    make_reference.py NAME ANALYSES.json > NAME.txt    an event, from keltrun2 analyze --all --as json
+    make_reference.py ANALYSES.json > NAME.txt         an event, from keltrun2 analyze --all --as json
 
 This is the method of docs/analysis.md in the order of its formulas, whole columns at a time; the
 library goes lap by lap and takes its special function from a table. The random events come from a
@@ -282,10 +282,9 @@ def random_event(seed):
     return in_pooling_order(out)
 
 
-def in_pooling_order(classes, laps_of=lambda klass: klass[0]):
+def in_pooling_order(classes):
     """Classes are pooled in turn, those with the most laps first."""
-    return sorted(classes, key=lambda klass: (-np.isfinite(laps_of(klass)).sum(),
-                                              -np.nansum(laps_of(klass))))
+    return sorted(classes, key=lambda klass: (-np.isfinite(klass[0]).sum(), -np.nansum(klass[0])))
 
 
 def untimed_legs(laps):
@@ -298,10 +297,11 @@ def untimed_legs(laps):
 
 
 def event_of(path):
-    """The classes of an event and their names, from the JSON of all its analyses."""
+    """The classes of an event with their names and the numbers of their runners, from the JSON of
+    all its analyses."""
     with open(path, encoding="utf-8") as file:
         analyses = json.load(file)
-    classes, names, serials = [], [], []
+    classes = []
     for analysis in analyses:
         of = analysis["set"]
         if of["kind"] != "class" or not analysis["runners"]:
@@ -314,11 +314,9 @@ def event_of(path):
                     laps[i, leg] = time
         laps[:, list(untimed_legs(laps))] = np.nan
         places = ["S", *of["codes"], "F"] if of["codes"] and len(of["codes"]) == legs - 1 else None
-        classes.append((laps, [(places[j], places[j + 1]) if places else (of["name"], j)
-                               for j in range(legs)]))
-        names.append(of["name"])
-        serials.append([runner["serial"] for runner in analysis["runners"]])
-    return classes, names, serials
+        pairs = [(places[j], places[j + 1]) if places else (of["name"], j) for j in range(legs)]
+        classes.append((laps, pairs, of["name"], [r["serial"] for r in analysis["runners"]]))
+    return in_pooling_order(classes)
 
 
 def number(value):
@@ -329,24 +327,24 @@ def sampled(count, wanted):
     return range(0, count, max(1, count // wanted))
 
 
-def print_answers(classes, wanted, name=str, runner_name=lambda klass, runner: runner):
+def print_answers(classes, wanted, class_name=str, runner_name=lambda klass, runner: runner):
     E, answers = estimate(classes)
     print("event", len(E.x), int(answers["known"].sum()))
     for i in sampled(len(E.x), wanted):
-        ci = E.c[i]
-        runner = runner_name(ci, E.r[i] - E.first_runner[ci])
+        klass = E.c[i]
+        runner = runner_name(klass, E.r[i] - E.first_runner[klass])
         figures = [number(of[i]) for of in answers["laps"].values()]
-        print("lap", name(ci), runner, E.l[i] - E.first_leg[ci],
+        print("lap", class_name(klass), runner, E.l[i] - E.first_leg[klass],
               *(figures if answers["known"][i] else ["unknown"]))
     for i in sampled(E.nr, wanted // 4):
         if answers["raced"][i]:
-            ci = E.class_of_runner[i]
-            print("runner", name(ci), runner_name(ci, i - E.first_runner[ci]),
+            klass = E.class_of_runner[i]
+            print("runner", class_name(klass), runner_name(klass, i - E.first_runner[klass]),
                   *(number(of[i]) for of in answers["runners"].values()))
     for i in sampled(E.nl, wanted // 4):
         if answers["run"][i]:
-            ci = E.class_of_leg[i]
-            print("leg", name(ci), i - E.first_leg[ci],
+            klass = E.class_of_leg[i]
+            print("leg", class_name(klass), i - E.first_leg[klass],
                   *(number(of[i]) for of in answers["legs"].values()))
 
 
@@ -354,10 +352,11 @@ def main():
     if sys.argv[1:] == ["random"]:
         for seed in range(1, 201):
             print_answers(random_event(seed), 20)
-    elif len(sys.argv) == 3:
-        classes, names, serials = event_of(sys.argv[2])
-        print_answers(classes, 400, lambda ci: names[ci].replace(" ", "_"),
-                      lambda ci, i: serials[ci][i])
+    elif len(sys.argv) == 2:
+        classes = event_of(sys.argv[1])
+        print_answers([klass[:2] for klass in classes], 600,
+                      lambda klass: classes[klass][2].replace(" ", "_"),
+                      lambda klass, runner: classes[klass][3][runner])
     else:
         sys.exit(__doc__)
 

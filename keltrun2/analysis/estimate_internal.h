@@ -1,0 +1,37 @@
+// Makes the estimate of an event.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "keltrun2/analysis/estimate.h"
+#include "keltrun2/analysis/lap_estimate.h"
+#include "keltrun2/analysis/untimed_legs.h"
+#include "keltrun2/model/event_model.h"
+
+namespace keltrun {
+
+class EstimateInternal {
+ public:
+  /// The estimate of all classes of the event.
+  static std::shared_ptr<clsEstimate> Make(const EventModel& model,
+                                           const UntimedLegsChoice& untimed);
+
+ private:
+  static std::shared_ptr<clsEstimatedClassData> MakeClass(const clsClassData& klass,
+                                                          const LegSet& untimed,
+                                                          const ClassEstimate& figures);
+  static std::shared_ptr<clsEstimatedRunnerData> MakeRunner(
+      const std::shared_ptr<clsLapData>& record, const RunnerFigures& figures,
+      const LapFigures* laps, std::size_t legs);
+};
+
+/// The laps of every class in seconds, without those of untimed legs and those that cover more than
+/// their leg. Legs between the same two controls have the same pair number, and legs of a class
+/// whose course is not known have numbers of their own.
+std::vector<LapTable> LapTables(const EventModel& model, const std::vector<LegSet>& untimed);
+
+/// The untimed legs of every class by a choice. The legs of a list are those of every class.
+std::vector<LegSet> UntimedLegsOf(const EventModel& model, const UntimedLegsChoice& choice);
+
+}  // namespace keltrun

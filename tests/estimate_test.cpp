@@ -1,0 +1,225 @@
+// The estimate of an event as hosts see it, and the legs that were not timed.
+#include "keltrun2/analysis/estimate.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <initializer_list>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "keltrun2/analysis/untimed_legs.h"
+#include "tests/test_support.h"
+
+namespace keltrun::test {
+namespace {
+
+// Days as seconds.
+double InSeconds(DateTime days) { return days * kSecondsPerDay; }
+
+void ExpectFigures(std::istream& line, std::initializer_list<double> figures, double scale,
+                   const std::string& where) {
+  constexpr double kRelative = 1e-6;
+  for (const double figure : figures) {
+    double expected = -1;
+    line >> expected;
+    EXPECT_NEAR(figure, expected, kRelative * std::fabs(expected) + 1e-9 * scale) << where;
+  }
+}
+
+void ExpectLap(std::istream& line, const clsEstimatedRunnerData& runner, int leg,
+               const std::string& where) {
+  const bool known = (line >> std::ws).peek() != 'u';
+  ASSERT_EQ(runner.IsKnown(leg), known) << where;
+  if (!known) return;
+  const double normal = InSeconds(runner.NormalTime(leg));
+  ExpectFigures(line,
+                {normal, InSeconds(runner.LeastLoss(leg)), InSeconds(runner.LargestLoss(leg))},
+                normal, where);
+  double any_mistake = 0;
+  line >> any_mistake;
+  ExpectFigures(line, {runner.MistakeChance(leg), InSeconds(runner.MistakeTime(leg))}, normal,
+                where);
+}
+
+// Files with the answers of tests/data/estimate/make_reference.py.
+TEST(Estimate, EqualsTheReferenceOnRealEvents) {
+  for (const std::string name : {"hoshinomori", "midorigaoka"}) {
+    const auto root = NewRoot();
+    ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile(name + "/event.lxm")));
+    const auto estimate = root->NewEstimate();
+    std::ifstream file(DataFile("estimate/" + name + ".txt"));
+    int lines = 0;
+    for (std::string text; std::getline(file, text); ++lines) {
+      std::istringstream line(text);
+      std::string subject, class_name;
+      int serial = 0, leg = 0;
+      line >> subject >> class_name;
+      if (subject == "event") continue;
+      std::replace(class_name.begin(), class_name.end(), '_', ' ');
+      const auto klass = estimate->ClassData(class_name);
+      ASSERT_TRUE(klass) << text;
+      if (subject == "leg") {
+        line >> leg;
+        ++leg;
+        ExpectFigures(
+            line, {InSeconds(klass->NormalTime(leg)), klass->Spread(leg), klass->MistakeRate(leg)},
+            1, text);
+        continue;
+      }
+      line >> serial;
+      const auto runner = estimate->RunnerData(serial);
+      ASSERT_TRUE(runner) << text;
+      EXPECT_EQ(runner->OtherData()->ClassName(), class_name);
+      if (subject == "lap") {
+        line >> leg;
+        ExpectLap(line, *runner, leg + 1, text);
+      } else {
+        ExpectFigures(line,
+                      {runner->Speed(), runner->SpeedError(), runner->Spread(),
+                       static_cast<double>(runner->MistakeCount()), InSeconds(runner->TimeLost())},
+                      1, text);
+      }
+    }
+    EXPECT_GT(lines, 600);
+  }
+}
+
+// Four runners on four legs, of which the third is untimed.
+struct CrossingEvent {
+  CrossingEvent() {
+    klass->ControlCount = 3;
+    AddRunner(*klass, "A", "0:10:00", {100, 200, 0, 300});
+    AddRunner(*klass, "B", "0:11:00", {110, 220, 0, 330});
+    AddRunner(*klass, "C", "0:12:00", {120, 240, 0.001, 360});
+    stray = AddRunner(*klass, "D", "0:13:00", {130, 260, 5, 390});
+  }
+  std::shared_ptr<clsKeltrun2> root = NewRoot();
+  std::shared_ptr<clsClassData> klass = root->AddClass("M");
+  std::shared_ptr<clsLapData> stray;
+};
+
+TEST(Estimate, LapsOfUntimedLegsCountForNobody) {
+  const CrossingEvent event;
+  const auto klass = event.root->NewEstimate()->ClassData(1);
+  EXPECT_TRUE(klass->IsTimed(2));
+  EXPECT_FALSE(klass->IsTimed(3));
+  EXPECT_EQ(klass->NormalTime(3), 0);
+  EXPECT_FALSE(klass->Item(4)->IsKnown(3));
+  EXPECT_TRUE(klass->Item(4)->IsKnown(4));
+  const auto all = event.root->NewEstimate("none")->ClassData(1);
+  EXPECT_TRUE(all->IsTimed(3));
+  EXPECT_GT(all->NormalTime(3), 0);
+  const auto listed = event.root->NewEstimate("1,3")->ClassData(1);
+  EXPECT_FALSE(listed->IsTimed(1));
+  EXPECT_TRUE(listed->IsTimed(4));
+}
+
+struct ZeroCase {
+  const char* what;
+  std::vector<std::vector<double>> runners;  // laps in seconds
+  const char* untimed;
+};
+
+TEST(UntimedLegs, AreFoundByTheZerosOfRunnersWhoWentOn) {
+  const ZeroCase kCases[] = {
+      {"three of four", {{9, 0, 9}, {9, 0, 9}, {9, 0, 9}, {9, 4, 9}}, "2"},
+      {"three of six are half",
+       {{9, 0, 9}, {9, 0, 9}, {9, 0, 9}, {9, 4, 9}, {9, 4, 9}, {9, 4, 9}},
+       "2"},
+      {"two are too few", {{9, 0, 9}, {9, 0, 9}, {9, 4, 9}}, "none"},
+      {"fewer than half",
+       {{9, 0, 9}, {9, 0, 9}, {9, 0, 9}, {9, 4, 9}, {9, 4, 9}, {9, 4, 9}, {9, 4, 9}},
+       "none"},
+      {"runners who stopped do not count", {{9, 0, 0}, {9, 0, 0}, {9, 0, 0}, {9, 4, 9}}, "none"},
+      {"the last leg", {{9, 9, 0}, {9, 9, 0}, {9, 9, 0}}, "none"},
+      {"a lap of 0 s is stored as a millisecond", {{9, .001, 9}, {9, 0, 9}, {9, .001, 9}}, "2"},
+      {"a skipped control is no zero", {{9, -1, 9}, {9, -1, 9}, {9, -1, 9}, {9, 4, 9}}, "none"},
+      {"two legs in a row", {{9, 0, 0, 9}, {9, 0, 0, 9}, {9, 0, 0, 9}}, "2,3"},
+      {"the first leg", {{0, 9, 9}, {0, 9, 9}, {0, 9, 9}}, "1"},
+  };
+  for (const ZeroCase& test : kCases) {
+    const auto root = NewRoot();
+    const auto klass = root->AddClass("M");
+    std::vector<ZeroLaps> counts(test.runners.front().size());
+    for (const auto& laps : test.runners) {
+      CountZeroLaps(*AddRunner(*klass, "R", "", laps), counts);
+    }
+    EXPECT_EQ(LegNumbers(FindUntimedLegs(counts, {}, nullptr)), test.untimed) << test.what;
+  }
+}
+
+// The small class cannot tell by itself; the others that run from 31 to 32 can.
+TEST(UntimedLegs, AreThoseWhoseControlsAreUntimedInOtherClasses) {
+  const auto root = NewRoot();
+  const auto add = [&](const char* name, int course, const std::vector<std::int32_t>& codes,
+                       const std::vector<std::vector<double>>& runners) {
+    const auto made = root->AddCourse(course);
+    made->SetControlCount(static_cast<std::int32_t>(codes.size()));
+    for (std::size_t i = 0; i < codes.size(); ++i) {
+      made->SetControlNum(static_cast<std::int32_t>(i) + 1, codes[i]);
+    }
+    const auto klass = root->AddClass(name);
+    klass->CourseNum = course;
+    klass->ControlCount = made->ControlCount();
+    for (const auto& laps : runners) AddRunner(*klass, name, "", laps);
+  };
+  add("Large", 1, {31, 32, 33}, {{9, 0, 9, 9}, {9, 0, 9, 9}, {9, 0, 9, 9}});
+  add("Small", 2, {40, 31, 32}, {{9, 9, 3, 9}, {9, 9, 0, 9}});
+  add("One", 3, {31, 32}, {{9, 3, 9}});
+  add("Timed", 4, {31, 32}, {{9, 9, 9}, {9, 9, 9}, {9, 9, 9}, {9, 9, 9}});
+  add("Other", 5, {31, 33, 32}, {{9, 0, 9, 9}});
+  const auto estimate = root->NewEstimate();
+  const auto untimed = [&](const char* name) {
+    std::string legs;
+    const auto klass = estimate->ClassData(name);
+    for (std::int32_t leg = 1; leg <= klass->LegCount(); ++leg) {
+      if (!klass->IsTimed(leg)) legs += std::to_string(leg);
+    }
+    return legs;
+  };
+  EXPECT_EQ(untimed("Large"), "2");
+  EXPECT_EQ(untimed("Small"), "");  // four of ten: those of the class Timed decide
+  EXPECT_EQ(untimed("Timed"), "");
+  EXPECT_EQ(untimed("Other"), "");
+  root->RemoveClass("Timed");
+  EXPECT_EQ(root->NewEstimate()->ClassData("Small")->IsTimed(3), false);
+  EXPECT_EQ(root->NewEstimate()->ClassData("One")->IsTimed(2), false);
+}
+
+TEST(UntimedLegs, AreChosenByAText) {
+  for (const char* text : {"none", "auto", "8", "1,51", "8,15"}) {
+    const auto choice = UntimedLegsChoice::Parse(text);
+    ASSERT_TRUE(choice) << text;
+    EXPECT_EQ(choice->ToString(), text);
+  }
+  for (const char* text : {"", "0", "52", "8,", ",8", "8;15", "8, 15", "-1", "all", "none,8",
+                           "99999999999999999999999"}) {
+    EXPECT_FALSE(UntimedLegsChoice::Parse(text)) << text;
+    EXPECT_THROW((void)NewRoot()->NewEstimate(text), AutomationError) << text;
+  }
+}
+
+TEST(UntimedLegs, OfTheExamples) {
+  const auto root = NewRoot();
+  for (const char* name : {"hoshinomori", "midorigaoka"}) {
+    ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile(std::string(name) + "/event.lxm")));
+    const auto estimate = root->NewEstimate();
+    std::string found;
+    for (std::int32_t i = 1; i <= estimate->ClassCount(); ++i) {
+      const auto klass = estimate->ClassData(i);
+      for (std::int32_t leg = 1; leg <= klass->LegCount(); ++leg) {
+        if (!klass->IsTimed(leg)) found += klass->ClassName() + " " + std::to_string(leg) + " ";
+      }
+    }
+    const bool has_crossing = std::string(name) == "hoshinomori";
+    EXPECT_EQ(found, has_crossing ? "M20E 8 M20E 15 M21A 8 M21A 15 " : "");
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::test
