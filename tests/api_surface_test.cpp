@@ -155,6 +155,18 @@ TEST(ApiSurface, RootObject) {
   root.Clear();
 }
 
+TEST(ApiSurface, UntimedLegsAndGaps) {
+  const Surface surface;
+  EXPECT_EQ(surface.analyzer->UntimedLegs(), "none");
+  surface.analyzer->SetUntimedLegs("1,3");
+  EXPECT_THROW(surface.analyzer->SetUntimedLegs("some"), AutomationError);
+  EXPECT_EQ(surface.analyzer->UntimedLegs(), "1,3");
+  EXPECT_TRUE(surface.analyzer->GeneralData()->IsTimed(3));
+  surface.analyzer->Execute();
+  EXPECT_FALSE(surface.analyzer->GeneralData()->IsTimed(3));
+  EXPECT_FALSE(clsChartObject().BridgeGaps);
+}
+
 TEST(ApiSurface, Estimate) {
   const Surface surface;
   const auto estimate = surface.root->NewEstimate();

@@ -187,6 +187,49 @@ TEST(LineCharts, ScrollAndEndAtTheEdge) {
   EXPECT_EQ(f.picture->width, 20000);
 }
 
+// The first runner has no time at control 1.
+TEST(LineCharts, BridgeGapsWithDashes) {
+  Fixture f;
+  f.Splits(1, {0, 300, 600});
+  f.Splits(2, {100, 300, 0});
+  f.analyzer->Item(1)->SetSplitTime(1, 0);
+  f.analyzer->Item(2)->SetSplitTime(3, 0);
+  EXPECT_EQ(LineOf(f.Build(0, 5), 1), "");
+  const std::string whole = LineOf(f.Build(0, 5), 2);
+  f.chart.BridgeGaps = true;
+  const State& state = f.Build(0, 5);
+  EXPECT_EQ(LineOf(state, 2), whole);
+  std::vector<clsChartLine> dashes;
+  for (const clsChartLine& line : state.runner_lines) {
+    if (line.RunnerIndex == 1 && line.Detail == 2) dashes.push_back(line);
+  }
+  ASSERT_GT(dashes.size(), 10U);
+  EXPECT_EQ(dashes.front().X1, 0);
+  EXPECT_EQ(dashes.back().X2, 300);
+  EXPECT_EQ(dashes.back().Y2, 150);
+  for (std::size_t i = 1; i < dashes.size(); ++i) EXPECT_GT(dashes[i].X1, dashes[i - 1].X2 + 2);
+  EXPECT_TRUE(LineOf(state, 1).ends_with(" 300,150 600,300"));  // and on to the finish
+}
+
+TEST(LineCharts, PassUntimedLegs) {
+  const auto root = NewRoot();
+  const auto klass = root->AddClass("A");
+  klass->ControlCount = 3;
+  for (int i = 0; i < 3; ++i) AddRunner(*klass, "Runner", "0:10:00", {100, 0, 200, 300});
+  const auto analyzer = root->NewAnalyzer();
+  analyzer->AddClass("A");
+  clsChartObject chart;
+  chart.SetPictureObject(std::make_shared<RecordingPicture>());
+  const auto line = [&] {
+    analyzer->Execute();
+    BuildChart(analyzer, chart, KR_CHART_NORMAL, 5, 1, 0, 0);
+    return LineOf(ChartObjectInternal::Get(chart), 1);
+  };
+  EXPECT_EQ(line(), "0,0 100,50");
+  analyzer->SetUntimedLegs("auto");
+  EXPECT_EQ(line(), "0,0 100,50 100,50 300,150 600,300");
+}
+
 TEST(ScatterCharts, FollowTheScales) {
   Fixture f(3);
   f.Ratios(1, 0.9, 0.05, 1.0, 0.9);

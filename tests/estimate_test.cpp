@@ -221,5 +221,102 @@ TEST(UntimedLegs, OfTheExamples) {
   }
 }
 
+// The laps, splits and losses of the crossing on leg 3 with and without the option.
+TEST(UntimedLegs, LeaveTheSplitsComparable) {
+  const CrossingEvent event;
+  const auto analyzer = event.root->NewAnalyzer();
+  analyzer->AddClass("M");
+  analyzer->Execute();
+  const auto rank_of_stray = [&](int leg) { return analyzer->Item(4)->SplitRank(leg); };
+  EXPECT_EQ(rank_of_stray(4), 2);  // only C and D have a lap on the crossing
+  EXPECT_EQ(WholeSeconds(analyzer->Item(4)->SplitTime(4)), 785);
+  EXPECT_GT(analyzer->GeneralData()->LegLength(3), 0);
+
+  analyzer->SetUntimedLegs("auto");
+  analyzer->Execute();
+  analyzer->ExtraAnalyze();
+  const auto& general = *analyzer->GeneralData();
+  EXPECT_FALSE(general.IsTimed(3));
+  EXPECT_EQ(general.LegLength(3), 0);
+  EXPECT_EQ(general.UpperLapAverage(3), 0);
+  EXPECT_FALSE(general.IsUpperLapExists(3, 1));
+  EXPECT_EQ(general.LegDifficulty(3)->Value(), 0);
+  float difficulties = 0;
+  for (int leg = 1; leg <= 4; ++leg) difficulties += general.LegDifficulty(leg)->Value();
+  EXPECT_NEAR(difficulties, 3, 1e-5);  // 1 is the mean of the timed legs
+  const auto& stray = *analyzer->Item(4);
+  EXPECT_EQ(WholeSeconds(stray.LapTime(3)), 5);  // the record is as it was
+  EXPECT_FALSE(stray.IsValidLapTime(3));
+  EXPECT_EQ(stray.MissTime(3)->Value(), 0);
+  EXPECT_EQ(stray.LapRelative(3)->Value(), 0);
+  EXPECT_EQ(WholeSeconds(stray.SplitTime(4)), 780);
+  for (int position = 1; position <= 4; ++position) {
+    EXPECT_TRUE(analyzer->Item(position)->IsValidSplitTime(4));
+    EXPECT_EQ(analyzer->Item(position)->SplitRank(4), position);
+  }
+
+  analyzer->SetUntimedLegs("none");
+  analyzer->Execute();
+  EXPECT_TRUE(analyzer->GeneralData()->IsTimed(3));
+  EXPECT_EQ(rank_of_stray(4), 2);
+  EXPECT_EQ(WholeSeconds(analyzer->Item(4)->SplitTime(4)), 785);
+}
+
+// A runner who skipped the control before the crossing has a lap that covers both legs, and one who
+// is disqualified there has no comparable splits.
+TEST(UntimedLegs, KeepTheMarkersOfRunners) {
+  CrossingEvent event;
+  AddRunner(*event.klass, "E", "MP", {100, -1, 207, 310});
+  AddRunner(*event.klass, "F", "DISQ", {100, 200, -2, 300});
+  AddRunner(*event.klass, "G", "MP", {100, 200, -1, 302});
+  const auto analyzer = event.root->NewAnalyzer();
+  analyzer->SetUntimedLegs("3");
+  analyzer->AddClass(1);
+  analyzer->Execute();
+  const auto runner = [&](const std::string& name) {
+    for (std::int32_t i = 1; i <= analyzer->Count(); ++i) {
+      if (analyzer->Item(i)->RunnerName() == name) return analyzer->Item(i);
+    }
+    return std::shared_ptr<clsAnalyzedRunnerData>();
+  };
+  EXPECT_EQ(runner("E")->TotalLapFrom(3), 2);
+  EXPECT_EQ(WholeSeconds(runner("E")->ModifiedLapTime(2)), 207);
+  EXPECT_EQ(WholeSeconds(runner("E")->ModifiedLapTime(3)), 0);
+  EXPECT_EQ(WholeSeconds(runner("E")->SplitTime(4)), 617);
+  EXPECT_FALSE(runner("F")->IsValidSplitTime(4));
+  EXPECT_EQ(WholeSeconds(runner("G")->ModifiedLapTime(4)), 302);
+  EXPECT_TRUE(runner("G")->IsValidSplitTime(4));
+}
+
+// The set of a segment knows where its legs are in the event.
+TEST(UntimedLegs, OfASegmentAreThoseOfItsControls) {
+  const auto root = NewRoot();
+  for (const int course : {1, 2}) {
+    const auto made = root->AddCourse(course);
+    made->SetControlCount(4);
+    const std::int32_t codes[] = {40 + course, 31, 32, 33};
+    for (int i = 0; i < 4; ++i) made->SetControlNum(i + 1, codes[i]);
+    const auto klass = root->AddClass("Class" + std::to_string(course));
+    klass->CourseNum = course;
+    klass->ControlCount = 4;
+    for (int i = 0; i < (course == 1 ? 3 : 1); ++i) {
+      AddRunner(*klass, "R", "", {50, 60, course == 1 ? 0.0 : 4.0, 70, 80});
+    }
+  }
+  root->MakeSegmentSet();
+  ASSERT_EQ(root->SegmentCount(), 1);
+  const auto analyzer = root->SegmentData(1)->Analyzer();
+  analyzer->SetUntimedLegs("auto");
+  analyzer->Execute();
+  EXPECT_FALSE(analyzer->GeneralData()->IsTimed(1));
+  EXPECT_TRUE(analyzer->GeneralData()->IsTimed(2));
+  // The second class alone leaves it to the event.
+  const auto alone = root->NewAnalyzer();
+  alone->AddClass("Class2");
+  alone->SetUntimedLegs("auto");
+  alone->Execute();
+  EXPECT_FALSE(alone->GeneralData()->IsTimed(3));
+}
+
 }  // namespace
 }  // namespace keltrun::test

@@ -37,6 +37,7 @@ void BindGeneralData(py::module_& module) {
       .Method("IsUpperLapExists", &General::IsUpperLapExists, arg("LegIndex"), arg("RankIndex"))
       .Method("UpperLapAverage", &General::UpperLapAverage, arg("LegIndex"))
       .Method("LegLength", &General::LegLength, arg("LegIndex"))
+      .Method("IsTimed", &General::IsTimed, arg("LegIndex"))
       .ReadOnly("UpperLapTotal", &General::UpperLapTotal)
       .Method("UpperLapObject", MayBeNone(&General::UpperLapObject), arg("LegIndex"),
               arg("RankIndex"));
@@ -184,6 +185,7 @@ void BindAnalysis(py::module_& module) {
   Class<clsAnalyzer, DataSet>(module, "clsAnalyzer")
       .MadeBy(py::init<>())
       .Property("CourseData", MayBeNone(&clsAnalyzer::CourseData), &clsAnalyzer::SetCourseData)
+      .Property("UntimedLegs", &clsAnalyzer::UntimedLegs, &clsAnalyzer::SetUntimedLegs)
       .ReadOnly("IsExecuted", &clsAnalyzer::IsExecuted)
       .ReadOnly("ClassInfo", &clsAnalyzer::ClassInfo)
       .Method("Clear", &clsAnalyzer::Clear)

@@ -130,6 +130,7 @@ void BindCharts(py::module_& module) {
   Class<PythonChart>(module, "clsChartObject", py::custom_type_setup(TraversePicture))
       .MadeBy(py::init<>())
       .Field("AutoSize", &clsChartObject::AutoSize)
+      .Field("BridgeGaps", &clsChartObject::BridgeGaps)
       .ReadOnly("RatioX", &clsChartObject::RatioX)
       .ReadOnly("RatioY", &clsChartObject::RatioY)
       .ReadOnly("PositionX", &clsChartObject::PositionX)

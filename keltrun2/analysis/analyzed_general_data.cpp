@@ -40,6 +40,7 @@ std::shared_ptr<clsAnalyzedRunnerData> clsAnalyzedGeneralData::UpperLapObject(
 
 void AnalyzedGeneralInternal::CalcUpperLaps(clsAnalyzedGeneralData& general, std::int32_t legs) {
   DateTime total = 0;
+  std::int32_t timed_legs = 0;
   for (std::int32_t leg = 1; leg <= legs; ++leg) {
     auto& figures = general.legs_[static_cast<std::size_t>(leg)];
     DateTime sum = 0;
@@ -52,12 +53,13 @@ void AnalyzedGeneralInternal::CalcUpperLaps(clsAnalyzedGeneralData& general, std
     }
     figures.upper_lap_average = count > 0 ? sum / count : 0;
     total += figures.upper_lap_average;
+    if (figures.timed) ++timed_legs;
   }
   general.upper_lap_total_ = total;
   for (std::int32_t leg = 1; leg <= legs; ++leg) {
     auto& figures = general.legs_[static_cast<std::size_t>(leg)];
-    const DateTime share = total == 0 ? 1.0 / legs : figures.upper_lap_average / total;
-    figures.leg_length = static_cast<float>(share);
+    const DateTime share = total == 0 ? 1.0 / timed_legs : figures.upper_lap_average / total;
+    figures.leg_length = figures.timed ? static_cast<float>(share) : 0;
   }
 }
 

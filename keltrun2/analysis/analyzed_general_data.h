@@ -37,6 +37,11 @@ class KELTRUN2_API clsAnalyzedGeneralData {
   /// Sum of the reference laps.
   DateTime UpperLapTotal() const { return upper_lap_total_; }
 
+  /// Whether the laps of the leg count: false for the legs that clsAnalyzer::UntimedLegs leaves
+  /// out. An untimed leg has no ranks and no reference lap, its share, difficulty and losses are 0,
+  /// and it interrupts no split.
+  bool IsTimed(std::int32_t LegIndex) const { return Leg(LegIndex).timed; }
+
   /// The runner at the position (1 to 6) in the lap order of the leg, or null. Raises the same
   /// error as IsUpperLapExists.
   std::shared_ptr<clsAnalyzedRunnerData> UpperLapObject(std::int32_t LegIndex,
@@ -48,6 +53,7 @@ class KELTRUN2_API clsAnalyzedGeneralData {
   struct LegFigures {
     DateTime upper_lap_average = 0;
     float leg_length = 0;
+    bool timed = true;
     clsPercentValue difficulty;
     std::array<std::shared_ptr<clsAnalyzedRunnerData>, kMostUpperLaps + 1> upper_laps;
   };

@@ -22,6 +22,14 @@ class AnalyzedGeneralInternal {
     return general.legs_[static_cast<std::size_t>(leg)].difficulty;
   }
 
+  /// The leg, from 0 to 51, is not checked.
+  static bool IsTimed(const clsAnalyzedGeneralData& general, std::int32_t leg) {
+    return general.legs_[static_cast<std::size_t>(leg)].timed;
+  }
+  static void SetUntimed(clsAnalyzedGeneralData& general, std::int32_t leg) {
+    general.legs_[static_cast<std::size_t>(leg)].timed = false;
+  }
+
   /// Computes the reference laps, their total and the shares of legs 1 to `legs` from the upper
   /// laps.
   static void CalcUpperLaps(clsAnalyzedGeneralData& general, std::int32_t legs);

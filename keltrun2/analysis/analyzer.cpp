@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <utility>
 
+#include "keltrun2/analysis/analyzed_general_data_internal.h"
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/extra_analysis.h"
 #include "keltrun2/analysis/loss_map.h"
 #include "keltrun2/analysis/split_analysis.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/length_and_climb.h"
+#include "keltrun2/model/process_state.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/sort.h"
 #include "keltrun2/text/file_names.h"
@@ -44,6 +47,30 @@ void clsAnalyzer::AddLap(const std::shared_ptr<clsLapData>& LapObject) {
   is_executed_ = false;
 }
 
+void clsAnalyzer::SetUntimedLegs(std::string_view Legs) {
+  untimed_choice_ = CheckedUntimedLegs(Legs, "clsAnalyzer.UntimedLegs").ToString();
+}
+
+clsAnalyzer::LegSet clsAnalyzer::FindUntimedLegs() const {
+  const auto choice = CheckedUntimedLegs(untimed_choice_, "clsAnalyzer.UntimedLegs");
+  if (!choice.IsAutomatic()) return choice.Legs();
+  std::vector<ZeroLaps> counts(static_cast<std::size_t>(AnalyzerInternal::LegCount(*this)));
+  for (const auto& runner : full_) CountZeroLaps(*runner->OtherData(), counts);
+  const auto model = FindCurrentModel();
+  const auto pairs = model ? DataSetInternal::LegPairs(*this, *model) : std::vector<ControlPair>();
+  return keltrun::FindUntimedLegs(counts, pairs, model.get());
+}
+
+// Runners were read with all legs when they were added.
+void clsAnalyzer::ReadWithout(const LegSet& untimed) {
+  if (untimed.none() && read_without_.none()) return;
+  for (const auto& runner : full_) ReadLegs(*runner->OtherData(), *runner, untimed);
+  read_without_ = untimed;
+  for (std::int32_t leg = 1; leg <= AnalyzerInternal::LegCount(*this); ++leg) {
+    if (untimed[static_cast<std::size_t>(leg)]) AnalyzedGeneralInternal::SetUntimed(*general_, leg);
+  }
+}
+
 void clsAnalyzer::CheckLap(const clsLapData& lap) const {
   if (lap.LegCount() <= 0) return;
   CheckIndex(lap.LegCount(), 1, clsAnalyzedRunnerData::kMostAnalyzedLegs, "clsAnalyzer.AddLap");
@@ -54,6 +81,7 @@ void clsAnalyzer::Clear() {
   selected_.clear();
   general_ = std::make_shared<clsAnalyzedGeneralData>();
   ClearHead();
+  read_without_ = {};
   is_executed_ = false;
 }
 
@@ -71,6 +99,7 @@ void clsAnalyzer::Execute() {
                "clsAnalyzer.Execute");
   }
   general_ = std::make_shared<clsAnalyzedGeneralData>();
+  ReadWithout(FindUntimedLegs());
   SplitAnalysis(full_, AnalyzerInternal::LegCount(*this), *general_).Run();
   selected_ = full_;
   is_executed_ = true;

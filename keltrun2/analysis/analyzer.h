@@ -1,6 +1,7 @@
 // The analysis of the runners of a data set.
 #pragma once
 
+#include <bitset>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -41,6 +42,14 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// Shows the control codes of this course from now on, or none for null.
   void SetCourseData(std::shared_ptr<clsCourseData> Course) { course_data_ = std::move(Course); }
 
+  /// Which legs the next Execute leaves out because they were not timed: "none", the default;
+  /// "auto", those on which at least half of the runners who have a lap after them show 0 (from
+  /// three such runners on), or whose two controls are untimed in the event as a whole; or a list
+  /// of legs, "8,15".
+  std::string UntimedLegs() const { return untimed_choice_; }
+  /// Stores such a text. Raises invalid call (5), changing nothing, for any other.
+  void SetUntimedLegs(std::string_view Legs);
+
   /// True from Execute until a runner is added or the set is cleared.
   bool IsExecuted() const { return is_executed_; }
 
@@ -52,7 +61,7 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// and subscript out of range (9) for more than 51 legs.
   void AddLap(const std::shared_ptr<clsLapData>& LapObject) override;
 
-  /// Removes everything, except that CutOffRank and CourseData stay.
+  /// Removes everything, except that CutOffRank, CourseData and UntimedLegs stay.
   void Clear();
 
   /// Number of runners in the selected set.
@@ -68,7 +77,8 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   /// Never null; replaced by a new object at each Execute and Clear.
   const std::shared_ptr<clsAnalyzedGeneralData>& GeneralData() const { return general_; }
 
-  /// Analyzes the full set on legs 1 to ControlCount + 1 (at least 1) and selects all runners.
+  /// Analyzes the full set on legs 1 to ControlCount + 1 (at least 1) and selects all runners. With
+  /// untimed legs, or after an Execute with some, the splits of all runners are computed anew.
   /// Raises subscript out of range (9), changing nothing, when ControlCount is above 50.
   void Execute();
 
@@ -104,7 +114,14 @@ class KELTRUN2_API clsAnalyzer : public DataSet {
   std::string SafeFileName(std::string_view name) const override;
   bool ComparesLegs() const override { return true; }
 
+  using LegSet = std::bitset<clsAnalyzedRunnerData::kMostAnalyzedLegs + 1>;
+
+  LegSet FindUntimedLegs() const;
+  void ReadWithout(const LegSet& untimed);
+
   std::shared_ptr<clsCourseData> course_data_;
+  std::string untimed_choice_ = "none";
+  LegSet read_without_;  // the untimed legs when the legs of the runners were read
   std::vector<std::shared_ptr<clsAnalyzedRunnerData>> full_;
   std::vector<std::shared_ptr<clsAnalyzedRunnerData>> selected_;
   std::shared_ptr<clsAnalyzedGeneralData> general_;

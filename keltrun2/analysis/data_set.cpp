@@ -57,6 +57,7 @@ void DataSet::SetDataSetName(std::string_view Name) {
 void DataSet::ClearHead() {
   name_.clear();
   DataSetFileName.clear();
+  course_ = {};
   DataSetIsMix = false;
   ControlCount = 0;
   Length = 0;
@@ -86,6 +87,7 @@ void DataSet::AddParts(const std::vector<Part>& parts) {
     for (const auto& runner : part.runners) CheckLap(*runner);
   }
   for (const Part& part : parts) {
+    JoinCourse(part.course != nullptr ? part.course->CourseIndex() : part.klass->CourseNum);
     JoinName(*part.klass);
     for (const auto& runner : part.runners) AddLap(runner);
     if (part.course != nullptr) {
@@ -97,6 +99,12 @@ void DataSet::AddParts(const std::vector<Part>& parts) {
     if (part.klass->Length != 0) Length = part.klass->Length;
     if (part.klass->Climb != 0) Climb = part.klass->Climb;
   }
+}
+
+void DataSet::JoinCourse(std::int32_t course_num) {
+  const bool is_first = name_.empty();
+  if (!is_first && course_.number != course_num) course_num = Place::kSeveral;
+  course_ = {course_num, 0};
 }
 
 void DataSet::JoinName(const clsClassData& klass) {

@@ -87,7 +87,17 @@ class KELTRUN2_API DataSet {
                    std::int32_t course_number, const EventModel& model);
   void AddParts(const std::vector<Part>& parts);
   void JoinName(const clsClassData& klass);
+  void JoinCourse(std::int32_t course_num);
 
+  // Where the legs of the set are: the course, and the position of the control from which leg 1
+  // goes (0 is the start).
+  struct Place {
+    static constexpr std::int32_t kSeveral = -1;
+    std::int32_t number = 0;  // 0 while there is none
+    std::int32_t start = 0;
+  };
+
+  Place course_;
   std::string name_;
   std::int32_t left_out_ = 0;
 };

@@ -69,12 +69,16 @@ double ExtraAnalysis::PartSpeed(const clsAnalyzedRunnerData& runner, std::int32_
 // A leg is difficult when the runners lose very different shares of their time on it.
 void ExtraAnalysis::CalcDifficulties() {
   double total = 0;
+  std::int32_t timed_legs = 0;
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+    if (!AnalyzedGeneralInternal::IsTimed(general_, leg)) continue;
     clsPercentValue& difficulty = AnalyzedGeneralInternal::Difficulty(general_, leg);
     AnalysisValue::Set(difficulty, std::sqrt(LossVariance(leg)));
     total += difficulty.Value();
+    ++timed_legs;
   }
-  const double mean = (total == 0 ? 1 : total) / legs_;
+  if (timed_legs == 0) return;
+  const double mean = (total == 0 ? 1 : total) / timed_legs;
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
     clsPercentValue& difficulty = AnalyzedGeneralInternal::Difficulty(general_, leg);
     AnalysisValue::Set(difficulty, difficulty.Value() / mean);

@@ -4,12 +4,14 @@
 #include <map>
 #include <optional>
 
+#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/numbers.h"
+#include "keltrun2/text/split.h"
 
 namespace keltrun {
 namespace {
@@ -97,6 +99,10 @@ template <typename Set>
 std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
   auto set = std::make_shared<Set>();
   set->ControlCount = segment.ControlCount;
+  if (!segment.TargetCourseTable.empty()) {  // the codes are the same in all of its courses
+    const auto [course, start] = SplitAt(segment.TargetCourseTable.front(), "\t");
+    DataSetInternal::SetCourse(*set, NumericLong(course), NumericLong(start));
+  }
   // Courses with 50 controls can share 51 legs, but no record has a lap for the last one.
   const std::int32_t legs = std::min(segment.ControlCount + 1, clsLapData::kMostLegs);
   const auto model = CurrentModel("clsSegmentData");

@@ -31,10 +31,15 @@ bool IsRangeEnd(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
 // Finds the ranges and splits of one runner, leg by leg.
 class LegReader {
  public:
-  LegReader(clsLapData& record, clsAnalyzedRunnerData& runner)
-      : record_(record), runner_(runner), legs_(record.LegCount()) {}
+  LegReader(clsLapData& record, clsAnalyzedRunnerData& runner, const LegSet& untimed)
+      : record_(record),
+        runner_(runner),
+        untimed_(untimed),
+        // The host may have changed the number since the record was added.
+        legs_(std::min(record.LegCount(), clsAnalyzedRunnerData::kMostAnalyzedLegs)) {}
 
   void Read() {
+    Forget();
     for (std::int32_t leg = 1; leg <= legs_; ++leg) {
       if (Lap(leg) == kTimeSkip && Figures::Leg(runner_, leg).range_from == 0) OpenRange(leg);
       ReadLeg(leg);
@@ -44,7 +49,26 @@ class LegReader {
   }
 
  private:
-  DateTime Lap(std::int32_t leg) const { return LapDataInternal::Lap(record_, leg); }
+  DateTime Lap(std::int32_t leg) const {
+    const DateTime lap = LapDataInternal::Lap(record_, leg);
+    const bool counts =
+        !(lap > 0) || !untimed_[static_cast<std::size_t>(leg)] || FollowsMarker(leg);
+    return counts ? lap : kTimeNoData;
+  }
+
+  bool FollowsMarker(std::int32_t leg) const {
+    return leg > 1 && LapDataInternal::Lap(record_, leg - 1) < 0;
+  }
+
+  // What was read before, with other untimed legs.
+  void Forget() {
+    for (std::int32_t leg = 1; leg <= legs_; ++leg) {
+      auto& figures = Figures::Leg(runner_, leg);
+      figures.split_time = 0;
+      figures.range_from = figures.range_to = 0;
+      figures.valid_lap = figures.valid_split = false;
+    }
+  }
 
   bool SplitWasValid(std::int32_t leg) const {
     return leg == 1 || Figures::Leg(runner_, leg - 1).valid_split;
@@ -91,6 +115,7 @@ class LegReader {
 
   clsLapData& record_;
   clsAnalyzedRunnerData& runner_;
+  const LegSet& untimed_;
   std::int32_t legs_;
   DateTime total_ = 0;
 };
@@ -116,11 +141,13 @@ using Runners = SplitAnalysis::Runners;
   constexpr double kPrecision = 1e-5;
   double sum = 0;
   double size = 1;
+  bool any_timed = false;
   for (std::int32_t leg = 1; leg <= legs; ++leg) {
+    any_timed = any_timed || general.IsTimed(leg);
     sum += general.LegLength(leg);
     size += std::fabs(general.LegLength(leg));
   }
-  return std::fabs(sum - 1) <= kPrecision * size;
+  return !any_timed || std::fabs(sum - 1) <= kPrecision * size;
 }
 
 template <typename Condition>
@@ -168,8 +195,8 @@ template <typename Condition>
 
 }  // namespace
 
-void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner) {
-  LegReader(record, runner).Read();
+void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner, const LegSet& untimed) {
+  LegReader(record, runner, untimed).Read();
 }
 
 void SplitAnalysis::Run() {
@@ -268,19 +295,30 @@ void SplitAnalysis::RankLaps() {
   }
 }
 
+bool SplitAnalysis::IsTimed(std::int32_t leg) const {
+  return AnalyzedGeneralInternal::IsTimed(general_, leg);
+}
+
 bool SplitAnalysis::NobodyPunched(std::int32_t leg) const {
+  if (!IsTimed(leg)) return true;
   return !general_.IsUpperLapExists(leg, 1) &&
          std::all_of(runners_.begin(), runners_.end(),
                      [leg](const auto& runner) { return LapOf(*runner, leg) == kTimeNoData; });
 }
 
-// When the records of a control were all lost, the later splits can still be compared: every runner
-// misses the same time.
+// Whether a split may go on through a leg that nobody punched: that of a runner who is disqualified
+// there, on an untimed leg, ends.
+bool GoesOn(const clsAnalyzedRunnerData& runner, std::int32_t leg) {
+  return LapOf(runner, leg) != kTimeDisq && (leg == 1 || Figures::Leg(runner, leg - 1).valid_split);
+}
+
+// When the records of a control were all lost, or its leg was not timed, the later splits can still
+// be compared: every runner misses the same time.
 void SplitAnalysis::OpenLegsNobodyPunched() {
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
     if (!NobodyPunched(leg)) continue;
     for (const auto& runner : runners_) {
-      if (leg > 1 && !Figures::Leg(*runner, leg - 1).valid_split) continue;
+      if (!GoesOn(*runner, leg)) continue;
       Figures::Leg(*runner, leg).valid_split = true;
       for (std::int32_t k = leg + 1; k <= clsAnalyzedRunnerData::kMostAnalyzedLegs; ++k) {
         if (!Figures::Leg(*runner, k).valid_lap) break;
@@ -294,8 +332,7 @@ bool SplitAnalysis::LegsNobodyPunchedAreOpen() const {
   for (std::int32_t leg = 1; leg <= legs_; ++leg) {
     if (!NobodyPunched(leg)) continue;
     for (const auto& runner : runners_) {
-      const bool arrives = leg == 1 || Figures::Leg(*runner, leg - 1).valid_split;
-      if (arrives && !Figures::Leg(*runner, leg).valid_split) return false;
+      if (GoesOn(*runner, leg) && !Figures::Leg(*runner, leg).valid_split) return false;
     }
   }
   return true;

@@ -7,6 +7,7 @@
 
 #include "keltrun2/analysis/analyzed_general_data.h"
 #include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/analysis/untimed_legs.h"
 #include "keltrun2/model/lap_data.h"
 #include "keltrun2/model/sort.h"
 
@@ -14,15 +15,17 @@ namespace keltrun {
 
 /// The first step, done for each runner when they are added: finds the ranges, splits and valid
 /// laps of the record. Skipped legs that no later time covers become legs without data in the
-/// record itself.
-void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner);
+/// record itself. The laps of untimed legs are taken as no data, except after a skipped leg, whose
+/// time they have.
+void ReadLegs(clsLapData& record, clsAnalyzedRunnerData& runner, const LegSet& untimed = {});
 
 /// One run of the analysis over a set of runners; the results go into the runners and `general`.
 class SplitAnalysis {
  public:
   using Runners = std::vector<std::shared_ptr<clsAnalyzedRunnerData>>;
 
-  /// Analyzes legs 1 to `legs` (1 to 51). `general` is a new object.
+  /// Analyzes legs 1 to `legs` (1 to 51). `general` is a new object, except that its untimed legs
+  /// are known; the legs of the runners were read without these.
   SplitAnalysis(Runners& runners, std::int32_t legs, clsAnalyzedGeneralData& general)
       : runners_(runners), legs_(legs), general_(general) {}
 
@@ -45,6 +48,7 @@ class SplitAnalysis {
   void MakeModifiedSplits();
   void CalcRunnerFigures();
 
+  bool IsTimed(std::int32_t leg) const;
   bool NobodyPunched(std::int32_t leg) const;
   [[maybe_unused]] bool LegsNobodyPunchedAreOpen() const;  // for an assert
   void SpreadRange(clsAnalyzedRunnerData& runner, std::int32_t leg);

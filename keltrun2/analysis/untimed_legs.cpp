@@ -125,18 +125,24 @@ bool IsZeroLap(DateTime lap) {
   return lap >= 0 && lap < kOneAndAHalfMilliseconds;
 }
 
-std::vector<ControlPair> LegPairs(const EventModel& model, const clsClassData& klass) {
+std::vector<ControlPair> LegPairs(const EventModel& model, std::int32_t course_num,
+                                  std::int32_t start, std::int32_t legs) {
   std::vector<ControlPair> pairs;
-  const auto course = klass.CourseNum != 0 ? model.CourseByNumber(klass.CourseNum) : nullptr;
-  const std::int32_t controls = klass.ControlCount;
-  if (!course || course->ControlCount() != controls || controls < 0 ||
-      controls > clsCourseData::kMostControls) {
+  const auto course = course_num != 0 ? model.CourseByNumber(course_num) : nullptr;
+  if (!course || start < 0 || legs < 1 || course->ControlCount() > clsCourseData::kMostControls ||
+      start + legs > course->ControlCount() + 1) {
     return pairs;
   }
-  for (std::int32_t leg = 1; leg <= controls + 1; ++leg) {
-    pairs.emplace_back(course->ControlNum(leg - 1), course->ControlNum(leg));
+  for (std::int32_t control = start; control < start + legs; ++control) {
+    pairs.emplace_back(course->ControlNum(control), course->ControlNum(control + 1));
   }
   return pairs;
+}
+
+std::vector<ControlPair> LegPairs(const EventModel& model, const clsClassData& klass) {
+  auto pairs = LegPairs(model, klass.CourseNum, 0, klass.ControlCount + 1);
+  const bool is_whole = !pairs.empty() && pairs.back().second == clsCourseData::kFinishCode;
+  return is_whole ? pairs : std::vector<ControlPair>();
 }
 
 void CountZeroLaps(const clsLapData& record, std::vector<ZeroLaps>& legs) {

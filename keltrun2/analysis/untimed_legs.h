@@ -48,7 +48,11 @@ bool IsZeroLap(DateTime lap);
 /// The codes of the controls at both ends of a leg.
 using ControlPair = std::pair<std::int32_t, std::int32_t>;
 
-/// The pair of each leg of a class, leg 1 first; empty if its course is not known.
+/// The pairs of a number of legs of a course, from the control at the position `start` on (0 is the
+/// start). Empty if there is no such course, or if it is shorter.
+std::vector<ControlPair> LegPairs(const EventModel& model, std::int32_t course_num,
+                                  std::int32_t start, std::int32_t legs);
+/// The pairs of all legs of a class; empty if its course is not known or has other legs.
 std::vector<ControlPair> LegPairs(const EventModel& model, const clsClassData& klass);
 
 /// What the runners of a data set, or of an event, say about one leg.

@@ -38,6 +38,9 @@ constexpr float kTitleGap = 21;  // between a title and the drawable area, for t
 constexpr double kGridRoom = 9;  // smallest distance between two grid lines
 constexpr double kMapGrid = 20;  // map units between two grid lines
 constexpr double kLeastPercentGrid = 0.1;
+constexpr double kDashDistance = 9;   // units from one dash of a line over a gap to the next
+constexpr double kGapPerDash = 0.75;  // space between two dashes, compared with their length
+constexpr double kMostDashes = 1000;
 
 // The value limited to a range. NaN becomes the lower end.
 float Within(float value, float lower, float upper) {
@@ -60,7 +63,7 @@ class ChartBuilder {
     if (!(state_.width > 0) || !(state_.height > 0)) return;
     state_.height_occupied = 1 / state_.ratio_y;
     if (!IsLineChart(state_.mode) && !IsScatterChart(state_.mode)) return;
-    SetHorizontalAxis(PlanHorizontal(analyzer_, state_.mode));
+    SetHorizontalAxis(PlanHorizontal(analyzer_, state_.mode, chart_.BridgeGaps));
     if (!(state_.width > 0)) return;  // the host's picture may have any size after it was widened
     if (IsLineChart(state_.mode)) {
       BuildLineChart();
@@ -152,17 +155,37 @@ class ChartBuilder {
 
   void AddRunnerLines(const Course& course, const std::vector<double>& controls) {
     const ChartBox area{0, 0, state_.width, state_.height};
-    std::vector<double> values;
+    std::vector<LineValue> values;
     for (std::size_t runner = 0; runner < runners_.size(); ++runner) {
-      LineValues(*runners_[runner], course, state_.mode, values);
-      for (std::size_t leg = 1; leg < values.size(); ++leg) {
-        ChartPoint from{x_.At(values[leg - 1]), controls[leg - 1]};
-        ChartPoint to{x_.At(values[leg]), controls[leg]};
+      LineValues(*runners_[runner], course, state_.mode, chart_.BridgeGaps, values);
+      for (std::size_t i = 1; i < values.size(); ++i) {
+        ChartPoint from{x_.At(values[i - 1].Value), controls[values[i - 1].Control]};
+        ChartPoint to{x_.At(values[i].Value), controls[values[i].Control]};
         if (!CutToBox(area, from, to)) continue;
-        ChartObjectInternal::AddRunnerLine(
-            chart_, {ToFloat(from.X), ToFloat(from.Y), ToFloat(to.X), ToFloat(to.Y),
-                     static_cast<std::int32_t>(runner) + 1, 0, static_cast<std::int32_t>(leg)});
+        const bool bridge = values[i].Control != values[i - 1].Control + 1;
+        AddRunnerLine(from, to, bridge ? DashCount(from, to) : 1, runner + 1, values[i].Control);
       }
+    }
+  }
+
+  // The number of dashes of a line over a gap.
+  static int DashCount(const ChartPoint& from, const ChartPoint& to) {
+    const double length = std::hypot(to.X - from.X, to.Y - from.Y);
+    return static_cast<int>(std::clamp(length / kDashDistance, 1.0, kMostDashes)) + 1;
+  }
+
+  // A line of dashes, the first and last of which are at its ends.
+  void AddRunnerLine(const ChartPoint& from, const ChartPoint& to, int dashes, std::size_t runner,
+                     std::size_t leg) {
+    const double dash = 1 / (dashes + (dashes - 1) * kGapPerDash);
+    for (int i = 0; i < dashes; ++i) {
+      const double begin = i * (1 + kGapPerDash) * dash;
+      const double end = i == dashes - 1 ? 1 : begin + dash;
+      const auto x = [&](double part) { return ToFloat(std::lerp(from.X, to.X, part)); };
+      const auto y = [&](double part) { return ToFloat(std::lerp(from.Y, to.Y, part)); };
+      ChartObjectInternal::AddRunnerLine(
+          chart_, {x(begin), y(begin), x(end), y(end), static_cast<std::int32_t>(runner), 0,
+                   static_cast<std::int32_t>(leg)});
     }
   }
 
@@ -337,7 +360,7 @@ float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
                       KrChartModeConst ChartMode) {
   if (!(Chart.Width() > 0) || !(Chart.Height() > 0)) return 1;
   if (!IsLineChart(ChartMode) && !IsScatterChart(ChartMode)) return 1;
-  const HorizontalPlan plan = PlanHorizontal(Analyzer, ChartMode);
+  const HorizontalPlan plan = PlanHorizontal(Analyzer, ChartMode, Chart.BridgeGaps);
   const bool is_map = ChartMode == KR_CHART_VESMER;
   const double width = is_map ? Chart.Height() : Chart.Width() - plan.LeftMargin - plan.RightMargin;
   const double width_at_one = plan.Range.Span() * plan.UnitsPerOne;

@@ -64,6 +64,11 @@ class KELTRUN2_API clsChartObject {
   /// is never narrowed and a print book never resized.
   bool AutoSize = false;
 
+  /// Lets the next build draw the lines of runners through controls without a time, dashed, to the
+  /// next one with a time. Without it a line ends at the first such control. Legs that
+  /// clsAnalyzer::UntimedLegs leaves out have no height and interrupt no line.
+  bool BridgeGaps = false;
+
   /// The horizontal zoom that the last build used, 0.5 to 10,000; 1 at first.
   float RatioX() const;
   /// The vertical zoom that the last build used, 1 to 10,000; 1 at first.

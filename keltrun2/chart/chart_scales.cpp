@@ -60,13 +60,13 @@ ValueRange CruiseRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {
   return {WholePercent(ratios.smallest) - kPercentMargin, upper + kPercentMargin};
 }
 
-ValueRange TimeRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {
+ValueRange TimeRange(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge) {
   const Course course = MeasureCourse(analyzer);
-  std::vector<double> values;
+  std::vector<LineValue> values;
   std::optional<ValueRange> range;
   for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-    LineValues(*runner, course, mode, values);
-    for (const double value : values) {
+    LineValues(*runner, course, mode, bridge, values);
+    for (const auto& [control, value] : values) {
       if (!range) range = {value, value};
       range->Lower = std::min(range->Lower, value);
       range->Upper = std::max(range->Upper, value);
@@ -101,18 +101,19 @@ Course MeasureCourse(const clsAnalyzer& analyzer) {
   const auto whole = [](DateTime time) {
     return IsTime(time) ? static_cast<double>(WholeSeconds(time)) : 0;
   };
-  Course course{{0}, whole(general.UpperLapTotal())};
+  Course course{{0}, whole(general.UpperLapTotal()), {false}};
   DateTime so_far = 0;
   for (std::int32_t leg = 1; leg <= AnalyzerInternal::LegCount(analyzer); ++leg) {
     const DateTime lap = general.UpperLapAverage(leg);
     if (IsTime(lap)) so_far += lap;
     course.Position.push_back(so_far * kSecondsPerDay);
+    course.Timed.push_back(general.IsTimed(leg));
   }
   return course;
 }
 
 void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrChartModeConst mode,
-                std::vector<double>& values) {
+                bool bridge, std::vector<LineValue>& values) {
   values.clear();
   double start = 0;
   if (mode == KR_CHART_REALTIME) {
@@ -120,12 +121,20 @@ void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrCha
     start = runner.StartTime() * kSecondsPerDay;
   }
   const double factor = kReferenceFactors[mode];
-  values.push_back(start);
+  values.push_back({0, start});
   for (std::size_t leg = 1; leg < course.Position.size(); ++leg) {
-    const DateTime split =
-        AnalyzedRunnerInternal::Leg(runner, static_cast<std::int32_t>(leg)).modified_split_time;
-    if (!IsTime(split)) return;
-    values.push_back(start + split * kSecondsPerDay - factor * course.Position[leg]);
+    const auto& figures = AnalyzedRunnerInternal::Leg(runner, static_cast<std::int32_t>(leg));
+    DateTime split = figures.modified_split_time;
+    // After a gap the split lacks the time of a leg, if that was not recorded, and has no modified
+    // split.
+    if (bridge && !IsTime(split)) split = figures.split_time;
+    if (IsTime(split)) {
+      values.push_back({leg, start + split * kSecondsPerDay - factor * course.Position[leg]});
+    } else if (!course.Timed[leg] && values.back().Control == leg - 1) {
+      values.push_back({leg, values.back().Value});  // no time went by, and the leg has no height
+    } else if (!bridge) {
+      return;
+    }
   }
 }
 
@@ -144,14 +153,14 @@ std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChar
   }
 }
 
-HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode) {
+HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge) {
   if (mode == KR_CHART_VESMER) {
     return {{-kMapSize, kMapSize}, kUnitsPerSecond, kLineMargin, kLineMargin, true};
   }
   if (IsScatterChart(mode)) return {CruiseRange(analyzer, mode), kUnitsPerPercent, 0, 0, false};
   // Every line of the ordinary chart starts at the time 0, which is the left edge itself.
   const double left = mode == KR_CHART_NORMAL ? 0 : kLineMargin;
-  return {TimeRange(analyzer, mode), kUnitsPerSecond, left, kLineMargin, false};
+  return {TimeRange(analyzer, mode, bridge), kUnitsPerSecond, left, kLineMargin, false};
 }
 
 ValueRange VerticalRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {

@@ -48,19 +48,28 @@ inline bool IsScatterChart(KrChartModeConst mode) {
 struct Course {
   std::vector<double> Position;  // total at each control; index 0 is the start, the last the finish
   double Total = 0;              // in whole seconds
+  std::vector<bool> Timed;  // per control, whether the leg to it was timed; false for the start
 };
 Course MeasureCourse(const clsAnalyzer& analyzer);
 
-/// The values in seconds that a line chart shows of a runner, from the start (index 0) as far as
-/// there are times; empty for a runner who is not drawn. `values` is overwritten.
+/// A control at which a line chart shows a time of a runner, in seconds.
+struct LineValue {
+  std::size_t Control;  // 0 is the start
+  double Value;
+};
+
+/// The values that a line chart shows of a runner, in the order of the controls, from the start to
+/// the first control without a time, or with `bridge` to the last one with a time; empty for a
+/// runner who is not drawn. `values` is overwritten.
 void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrChartModeConst mode,
-                std::vector<double>& values);
+                bool bridge, std::vector<LineValue>& values);
 
 /// The place of a runner's mark on a scatter chart, in the units of its axes; nullopt when a figure
 /// is missing.
 std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChartModeConst mode);
 
-HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode);
+/// `bridge` as in LineValues.
+HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge);
 
 /// The vertical range of a scatter chart.
 ValueRange VerticalRange(const clsAnalyzer& analyzer, KrChartModeConst mode);
