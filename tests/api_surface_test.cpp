@@ -191,6 +191,14 @@ TEST(ApiSurface, Estimate) {
   EXPECT_EQ(runner->MistakeWord(1), MistakeWord::kNone);
   EXPECT_THROW((void)runner->Loss(52), AutomationError);
   EXPECT_THROW((void)klass->Spread(-1), AutomationError);
+  EXPECT_TRUE(surface.root->EventRemarks().empty());
+  const auto& texts = *surface.root->TextControl();
+  EXPECT_TRUE(texts.OutputEstimateText(estimate, "M21A").starts_with("* M21A"));
+  EXPECT_TRUE(texts.OutputEstimateCsv(estimate).starts_with("class,serial,name,"));
+  EXPECT_THROW((void)texts.OutputEstimateText(nullptr), AutomationError);
+  EXPECT_THROW((void)texts.OutputEstimateCsv(nullptr), AutomationError);
+  EXPECT_EQ(SiteOptions().UntimedLegs, "none");
+  EXPECT_FALSE(SiteOptions().BridgeGaps);
   EXPECT_EQ(MistakeWordName(MistakeWord::kPerhaps), "perhaps");
   EXPECT_EQ(MistakeWordName(MistakeWord::kLikely), "likely");
   EXPECT_EQ(MistakeWordName(MistakeWord::kSure), "sure");

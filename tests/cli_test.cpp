@@ -296,6 +296,35 @@ TEST_F(Cli, JsonHoldsTheNamedSetOrAll) {
   }
 }
 
+// The crossings of the course are left out unless the user wants them in.
+TEST_F(Cli, UntimedLegsAreLeftOut) {
+  const string command = "analyze " + kHoshinomori + " --class M21A --as json";
+  EXPECT_TRUE(Has(Output(command), "\"timed\":[true,true,true,true,true,true,true,false,"));
+  EXPECT_FALSE(Has(Output(command + " --untimed none"),
+                   "\"timed\":[true,true,true,true,true,true,"
+                   "true,false,"));
+  EXPECT_TRUE(Has(Output(command + " --untimed 1"), "\"timed\":[false,true,"));
+  EXPECT_EQ(Run("keltrun2 " + command + " --untimed 0").code, 2);
+  const string info = Output("info " + kHoshinomori);
+  EXPECT_TRUE(Has(info, "Oddities: 2\n  leg 80-81 is untimed in 2 classes"));
+  const string lines = Output("analyze " + kHoshinomori + " --class M21A --as legs");
+  EXPECT_NE(lines, Output("analyze " + kHoshinomori + " --class M21A --as legs --untimed none"));
+  EXPECT_NE(Output("chart " + kHoshinomori + " --class M21A -o -"),
+            Output("chart " + kHoshinomori + " --class M21A -o - --untimed none"));
+}
+
+TEST_F(Cli, EstimatesAreForPeopleAndPrograms) {
+  const string command = "analyze " + kHoshinomori + " --as estimate-";
+  const string text = Output(command + "text --class M21A --lang en");
+  EXPECT_EQ(CountOf("\n* M21A", "\n" + text), 22);
+  EXPECT_TRUE(Has(text, "surely a mistake"));
+  EXPECT_TRUE(Has(Output(command + "text --class M21A"), "確実にミス"));
+  EXPECT_GT(CountOf("\n", Output(command + "csv")), 2300);
+  const auto wrong = Run("keltrun2 " + command + "text --course 1");
+  EXPECT_EQ(wrong.code, 2);
+  EXPECT_TRUE(Has(wrong.err, "--class"));
+}
+
 TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
   EXPECT_EQ(Output("site " + kHoshinomori + " a/new/site"), "a/new/site/index.html\n");
   const auto names = Names("a/new/site");

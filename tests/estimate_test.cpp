@@ -318,5 +318,74 @@ TEST(UntimedLegs, OfASegmentAreThoseOfItsControls) {
   EXPECT_FALSE(alone->GeneralData()->IsTimed(3));
 }
 
+// A class in which one runner loses three minutes on leg 3 of 4, and leg 2 is untimed.
+std::shared_ptr<clsKeltrun2> EventWithMistake(Mode mode) {
+  auto root = NewRoot(mode);
+  const auto klass = root->AddClass("W \"A\"");
+  klass->ControlCount = 3;
+  for (const double factor : {1.0, 1.1, 1.2}) {
+    AddRunner(*klass, "R", "0:10:00", {100 * factor, 0, 200 * factor, 300 * factor});
+  }
+  const auto late = AddRunner(*klass, "Late", "0:20:00", {130, 4, 500, 390});
+  late->Rank = "4";
+  late->ClubName = "Club, 1";
+  return root;
+}
+
+TEST(Estimate, TextTellsWhereTheTimeWent) {
+  for (const Mode mode : {Mode::kEnglishTexts, Mode::kJapaneseTexts}) {
+    const auto root = EventWithMistake(mode);
+    const auto estimate = root->NewEstimate();
+    const std::string text = root->TextControl()->OutputEstimateText(estimate, "w \"a\"");
+    EXPECT_EQ(text, root->TextControl()->OutputEstimateText(estimate));
+    EXPECT_EQ(root->TextControl()->OutputEstimateText(estimate, "none"), "");
+    const std::string of_late = text.substr(text.find("* W \"A\"  4  Late  Club, 1  0:20:00"));
+    EXPECT_EQ(of_late.find('%' + std::string("1")), std::string::npos);
+    const bool english = mode == Mode::kEnglishTexts;
+    const char* const kSaid[] = {
+        english ? "One leg looks like a mistake" : "20秒を超えるミスとみられるレッグは1つ",
+        english ? "Leg 2→3: 8:20 instead of about 4:" : "2→3: 通常なら約4:",
+        english ? "surely a mistake" : "確実にミス",
+        english ? "not timed: 1→2" : "計時されていないレッグ: 1→2"};
+    for (const char* part : kSaid) {
+      EXPECT_NE(of_late.find(part), std::string::npos) << part << " in " << of_late;
+    }
+  }
+}
+
+TEST(Estimate, CsvHasALineForEachLap) {
+  const auto root = EventWithMistake(Mode::kEnglishTexts);
+  const auto estimate = root->NewEstimate();
+  const std::string csv = root->TextControl()->OutputEstimateCsv(estimate);
+  std::istringstream lines(csv);
+  int count = 0;
+  std::string stray, mistake;
+  for (std::string line; std::getline(lines, line); ++count) {
+    EXPECT_TRUE(line.ends_with('\r'));
+    // Two commas are in quotes.
+    const bool is_late = line.find("Late") != std::string::npos;
+    EXPECT_EQ(std::count(line.begin(), line.end(), ','), is_late ? 15 : 14) << line;
+    if (line.find("Late") == std::string::npos) continue;
+    if (line.find(",2,1→2,") != std::string::npos) stray = line;
+    if (line.find(",3,2→3,") != std::string::npos) mistake = line;
+  }
+  EXPECT_EQ(count, 1 + 3 * 3 + 4);
+  EXPECT_TRUE(stray.ends_with("1→2,0,4.0,,,,,,,\r")) << stray;
+  EXPECT_TRUE(mistake.starts_with("\"W \"\"A\"\"\",")) << mistake;
+  EXPECT_TRUE(mistake.ends_with(",sure\r")) << mistake;
+}
+
+TEST(Estimate, RemarksNameUntimedLegs) {
+  const auto root = NewRoot();
+  ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("hoshinomori/event.lxm")));
+  const auto remarks = root->EventRemarks();
+  ASSERT_EQ(remarks.size(), 2U);
+  EXPECT_EQ(remarks[0],
+            "leg 80-81 is untimed in 2 classes; the times of 2 runners on it count for nobody");
+  EXPECT_EQ(remarks[1],
+            "leg 81-87 is untimed in 2 classes; the times of 11 runners on it count for nobody");
+  EXPECT_TRUE(NewRoot()->EventRemarks().empty());
+}
+
 }  // namespace
 }  // namespace keltrun::test

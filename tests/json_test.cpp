@@ -68,7 +68,7 @@ TEST(Json, AnalysisOfASmallClass) {
       "codes": null, "legLabels": ["S→1", "1→2", "2→F"]})");
   ExpectObject(json["general"], R"({"upperLapTotal": 700, "upperLapAverage": [400, 200, 100],
       "legLength": [0.571429, 0.285714, 0.142857], "difficulty": [0, 0, 0],
-      "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
+      "timed": [true, true, true], "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
   ASSERT_EQ(json["runners"].size(), 3u);
   // Anna needs all three legs to cover half of the course: 640 / 700. On leg 1 she lost
   // 380 - 400 * 640 / 700 s, on the others she gained.
@@ -116,6 +116,49 @@ TEST(Json, SpeedsDifficultiesAndMap) {
   for (const int leg : {0, 1, 2}) {
     EXPECT_NEAR(json["general"]["difficulty"][leg], difficulties[leg], 1e-4);
   }
+}
+
+// Only with an estimate, and only where its legs are those of the set.
+TEST(Json, EstimatesOfRunnersAndLegs) {
+  const auto root = NewRoot();
+  const auto klass = root->AddClass("A");
+  klass->ControlCount = 3;
+  for (const double factor : {1.0, 1.1, 1.2}) {
+    AddRunner(*klass, "R", "0:10:00", {100 * factor, 0, 200 * factor, 300 * factor});
+  }
+  const auto late = AddRunner(*klass, "Late", "0:20:00", {130, 0, 500, 390});
+  AddRunner(*klass, "Absent", "DNS", {0, 0, 0, 0});
+  const auto analyzer = root->NewAnalyzer();
+  analyzer->SetUntimedLegs("auto");
+  analyzer->AddClass(1);
+  analyzer->Execute();
+  const auto estimate = root->NewEstimate();
+  const auto write = [&](DataSetKind kind) {
+    return Json::parse(root->TextControl()->OutputJson(analyzer, kind, estimate));
+  };
+  const Json json = write(DataSetKind::kClass);
+  EXPECT_EQ(json["general"]["timed"], Json::parse("[true, false, true, true]"));
+  EXPECT_EQ(json["general"]["estimate"]["normalTime"][1], nullptr);
+  EXPECT_NEAR(json["general"]["estimate"]["normalTime"][0].get<double>(), 110, 5);
+  Json figures;
+  for (const Json& runner : json["runners"]) {
+    if (runner["name"] == "Late") figures = runner["estimate"];
+    const bool has_laps = runner["name"] != "Absent";
+    EXPECT_EQ(runner["estimate"].is_null(), !has_laps);
+  }
+  EXPECT_EQ(figures["mistakes"], 1);
+  EXPECT_EQ(figures["mistake"], Json::parse(R"(["", null, "sure", ""])"));
+  const auto late_figures = estimate->RunnerData(late->SerialNum());
+  EXPECT_NEAR(figures["loss"][2].get<double>(), late_figures->Loss(3) * kSecondsPerDay, 1e-3);
+  EXPECT_NEAR(figures["mistakeSize"].get<double>(), late_figures->MistakeSize() * kSecondsPerDay,
+              1e-3);
+  EXPECT_LT(figures["leastLoss"][2].get<double>(), figures["largestLoss"][2].get<double>());
+
+  const Json segment = write(DataSetKind::kSegment);
+  EXPECT_FALSE(segment["general"].contains("estimate"));
+  EXPECT_FALSE(segment["runners"][0].contains("estimate"));
+  const Json info = Json::parse(root->TextControl()->OutputInfoJson());
+  EXPECT_EQ(info["remarks"], Json::parse(R"(["leg 2 of class A is untimed"])"));
 }
 
 TEST(Json, ADisqualifiedLegLeavesNoFigures) {
@@ -232,7 +275,7 @@ TEST(Json, InfoDescribesTheEvent) {
       "file": {"name": "", "date": "2025-10-19 07:30:00", "format": "",
       "created": {"application": "Timer", "date": null, "user": ""},
       "lastUpdate": {"application": "", "date": null, "user": ""}},
-      "classes": [{"name": "M21;A", "fileName": "m21;a", "runners": 1, "controls": 0, "length": 0,
+      "remarks": [], "classes": [{"name": "M21;A", "fileName": "m21;a", "runners": 1, "controls": 0, "length": 0,
       "climb": 0, "course": 7, "cutOffRank": 0, "classInfo": ""}],
       "courses": [{"number": 7, "controls": 60, "codes": 0}],
       "segments": [{"name": "62-63-F", "binaryName": "00620063", "controls": 1,

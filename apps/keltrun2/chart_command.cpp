@@ -94,11 +94,12 @@ void DrawChart(clsKeltrun2& root, const Options& options) {
   WarnWithoutJapaneseFont(options);
   const ChartOptions& wanted = options.chart;
   const KrChartModeConst mode = ChartMode(wanted.mode);
-  const auto analyzer = Analysis(root, OneSet(root, options));
+  const auto analyzer = Analysis(root, OneSet(root, options), options);
   Prepare(*analyzer, mode);
   const auto picture =
       std::make_shared<CairoPicture>(wanted.width, wanted.height, Format(options.output));
   const auto chart = std::make_shared<clsChartObject>();
+  chart->BridgeGaps = true;
   chart->SetPictureObject(picture);
   const float ratio_x = ChartRatioToFit(*analyzer, *chart, mode) * wanted.zoom_x;
   root.GraphicControl()->DrawChart(analyzer, chart, mode, ratio_x, wanted.zoom_y, wanted.scroll_x,

@@ -67,10 +67,13 @@ constexpr char kMergeFooter[] =
 constexpr char kAnalyzeFooter[] =
     "HTML is the page of one class, course or segment. JSON is one object if one of them is "
     "named,\n"
-    "otherwise an array with one object for each class and each course that classes share.\n"
+    "otherwise an array with one object for each class and each course that classes share. An\n"
+    "estimate says what every lap would have been without mistakes: in sentences, or one lap in a\n"
+    "line; it is that of a class or of all classes.\n"
     "Examples:\n"
     "  keltrun2 analyze event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 analyze event.lxm --course 3 --as json | jq .set\n"
+    "  keltrun2 analyze event.lxm --class M21A --as estimate-text --lang en\n"
     "  keltrun2 analyze event.lxm --all --as json -o analysis.json --force";
 constexpr char kResultsFooter[] =
     "The output is the class, course or segment that is named, otherwise the lists of all "
@@ -234,6 +237,26 @@ CLI::Option* AddDataSet(CLI::App& app, Options& options) {
   return by_class;
 }
 
+// Legs that analyses leave out.
+void AddUntimed(CLI::App& app, Options& options) {
+  app.add_option(
+         "--untimed", options.untimed,
+         "legs that were not timed and count for nobody: auto finds those on which at least\n"
+         "half of the runners show 0, none leaves out no leg")
+      ->type_name("none|auto|LEGS")
+      ->capture_default_str()
+      ->check(CLI::Validator(
+          [](const std::string& legs) {
+            try {
+              clsAnalyzer().SetUntimedLegs(legs);
+              return std::string();
+            } catch (const AutomationError&) {
+              return std::string("must be none, auto or numbers of legs from 1 to 51, as in 8,15");
+            }
+          },
+          ""));
+}
+
 // One of a few words.
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
                        const std::vector<std::string>& words, const std::string& description) {
@@ -318,6 +341,7 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       ->delimiter(',')
       ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
+  AddUntimed(app, options);
   app.add_flag("--viewer", options.viewer,
                "make viewer.html, one page with tables and charts to browse");
   AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "charset of the pages")
@@ -341,12 +365,15 @@ void AddInfoOptions(CLI::App& app, Options& options) {
 void AddAnalyzeOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   CLI::Option* by_class = AddDataSet(app, options);
-  AddForm(app, options, {"html", "legs", "mail", "macro-csv", "splitsbrowser", "json"});
+  AddForm(app, options,
+          {"html", "legs", "mail", "macro-csv", "splitsbrowser", "json", "estimate-text",
+           "estimate-csv"});
   app.add_flag("--all")
       ->description("every class and every shared course (the default)")
       ->excludes(by_class)
       ->excludes("--course")
       ->excludes("--segment");
+  AddUntimed(app, options);
   AddOutput(app, options);
 }
 
@@ -390,6 +417,7 @@ void AddChartOptions(CLI::App& app, Options& options) {
         ->check(NumberWithin(least, most))
         ->capture_default_str();
   };
+  AddUntimed(app, options);
   add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "width of the chart, in picture widths");
   add_number("--zoom-y", chart.zoom_y, 1, 100, "height of the chart, in picture heights");
   add_number("--scroll-x", chart.scroll_x, 0, 1, "part of a zoomed chart: 0 left, 1 right");
@@ -413,6 +441,7 @@ void AddPrintOptions(CLI::App& app, Options& options) {
   AddChoice(app, "--legs", print.legs, {"lap", "miss"},
             "what an analysis shows of each leg: lap and split, or lap and time lost")
       ->capture_default_str();
+  AddUntimed(app, options);
   AddChoice(app, "--paper", print.paper, {"A3", "A4", "A5", "B4", "B5", "Letter", "Legal"},
             "paper size")
       ->capture_default_str();

@@ -21,11 +21,12 @@ void AddNewLine(std::string& text, std::string_view new_line) {
   if (!text.ends_with('\n')) text += new_line;
 }
 
-std::string AnalysisJson(const clsKeltrun2& root, const ChosenSet& choice) {
-  const auto analyzer = Analysis(root, choice);
+std::string AnalysisJson(const clsKeltrun2& root, const ChosenSet& choice, const Options& options,
+                         const std::shared_ptr<clsEstimate>& estimate) {
+  const auto analyzer = Analysis(root, choice, options);
   analyzer->ExtraAnalyze();
   analyzer->Vesmer();
-  std::string json = root.TextControl()->OutputJson(analyzer, choice.kind);
+  std::string json = root.TextControl()->OutputJson(analyzer, choice.kind, estimate);
   while (json.ends_with('\n') || json.ends_with('\r')) json.pop_back();
   return json;
 }
@@ -33,11 +34,12 @@ std::string AnalysisJson(const clsKeltrun2& root, const ChosenSet& choice) {
 // One object when the user named the set, else an array.
 std::string AnalysesJson(const clsKeltrun2& root, const Options& options) {
   const auto choices = ChosenSets(root, options);
-  if (NamesOneSet(options)) return AnalysisJson(root, choices.front());
+  const auto estimate = root.NewEstimate(options.untimed);
+  if (NamesOneSet(options)) return AnalysisJson(root, choices.front(), options, estimate);
   std::string json = "[";
   for (const ChosenSet& choice : choices) {
     json += json.size() > 1 ? ",\n" : "\n";
-    json += AnalysisJson(root, choice);
+    json += AnalysisJson(root, choice, options, estimate);
   }
   return json + "\n]";
 }
@@ -66,8 +68,25 @@ std::string WithCharacterReferences(std::string_view html) {
   return out;
 }
 
-std::string AnalysisText(const clsKeltrun2& root, const Options& options,
-                         const std::shared_ptr<clsAnalyzer>& analyzer) {
+bool IsEstimate(const Options& options) { return options.form.starts_with("estimate-"); }
+
+// The classes that the user named, or all: what is estimated is the same in every set.
+std::string EstimateText(const clsKeltrun2& root, const Options& options) {
+  if (options.course || options.segment) {
+    throw CommandError("an estimate is that of a class or of all classes: use --class or --all",
+                       kWrongUse);
+  }
+  const auto& text = root.TextControl();
+  const auto estimate = root.NewEstimate(options.untimed);
+  const std::string name =
+      NamesOneSet(options) ? root.ClassData(OneSet(root, options).number)->ClassName() : "";
+  return options.form == "estimate-csv" ? text->OutputEstimateCsv(estimate, name)
+                                        : text->OutputEstimateText(estimate, name);
+}
+
+std::string AnalysisText(const clsKeltrun2& root, const Options& options) {
+  if (IsEstimate(options)) return EstimateText(root, options);
+  const auto analyzer = Analysis(root, OneSet(root, options), options);
   const auto& html = root.HtmlControl();
   const auto& text = root.TextControl();
   if (options.form == "mail") return text->OutputTextMail(analyzer);
@@ -155,8 +174,7 @@ void WriteAnalysis(clsKeltrun2& root, const Options& options) {
   CheckReport(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
-  std::string text = json ? AnalysesJson(root, options)
-                          : AnalysisText(root, options, Analysis(root, OneSet(root, options)));
+  std::string text = json ? AnalysesJson(root, options) : AnalysisText(root, options);
   AddNewLine(text, json ? "\n" : "\r\n");
   WriteOutput(options.output, text);
 }

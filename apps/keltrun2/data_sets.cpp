@@ -128,9 +128,11 @@ std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet
   return number != 0 ? root.CourseData(std::to_string(number)) : nullptr;
 }
 
-std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice) {
+std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice,
+                                      const Options& options) {
   auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();
   Fill(*analyzer, choice);
+  analyzer->SetUntimedLegs(options.untimed);
   analyzer->Execute();
   return analyzer;
 }

@@ -34,8 +34,9 @@ ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 /// course.
 std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet& choice);
 
-/// The analysis of a set, executed.
-std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice);
+/// The analysis of a set, executed, without the untimed legs that the options name.
+std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice,
+                                      const Options& options);
 
 /// The result list of a set with its ranks.
 std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice);

@@ -183,6 +183,13 @@ void AppendRemarks(std::string& out, const clsKeltrun2& root) {
   AppendSection(out, "Remarks", static_cast<std::int32_t>(remarks.size()), table);
 }
 
+void AppendOddities(std::string& out, const clsKeltrun2& root) {
+  const auto remarks = root.EventRemarks();
+  if (remarks.empty()) return;
+  out += "\nOddities: " + std::to_string(remarks.size()) + "\n";
+  for (const std::string& remark : remarks) out += "  " + Printable(remark) + "\n";
+}
+
 }  // namespace
 
 std::string InfoText(const clsKeltrun2& root) {
@@ -193,6 +200,7 @@ std::string InfoText(const clsKeltrun2& root) {
   AppendSegments(out, root);
   AppendChoices(out, root);
   AppendRemarks(out, root);
+  AppendOddities(out, root);
   return out;
 }
 

@@ -69,14 +69,15 @@ void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> cours
   }
 }
 
-void PrintOne(clsKeltrun2& root, const PrintOptions& print, const ChosenSet& choice,
+void PrintOne(clsKeltrun2& root, const Options& options, const ChosenSet& choice,
               const std::shared_ptr<clsPrintBook>& book) {
+  const PrintOptions& print = options.print;
   if (print.what == "results") {
     root.GraphicControl()->PrintResult(ResultList(root, choice), book, print.line_interval,
                                        print.new_pages, print.ids, print.ages);
     if (print.new_pages) book->SetPrintedAreaHeight(0);
   } else {
-    const auto analyzer = Analysis(root, choice);
+    const auto analyzer = Analysis(root, choice, options);
     AddControlCodes(*analyzer, CourseOf(root, choice));
     root.GraphicControl()->PrintAnalysis(
         analyzer, book, print.legs == "miss" ? KR_PRINT_ANALYSIS_MISS : KR_PRINT_ANALYSIS_LAP);
@@ -98,7 +99,7 @@ void PrintPages(clsKeltrun2& root, const Options& options) {
   const auto book = std::make_shared<clsPrintBook>();
   SetUpPages(*book, options);
   for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
-    PrintOne(root, print, choice, book);
+    PrintOne(root, options, choice, book);
   }
   if (book->PageCount() == 0) throw CommandError("there is nothing to print");
   book->Execute();

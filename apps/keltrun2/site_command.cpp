@@ -137,6 +137,8 @@ SiteOptions Site(const Options& options, const std::string& folder, bool styled)
   site.OfficialSite = options.official_site;
   site.IndexFileAddMode = options.add;
   site.IndexReplaceBlock = true;  // the same prefix again is the same event again
+  site.UntimedLegs = options.untimed;
+  site.BridgeGaps = true;
   site.Charset = options.charset;
   return site;
 }

@@ -99,6 +99,8 @@ void BindSite(py::module_& module) {
       .Field("OfficialSite", &SiteOptions::OfficialSite)
       .Field("IndexFileAddMode", &SiteOptions::IndexFileAddMode)
       .Field("IndexReplaceBlock", &SiteOptions::IndexReplaceBlock)
+      .Field("UntimedLegs", &SiteOptions::UntimedLegs)
+      .Field("BridgeGaps", &SiteOptions::BridgeGaps)
       .Field("Charset", &SiteOptions::Charset)
       .ShowsFields();
 }
@@ -195,8 +197,12 @@ void BindOutputs(py::module_& module) {
       .Method("OutputActiveXPage", &clsHtmlControl::OutputActiveXPage, arg("LapFileURL"))
       .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"), Released());
   Class<clsTextControl>(module, "clsTextControl")
+      .Method("OutputEstimateText", &clsTextControl::OutputEstimateText, arg("Estimate"),
+              arg("ClassName") = "", Released())
+      .Method("OutputEstimateCsv", &clsTextControl::OutputEstimateCsv, arg("Estimate"),
+              arg("ClassName") = "", Released())
       .Method("OutputJson", &clsTextControl::OutputJson, arg("Analyzer"),
-              arg("Kind") = DataSetKind::kClass, Released())
+              arg("Kind") = DataSetKind::kClass, arg("Estimate") = py::none(), Released())
       .Method("OutputResultJson", &clsTextControl::OutputResultJson, arg("Sets"), Released())
       .Method("OutputInfoJson", &clsTextControl::OutputInfoJson, Released())
       .Method("OutputTextMail", &clsTextControl::OutputTextMail, arg("Analyzer"), Released())
@@ -257,6 +263,7 @@ void BindRoot(py::module_& module) {
       .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
       .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
       .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
+      .Method("EventRemarks", &Root::EventRemarks, Released())
       .ReadOnly("EventData", &Root::EventData)
       .ReadOnly("FileControl", &Root::FileControl)
       .ReadOnly("GraphicControl", &Root::GraphicControl)

@@ -1,6 +1,7 @@
 #include "keltrun2/api/keltrun2.h"
 
 #include "keltrun2/analysis/estimate_internal.h"
+#include "keltrun2/analysis/event_remarks.h"
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/base/version.h"
@@ -43,6 +44,10 @@ std::shared_ptr<clsResultsHolder> clsKeltrun2::NewResultsHolder() const {
 std::shared_ptr<clsEstimate> clsKeltrun2::NewEstimate(std::string_view UntimedLegs) const {
   return EstimateInternal::Make(*model_,
                                 CheckedUntimedLegs(UntimedLegs, "clsKeltrun2.NewEstimate"));
+}
+
+std::vector<std::string> clsKeltrun2::EventRemarks() const {
+  return keltrun::EventRemarks(*model_);
 }
 
 std::shared_ptr<clsEventData> clsKeltrun2::EventData() const { return model_->Event; }

@@ -83,6 +83,10 @@ class KELTRUN2_API clsKeltrun2 {
   [[nodiscard]] std::shared_ptr<clsEstimate> NewEstimate(
       std::string_view UntimedLegs = "auto") const;
 
+  /// What is odd about the times of the event, one sentence in English for each: legs that were not
+  /// timed, and the runners who have a time on them all the same. They are found anew at each call.
+  [[nodiscard]] std::vector<std::string> EventRemarks() const;
+
   /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;
 

@@ -3,10 +3,12 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
+#include "keltrun2/analysis/estimate.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/base/export.h"
 
@@ -37,9 +39,23 @@ class KELTRUN2_API clsTextControl {
   [[nodiscard]] std::string OutputTextResult(
       const std::shared_ptr<clsResultsHolder>& wResults) const;
 
-  /// An executed analysis as one JSON object in the form of docs/json.md.
-  [[nodiscard]] std::string OutputJson(const std::shared_ptr<clsAnalyzer>& Analyzer,
-                                       DataSetKind Kind = DataSetKind::kClass) const;
+  /// What an estimate says about the runners of a class, or of all classes for "", in sentences in
+  /// the language of the pages: how fast each runner is, and where their time went. Letter case
+  /// does not matter; an unknown class gives an empty text.
+  [[nodiscard]] std::string OutputEstimateText(const std::shared_ptr<clsEstimate>& Estimate,
+                                               std::string_view ClassName = "") const;
+
+  /// The laps of a class, or of all classes for "", with the figures of an estimate as
+  /// comma-separated lines (RFC 4180): the names of the columns, then one line for each lap. Times
+  /// are in seconds. An unknown class gives only the first line.
+  [[nodiscard]] std::string OutputEstimateCsv(const std::shared_ptr<clsEstimate>& Estimate,
+                                              std::string_view ClassName = "") const;
+
+  /// An executed analysis as one JSON object in the form of docs/json.md. With an estimate, that of
+  /// a class or course has its figures, too.
+  [[nodiscard]] std::string OutputJson(
+      const std::shared_ptr<clsAnalyzer>& Analyzer, DataSetKind Kind = DataSetKind::kClass,
+      const std::shared_ptr<clsEstimate>& Estimate = nullptr) const;
 
   /// One result list of the document that OutputResultJson makes.
   struct ResultSet {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/event_remarks.h"
 #include "keltrun2/base/version.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
@@ -328,8 +329,11 @@ void WriteRecord(JsonWriter& json, const clsLapData& record) {
 // Writes one analysis. Legs run from 1 to legs_.
 class AnalysisDocument {
  public:
-  AnalysisDocument(JsonWriter& json, const clsAnalyzer& analyzer)
-      : json_(json), analyzer_(analyzer), legs_(AnalyzerInternal::LegCount(analyzer)) {}
+  AnalysisDocument(JsonWriter& json, const clsAnalyzer& analyzer, const clsEstimate* estimate)
+      : json_(json),
+        analyzer_(analyzer),
+        estimate_(estimate),
+        legs_(AnalyzerInternal::LegCount(analyzer)) {}
 
   void WriteSet(DataSetKind kind, const clsCourseData* course) {
     json_.NewLine();
@@ -350,7 +354,9 @@ class AnalysisDocument {
     WriteLegs("upperLapAverage", [&](auto leg) { json_.Time(general.UpperLapAverage(leg)); });
     WriteLegs("legLength", [&](auto leg) { json_.Factor(general.LegLength(leg)); });
     WriteLegs("difficulty", [&](auto leg) { json_.Factor(general.LegDifficulty(leg)->Value()); });
+    WriteLegs("timed", [&](auto leg) { json_.Bool(general.IsTimed(leg)); });
     WriteLegs("upper", [&](auto leg) { WriteUpperRunners(general, leg); });
+    WriteLegEstimates();
     json_.EndObject();
   }
 
@@ -380,6 +386,45 @@ class AnalysisDocument {
     json_.EndArray();
   }
 
+  // The legs of a course have figures in each of its classes.
+  void WriteLegEstimates() {
+    if (estimate_ == nullptr) return;
+    const auto klass =
+        analyzer_.DataSetIsMix ? nullptr : estimate_->ClassData(analyzer_.DataSetName());
+    if (!klass) return json_.Null("estimate");
+    json_.BeginObject("estimate");
+    WriteLegs("normalTime", [&](auto leg) { json_.MarkedTime(klass->NormalTime(leg)); });
+    WriteLegs("spread", [&](auto leg) { json_.Factor(klass->Spread(leg)); });
+    WriteLegs("mistakeRate", [&](auto leg) { json_.Factor(klass->MistakeRate(leg)); });
+    json_.EndObject();
+  }
+
+  void WriteEstimate(const clsAnalyzedRunnerData& runner) {
+    if (estimate_ == nullptr) return;
+    const auto estimated = estimate_->RunnerData(runner.SerialNum());
+    if (!estimated || estimated->Speed() == 0) return json_.Null("estimate");
+    const clsEstimatedRunnerData& figures = *estimated;
+    json_.BeginObject("estimate");
+    json_.Factor("speed", figures.Speed());
+    json_.Factor("speedError", figures.SpeedError());
+    json_.Factor("spread", figures.Spread());
+    json_.Time("timeLost", figures.TimeLost());
+    json_.Integer("mistakes", figures.MistakeCount());
+    json_.Time("mistakeSize", figures.MistakeSize());
+    const auto write_known = [&](std::string_view key, auto write) {
+      WriteLegs(key, [&](auto leg) { figures.IsKnown(leg) ? write(leg) : json_.Null(); });
+    };
+    write_known("normalTime", [&](auto leg) { json_.Time(figures.NormalTime(leg)); });
+    write_known("loss", [&](auto leg) { json_.Time(figures.Loss(leg)); });
+    write_known("leastLoss", [&](auto leg) { json_.Time(figures.LeastLoss(leg)); });
+    write_known("largestLoss", [&](auto leg) { json_.Time(figures.LargestLoss(leg)); });
+    write_known("mistakeTime", [&](auto leg) { json_.Time(figures.MistakeTime(leg)); });
+    write_known("mistakeChance", [&](auto leg) { json_.Factor(figures.MistakeChance(leg)); });
+    write_known("mistake",
+                [&](auto leg) { json_.Text(MistakeWordName(figures.MistakeWord(leg))); });
+    json_.EndObject();
+  }
+
   void WriteRunner(const clsAnalyzedRunnerData& runner) {
     WriteRecord(json_, *runner.OtherData());
     json_.Text("result", runner.Result());
@@ -392,6 +437,7 @@ class AnalysisDocument {
     WriteRelatives(runner);
     WriteMissTimes(runner);
     WriteFigures(runner);
+    WriteEstimate(runner);
   }
 
   void WriteTimes(const clsAnalyzedRunnerData& runner) {
@@ -455,6 +501,7 @@ class AnalysisDocument {
 
   JsonWriter& json_;
   const clsAnalyzer& analyzer_;
+  const clsEstimate* estimate_;
   const std::int32_t legs_;
 };
 
@@ -502,6 +549,13 @@ void WriteFile(JsonWriter& json, const EventModel& model) {
   WriteOrigin(json, "lastUpdate", meta.LastUpdateApplication, meta.LastUpdateDate,
               meta.LastUpdateUserName);
   json.EndObject();
+}
+
+void WriteRemarks(JsonWriter& json, const EventModel& model) {
+  json.NewLine();
+  json.BeginArray("remarks");
+  for (const std::string& remark : EventRemarks(model)) json.Text(remark);
+  json.EndArray();
 }
 
 void WriteClass(JsonWriter& json, const clsClassData& klass) {
@@ -571,10 +625,12 @@ std::string_view KindWord(DataSetKind kind) {
   return "";
 }
 
-std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind) {
+std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind,
+                         const clsEstimate* estimate) {
+  if (kind == DataSetKind::kSegment) estimate = nullptr;  // its legs have other numbers
   std::string out;
   JsonWriter json(out);
-  AnalysisDocument document(json, analyzer);
+  AnalysisDocument document(json, analyzer, estimate);
   BeginDocument(json, "keltrun2-analysis", model);
   document.WriteSet(kind, CourseOfSet(model, analyzer, kind).get());
   document.WriteGeneral();
@@ -598,6 +654,7 @@ std::string InfoJson(const EventModel& model) {
   JsonWriter json(out);
   BeginDocument(json, "keltrun2-info", model);
   WriteFile(json, model);
+  WriteRemarks(json, model);
   WriteLines(json, "classes", model.Classes(), [&](const auto& k) { WriteClass(json, *k); });
   WriteLines(json, "courses", model.Courses(), [&](const auto& c) { WriteCourse(json, *c); });
   WriteLines(json, "segments", model.Segments, [&](const auto& s) { WriteSegment(json, *s); });

@@ -7,6 +7,7 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
+#include "keltrun2/analysis/estimate.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/model/event_model.h"
 
@@ -20,8 +21,10 @@ struct ResultJsonSet {
 /// The word for a kind of data set: "class", "course" or "segment".
 std::string_view KindWord(DataSetKind kind);
 
-/// An executed analysis of the event's runners.
-std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind);
+/// An executed analysis of the event's runners; that of a class or course with the figures of the
+/// estimate, unless that is null.
+std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind,
+                         const clsEstimate* estimate = nullptr);
 
 /// Result lists of the event.
 std::string ResultJson(const EventModel& model, const std::vector<ResultJsonSet>& sets);

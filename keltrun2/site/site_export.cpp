@@ -104,7 +104,9 @@ class SiteExport {
         charset_(SiteCharset(options)),
         folder_(WithTrailingSeparator(options.OutputFolder)),
         chart_modes_(PicturesOf(options.ChartOption)),
-        model_(CurrentModel()) {}
+        model_(CurrentModel()) {
+    analyzer_->SetUntimedLegs(options.UntimedLegs);
+  }
 
   bool PrepareFolder();
   void Run(ProgressReport& progress);
@@ -344,6 +346,7 @@ std::string SiteExport::MakeViewerPage() {
 std::vector<ViewerPageSet> SiteExport::ViewerSets() {
   std::vector<ViewerPageSet> sets;
   const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
+    analyzer->SetUntimedLegs(options_.UntimedLegs);
     analyzer->Execute();
     if (analyzer->Count() == 0) return;
     analyzer->ExtraAnalyze();
@@ -482,6 +485,7 @@ void SiteExport::DrawSiteChart(KrChartModeConst mode) {
   if (!picture_) {
     picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
     chart_ = std::make_shared<clsChartObject>();
+    chart_->BridgeGaps = options_.BridgeGaps;
     chart_->SetPictureObject(picture_);
   }
   BuildChart(analyzer_, *chart_, mode, ChartRatioToFit(*analyzer_, *chart_, mode), 1, 0, 0);

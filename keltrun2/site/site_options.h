@@ -57,6 +57,13 @@ struct SiteOptions {
   /// front of the others.
   bool IndexReplaceBlock = false;
 
+  /// Which legs the analyses leave out because they were not timed: "none", "auto" or a list, as
+  /// clsAnalyzer::UntimedLegs.
+  std::string UntimedLegs = "none";
+  /// Whether lines of charts go on, dashed, at controls without a time, as
+  /// clsChartObject::BridgeGaps.
+  bool BridgeGaps = false;
+
   /// The charset that pages declare and are written in. Outside the Japanese mode, leg analyses are
   /// in iso-8859-1 instead of "x-sjis".
   std::string Charset = "x-sjis";

@@ -32,6 +32,35 @@ def test_loads_merges_and_saves(root, event, tmp_path):
     assert any(remark.Text.startswith("courses") for remark in root.FileControl.SaveRemarks)
 
 
+def test_estimates_of_the_event(root, event):
+    assert root.FileControl.LoadLapFile(event)
+    estimate = root.NewEstimate()
+    klass = estimate.ClassData("M21A")
+    assert [k.ClassName for k in estimate.classes] == [k.ClassName for k in root.classes]
+    assert not klass.IsTimed(8) and root.NewEstimate("none").ClassData("M21A").IsTimed(8)
+    assert len(klass) == klass.Count == root.ClassData("M21A").LapCount
+    mistakes = {(runner.SerialNum, leg) for runner in klass
+                for leg in range(1, klass.LegCount + 1) if runner.IsMistake(leg)}
+    assert len(mistakes) == sum(runner.MistakeCount for runner in klass) > 20
+    for serial, leg in mistakes:
+        runner = estimate.RunnerData(serial)
+        assert runner.MistakeWord(leg) in (kr.MistakeWord.kLikely, kr.MistakeWord.kSure)
+        assert runner.LeastLoss(leg) < runner.Loss(leg) < runner.LargestLoss(leg)
+    assert kr.MistakeWordName(kr.MistakeWord.kSure) == "sure"
+    text = root.TextControl
+    assert text.OutputEstimateCsv(estimate, "M21A").count("\n") > 400
+    assert text.OutputEstimateText(estimate, "M21A").count("* M21A") == len(klass)
+    analyzer = root.NewAnalyzer
+    analyzer.UntimedLegs = "auto"
+    analyzer.AddClass("M21A")
+    analyzer.Execute()
+    assert not analyzer.GeneralData.IsTimed(15)
+    assert '"mistakeChance"' in text.OutputJson(analyzer, Estimate=estimate)
+    assert "leg 80-81 is untimed" in root.EventRemarks()[0]
+    with pytest.raises(kr.AutomationError):
+        analyzer.UntimedLegs = "some"
+
+
 def test_merge_is_the_programs(root, tmp_path):
     def lap_file(name, **runners):
         lines = "".join(f'<runner name="{runner}" result="{result}" rank="{rank}"/>'
