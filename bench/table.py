@@ -58,7 +58,7 @@ class Figures:
             for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
                                     (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
                                     (KEPT, '^(Read|Walk)IofList/'),
-                                    (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
+                                    (KEPT, '^Estimate/'), (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
                                     (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
                                     (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
                                     (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/'), (DEFAULT, '^SiteOnDisk/'),
@@ -112,6 +112,9 @@ def rows(f):
     yield row('analysis of 1,000 runners', DEFAULT, time(DEFAULT, analyze), 25, '%.1f ms')
     yield growth('analysis, us / (n log2 n), 125 to 8,000 runners',
                  lambda clock: f.per_unit('Analyze', CLASSES, lambda n: n * math.log2(n), clock))
+    yield row('estimate of 2,000 runners in 40 classes', KEPT, time(KEPT, 'Estimate/2000'), 20, '%.1f ms')
+    yield growth('estimate, us a runner, 2,000 to 20,000 runners',
+                 lambda clock: f.per_unit('Estimate', LOADS, lambda n: n, clock))
     yield row('analysis page, the call', DEFAULT, speed(DEFAULT, call), 130, '%.0f MB/s', at_least=True)
     yield row('analysis page, appended', KEPT, speed(KEPT, append), 400, '%.0f MB/s', at_least=True)
     yield row('site of 2,000 runners', DEFAULT, time(DEFAULT, site, 0.001), 0.5, '%.2f s')
