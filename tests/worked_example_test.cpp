@@ -54,5 +54,35 @@ TEST(WorkedExample, FiguresOfTheDocument) {
   }
 }
 
+struct WorkedLap {
+  const char* runner;
+  int leg;
+  double normal, loss, least, largest, chance, lost;  // times in seconds
+};
+
+// The laps of the section about the estimate. Quinn's is worked out there.
+TEST(WorkedExample, EstimatesOfTheDocument) {
+  const auto root = NewRoot();
+  ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("worked/event.lxm")));
+  const auto klass = root->NewEstimate()->ClassData("Map");
+  const WorkedLap kLaps[] = {{"Quinn", 3, 99.84, 20.16, 5.9, 32.6, 0.22, 10.05},
+                             {"Rosa", 3, 103.4, 36.6, 21.6, 49.7, 0.92, 32.9},
+                             {"Pia", 1, 98.6, 31.4, 17.9, 43.4, 0.84, 28.0},
+                             {"Sara", 1, 98.6, 61.4, 47.9, 73.35, 1.00, 58.7}};
+  constexpr double kTenth = 0.051;
+  for (const WorkedLap& lap : kLaps) {
+    for (int i = 1; i <= klass->Count(); ++i) {
+      const auto runner = klass->Item(i);
+      if (runner->RunnerName() != lap.runner) continue;
+      EXPECT_NEAR(runner->NormalTime(lap.leg) * kSecondsPerDay, lap.normal, kTenth) << lap.runner;
+      EXPECT_NEAR(runner->Loss(lap.leg) * kSecondsPerDay, lap.loss, kTenth);
+      EXPECT_NEAR(runner->LeastLoss(lap.leg) * kSecondsPerDay, lap.least, kTenth);
+      EXPECT_NEAR(runner->LargestLoss(lap.leg) * kSecondsPerDay, lap.largest, kTenth);
+      EXPECT_NEAR(runner->MistakeChance(lap.leg), lap.chance, 0.0051);
+      EXPECT_NEAR(runner->MistakeTime(lap.leg) * kSecondsPerDay, lap.lost, kTenth);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace keltrun::test
