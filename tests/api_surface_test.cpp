@@ -192,6 +192,7 @@ TEST(ApiSurface, Estimate) {
   EXPECT_THROW((void)runner->Loss(52), AutomationError);
   EXPECT_THROW((void)klass->Spread(-1), AutomationError);
   EXPECT_TRUE(surface.root->EventRemarks().empty());
+  Are<Long>(surface.root->ShiftClock(99, 1));
   const auto& texts = *surface.root->TextControl();
   EXPECT_TRUE(texts.OutputEstimateText(estimate, "M21A").starts_with("* M21A"));
   EXPECT_TRUE(texts.OutputEstimateCsv(estimate).starts_with("class,serial,name,"));

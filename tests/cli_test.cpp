@@ -313,6 +313,19 @@ TEST_F(Cli, UntimedLegsAreLeftOut) {
             Output("chart " + kHoshinomori + " --class M21A -o - --untimed none"));
 }
 
+TEST_F(Cli, ClocksAreCorrectedOnDemand) {
+  const string analyze = "analyze " + kHoshinomori + " --class M21A --as json";
+  const auto run = Run("keltrun2 " + analyze + " --clock 73:+40s --clock 79:-5");
+  EXPECT_EQ(run.code, 0);
+  EXPECT_TRUE(Has(run.err, "the clock of control 73 was corrected for 114 runners"));
+  EXPECT_TRUE(Has(run.out, "\"corrections\":[\"the clock of control 73 was corrected by +40 s"));
+  EXPECT_FALSE(Has(Output(analyze), "corrections"));
+  EXPECT_EQ(Run("keltrun2 " + analyze + " --clock 999:+40s").code, 1);
+  for (const char* text : {"73", "73:", ":40", "a:40", "73:90000", "73:nan", "73:40m"}) {
+    EXPECT_EQ(Run("keltrun2 " + analyze + " --clock " + text).code, 2) << text;
+  }
+}
+
 TEST_F(Cli, EstimatesAreForPeopleAndPrograms) {
   const string command = "analyze " + kHoshinomori + " --as estimate-";
   const string text = Output(command + "text --class M21A --lang en");

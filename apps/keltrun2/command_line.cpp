@@ -257,6 +257,24 @@ void AddUntimed(CLI::App& app, Options& options) {
           ""));
 }
 
+// Corrections of the clocks of controls.
+void AddClocks(CLI::App& app, Options& options) {
+  app.add_option("--clock", options.clocks,
+                 "correct the clock of a control: 45:+40s adds 40 s to every punch at control 45;\n"
+                 "info names clocks that went wrong during the day")
+      ->type_name("CODE:SECONDS")
+      ->allow_extra_args(false)
+      ->check(CLI::Validator(
+          [](const std::string& text) {
+            return ClockCorrectionOf(text)
+                       ? std::string()
+                       : std::string(
+                             "must be the code of a control and a time below a day, as in "
+                             "45:+40s");
+          },
+          ""));
+}
+
 // One of a few words.
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
                        const std::vector<std::string>& words, const std::string& description) {
@@ -359,6 +377,7 @@ void AddSiteOptions(CLI::App& app, Options& options) {
 void AddInfoOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   app.add_flag("--json", options.json, "write JSON instead of a summary");
+  AddClocks(app, options);
   AddOutput(app, options);
 }
 
@@ -374,6 +393,7 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
       ->excludes("--course")
       ->excludes("--segment");
   AddUntimed(app, options);
+  AddClocks(app, options);
   AddOutput(app, options);
 }
 
@@ -418,6 +438,7 @@ void AddChartOptions(CLI::App& app, Options& options) {
         ->capture_default_str();
   };
   AddUntimed(app, options);
+  AddClocks(app, options);
   add_number("--zoom-x", chart.zoom_x, 0.1F, 100, "width of the chart, in picture widths");
   add_number("--zoom-y", chart.zoom_y, 1, 100, "height of the chart, in picture heights");
   add_number("--scroll-x", chart.scroll_x, 0, 1, "part of a zoomed chart: 0 left, 1 right");
@@ -442,6 +463,7 @@ void AddPrintOptions(CLI::App& app, Options& options) {
             "what an analysis shows of each leg: lap and split, or lap and time lost")
       ->capture_default_str();
   AddUntimed(app, options);
+  AddClocks(app, options);
   AddChoice(app, "--paper", print.paper, {"A3", "A4", "A5", "B4", "B5", "Letter", "Legal"},
             "paper size")
       ->capture_default_str();

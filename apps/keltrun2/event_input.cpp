@@ -18,6 +18,7 @@
 #include "apps/keltrun2/command_error.h"
 #include "apps/keltrun2/display_text.h"
 #include "apps/keltrun2/files.h"
+#include "apps/keltrun2/words.h"
 
 namespace keltrun::cli {
 namespace {
@@ -184,6 +185,23 @@ KrLapFileLoadModeCosnt MergeMode(const Options& options) {
   return mode;
 }
 
+// Says what was corrected. A control where nothing was is most likely a wrong code.
+void CorrectClocks(clsKeltrun2& root, const Options& options) {
+  for (const std::string& text : options.clocks) {
+    const auto correction = ClockCorrectionOf(text);
+    if (!correction) continue;  // the command line was checked
+    const std::int32_t changed = root.ShiftClock(correction->code, correction->seconds);
+    if (changed == 0) {
+      throw CommandError("--clock " + text + " changes nobody: no course has control " +
+                         std::to_string(correction->code) +
+                         ", or the laps are shorter than the correction");
+    }
+    if (options.quiet) continue;
+    std::cerr << "keltrun2: the clock of control " << correction->code << " was corrected for "
+              << changed << (changed == 1 ? " runner\n" : " runners\n");
+  }
+}
+
 }  // namespace
 
 void ShowRemarks(const std::vector<LoadRemark>& remarks, const std::string& name) {
@@ -206,6 +224,7 @@ void ShowRemarks(const std::vector<LoadRemark>& remarks, const std::string& name
 
 void LoadEvent(clsKeltrun2& root, const Options& options, RemarkDisplay show) {
   Load(root, options.event, KR_LOADMODE_NORMAL, options, show);
+  CorrectClocks(root, options);
 }
 
 void MergeImport(clsKeltrun2& root, const Options& options) {

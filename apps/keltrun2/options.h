@@ -62,7 +62,8 @@ struct Options {
   std::string form;           // of an analysis or result list: "html", "json" and so on
   std::string style_address;  // of the style sheet an HTML page links, "" for none
 
-  std::string untimed = "auto";  // legs that analyses leave out: "none", "auto" or "8,15"
+  std::vector<std::string> clocks;  // corrections of the clocks of controls, "45:+40s"
+  std::string untimed = "auto";     // legs that analyses leave out: "none", "auto" or "8,15"
 
   ChartOptions chart;
   PrintOptions print;

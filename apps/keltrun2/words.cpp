@@ -1,6 +1,7 @@
 #include "apps/keltrun2/words.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace keltrun::cli {
@@ -26,6 +27,20 @@ std::optional<float> NumberOf(const std::string& text) {
   const float number = std::strtof(text.c_str(), &end);
   if (text.empty() || end != text.c_str() + text.size()) return std::nullopt;
   return number;
+}
+
+std::optional<ClockCorrection> ClockCorrectionOf(const std::string& text) {
+  constexpr float kDay = 86400;
+  const std::size_t colon = text.find(':');
+  const std::string code = text.substr(0, colon);
+  const bool is_code = !code.empty() && code.size() <= 5 &&
+                       code.find_first_not_of("0123456789") == std::string::npos;
+  if (!is_code || colon == std::string::npos) return std::nullopt;
+  std::string seconds = text.substr(colon + 1);
+  if (seconds.ends_with('s')) seconds.pop_back();
+  const auto number = NumberOf(seconds);
+  if (!number || !(std::fabs(*number) < kDay)) return std::nullopt;
+  return ClockCorrection{std::stoi(code), static_cast<double>(*number)};
 }
 
 }  // namespace keltrun::cli

@@ -1,6 +1,7 @@
 // Words and numbers of the command line.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,5 +16,15 @@ std::string Joined(const std::vector<std::string>& words, const std::string& sep
 
 /// The number if the whole text is one, or nothing. "inf" and "nan" are numbers here.
 std::optional<float> NumberOf(const std::string& text);
+
+/// A correction of the clock of a control.
+struct ClockCorrection {
+  std::int32_t code;
+  double seconds;
+};
+
+/// The correction that a text such as "45:+40s" names; the "s" may be missing. Nothing for any
+/// other text, and for a day or more.
+std::optional<ClockCorrection> ClockCorrectionOf(const std::string& text);
 
 }  // namespace keltrun::cli

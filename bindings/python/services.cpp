@@ -264,6 +264,7 @@ void BindRoot(py::module_& module) {
       .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
       .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
       .Method("EventRemarks", &Root::EventRemarks, Released())
+      .Method("ShiftClock", &Root::ShiftClock, arg("ControlCode"), arg("Seconds"))
       .ReadOnly("EventData", &Root::EventData)
       .ReadOnly("FileControl", &Root::FileControl)
       .ReadOnly("GraphicControl", &Root::GraphicControl)

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <map>
 
+#include "keltrun2/analysis/clock_check.h"
+#include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/untimed_legs.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -82,8 +84,12 @@ std::vector<std::string> EventRemarks(const EventModel& model) {
   for (std::size_t i = 0; i < untimed.size(); ++i) {
     untimed_remarks.AddClass(model, *model.Classes()[i], untimed[i]);
   }
-  std::vector<std::string> remarks;
+  std::vector<std::string> remarks = model.Corrections;
   untimed_remarks.AppendTo(remarks);
+  const auto tables = LapTables(model, untimed);
+  for (const ClockFinding& clock : FindClocks(model, tables, EstimateLaps(tables))) {
+    remarks.push_back(clock.Remark());
+  }
   return remarks;
 }
 

@@ -8,8 +8,8 @@
 
 namespace keltrun {
 
-/// One sentence in English for each oddity: legs that were not timed, and the laps of single
-/// runners that are on them all the same. In the order of the classes.
+/// One sentence in English for each oddity: what was corrected, legs that were not timed and the
+/// laps of single runners that are on them all the same, clocks that went wrong during the day.
 std::vector<std::string> EventRemarks(const EventModel& model);
 
 }  // namespace keltrun

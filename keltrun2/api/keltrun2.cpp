@@ -1,5 +1,8 @@
 #include "keltrun2/api/keltrun2.h"
 
+#include <cmath>
+
+#include "keltrun2/analysis/clock_check.h"
 #include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/event_remarks.h"
 #include "keltrun2/analysis/segment_sets.h"
@@ -48,6 +51,14 @@ std::shared_ptr<clsEstimate> clsKeltrun2::NewEstimate(std::string_view UntimedLe
 
 std::vector<std::string> clsKeltrun2::EventRemarks() const {
   return keltrun::EventRemarks(*model_);
+}
+
+std::int32_t clsKeltrun2::ShiftClock(std::int32_t ControlCode, double Seconds) {
+  if (!(std::fabs(Seconds) < kSecondsPerDay)) {
+    throw AutomationError(KR_ERROR_INVALID_CALL,
+                          "clsKeltrun2.ShiftClock: the time must be below a day");
+  }
+  return keltrun::ShiftClock(*model_, ControlCode, Seconds);
 }
 
 std::shared_ptr<clsEventData> clsKeltrun2::EventData() const { return model_->Event; }

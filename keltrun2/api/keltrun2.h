@@ -83,9 +83,18 @@ class KELTRUN2_API clsKeltrun2 {
   [[nodiscard]] std::shared_ptr<clsEstimate> NewEstimate(
       std::string_view UntimedLegs = "auto") const;
 
-  /// What is odd about the times of the event, one sentence in English for each: legs that were not
-  /// timed, and the runners who have a time on them all the same. They are found anew at each call.
+  /// What is odd about the times of the event, one sentence in English for each: clocks that
+  /// ShiftClock corrected, legs that were not timed and the runners who have a time on them all the
+  /// same, and clocks of controls that drift or jump by 30 s or more during the day, with the
+  /// evidence (60 runners or more are needed). They are found anew at each call.
   [[nodiscard]] std::vector<std::string> EventRemarks() const;
+
+  /// Corrects the clock of a control: adds a number of seconds, which may be negative, to every
+  /// punch there, so that the laps to it become longer and the laps from it shorter. Runners for
+  /// whom a lap would not be above 0 stay as they are. EventRemarks and the JSON of the event say
+  /// so until the event is emptied. Returns the number of runners who changed. Raises invalid call
+  /// (5) unless the time is below a day.
+  std::int32_t ShiftClock(std::int32_t ControlCode, double Seconds);
 
   /// The header of the event. Emptying the event makes a new one.
   std::shared_ptr<clsEventData> EventData() const;

@@ -67,6 +67,7 @@ void EventModel::Clear() {
   courses_.Clear();
   Segments.clear();
   SegmentRemark.clear();
+  Corrections.clear();
   Event = std::make_shared<clsEventData>();
   Meta = std::make_shared<clsMetaData>();
   FileName.clear();

@@ -38,7 +38,8 @@ class EventModel {
   std::shared_ptr<clsEventData> Event = std::make_shared<clsEventData>();
   std::shared_ptr<clsMetaData> Meta = std::make_shared<clsMetaData>();
   std::vector<std::shared_ptr<SegmentSet>> Segments;
-  std::string SegmentRemark;  // what the segment sets leave out, "" if nothing
+  std::string SegmentRemark;             // what the segment sets leave out, "" if nothing
+  std::vector<std::string> Corrections;  // what was changed in the times after loading
 
   /// Removes everything and starts numbering runners from 1 again.
   void Clear();

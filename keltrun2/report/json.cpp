@@ -228,6 +228,12 @@ void WriteNumbered(JsonWriter& json, std::string_view key, std::int32_t count,
   json.EndArray();
 }
 
+void WriteTexts(JsonWriter& json, std::string_view key, const std::vector<std::string>& texts) {
+  json.BeginArray(key);
+  for (const std::string& text : texts) json.Text(text);
+  json.EndArray();
+}
+
 void WriteEvent(JsonWriter& json, const clsEventData& event) {
   json.NewLine();
   json.BeginObject("event");
@@ -245,6 +251,9 @@ void BeginDocument(JsonWriter& json, std::string_view format, const EventModel& 
   json.Integer("version", kFormatVersion);
   json.Text("generator", "Keltrun " + VersionText(false));
   WriteEvent(json, *model.Event);
+  if (model.Corrections.empty()) return;
+  json.NewLine();
+  WriteTexts(json, "corrections", model.Corrections);
 }
 
 void EndDocument(JsonWriter& json, std::string& out) {
@@ -551,13 +560,6 @@ void WriteFile(JsonWriter& json, const EventModel& model) {
   json.EndObject();
 }
 
-void WriteRemarks(JsonWriter& json, const EventModel& model) {
-  json.NewLine();
-  json.BeginArray("remarks");
-  for (const std::string& remark : EventRemarks(model)) json.Text(remark);
-  json.EndArray();
-}
-
 void WriteClass(JsonWriter& json, const clsClassData& klass) {
   json.Text("name", klass.ClassName());
   json.Text("fileName", klass.FileName());
@@ -654,7 +656,8 @@ std::string InfoJson(const EventModel& model) {
   JsonWriter json(out);
   BeginDocument(json, "keltrun2-info", model);
   WriteFile(json, model);
-  WriteRemarks(json, model);
+  json.NewLine();
+  WriteTexts(json, "remarks", EventRemarks(model));
   WriteLines(json, "classes", model.Classes(), [&](const auto& k) { WriteClass(json, *k); });
   WriteLines(json, "courses", model.Courses(), [&](const auto& c) { WriteCourse(json, *c); });
   WriteLines(json, "segments", model.Segments, [&](const auto& s) { WriteSegment(json, *s); });

@@ -57,6 +57,8 @@ def test_estimates_of_the_event(root, event):
     assert not analyzer.GeneralData.IsTimed(15)
     assert '"mistakeChance"' in text.OutputJson(analyzer, Estimate=estimate)
     assert "leg 80-81 is untimed" in root.EventRemarks()[0]
+    assert root.ShiftClock(73, 40.0) > 100
+    assert root.EventRemarks()[0].startswith("the clock of control 73 was corrected by +40 s")
     with pytest.raises(kr.AutomationError):
         analyzer.UntimedLegs = "some"
 
