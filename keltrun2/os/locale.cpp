@@ -7,8 +7,11 @@
 namespace keltrun {
 namespace {
 
-std::atomic<std::optional<std::int32_t>>& Override() {
-  static std::atomic<std::optional<std::int32_t>> locale;
+// The locale that was set; no locale has the number kNotSet.
+constexpr std::int32_t kNotSet = -1;
+
+std::atomic<std::int32_t>& Override() {
+  static std::atomic<std::int32_t> locale = kNotSet;
   return locale;
 }
 
@@ -23,12 +26,12 @@ std::string_view EnvironmentLocale() {
 }  // namespace
 
 std::int32_t UserLocale() {
-  if (const auto locale = Override().load()) return *locale;
+  if (const std::int32_t locale = Override(); locale != kNotSet) return locale;
   const std::string_view name = EnvironmentLocale();
   const bool japanese = name == "ja" || name.substr(0, 3) == "ja_" || name.substr(0, 3) == "ja.";
   return japanese ? kLocaleJapanese : kLocaleEnglish;
 }
 
-void SetUserLocale(std::optional<std::int32_t> locale) { Override() = locale; }
+void SetUserLocale(std::optional<std::int32_t> locale) { Override() = locale.value_or(kNotSet); }
 
 }  // namespace keltrun

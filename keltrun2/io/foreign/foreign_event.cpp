@@ -155,8 +155,14 @@ class RecordMaker {
   ClassRecords Make(ForeignClass& klass) {
     class_ = &klass;
     zero_legs_.clear();
+    for (ForeignRunner& runner : klass.runners) {
+      TakeFinish(runner, runner.control_count > 0 ? runner.control_count : klass.control_count);
+      DeduceTotal(runner);
+    }
     DropCodesOfNothing(klass);
-    for (ForeignRunner& runner : klass.runners) Prepare(runner);
+    for (ForeignRunner& runner : klass.runners) {
+      unused_punches_ += RemoveNoControls(runner.punches, klass.has_codes);
+    }
     const CourseLists courses = FindCourseLists(klass);
     ClassRecords records = Describe(courses);
     for (std::size_t i = 0; i < klass.runners.size(); ++i) {
@@ -189,12 +195,6 @@ class RecordMaker {
   void Warn(std::string_view subject, const std::string& text) {
     remarks_.Add(RemarkSeverity::kWarning, 0, 0, subject, "", text);
   }
-  void Prepare(ForeignRunner& runner) {
-    TakeFinish(runner, runner.control_count > 0 ? runner.control_count : class_->control_count);
-    unused_punches_ += RemoveNoControls(runner.punches, class_->has_codes);
-    DeduceTotal(runner);
-  }
-
   // The course of the class and the other courses of its runners.
   ClassRecords Describe(const CourseLists& courses) const {
     ClassRecords records;
