@@ -187,6 +187,8 @@ TEST(ApiSurface, Estimate) {
               runner->MistakeSize(), runner->NormalTime(1), runner->Loss(1), runner->LeastLoss(1),
               runner->LargestLoss(1), runner->MistakeTime(1), runner->MistakeChance(1));
   EXPECT_EQ(runner->MistakeCount(), 0);
+  EXPECT_EQ(runner->LegCount(), 4);
+  EXPECT_TRUE(runner->IsTimed(4) && !runner->IsTimed(5));
   EXPECT_FALSE(runner->IsKnown(4) || runner->IsMistake(51));
   EXPECT_EQ(runner->MistakeWord(1), MistakeWord::kNone);
   EXPECT_THROW((void)runner->Loss(52), AutomationError);

@@ -119,6 +119,36 @@ TEST(Estimate, LapsOfUntimedLegsCountForNobody) {
   EXPECT_TRUE(listed->IsTimed(4));
 }
 
+// Runners with a course of their own have figures on its legs, with the help of everybody who ran
+// between the same controls.
+TEST(Estimate, RunnersOfForksAreComparedOnTheirOwnLegs) {
+  const auto root = NewRoot();
+  const std::int32_t codes[][3] = {{31, 32, 33}, {31, 40, 33}};
+  for (const std::int32_t number : {1, 2}) {
+    const auto course = root->AddCourse(number);
+    course->SetControlCount(3);
+    for (int i = 0; i < 3; ++i) course->SetControlNum(i + 1, codes[number - 1][i]);
+  }
+  const auto klass = root->AddClass("Forked");
+  klass->CourseNum = 1;
+  klass->ControlCount = 3;
+  for (const double factor : {1.0, 1.1, 1.2, 1.3, 1.05, 1.15}) {
+    const bool is_forked = klass->LapCount() % 2 != 0;
+    const double way = is_forked ? 400 : 200;
+    AddRunner(*klass, "R", "", {100 * factor, way * factor, way * factor, 60 * factor})->CourseNum =
+        is_forked ? 2 : 0;
+  }
+  const auto estimate = root->NewEstimate()->ClassData(1);
+  ASSERT_EQ(estimate->Count(), 6);
+  for (std::int32_t i = 1; i <= 6; ++i) {
+    const auto runner = estimate->Item(i);
+    EXPECT_EQ(runner->OtherData(), klass->LapData(i));
+    EXPECT_TRUE(runner->IsKnown(2)) << i;
+    const double lap = klass->LapData(i)->Lap(2);
+    EXPECT_NEAR(runner->NormalTime(2), lap, 0.08 * lap) << i;
+  }
+}
+
 struct ZeroCase {
   const char* what;
   std::vector<std::vector<double>> runners;  // laps in seconds

@@ -133,6 +133,8 @@ void BindEstimate(py::module_& module) {
       .ReadOnly("TimeLost", &EstimatedRunner::TimeLost)
       .ReadOnly("MistakeCount", &EstimatedRunner::MistakeCount)
       .ReadOnly("MistakeSize", &EstimatedRunner::MistakeSize)
+      .ReadOnly("LegCount", &EstimatedRunner::LegCount)
+      .Method("IsTimed", &EstimatedRunner::IsTimed, arg("Index"))
       .Method("IsKnown", &EstimatedRunner::IsKnown, arg("Index"))
       .Method("NormalTime", &EstimatedRunner::NormalTime, arg("Index"))
       .Method("Loss", &EstimatedRunner::Loss, arg("Index"))

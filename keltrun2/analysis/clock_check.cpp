@@ -5,8 +5,6 @@
 #include <map>
 #include <span>
 
-#include "keltrun2/analysis/untimed_legs.h"
-#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/text/datetime.h"
 
@@ -193,14 +191,17 @@ std::string SecondsText(double seconds) {
 
 // The laps of a record with a shift at the controls of its course; false if one would not be above
 // 0, or none changes.
-bool ShiftedLaps(const clsLapData& record, const clsCourseData& course, std::int32_t code,
+bool ShiftedLaps(const clsLapData& record, const std::vector<ControlPair>& pairs, std::int32_t code,
                  DateTime shift, std::vector<DateTime>& laps) {
-  const std::int32_t legs = std::min(LapDataInternal::HeldLegs(record), course.ControlCount() + 1);
+  const auto legs =
+      std::min(static_cast<std::size_t>(LapDataInternal::HeldLegs(record)), pairs.size());
   laps.clear();
-  for (std::int32_t leg = 1; leg <= legs; ++leg) laps.push_back(LapDataInternal::Lap(record, leg));
+  for (std::size_t leg = 1; leg <= legs; ++leg) {
+    laps.push_back(LapDataInternal::Lap(record, static_cast<std::int32_t>(leg)));
+  }
   bool changes = false;
   for (std::size_t i = 0; i + 1 < laps.size(); ++i) {
-    if (course.ControlNum(static_cast<std::int32_t>(i) + 1) != code) continue;
+    if (pairs[i].second != code) continue;
     if (!(laps[i] > 0) || !(laps[i + 1] > 0)) continue;
     laps[i] = Canonical(laps[i] + shift);
     laps[i + 1] = Canonical(laps[i + 1] - shift);
@@ -242,15 +243,15 @@ std::vector<ClockFinding> FindClocks(std::vector<ClockPunch> punches) {
   return findings;
 }
 
-std::vector<ClockFinding> FindClocks(const EventModel& model, const std::vector<LapTable>& tables,
+std::vector<ClockFinding> FindClocks(const std::vector<CourseGroup>& groups,
                                      const std::vector<ClassEstimate>& estimates) {
   std::vector<ClockPunch> punches;
-  for (std::size_t klass = 0; klass < tables.size(); ++klass) {
-    const auto pairs = LegPairs(model, *model.Classes()[klass]);
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    const auto& pairs = groups[i].pairs;
     if (pairs.empty()) continue;
-    const auto& runners = ClassDataInternal::Runners(*model.Classes()[klass]);
-    for (std::size_t i = 0; i < runners.size(); ++i) {
-      AddPunches(*runners[i], klass, pairs, estimates[klass].laps.data() + i * pairs.size(),
+    const auto& runners = groups[i].runners;
+    for (std::size_t runner = 0; runner < runners.size(); ++runner) {
+      AddPunches(*runners[runner], i, pairs, estimates[i].laps.data() + runner * pairs.size(),
                  punches);
     }
   }
@@ -260,11 +261,9 @@ std::vector<ClockFinding> FindClocks(const EventModel& model, const std::vector<
 std::int32_t ShiftClock(EventModel& model, std::int32_t code, double seconds) {
   std::int32_t changed = 0;
   std::vector<DateTime> laps;
-  for (const auto& klass : model.Classes()) {
-    const auto course = klass->CourseNum != 0 ? model.CourseByNumber(klass->CourseNum) : nullptr;
-    if (!course || course->ControlCount() > clsCourseData::kMostControls) continue;
-    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
-      if (!ShiftedLaps(*runner, *course, code, seconds / kSecondsPerDay, laps)) continue;
+  for (const CourseGroup& group : CourseGroups(model)) {
+    for (const auto& runner : group.runners) {
+      if (!ShiftedLaps(*runner, group.pairs, code, seconds / kSecondsPerDay, laps)) continue;
       for (std::size_t i = 0; i < laps.size(); ++i) {
         LapDataInternal::ReplaceLap(*runner, static_cast<std::int32_t>(i) + 1, laps[i]);
       }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "keltrun2/analysis/course_groups.h"
 #include "keltrun2/analysis/lap_estimate.h"
 #include "keltrun2/model/event_model.h"
 
@@ -40,8 +41,9 @@ struct ClockPunch {
 /// legs and the runners themselves, and is not looked for.
 std::vector<ClockFinding> FindClocks(std::vector<ClockPunch> punches);
 
-/// The same for an event with its estimate; runners without a start time tell nothing.
-std::vector<ClockFinding> FindClocks(const EventModel& model, const std::vector<LapTable>& tables,
+/// The same for the groups of an event with their estimates; runners without a start time tell
+/// nothing.
+std::vector<ClockFinding> FindClocks(const std::vector<CourseGroup>& groups,
                                      const std::vector<ClassEstimate>& estimates);
 
 /// Adds a time to every punch at a control: the laps to it become longer by it and the laps from it

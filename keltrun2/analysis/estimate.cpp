@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <unordered_map>
 
 #include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/base/automation_error.h"
@@ -36,11 +37,6 @@ class PairNumbers {
   std::int32_t next_ = 0;
 };
 
-std::size_t LegCountOf(const clsClassData& klass) {
-  return static_cast<std::size_t>(
-      std::clamp(klass.ControlCount, 0, clsAnalyzedRunnerData::kMostAnalyzedLegs - 1) + 1);
-}
-
 // A lap right after a skipped or disqualified leg covers more than its leg.
 void ReadLaps(const clsLapData& record, const LegSet& untimed, std::size_t runner,
               LapTable& table) {
@@ -55,18 +51,27 @@ void ReadLaps(const clsLapData& record, const LegSet& untimed, std::size_t runne
   }
 }
 
-LapTable ReadClass(const EventModel& model, const clsClassData& klass, const LegSet& untimed,
-                   PairNumbers& numbers) {
+LapTable ReadGroup(const CourseGroup& group, const LegSet& untimed, PairNumbers& numbers) {
   LapTable table;
-  const auto pairs = LegPairs(model, klass);
-  for (std::size_t leg = 0; leg < LegCountOf(klass); ++leg) {
-    table.pairs.push_back(leg < pairs.size() ? numbers.Of(pairs[leg]) : numbers.New());
+  for (std::size_t leg = 0; leg < static_cast<std::size_t>(group.legs); ++leg) {
+    table.pairs.push_back(leg < group.pairs.size() ? numbers.Of(group.pairs[leg]) : numbers.New());
   }
-  const auto& runners = ClassDataInternal::Runners(klass);
-  table.runners = runners.size();
-  table.seconds.resize(runners.size() * table.pairs.size());
-  for (std::size_t i = 0; i < runners.size(); ++i) ReadLaps(*runners[i], untimed, i, table);
+  table.runners = group.runners.size();
+  table.seconds.resize(table.runners * table.pairs.size());
+  for (std::size_t i = 0; i < table.runners; ++i) ReadLaps(*group.runners[i], untimed, i, table);
   return table;
+}
+
+// The runners of a class in its order, which the groups have taken apart.
+void OrderAsInClass(const clsClassData& klass,
+                    std::vector<std::shared_ptr<clsEstimatedRunnerData>>& runners) {
+  std::unordered_map<const clsLapData*, std::size_t> places;
+  for (const auto& record : ClassDataInternal::Runners(klass)) {
+    places.try_emplace(record.get(), places.size());
+  }
+  std::stable_sort(runners.begin(), runners.end(), [&places](const auto& a, const auto& b) {
+    return places.at(a->OtherData().get()) < places.at(b->OtherData().get());
+  });
 }
 
 }  // namespace
@@ -136,41 +141,46 @@ std::shared_ptr<clsEstimatedRunnerData> clsEstimate::RunnerData(std::int32_t Ser
 
 std::shared_ptr<clsEstimate> EstimateInternal::Make(const EventModel& model,
                                                     const UntimedLegsChoice& untimed) {
-  const std::vector<LegSet> legs = UntimedLegsOf(model, untimed);
-  const std::vector<ClassEstimate> figures = EstimateLaps(LapTables(model, legs));
+  const std::vector<CourseGroup> groups = CourseGroups(model);
+  const std::vector<LegSet> legs = UntimedLegsOf(groups, untimed);
+  const std::vector<ClassEstimate> figures = EstimateLaps(LapTables(groups, legs));
   const std::shared_ptr<clsEstimate> estimate(new clsEstimate);
-  for (std::size_t i = 0; i < figures.size(); ++i) {
-    estimate->classes_.push_back(MakeClass(*model.Classes()[i], legs[i], figures[i]));
-    const auto& runners = estimate->classes_.back()->runners_;
-    estimate->by_serial_.insert(estimate->by_serial_.end(), runners.begin(), runners.end());
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    const CourseGroup& group = groups[i];
+    const bool is_first = i == 0 || groups[i - 1].klass != group.klass;
+    if (is_first) estimate->classes_.push_back(MakeClass(group, legs[i], figures[i]));
+    auto& of_class = estimate->classes_.back()->runners_;
+    const std::size_t leg_count = figures[i].legs.size();
+    for (std::size_t runner = 0; runner < group.runners.size(); ++runner) {
+      of_class.push_back(MakeRunner(group.runners[runner], figures[i].runners[runner],
+                                    figures[i].laps.data() + runner * leg_count, leg_count,
+                                    legs[i]));
+      estimate->by_serial_.push_back(of_class.back());
+    }
+    const bool is_last = i + 1 == groups.size() || groups[i + 1].klass != group.klass;
+    if (is_last && !is_first) OrderAsInClass(*group.klass, of_class);
   }
   std::stable_sort(estimate->by_serial_.begin(), estimate->by_serial_.end(),
                    [](const auto& a, const auto& b) { return a->SerialNum() < b->SerialNum(); });
   return estimate;
 }
 
-std::shared_ptr<clsEstimatedClassData> EstimateInternal::MakeClass(const clsClassData& klass,
+std::shared_ptr<clsEstimatedClassData> EstimateInternal::MakeClass(const CourseGroup& group,
                                                                    const LegSet& untimed,
                                                                    const ClassEstimate& figures) {
-  const std::shared_ptr<clsEstimatedClassData> made(new clsEstimatedClassData);
-  made->class_name_ = klass.ClassName();
+  std::shared_ptr<clsEstimatedClassData> made(new clsEstimatedClassData);
+  made->class_name_ = group.klass->ClassName();
   for (std::size_t leg = 0; leg < figures.legs.size(); ++leg) {
     const keltrun::LegFigures& of_leg = figures.legs[leg];
     made->legs_.push_back(
         {Days(of_leg.normal), of_leg.spread, of_leg.mistake_rate, !untimed[leg + 1]});
-  }
-  const auto& records = ClassDataInternal::Runners(klass);
-  for (std::size_t i = 0; i < records.size(); ++i) {
-    made->runners_.push_back(MakeRunner(records[i], figures.runners[i],
-                                        figures.laps.data() + i * figures.legs.size(),
-                                        figures.legs.size()));
   }
   return made;
 }
 
 std::shared_ptr<clsEstimatedRunnerData> EstimateInternal::MakeRunner(
     const std::shared_ptr<clsLapData>& record, const RunnerFigures& figures, const LapFigures* laps,
-    std::size_t legs) {
+    std::size_t legs, const LegSet& untimed) {
   const std::shared_ptr<clsEstimatedRunnerData> made(new clsEstimatedRunnerData(record));
   made->speed_ = figures.speed;
   made->speed_error_ = figures.speed_error;
@@ -183,24 +193,26 @@ std::shared_ptr<clsEstimatedRunnerData> EstimateInternal::MakeRunner(
     const LapFigures& lap = laps[leg];
     made->legs_.push_back({Days(lap.normal), Days(lap.loss), Days(lap.least_loss),
                            Days(lap.largest_loss), Days(lap.time_lost), lap.large_mistake,
-                           lap.known});
+                           lap.known, !untimed[leg + 1]});
   }
   return made;
 }
 
-std::vector<LapTable> LapTables(const EventModel& model, const std::vector<LegSet>& untimed) {
+std::vector<LapTable> LapTables(const std::vector<CourseGroup>& groups,
+                                const std::vector<LegSet>& untimed) {
   PairNumbers numbers;
   std::vector<LapTable> tables;
-  tables.reserve(model.Classes().size());
-  for (std::size_t i = 0; i < model.Classes().size(); ++i) {
-    tables.push_back(ReadClass(model, *model.Classes()[i], untimed[i], numbers));
+  tables.reserve(groups.size());
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    tables.push_back(ReadGroup(groups[i], untimed[i], numbers));
   }
   return tables;
 }
 
-std::vector<LegSet> UntimedLegsOf(const EventModel& model, const UntimedLegsChoice& choice) {
-  if (choice.IsAutomatic()) return FindUntimedLegs(model);
-  return std::vector<LegSet>(model.Classes().size(), choice.Legs());
+std::vector<LegSet> UntimedLegsOf(const std::vector<CourseGroup>& groups,
+                                  const UntimedLegsChoice& choice) {
+  if (choice.IsAutomatic()) return FindUntimedLegs(groups);
+  return std::vector<LegSet>(groups.size(), choice.Legs());
 }
 
 }  // namespace keltrun

@@ -55,6 +55,10 @@ class KELTRUN2_API clsEstimatedRunnerData {
   /// The mean time that mistakes cost on the legs with IsMistake, in days; 0 if there are none.
   DateTime MistakeSize() const { return mistake_size_; }
 
+  /// Number of legs of the runner's course, 1 to 51.
+  std::int32_t LegCount() const { return static_cast<std::int32_t>(legs_.size()); }
+  /// Whether the leg was timed. An untimed leg has no figures; false above LegCount and for 0.
+  bool IsTimed(std::int32_t Index) const { return Leg(Index).timed; }
   /// Whether there are figures for the lap.
   bool IsKnown(std::int32_t Index) const { return Leg(Index).known; }
   /// What the runner needs for the leg without a mistake.
@@ -86,6 +90,7 @@ class KELTRUN2_API clsEstimatedRunnerData {
     DateTime mistake_time = 0;
     double mistake_chance = 0;
     bool known = false;
+    bool timed = false;
   };
 
   explicit clsEstimatedRunnerData(std::shared_ptr<clsLapData> record)
@@ -103,7 +108,9 @@ class KELTRUN2_API clsEstimatedRunnerData {
   std::vector<LegFigures> legs_;  // leg 1 first
 };
 
-/// The estimate for one class: its runners, and its legs as clsEstimatedRunnerData numbers them.
+/// The estimate for one class: its runners, and the legs of its course as clsEstimatedRunnerData
+/// numbers them. Runners who had a course of their own, as with forks, are compared with those of
+/// the class who had the same; their legs have figures of their own only with them.
 class KELTRUN2_API clsEstimatedClassData {
  public:
   clsEstimatedClassData(const clsEstimatedClassData&) = delete;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "keltrun2/analysis/course_groups.h"
 #include "keltrun2/analysis/estimate.h"
 #include "keltrun2/analysis/lap_estimate.h"
 #include "keltrun2/analysis/untimed_legs.h"
@@ -18,20 +19,22 @@ class EstimateInternal {
                                            const UntimedLegsChoice& untimed);
 
  private:
-  static std::shared_ptr<clsEstimatedClassData> MakeClass(const clsClassData& klass,
+  static std::shared_ptr<clsEstimatedClassData> MakeClass(const CourseGroup& group,
                                                           const LegSet& untimed,
                                                           const ClassEstimate& figures);
   static std::shared_ptr<clsEstimatedRunnerData> MakeRunner(
       const std::shared_ptr<clsLapData>& record, const RunnerFigures& figures,
-      const LapFigures* laps, std::size_t legs);
+      const LapFigures* laps, std::size_t legs, const LegSet& untimed);
 };
 
-/// The laps of every class in seconds, without those of untimed legs and those that cover more than
-/// their leg. Legs between the same two controls have the same pair number, and legs of a class
-/// whose course is not known have numbers of their own.
-std::vector<LapTable> LapTables(const EventModel& model, const std::vector<LegSet>& untimed);
+/// The laps of every group in seconds, without those of untimed legs and those that cover more than
+/// their leg. Legs between the same two controls have the same pair number, and legs of a course
+/// that is not known have numbers of their own.
+std::vector<LapTable> LapTables(const std::vector<CourseGroup>& groups,
+                                const std::vector<LegSet>& untimed);
 
-/// The untimed legs of every class by a choice. The legs of a list are those of every class.
-std::vector<LegSet> UntimedLegsOf(const EventModel& model, const UntimedLegsChoice& choice);
+/// The untimed legs of every group by a choice. The legs of a list are those of every group.
+std::vector<LegSet> UntimedLegsOf(const std::vector<CourseGroup>& groups,
+                                  const UntimedLegsChoice& choice);
 
 }  // namespace keltrun

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <set>
 
 #include "keltrun2/analysis/clock_check.h"
 #include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/untimed_legs.h"
-#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 
 namespace keltrun {
@@ -21,12 +21,12 @@ std::string PlaceName(std::int32_t code) {
 // An untimed leg, in all classes that run between its controls.
 struct UntimedLeg {
   std::string name;
-  std::int32_t classes = 0;
+  std::set<const clsClassData*> classes;
   std::int32_t strays = 0;  // laps of runners
 
   std::string Remark() const {
     std::string text = "leg " + name + " is untimed";
-    if (classes > 1) text += " in " + std::to_string(classes) + " classes";
+    if (classes.size() > 1) text += " in " + std::to_string(classes.size()) + " classes";
     if (strays == 1) text += "; the time of 1 runner on it counts for nobody";
     if (strays > 1) {
       text += "; the times of " + std::to_string(strays) + " runners on it count for nobody";
@@ -35,10 +35,9 @@ struct UntimedLeg {
   }
 };
 
-std::int32_t CountStrays(const clsClassData& klass, std::size_t leg) {
-  const auto& runners = ClassDataInternal::Runners(klass);
+std::int32_t CountStrays(const CourseGroup& group, std::size_t leg) {
   return static_cast<std::int32_t>(
-      std::count_if(runners.begin(), runners.end(), [leg](const auto& runner) {
+      std::count_if(group.runners.begin(), group.runners.end(), [leg](const auto& runner) {
         const DateTime lap = LapDataInternal::Lap(*runner, static_cast<std::int32_t>(leg));
         return lap > 0 && !IsZeroLap(lap);
       }));
@@ -46,13 +45,13 @@ std::int32_t CountStrays(const clsClassData& klass, std::size_t leg) {
 
 class UntimedRemarks {
  public:
-  void AddClass(const EventModel& model, const clsClassData& klass, const LegSet& untimed) {
-    const auto pairs = LegPairs(model, klass);
+  void AddGroup(const CourseGroup& group, const LegSet& untimed) {
     for (std::size_t leg = 1; leg < untimed.size(); ++leg) {
       if (!untimed[leg]) continue;
-      UntimedLeg& found = leg <= pairs.size() ? OfPair(pairs[leg - 1]) : OfClass(klass, leg);
-      ++found.classes;
-      found.strays += CountStrays(klass, leg);
+      UntimedLeg& found =
+          leg <= group.pairs.size() ? OfPair(group.pairs[leg - 1]) : OfClass(*group.klass, leg);
+      found.classes.insert(group.klass);
+      found.strays += CountStrays(group, leg);
     }
   }
 
@@ -63,12 +62,12 @@ class UntimedRemarks {
  private:
   UntimedLeg& OfPair(const ControlPair& pair) {
     const auto [place, is_new] = places_.try_emplace(pair, legs_.size());
-    if (is_new) legs_.push_back({PlaceName(pair.first) + "-" + PlaceName(pair.second)});
+    if (is_new) legs_.push_back({PlaceName(pair.first) + "-" + PlaceName(pair.second), {}});
     return legs_[place->second];
   }
 
   UntimedLeg& OfClass(const clsClassData& klass, std::size_t leg) {
-    legs_.push_back({std::to_string(leg) + " of class " + klass.ClassName()});
+    legs_.push_back({std::to_string(leg) + " of class " + klass.ClassName(), {}});
     return legs_.back();
   }
 
@@ -79,15 +78,15 @@ class UntimedRemarks {
 }  // namespace
 
 std::vector<std::string> EventRemarks(const EventModel& model) {
-  const std::vector<LegSet> untimed = FindUntimedLegs(model);
+  const std::vector<CourseGroup> groups = CourseGroups(model);
+  const std::vector<LegSet> untimed = FindUntimedLegs(groups);
   UntimedRemarks untimed_remarks;
-  for (std::size_t i = 0; i < untimed.size(); ++i) {
-    untimed_remarks.AddClass(model, *model.Classes()[i], untimed[i]);
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    untimed_remarks.AddGroup(groups[i], untimed[i]);
   }
   std::vector<std::string> remarks = model.Corrections;
   untimed_remarks.AppendTo(remarks);
-  const auto tables = LapTables(model, untimed);
-  for (const ClockFinding& clock : FindClocks(model, tables, EstimateLaps(tables))) {
+  for (const ClockFinding& clock : FindClocks(groups, EstimateLaps(LapTables(groups, untimed)))) {
     remarks.push_back(clock.Remark());
   }
   return remarks;

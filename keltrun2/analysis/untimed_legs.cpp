@@ -5,7 +5,6 @@
 #include <map>
 
 #include "keltrun2/base/automation_error.h"
-#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 
 namespace keltrun {
@@ -29,13 +28,9 @@ std::optional<std::size_t> TakeLeg(std::string_view& text) {
   return leg;
 }
 
-// What the first runners of a class say, `most` at most.
-std::vector<ZeroLaps> CountClass(const clsClassData& klass, std::size_t most) {
-  std::vector<ZeroLaps> counts(static_cast<std::size_t>(
-      std::clamp(klass.ControlCount + 1, 1, clsAnalyzedRunnerData::kMostAnalyzedLegs)));
-  const auto& runners = ClassDataInternal::Runners(klass);
-  most = std::min(most, runners.size());
-  for (std::size_t i = 0; i < most; ++i) CountZeroLaps(*runners[i], counts);
+std::vector<ZeroLaps> CountGroup(const CourseGroup& group) {
+  std::vector<ZeroLaps> counts(static_cast<std::size_t>(group.legs));
+  for (const auto& runner : group.runners) CountZeroLaps(*runner, counts);
   return counts;
 }
 
@@ -73,11 +68,11 @@ PairCounts AskEvent(const std::vector<ZeroLaps>& own, const std::vector<ControlP
   std::int32_t left = kMostAskedRunners;
   for (const auto& klass : model.Classes()) {
     if (--left <= 0) break;
-    const auto of_class = LegPairs(model, *klass);
-    const bool knows = std::any_of(of_class.begin(), of_class.end(),
-                                   [&](const ControlPair& pair) { return asked.contains(pair); });
-    if (!knows) continue;
-    AddToPairs(CountClass(*klass, static_cast<std::size_t>(left)), of_class, asked);
+    for (const CourseGroup& group : CourseGroups(model, *klass, static_cast<std::size_t>(left))) {
+      const bool knows = std::any_of(group.pairs.begin(), group.pairs.end(),
+                                     [&](const auto& pair) { return asked.contains(pair); });
+      if (knows) AddToPairs(CountGroup(group), group.pairs, asked);
+    }
     left -= klass->LapCount();
   }
   return asked;
@@ -125,26 +120,6 @@ bool IsZeroLap(DateTime lap) {
   return lap >= 0 && lap < kOneAndAHalfMilliseconds;
 }
 
-std::vector<ControlPair> LegPairs(const EventModel& model, std::int32_t course_num,
-                                  std::int32_t start, std::int32_t legs) {
-  std::vector<ControlPair> pairs;
-  const auto course = course_num != 0 ? model.CourseByNumber(course_num) : nullptr;
-  if (!course || start < 0 || legs < 1 || course->ControlCount() > clsCourseData::kMostControls ||
-      start + legs > course->ControlCount() + 1) {
-    return pairs;
-  }
-  for (std::int32_t control = start; control < start + legs; ++control) {
-    pairs.emplace_back(course->ControlNum(control), course->ControlNum(control + 1));
-  }
-  return pairs;
-}
-
-std::vector<ControlPair> LegPairs(const EventModel& model, const clsClassData& klass) {
-  auto pairs = LegPairs(model, klass.CourseNum, 0, klass.ControlCount + 1);
-  const bool is_whole = !pairs.empty() && pairs.back().second == clsCourseData::kFinishCode;
-  return is_whole ? pairs : std::vector<ControlPair>();
-}
-
 void CountZeroLaps(const clsLapData& record, std::vector<ZeroLaps>& legs) {
   const auto last =
       std::min(static_cast<std::size_t>(LapDataInternal::HeldLegs(record)), legs.size());
@@ -165,16 +140,16 @@ LegSet FindUntimedLegs(const std::vector<ZeroLaps>& own, const std::vector<Contr
   return FromCounts(own, pairs, model != nullptr ? AskEvent(own, pairs, *model) : PairCounts());
 }
 
-std::vector<LegSet> FindUntimedLegs(const EventModel& model) {
+std::vector<LegSet> FindUntimedLegs(const std::vector<CourseGroup>& groups) {
   std::vector<std::vector<ZeroLaps>> counts;
   PairCounts of_event;
-  for (const auto& klass : model.Classes()) {
-    counts.push_back(CountClass(*klass, ClassDataInternal::Runners(*klass).size()));
-    AddToPairs(counts.back(), LegPairs(model, *klass), of_event);
+  for (const CourseGroup& group : groups) {
+    counts.push_back(CountGroup(group));
+    AddToPairs(counts.back(), group.pairs, of_event);
   }
   std::vector<LegSet> untimed;
-  for (std::size_t i = 0; i < counts.size(); ++i) {
-    untimed.push_back(FromCounts(counts[i], LegPairs(model, *model.Classes()[i]), of_event));
+  for (std::size_t i = 0; i < groups.size(); ++i) {
+    untimed.push_back(FromCounts(counts[i], groups[i].pairs, of_event));
   }
   return untimed;
 }

@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "keltrun2/analysis/analyzed_runner_data.h"
+#include "keltrun2/analysis/course_groups.h"
 #include "keltrun2/model/event_model.h"
 
 namespace keltrun {
@@ -45,16 +45,6 @@ std::string LegNumbers(const LegSet& legs);
 /// 0 s is stored.
 bool IsZeroLap(DateTime lap);
 
-/// The codes of the controls at both ends of a leg.
-using ControlPair = std::pair<std::int32_t, std::int32_t>;
-
-/// The pairs of a number of legs of a course, from the control at the position `start` on (0 is the
-/// start). Empty if there is no such course, or if it is shorter.
-std::vector<ControlPair> LegPairs(const EventModel& model, std::int32_t course_num,
-                                  std::int32_t start, std::int32_t legs);
-/// The pairs of all legs of a class; empty if its course is not known or has other legs.
-std::vector<ControlPair> LegPairs(const EventModel& model, const clsClassData& klass);
-
 /// What the runners of a data set, or of an event, say about one leg.
 struct ZeroLaps {
   std::int32_t runners = 0;  // who have a lap after the leg
@@ -81,7 +71,7 @@ LegSet FindUntimedLegs(const std::vector<ZeroLaps>& own, const std::vector<Contr
                        const EventModel* model);
 inline constexpr std::int32_t kMostAskedRunners = 2000;
 
-/// The untimed legs of every class of an event by the same rule, for which everybody is asked.
-std::vector<LegSet> FindUntimedLegs(const EventModel& model);
+/// The untimed legs of all groups of an event by the same rule, for which everybody is asked.
+std::vector<LegSet> FindUntimedLegs(const std::vector<CourseGroup>& groups);
 
 }  // namespace keltrun

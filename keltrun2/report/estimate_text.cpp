@@ -23,8 +23,8 @@ constexpr std::size_t kMostLegsInText = 12;  // so that a runner fits on a scree
 constexpr std::string_view kIndent = "  ";
 constexpr double kNothing = 0.5 / kSecondsPerDay;  // shown as 0:00
 
-std::string Label(const clsEstimatedClassData& klass, std::int32_t leg) {
-  return LegLabel(klass.LegCount() - 1, true, leg);
+std::string Label(const clsEstimatedRunnerData& runner, std::int32_t leg) {
+  return LegLabel(runner.LegCount() - 1, true, leg);
 }
 
 DateTime LapOf(const clsEstimatedRunnerData& runner, std::int32_t leg) {
@@ -88,14 +88,14 @@ class RunnerText {
 
   // The legs to tell about, the most costly first.
   void CollectLegs() {
-    for (std::int32_t leg = 1; leg <= klass_.LegCount(); ++leg) {
+    for (std::int32_t leg = 1; leg <= runner_.LegCount(); ++leg) {
       if (runner_.IsKnown(leg)) {
         ++known_legs_;
         if (runner_.MistakeWord(leg) != MistakeWord::kNone) legs_.push_back(leg);
-      } else if (klass_.IsTimed(leg) && LapOf(runner_, leg) > 0) {
+      } else if (runner_.IsTimed(leg) && LapOf(runner_, leg) > 0) {
         AppendLabel(unknown_, leg);
       }
-      if (!klass_.IsTimed(leg)) AppendLabel(untimed_, leg);
+      if (!runner_.IsTimed(leg)) AppendLabel(untimed_, leg);
     }
     std::stable_sort(legs_.begin(), legs_.end(), [this](std::int32_t a, std::int32_t b) {
       return runner_.MistakeTime(a) > runner_.MistakeTime(b);
@@ -104,7 +104,7 @@ class RunnerText {
   }
 
   void AppendLabel(std::string& list, std::int32_t leg) const {
-    list += (list.empty() ? "" : ", ") + Label(klass_, leg);
+    list += (list.empty() ? "" : ", ") + Label(runner_, leg);
   }
 
   void AppendSpeed() {
@@ -132,7 +132,7 @@ class RunnerText {
       out_ += kIndent;
       AppendSentence(
           Sentence(kKeys[static_cast<std::size_t>(runner_.MistakeWord(leg))],
-                   {Label(klass_, leg), Duration(LapOf(runner_, leg)),
+                   {Label(runner_, leg), Duration(LapOf(runner_, leg)),
                     Duration(runner_.NormalTime(leg)), Duration(runner_.MistakeTime(leg))}));
     }
   }
@@ -191,8 +191,8 @@ std::vector<std::string> Cells(const clsEstimatedClassData& klass,
                                     record.RunnerName,
                                     record.ClubName,
                                     std::to_string(leg),
-                                    Label(klass, leg),
-                                    klass.IsTimed(leg) ? "1" : "0",
+                                    Label(runner, leg),
+                                    runner.IsTimed(leg) ? "1" : "0",
                                     Seconds(LapOf(runner, leg))};
   if (!runner.IsKnown(leg)) {
     cells.resize(cells.size() + 7);
@@ -225,7 +225,7 @@ void AppendEstimateCsvHead(std::string& out) {
 void AppendEstimateCsv(std::string& out, const clsEstimatedClassData& klass) {
   for (std::int32_t i = 1; i <= klass.Count(); ++i) {
     const auto runner = klass.Item(i);
-    for (std::int32_t leg = 1; leg <= klass.LegCount(); ++leg) {
+    for (std::int32_t leg = 1; leg <= runner->LegCount(); ++leg) {
       if (!(LapOf(*runner, leg) > 0)) continue;
       std::string_view separator;
       for (const std::string& cell : Cells(klass, *runner, leg)) {
