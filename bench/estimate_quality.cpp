@@ -88,6 +88,7 @@ class Simulator {
     noise_ = std::exp(random_.Normal(std::log(0.082), 0.3));
     mistakes_ = std::min(0.6, std::exp(random_.Normal(std::log(0.15), 0.45)));
     std::vector<SimulatedClass> event;
+    event.reserve(kClassSizes.size());
     for (const std::size_t runners : kClassSizes) event.push_back(MakeClass(runners));
     return event;
   }

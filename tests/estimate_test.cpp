@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <memory>
@@ -415,6 +416,35 @@ TEST(Estimate, RemarksNameUntimedLegs) {
   EXPECT_EQ(remarks[1],
             "leg 81-87 is untimed in 2 classes; the times of 11 runners on it count for nobody");
   EXPECT_TRUE(NewRoot()->EventRemarks().empty());
+}
+
+// Whatever can be loaded, the seeds of the fuzz targets included.
+TEST(Estimate, IsFiniteForEveryFile) {
+  int estimated = 0;
+  for (const std::string& folder : {ExampleFile("../fuzz/corpus"), DataFile("foreign")}) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+      if (!entry.is_regular_file()) continue;
+      const auto root = NewRoot();
+      if (!root->FileControl()->LoadLapFile(entry.path().string())) continue;
+      const auto estimate = root->NewEstimate();
+      for (std::int32_t i = 1; i <= estimate->ClassCount(); ++i) {
+        const auto klass = estimate->ClassData(i);
+        for (std::int32_t position = 1; position <= klass->Count(); ++position) {
+          const auto runner = klass->Item(position);
+          double sum = runner->Speed() + runner->SpeedError() + runner->Spread() +
+                       runner->TimeLost() + runner->MistakeSize();
+          for (std::int32_t leg = 1; leg <= runner->LegCount(); ++leg) {
+            sum += runner->NormalTime(leg) + runner->LeastLoss(leg) + runner->LargestLoss(leg) +
+                   runner->MistakeTime(leg) + runner->MistakeChance(leg);
+          }
+          EXPECT_TRUE(std::isfinite(sum)) << entry.path();
+          ++estimated;
+        }
+      }
+      (void)root->EventRemarks();
+    }
+  }
+  EXPECT_GT(estimated, 50);
 }
 
 }  // namespace

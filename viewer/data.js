@@ -35,6 +35,15 @@ function runningSums(laps) {
   return sums;
 }
 
+// Running times with the start in front, null where there is none. On an untimed leg no time goes by.
+function splitsOf(runner, timed) {
+  const splits = [0, ...runner.modifiedSplit.map((time) => (time > 0 ? time : null))];
+  timed.forEach((isTimed, leg) => {
+    if (!isTimed && splits[leg + 1] === null) splits[leg + 1] = splits[leg];
+  });
+  return splits;
+}
+
 // Adds what is derived: running times of the reference laps, per runner his place in the result
 // order, the rank to show (among several classes the rank in the class would mislead), running times
 // with the start in front (null where there is none) and texts to search.
@@ -44,7 +53,7 @@ function prepare(analysis) {
   runners.forEach((runner, index) => {
     runner.order = index;
     runner.place = set.kind === 'class' ? runner.rank : runner.rankInDataSet;
-    runner.splits = [0, ...runner.modifiedSplit.map((time) => (time > 0 ? time : null))];
+    runner.splits = splitsOf(runner, general.timed);
     runner.searchText = folded(`${runner.name} ${runner.club} ${runner.class}`);
   });
   return {

@@ -144,7 +144,7 @@ std::shared_ptr<clsEstimate> EstimateInternal::Make(const EventModel& model,
   const std::vector<CourseGroup> groups = CourseGroups(model);
   const std::vector<LegSet> legs = UntimedLegsOf(groups, untimed);
   const std::vector<ClassEstimate> figures = EstimateLaps(LapTables(groups, legs));
-  const std::shared_ptr<clsEstimate> estimate(new clsEstimate);
+  std::shared_ptr<clsEstimate> estimate(new clsEstimate);
   for (std::size_t i = 0; i < groups.size(); ++i) {
     const CourseGroup& group = groups[i];
     const bool is_first = i == 0 || groups[i - 1].klass != group.klass;
@@ -181,7 +181,7 @@ std::shared_ptr<clsEstimatedClassData> EstimateInternal::MakeClass(const CourseG
 std::shared_ptr<clsEstimatedRunnerData> EstimateInternal::MakeRunner(
     const std::shared_ptr<clsLapData>& record, const RunnerFigures& figures, const LapFigures* laps,
     std::size_t legs, const LegSet& untimed) {
-  const std::shared_ptr<clsEstimatedRunnerData> made(new clsEstimatedRunnerData(record));
+  std::shared_ptr<clsEstimatedRunnerData> made(new clsEstimatedRunnerData(record));
   made->speed_ = figures.speed;
   made->speed_error_ = figures.speed_error;
   made->spread_ = figures.spread;

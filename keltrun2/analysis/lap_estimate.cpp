@@ -65,7 +65,7 @@ double Inverse(double value) { return value > 0 ? 1 / value : 0; }
 double LowQuantile(std::span<double> values, double share) {
   if (values.empty()) return 0;
   const auto last = static_cast<double>(values.size() - 1);
-  const auto at = values.begin() + static_cast<std::ptrdiff_t>(share * last + 0.5);
+  const auto at = values.begin() + static_cast<std::ptrdiff_t>(std::floor(share * last + 0.5));
   std::nth_element(values.begin(), at, values.end());
   return *at;
 }
@@ -586,6 +586,7 @@ std::vector<std::size_t> PoolingOrder(const std::vector<LapTable>& classes) {
 std::vector<ClassEstimate> EstimateLaps(const std::vector<LapTable>& classes) {
   const std::vector<std::size_t> order = PoolingOrder(classes);
   std::vector<const LapTable*> tables;
+  tables.reserve(order.size());
   for (const std::size_t klass : order) tables.push_back(&classes[klass]);
   const Laps laps(tables);
   Fit fit(laps);
