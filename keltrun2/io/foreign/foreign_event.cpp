@@ -318,9 +318,9 @@ class RecordMaker {
         others += runner.list > 0 ? 1 : 0;
       }
       remarks_.Add(RemarkSeverity::kNote, 0, 0, "class", class_->name,
-                   "its runners had " + std::to_string(courses.lists.size()) + " courses; " +
-                       Counted(others, "runner") +
-                       " did not have the course of the class and are not in its analysis");
+                   "its runners had " + std::to_string(courses.lists.size()) +
+                       " courses; its analysis leaves out " + Counted(others, "runner") +
+                       " on another course than that of the class");
     }
     for (std::size_t leg = 0; leg < zero_legs_.size(); ++leg) {
       if (zero_legs_[leg] == 0) continue;
