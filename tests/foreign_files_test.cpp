@@ -173,6 +173,21 @@ TEST(RefusedFiles, AreNamed) {
   }
 }
 
+// Texts in no form at all tell which forms there are, but only hosts that ask for all of them.
+TEST(RefusedFiles, OfNoFormTellWhatCanBeRead) {
+  for (const std::string text : {"Dear club,\nthe race was fine.\nSee you.\n", "hello\n",
+                                 "<?xml version=\"1.0\"?>\n<gpx><trk/></gpx>\n"}) {
+    const auto root = NewRoot(Mode::kEnglishTexts);
+    for (const bool foreign : {false, true}) {
+      root->FileControl()->SetForeignFormats(foreign);
+      EXPECT_FALSE(root->FileControl()->LoadLapFile("a.txt", KR_FILETYPE_AUTODETECT,
+                                                    KR_LOADMODE_NORMAL, text));
+      EXPECT_EQ(root->ErrorComment().find("can be read: IOF XML") != std::string::npos, foreign)
+          << root->ErrorComment();
+    }
+  }
+}
+
 // Files of other programs are only looked for when the host asks.
 TEST(RefusedFiles, AreForeignOnlyWhenAskedFor) {
   const auto root = NewRoot(Mode::kEnglishTexts);

@@ -78,6 +78,9 @@ std::size_t LargestFile(KrLapFileTypeConst type) {
   return type == KR_FILETYPE_KELTRUN2 ? kLargestNativeFile : kLargestListFile;
 }
 
+// Whether a text begins as a native lap file.
+bool IsNative(std::string_view text) { return Contains(text.substr(0, kBeginning), "<keltrun"); }
+
 // One load into one model.
 class Load {
  public:
@@ -170,9 +173,15 @@ class Load {
       return false;
     }
     if (request_.type != KR_FILETYPE_UNKNOWN) return true;
-    SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + "\r\n" +
+    SetErrorText(ResourceText("RES_MESSAGE_FILE_DETECT_ERROR") + ReadableFormats() + "\r\n" +
                  std::string(kDetectOperation));
     return false;
+  }
+
+  // A sentence, after a blank, for texts that are no results in any form; empty without the formats
+  // of other programs.
+  std::string ReadableFormats() const {
+    return request_.foreign_formats ? " " + ResourceText("RES_REFUSED_FORMATS") : "";
   }
 
   // What a reader added before an error stays, so the ranks are renewed after an error as well.
@@ -195,7 +204,7 @@ class Load {
       if (!bytes) return false;
     }
     const std::string_view content = bytes ? std::string_view(*bytes) : request_.file_data;
-    if (Contains(content.substr(0, kBeginning), "<keltrun")) {
+    if (IsNative(content)) {
       request_.type = KR_FILETYPE_KELTRUN2;
       bytes_ = std::move(bytes);
       return true;
@@ -290,11 +299,14 @@ class Load {
       if (!bytes_) bytes_ = ReadBytes(kLoadKeltrun2, kLargestNativeFile);
       if (!bytes_) return false;
       read = ReadNativeLapFile(*bytes_, NativeSource::kFileBytes);
-      bytes_.reset();
     }
     if (read.error) {
-      return Fail(kOpenError, kLoadKeltrun2, SourceName() + ": " + ToString(*read.error));
+      const bool is_native = IsNative(bytes_ ? std::string_view(*bytes_) : request_.file_data);
+      return Fail(kOpenError, kLoadKeltrun2,
+                  SourceName() + ": " + ToString(*read.error) +
+                      (is_native || !request_.foreign_formats ? "" : "." + ReadableFormats()));
     }
+    bytes_.reset();
     remarks_ = std::move(read.remarks);
     RemarkList more;
     FeedModel(*model_, read.file, request_.mode, progress, more);
@@ -345,8 +357,10 @@ class Load {
   }
 
   bool LoadText(const TextFormat& format, ProgressReport& progress) {
-    const auto read = Read(format.operation, format.read);
+    auto read = Read(format.operation, format.read);
     if (!read) return false;
+    const bool has_no_header = read->error && read->error->line == 0;
+    if (has_no_header && read->records.classes.empty()) read->error->detail += ReadableFormats();
     RemarkList more;
     FeedModel(*model_, read->records, format.event_name, request_.mode, progress, more);
     AddRemarks(more.Take());
