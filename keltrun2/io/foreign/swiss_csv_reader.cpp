@@ -323,7 +323,7 @@ class Reader {
     if (++runners_ > kMostRunners) return Error(kTooManyRunners);
     if (cells_.IsCut()) cut_.Add(line);
     ForeignRunner runner = Texts();
-    AddStart(runner);
+    AddClocks(runner);
     AddResult(runner);
     if (form_.kind == Kind::kBasicData) {
       AddTimesOfDay(runner);
@@ -357,19 +357,19 @@ class Reader {
     return runner;
   }
 
+  void AddClocks(ForeignRunner& runner) {
+    runner.start = Clock(Cell(kStart));
+    runner.finish = Clock(Cell(kFinish));
+    if (form_.kind == Kind::kTitles) latest_start_ = std::max(latest_start_, runner.start);
+  }
+
   // OWare counts from the zero time of the event.
-  void AddStart(ForeignRunner& runner) {
-    const std::string_view start = Cell(kStart);
-    if (form_.kind == Kind::kTitles) {
-      runner.start = ForeignClock(start);
-      latest_start_ = std::max(latest_start_, runner.start);
-      return;
-    }
-    const Milliseconds zero = form_.kind == Kind::kFormat ? zero_time_.value_or(0) : 0;
-    if (const auto time = ForeignTime(start)) runner.start = *time + zero;
-    if (runner.start && (*runner.start < 0 || *runner.start >= kMillisecondsOfDay)) {
-      runner.start.reset();
-    }
+  std::optional<Milliseconds> Clock(std::string_view cell) const {
+    if (form_.kind == Kind::kTitles) return ForeignClock(cell);
+    auto time = ForeignTime(cell);
+    if (time && form_.kind == Kind::kFormat) *time += zero_time_.value_or(0);
+    if (time && (*time < 0 || *time >= kMillisecondsOfDay)) time.reset();
+    return time;
   }
 
   // A time, a word for why there is none, or both: "ak-62:04".
