@@ -180,6 +180,11 @@ TEST(TripleCsv, Lines) {
                "9,Bob,,C,A,,,,,,31,1:00,,32,x,,F1,3:30,,,9:00,\n",
            R"(A 0 0 2 [31,32] ["Ann","C","","0:03:30","",)" + legs +
                R"( ["Bob","C","","MP","",[60,-1,150]]; 3line 2status 4split 4split)"},
+          // SiTiming does not number the titles and has its own word for the age class.
+          {"RaceNumber;CardNumbers;MembershipNumbers;Name;Category;Club;CourseClass;StartTime;"
+           "RaceTime;NumSplits;ControlCode;Split;Points;ControlCode;Split;Points\n"
+           "7;;;Ann Bee;W;C;;09:05:00;0:03:30;2;31;1:00;;32;3:00;;F1;3:30;\n",
+           R"(W 0 0 2 [31,32] ["Ann Bee","C","09:05:00","0:03:30","",)" + legs + ";"},
           // No titles.
           {"7;;;Ann Bee;;C;;A;09:05:00;;0:03:30;;1;" + string(25, ';') +
                "31;1:00;;32;3:00;;F1;3:30\n",
@@ -193,6 +198,13 @@ TEST(TripleCsv, Lines) {
   EXPECT_TRUE(
       Read(kTriple, head + "7,Ann,,C,A,,,,,,31,1:00,10,32,3:00,20,F1,3:30,\n").ends_with("E0"));
   EXPECT_TRUE(Read(kTriple, head).ends_with("E0"));
+  // Lists of the same program without controls.
+  const string other = "RaceNumber;CardNumbers;MembershipNumbers;Name;Category;Club;CourseClass;";
+  for (const string& text : {other + "StartTime\n7;;;Ann;;C;A;9:05:00\n",
+                             other + "StartTime;RaceTime\n7;;;Ann;;C;A;9:05:00;0:03:30\n"}) {
+    EXPECT_TRUE(kTriple.looks_like(text)) << text;
+    EXPECT_TRUE(Read(kTriple, text).ends_with("E0")) << text;
+  }
   ExpectNotRecognized(kTriple, {"", "RaceNumber,Name,CourseClass,RaceTime,Score\n1,Ann,A,1:00,9\n",
                                 "Name,ControlCode1,Split1,ControlCode2,Split2\n"});
 }

@@ -39,6 +39,13 @@ enum Column : std::size_t {
   kColumns,
 };
 
+enum class Kind {
+  kTitles,     // a line of titles, then one for each runner
+  kRows,       // without titles
+  kStartList,  // the same program's list without results
+  kNoSplits,   // results without controls
+};
+
 // The title of each column, in small letters, and its position where there is no line of titles.
 struct Title {
   std::string_view text;
@@ -58,7 +65,7 @@ constexpr std::array<Title, kColumns> kTitles = {{{"racenumber", 0},
                                                   {"noncompetitive", 11},
                                                   {"position", 12},
                                                   {"status", 13},
-                                                  {"controlcode1", 38}}};
+                                                  {"controlcode", 38}}};
 
 constexpr std::array<std::pair<std::string_view, RunnerStatus>, 14> kStatusWords = {
     {{"m", RunnerStatus::kMissingPunch},
@@ -93,21 +100,47 @@ bool IsYes(std::string_view cell) {
 constexpr std::size_t kNoColumn = LineCells::kMost;
 using Layout = std::array<std::size_t, kColumns>;
 
-std::optional<Layout> ReadTitles(const LineCells& cells) {
+// A title in small letters. The controls may be numbered, and SiTiming calls the age class
+// category.
+std::string FoldTitle(std::string_view cell) {
+  std::string title = LowerAscii(cell);
+  if (title.ends_with('1')) title.pop_back();
+  return title == "category" ? "ageclass" : title;
+}
+
+// Equal titles mean the first column.
+Layout ReadTitles(const LineCells& cells) {
   Layout layout;
   layout.fill(kNoColumn);
   for (std::size_t i = cells.Count(); i-- > 0;) {
-    const std::string title = LowerAscii(cells[i]);
+    const std::string title = FoldTitle(cells[i]);
     for (std::size_t column = 0; column < kColumns; ++column) {
       if (kTitles[column].text == title) layout[column] = i;
     }
   }
-  const std::size_t first = layout[kFirstCode];
-  if (first == kNoColumn || layout[kName] == kNoColumn ||
-      LowerAscii(cells[first + 1]) != "split1" || LowerAscii(cells[first + 2]) != "points1") {
-    return std::nullopt;
-  }
   return layout;
+}
+
+bool HasScores(const LineCells& cells) {
+  for (std::size_t i = 0; i < cells.Count(); ++i) {
+    if (FoldTitle(cells[i]) == "score") return true;
+  }
+  return false;
+}
+
+// What a line of titles announces; nullopt when it is that of another list.
+std::optional<Kind> KindOf(const LineCells& cells, const Layout& layout) {
+  const auto has = [&](Column column) { return layout[column] != kNoColumn; };
+  if (!has(kName)) return std::nullopt;
+  if (has(kFirstCode)) {
+    const std::size_t first = layout[kFirstCode];
+    const bool is_triple =
+        FoldTitle(cells[first + 1]) == "split" && FoldTitle(cells[first + 2]) == "points";
+    return is_triple ? std::optional(Kind::kTitles) : std::nullopt;
+  }
+  if (!has(kBib) || !has(kCard) || !has(kMembership) || !has(kCourseClass)) return std::nullopt;
+  if (HasScores(cells)) return std::nullopt;  // that list is another program's
+  return has(kTime) ? Kind::kNoSplits : Kind::kStartList;
 }
 
 Layout LayoutWithoutTitles() {
@@ -144,7 +177,7 @@ bool LooksLikeRow(const LineCells& cells) {
 
 struct Form {
   char separator = ',';
-  bool has_titles = false;
+  Kind kind = Kind::kRows;
   Layout layout;
 };
 
@@ -156,8 +189,9 @@ std::optional<Form> FindForm(std::string_view text) {
   LineCells cells;
   for (const char separator : {',', ';', '\t'}) {
     cells.Split(plain, separator);
-    if (const auto layout = ReadTitles(cells)) return Form{separator, true, *layout};
-    if (LooksLikeRow(cells)) return Form{separator, false, LayoutWithoutTitles()};
+    const Layout layout = ReadTitles(cells);
+    if (const auto kind = KindOf(cells, layout)) return Form{separator, *kind, layout};
+    if (LooksLikeRow(cells)) return Form{separator, Kind::kRows, LayoutWithoutTitles()};
   }
   return std::nullopt;
 }
@@ -168,8 +202,8 @@ class Reader {
       : form_(form), lines_(text, {form.separator, true}, remarks_), event_(remarks_) {}
 
   ReadResult Read() && {
-    std::optional<ReadError> error;
-    bool is_titles = form_.has_titles;
+    std::optional<ReadError> error = RefusedKind();
+    bool is_titles = form_.kind != Kind::kRows;
     for (; !lines_.AtEnd() && !error; lines_.Next()) {
       if (lines_.Line().text.empty()) continue;
       if (!is_titles) error = ReadLine();
@@ -182,6 +216,12 @@ class Reader {
   }
 
  private:
+  std::optional<ReadError> RefusedKind() const {
+    if (form_.kind != Kind::kStartList && form_.kind != Kind::kNoSplits) return std::nullopt;
+    const auto refusal = form_.kind == Kind::kStartList ? Refusal::kStartList : Refusal::kNoSplits;
+    return ReadError{0, RefusalText(refusal, kFormat)};
+  }
+
   std::optional<ReadError> Refused() const {
     if (with_points_ * 2 > runners_) {
       return ReadError{0, RefusalText(Refusal::kScoreResults, kFormat)};
@@ -327,7 +367,8 @@ class Reader {
 bool LooksLikeTripleCsv(std::string_view text) { return FindForm(text).has_value(); }
 
 ReadResult ReadTripleCsv(std::string_view text, const ForeignOptions& /*options*/) {
-  return Reader(text, FindForm(text).value_or(Form{',', false, LayoutWithoutTitles()})).Read();
+  return Reader(text, FindForm(text).value_or(Form{',', Kind::kRows, LayoutWithoutTitles()}))
+      .Read();
 }
 
 }  // namespace keltrun
