@@ -335,6 +335,8 @@ TEST(OeCsv, OtherLists) {
       "00,10:00\n",
       "Class,Name,Club,Start,Time,Rank,StNo,Sex,Age,1,2,F\nA,Ann,Fox,10:00,10:00,1,7,F,,2:00,3:"
       "00\n",
+      "Place;StNo;Card;Name;Club;Class;Start;Time;Status;31;45;F\n1;7;500;Ann;Fox;A;10:00:00;10:00;"
+      "OK;2:00;5:00;10:00\n",
       "A,2\nAnn,Berg,Fox,10:00,2:00,3:00,5:00\n",
       "RaceNumber,CardNumbers,MembershipNumbers,Name,AgeClass,Club,Country,CourseClass,StartTime,"
       "FinishTime,RaceTime,NonCompetitive,Position,Status,NumSplits,ControlCode1,Split1,Points1\n"

@@ -351,6 +351,7 @@ class ColumnFinder {
     if (!found_.tag.empty() || found_.is_score) return true;
     const bool names = found_.Has(kSurname) || found_.Has(kName);
     if (names && fits_form_) return true;
+    if (!found_.controls && HasLegTitles()) return false;
     const bool numbers = found_.Has(kStartNumber) || found_.Has(kCompetitorId);
     const bool typical = Title(kCard) + Title(kCompetitorId) + Title(kNotCompeting) +
                              Title(kClassifier) + Title(kStartPunch) + Title(kClubShort) >=
@@ -360,6 +361,14 @@ class ColumnFinder {
   SportColumns Take() && { return std::move(found_); }
 
  private:
+  // A result list with a column for each leg, "1", "2", ..., also has such titles for its runners.
+  bool HasLegTitles() const {
+    constexpr std::ptrdiff_t kFewest = 2;
+    return std::count_if(titles_.begin(), titles_.end(), [](const std::string& title) {
+             return !title.empty() && IsDigits(title);
+           }) >= kFewest;
+  }
+
   std::int32_t& Column(SportField field) { return found_.column[static_cast<std::size_t>(field)]; }
   int Title(SportField field) const { return found_.Has(field) ? 1 : 0; }
 
