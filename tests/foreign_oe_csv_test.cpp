@@ -154,6 +154,7 @@ TEST(OeCsv, ColumnsByPosition) {
       {"few titles", "Stno;;;Surname\n" + AnnsLine()},
       {"unknown titles after a tag",
        "OE0014" + strange + string(14, ';') + "\n" + Line(60, ann60) + ";31;2:00;32;5:00\n"},
+      {"no head of the later program", Line(60, ann60) + ";31;2:00;32;5:00\n"},
       {"44 columns", "Stno;SI card;Database Id;Name\n" + Line(44, ann44) + ";31;2:00;32;5:00\n"},
       {"two more columns than the head has", kHead46 + "\n" +
                                                  Line(48, {{0, "7"},
@@ -173,6 +174,16 @@ TEST(OeCsv, ColumnsByPosition) {
     SCOPED_TRACE(name);
     EXPECT_TRUE(LooksLikeOeCsv(text));
     EXPECT_EQ(Told(text), kAnn);
+  }
+}
+
+TEST(OeCsv, LinesAboveTheHead) {
+  const std::vector<string> all = {"\n\n", ";;;;\n\n", "sep=;\n", "Cup; 2026\n\nsep=;\n"};
+  for (const string& above : all) {
+    const string text = above + kHead46 + "\n" + AnnsLine();
+    EXPECT_TRUE(LooksLikeOeCsv(text)) << above;
+    const bool has_text = above.find_first_not_of(";\n") != string::npos;
+    EXPECT_EQ(Told(text), kAnn + string(has_text ? "1 lines before the header\n" : "")) << above;
   }
 }
 
@@ -254,6 +265,7 @@ TEST(OeCsv, LengthsAndStarts) {
       {{{9, ""}, {44, "10:00:05"}}, 4400, 36005},  // the start punch
       {{{9, "10:00"}}, 4400, 36000},               // a time of day
       {{{9, "31:00"}}, 4400, 31 * 60},             // since the first start
+      {{{9, "04.06.2022 10:00:00"}}, 4400, 36000},
   };
   for (const auto& [changes, length, start] : cases) {
     const ReadResult read = ReadOeCsv(kHead46 + "\n" + AnnsLine(changes), {});
@@ -315,6 +327,7 @@ TEST(OeCsv, Refused) {
       {"OE0007;Club no.;Cl.name;City;Nat\n;1;FC;Fox;SUI\n", "list of clubs"},
       {"OE0009;Course no.;Course;km;m;Course controls\n;1;A;4,4;85;2\n", "courses"},
       {"OESco0016;Stno;Surname;First name;Time\n;1;Berg;Ann;59:00\n", "score results"},
+      {"OE0001_V12;Stno;Surname;First name;Start\n;1;Berg;Ann;10:00\n", "OE12 CSV (OE0001_V12)"},
       {"RaceNumber,CardNumbers,MembershipNumbers,Name,Club,Score\n1,2,,Ann,,30\n", "score results"},
       {kHead46 + "\n", "no results"},
   };

@@ -71,6 +71,12 @@ TEST(OsCsv, Legs) {
   }
 }
 
+TEST(OsCsv, WithoutHead) {
+  const string text = Leg("1", "10:00:00;10:10:00;10:00;0", "10:00", "1;31;2:00;1;2;32;5:00;1");
+  EXPECT_TRUE(LooksLikeOsCsv(text));
+  EXPECT_EQ(Told(ReadOsCsv(text, {})), "Mix-1 Ann Berg/Fox 1/1/0:10:00 120 180 300\nteams\n");
+}
+
 TEST(OsCsv, FormOf2003) {
   const string text =
       "Stno;Leg;Database Id;Surname;First name;YB;S;Club no.;Club;Cl. no.;Short;Course no.;Course;"

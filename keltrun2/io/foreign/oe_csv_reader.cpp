@@ -42,7 +42,7 @@ std::int32_t FirstRaceWithResults(std::string_view text, const SportColumns& col
   }
   RemarkList remarks;
   CsvRows rows(text, columns.separator, remarks);
-  rows.Next();
+  for (std::size_t row = 0; row <= columns.rows_above; ++row) rows.Next();
   auto first = races.size();
   while (first > 0 && rows.Next()) {
     const auto has_time = [&rows](const SportColumns& race) {

@@ -146,10 +146,15 @@ constexpr Form kForms[] = {
     {"", 25, 2, kFirstRelay2003, kLastRelay2003},
 };
 
+constexpr std::string_view kVersionMark = "_V";
+constexpr std::string_view kVersionMark12 = "_V12";
+
 constexpr std::size_t kFewestOfForm = 4;    // known titles that tell a form without controls
 constexpr std::size_t kFewestColumns = 20;  // before the controls
 constexpr std::size_t kMostColumns = 80;
 constexpr std::size_t kSampleRows = 40;
+constexpr std::size_t kMostRowsAbove = 5;  // a title, or "sep=;"
+constexpr std::size_t kFewestCells = 4;    // of a head or a runner
 
 // "N° dép." and "n° dép" are the same title, as are "Course no." and "Courseno".
 std::string FoldTitle(std::string_view cell) {
@@ -187,12 +192,16 @@ std::span<const KnownTitle> MeaningsOf(std::string_view title) {
   return {begin, end};
 }
 
-// "OE0016", "OS0014a", "OESco0001": letters, four digits, perhaps a letter.
+// "OE0016", "OS0014a", "OESco0001", "OE0014_V12": letters, four digits, perhaps a letter and the
+// version of the program.
 bool IsTag(std::string_view cell) {
   if (!cell.starts_with("OE") && !cell.starts_with("OS")) return false;
   const std::size_t digits = cell.find_first_of("0123456789");
-  return digits != std::string_view::npos && digits <= 5 && cell.size() >= digits + 4 &&
-         cell.size() <= digits + 6 && IsDigits(cell.substr(digits, 4));
+  if (digits == std::string_view::npos || digits > 5 || cell.size() < digits + 4) return false;
+  const std::string_view after = cell.substr(digits + 4);
+  const std::string_view letters = after.substr(0, after.find(kVersionMark));
+  return IsDigits(cell.substr(digits, 4)) && letters.size() <= 2 &&
+         after.size() <= letters.size() + 5;
 }
 
 // The number at the end of a title, 0 if there is none.
@@ -274,6 +283,10 @@ class Sample {
     RemarkList remarks;
     CsvRows rows(text, separator, remarks);
     while (rows_.size() < kSampleRows && rows.Next()) {
+      if (rows_.empty() && above_ < kMostRowsAbove && rows.Cells().size() < kFewestCells) {
+        ++above_;
+        continue;
+      }
       Row& row = rows_.emplace_back();
       for (const std::string_view cell : rows.Cells()) {
         row.push_back(texts_.emplace_back(cell));
@@ -282,6 +295,8 @@ class Sample {
   }
 
   bool IsEmpty() const { return rows_.empty(); }
+  // The rows before the first one that are too short to be part of the list.
+  std::size_t Above() const { return above_; }
   const Row& First() const { return rows_[0]; }
 
   // How many more rows have their controls in this place than have something else there.
@@ -293,14 +308,21 @@ class Sample {
     return votes;
   }
 
-  // The place where most rows have controls, first of all one of a known form.
-  std::optional<ControlColumns> Controls(std::size_t width, std::size_t first_row) const {
+  // The place where most rows have controls of this width, or of any, first of all one of a known
+  // form.
+  std::optional<ControlColumns> Controls(std::optional<std::size_t> width,
+                                         std::size_t first_row) const {
     for (const Form& form : kForms) {
-      const ControlColumns controls{form.columns, width};
-      if (form.width == width && BeginsAt(controls, first_row)) return controls;
+      const ControlColumns controls{form.columns, form.width};
+      if (form.width == width.value_or(form.width) && BeginsAt(controls, first_row)) {
+        return controls;
+      }
     }
-    for (std::size_t begin = kFewestColumns; begin <= kMostColumns; ++begin) {
-      if (BeginsAt({begin, width}, first_row)) return ControlColumns{begin, width};
+    for (const std::size_t each : {2, 4}) {
+      if (each != width.value_or(each)) continue;
+      for (std::size_t begin = kFewestColumns; begin <= kMostColumns; ++begin) {
+        if (BeginsAt({begin, each}, first_row)) return ControlColumns{begin, each};
+      }
     }
     return std::nullopt;
   }
@@ -323,6 +345,7 @@ class Sample {
 
   std::deque<std::string> texts_;
   std::vector<Row> rows_;
+  std::size_t above_ = 0;
 };
 
 // Reads the head of a list and the shape of its rows.
@@ -331,6 +354,7 @@ class ColumnFinder {
   ColumnFinder(const Sample& sample, char separator, std::int32_t race)
       : sample_(sample), titles_(ReadTitles(sample.First())), race_(race) {
     found_.separator = separator;
+    found_.rows_above = sample.Above();
     found_.column.fill(-1);
   }
 
@@ -434,8 +458,7 @@ class ColumnFinder {
   }
 
   ControlColumns AnyControls(std::size_t first_row) const {
-    if (const auto pairs = sample_.Controls(2, first_row)) return *pairs;
-    return sample_.Controls(4, first_row).value_or(ControlColumns{kMostColumns, 2});
+    return sample_.Controls(std::nullopt, first_row).value_or(ControlColumns{kMostColumns, 2});
   }
 
   // The titles tell where the controls begin, or else the end of the head. The rows decide when
@@ -448,8 +471,9 @@ class ColumnFinder {
       found_.controls = ControlColumns{static_cast<std::size_t>(found_.At(kFinishPunch)) + 1, 2};
     }
     if (found_.controls && sample_.Votes(*found_.controls, first_row) >= 0) return;
-    auto in_rows = sample_.Controls(found_.controls ? found_.controls->width : 2, first_row);
-    if (!in_rows) in_rows = sample_.Controls(4, first_row);
+    std::optional<ControlColumns> in_rows;
+    if (found_.controls) in_rows = sample_.Controls(found_.controls->width, first_row);
+    if (!in_rows) in_rows = sample_.Controls(std::nullopt, first_row);
     if (!in_rows) return;
     if (found_.controls && in_rows->width == found_.controls->width) {
       found_.shift = static_cast<std::int32_t>(in_rows->begin) -
@@ -462,7 +486,7 @@ class ColumnFinder {
   // meaning in some language, or be unknown.
   void FillFromForm() {
     for (Form form : kForms) {
-      if (form.tag.empty() != found_.tag.empty() || !found_.tag.starts_with(form.tag)) continue;
+      if (!MayHave(form)) continue;
       if (found_.controls ? !HasControlsOf(form) : has_races_) continue;
       if (!found_.controls) {  // what the head has of the first columns
         form.first = form.first.first(std::min(form.first.size(), titles_.size()));
@@ -472,9 +496,16 @@ class ColumnFinder {
       const std::size_t expected = known_ - std::min(known_, Unknown(form));
       if (agree * 5 < expected * 4 || (!found_.controls && agree < kFewestOfForm)) continue;
       fits_form_ = found_.controls && (known_ == 0 || agree >= 2);
+      if (!found_.has_head) found_.tag = form.tag;
       Fill(form);
       return;
     }
+  }
+
+  // The tag stands in the head; without one, the place of the controls tells the form.
+  bool MayHave(const Form& form) const {
+    if (!found_.has_head) return true;
+    return form.tag.empty() ? found_.tag.empty() : found_.tag.starts_with(form.tag);
   }
 
   bool HasControlsOf(const Form& form) const {
@@ -535,11 +566,16 @@ class ColumnFinder {
   SportColumns found_;
 };
 
-// Whether the first line has several of these characters.
+// Whether one of the first lines has several of these characters.
 bool MaySeparate(std::string_view text, char separator) {
-  const LineCursor first(text);
-  const std::string_view line = first.Line();
-  return std::count(line.begin(), line.end(), separator) >= 3;
+  LineCursor lines(text);
+  for (std::size_t i = 0; i <= kMostRowsAbove && !lines.AtEnd(); lines.Next()) {
+    const std::string_view line = lines.Line();
+    if (line.empty()) continue;
+    if (std::count(line.begin(), line.end(), separator) >= 3) return true;
+    ++i;
+  }
+  return false;
 }
 
 }  // namespace
@@ -564,7 +600,9 @@ std::string SportFormatName(const SportColumns& columns) {
   const std::string program = columns.is_relay ? "OS" : "OE";
   if (columns.tag.empty() && columns.is_score) return "SPORTident CSV";
   if (columns.tag.empty()) return program + "2003 CSV";
-  return program + "2010 CSV (" + columns.tag + ")";
+  if (columns.tag == program) return program + "2010 CSV";
+  const bool is_12 = columns.tag.ends_with(kVersionMark12);
+  return program + (is_12 ? "12" : "2010") + " CSV (" + columns.tag + ")";
 }
 
 std::optional<Milliseconds> SportTime(std::string_view cell) {

@@ -64,11 +64,12 @@ struct ControlColumns {
 /// What the first lines of a list say about its columns.
 struct SportColumns {
   char separator = ';';
-  std::string tag;         // "OE0016" and the like; empty in lists of 2003
-  bool is_relay = false;   // one row for each leg
-  bool has_head = true;    // false: the first row is a runner
-  bool is_score = false;   // controls in any order
-  std::int32_t races = 1;  // of a list with the results of several races
+  std::string tag;  // "OE0016" and the like; "OE" for its form without a head; empty for 2003
+  std::size_t rows_above = 0;  // before the head, such as a title; they are not blank
+  bool is_relay = false;       // one row for each leg
+  bool has_head = true;        // false: the first row is a runner
+  bool is_score = false;       // controls in any order
+  std::int32_t races = 1;      // of a list with the results of several races
   std::array<std::int32_t, kSportFieldCount> column{};  // -1 where there is none
   std::optional<ControlColumns> controls;
   std::int32_t shift = 0;  // columns that the rows have before the controls and the head has not

@@ -37,8 +37,9 @@ std::string_view Rank(std::string_view cell) {
   return IsDigits(cell) ? cell : std::string_view();
 }
 
-// A time of day, or the time since the first start.
+// A time of day, perhaps after a date, or the time since the first start.
 std::optional<Milliseconds> StartClock(std::string_view cell) {
+  cell.remove_prefix(cell.rfind(' ') + 1);
   if (cell.empty()) return std::nullopt;
   if (const auto clock = ForeignClock(cell)) return clock;
   const auto time = ForeignTime(cell);
@@ -53,6 +54,11 @@ SportRows::SportRows(std::string_view text, const SportColumns& columns, Foreign
   for (const SportField field : {kSurname, kFirstName, kName, kClassShort}) {
     fewest_cells_ =
         std::max(fewest_cells_, static_cast<std::size_t>(std::max(columns.At(field) + 1, 0)));
+  }
+  for (std::size_t row = 0; row < columns.rows_above; ++row) rows_.Next();
+  if (columns.rows_above > 0) {
+    remarks.Add(RemarkSeverity::kNote, 1, 0, "lines before the header", "",
+                std::to_string(columns.rows_above) + " skipped");
   }
   if (!columns.has_head || !rows_.Next()) return;
   const auto& cells = rows_.Cells();
@@ -75,10 +81,11 @@ bool SportRows::IsHead() const {
 
 bool SportRows::IsWhole() const {
   const auto& cells = rows_.Cells();
-  const std::string size = std::to_string(cells.size());
   if (cells.size() < fewest_cells_) {
+    const std::string size =
+        std::to_string(cells.size()) + (cells.size() == 1 ? " cell" : " cells");
     remarks_.Add(RemarkSeverity::kWarning, Line(), 0, "line", "",
-                 size + " cells where at least " + std::to_string(fewest_cells_) +
+                 size + " where at least " + std::to_string(fewest_cells_) +
                      " are expected; the line is not read");
     return false;
   }
