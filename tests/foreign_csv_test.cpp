@@ -238,6 +238,8 @@ TEST(SwissCsv, Lines) {
           // The times of day tell the total that a word replaces.
           {titles + course + ";Bob;;;C;;Po.fehl.;9:05:00;9:08:30;31;-;32;3:00\n",
            R"(HE 4200 90 2 [31,32] ["Bob","C","09:05:00","MP","",[-1,180,30]];)"},
+          {titles + course + "1;Ann;;;C;;3:30;9:05:00;9:08:30\n",
+           R"(HE 4200 90 2 [] ["Ann","C","09:05:00","0:03:30","1",[-1,-1,210]]; 0split times)"},
           // Start times that count from the zero time.
           {titles + course + "1;Ann;;;C;;3:30;0:38:00;;31;1:00;32;3:00\n",
            R"(HE 4200 90 2 [31,32] ["Ann","C","00:38:00","0:03:30","1",[60,120,30]]; 0start times)"},

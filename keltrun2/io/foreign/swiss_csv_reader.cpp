@@ -330,6 +330,7 @@ class Reader {
     } else {
       AddSplits(runner);
     }
+    has_splits_ = has_splits_ || !runner.punches.empty();
     class_->runners.push_back(std::move(runner));
     return std::nullopt;
   }
@@ -433,6 +434,10 @@ class Reader {
 
   void AddRemarks() {
     using enum RemarkSeverity;
+    if (runners_ > 0 && !has_splits_) {
+      remarks_.Add(kWarning, 0, 0, "split times", "",
+                   "the list has none. Export it with split times");
+    }
     if (latest_start_ && *latest_start_ < kEarliestRace) {
       remarks_.Add(kNote, 0, 0, "start times", "",
                    "they count from the zero time of the event, which the file does not have");
@@ -459,6 +464,7 @@ class Reader {
   std::optional<Milliseconds> zero_time_;
   std::optional<Milliseconds> latest_start_;
   std::size_t runners_ = 0;
+  bool has_splits_ = false;
   LineCount skipped_, other_rows_, unknown_status_, unreadable_, codeless_, cut_;
 };
 
