@@ -232,6 +232,9 @@ TEST(OeCsv, Rows) {
       {"not at the finish yet", ann + AnnsLine({{4, "Bo"}, {11, ""}, {12, "0"}}, ";31;2:00"),
        "D21[31 32] Ann Berg/Fox Club/7/OK/0:10:00/120 180 300 Bo Berg/Fox "
        "Club/7/DidNotFinish/DNF/120\n0 status\n"},
+      {"a time in spite of not having started", AnnsLine({{12, "1"}}),
+       "D21[31 32] Ann Berg/Fox Club/7/NotCompeting/0:10:00/120 180 300\n2 runners who did not "
+       "start\n"},
       {"an unknown classifier", AnnsLine({{12, "8"}}),
        string(kAnn) + "2 unknown classifiers\n0 status\n"},
       {"words for the status",

@@ -25,6 +25,11 @@ bool IsNoPunch(std::optional<Milliseconds> split, const ForeignRunner& runner) {
                      [](const Punch& punch) { return punch.time.value_or(0) > 0; });
 }
 
+bool HasPunchTime(const ForeignRunner& runner) {
+  return std::any_of(runner.punches.begin(), runner.punches.end(),
+                     [](const Punch& punch) { return punch.time.has_value(); });
+}
+
 // A length without decimals that is too large for kilometers is one in meters.
 std::int32_t CourseLength(std::string_view cell) {
   constexpr std::size_t kMostKilometerDigits = 2;
@@ -112,9 +117,8 @@ bool SportRows::AddRunner(std::string_view class_name, std::string_view club) {
   ForeignRunner runner = ReadRunner(club);
   const bool nameless =
       runner.name.empty() && runner.family_name.empty() && runner.given_name.empty();
-  const bool has_result = runner.time || (runner.status && *runner.status != RunnerStatus::kOk) ||
-                          std::any_of(runner.punches.begin(), runner.punches.end(),
-                                      [](const Punch& punch) { return punch.time.has_value(); });
+  const bool has_result =
+      runner.time || (runner.status && *runner.status != RunnerStatus::kOk) || HasPunchTime(runner);
   if (nameless && !has_result) {
     CountOne(vacant_);
     return false;
@@ -235,11 +239,16 @@ void SportRows::ReadPunch(std::string_view code, std::string_view time, ForeignR
 }
 
 // Runners who have not finished yet have the classifier of those whose result counts. A list
-// without classifiers can have the word for the status in place of the time.
+// without classifiers can have the word for the status in place of the time. MeOS and Geco have no
+// classifier for runners outside the competition and write that they did not start.
 void SportRows::ReadStatus(ForeignRunner& runner) {
   const std::string_view classifier = Cell(kClassifier);
   runner.status = SportStatus(classifier.empty() && !runner.time ? Cell(kTime) : classifier);
   if (!runner.status && !classifier.empty()) CountOne(classifiers_);
+  if (runner.status == RunnerStatus::kDidNotStart && runner.time && HasPunchTime(runner)) {
+    runner.status = RunnerStatus::kNotCompeting;
+    CountOne(unplaced_);
+  }
   const bool counts = runner.status == RunnerStatus::kOk;
   if (counts && !runner.time && !runner.finish) runner.status = std::nullopt;
   if (!IsMarked(Cell(kNotCompeting))) return;
@@ -268,6 +277,8 @@ void SportRows::Finish() {
   remark(codeless_, "punches without a control code", "not used");
   remark(bad_times_, "times that cannot be read", "left out");
   remark(classifiers_, "unknown classifiers", "the status is told from the times");
+  remark(unplaced_, "runners who did not start",
+         "with a total and splits; read as outside the competition");
   remark(adjusted_, "credits or penalties", "totals are read as they stand in the list");
 }
 

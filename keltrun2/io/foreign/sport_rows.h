@@ -77,7 +77,7 @@ class SportRows {
   bool has_punches_ = false;
   bool starts_without_hours_ = false;
   std::vector<std::pair<std::size_t, std::size_t>> short_starts_;  // runners with "12:34"
-  Count vacant_, nameless_, additional_, codeless_, bad_times_, classifiers_, adjusted_;
+  Count vacant_, nameless_, additional_, codeless_, bad_times_, classifiers_, unplaced_, adjusted_;
 };
 
 /// The result for a list that is refused.
