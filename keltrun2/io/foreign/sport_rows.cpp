@@ -220,7 +220,8 @@ void SportRows::ReadPunches(ForeignRunner& runner) {
   }
 }
 
-// After the controls of the course come the punches that are not on it.
+// After the controls of the course come the punches that are not on it. The start and a control
+// that was punched twice are none of those that the course counts.
 void SportRows::ReadPunch(std::string_view code, std::string_view time, ForeignRunner& runner) {
   if (code.empty() && time.empty()) return;
   const auto split = SportTime(time);
@@ -230,6 +231,12 @@ void SportRows::ReadPunch(std::string_view code, std::string_view time, ForeignR
     return;
   }
   const std::int32_t number = event_.Code(code);
+  if (number == ForeignEvent::kStartCode) return;
+  const Punch* const last = runner.punches.empty() ? nullptr : &runner.punches.back();
+  if (last != nullptr && last->code == number && last->time && split) {
+    CountOne(additional_);
+    return;
+  }
   if (control_count_ > 0 && runner.punches.size() >= control_count_) {
     if (split && number != ForeignEvent::kFinishCode) CountOne(additional_);
     return;
