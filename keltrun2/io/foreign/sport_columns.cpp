@@ -252,6 +252,16 @@ bool IsNoTime(std::string_view cell) {
   return cell.find_first_of("0123456789") == std::string_view::npos && cell.size() <= 8;
 }
 
+// One to three digits, and once or twice a point and two digits.
+bool HasTimePoints(std::string_view cell) {
+  constexpr std::size_t kLongest = 9;
+  if (cell.size() < 4 || cell.size() > kLongest || cell[cell.size() - 3] != '.') return false;
+  if (!IsDigits(cell.substr(cell.size() - 2))) return false;
+  cell.remove_suffix(3);
+  if (cell.size() > 3 && cell[cell.size() - 3] == '.') cell.remove_suffix(3);
+  return cell.size() <= 3 && cell.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 using Row = std::vector<std::string_view>;
 
 Fit FitOf(const Row& cells, ControlColumns controls) {
@@ -262,19 +272,15 @@ Fit FitOf(const Row& cells, ControlColumns controls) {
     if (cells[at + code].empty() && IsNoTime(time)) continue;
     if (!IsCode(cells[at + code])) return Fit::kWrong;
     if (controls.width == 4 && !IsDigits(cells[at])) return Fit::kWrong;
-    const bool has_colon = time.find(':') != std::string_view::npos;
-    if (!has_colon && !IsNoTime(time)) return Fit::kWrong;
-    times += has_colon && SportTime(time) ? 1 : 0;
+    const bool is_time = HasTimeSign(time);
+    if (!is_time && !IsNoTime(time)) return Fit::kWrong;
+    times += is_time && SportTime(time) ? 1 : 0;
   }
   return times > 0 ? Fit::kRight : Fit::kNothing;
 }
 
 // Whether a row can be one of a runner with split times.
-bool HasTimes(const Row& cells) {
-  return std::any_of(cells.begin(), cells.end(), [](std::string_view cell) {
-    return cell.find(':') != std::string_view::npos;
-  });
-}
+bool HasTimes(const Row& cells) { return std::any_of(cells.begin(), cells.end(), HasTimeSign); }
 
 // A few rows of a list.
 class Sample {
@@ -605,9 +611,21 @@ std::string SportFormatName(const SportColumns& columns) {
   return program + (is_12 ? "12" : "2010") + " CSV (" + columns.tag + ")";
 }
 
+bool HasTimeSign(std::string_view cell) {
+  return cell.find(':') != std::string_view::npos || HasTimePoints(cell);
+}
+
+std::string_view WithColons(std::string_view cell, std::string& buffer) {
+  if (!HasTimePoints(cell)) return cell;
+  buffer = cell;
+  std::replace(buffer.begin(), buffer.end(), '.', ':');
+  return buffer;
+}
+
 std::optional<Milliseconds> SportTime(std::string_view cell) {
   if (cell.empty()) return std::nullopt;
-  return ForeignTime(cell);
+  std::string buffer;
+  return ForeignTime(WithColons(cell, buffer));
 }
 
 std::optional<RunnerStatus> SportStatus(std::string_view text) {

@@ -94,6 +94,13 @@ inline std::string_view SportCell(const std::vector<std::string_view>& cells,
              : std::string_view();
 }
 
+/// Whether a cell has the sign between hours, minutes and seconds: a colon, or in some countries a
+/// point ("1.02.03", "62.03").
+bool HasTimeSign(std::string_view cell);
+
+/// A time with colons for points; other texts as they are, and `buffer` is not used.
+std::string_view WithColons(std::string_view cell, std::string& buffer);
+
 /// A split or total time. nullopt for a control without a punch and for any text that is no time.
 std::optional<Milliseconds> SportTime(std::string_view cell);
 

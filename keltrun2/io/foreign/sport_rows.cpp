@@ -16,8 +16,6 @@ bool HasDigit(std::string_view text) {
   return text.find_first_of("0123456789") != std::string_view::npos;
 }
 
-bool HasColon(std::string_view text) { return text.find(':') != std::string_view::npos; }
-
 // A split of 0 after other ones is written for a control without a punch.
 bool IsNoPunch(std::optional<Milliseconds> split, const ForeignRunner& runner) {
   return split == Milliseconds{0} &&
@@ -46,6 +44,8 @@ std::string_view Rank(std::string_view cell) {
 std::optional<Milliseconds> StartClock(std::string_view cell) {
   cell.remove_prefix(cell.rfind(' ') + 1);
   if (cell.empty()) return std::nullopt;
+  std::string buffer;
+  cell = WithColons(cell, buffer);
   if (const auto clock = ForeignClock(cell)) return clock;
   const auto time = ForeignTime(cell);
   return time && *time >= 0 && *time < kMillisecondsOfDay ? time : std::nullopt;
@@ -97,8 +97,8 @@ bool SportRows::IsWhole() const {
   if (!columns_.controls) return true;
   const std::size_t code = columns_.controls->begin + (columns_.controls->width == 4 ? 1 : 0);
   if (code + 1 >= cells.size()) return true;
-  const bool is_time = !HasDigit(cells[code + 1]) || HasColon(cells[code + 1]);
-  if (!HasColon(cells[code]) && is_time) return true;
+  const bool is_time = !HasDigit(cells[code + 1]) || HasTimeSign(cells[code + 1]);
+  if (!HasTimeSign(cells[code]) && is_time) return true;
   remarks_.Add(RemarkSeverity::kWarning, Line(), static_cast<std::int32_t>(code + 1), "cell",
                cells[code],
                "expected the code of the first control, and its time in the next cell; the line is "
