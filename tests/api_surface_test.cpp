@@ -216,6 +216,8 @@ TEST(ApiSurface, FilesAndPages) {
   files.SetRenewRanks(false);
   files.SetInputCharset("x-sjis");
   Are<Text>(files.InputCharset());
+  files.SetOutputCharset("cp932");
+  Are<Text>(files.OutputCharset());
   Are<std::vector<LoadRemark>>(files.LoadRemarks(), files.SaveRemarks());
   ProgressHandle handle = files.OnProgress([](std::int32_t) {});
   handle.Detach();

@@ -52,10 +52,14 @@ constexpr char kConvertFooter[] =
     "split\n"
     "lists, comma-separated result lists, and LZH archives of lap files. The ending of the output\n"
     "chooses its format: .lxm native, .lap previous generation, .xml IOF XML 2.0.3 result list,\n"
-    ".lzh archive.\n"
+    ".lzh archive. --to names another one, for other programs: iof3 and iof2 for Livelox, "
+    "Eventor,\n"
+    "SplitsBrowser and most others, splitsbrowser, winsplits and oe2010 for those that read these\n"
+    "tables; iof2-plain is what .xml means.\n"
     "Examples:\n"
     "  keltrun2 convert sportident.txt event.lxm\n"
-    "  keltrun2 convert event.lxm results.xml --force";
+    "  keltrun2 convert event.lxm results.xml --to iof3\n"
+    "  keltrun2 convert event.lxm splits.csv --to splitsbrowser --force";
 constexpr char kMergeFooter[] =
     "An import-only text adds clubs and sexes to the runners with a name in every class; in it "
     "only\n"
@@ -209,9 +213,45 @@ void AddForce(CLI::App& app, Options& options) {
   app.add_flag("--force", options.force, "replace the file if it exists already");
 }
 
-// What convert and merge save.
-void AddSaving(CLI::App& app, Options& options) {
+// One of a few words.
+CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
+                       const std::vector<std::string>& words, const std::string& description) {
+  return app.add_option(name, word, description)
+      ->type_name(Joined(words, "|"))
+      ->check(CLI::IsMember(words).description(""));
+}
+
+CLI::Validator KnownOutputCharset() {
+  return CLI::Validator(
+      [](const std::string& name) {
+        try {
+          clsFileControl().SetOutputCharset(name);
+          return std::string();
+        } catch (const AutomationError&) {
+          return "the charset " + name + " is unknown; use utf-8, utf-8-bom, cp932 or windows-1252";
+        }
+      },
+      "");
+}
+
+void AddOutputCharset(CLI::App& app, Options& options, const std::string& of) {
+  app.add_option("--charset", options.output_charset,
+                 "charset of " + of + ": utf-8, utf-8-bom, cp932, windows-1252")
+      ->type_name("NAME")
+      ->check(KnownOutputCharset());
+}
+
+// What convert and merge save. Without --to the name of the output has to tell the format.
+void AddSaving(CLI::App& app, Options& options, const std::string& output) {
   AddForce(app, options);
+  CLI::Option* const to = AddChoice(app, "--to", options.to, SaveTypeWords(),
+                                    "format of the output (default: as its ending says)");
+  AddOutputCharset(app, options, "the output, if its format lets you choose");
+  app.parse_complete_callback([to, output, &app, &options] {
+    if (to->count() > 0 || options.output.empty()) return;
+    const std::string error = LapFileName()(options.output);
+    if (!error.empty()) throw CLI::ValidationError(output, error);
+  });
   app.add_flag("--full", options.full, "save fixed ranks and ages as well (.lxm)");
 }
 
@@ -275,14 +315,6 @@ void AddClocks(CLI::App& app, Options& options) {
           ""));
 }
 
-// One of a few words.
-CLI::Option* AddChoice(CLI::App& app, const std::string& name, std::string& word,
-                       const std::vector<std::string>& words, const std::string& description) {
-  return app.add_option(name, word, description)
-      ->type_name(Joined(words, "|"))
-      ->check(CLI::IsMember(words).description(""));
-}
-
 // In which form a data set is written.
 void AddForm(CLI::App& app, Options& options, const std::vector<std::string>& forms) {
   AddChoice(app, "--as", options.form, forms, "form of the output")->required();
@@ -299,11 +331,10 @@ void AddForm(CLI::App& app, Options& options, const std::vector<std::string>& fo
 
 void AddConvertOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
-  app.add_option("OUTPUT", options.output, "file to write, a .lxm, .lap, .xml or .lzh")
+  app.add_option("OUTPUT", options.output, "file to write; without --to a .lxm, .lap, .xml or .lzh")
       ->type_name("")
-      ->required()
-      ->check(LapFileName());
-  AddSaving(app, options);
+      ->required();
+  AddSaving(app, options, "OUTPUT");
 }
 
 void AddMergeOptions(CLI::App& app, Options& options) {
@@ -311,11 +342,11 @@ void AddMergeOptions(CLI::App& app, Options& options) {
   app.add_option("IMPORT", options.import_file, "file with more about the event")
       ->type_name("")
       ->required();
-  app.add_option("-o,--output", options.output, "file to write, a .lxm, .lap, .xml or .lzh")
+  app.add_option("-o,--output", options.output,
+                 "file to write; without --to a .lxm, .lap, .xml or .lzh")
       ->type_name("FILE")
-      ->required()
-      ->check(LapFileName());
-  AddSaving(app, options);
+      ->required();
+  AddSaving(app, options, "--output");
   app.add_option("--match", options.match,
                  "how a runner of the import is recognized in the class: by name (blanks and the\n"
                  "case of the letters A to Z are ignored), by id, or not at all, which adds\n"

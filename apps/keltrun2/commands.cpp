@@ -135,11 +135,13 @@ std::string ResultsText(const clsKeltrun2& root, const Options& options) {
   return text;
 }
 
-// The ending of the name chooses the format. Remarks name what the format has no place for.
+// Without --to the ending of the name chooses the format. Remarks name what it has no place for.
 void SaveEvent(clsKeltrun2& root, const Options& options) {
   const auto mode = options.full ? KR_SAVEMODE_FULL : KR_SAVEMODE_NORMAL;
   const auto& files = root.FileControl();
-  const bool saved = files->SaveLapFile(options.output, KR_FILETYPE_AUTODETECT, mode);
+  const auto type = options.to.empty() ? KR_FILETYPE_AUTODETECT : SaveTypeOfWord(options.to);
+  files->SetOutputCharset(options.output_charset);
+  const bool saved = files->SaveLapFile(options.output, type, mode);
   if (!saved || !root.ErrorComment().empty()) throw CommandError(ReasonOf(root.ErrorComment()));
   if (!options.quiet) ShowRemarks(files->SaveRemarks(), options.output);
 }

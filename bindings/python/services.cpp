@@ -115,10 +115,13 @@ void BindFileControl(py::module_& module) {
        KR_VALUE(KR_FILETYPE_IOF_XML_30_RESULT), KR_VALUE(KR_FILETYPE_OE_CSV),
        KR_VALUE(KR_FILETYPE_OS_CSV), KR_VALUE(KR_FILETYPE_SPLITSBROWSER_CSV),
        KR_VALUE(KR_FILETYPE_TRIPLE_CSV), KR_VALUE(KR_FILETYPE_RESULT_HTML),
-       KR_VALUE(KR_FILETYPE_WINSPLITS_TEXT), KR_VALUE(KR_FILETYPE_SWISS_CSV)});
+       KR_VALUE(KR_FILETYPE_WINSPLITS_TEXT), KR_VALUE(KR_FILETYPE_SWISS_CSV),
+       KR_VALUE(KR_FILETYPE_IOF_XML_20_EXCHANGE)});
   module.def("LapFileTypeName", &LapFileTypeName, Doc("LapFileTypeName"), arg("Type"));
   module.def("LapFileTypeOfWord", &LapFileTypeOfWord, Doc("LapFileTypeOfWord"), arg("Word"));
   module.def("LapFileTypeWords", &LapFileTypeWords, Doc("LapFileTypeWords"));
+  module.def("SaveTypeOfWord", &SaveTypeOfWord, Doc("SaveTypeOfWord"), arg("Word"));
+  module.def("SaveTypeWords", &SaveTypeWords, Doc("SaveTypeWords"));
   Enumeration<KrLapFileSaveModeCosnt>(module, "KrLapFileSaveModeCosnt",
                                       {KR_VALUE(KR_SAVEMODE_NORMAL), KR_VALUE(KR_SAVEMODE_FULL)});
   Enumeration<RemarkSeverity>(module, "RemarkSeverity",
@@ -138,6 +141,7 @@ void BindFileControl(py::module_& module) {
                 &clsFileControl::SetProgressVisible)
       .Property("RenewRanks", &clsFileControl::RenewRanks, &clsFileControl::SetRenewRanks)
       .Property("InputCharset", &clsFileControl::InputCharset, &clsFileControl::SetInputCharset)
+      .Property("OutputCharset", &clsFileControl::OutputCharset, &clsFileControl::SetOutputCharset)
       .Property("ForeignFormats", &clsFileControl::ForeignFormats,
                 &clsFileControl::SetForeignFormats)
       .Property("Race", &clsFileControl::Race, &clsFileControl::SetRace)

@@ -109,11 +109,21 @@ void clsFileControl::SetInputCharset(std::string_view InputCharset) {
   input_charset_ = InputCharset;
 }
 
+void clsFileControl::SetOutputCharset(std::string_view OutputCharset) {
+  if (!OutputCharset.empty() && !TextEncodingFromName(OutputCharset)) {
+    throw AutomationError(KR_ERROR_INVALID_CALL, "clsFileControl.OutputCharset: the charset \"" +
+                                                     std::string(OutputCharset) +
+                                                     "\" is not known");
+  }
+  output_charset_ = OutputCharset;
+}
+
 bool clsFileControl::SaveLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,
                                  KrLapFileSaveModeCosnt SaveMode) {
   const auto model = EventOrFail("RES_MESSAGE_ERROR_HAPPEN", "clsFileControl.SaveLapFile");
-  return model && keltrun::SaveLapFile(*model, std::string(FileName), LapFileType, SaveMode,
-                                       Sync::kNow, &save_remarks_);
+  return model &&
+         keltrun::SaveLapFile(*model, std::string(FileName), LapFileType, SaveMode, Sync::kNow,
+                              &save_remarks_, TextEncodingFromName(output_charset_));
 }
 
 KrLapFileTypeConst clsFileControl::FileSaveMode(double FilterIndex) const {

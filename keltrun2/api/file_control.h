@@ -103,7 +103,10 @@ class KELTRUN2_API clsFileControl {
   void SetInputCharset(std::string_view InputCharset);
 
   /// Saves the event. Without a type the extension decides: "lap" is the previous generation, "xml"
-  /// is IOF XML, and everything else is the native format. An existing file is replaced only by a
+  /// is KR_FILETYPE_IOF_XML_20_RESULT, and everything else is the native format. The types for other
+  /// programs have to be given: KR_FILETYPE_IOF_XML_30_RESULT, KR_FILETYPE_IOF_XML_20_EXCHANGE,
+  /// KR_FILETYPE_SPLITSBROWSER_CSV, KR_FILETYPE_WINSPLITS_TEXT and KR_FILETYPE_OE_CSV (as OE2010
+  /// writes it). Times in IOF XML 3.0 have the zone of the system. An existing file is replaced only by a
   /// complete new one that is on the disk, and never by one too large to be read again (native 512
   /// MiB, others and in archives 64 MiB). A failure leaves its reason in
   /// `clsKeltrun2::ErrorComment`; a success leaves there what was there before. When a ".lzh"
@@ -112,6 +115,15 @@ class KELTRUN2_API clsFileControl {
   [[nodiscard]] bool SaveLapFile(std::string_view FileName,
                                  KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                                  KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);
+
+  /// The charset of text files that SaveLapFile writes: "utf-8", "utf-8-bom" (with a byte-order
+  /// mark), "cp932", "windows-1252" or another of their names. Empty, the initial value, means the
+  /// usual one of each format. The native file and KR_FILETYPE_IOF_XML_20_RESULT have no other, and
+  /// are not written when one is set.
+  const std::string& OutputCharset() const { return output_charset_; }
+  /// Sets that charset for later saves; empty means the usual ones again. Raises invalid procedure
+  /// call (5) for an unknown charset.
+  void SetOutputCharset(std::string_view OutputCharset);
 
   /// What the file type of the last save has no place for: runners that were left out, values that
   /// were dropped, characters that its charset does not have. Empty after a failure.
@@ -141,6 +153,7 @@ class KELTRUN2_API clsFileControl {
   std::vector<LoadRemark> remarks_;
   std::vector<LoadRemark> save_remarks_;
   std::string input_charset_;
+  std::string output_charset_;
   std::int32_t attached_ = 0;
   std::shared_ptr<ProgressHandlers> handlers_ = std::make_shared<ProgressHandlers>();
 };

@@ -270,6 +270,38 @@ void AppendEncoded(std::string& out, std::string_view text, Charset charset,
   }
 }
 
+std::optional<TextEncoding> TextEncodingFromName(std::string_view name) {
+  if (EqualsIgnoringCase(name, "utf-8-bom") || EqualsIgnoringCase(name, "utf-8-sig")) {
+    return TextEncoding{Charset::kUtf8, true};
+  }
+  const auto charset = CharsetFromName(name);
+  if (!charset) return std::nullopt;
+  return TextEncoding{*charset, false};
+}
+
+std::string EncodeText(std::string text, TextEncoding encoding, MissingCharacter missing) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  const bool is_utf8 = encoding.charset == Charset::kUtf8;
+  if (is_utf8 && !encoding.mark && FindInvalidUtf8(text) == std::string::npos) return text;
+  std::string bytes;
+  bytes.reserve(text.size() + kMark.size());
+  if (is_utf8 && encoding.mark) bytes += kMark;
+  AppendEncoded(bytes, text, encoding.charset, missing);
+  return bytes;
+}
+
+std::string_view XmlEncodingName(Charset charset) {
+  switch (charset) {
+    case Charset::kShiftJis:
+      return "Windows-31J";
+    case Charset::kWindows1252:
+      return "windows-1252";
+    case Charset::kUtf8:
+      break;
+  }
+  return "UTF-8";
+}
+
 Decoded Decode(std::string_view bytes, Charset charset) {
   switch (charset) {
     case Charset::kShiftJis:

@@ -16,6 +16,22 @@ enum class MissingCharacter : std::int32_t {
   kCharacterReference  // in HTML: a decimal character reference
 };
 
+/// How a text is written to a file.
+struct TextEncoding {
+  Charset charset = Charset::kUtf8;
+  bool mark = false;  // UTF-8 begins with a byte-order mark
+};
+
+/// The encoding with a name: a name of CharsetFromName, or "utf-8-bom" or "utf-8-sig" for UTF-8
+/// with a byte-order mark. nullopt for any other name.
+std::optional<TextEncoding> TextEncodingFromName(std::string_view name);
+
+/// The text as the bytes of a file. UTF-8 is not copied.
+std::string EncodeText(std::string text, TextEncoding encoding, MissingCharacter missing);
+
+/// What an XML declaration calls the charset.
+std::string_view XmlEncodingName(Charset charset);
+
 /// Compares two texts, ignoring the case of ASCII letters.
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 

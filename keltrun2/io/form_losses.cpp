@@ -12,6 +12,7 @@
 
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/codec/xml.h"
+#include "keltrun2/io/foreign/exchange_losses.h"
 #include "keltrun2/io/text_reading.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -234,7 +235,7 @@ void LoseEqualNames(const EventModel& model, Losses& losses) {
   }
 }
 
-void LoseInKeltrun1(const EventModel& model, Losses& losses) {
+void LoseInKeltrun1(const EventModel& model, bool is_unicode, Losses& losses) {
   Runners written;
   for (const auto& klass : model.Classes()) {
     const Runners runners = WrittenRunners(
@@ -246,8 +247,10 @@ void LoseInKeltrun1(const EventModel& model, Losses& losses) {
   losses.Count(model.CourseCount(), "courses with their controls", kNoPlace);
   losses.CountRunners(written, kKeltrun1Losses);
   LoseHeader(model, losses);
-  LoseTexts(model, written, ThroughShiftJis,
-            "has characters that Shift-JIS does not have, written as \"?\"", losses);
+  if (!is_unicode) {
+    LoseTexts(model, written, ThroughShiftJis,
+              "has characters that Shift-JIS does not have, written as \"?\"", losses);
+  }
   LoseTexts(model, written, AsCell, "has commas or line breaks, written as other characters",
             losses);
   LoseEqualNames(model, losses);
@@ -300,10 +303,15 @@ void LoseInIof(const EventModel& model, Losses& losses) {
 
 }  // namespace
 
-std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type) {
+std::vector<LoadRemark> FormLosses(const EventModel& model, KrLapFileTypeConst type,
+                                   const std::optional<TextEncoding>& encoding) {
+  if (IsExchangeType(type)) {
+    return ExchangeLosses(model, type, encoding.value_or(TextEncoding{}).charset);
+  }
   Losses losses;
+  const bool is_unicode = encoding && encoding->charset == Charset::kUtf8;
   if (type == KR_FILETYPE_KELTRUN2) LoseInNative(model, losses);
-  if (type == KR_FILETYPE_KELTRUN1) LoseInKeltrun1(model, losses);
+  if (type == KR_FILETYPE_KELTRUN1) LoseInKeltrun1(model, is_unicode, losses);
   if (type == KR_FILETYPE_IOF_XML_20_RESULT) LoseInIof(model, losses);
   return losses.Take();
 }

@@ -29,11 +29,30 @@ constexpr std::array<TypeNames, 14> kTypes = {{
     {KR_FILETYPE_SWISS_CSV, "swiss", "Swiss result CSV"},
 }};
 
+struct SaveWord {
+  std::string_view word;
+  KrLapFileTypeConst type;
+};
+
+constexpr auto kSaveWords = std::to_array<SaveWord>({
+    {"lxm", KR_FILETYPE_KELTRUN2},
+    {"lap", KR_FILETYPE_KELTRUN1},
+    {"iof3", KR_FILETYPE_IOF_XML_30_RESULT},
+    {"iof2", KR_FILETYPE_IOF_XML_20_EXCHANGE},
+    {"iof2-plain", KR_FILETYPE_IOF_XML_20_RESULT},
+    {"splitsbrowser", KR_FILETYPE_SPLITSBROWSER_CSV},
+    {"winsplits", KR_FILETYPE_WINSPLITS_TEXT},
+    {"oe2010", KR_FILETYPE_OE_CSV},
+});
+
 }  // namespace
 
 std::string_view LapFileTypeName(KrLapFileTypeConst Type) {
   const auto found = std::find_if(kTypes.begin(), kTypes.end(),
                                   [&](const TypeNames& names) { return names.type == Type; });
+  if (Type == KR_FILETYPE_IOF_XML_20_EXCHANGE) {
+    return LapFileTypeName(KR_FILETYPE_IOF_XML_20_RESULT);
+  }
   return found == kTypes.end() ? "" : found->name;
 }
 
@@ -46,6 +65,18 @@ KrLapFileTypeConst LapFileTypeOfWord(std::string_view Word) {
 std::vector<std::string> LapFileTypeWords() {
   std::vector<std::string> words;
   for (const TypeNames& names : kTypes) words.emplace_back(names.word);
+  return words;
+}
+
+KrLapFileTypeConst SaveTypeOfWord(std::string_view Word) {
+  const auto found = std::find_if(kSaveWords.begin(), kSaveWords.end(),
+                                  [&](const SaveWord& save) { return save.word == Word; });
+  return found == kSaveWords.end() ? KR_FILETYPE_UNKNOWN : found->type;
+}
+
+std::vector<std::string> SaveTypeWords() {
+  std::vector<std::string> words;
+  for (const SaveWord& save : kSaveWords) words.emplace_back(save.word);
   return words;
 }
 

@@ -28,6 +28,9 @@ enum KrLapFileTypeConst : std::int32_t {
   KR_FILETYPE_RESULT_HTML = 13,        ///< Result pages of SPORTident, OE and other programs.
   KR_FILETYPE_WINSPLITS_TEXT = 14,     ///< WinSplits Standard Text.
   KR_FILETYPE_SWISS_CSV = 15,          ///< The CSV that Swiss result services exchange.
+  /// IOF XML 2.0 result list in the form that other programs read; only for saving. The list of
+  /// KR_FILETYPE_IOF_XML_20_RESULT is one that many of them refuse.
+  KR_FILETYPE_IOF_XML_20_EXCHANGE = 16,
 };
 
 /// The name of a format of lap files, such as "IOF XML 3.0"; empty for KR_FILETYPE_AUTODETECT and
@@ -40,6 +43,14 @@ KELTRUN2_API KrLapFileTypeConst LapFileTypeOfWord(std::string_view Word);
 
 /// The short names of all formats that can be read.
 KELTRUN2_API std::vector<std::string> LapFileTypeWords();
+
+/// The format to save in with a short name, as the program takes them: "lxm", "lap", "iof3",
+/// "iof2", "iof2-plain", "splitsbrowser", "winsplits", "oe2010"; KR_FILETYPE_UNKNOWN for any other
+/// text.
+KELTRUN2_API KrLapFileTypeConst SaveTypeOfWord(std::string_view Word);
+
+/// The short names of all formats that can be written.
+KELTRUN2_API std::vector<std::string> SaveTypeWords();
 
 /// Which attributes a native lap file is saved with.
 enum KrLapFileSaveModeCosnt : std::int32_t {

@@ -14,6 +14,8 @@
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/detect.h"
 #include "keltrun2/io/foreign/formats.h"
+#include "keltrun2/io/foreign/iof_writers.h"
+#include "keltrun2/io/foreign/table_writers.h"
 #include "keltrun2/io/form_losses.h"
 #include "keltrun2/io/import_only_reader.h"
 #include "keltrun2/io/iof_result_writer.h"
@@ -405,16 +407,71 @@ struct SavedFile {
   std::string bytes;
 };
 
-SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode) {
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
+// A form for other programs.
+struct ExchangeForm {
+  KrLapFileTypeConst type;
+  std::string_view operation;
+  std::string_view extension;
+  bool is_xml;
+  void (*append)(std::string& out, const EventModel& model, const IofOptions& options);
+};
+
+template <void (*append)(std::string&, const EventModel&)>
+void AppendTable(std::string& out, const EventModel& model, const IofOptions& /*options*/) {
+  append(out, model);
+}
+
+constexpr ExchangeForm kExchangeForms[] = {
+    {KR_FILETYPE_IOF_XML_30_RESULT, "clsFileControl.SaveIofXml3", ".xml", true, AppendIofXml3},
+    {KR_FILETYPE_IOF_XML_20_EXCHANGE, "clsFileControl.SaveIofXml2", ".xml", true, AppendIofXml2},
+    {KR_FILETYPE_SPLITSBROWSER_CSV, "clsFileControl.SaveSplitsBrowser", ".csv", false,
+     AppendTable<AppendSplitsBrowserEvent>},
+    {KR_FILETYPE_WINSPLITS_TEXT, "clsFileControl.SaveWinSplits", ".txt", false,
+     AppendTable<AppendWinSplits>},
+    {KR_FILETYPE_OE_CSV, "clsFileControl.SaveOe2010", ".csv", false, AppendTable<AppendOe2010>},
+};
+
+// Minutes that the computer's zone is ahead of UTC at noon of the event, or now without a date.
+std::int32_t UtcOffsetOfEvent(const EventModel& model) {
+  const DateTime date = model.Event->EventDate()->Value();
+  return UtcOffset(date != 0 ? date + 0.5 : Now());
+}
+
+SavedFile WriteExchangeForm(const ExchangeForm& form, const EventModel& model,
+                            TextEncoding encoding) {
+  const IofOptions options = {Now(), UtcOffsetOfEvent(model), XmlEncodingName(encoding.charset)};
+  std::string text;
+  form.append(text, model, options);
+  const auto missing =
+      form.is_xml ? MissingCharacter::kCharacterReference : MissingCharacter::kQuestionMark;
+  return {form.operation, form.extension, kNoLimit, EncodeText(std::move(text), encoding, missing)};
+}
+
+const ExchangeForm* FindExchangeForm(KrLapFileTypeConst type) {
+  const auto found = std::find_if(std::begin(kExchangeForms), std::end(kExchangeForms),
+                                  [&](const ExchangeForm& form) { return form.type == type; });
+  return found == std::end(kExchangeForms) ? nullptr : found;
+}
+
+bool HasFixedCharset(KrLapFileTypeConst type) {
+  return type != KR_FILETYPE_KELTRUN1 && FindExchangeForm(type) == nullptr;
+}
+
+SavedFile Write(const EventModel& model, KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode,
+                const std::optional<TextEncoding>& encoding) {
   if (type == KR_FILETYPE_KELTRUN1) {
-    SavedFile file{"clsFileControl.SaveKeltrun1", ".lap", LargestFile(type), ""};
-    AppendEncoded(file.bytes, WriteKeltrun1LapFile(model), Charset::kShiftJis,
-                  MissingCharacter::kQuestionMark);
-    return file;
+    return {
+        "clsFileControl.SaveKeltrun1", ".lap", LargestFile(type),
+        EncodeText(WriteKeltrun1LapFile(model), encoding.value_or(TextEncoding{Charset::kShiftJis}),
+                   MissingCharacter::kQuestionMark)};
   }
   if (type == KR_FILETYPE_IOF_XML_20_RESULT) {
-    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();  // never read
     return {"clsFileControl.SaveIofXmlResult", ".xml", kNoLimit, WriteIofXmlResult(model, Now())};
+  }
+  if (const ExchangeForm* const form = FindExchangeForm(type)) {
+    return WriteExchangeForm(*form, model, encoding.value_or(TextEncoding{}));
   }
   return {"clsFileControl.SaveKeltrun2", ".lxm", LargestFile(KR_FILETYPE_KELTRUN2),
           WriteNativeLapFile(model, mode, Now())};
@@ -464,15 +521,20 @@ bool LoadLapFile(LoadRequest request, LoadedFile& loaded, const StartProgress& s
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,
-                 KrLapFileSaveModeCosnt mode, Sync sync, std::vector<LoadRemark>* remarks) {
+                 KrLapFileSaveModeCosnt mode, Sync sync, std::vector<LoadRemark>* remarks,
+                 const std::optional<TextEncoding>& encoding) {
   if (remarks != nullptr) remarks->clear();
   const std::string extension = FileExtension(file_name);
   if (type == KR_FILETYPE_AUTODETECT) type = TypeOfExtension(extension);
-  const SavedFile file = Write(model, type, mode);
+  if (encoding && HasFixedCharset(type)) {
+    return Fail(kSaveError, "clsFileControl.SaveLapFile",
+                "cannot write " + file_name + ": the charset of this format cannot be chosen");
+  }
+  const SavedFile file = Write(model, type, mode, encoding);
   const bool saved = extension == "lzh"
                          ? SaveArchive(file_name, file, sync)
                          : WriteOrFail(file.operation, file_name, file.bytes, file.largest, sync);
-  if (saved && remarks != nullptr) *remarks = FormLosses(model, type);
+  if (saved && remarks != nullptr) *remarks = FormLosses(model, type, encoding);
   return saved;
 }
 

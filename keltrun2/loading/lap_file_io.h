@@ -47,9 +47,12 @@ struct LoadedFile {
                                const StartProgress& start_progress);
 
 /// Returns whether the file was written. If not, the error text says why. With Sync::kNow the file
-/// is on the disk on return. `remarks`, which may be null, gets what the type cannot hold.
+/// is on the disk on return. `remarks`, which may be null, gets what the type cannot hold. Without
+/// an encoding the file has the usual one of its type; the native file and the plain IOF XML 2.0
+/// list have no other.
 [[nodiscard]] bool SaveLapFile(const EventModel& model, const std::string& file_name,
                                KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode, Sync sync,
-                               std::vector<LoadRemark>* remarks = nullptr);
+                               std::vector<LoadRemark>* remarks = nullptr,
+                               const std::optional<TextEncoding>& encoding = std::nullopt);
 
 }  // namespace keltrun

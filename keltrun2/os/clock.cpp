@@ -37,6 +37,15 @@ double Now() {
   return SystemNow();
 }
 
+int UtcOffset(double local_time) {
+  const auto seconds = static_cast<std::time_t>((local_time - kDaysTo1970) * kSecondsPerDay);
+  std::tm moment{};
+  if (gmtime_r(&seconds, &moment) == nullptr) return 0;
+  moment.tm_isdst = -1;
+  if (std::mktime(&moment) == -1) return 0;
+  return static_cast<int>(moment.tm_gmtoff / 60);
+}
+
 void SetClock(std::function<double()> clock) { Replacement() = std::move(clock); }
 
 }  // namespace keltrun

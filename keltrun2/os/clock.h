@@ -13,6 +13,9 @@ inline constexpr int kDaysTo1970 = 25569;
 /// moment instead, so that output can be reproduced.
 double Now();
 
+/// The minutes that the system's time zone is ahead of UTC at a local time.
+int UtcOffset(double local_time);
+
 /// Replaces the clock, for tests; an empty function restores the system's clock.
 void SetClock(std::function<double()> clock);
 

@@ -1,8 +1,6 @@
 #include "keltrun2/report/json.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <string_view>
 
@@ -57,39 +55,6 @@ void AppendEscapedText(std::string& out, std::string_view text) {
   out.append(text, copied);
 }
 
-template <typename Number, typename... Format>
-void AppendChars(std::string& out, Number value, Format... format) {
-  std::array<char, 320> buffer;  // the largest double has 309 digits
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format...);
-  out.append(buffer.data(), end.ptr);
-}
-
-// `units` / `scale`, rounded half away from zero, with at most as many decimals as `scale` (a power
-// of ten) has zeros.
-void AppendDecimal(std::string& out, double units, long long scale) {
-  // Halves are common (the mean of two laps), but a time in days represents them only up to its
-  // last bits, so a value a hair short of a half is rounded as a half.
-  constexpr double kHair = 1e-14;
-  constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
-  const double rounded = std::round(units + units * kHair);
-  if (!(std::fabs(rounded) < kMostUnits)) {
-    AppendChars(out, units / static_cast<double>(scale), std::chars_format::fixed, 0);
-    return;
-  }
-  auto rest = static_cast<long long>(rounded);
-  if (rest < 0) {
-    out += '-';
-    rest = -rest;
-  }
-  AppendChars(out, rest / scale);
-  rest %= scale;
-  if (rest != 0) out += '.';
-  for (long long place = scale / 10; rest != 0; place /= 10) {
-    out += static_cast<char>('0' + rest / place);
-    rest %= place;
-  }
-}
-
 // Appends JSON to a string and inserts the commas. The calls with a key write members of objects;
 // keys are plain ASCII and are not escaped.
 class JsonWriter {
@@ -113,7 +78,7 @@ class JsonWriter {
 
   void Integer(std::int32_t value) {
     Separate();
-    AppendChars(out_, value);
+    AppendInteger(out_, value);
   }
   void Integer(std::string_view key, std::int32_t value) { Key(key).Integer(value); }
 
@@ -193,7 +158,7 @@ class JsonWriter {
     out_ += value;
   }
 
-  void Decimal(double units, long long scale) {
+  void Decimal(double units, std::int64_t scale) {
     if (!std::isfinite(units)) return Null();
     Separate();
     AppendDecimal(out_, units, scale);

@@ -146,4 +146,37 @@ std::string FormatGeneral(double value) {
   return std::string(buffer.data(), result.ptr);
 }
 
+void AppendInteger(std::string& out, std::int64_t value) {
+  std::array<char, 24> buffer;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+  out.append(buffer.data(), end.ptr);
+}
+
+void AppendDecimal(std::string& out, double units, std::int64_t scale) {
+  // Halves are common (the mean of two laps), but a time in days represents them only up to its
+  // last bits, so a value a hair short of a half is rounded as a half.
+  constexpr double kHair = 1e-14;
+  constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
+  const double rounded = std::round(units + units * kHair);
+  if (!(std::fabs(rounded) < kMostUnits)) {
+    std::array<char, 320> buffer;  // the largest double has 309 digits
+    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(),
+                                   units / static_cast<double>(scale), std::chars_format::fixed, 0);
+    out.append(buffer.data(), end.ptr);
+    return;
+  }
+  auto rest = static_cast<std::int64_t>(rounded);
+  if (rest < 0) {
+    out += '-';
+    rest = -rest;
+  }
+  AppendInteger(out, rest / scale);
+  rest %= scale;
+  if (rest != 0) out += '.';
+  for (std::int64_t place = scale / 10; rest != 0; place /= 10) {
+    out += static_cast<char>('0' + rest / place);
+    rest %= place;
+  }
+}
+
 }  // namespace keltrun

@@ -35,4 +35,11 @@ std::string FormatNumber(double value, std::string_view pattern);
 /// "0" for a value that is not finite.
 std::string FormatGeneral(double value);
 
+/// Appends a whole number.
+void AppendInteger(std::string& out, std::int64_t value);
+
+/// Appends `units` / `scale`, rounded half away from zero, with at most as many decimals as `scale`
+/// (a power of ten) has zeros, and never with an exponent.
+void AppendDecimal(std::string& out, double units, std::int64_t scale);
+
 }  // namespace keltrun
