@@ -218,6 +218,7 @@ TEST(ApiSurface, FilesAndPages) {
   Are<Text>(files.InputCharset());
   files.SetOutputCharset("cp932");
   Are<Text>(files.OutputCharset());
+  files.SetOutputCharset("");
   Are<std::vector<LoadRemark>>(files.LoadRemarks(), files.SaveRemarks());
   ProgressHandle handle = files.OnProgress([](std::int32_t) {});
   handle.Detach();

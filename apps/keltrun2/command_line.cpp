@@ -73,7 +73,9 @@ constexpr char kAnalyzeFooter[] =
     "named,\n"
     "otherwise an array with one object for each class and each course that classes share. An\n"
     "estimate says what every lap would have been without mistakes: in sentences, or one lap in a\n"
-    "line; it is that of a class or of all classes.\n"
+    "line; it is that of a class or of all classes. tidy-csv is a table with a row for each runner "
+    "and\n"
+    "leg, of all classes if none is named.\n"
     "Examples:\n"
     "  keltrun2 analyze event.lxm --class M21A --as html -o m21a.html\n"
     "  keltrun2 analyze event.lxm --course 3 --as json | jq .set\n"
@@ -82,7 +84,9 @@ constexpr char kAnalyzeFooter[] =
 constexpr char kResultsFooter[] =
     "The output is the class, course or segment that is named, otherwise the lists of all "
     "classes;\n"
-    "JSON then also has every course that classes share.\n"
+    "JSON then also has every course that classes share. csv is a table with a row for every "
+    "runner,\n"
+    "whatever the status.\n"
     "Examples:\n"
     "  keltrun2 results event.lxm --as text\n"
     "  keltrun2 results event.lxm --class M21A --as html -o m21a.html\n"
@@ -315,6 +319,20 @@ void AddClocks(CLI::App& app, Options& options) {
           ""));
 }
 
+// How texts and tables are written.
+void AddTable(CLI::App& app, Options& options) {
+  AddOutputCharset(app, options, "texts and tables");
+  app.add_option("--delimiter", options.delimiter, "what separates the cells of csv and tidy-csv")
+      ->type_name(",|;|tab")
+      ->check(CLI::IsMember({",", ";", "|", "tab"}).description(""));
+  const auto add_mark = [&](const char* name, bool mark, const char* description) {
+    app.add_flag_callback(
+        name, [&options, mark] { options.mark = mark; }, description);
+  };
+  add_mark("--bom", true, "begin UTF-8 with a byte-order mark (csv does so)");
+  add_mark("--no-bom", false, "write UTF-8 without a byte-order mark");
+}
+
 // In which form a data set is written.
 void AddForm(CLI::App& app, Options& options, const std::vector<std::string>& forms) {
   AddChoice(app, "--as", options.form, forms, "form of the output")->required();
@@ -417,7 +435,8 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
   CLI::Option* by_class = AddDataSet(app, options);
   AddForm(app, options,
           {"html", "legs", "mail", "macro-csv", "splitsbrowser", "json", "estimate-text",
-           "estimate-csv"});
+           "estimate-csv", "tidy-csv"});
+  AddTable(app, options);
   app.add_flag("--all")
       ->description("every class and every shared course (the default)")
       ->excludes(by_class)
@@ -431,7 +450,9 @@ void AddAnalyzeOptions(CLI::App& app, Options& options) {
 void AddResultsOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   AddDataSet(app, options);
-  AddForm(app, options, {"html", "text", "json"});
+  AddForm(app, options, {"html", "text", "json", "csv"});
+  AddTable(app, options);
+  app.add_flag("--splits", options.splits, "with csv, also the times at the controls");
   AddOutput(app, options);
 }
 

@@ -1,9 +1,12 @@
 #include "apps/keltrun2/commands.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "apps/keltrun2/command_error.h"
@@ -11,6 +14,7 @@
 #include "apps/keltrun2/event_input.h"
 #include "apps/keltrun2/files.h"
 #include "apps/keltrun2/info_text.h"
+#include "apps/keltrun2/words.h"
 
 namespace keltrun::cli {
 namespace {
@@ -82,6 +86,48 @@ std::string EstimateText(const clsKeltrun2& root, const Options& options) {
       NamesOneSet(options) ? root.ClassData(OneSet(root, options).number)->ClassName() : "";
   return options.form == "estimate-csv" ? text->OutputEstimateCsv(estimate, name)
                                         : text->OutputEstimateText(estimate, name);
+}
+
+bool IsTable(const Options& options) { return options.form == "csv" || options.form == "tidy-csv"; }
+
+std::string Delimiter(const Options& options) {
+  return options.delimiter == "tab" ? "\t" : options.delimiter;
+}
+
+// A row for each leg of every runner.
+std::string LapTable(const clsKeltrun2& root, const Options& options) {
+  const auto sets = AnalysesOfAll(root, NamedSetOrClasses(root, options), options);
+  return root.TextControl()->OutputCsvLaps(sets, Delimiter(options));
+}
+
+// A row for each runner.
+std::string ResultTable(const clsKeltrun2& root, const Options& options) {
+  if (options.segment) {
+    throw CommandError("a segment has no official results; name a class or course", kWrongUse);
+  }
+  const auto sets = ChosenSets(root, options);
+  const auto klass = options.class_name ? root.ClassData(sets.front().number) : nullptr;
+  return root.TextControl()->OutputCsvResults(klass ? klass->ClassName() : "",
+                                              options.course.value_or(0), options.splits,
+                                              Delimiter(options));
+}
+
+// The text as the bytes of the output. Spreadsheets recognize UTF-8 by its byte-order mark, so a
+// result table has one unless the user says otherwise.
+std::string Encoded(const clsKeltrun2& root, const Options& options, std::string text) {
+  constexpr std::array kTextForms = {"csv",       "tidy-csv",      "text",          "mail",
+                                     "macro-csv", "splitsbrowser", "estimate-text", "estimate-csv"};
+  const bool has_choice =
+      std::find(kTextForms.begin(), kTextForms.end(), options.form) != kTextForms.end();
+  std::string charset = options.output_charset;
+  if (!charset.empty() && !has_choice) {
+    throw CommandError("the charset of " + options.form + " cannot be chosen", kWrongUse);
+  }
+  if (charset.empty()) charset = options.form == "csv" ? "utf-8-bom" : "utf-8";
+  if (options.mark && LowerCase(charset).starts_with("utf")) {
+    charset = *options.mark ? "utf-8-bom" : "utf-8";
+  }
+  return charset == "utf-8" ? text : root.TextControl()->EncodeText(text, charset);
 }
 
 std::string AnalysisText(const clsKeltrun2& root, const Options& options) {
@@ -176,18 +222,22 @@ void WriteAnalysis(clsKeltrun2& root, const Options& options) {
   CheckReport(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
-  std::string text = json ? AnalysesJson(root, options) : AnalysisText(root, options);
+  std::string text = json               ? AnalysesJson(root, options)
+                     : IsTable(options) ? LapTable(root, options)
+                                        : AnalysisText(root, options);
   AddNewLine(text, json ? "\n" : "\r\n");
-  WriteOutput(options.output, text);
+  WriteOutput(options.output, Encoded(root, options, std::move(text)));
 }
 
 void WriteResults(clsKeltrun2& root, const Options& options) {
   CheckReport(options);
   LoadEvent(root, options);
   const bool json = options.form == "json";
-  std::string text = json ? ResultListsJson(root, options) : ResultsText(root, options);
+  std::string text = json               ? ResultListsJson(root, options)
+                     : IsTable(options) ? ResultTable(root, options)
+                                        : ResultsText(root, options);
   AddNewLine(text, json ? "\n" : "\r\n");
-  WriteOutput(options.output, text);
+  WriteOutput(options.output, Encoded(root, options, std::move(text)));
 }
 
 }  // namespace keltrun::cli

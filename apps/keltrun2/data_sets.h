@@ -38,6 +38,12 @@ std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice,
                                       const Options& options);
 
+/// The analyses of all runners of the sets, executed. Runners who had another course than their
+/// class are analyzed with those of the class who had it too.
+std::vector<clsTextControl::AnalysisSet> AnalysesOfAll(const clsKeltrun2& root,
+                                                       const std::vector<ChosenSet>& choices,
+                                                       const Options& options);
+
 /// The result list of a set with its ranks.
 std::shared_ptr<clsResultsHolder> ResultList(const clsKeltrun2& root, const ChosenSet& choice);
 

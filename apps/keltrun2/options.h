@@ -58,7 +58,10 @@ struct Options {
   // Commands that write one file.
   std::string output = "-";  // "-" is standard output
   bool force = false;
-  std::string output_charset;  // of texts and tables; "" is the usual one of the form
+  std::string delimiter = ",";  // of tables
+  bool splits = false;          // a result table has the times at the controls as well
+  std::optional<bool> mark;     // whether a table in UTF-8 begins with a byte-order mark
+  std::string output_charset;   // of texts and tables; "" is the usual one of the form
   bool json = false;
   std::string form;           // of an analysis or result list: "html", "json" and so on
   std::string style_address;  // of the style sheet an HTML page links, "" for none
@@ -76,9 +79,9 @@ struct Options {
   std::int32_t race = 0;      // of several in a file; 0 is the first one with results
 
   // Converting and merging.
-  std::string to;              // a short name of a format; "" takes it from the ending of the output
-  bool full = false;           // save the fixed ranks and ages as well
-  std::string import_file;     // what is merged into the event
+  std::string to;           // a short name of a format; "" takes it from the ending of the output
+  bool full = false;        // save the fixed ranks and ages as well
+  std::string import_file;  // what is merged into the event
   std::string match = "name";  // how a runner is recognized: "name", "id", or "none"
   bool prefer_new = false;     // new values overwrite existing ones
   bool known_only = false;     // runners who are not in the event are left out

@@ -187,6 +187,7 @@ void BindOutputSet(py::module_& module, const char* name, const char* data_name,
 
 void BindOutputs(py::module_& module) {
   BindOutputSet(module, "ViewerSet", "Analyzer", &clsHtmlControl::ViewerSet::Analyzer);
+  BindOutputSet(module, "AnalysisSet", "Analyzer", &clsTextControl::AnalysisSet::Analyzer);
   BindOutputSet(module, "ResultSet", "ResultsHolder", &clsTextControl::ResultSet::ResultsHolder);
   Class<clsHtmlControl>(module, "clsHtmlControl")
       .Method("OutputAnalysis", &clsHtmlControl::OutputAnalysis, arg("Analyzer"),
@@ -208,6 +209,16 @@ void BindOutputs(py::module_& module) {
       .Method("OutputJson", &clsTextControl::OutputJson, arg("Analyzer"),
               arg("Kind") = DataSetKind::kClass, arg("Estimate") = py::none(), Released())
       .Method("OutputResultJson", &clsTextControl::OutputResultJson, arg("Sets"), Released())
+      .Method("OutputCsvResults", &clsTextControl::OutputCsvResults, arg("ClassName") = "",
+              arg("CourseNum") = 0, arg("Splits") = false, arg("Delimiter") = ",", Released())
+      .Method("OutputCsvLaps", &clsTextControl::OutputCsvLaps, arg("Sets"), arg("Delimiter") = ",",
+              Released())
+      .Method(
+          "EncodeText",
+          [](const clsTextControl& text, std::string_view value, std::string_view charset) {
+            return py::bytes(text.EncodeText(value, charset));
+          },
+          arg("Text"), arg("Charset"))
       .Method("OutputInfoJson", &clsTextControl::OutputInfoJson, Released())
       .Method("OutputTextMail", &clsTextControl::OutputTextMail, arg("Analyzer"), Released())
       .Method("OutputTextResult", &clsTextControl::OutputTextResult, arg("Results"), Released())

@@ -103,15 +103,15 @@ class KELTRUN2_API clsFileControl {
   void SetInputCharset(std::string_view InputCharset);
 
   /// Saves the event. Without a type the extension decides: "lap" is the previous generation, "xml"
-  /// is KR_FILETYPE_IOF_XML_20_RESULT, and everything else is the native format. The types for other
-  /// programs have to be given: KR_FILETYPE_IOF_XML_30_RESULT, KR_FILETYPE_IOF_XML_20_EXCHANGE,
-  /// KR_FILETYPE_SPLITSBROWSER_CSV, KR_FILETYPE_WINSPLITS_TEXT and KR_FILETYPE_OE_CSV (as OE2010
-  /// writes it). Times in IOF XML 3.0 have the zone of the system. An existing file is replaced only by a
-  /// complete new one that is on the disk, and never by one too large to be read again (native 512
-  /// MiB, others and in archives 64 MiB). A failure leaves its reason in
-  /// `clsKeltrun2::ErrorComment`; a success leaves there what was there before. When a ".lzh"
-  /// archive could not be written, only the text says so: the result is that of the lap file in the
-  /// working folder.
+  /// is KR_FILETYPE_IOF_XML_20_RESULT, and everything else is the native format. The types for
+  /// other programs have to be given: KR_FILETYPE_IOF_XML_30_RESULT,
+  /// KR_FILETYPE_IOF_XML_20_EXCHANGE, KR_FILETYPE_SPLITSBROWSER_CSV, KR_FILETYPE_WINSPLITS_TEXT and
+  /// KR_FILETYPE_OE_CSV (as OE2010 writes it). Times in IOF XML 3.0 have the zone of the system. An
+  /// existing file is replaced only by a complete new one that is on the disk, and never by one too
+  /// large to be read again (native 512 MiB, others and in archives 64 MiB). A failure leaves its
+  /// reason in `clsKeltrun2::ErrorComment`; a success leaves there what was there before. When a
+  /// ".lzh" archive could not be written, only the text says so: the result is that of the lap file
+  /// in the working folder.
   [[nodiscard]] bool SaveLapFile(std::string_view FileName,
                                  KrLapFileTypeConst LapFileType = KR_FILETYPE_AUTODETECT,
                                  KrLapFileSaveModeCosnt SaveMode = KR_SAVEMODE_NORMAL);

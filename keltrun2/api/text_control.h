@@ -1,6 +1,7 @@
 // Text for other programs and for people.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,6 +67,32 @@ class KELTRUN2_API clsTextControl {
 
   /// Result lists as one JSON object.
   [[nodiscard]] std::string OutputResultJson(const std::vector<ResultSet>& Sets) const;
+
+  /// The runners of the current event as a table: a header line, then a row for each runner,
+  /// whatever the status. With a class or a course only the runners of the class, or those who had
+  /// the course; with Splits also the times at the controls. The Delimiter is one of "," ";" "|"
+  /// and TAB; anything else raises invalid procedure call (5). docs/formats.md describes the
+  /// columns.
+  [[nodiscard]] std::string OutputCsvResults(std::string_view ClassName = "",
+                                             std::int32_t CourseNum = 0, bool Splits = false,
+                                             std::string_view Delimiter = ",") const;
+
+  /// One analysis of the table that OutputCsvLaps makes.
+  struct AnalysisSet {
+    /// The analysis, executed; not null.
+    std::shared_ptr<clsAnalyzer> Analyzer;
+    DataSetKind Kind = DataSetKind::kClass;  ///< What the runners have in common.
+  };
+
+  /// Analyses as one table with a row for each runner and leg, for programs that evaluate data. The
+  /// figures are those of OutputJson. Raises errors for the Delimiter like OutputCsvResults.
+  [[nodiscard]] std::string OutputCsvLaps(const std::vector<AnalysisSet>& Sets,
+                                          std::string_view Delimiter = ",") const;
+
+  /// A text as the bytes of a file in a charset: "utf-8", "utf-8-bom" (with a byte-order mark),
+  /// "cp932", "windows-1252" or another of their names. "?" stands for characters that the charset
+  /// does not have. Raises invalid procedure call (5) for an unknown charset.
+  [[nodiscard]] std::string EncodeText(std::string_view Text, std::string_view Charset) const;
 
   /// The current event, its classes, courses, segment sets and choices as one JSON object.
   [[nodiscard]] std::string OutputInfoJson() const;

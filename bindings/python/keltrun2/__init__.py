@@ -22,10 +22,13 @@ component's own Item and its relatives count from 1. An empty one is still true,
 root.segments are lists. str() of a value is its ToString().
 
 Times are days as float, and a second is 1/86400; to_timedelta, from_timedelta, to_datetime and
-from_datetime convert them to and from Python's own types. load reads any file and merge adds a second one. Threads may work
+from_datetime convert them to and from Python's own types. load reads any file, merge adds a second one and save writes any format.
+result_rows and lap_rows give the event as rows for data frames. Threads may work
 in parallel, each with a root of its own.
 """
+import csv as _csv
 import datetime as _datetime
+import io as _io
 
 from ._native import *  # noqa: F401,F403
 from ._native import AutomationError, __version__  # noqa: F401
@@ -90,6 +93,53 @@ def load(root: clsKeltrun2, file_name: str, *, format: str = "", charset: str = 
         return files.LoadLapFile(file_name, kind)
     finally:
         files.ForeignFormats, files.InputCharset, files.Race = before
+
+
+def save(root: clsKeltrun2, file_name: str, *, format: str = "", charset: str = "",  # noqa: F405
+         full: bool = False) -> bool:
+    """Saves the event in a format, as the program's convert command does.
+
+    `format` is one of SaveTypeWords() ("iof3", "iof2", "splitsbrowser", "lxm" ...); when it is empty
+    the ending of the name decides. `charset` is "utf-8", "utf-8-bom", "cp932" or "windows-1252";
+    when it is empty the format has its usual one. With `full`, fixed ranks and ages are saved too.
+
+    Returns False when the file cannot be written; root.ErrorComment says why. What the format has
+    no place for is in root.FileControl.SaveRemarks. An unknown format raises ValueError.
+    """
+    kind = SaveTypeOfWord(format) if format else KR_FILETYPE_AUTODETECT  # noqa: F405
+    if kind == KR_FILETYPE_UNKNOWN:  # noqa: F405
+        raise ValueError(f"format must be one of {', '.join(SaveTypeWords())}")  # noqa: F405
+    files = root.FileControl
+    before, files.OutputCharset = files.OutputCharset, charset
+    try:
+        return files.SaveLapFile(
+            file_name, kind, KR_SAVEMODE_FULL if full else KR_SAVEMODE_NORMAL)  # noqa: F405
+    finally:
+        files.OutputCharset = before
+
+
+def result_rows(root: clsKeltrun2, class_name: str = "", *, splits: bool = False) -> list:  # noqa: F405
+    """Every runner of the event, or of a class, as a dict of texts: the rows of OutputCsvResults.
+
+    The keys are class, place, bib, name, club, card, start, result, behind, status and course, with
+    `splits` also split1, split2, ... and finish. pandas.DataFrame takes the list as it is.
+    """
+    table = root.TextControl.OutputCsvResults(class_name, Splits=splits)
+    return list(_csv.DictReader(_io.StringIO(table, newline="")))
+
+
+def lap_rows(root: clsKeltrun2, class_names: list | None = None) -> list:  # noqa: F405
+    """A dict for each runner and leg of the classes, or of all classes: the rows of OutputCsvLaps."""
+    if class_names is None:
+        class_names = [klass.ClassName for klass in root.classes]
+    sets = []
+    for name in class_names:
+        analyzer = root.NewAnalyzer
+        analyzer.AddClass(name)
+        analyzer.Execute()
+        sets.append(AnalysisSet(analyzer))  # noqa: F405
+    table = root.TextControl.OutputCsvLaps(sets)
+    return list(_csv.DictReader(_io.StringIO(table, newline="")))
 
 
 def merge(root: clsKeltrun2, file_name: str, *, match: str = "name",  # noqa: F405
