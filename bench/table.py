@@ -22,6 +22,9 @@ LOADS = [2000, 6000, 20000]
 CLASSES = [125, 250, 500, 1000, 2000, 4000, 8000]
 TEXTS = [('SPORTident text', 'SportIdent'), ('OEvent text', 'OEvent'),
          ('result list with header row', 'ResultList')]
+EXCHANGE = [('IOF XML 3.0', 'Iof3'), ('IOF XML 2.0.3 for other programs', 'Iof2'),
+            ('SplitsBrowser CSV', 'SplitsBrowser'), ('WinSplits text', 'WinSplits'), ('OE2010 CSV', 'Oe2010'),
+            ('result table with splits', 'Results')]
 VIEWERS = [(400, 1000), (2000, 3000)]  # runners of a class, goal in ms
 CLASS_NAME = 'M10A'
 # Growth between sizes that fit the processor's caches and sizes that do not; a square law would give 10 and 34.
@@ -57,7 +60,7 @@ class Figures:
             one = {}
             for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
                                     (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
-                                    (KEPT, '^(Read|Walk)IofList/'),
+                                    (KEPT, '^(Read|Walk)IofList/'), (KEPT, '^Write[A-Z]'),
                                     (KEPT, '^Estimate/'), (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
                                     (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
                                     (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
@@ -128,6 +131,11 @@ def rows(f):
                       60, '%.0f MB/s', at_least=True)
     yield row('IOF XML 3.0 of 2,000 runners read, over walking through its elements', KEPT,
               lambda clock: f.ratio(KEPT, 'ReadIofList/2000', 'WalkIofList/2000', clock), 2.5, '%.2f')
+    for form, name in EXCHANGE:
+        yield row('%s of 2,000 runners written' % form, KEPT, speed(KEPT, 'Write%s/2000' % name), 200, '%.0f MB/s',
+                  at_least=True)
+    yield row('lap table of 1,000 runners written', KEPT, speed(KEPT, 'WriteLaps/1000'), 200, '%.0f MB/s',
+              at_least=True)
     yield row('LZH pack of a 2 MB lap file', KEPT, time(KEPT, 'PackLzh/2000'), 60, '%.1f ms')
     yield row('its size', KEPT, lambda clock: f.median(KEPT, 'PackLzh/2000', 'percent'), 14, '%.1f %%')
     yield row('LZH unpack', KEPT, speed(KEPT, 'UnpackLzh/2000'), 60, '%.0f MB/s', at_least=True)

@@ -265,6 +265,14 @@ TEST(Exchange, RelaysAreTeams) {
   }
 }
 
+// A start time needs a date, which stands for none. It has no zone.
+TEST(Exchange, EventsWithoutDateKeepStartTimes) {
+  const auto root = NewRoot();
+  AddMember(*root, "A", "N", "C", 1, 36000, 60);
+  EXPECT_TRUE(Has(Iof3(), "<Event><Name/></Event>")) << Iof3();
+  EXPECT_TRUE(Has(Iof3(), "<StartTime>1970-01-01T10:00:00</StartTime>")) << Iof3();
+}
+
 TEST(Exchange, HeatsAndDaysAreNoRelay) {
   const auto root = NewRoot();
   AddMember(*root, "H-1", "A", "Alpha", 1, 36000, 60);  // the same people on two days

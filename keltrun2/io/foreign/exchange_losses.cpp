@@ -103,7 +103,7 @@ constexpr auto kLosses = std::to_array<Loss>({
      [](const Runner& r) { return r.facts.start == kNoMilliseconds; }, "shown at 0:00"},
     {kIof3, "start times",
      [](const Runner& r) { return r.facts.start != kNoMilliseconds && !r.has_date; },
-     "not written, the event has no date"},
+     "written on 1970-01-01, the event has no date"},
     {kSplitsBrowser, "start times in seconds",
      [](const Runner& r) { return HasFraction(r.facts.start, 60'000); }, "cut to minutes"},
     {kSeconds, "runners with laps in fractions of a second", HasLapFinerThan<1000>,
@@ -156,8 +156,7 @@ constexpr auto kLosses = std::to_array<Loss>({
      },
      "written with blanks instead"},
     {kAll, "runners without a name",
-     [](const Runner& r) { return TrimSpaces(r.record.RunnerName).empty(); },
-     "some programs skip them"},
+     [](const Runner& r) { return TrimSpaces(r.record.RunnerName).empty(); }, "written as \"?\""},
 });
 
 // Looks at every runner once and counts.

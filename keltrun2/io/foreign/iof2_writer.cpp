@@ -166,7 +166,7 @@ class Writer {
     AppendPersonTag(out_, record);
     {
       const IofElement name(out_, "PersonName");
-      AppendElement(out_, "Family", parts.family);
+      AppendElement(out_, "Family", parts.family.empty() ? kNoName : parts.family);
       AppendElement(out_, "Given", parts.given);
     }
     AppendElement(out_, "PersonId", record.CompetitorId);

@@ -42,13 +42,16 @@ std::string ZoneText(std::int32_t utc_offset) {
   return text;
 }
 
+// Stands for the date of an event that has none. A start time cannot be written without a date, and
+// some programs refuse runners without a start time.
+constexpr std::int64_t kFirstOfJanuary1970 = 25'569;
+
 // Moments of the event: its date, a time since midnight and the zone.
 class Moments {
  public:
   Moments(DateTime date, std::int32_t utc_offset)
-      : day_(static_cast<std::int64_t>(date)), zone_(ZoneText(utc_offset)) {}
-
-  bool AreKnown() const { return day_ != 0; }
+      : day_(date != 0 ? static_cast<std::int64_t>(date) : kFirstOfJanuary1970),
+        zone_(date != 0 ? ZoneText(utc_offset) : "") {}
 
   void Append(std::string& out, std::string_view name, std::int64_t milliseconds) {
     out.append("<").append(name).append(">");
@@ -152,7 +155,7 @@ class Writer {
     {
       const IofElement element(out_, "Event");
       AppendElement(out_, "Name", event.EventName);
-      if (moments_.AreKnown()) {
+      if (event.EventDate()->Value() != 0) {
         const IofElement start(out_, "StartTime");
         AppendElement(out_, "Date", event.EventDate()->ToString(kDatePattern));
       }
@@ -234,7 +237,7 @@ class Writer {
     {
       const PersonName parts = NameParts(record);
       const IofElement name(out_, "Name");
-      AppendElement(out_, "Family", parts.family);
+      AppendElement(out_, "Family", parts.family.empty() ? kNoName : parts.family);
       AppendElement(out_, "Given", parts.given);
     }
     if (!record.Nationality.empty()) {
@@ -254,7 +257,7 @@ class Writer {
 
   void WriteBibAndTimes(const RunnerFacts& runner) {
     AppendElementIfSet(out_, "BibNumber", BibText(*runner.record));
-    const bool has_start = runner.start != kNoMilliseconds && moments_.AreKnown();
+    const bool has_start = runner.start != kNoMilliseconds;
     const bool has_time = runner.time != kNoMilliseconds;
     if (has_start) moments_.Append(out_, "StartTime", runner.start);
     if (has_start && has_time) moments_.Append(out_, "FinishTime", runner.start + runner.time);

@@ -9,6 +9,9 @@
 
 namespace keltrun {
 
+/// What stands for a name that is empty: programs skip a runner without one.
+inline constexpr std::string_view kNoName = "?";
+
 /// Appends a text for an element or attribute: escaped, without characters that XML does not allow.
 void AppendXmlText(std::string& out, std::string_view text);
 

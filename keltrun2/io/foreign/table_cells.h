@@ -5,12 +5,10 @@
 #include <string>
 #include <string_view>
 
+#include "keltrun2/io/foreign/iof_elements.h"
 #include "keltrun2/model/result_facts.h"
 
 namespace keltrun {
-
-/// What stands for a name that is empty: programs skip a runner without one.
-inline constexpr std::string_view kNoName = "?";
 
 /// Milliseconds as whole seconds, halves up.
 inline std::int64_t RoundedSeconds(std::int64_t milliseconds) {
