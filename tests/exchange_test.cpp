@@ -231,7 +231,7 @@ TEST(Exchange, SplitsFromLaps) {
   EXPECT_EQ(SplitsOf("0:01:41", {40, 0, 30, 30}, 3), "40 0 70 101");
   EXPECT_EQ(SplitsOf("MP", {40, 0, 10, 30}, 3), "40 0 50 80");
   EXPECT_EQ(SplitsOf("DNF", {40, 10}, 3), "40 50 0 0");
-  EXPECT_EQ(SplitsOf("DNS", {}, 1), "0 0");
+  EXPECT_EQ(SplitsOf("DNS", {60, 40}, 1), "0 0");
 }
 
 std::shared_ptr<clsLapData> AddMember(clsKeltrun2& root, const string& klass, const string& name,

@@ -186,7 +186,8 @@ void SplitTimes::Find(const RunnerFacts& runner) {
   const clsLapData& record = *runner.record;
   count_ = std::min(runner.course->ControlCount(), kMostControls);
   missing_ = 0;
-  const std::int32_t legs = LapDataInternal::HeldLegs(record);
+  const bool has_started = runner.status != RunnerStatus::kDidNotStart;
+  const std::int32_t legs = has_started ? LapDataInternal::HeldLegs(record) : 0;
   std::int64_t sum = 0;
   std::int32_t last_unknown = -1;
   for (std::int32_t i = 0; i < count_; ++i) {

@@ -53,7 +53,8 @@ class SplitTimes {
   /// From the laps. A skipped control has no time, and the next lap goes on from the control before
   /// it. A leg without data or with a disqualification has none either; the times after the last
   /// such leg count back from the total time when the result says more than the laps add up to, and
-  /// otherwise they are the sum of the laps. A lap of one millisecond is one of 0 seconds.
+  /// otherwise they are the sum of the laps. A lap of one millisecond is one of 0 seconds. Who
+  /// did not start has no times.
   void Find(const RunnerFacts& runner);
 
   std::int32_t ControlCount() const { return count_; }
