@@ -127,7 +127,8 @@ std::string Encoded(const clsKeltrun2& root, const Options& options, std::string
   if (options.mark && LowerCase(charset).starts_with("utf")) {
     charset = *options.mark ? "utf-8-bom" : "utf-8";
   }
-  return charset == "utf-8" ? text : root.TextControl()->EncodeText(text, charset);
+  if (charset != "utf-8") text = root.TextControl()->EncodeText(text, charset);
+  return text;
 }
 
 std::string AnalysisText(const clsKeltrun2& root, const Options& options) {

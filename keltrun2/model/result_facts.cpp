@@ -1,9 +1,11 @@
 #include "keltrun2/model/result_facts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -37,14 +39,15 @@ std::int64_t LapOf(DateTime lap) {
 // "h:mm:ss", the form in which results are stored; everything else is read by the general rules.
 std::int64_t TimeOfResult(std::string_view result) {
   if (result.size() == 7 && result[1] == ':' && result[4] == ':') {
-    std::int64_t digits[5];
-    std::size_t count = 0;
-    for (const std::size_t at : {0, 2, 3, 5, 6}) digits[count++] = result[at] - '0';
-    if (std::all_of(std::begin(digits), std::end(digits),
-                    [](std::int64_t digit) { return digit >= 0 && digit <= 9; })) {
-      return 1000 *
-             (digits[0] * 3600 + digits[1] * 600 + digits[2] * 60 + digits[3] * 10 + digits[4]);
+    constexpr std::pair<std::size_t, std::int64_t> kDigits[] = {
+        {0, 3600}, {2, 600}, {3, 60}, {5, 10}, {6, 1}};
+    std::int64_t seconds = 0;
+    bool has_digits = true;
+    for (const auto& [at, unit] : kDigits) {
+      has_digits = has_digits && IsDigit(result[at]);
+      seconds += (result[at] - '0') * unit;
     }
+    if (has_digits) return 1000 * seconds;
   }
   const std::optional<DateTime> time = TotalTime(result);
   return ToMilliseconds(time ? *time : ReadableTime(result).value_or(0));
@@ -158,7 +161,7 @@ void SetCodes(CourseFacts& facts, const clsCourseData* course, std::int32_t coun
 
 std::int64_t ToMilliseconds(DateTime time) {
   if (!(time > 0 && time < kLongestTime)) return kNoMilliseconds;
-  return static_cast<std::int64_t>(time * kMillisecondsPerDay + 0.5);
+  return std::llround(time * kMillisecondsPerDay);
 }
 
 RunnerStatus StatusOf(const clsLapData& runner) {

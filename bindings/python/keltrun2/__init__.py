@@ -122,14 +122,18 @@ def result_rows(root: clsKeltrun2, class_name: str = "", *, splits: bool = False
     """Every runner of the event, or of a class, as a dict of texts: the rows of OutputCsvResults.
 
     The keys are class, place, bib, name, club, card, start, result, behind, status and course, with
-    `splits` also split1, split2, ... and finish. pandas.DataFrame takes the list as it is.
+    `splits` also split1, split2, ... and finish. pandas.DataFrame takes the list as it is. Like the
+    services, this works on the thread's youngest root.
     """
     table = root.TextControl.OutputCsvResults(class_name, Splits=splits)
     return list(_csv.DictReader(_io.StringIO(table, newline="")))
 
 
 def lap_rows(root: clsKeltrun2, class_names: list | None = None) -> list:  # noqa: F405
-    """A dict for each runner and leg of the classes, or of all classes: the rows of OutputCsvLaps."""
+    """A dict for each runner and leg of the classes, or of all classes: the rows of OutputCsvLaps.
+
+    Like the services, this works on the thread's youngest root.
+    """
     if class_names is None:
         class_names = [klass.ClassName for klass in root.classes]
     sets = []
