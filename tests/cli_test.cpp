@@ -571,4 +571,25 @@ TEST_F(Cli, ConvertMergeAndSegments) {
   EXPECT_TRUE(Has(Run("keltrun2 results si.lxm --segment 1-2 --as json").err, "62-63-F"));
 }
 
+// The formats for other programs need no ending, and each output says its charset.
+TEST_F(Cli, FormsForOtherPrograms) {
+  Output("convert -q two.lxm a.data --to iof3");
+  EXPECT_TRUE(Has(Contents(folder_ / "a.data"), "iofVersion=\"3.0\""));
+  EXPECT_TRUE(Has(Output("info a.data"), "男子Ａ"));
+  Output("convert -q two.lxm a.data --to splitsbrowser --charset cp932 --force");
+  EXPECT_TRUE(
+      Has(Contents(folder_ / "a.data"), "\x92\x6A\x8E\x71\x82\x60,1\r\nA,-,-,00:00,1:00,1:00"));
+  EXPECT_EQ(Run("keltrun2 convert two.lxm a.data").code, 2);
+  EXPECT_EQ(Run("keltrun2 convert two.lxm b.lxm --charset cp932").code, 1);
+  EXPECT_TRUE(Has(Run("keltrun2 convert two.lxm c.csv --to winsplits").err,
+                  "runners without a start time: 1, shown at 0:00"));
+  EXPECT_TRUE(Output("results two.lxm --as csv -q")
+                  .starts_with("\xEF\xBB\xBF"
+                               "class,place,"));
+  EXPECT_TRUE(Output("results two.lxm --as csv -q --no-bom --delimiter ';'").starts_with("class;"));
+  EXPECT_TRUE(
+      Has(Output("analyze two.lxm --as tidy-csv -q"), ",A,,OK,120,1,2,2,1,F,60,120,1,1,60,1,0,"));
+  EXPECT_EQ(Run("keltrun2 analyze two.lxm --class M21 --as json --charset cp932").code, 2);
+}
+
 }  // namespace
