@@ -84,6 +84,10 @@ TEST(ForeignEvent, LapsOfOneRunnerAmongOthersOnTheCourse) {
            {"x OK - 100 31:70 32:30 33:60", "- 30 30 40 0:01:40 OK"},
            {"x OK - 100 31:10 32:300 33:60", "10 - 50 40 0:01:40 OK"},
            {"x OK - 100 31:-5 32:30 33:60", "- 30 30 40 0:01:40 OK"},
+           {"x OK - 100 31:0 32:30 33:60", "0 30 30 40 0:01:40 OK"},
+           {"x OK - 100 31:10 32:0 33:60", "10 + 50 40 0:01:40 OK"},
+           {"x OK - 100 31 32:0 33:60", "+ + 60 40 0:01:40 OK"},
+           {"x MissingPunch - 100 31:0 32:30 33:60", "+ 30 30 40 MP MissingPunch"},
            {"x Disqualified - 20 31:10 32:30 33:60", "10 20 30 DISQ Disqualified"},
            {"x OK - - 31:10 32:30 33:60 F1:100", "10 20 30 40 0:01:40 OK"},
            {"x - - - 31:10 32:30 33:60 999:100", "10 20 30 40 0:01:40 OK"},
@@ -100,6 +104,25 @@ TEST(ForeignEvent, LapsOfOneRunnerAmongOthersOnTheCourse) {
     ASSERT_EQ(made.records.classes.at(0).codes, (std::vector<std::int32_t>{31, 32, 33})) << line;
     EXPECT_EQ(Shown(*made.records.classes[0].runners.at(3)), expected) << line;
   }
+}
+
+TEST(ForeignEvent, UnitsAtStartAndFinishAreNoControls) {
+  const auto shown = [](const std::vector<string>& lines) {
+    const Made made = MakeClass(lines);
+    string text = std::to_string(made.records.classes[0].codes.size()) + ":";
+    for (const auto& runner : made.records.classes[0].runners) text += " " + Shown(*runner) + ",";
+    return text;
+  };
+  const string a = "a OK - 90 31:9 100:90", b = "b OK - 80 31:8 100:80";
+  EXPECT_EQ(shown({a, "b OK - 80 31:8 100:80.4", "c MissingPunch - 70 31 100:70",
+                   "d DidNotFinish - - 31:5 100"}),
+            "1: 9 81 0:01:30 OK, 8 72 0:01:20 OK, + 70 MP MissingPunch, 5 DNF DidNotFinish,");
+  EXPECT_EQ(shown({a, b, "c OK - 70 31:7 100:60"}),
+            "2: 9 81 0 0:01:30 OK, 8 72 0 0:01:20 OK, 7 53 10 0:01:10 OK,");
+  EXPECT_EQ(shown({a, a, a, b, b, b, b, b, b, "c OK - 70 31:7 100:60"}).substr(0, 2), "1:");
+  EXPECT_EQ(shown({a}), "2: 9 81 0 0:01:30 OK,");
+  EXPECT_EQ(shown({"a OK - 90 0:0 31:9 FIN1:90", "b OK - 80 0:0 31:8 Finish2:80"}),
+            "1: 9 81 0:01:30 OK, 8 72 0:01:20 OK,");
 }
 
 TEST(ForeignEvent, ForksAreCoursesOfTheirOwn) {

@@ -6,6 +6,7 @@
 
 #include "keltrun2/io/foreign/clock_faults.h"
 #include "keltrun2/io/foreign/course_lists.h"
+#include "keltrun2/io/foreign/end_controls.h"
 #include "keltrun2/io/foreign/refusal.h"
 #include "keltrun2/io/foreign/runner_laps.h"
 #include "keltrun2/io/limits.h"
@@ -20,15 +21,21 @@ constexpr std::int32_t kHighestNumber = kFirstTextCode - 1;
 constexpr std::size_t kMostIdDigits = 9;
 
 // What programs call the finish and the start where a control code is expected.
-constexpr std::array<std::string_view, 16> kFinishNames = {
-    "f",    "f1",  "f2",  "fin",   "finish",  "finish1", "z",   "z1",
-    "ziel", "mål", "mal", "maali", "arrivee", "arrivée", "cil", "target"};
-constexpr std::array<std::string_view, 4> kStartNames = {"s", "s1", "sta", "start"};
-constexpr std::int32_t kFinishNumber = 999;
+// Digits can follow, when there are several.
+constexpr std::array<std::string_view, 13> kFinishNames = {
+    "f",   "fin",   "finish",  "z",       "ziel", "mål",   "mal",
+    "cil", "maali", "arrivee", "arrivée", "cíl",  "target"};
+constexpr std::array<std::string_view, 3> kStartNames = {"s", "sta", "start"};
 
 template <std::size_t N>
 bool IsOneOf(std::string_view text, const std::array<std::string_view, N>& names) {
   return std::find(names.begin(), names.end(), text) != names.end();
+}
+
+// Removes one digit at the end, as in "F1" and "Finish 2". More of them are those of a control.
+std::string_view WithoutNumber(std::string_view name) {
+  if (name.empty() || !IsDigit(name.back())) return name;
+  return TrimSpaces(name.substr(0, name.size() - 1));
 }
 
 // The number of a code that is one; 0 for other texts.
@@ -95,6 +102,11 @@ bool HasResultTime(RunnerStatus status) {
 // Whether a runner never set out, so that what stands in the file are no laps.
 bool DidNotStart(RunnerStatus status) { return ResultWord(status) == "DNS"; }
 
+// Whether a status that the file may not say is that of a runner who punched all controls.
+bool TimeCounts(const std::optional<RunnerStatus>& status) {
+  return !status || HasResultTime(*status) || *status == RunnerStatus::kOverTime;
+}
+
 bool HasPunchTime(const ForeignRunner& runner) {
   return std::any_of(runner.punches.begin(), runner.punches.end(),
                      [](const Punch& punch) { return punch.time.has_value(); });
@@ -105,7 +117,7 @@ void TakeFinish(ForeignRunner& runner, std::int32_t controls) {
   auto& punches = runner.punches;
   if (punches.empty()) return;
   const Punch last = punches.back();
-  const bool is_number = last.code == kFinishNumber &&
+  const bool is_number = last.code == ForeignEvent::kFinishNumber &&
                          (last.time == runner.time || !runner.time ||
                           (controls > 0 && punches.size() > static_cast<std::size_t>(controls)));
   if (last.code != ForeignEvent::kFinishCode && !is_number) return;
@@ -127,6 +139,16 @@ std::size_t RemoveNoControls(std::vector<Punch>& punches, bool has_codes) {
   const auto removed = static_cast<std::size_t>(punches.end() - end);
   punches.erase(end, punches.end());
   return removed;
+}
+
+// Nobody is at a control when they start, unless it is the first one: 0 stands for controls that
+// were missed. At the first ones it does if the runner did not punch all controls.
+void DropZeroSplits(ForeignRunner& runner) {
+  bool may_be_zero = TimeCounts(runner.status);
+  for (Punch& punch : runner.punches) {
+    if (punch.time == 0 && !may_be_zero) punch.time.reset();
+    may_be_zero &= punch.time == 0;
+  }
 }
 
 // The total time of a runner without one, from the clock.
@@ -366,8 +388,9 @@ std::int32_t ForeignEvent::Code(std::string_view text) {
   if (const std::int32_t number = CodeNumber(text)) return number;
   if (text.empty()) return 0;
   const std::string folded = LowerAscii(text);
-  if (IsOneOf(folded, kFinishNames)) return kFinishCode;
-  if (IsOneOf(folded, kStartNames)) return kStartCode;
+  const std::string_view name = WithoutNumber(folded);
+  if (IsOneOf(name, kFinishNames)) return kFinishCode;
+  if (IsOneOf(name, kStartNames)) return kStartCode;
   const auto [found, added] = number_of_text_.emplace(
       text, kFirstTextCode + static_cast<std::int32_t>(number_of_text_.size()));
   if (added) header_.code_texts.emplace_back(text);
@@ -375,7 +398,11 @@ std::int32_t ForeignEvent::Code(std::string_view text) {
 }
 
 LapRecords ForeignEvent::Take() && {
+  for (ForeignClass& klass : classes_) {
+    for (ForeignRunner& runner : klass.runners) DropZeroSplits(runner);
+  }
   MendClocks(classes_, remarks_);
+  MarkEndControls(classes_, remarks_);
   RecordMaker maker(remarks_);
   for (ForeignClass& klass : classes_) {
     header_.classes.push_back(maker.Make(klass));

@@ -84,10 +84,11 @@ class ForeignEvent {
   /// The number of a control code: its own, or from kFirstTextCode up for texts that are not
   /// numbers of 1 to 10,000. Equal texts have equal numbers; 0 for an empty one. kFinishCode for
   /// the names that programs give to the finish ("F", "F1", "Finish", "Ziel", ...); a last punch
-  /// with the number 999 is also taken as the finish when its time says so.
+  /// with the number kFinishNumber is also taken as the finish when its time says so.
   std::int32_t Code(std::string_view text);
 
   static constexpr std::int32_t kFinishCode = -1;
+  static constexpr std::int32_t kFinishNumber = 999;  // that some programs write for the finish
   static constexpr std::int32_t kStartCode = -2;  // for the names of the start
 
   /// The records. Call it once, at the end.

@@ -400,8 +400,6 @@ IofCourse ChooseCourse(const std::vector<IofCourse>& courses, std::int32_t race)
   return unnumbered.empty() ? IofCourse{} : unnumbered.front();
 }
 
-constexpr std::int32_t kFinishNumber = 999;  // which some programs write for the finish
-
 using Entries = std::vector<IofEntry>;
 using EntryIt = Entries::iterator;
 
@@ -430,7 +428,8 @@ bool TimeCounts(RunnerStatus status) {
 void DropTotalOfLastControl(IofResult& result) {
   if (!result.status || TimeCounts(*result.status) || result.punches.empty()) return;
   const Punch& last = result.punches.back();
-  if (last.code <= 0 || last.code == kFinishNumber || last.time != result.time) return;
+  if (last.code <= 0 || last.code == ForeignEvent::kFinishNumber || last.time != result.time)
+    return;
   result.time.reset();
   result.finish.reset();
 }
