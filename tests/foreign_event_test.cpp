@@ -78,6 +78,8 @@ TEST(ForeignEvent, LapsOfOneRunnerAmongOthersOnTheCourse) {
            {"x MissingPunch - 100 32:30 31:40 33:60", "40 + 20 40 MP MissingPunch"},
            {"x DidNotFinish - - 31:10 32 33", "10 DNF DidNotFinish"},
            {"x DidNotStart - - 31 32 33", "DNS DidNotStart"},
+           {"x DidNotStart - 0 31:0 32:0 33:0", "DNS DidNotStart"},
+           {"x DidNotStart - 100 31:10 32:30 33:60", "10 20 30 40 DNS DidNotStart"},
            {"x OK - 100 31:10 31:12 32:30 33:60", "10 20 30 40 0:01:40 OK"},
            {"x OK - 100 31:10 32:10 33:60", "10 0 50 40 0:01:40 OK"},
            {"x OK - 100 31:10 32:5 33:60", "10 - 50 40 0:01:40 OK"},
@@ -135,6 +137,23 @@ TEST(ForeignEvent, ForksAreCoursesOfTheirOwn) {
   EXPECT_EQ(klass.list_of_runner, (std::vector<std::size_t>{1, 0, 0, 1, 1, 0}));
   EXPECT_NE(made.remarks.find("2 courses; its analysis leaves out 3 runners"), string::npos)
       << made.remarks;
+}
+
+TEST(ForeignEvent, RemarksOnContradictions) {
+  for (const auto& [lines, remark] : Rows<std::vector<string>, string>{
+           {{"x OK - - 31:5"}, "result: 1 runner of status OK has no time and so no result\n"},
+           {{"x Active - 9 31:5", "y Inactive - 9 31:5"},
+            "result: 2 runners have a time, but no result: their statuses say that they had not "
+            "finished yet\n"},
+           {{"x Active - - 31:5", "y Inactive - - 31"}, ""},
+           {{"x Moved - - 31:5"},
+            "status: 1 runner with split times, but a status of those who did not start: the "
+            "splits are kept\n"},
+           {{"x OK - 5 31:5"},
+            "class \"A\": finish: 1 runner with a lap of 0 seconds, which is stored as a "
+            "millisecond\n"}}) {
+    EXPECT_EQ(MakeClass(lines).remarks, remark);
+  }
 }
 
 // Most runners show the course, whatever single ones punched or the file says.

@@ -65,6 +65,11 @@ std::string Counted(std::size_t count, std::string_view thing) {
   return std::to_string(count) + " " + std::string(thing) + (count == 1 ? "" : "s");
 }
 
+// `one` for 1, otherwise the count with `many` after it.
+std::string Chosen(std::size_t count, std::string_view one, std::string_view many) {
+  return count == 1 ? std::string(one) : std::to_string(count) + std::string(many);
+}
+
 // The word for a status in the result; empty for a status with a time, or without a result.
 std::string_view ResultWord(RunnerStatus status) {
   switch (status) {
@@ -99,8 +104,13 @@ bool HasResultTime(RunnerStatus status) {
          status == RunnerStatus::kNotCompeting;
 }
 
-// Whether a runner never set out, so that what stands in the file are no laps.
+// Whether a status is that of a runner who never set out.
 bool DidNotStart(RunnerStatus status) { return ResultWord(status) == "DNS"; }
+
+// Whether a status is that of a runner who had not finished when the file was written.
+bool HadNotFinished(RunnerStatus status) {
+  return status == RunnerStatus::kActive || status == RunnerStatus::kInactive;
+}
 
 // Whether a status that the file may not say is that of a runner who punched all controls.
 bool TimeCounts(const std::optional<RunnerStatus>& status) {
@@ -197,15 +207,29 @@ class RecordMaker {
   // The remarks about all classes.
   void RemarkAll() {
     if (unused_punches_ > 0) {
-      Note("punches", std::to_string(unused_punches_) +
-                          " are not on the course of their runner, or made twice, and not used");
+      Note("punches",
+           Chosen(unused_punches_,
+                  "1 is not on the course of its runner, or was made twice, and not used",
+                  " are not on the courses of their runners, or were made twice, and not "
+                  "used"));
     }
     if (told_from_times_ > 0) {
       Note("status", Counted(told_from_times_, "runner") +
                          " without one in the file: it is told from the times");
     }
     if (no_time_ > 0) {
-      Warn("result", Counted(no_time_, "runner") + " of status OK without a time have no result");
+      Warn("result", Chosen(no_time_, "1 runner of status OK has no time and so no result",
+                            " runners of status OK have no time and so no result"));
+    }
+    if (not_finished_ > 0) {
+      Warn("result", Chosen(not_finished_, "1 runner has a time, but no result: the status says",
+                            " runners have a time, but no result: their statuses say") +
+                         " that they had not finished yet");
+    }
+    if (started_after_all_ > 0) {
+      Warn("status", Counted(started_after_all_, "runner") +
+                         " with split times, but a status of those who did not start: the splits "
+                         "are kept");
     }
     RemarkCutResults(cut_results_, remarks_);
   }
@@ -257,7 +281,9 @@ class RecordMaker {
     unused_punches_ += aligned.unused;
     runner->Status = StatusOf(read, aligned);
     if (read.start) runner->StartTime()->SetValue(Days(*read.start));
-    if (!DidNotStart(runner->Status)) SetRunnerLaps(read, aligned, courses, *runner);
+    const bool started = !DidNotStart(runner->Status) || HasPunchTime(read);
+    started_after_all_ += started && DidNotStart(runner->Status) ? 1 : 0;
+    if (started) SetRunnerLaps(read, aligned, courses, *runner);
     SetRunnerResult(read, *runner);
     return runner;
   }
@@ -276,7 +302,7 @@ class RecordMaker {
     runner.Nationality = std::move(read.nationality);
     runner.Age = std::move(read.age);
     runner.CompetitorId = std::move(read.competitor_id);
-    runner.Rank = std::move(read.rank);
+    if (read.rank != "0") runner.Rank = std::move(read.rank);
   }
 
   // A status that the file does not say: with a time and all controls OK, with a time and a missed
@@ -322,6 +348,7 @@ class RecordMaker {
     if (runner.Status == RunnerStatus::kNotCompeting) runner.Rank.clear();
     if (!HasResultTime(runner.Status)) {
       LapDataInternal::SetResultText(runner, ResultWord(runner.Status));
+      not_finished_ += read.time && HadNotFinished(runner.Status) ? 1 : 0;
     } else if (read.time && *read.time > 0) {
       const DateTime time = Days(*read.time);
       LapDataInternal::SetResultText(runner,
@@ -340,14 +367,16 @@ class RecordMaker {
         others += runner.list > 0 ? 1 : 0;
       }
       remarks_.Add(RemarkSeverity::kNote, 0, 0, "class", class_->name,
-                   "its runners had " + std::to_string(courses.lists.size()) +
-                       " courses; its analysis leaves out " + Counted(others, "runner") +
-                       " on another course than that of the class");
+                   "its runners had " + std::to_string(courses.lists.size()) + " courses; " +
+                       Chosen(others, "1 runner had another one than the class and is",
+                              " runners had another one than the class and are") +
+                       " not in its analysis");
     }
+    const std::size_t controls = ControlCount(courses);
     for (std::size_t leg = 0; leg < zero_legs_.size(); ++leg) {
       if (zero_legs_[leg] == 0) continue;
       remarks_.Add(RemarkSeverity::kNote, 0, 0, "class", class_->name,
-                   "control " + std::to_string(leg + 1) + ": " +
+                   (leg < controls ? "control " + std::to_string(leg + 1) : "finish") + ": " +
                        Counted(zero_legs_[leg], "runner") +
                        " with a lap of 0 seconds, which is stored as a millisecond");
     }
@@ -366,6 +395,8 @@ class RecordMaker {
   std::size_t unused_punches_ = 0;
   std::size_t told_from_times_ = 0;
   std::size_t no_time_ = 0;
+  std::size_t not_finished_ = 0;       // with a time
+  std::size_t started_after_all_ = 0;  // with a status of those who did not start
   std::size_t cut_results_ = 0;
 };
 

@@ -593,17 +593,17 @@ void RemarkValues(IofReading& reading) {
   }
   if (notes.values.bad_times > 0) {
     reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_time_line, 0, "time", notes.bad_time,
-                        Counted(notes.values.bad_times, "time") + " like this cannot be read");
+                        std::to_string(notes.values.bad_times) + " like this cannot be read");
   }
   if (notes.values.bad_statuses > 0) {
     reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_status_line, 0, "status",
                         notes.bad_status,
-                        Counted(notes.values.bad_statuses, "status") + " like this cannot be read");
+                        std::to_string(notes.values.bad_statuses) + " like this cannot be read");
   }
   if (notes.values.additional > 0) {
     Note(reading, "punches",
-         std::to_string(notes.values.additional) +
-             " that the file marks as additional are not used");
+         std::to_string(notes.values.additional) + " that the file marks as additional " +
+             (notes.values.additional == 1 ? "is" : "are") + " not used");
   }
 }
 
@@ -622,7 +622,7 @@ void RemarkAll(IofReading& reading) {
   if (notes.own_courses > 0) {
     Note(reading, "courses",
          Counted(notes.own_courses, "runner") +
-             " with another length or climb than the class, which has that of the class or of most "
+             " with another length or climb than the class; it keeps its own, or that of most "
              "runners");
   }
   if (notes.nameless > 0) {
