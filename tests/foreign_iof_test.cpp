@@ -166,6 +166,8 @@ TEST(Iof3, StatusesAndPositions) {
   }
   // A total of 0 is none.
   EXPECT_EQ(OneResult3("<Time>0</Time><Status>Inactive</Status>"), "A 0/0/0:; X []\n");
+  // Guests get the position 0 from some programs.
+  EXPECT_EQ(OneResult3("<Time>60</Time><Position>0</Position>"), "A 0/0/0:; X,0:01:00 [60]\n");
   const string leg = "<Position type=\"Course\">8</Position><Position type=\"Leg\">2</Position>";
   EXPECT_EQ(OneResult3("<Time>60</Time>" + leg), "A 0/0/0:; X,2,0:01:00 [60]\n");
 }
@@ -231,6 +233,46 @@ TEST(Iof3, DatesOfTheEvent) {
     ASSERT_TRUE(read.records.event_date) << event;
     EXPECT_EQ(FormatDateTime(*read.records.event_date, "yyyy-mm-dd"), expected) << event << number;
   }
+}
+
+TEST(Iof3, ClocksWithDatesAndZones) {
+  const auto clocks = [](const string& start, const string& finish) {
+    return "<StartTime>2024-05-0" + start + "</StartTime><FinishTime>2024-05-0" + finish +
+           "</FinishTime>";
+  };
+  const Rows<string, string> cases = {
+      {clocks("4T23:50:00", "5T00:20:00"), "0:30:00,@85800 [1800]"},
+      {clocks("4T10:00:00", "5T12:00:00"), "26:00:00,@36000 [93600]"},
+      {clocks("4T10:00:00", "5T12:00:00") + "<Time>60</Time>", "0:01:00,@36000 [60]"},
+      {clocks("4T10:00:00", "4T10:00:00") + "<Time>0</Time>", "DNS,@36000 []"},
+      {clocks("5T10:00:00", "4T10:20:00"), "0:20:00,@36000 [1200]"}};
+  for (const auto& [content, expected] : cases) {
+    EXPECT_EQ(OneResult3(content), "A 0/0/0:; X," + expected + "\n");
+  }
+  const auto started = [](const string& name, const string& clock) {
+    return Person3(
+        name, "<Result><StartTime>2024-05-04T" + clock + "</StartTime><Time>60</Time></Result>");
+  };
+  const ReadResult read =
+      ReadIof3(List3(Class3(started("X", "12:00:00+02:00") + started("Y", "12:01:00+02") +
+                            started("Z", "23:02:00Z") + started("V", "12:03:00"))),
+               {});
+  EXPECT_EQ(Text(read),
+            "A 0/0/0:; X,0:01:00,@43200 [60]; Y,0:01:00,@43260 [60]; "
+            "Z,0:01:00,@3720 [60]; V,0:01:00,@43380 [60]\n");
+  EXPECT_EQ(Subjects(read), "start and finish times;");
+}
+
+TEST(Iof3, ElementsOfOtherNamespacesAreSkipped) {
+  const string list =
+      "<ResultList xmlns='http://www.orienteering.org/datastandard/3.0' xmlns:x='urn:x' "
+      "xmlns:i='https://www.orienteering.org/datastandard/3.0'><ClassResult><Class><Name>A</Name>"
+      "</Class><PersonResult><Person><Name><i:Given>X</i:Given></Name></Person><Result><Time>60"
+      "</Time><x:Time>9</x:Time><y:Status xmlns:y='urn:y'>no</y:Status><Status>OK</Status>"
+      "</Result></PersonResult></ClassResult></ResultList>";
+  const ReadResult read = ReadIof3(list, {});
+  EXPECT_EQ(Text(read), "A 0/0/0:; X,0:01:00 [60]\n");
+  EXPECT_EQ(Subjects(read), "");
 }
 
 TEST(Iof3, NamesAndCourses) {

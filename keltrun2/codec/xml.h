@@ -95,6 +95,8 @@ class XmlReader {
   /// The name of the element opened last, without a namespace prefix. Valid until the next call of
   /// NextChild or SkipTo.
   std::string_view LocalName() const;
+  /// The namespace prefix of that element, which may be empty; valid as long as its name.
+  std::string_view Prefix() const;
   /// Whether LocalName is `name`, which must not be empty.
   bool IsNamed(std::string_view name) const {
     const std::string_view whole = open_.back();

@@ -178,13 +178,9 @@ constexpr std::array<IofRule<ResultElement>, 13> kResultRules = {{
     {"CCardId", [](IofReading& r, ResultElement& e) { SetOnce(e.result.card, r.xml.Text()); }},
     {"CCard", [](IofReading& r, ResultElement& e) { ReadChildren(r, e.result, kCardRules); }},
     {"StartTime",
-     [](IofReading& r, ResultElement& e) {
-       e.result.start = r.ClockText(r.xml.WholeText(), e.result);
-     }},
+     [](IofReading& r, ResultElement& e) { r.StartText(r.xml.WholeText(), e.result); }},
     {"FinishTime",
-     [](IofReading& r, ResultElement& e) {
-       e.result.finish = r.ClockText(r.xml.WholeText(), e.result);
-     }},
+     [](IofReading& r, ResultElement& e) { r.FinishText(r.xml.WholeText(), e.result); }},
     {"Time", [](IofReading& r, ResultElement& e) { e.result.time = ReadTime(r); }},
     {"ResultPosition",
      [](IofReading& r, ResultElement& e) { SetOnce(e.result.rank, r.xml.Text()); }},

@@ -102,13 +102,14 @@ void ReadPerson(IofReading& reading, IofPerson& person) {
 }
 
 struct Organisation {
-  std::string name, short_name, media_name;
+  std::string name, short_name, media_name, country;
 };
 
-constexpr std::array<IofRule<Organisation>, 3> kOrganisationRules = {{
+constexpr std::array<IofRule<Organisation>, 4> kOrganisationRules = {{
     {"Name", [](IofReading& r, Organisation& o) { SetOnce(o.name, r.xml.Text()); }},
     {"ShortName", [](IofReading& r, Organisation& o) { SetOnce(o.short_name, r.xml.Text()); }},
     {"MediaName", [](IofReading& r, Organisation& o) { SetOnce(o.media_name, r.xml.Text()); }},
+    {"Country", [](IofReading& r, Organisation& o) { SetOnce(o.country, r.xml.Text()); }},
 }};
 
 void ReadOrganisation(IofReading& reading, std::string& club) {
@@ -117,6 +118,7 @@ void ReadOrganisation(IofReading& reading, std::string& club) {
   SetOnce(club, organisation.name);
   SetOnce(club, organisation.short_name);
   SetOnce(club, organisation.media_name);
+  SetOnce(club, organisation.country);
 }
 
 // --- results ---
@@ -163,10 +165,8 @@ constexpr std::array<IofRule<ResultElement>, 11> kResultRules = {{
     {"SplitTime", ReadSplit},
     {"BibNumber", [](IofReading& r, ResultElement& e) { SetOnce(e.result.bib, r.xml.Text()); }},
     {"ControlCard", [](IofReading& r, ResultElement& e) { SetOnce(e.result.card, r.xml.Text()); }},
-    {"StartTime",
-     [](IofReading& r, ResultElement& e) { e.result.start = r.ClockText(r.xml.Text(), e.result); }},
-    {"FinishTime", [](IofReading& r,
-                      ResultElement& e) { e.result.finish = r.ClockText(r.xml.Text(), e.result); }},
+    {"StartTime", [](IofReading& r, ResultElement& e) { r.StartText(r.xml.Text(), e.result); }},
+    {"FinishTime", [](IofReading& r, ResultElement& e) { r.FinishText(r.xml.Text(), e.result); }},
     {"Time", [](IofReading& r, ResultElement& e) { e.result.time = r.TimeText(r.xml.Text()); }},
     {"Status",
      [](IofReading& r, ResultElement& e) { e.result.status = r.StatusText(r.xml.Text()); }},

@@ -157,6 +157,23 @@ std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
+// "Z", "+02:00", "-0430" or "+02"; nullopt for any other text.
+std::optional<Milliseconds> ReadZone(std::string_view text) {
+  if (text == "Z" || text == "z") return 0;
+  if (text.empty()) return std::nullopt;
+  const bool is_west = text[0] == '-';
+  text.remove_prefix(1);
+  const std::size_t hours_size = std::min<std::size_t>(text.size(), 2);
+  std::string_view hours = text.substr(0, hours_size);
+  std::string_view minutes = text.substr(hours_size);
+  if (minutes.starts_with(':')) minutes.remove_prefix(1);
+  const auto hour = TakeDigits(hours);
+  const auto minute = minutes.empty() ? 0 : TakeDigits(minutes);
+  if (!hour || !minute || !hours.empty() || !minutes.empty()) return std::nullopt;
+  const Milliseconds offset = (*hour * 60 + *minute) * 60 * kMillisecondsPerSecond;
+  return is_west ? -offset : offset;
+}
+
 std::string Counted(std::size_t count, std::string_view things) {
   return std::to_string(count) + " " + std::string(things) + (count == 1 ? "" : "s");
 }
@@ -195,6 +212,7 @@ IofMoment ReadMoment(std::string_view text) {
     if (date) moment.date = date;
     if (date || word.find(':') == std::string_view::npos) continue;
     const std::size_t zone = std::min(word.find_first_of("Zz+-"), word.size());
+    moment.zone = ReadZone(word.substr(zone));
     moment.is_utc = zone < word.size() && (word[zone] == 'Z' || word[zone] == 'z');
     moment.clock = ForeignClock(word.substr(0, zone));
   }
@@ -235,6 +253,7 @@ bool SaysScore(std::string_view text) {
 
 void IofValues::Add(const IofValues& other) {
   utc_clocks |= other.utc_clocks;
+  other_zones += other.other_zones;
   additional += other.additional;
   bad_times += other.bad_times;
   bad_statuses += other.bad_statuses;
@@ -319,11 +338,52 @@ std::optional<RunnerStatus> IofReading::StatusText(std::string_view text) {
   return status;
 }
 
-std::optional<Milliseconds> IofReading::ClockText(std::string_view text, IofResult& result) {
-  const IofMoment moment = ReadMoment(text);
-  values.utc_clocks |= moment.is_utc;
-  if (moment.date) result.date = std::min(*moment.date, result.date.value_or(*moment.date));
-  return moment.clock;
+namespace {
+
+// A clock with its date in the zone of the first one of its kind.
+IofMoment MomentInZone(std::string_view text, std::optional<Milliseconds>& zone,
+                       IofValues& values) {
+  IofMoment moment = ReadMoment(text);
+  if (!moment.clock || !moment.zone) return moment;
+  if (!zone) zone = moment.zone;
+  values.utc_clocks |= moment.is_utc && zone == 0;
+  if (*zone == *moment.zone) return moment;
+  ++values.other_zones;
+  Milliseconds clock = *moment.clock + *zone - *moment.zone;
+  double days = 0;
+  for (; clock < 0; clock += kMillisecondsOfDay) --days;
+  for (; clock >= kMillisecondsOfDay; clock -= kMillisecondsOfDay) ++days;
+  moment.clock = clock;
+  if (moment.date) *moment.date += days;
+  return moment;
+}
+
+}  // namespace
+
+void IofReading::StartText(std::string_view text, IofResult& result) {
+  const IofMoment moment = MomentInZone(text, start_zone, values);
+  result.start = moment.clock;
+  result.start_date = moment.date;
+}
+
+void IofReading::FinishText(std::string_view text, IofResult& result) {
+  const IofMoment moment = MomentInZone(text, finish_zone, values);
+  result.finish = moment.clock;
+  result.finish_date = moment.date;
+}
+
+bool IofReading::IsOfList() const {
+  return std::find(prefixes.begin(), prefixes.end(), xml.Prefix()) != prefixes.end();
+}
+
+void IofReading::TakeNamespace() {
+  constexpr std::string_view kDeclaration = "xmlns:";
+  prefixes.emplace_back(xml.Prefix());
+  for (const XmlAttribute& attribute : xml.Attributes()) {
+    const std::string_view name = attribute.Name();
+    if (!name.starts_with(kDeclaration) || !Contains(attribute.Value(), kNamespace)) continue;
+    prefixes.emplace_back(name.substr(kDeclaration.size()));
+  }
 }
 
 std::string_view AttributeText(const XmlReader& xml, std::string_view name) {
@@ -339,11 +399,29 @@ void SetOnce(std::string& target, std::string_view text) {
 
 std::int32_t ReadCount(std::string_view text) { return std::max(LeadingLong(text), 0); }
 
+namespace {
+
+// The time from start to finish when their dates are known: clocks alone don't show whole days.
+std::optional<Milliseconds> TimeBetweenDates(const IofResult& result) {
+  constexpr double kMostDays = 7;
+  if (!result.start || !result.finish || !result.start_date || !result.finish_date) {
+    return std::nullopt;
+  }
+  const double days = *result.finish_date - *result.start_date;
+  if (days < 0 || days > kMostDays) return std::nullopt;
+  const Milliseconds time =
+      std::llround(days * kMillisecondsPerDay) + *result.finish - *result.start;
+  return time > 0 ? std::optional(time) : std::nullopt;
+}
+
+}  // namespace
+
 IofResult TakeResult(IofReading& reading, IofResult&& result) {
   constexpr std::size_t kMostExpected = 64;
   result.values = std::exchange(reading.values, {});
   // Runners who did not start have a total of 0 in some files, and finish when they start.
   if (result.time == 0) result.time.reset();
+  if (!result.time) result.time = TimeBetweenDates(result);
   if (result.start && result.finish == result.start) result.finish.reset();
   reading.punches = std::min(result.punches.size(), kMostExpected);
   return std::move(result);
@@ -360,7 +438,9 @@ void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::
   }
   reading.notes.values.Add(result.values);
   std::optional<DateTime>& first = reading.header.first_runner;
-  if (result.date) first = std::min(*result.date, first.value_or(*result.date));
+  for (const auto& date : {result.start_date, result.finish_date}) {
+    if (date) first = std::min(*date, first.value_or(*date));
+  }
   entry.result = std::move(result);
 }
 
@@ -591,6 +671,11 @@ void RemarkValues(IofReading& reading) {
     Note(reading, "start and finish times",
          "their time zone is Z; they are used as they are written");
   }
+  if (notes.values.other_zones > 0) {
+    Note(reading, "start and finish times",
+         std::to_string(notes.values.other_zones) +
+             " in another time zone than that of the first runner are converted to it");
+  }
   if (notes.values.bad_times > 0) {
     reading.remarks.Add(RemarkSeverity::kWarning, notes.bad_time_line, 0, "time", notes.bad_time,
                         std::to_string(notes.values.bad_times) + " like this cannot be read");
@@ -657,7 +742,10 @@ std::optional<ReadError> ErrorOf(const IofReading& reading, std::string_view for
 // Reads the whole document.
 void ReadDocument(IofReading& reading, void (*read_root)(IofReading&)) {
   if (reading.open_error) return;
-  if (reading.xml.NextChild()) read_root(reading);
+  if (reading.xml.NextChild()) {
+    reading.TakeNamespace();
+    read_root(reading);
+  }
   reading.xml.SkipTo(0);
 }
 

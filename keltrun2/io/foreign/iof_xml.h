@@ -40,7 +40,8 @@ std::optional<IofList> FindIofList(std::string_view text);
 struct IofMoment {
   std::optional<DateTime> date;
   std::optional<Milliseconds> clock;
-  bool is_utc = false;  // the zone is "Z"
+  std::optional<Milliseconds> zone;  // that the text says, east of Greenwich
+  bool is_utc = false;               // the zone is "Z"
 
   /// The date, with the clock if there is one.
   std::optional<DateTime> AsDateTime() const;
@@ -76,7 +77,8 @@ struct IofPerson {
 /// What remarks tell about the values of results.
 struct IofValues {
   bool utc_clocks = false;
-  std::size_t additional = 0;  // punches
+  std::size_t other_zones = 0;  // clocks
+  std::size_t additional = 0;   // punches
   std::size_t bad_times = 0;
   std::size_t bad_statuses = 0;
 
@@ -88,7 +90,7 @@ struct IofResult {
   std::string bib, card, rank;
   std::optional<RunnerStatus> status;
   std::optional<Milliseconds> start, finish, time;
-  std::optional<DateTime> date;  // of the start or finish
+  std::optional<DateTime> start_date, finish_date;
   std::vector<Punch> punches;
   IofCourse course;
   std::int32_t leg = 0;  // of a relay, from 1
@@ -185,15 +187,22 @@ struct IofReading {
   IofRaces races;
   IofEvent header;
   IofNotes notes;
-  IofValues values;          // of the result that is being read
+  std::vector<std::string> prefixes;                    // of the elements of the list
+  std::optional<Milliseconds> start_zone, finish_zone;  // of the first runner
+  IofValues values;                                     // of the result that is being read
   std::size_t punches = 16;  // as many as the next result is likely to have
   std::size_t entries = 0;
 
   /// Texts of the open element, which is closed. What is not empty and cannot be read is counted.
   std::optional<Milliseconds> TimeText(std::string_view text);
   std::optional<RunnerStatus> StatusText(std::string_view text);
-  /// The clock of a start or finish. The result gets the date.
-  std::optional<Milliseconds> ClockText(std::string_view text, IofResult& result);
+  void StartText(std::string_view text, IofResult& result);
+  void FinishText(std::string_view text, IofResult& result);
+  /// Whether the element opened last belongs to the list. Programs put elements of their own, which
+  /// have another namespace, between those of the list, and these can have the same names.
+  bool IsOfList() const;
+  /// Takes the namespace of the root element, which is open, as that of the list.
+  void TakeNamespace();
 };
 
 /// How a child of an element of type Target is read. What the function does not read is skipped.
@@ -209,7 +218,7 @@ void ReadChildren(IofReading& reading, Target& target, const Rules& rules) {
   ForEachChild(reading.xml, [&] {
     for (const IofRule<Target>& rule : rules) {
       if (!reading.xml.IsNamed(rule.element)) continue;
-      rule.read(reading, target);
+      if (reading.IsOfList()) rule.read(reading, target);
       return;
     }
   });
