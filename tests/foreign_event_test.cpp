@@ -168,6 +168,37 @@ TEST(ForeignEvent, TheCourseIsWhatMostRunnersPunched) {
   }
 }
 
+// Small classes, in which nobody or a single runner punched all controls in order.
+TEST(ForeignEvent, FewRunnersShowTheCourseToo) {
+  const string good = "a OK - 90 31:9 32:20 33:40", more = "b OK - 90 31:9 77:10 32:20 33:40";
+  const string twice = "c OK - 90 31:9 32:20 31:25 33:40";
+  const string fork = "d OK - 90 31:9 42:20 33:40";
+  const string first = "x MissingPunch - 90 32:20 33:40", last = "y MissingPunch - 90 31:20 32:40";
+  const string all = "z MissingPunch - 90 31:20 32 33:60";
+  for (const auto& [lines, controls, courses] : Rows<std::vector<string>, std::int32_t, string>{
+           {{good}, 0, "31 32 33 "},
+           {{good, more}, 0, "31 32 33 "},
+           {{more, good}, 0, "31 32 33 "},
+           {{twice, more, good}, 0, "31 32 33 "},
+           {{good, fork}, 0, "31 32 33 /31 42 33 "},
+           {{more}, 0, "31 77 32 33 "},
+           {{more, first, last}, 3, "31 32 33 "},
+           {{more, first, last}, 4, "31 77 32 33 "},
+           {{first, last, last}, 0, "31 32 "},
+           {{first, last, all}, 3, "31 32 33 "},
+           {{all, "d MissingPunch - 90 31:9 42 33:40"}, 0, "31 32 33 /31 42 33 "}}) {
+    const Made made = MakeClass(lines, controls);
+    string text;
+    for (const std::int32_t code : made.records.classes[0].codes)
+      text += std::to_string(code) + " ";
+    for (const auto& list : made.records.classes[0].other_codes) {
+      text += "/";
+      for (const std::int32_t code : list) text += std::to_string(code) + " ";
+    }
+    EXPECT_EQ(text, courses) << lines[0] << controls;
+  }
+}
+
 TEST(ForeignEvent, LegsBeyondARecordAreJoined) {
   string line = "a OK - 7000";
   for (int control = 1; control <= 60; ++control) {

@@ -15,6 +15,9 @@ constexpr std::size_t kMostComparisons = 10'000;
 // A list that this many runners have is not the list of a single runner with another punch.
 constexpr std::size_t kManyRunners = 3;
 
+// A runner with more additional punches than this ran another course.
+constexpr std::size_t kMostAdditional = 2;
+
 CodeList CodesOf(const ForeignRunner& runner) {
   CodeList codes;
   codes.reserve(runner.punches.size());
@@ -64,23 +67,29 @@ std::vector<Candidate> ListsOf(const std::vector<CodeList>& codes, IsShown is_sh
   return lists;
 }
 
-// Removes the lists of single runners that are the list of many with a control more or less: an
-// additional punch, or a missed control that was forgiven.
+// Whether `list` is `course` with an additional punch or two.
+bool HasAdditional(const CodeList& list, const CodeList& course) {
+  return list.size() > course.size() && list.size() <= course.size() + kMostAdditional &&
+         IsSubsequence(course, list);
+}
+
+// Removes the lists of single runners that are another one with an additional punch or two, or that
+// of many with any controls more or less: one that was missed can have been forgiven.
 void RemoveSlips(std::vector<Candidate>& lists) {
+  const auto is_slip_of = [](const Candidate& list, const Candidate& other) {
+    if (HasAdditional(list.codes, other.codes)) return true;
+    return other.runners >= kManyRunners &&
+           (IsSubsequence(other.codes, list.codes) || IsSubsequence(list.codes, other.codes));
+  };
   const auto is_slip = [&](const Candidate& list) {
     if (list.runners > 1) return false;
     for (std::size_t i = 0; i < std::min(lists.size(), kMostListsTried); ++i) {
-      const Candidate& other = lists[i];
-      if (other.runners < kManyRunners) return false;
-      if (IsSubsequence(other.codes, list.codes) || IsSubsequence(list.codes, other.codes)) {
-        return true;
-      }
+      if (&lists[i] != &list && is_slip_of(list, lists[i])) return true;
     }
     return false;
   };
-  const std::vector<Candidate> all = lists;
   std::vector<Candidate> kept;
-  for (const Candidate& list : all) {
+  for (const Candidate& list : lists) {
     if (!is_slip(list)) kept.push_back(list);
   }
   lists = std::move(kept);
@@ -100,6 +109,33 @@ std::vector<Candidate> LongestList(std::vector<Candidate> lists) {
   return {*longest};
 }
 
+// Lists that are a control or two longer than the course, without the codes that only one runner of
+// the class has, where this gives the course its number of controls.
+std::vector<Candidate> WithoutAdditional(const std::vector<Candidate>& lists, std::size_t controls,
+                                         const std::vector<CodeList>& codes) {
+  std::map<std::int32_t, std::size_t> runners_of_code;
+  for (CodeList list : codes) {
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    for (const std::int32_t code : list) ++runners_of_code[code];
+  }
+  std::vector<Candidate> shorter;
+  for (Candidate list : lists) {
+    if (list.codes.size() > controls + kMostAdditional) continue;
+    std::erase_if(list.codes, [&](std::int32_t code) { return runners_of_code[code] == 1; });
+    if (list.codes.size() == controls) shorter.push_back(std::move(list));
+  }
+  return shorter;
+}
+
+// Whether the file gives the controls that were missed, so that every list is that of a course.
+bool ListsMissed(const ForeignClass& klass) {
+  return std::any_of(klass.runners.begin(), klass.runners.end(), [](const ForeignRunner& runner) {
+    return std::any_of(runner.punches.begin(), runner.punches.end(),
+                       [](const Punch& punch) { return !punch.time; });
+  });
+}
+
 // The lists that the runners of a class show.
 std::vector<Candidate> ShownLists(const ForeignClass& klass, const std::vector<CodeList>& codes) {
   const auto counts = [&](std::size_t i) { return TimeCounts(klass.runners[i]); };
@@ -110,9 +146,11 @@ std::vector<Candidate> ShownLists(const ForeignClass& klass, const std::vector<C
   const auto counts_whole = [&](std::size_t i) { return counts(i) && is_whole(i); };
   std::vector<Candidate> lists = ListsOf(codes, counts);
   std::vector<Candidate> whole = ListsOf(codes, counts_whole);
+  const auto controls = static_cast<std::size_t>(std::max(klass.control_count, 0));
+  if (whole.empty() && controls > 0) whole = WithoutAdditional(lists, controls, codes);
   // A number of controls that most runners contradict is wrong.
   if (2 * RunnersOf(whole) >= RunnersOf(lists)) lists = std::move(whole);
-  if (lists.empty()) lists = ListsOf(codes, is_whole);
+  if (lists.empty() && (controls > 0 || ListsMissed(klass))) lists = ListsOf(codes, is_whole);
   if (lists.empty()) lists = LongestList(ListsOf(codes, [](std::size_t) { return true; }));
   RemoveSlips(lists);
   return lists;
