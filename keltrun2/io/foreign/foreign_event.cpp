@@ -195,10 +195,13 @@ class RecordMaker {
     for (ForeignRunner& runner : klass.runners) {
       unused_punches_ += RemoveNoControls(runner.punches, klass.has_codes);
     }
-    const CourseLists courses = FindCourseLists(klass);
+    CourseLists courses = FindCourseLists(klass);
     ClassRecords records = Describe(courses);
-    for (std::size_t i = 0; i < klass.runners.size(); ++i) {
-      records.runners.push_back(MakeRunner(klass.runners[i], courses.runners[i], courses));
+    records.runners.reserve(klass.runners.size());
+    for (AlignedRunner& aligned : courses.runners) {
+      records.runners.push_back(MakeRunner(klass.runners.front(), aligned, courses));
+      klass.runners.pop_front();
+      aligned.times = {};
     }
     RemarkClass(courses, records);
     return records;
@@ -437,7 +440,6 @@ LapRecords ForeignEvent::Take() && {
   RecordMaker maker(remarks_);
   for (ForeignClass& klass : classes_) {
     header_.classes.push_back(maker.Make(klass));
-    klass.runners = {};
   }
   maker.RemarkAll();
   return std::move(header_);

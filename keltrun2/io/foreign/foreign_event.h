@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,11 +53,11 @@ struct ForeignRunner {
 /// A class as a file has it.
 struct ForeignClass {
   std::string name;
-  std::int32_t length = 0;         // meters
-  std::int32_t climb = 0;          // meters
-  std::int32_t control_count = 0;  // without start and finish; 0 when the file does not say
-  bool has_codes = true;           // false: punches stand for controls 1, 2, ... in this order
-  std::vector<ForeignRunner> runners;
+  std::int32_t length = 0;            // meters
+  std::int32_t climb = 0;             // meters
+  std::int32_t control_count = 0;     // without start and finish; 0 when the file does not say
+  bool has_codes = true;              // false: punches stand for controls 1, 2, ... in this order
+  std::deque<ForeignRunner> runners;  // a deque frees each one as soon as its record is made
 };
 
 /// Collects what a reader finds and makes the records of the event: the courses of each class, laps
@@ -89,7 +90,7 @@ class ForeignEvent {
 
   static constexpr std::int32_t kFinishCode = -1;
   static constexpr std::int32_t kFinishNumber = 999;  // that some programs write for the finish
-  static constexpr std::int32_t kStartCode = -2;  // for the names of the start
+  static constexpr std::int32_t kStartCode = -2;      // for the names of the start
 
   /// The records. Call it once, at the end.
   LapRecords Take() &&;

@@ -286,7 +286,7 @@ void StoreResults(IofReading& reading, RunnerElement& element) {
 
 // Adds the runner of the open element to the entries, unless the document ends inside it. A member
 // of a team has the given leg if the file does not say it.
-void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, std::int32_t leg = 0) {
+void ReadRunner(IofReading& reading, IofEntries& entries, std::int32_t leg = 0) {
   RunnerElement element;
   element.entry.line = reading.xml.ElementPlace().Line;
   ReadChildren(reading, element, kRunnerRules);
@@ -300,7 +300,7 @@ void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, std::int32_
 
 struct Team {
   std::string name, bib, start_number;
-  std::vector<IofEntry> members;
+  IofEntries members;
   std::int32_t legs = 0;  // as many as there are elements
 };
 

@@ -207,8 +207,7 @@ constexpr std::array<IofRule<RunnerElement>, 3> kRunnerRules = {{
 
 // Adds the runner of the open element to the entries, unless the document ends inside it. A member
 // of a team has the given leg if the file does not say it.
-void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, bool& is_score,
-                std::int32_t leg = 0) {
+void ReadRunner(IofReading& reading, IofEntries& entries, bool& is_score, std::int32_t leg = 0) {
   RunnerElement element;
   element.entry.line = reading.xml.ElementPlace().Line;
   ReadChildren(reading, element, kRunnerRules);
@@ -220,7 +219,7 @@ void ReadRunner(IofReading& reading, std::vector<IofEntry>& entries, bool& is_sc
 
 struct Team {
   std::string name, club, bib;
-  std::vector<IofEntry> members;
+  IofEntries members;
   std::int32_t legs = 0;  // as many as there are elements
   bool is_score = false;
 };

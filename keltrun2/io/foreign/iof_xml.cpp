@@ -444,7 +444,7 @@ void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::
   entry.result = std::move(result);
 }
 
-void AddEntry(IofReading& reading, std::vector<IofEntry>& entries, IofEntry&& entry) {
+void AddEntry(IofReading& reading, IofEntries& entries, IofEntry&& entry) {
   if (entry.results > 0 && !entry.has_result) return;
   if (!entry.person.HasName() && !entry.result.IsOfStarter()) return;
   if (++reading.entries > kMostRunners) {
@@ -454,8 +454,7 @@ void AddEntry(IofReading& reading, std::vector<IofEntry>& entries, IofEntry&& en
   entries.push_back(std::move(entry));
 }
 
-void AddTeam(IofClass& klass, std::string_view team, std::string_view bib,
-             std::vector<IofEntry>&& members) {
+void AddTeam(IofClass& klass, std::string_view team, std::string_view bib, IofEntries&& members) {
   for (IofEntry& member : members) {
     if (!team.empty()) member.person.club = team;
     SetOnce(member.result.bib, bib);
@@ -480,20 +479,17 @@ IofCourse ChooseCourse(const std::vector<IofCourse>& courses, std::int32_t race)
   return unnumbered.empty() ? IofCourse{} : unnumbered.front();
 }
 
-using Entries = std::vector<IofEntry>;
-using EntryIt = Entries::iterator;
-
-// The course that most of the runners have.
-IofCourse CommonCourse(EntryIt begin, EntryIt end) {
+// The course that most of the first runners have.
+IofCourse CommonCourse(const IofEntries& entries, std::size_t count) {
   std::map<std::tuple<std::int32_t, std::int32_t, std::int32_t>, std::size_t> counts;
   IofCourse common;
   std::size_t most = 0;
-  for (auto entry = begin; entry != end; ++entry) {
-    const IofCourse& course = entry->result.course;
+  for (std::size_t i = 0; i < count; ++i) {
+    const IofCourse& course = entries[i].result.course;
     if (course.IsEmpty()) continue;
-    const std::size_t count = ++counts[{course.length, course.climb, course.controls}];
-    if (count <= most) continue;
-    most = count;
+    const std::size_t runners = ++counts[{course.length, course.climb, course.controls}];
+    if (runners <= most) continue;
+    most = runners;
     common = course;
   }
   return common;
@@ -566,10 +562,10 @@ bool NameEntry(IofReading& reading, IofEntry& entry) {
   return person.HasName();
 }
 
-// Adds the runners of a class or leg.
-void AddRunners(IofReading& reading, std::string_view name, IofCourse course, EntryIt begin,
-                EntryIt end) {
-  const IofCourse common = CommonCourse(begin, end);
+// Adds the first entries, which are the runners of a class or leg, and removes them.
+void AddRunners(IofReading& reading, std::string_view name, IofCourse course, IofEntries& entries,
+                std::size_t count) {
+  const IofCourse common = CommonCourse(entries, count);
   if (course.length == 0) course.length = common.length;
   if (course.climb == 0) course.climb = common.climb;
   if (course.controls == 0) course.controls = common.controls;
@@ -577,14 +573,14 @@ void AddRunners(IofReading& reading, std::string_view name, IofCourse course, En
   if (klass.length == 0) klass.length = course.length;
   if (klass.climb == 0) klass.climb = course.climb;
   if (klass.control_count == 0) klass.control_count = course.controls;
-  klass.runners.reserve(klass.runners.size() + static_cast<std::size_t>(end - begin));
-  for (auto entry = begin; entry != end; ++entry) {
-    const IofCourse own = entry->result.course;
-    if (!NameEntry(reading, *entry)) continue;
+  for (; count > 0; --count, entries.pop_front()) {
+    IofEntry& entry = entries.front();
+    const IofCourse own = entry.result.course;
+    if (!NameEntry(reading, entry)) continue;
     const bool is_other = (own.length != 0 && own.length != klass.length) ||
                           (own.climb != 0 && own.climb != klass.climb);
     reading.notes.own_courses += is_other ? 1 : 0;
-    ForeignRunner runner = MakeRunner(std::move(*entry));
+    ForeignRunner runner = MakeRunner(std::move(entry));
     if (own.controls != klass.control_count) runner.control_count = own.controls;
     klass.runners.push_back(std::move(runner));
   }
@@ -606,7 +602,7 @@ void AddClass(IofReading& reading, IofClass&& klass) {
                         "has controls in any order and is not read");
     return;
   }
-  Entries& entries = klass.entries;
+  IofEntries& entries = klass.entries;
   const auto is_before = [](const IofEntry& a, const IofEntry& b) {
     return a.result.leg < b.result.leg;
   };
@@ -614,18 +610,18 @@ void AddClass(IofReading& reading, IofClass&& klass) {
     std::stable_sort(entries.begin(), entries.end(), is_before);
   }
   const IofCourse course = ChooseCourse(klass.courses, reading.races.Read());
-  for (auto begin = entries.begin(); begin != entries.end();) {
-    const auto end = std::upper_bound(begin, entries.end(), *begin, is_before);
-    const std::int32_t leg = begin->result.leg;
+  while (!entries.empty()) {
+    const auto end = std::upper_bound(entries.begin(), entries.end(), entries.front(), is_before);
+    const auto count = static_cast<std::size_t>(end - entries.begin());
+    const std::int32_t leg = entries.front().result.leg;
     if (leg == 0) {
-      AddRunners(reading, name, course, begin, end);
+      AddRunners(reading, name, course, entries, count);
     } else {
       const auto place = static_cast<std::size_t>(leg - 1);
       const bool has_own = place < klass.leg_courses.size() && !klass.leg_courses[place].IsEmpty();
       AddRunners(reading, name + "-" + std::to_string(leg),
-                 has_own ? klass.leg_courses[place] : course, begin, end);
+                 has_own ? klass.leg_courses[place] : course, entries, count);
     }
-    begin = end;
   }
 }
 

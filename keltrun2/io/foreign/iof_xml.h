@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -109,12 +110,15 @@ struct IofEntry {
   std::int32_t line = 0;
 };
 
+/// A deque gives each entry's memory back as soon as it is a runner of the event.
+using IofEntries = std::deque<IofEntry>;
+
 /// The results of a class.
 struct IofClass {
   std::string name, short_name, id;
   std::vector<IofCourse> courses;      // one for each race, or for each course of the class
   std::vector<IofCourse> leg_courses;  // of a relay, for each leg
-  std::vector<IofEntry> entries;
+  IofEntries entries;
   bool is_score = false;  // controls in any order
   std::int32_t line = 0;
 };
@@ -241,11 +245,10 @@ void StoreResult(IofReading& reading, IofEntry& entry, IofResult&& result, std::
 
 /// Adds an entry, unless it is nobody, such as the leg of a relay that nobody ran, or only in other
 /// races. Too many of them end the reading.
-void AddEntry(IofReading& reading, std::vector<IofEntry>& entries, IofEntry&& entry);
+void AddEntry(IofReading& reading, IofEntries& entries, IofEntry&& entry);
 
 /// Adds the entries of a team to a class: its name is the club of its runners.
-void AddTeam(IofClass& klass, std::string_view team, std::string_view bib,
-             std::vector<IofEntry>&& members);
+void AddTeam(IofClass& klass, std::string_view team, std::string_view bib, IofEntries&& members);
 
 /// Adds a class to the event. A relay has a class for each leg.
 void AddClass(IofReading& reading, IofClass&& klass);
