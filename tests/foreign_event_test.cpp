@@ -199,6 +199,20 @@ TEST(ForeignEvent, FewRunnersShowTheCourseToo) {
   }
 }
 
+// An event with more courses could not be loaded again.
+TEST(ForeignEvent, AnEventHasNotMoreCoursesThanAFileCanHold) {
+  std::vector<string> lines;
+  for (int code = 1; code <= 100; ++code) {
+    for (int other = 201; other <= 301; ++other) {
+      lines.push_back("x OK - 90 " + std::to_string(code) + ":5 " + std::to_string(other) + ":9");
+    }
+  }
+  const Made made = MakeClass(lines);
+  EXPECT_EQ(made.records.classes[0].runners.size(), 10'100u);
+  EXPECT_EQ(made.records.classes[0].other_codes.size(), 9'999u);
+  EXPECT_NE(made.remarks.find("100 more courses than an event can have"), string::npos);
+}
+
 TEST(ForeignEvent, LegsBeyondARecordAreJoined) {
   string line = "a OK - 7000";
   for (int control = 1; control <= 60; ++control) {

@@ -254,7 +254,8 @@ class Aligner {
 
 // Punches without codes stand for the controls in their order.
 CourseLists WithoutCodes(const ForeignClass& klass) {
-  CourseLists result{{{}}, {}};
+  CourseLists result;
+  result.lists.emplace_back();
   for (const ForeignRunner& runner : klass.runners) {
     AlignedRunner aligned;
     for (const Punch& punch : runner.punches) aligned.times.push_back(punch.time);
@@ -265,7 +266,7 @@ CourseLists WithoutCodes(const ForeignClass& klass) {
 
 }  // namespace
 
-CourseLists FindCourseLists(const ForeignClass& klass) {
+CourseLists FindCourseLists(const ForeignClass& klass, std::size_t most_lists) {
   if (!klass.has_codes) return WithoutCodes(klass);
   std::vector<CodeList> codes;
   codes.reserve(klass.runners.size());
@@ -273,6 +274,10 @@ CourseLists FindCourseLists(const ForeignClass& klass) {
   std::vector<Candidate> lists = ShownLists(klass, codes);
   if (lists.empty()) lists.emplace_back();
   CourseLists result;
+  if (lists.size() > most_lists) {
+    result.left_out = lists.size() - most_lists;
+    lists.erase(lists.begin() + static_cast<std::ptrdiff_t>(most_lists), lists.end());
+  }
   for (const Candidate& list : lists) result.lists.push_back(list.codes);
   const Aligner aligner(std::move(lists));
   for (std::size_t i = 0; i < codes.size(); ++i) {

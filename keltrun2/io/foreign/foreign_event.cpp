@@ -182,7 +182,8 @@ void DropCodesOfNothing(ForeignClass& klass) {
 // Makes the records of one class after the other, and counts what the remarks tell.
 class RecordMaker {
  public:
-  explicit RecordMaker(RemarkList& remarks) : remarks_(remarks) {}
+  RecordMaker(std::size_t classes, RemarkList& remarks)
+      : remarks_(remarks), other_courses_left_(kMostCourses - std::min(classes, kMostCourses)) {}
 
   ClassRecords Make(ForeignClass& klass) {
     class_ = &klass;
@@ -195,7 +196,8 @@ class RecordMaker {
     for (ForeignRunner& runner : klass.runners) {
       unused_punches_ += RemoveNoControls(runner.punches, klass.has_codes);
     }
-    CourseLists courses = FindCourseLists(klass);
+    CourseLists courses = FindCourseLists(klass, 1 + other_courses_left_);
+    other_courses_left_ -= courses.lists.size() - 1;
     ClassRecords records = Describe(courses);
     records.runners.reserve(klass.runners.size());
     for (AlignedRunner& aligned : courses.runners) {
@@ -375,6 +377,12 @@ class RecordMaker {
                               " runners had another one than the class and are") +
                        " not in its analysis");
     }
+    if (courses.left_out > 0) {
+      remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", class_->name,
+                   "its runners had " + std::to_string(courses.left_out) +
+                       " more courses than an event can have: they are compared with those of "
+                       "other runners");
+    }
     const std::size_t controls = ControlCount(courses);
     for (std::size_t leg = 0; leg < zero_legs_.size(); ++leg) {
       if (zero_legs_[leg] == 0) continue;
@@ -392,6 +400,7 @@ class RecordMaker {
   }
 
   RemarkList& remarks_;
+  std::size_t other_courses_left_;  // that the event can have
   ForeignClass* class_ = nullptr;
   std::vector<std::size_t> zero_legs_;  // of the class: runners for each leg
   std::size_t joined_ = 0;              // of the class: runners with too many controls
@@ -437,7 +446,7 @@ LapRecords ForeignEvent::Take() && {
   }
   MendClocks(classes_, remarks_);
   MarkEndControls(classes_, remarks_);
-  RecordMaker maker(remarks_);
+  RecordMaker maker(classes_.size(), remarks_);
   for (ForeignClass& klass : classes_) {
     header_.classes.push_back(maker.Make(klass));
   }
