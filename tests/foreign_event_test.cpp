@@ -143,9 +143,8 @@ TEST(ForeignEvent, RemarksOnContradictions) {
   for (const auto& [lines, remark] : Rows<std::vector<string>, string>{
            {{"x OK - - 31:5"}, "result: 1 runner of status OK has no time and so no result\n"},
            {{"x Active - 9 31:5", "y Inactive - 9 31:5"},
-            "result: 2 runners have a time, but no result: their statuses say that they had not "
-            "finished yet\n"},
-           {{"x Active - - 31:5", "y Inactive - - 31"}, ""},
+            "status: 2 runners had not finished when the file was written: they have no "
+            "result\n"},
            {{"x Moved - - 31:5"},
             "status: 1 runner with split times, but a status of those who did not start: the "
             "splits are kept\n"},

@@ -312,10 +312,12 @@ string Member3(const string& name, const string& result) {
 
 TEST(Iof3, EachLegOfARelayIsAClass) {
   const string start = "<StartTime>2024-05-05T10:00:00Z</StartTime>";
-  const string leg2 = "<Leg>2</Leg><LegOrder>1</LegOrder><Time>20</Time>" + start;
+  const string leg2 = "<Leg>2</Leg><LegOrder>1</LegOrder><Time>20</Time>" + start +
+                      "<Course><Length>850</Length></Course>";
   const string parallel = "<Leg>2</Leg><LegOrder>2</LegOrder><Time>21</Time>";
   const string list =
       "<ClassResult><TeamResult>" + Member3("B", leg2) + Member3("C", parallel) +
+      Member3("E", "<Leg>3</Leg><Time>30</Time>") +
       Member3("A", "<Leg>1</Leg><Time>10</Time><BibNumber>1-1</BibNumber>") +
       "<BibNumber>1</BibNumber><Name>Red</Name><Organisation><Name>O</Name></Organisation>"
       "</TeamResult><TeamResult><Organisation><Name>Blue</Name></Organisation>" +
@@ -325,7 +327,8 @@ TEST(Iof3, EachLegOfARelayIsAClass) {
   const ReadResult read = ReadIof3(List3(list), {});
   EXPECT_EQ(Text(read),
             "R-1 900/0/0:; A,Red,1-1,0:00:10 [10]; D,Blue,0:00:11 [11]\n"
-            "R-2 800/0/0:; B,Red,1,0:00:20,@36000 [20]; C,Red,1,0:00:21 [21]\n");
+            "R-2 850/0/0:; B,Red,1,0:00:20,@36000 [20]; C,Red,1,0:00:21 [21]\n"
+            "R-3 800/0/0:; E,Red,1,0:00:30 [30]\n");
   EXPECT_EQ(Subjects(read), "teams;start and finish times;");
 }
 

@@ -227,9 +227,8 @@ class RecordMaker {
                             " runners of status OK have no time and so no result"));
     }
     if (not_finished_ > 0) {
-      Warn("result", Chosen(not_finished_, "1 runner has a time, but no result: the status says",
-                            " runners have a time, but no result: their statuses say") +
-                         " that they had not finished yet");
+      Note("status", Counted(not_finished_, "runner") +
+                         " had not finished when the file was written: they have no result");
     }
     if (started_after_all_ > 0) {
       Warn("status", Counted(started_after_all_, "runner") +
@@ -353,7 +352,7 @@ class RecordMaker {
     if (runner.Status == RunnerStatus::kNotCompeting) runner.Rank.clear();
     if (!HasResultTime(runner.Status)) {
       LapDataInternal::SetResultText(runner, ResultWord(runner.Status));
-      not_finished_ += read.time && HadNotFinished(runner.Status) ? 1 : 0;
+      not_finished_ += HadNotFinished(runner.Status) ? 1 : 0;
     } else if (read.time && *read.time > 0) {
       const DateTime time = Days(*read.time);
       LapDataInternal::SetResultText(runner,
@@ -407,7 +406,7 @@ class RecordMaker {
   std::size_t unused_punches_ = 0;
   std::size_t told_from_times_ = 0;
   std::size_t no_time_ = 0;
-  std::size_t not_finished_ = 0;       // with a time
+  std::size_t not_finished_ = 0;
   std::size_t started_after_all_ = 0;  // with a status of those who did not start
   std::size_t cut_results_ = 0;
 };

@@ -588,6 +588,20 @@ void AddRunners(IofReading& reading, std::string_view name, IofCourse course, Io
 
 }  // namespace
 
+namespace {
+
+// The course of a leg: its own, else that of most of its runners, else that of the whole class.
+IofCourse CourseOfLeg(const IofClass& klass, std::int32_t leg, const IofCourse& of_class,
+                      const IofCourse& common) {
+  const auto place = static_cast<std::size_t>(leg - 1);
+  if (place < klass.leg_courses.size() && !klass.leg_courses[place].IsEmpty()) {
+    return klass.leg_courses[place];
+  }
+  return common.IsEmpty() ? of_class : common;
+}
+
+}  // namespace
+
 void AddClass(IofReading& reading, IofClass&& klass) {
   std::string name = !klass.name.empty() ? klass.name : klass.short_name;
   if (name.empty()) name = klass.id;
@@ -617,10 +631,8 @@ void AddClass(IofReading& reading, IofClass&& klass) {
     if (leg == 0) {
       AddRunners(reading, name, course, entries, count);
     } else {
-      const auto place = static_cast<std::size_t>(leg - 1);
-      const bool has_own = place < klass.leg_courses.size() && !klass.leg_courses[place].IsEmpty();
       AddRunners(reading, name + "-" + std::to_string(leg),
-                 has_own ? klass.leg_courses[place] : course, entries, count);
+                 CourseOfLeg(klass, leg, course, CommonCourse(entries, count)), entries, count);
     }
   }
 }
