@@ -593,12 +593,6 @@ std::string_view XmlReader::LocalName() const {
   return colon == std::string_view::npos ? name : name.substr(colon + 1);
 }
 
-std::string_view XmlReader::Prefix() const {
-  const std::string_view name = open_.back();
-  const std::size_t colon = name.rfind(':');
-  return colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
-}
-
 XmlWriter::XmlWriter() : out_(kDeclaration) {}
 
 void XmlWriter::Begin(std::string_view name) {

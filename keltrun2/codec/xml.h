@@ -1,6 +1,7 @@
 // Reading and writing XML documents element by element.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -95,8 +96,12 @@ class XmlReader {
   /// The name of the element opened last, without a namespace prefix. Valid until the next call of
   /// NextChild or SkipTo.
   std::string_view LocalName() const;
-  /// The namespace prefix of that element, which may be empty; valid as long as its name.
-  std::string_view Prefix() const;
+  /// The namespace prefix of an element of which LocalName is `name`, valid as long as that. It may
+  /// be empty.
+  std::string_view PrefixOf(std::string_view name) const {
+    const std::string_view whole = open_.back();
+    return whole.substr(0, whole.size() - std::min(whole.size(), name.size() + 1));
+  }
   /// Whether LocalName is `name`, which must not be empty.
   bool IsNamed(std::string_view name) const {
     const std::string_view whole = open_.back();

@@ -372,13 +372,9 @@ void IofReading::FinishText(std::string_view text, IofResult& result) {
   result.finish_date = moment.date;
 }
 
-bool IofReading::IsOfList() const {
-  return std::find(prefixes.begin(), prefixes.end(), xml.Prefix()) != prefixes.end();
-}
-
 void IofReading::TakeNamespace() {
   constexpr std::string_view kDeclaration = "xmlns:";
-  prefixes.emplace_back(xml.Prefix());
+  prefixes.emplace_back(xml.PrefixOf(xml.LocalName()));
   for (const XmlAttribute& attribute : xml.Attributes()) {
     const std::string_view name = attribute.Name();
     if (!name.starts_with(kDeclaration) || !Contains(attribute.Value(), kNamespace)) continue;

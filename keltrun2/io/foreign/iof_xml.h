@@ -1,6 +1,7 @@
 // What the readers of the two versions of IOF XML share.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -202,9 +203,14 @@ struct IofReading {
   std::optional<RunnerStatus> StatusText(std::string_view text);
   void StartText(std::string_view text, IofResult& result);
   void FinishText(std::string_view text, IofResult& result);
-  /// Whether the element opened last belongs to the list. Programs put elements of their own, which
-  /// have another namespace, between those of the list, and these can have the same names.
-  bool IsOfList() const;
+  /// Whether the element opened last, which has this name, belongs to the list. Programs put
+  /// elements of their own, which have another namespace, between those of the list, and these can
+  /// have the same names.
+  bool IsOfList(std::string_view name) const {
+    const std::string_view prefix = xml.PrefixOf(name);
+    return std::any_of(prefixes.begin(), prefixes.end(),
+                       [&](const std::string& own) { return own == prefix; });
+  }
   /// Takes the namespace of the root element, which is open, as that of the list.
   void TakeNamespace();
 };
@@ -222,7 +228,7 @@ void ReadChildren(IofReading& reading, Target& target, const Rules& rules) {
   ForEachChild(reading.xml, [&] {
     for (const IofRule<Target>& rule : rules) {
       if (!reading.xml.IsNamed(rule.element)) continue;
-      if (reading.IsOfList()) rule.read(reading, target);
+      if (reading.IsOfList(rule.element)) rule.read(reading, target);
       return;
     }
   });
