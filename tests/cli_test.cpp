@@ -140,10 +140,14 @@ TEST_F(Cli, ErrorsAreInOneLanguageAndNameNothingInternal) {
       {"site two.lxm /proc", "cannot write into the folder /proc/: No such file or directory\n"},
       {"convert two.lxm out.lxm --force", "cannot write out.lxm: Is a directory\n"},
       {"site two.lxm site", "cannot write site/event.lap: it is a folder\n"},
-      {"info lines.txt --lang en", "lines.txt: The file format was not recognized.\n"},
-      {"info lines.txt", "lines.txt: ファイルの形式を判別できませんでした。\n"}};
+      {"info lines.txt --lang en",
+       "lines.txt: The file format was not recognized. These can be read: IOF XML 3.0 and "},
+      {"info lines.txt", "lines.txt: ファイルの形式を判別できませんでした。"}};
   for (const auto& [arguments, error] : cases) {
-    EXPECT_EQ(Run("keltrun2 " + arguments).err, "keltrun2: " + error) << arguments;
+    const string shown = Run("keltrun2 " + arguments).err;
+    EXPECT_EQ(shown.substr(0, error.size() + 10), "keltrun2: " + error) << arguments;
+    EXPECT_EQ(shown.find('\n'), shown.size() - 1) << shown;
+    EXPECT_EQ(shown.find("cls"), string::npos) << shown;
   }
 }
 

@@ -371,10 +371,9 @@ class RecordMaker {
         others += runner.list > 0 ? 1 : 0;
       }
       remarks_.Add(RemarkSeverity::kNote, 0, 0, "class", class_->name,
-                   "its runners had " + std::to_string(courses.lists.size()) + " courses; " +
-                       Chosen(others, "1 runner had another one than the class and is",
-                              " runners had another one than the class and are") +
-                       " not in its analysis");
+                   "its runners had " + std::to_string(courses.lists.size()) +
+                       " courses; its analysis leaves out " + Counted(others, "runner") +
+                       " on another course than that of the class");
     }
     if (courses.left_out > 0) {
       remarks_.Add(RemarkSeverity::kWarning, 0, 0, "class", class_->name,
