@@ -224,6 +224,18 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
                     [&](char x, char y) { return lower(x) == lower(y); });
 }
 
+std::string_view CharsetTitle(Charset charset) {
+  switch (charset) {
+    case Charset::kShiftJis:
+      return "Shift-JIS";
+    case Charset::kWindows1252:
+      return "Windows-1252";
+    case Charset::kUtf8:
+      break;
+  }
+  return "UTF-8";
+}
+
 std::optional<Charset> CharsetFromName(std::string_view name) {
   struct Name {
     std::string_view text;

@@ -40,6 +40,9 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 /// Windows-1252. nullopt for any other name.
 std::optional<Charset> CharsetFromName(std::string_view name);
 
+/// The name of a charset for people: "UTF-8", "Shift-JIS" or "Windows-1252".
+std::string_view CharsetTitle(Charset charset);
+
 /// Appends `text` encoded in the charset.
 void AppendEncoded(std::string& out, std::string_view text, Charset charset,
                    MissingCharacter missing);

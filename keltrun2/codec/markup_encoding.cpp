@@ -15,18 +15,6 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kUtf8Name = "UTF-8";
 constexpr std::size_t kSurelyAscii = 5;  // "<?xml", "<html", "<!DOC"
 
-std::string_view NameOf(Charset charset) {
-  switch (charset) {
-    case Charset::kShiftJis:
-      return "Shift-JIS";
-    case Charset::kWindows1252:
-      return "Windows-1252";
-    case Charset::kUtf8:
-      break;
-  }
-  return kUtf8Name;
-}
-
 bool IsOneOf(std::string_view name, std::initializer_list<std::string_view> names) {
   return std::any_of(names.begin(), names.end(),
                      [&](std::string_view other) { return EqualsIgnoringCase(name, other); });
@@ -69,7 +57,7 @@ MarkupText TextIn(std::string_view charset, Decoded content) {
 }
 
 MarkupText TextIn(Charset charset, std::string_view bytes) {
-  return TextIn(NameOf(charset), Decode(bytes, charset));
+  return TextIn(CharsetTitle(charset), Decode(bytes, charset));
 }
 
 MarkupText Utf8Text(std::string_view bytes) { return TextIn(Charset::kUtf8, bytes); }
@@ -150,7 +138,7 @@ MarkupText GuessedText(std::string_view bytes) {
     return Utf8Text(bytes);
   }
   ListText list = DecodeList(bytes, std::nullopt);
-  MarkupText text = TextIn(NameOf(list.Used), std::move(list.Content));
+  MarkupText text = TextIn(CharsetTitle(list.Used), std::move(list.Content));
   text.Assumed = list.Assumed;
   return text;
 }

@@ -10,18 +10,6 @@
 namespace keltrun {
 namespace {
 
-std::string_view NameOf(Charset charset) {
-  switch (charset) {
-    case Charset::kShiftJis:
-      return "Shift-JIS";
-    case Charset::kWindows1252:
-      return "Windows-1252";
-    case Charset::kUtf8:
-      break;
-  }
-  return "UTF-8";
-}
-
 void Note(InputText& input, std::int32_t line, std::string remark) {
   input.remarks.push_back({line, 0, RemarkSeverity::kNote, std::move(remark), ""});
 }
@@ -81,7 +69,7 @@ InputText DecodeText(std::string_view bytes, std::optional<Charset> asked_for) {
   ListText list = DecodeList(bytes, asked_for);
   InputText input;
   NoteBlanks(BlankControlCharacters(list.Content.Text), input);
-  const std::string name(NameOf(list.Used));
+  const std::string name(CharsetTitle(list.Used));
   if (list.Assumed) {
     const char* reason = list.Used == Charset::kShiftJis ? "Japanese with damaged bytes"
                                                          : "neither UTF-8 nor Shift-JIS";
