@@ -122,6 +122,27 @@ TEST(Picture, DrawsTextsInTheirBox) {
   EXPECT_NEAR(draw([](TextStyle& style) { style.Font.Underline = true; }).Sum, plain.Sum + 80, 2);
 }
 
+// Black letters on a black ground show only by their white rim.
+TEST(Picture, DrawsARimAroundLetters) {
+  const auto draw = [](float halo, PictureFormatConst format) {
+    CairoPicture picture(200, 60, format);
+    picture.DrawBox(0, 0, 200, 60, 0, 1, true);
+    TextStyle style = Style(20);
+    style.Halo = halo;
+    picture.DrawText("Halo", 10, 10, style);
+    return format == KR_PICTURE_PNG ? std::to_string(std::lround(Look(picture).Sum))
+                                    : picture.Encode();
+  };
+  EXPECT_EQ(draw(0, KR_PICTURE_PNG), "12000");
+  EXPECT_EQ(draw(NAN, KR_PICTURE_PNG), "12000");
+  EXPECT_LT(std::stoi(draw(2, KR_PICTURE_PNG)), 11800);
+  EXPECT_EQ(draw(0, KR_PICTURE_SVG).find("paint-order"), std::string::npos);
+  const std::string svg = draw(2, KR_PICTURE_SVG);
+  EXPECT_NE(svg.find("stroke=\"#ffffff\" stroke-width=\"4\" paint-order=\"stroke\""),
+            std::string::npos)
+      << svg;
+}
+
 TEST(Picture, NoCallUpsetsIt) {
   SetClock([] { return 46000.0; });
   for (const PictureFormatConst format : {KR_PICTURE_PNG, KR_PICTURE_SVG, KR_PICTURE_PDF}) {

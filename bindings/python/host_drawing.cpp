@@ -149,6 +149,7 @@ void BindFont(py::module_& module) {
       .Field("HeightRatio", &TextStyle::HeightRatio)
       .Field("Turned", &TextStyle::Turned)
       .Field("Color", &TextStyle::Color)
+      .Field("Halo", &TextStyle::Halo)
       .ShowsFields();
 }
 

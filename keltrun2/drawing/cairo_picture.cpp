@@ -21,7 +21,6 @@ constexpr std::int32_t kLongestSide = 20000;
 constexpr std::int32_t kMostPixels = 100'000'000;
 constexpr std::size_t kMostKeptPixels = std::size_t{1} << 24;
 constexpr double kPointsPerPixel = 72.0 / 96;
-constexpr Color kWhite = 0xFFFFFF;
 
 struct Size {
   std::int32_t Width;

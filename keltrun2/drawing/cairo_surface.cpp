@@ -170,7 +170,6 @@ void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextS
   const TextScale scale = LimitedTextScale(Style);
   if (context_ == nullptr || scale.Size == 0 || !AllFinite(X, Y)) return;
   Flush();
-  SetSource(Style.Color);
   const std::shared_ptr<TypeFace> kept = FindTypeFace(Style.Font);
   TypeFace& face = *kept;
   double x = LimitedCoordinate(X);
@@ -183,6 +182,14 @@ void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextS
     x = y = 0;
   }
   const double baseline = y + face.Measures().Ascent * scale.Height;
+  // The rim of all letters first, so that none covers its neighbor.
+  halo_ = LimitedHalo(Style);
+  if (halo_ > 0) {
+    SetSource(kWhite);
+    DrawGlyphs(Text, x, baseline, scale, face);
+    halo_ = 0;
+  }
+  SetSource(Style.Color);
   DrawGlyphs(Text, x, baseline, scale, face);
   if (Style.Font.Underline) {
     DrawUnderline(x, baseline, face.Width(Text) * scale.Size, scale.Height, face);
@@ -229,9 +236,17 @@ void CairoSurface::ShowRun(TextScale scale) {
                       scale.Height, 0, 0);
     cairo_set_font_face(context_, face);
     cairo_set_font_matrix(context_, &letters);
-    cairo_show_text_glyphs(context_, run_.Text.data(), static_cast<int>(run_.Text.size()),
-                           run_.Glyphs.data(), static_cast<int>(run_.Glyphs.size()),
-                           run_.Clusters.data(), static_cast<int>(run_.Clusters.size()), {});
+    const auto glyphs = static_cast<int>(run_.Glyphs.size());
+    if (halo_ > 0) {
+      cairo_glyph_path(context_, run_.Glyphs.data(), glyphs);
+      cairo_set_line_width(context_, 2 * halo_);
+      cairo_set_line_join(context_, CAIRO_LINE_JOIN_ROUND);
+      cairo_stroke(context_);
+    } else {
+      cairo_show_text_glyphs(context_, run_.Text.data(), static_cast<int>(run_.Text.size()),
+                             run_.Glyphs.data(), glyphs, run_.Clusters.data(),
+                             static_cast<int>(run_.Clusters.size()), {});
+    }
   }
   run_.File = nullptr;
   run_.Text.clear();

@@ -73,6 +73,7 @@ class CairoSurface final : public DrawingSurface {
   cairo_t* context_ = nullptr;
   Target target_ = Target::kPixels;
   double thinnest_ = 1;
+  double halo_ = 0;  // above 0 while the rim of a text is drawn, not its letters
   std::optional<Polyline> line_;
   // The text being drawn. Members only so that their memory is reused.
   Run run_;

@@ -13,6 +13,7 @@ namespace keltrun {
 inline constexpr double kLargestCoordinate = 1e6;
 inline constexpr double kLargestLineWidth = 1e4;
 inline constexpr double kLargestTextSize = 1e4;
+inline constexpr Color kWhite = 0xFFFFFF;
 inline constexpr double kPointsPerInch = 72;
 inline constexpr double kMmPerInch = 25.4;
 
@@ -50,6 +51,11 @@ inline TextScale LimitedTextScale(const TextStyle& style) {
   if (!(style.Size > 0) || !(style.HeightRatio > 0)) return {};
   const double size = std::min<double>(style.Size, kLargestTextSize);
   return {size, std::min(size * style.HeightRatio, kLargestTextSize)};
+}
+
+/// The width of the white rim around the letters of a text; 0 for none.
+inline double LimitedHalo(const TextStyle& style) {
+  return style.Halo > 0 ? std::min<double>(style.Halo, kLargestLineWidth) : 0;
 }
 
 /// The three parts of a color number, each 0 to 255.

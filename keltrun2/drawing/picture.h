@@ -24,6 +24,9 @@ struct TextStyle {
   bool Turned = false;
   /// Color of the letters; 0 is black.
   keltrun::Color Color = 0;
+  /// Width of the white rim around the letters, which keeps them legible on top of lines; 0 for
+  /// none. A surface may leave it out.
+  float Halo = 0;
 };
 
 /// A plane with the origin in its upper left corner, x to the right and y downward, in units of its

@@ -249,6 +249,11 @@ void SvgSurface::DrawText(std::string_view Text, float X, float Y, const TextSty
   if (Style.Font.Italic) body_ += " font-style=\"italic\"";
   if (Style.Font.Underline) body_ += " text-decoration=\"underline\"";
   AppendColor(body_, "fill", Style.Color);
+  if (Style.Halo > 0) {
+    AppendColor(body_, "stroke", kWhite);
+    AppendAttribute(body_, "stroke-width", 2 * LimitedHalo(Style));
+    body_ += " paint-order=\"stroke\"";
+  }
   AppendAttribute(body_, "textLength", width);
   body_ += " lengthAdjust=\"spacingAndGlyphs\">";
   AppendEscaped(body_, Text);

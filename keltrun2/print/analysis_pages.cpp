@@ -33,7 +33,7 @@ constexpr float kPadding = 0.5f;
 
 // Dots of 1/300 inch.
 constexpr float kFrameLine = 4, kHeadRule = 4, kGroupRule = 1.5f, kLegRule = 1;
-constexpr Color kBlack = 0, kWhite = 0xFFFFFF, kRuleColor = 0x808080, kLegRuleColor = 0xC0C0C0;
+constexpr Color kBlack = 0, kRuleColor = 0x808080, kLegRuleColor = 0xC0C0C0;
 
 constexpr std::string_view kTimePattern = "hh:nn:ss";
 
