@@ -164,7 +164,18 @@ TEST(ApiSurface, UntimedLegsAndGaps) {
   EXPECT_TRUE(surface.analyzer->GeneralData()->IsTimed(3));
   surface.analyzer->Execute();
   EXPECT_FALSE(surface.analyzer->GeneralData()->IsTimed(3));
-  EXPECT_FALSE(clsChartObject().BridgeGaps);
+}
+
+TEST(ApiSurface, ChartOptionsAreOff) {
+  clsChartObject chart;
+  Are<bool>(chart.AutoSize, chart.BridgeGaps, chart.Titles, chart.AutoColors, chart.ClearNames,
+            chart.FitMost);
+  EXPECT_FALSE(chart.AutoSize || chart.BridgeGaps || chart.Titles || chart.AutoColors ||
+               chart.ClearNames || chart.FitMost);
+  EXPECT_EQ(TextStyle().Halo, 0);
+  EXPECT_EQ(kChartColors.size(), 8U);
+  Are<ChartRunnerFlagConst>(KR_CHART_FLAG_NAME, KR_CHART_FLAG_LEGEND, KR_CHART_FLAG_HIDE,
+                            KR_CHART_FLAG_DASH);
 }
 
 TEST(ApiSurface, Estimate) {

@@ -3,12 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
+#include <map>
+#include <set>
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/chart/axis_grid.h"
 #include "keltrun2/chart/chart_builder.h"
 #include "keltrun2/chart/chart_geometry.h"
 #include "keltrun2/chart/chart_object_internal.h"
+#include "keltrun2/chart/short_names.h"
 #include "keltrun2/model/time_values_internal.h"
 #include "keltrun2/print/print_book_internal.h"
 #include "tests/test_support.h"
@@ -23,6 +27,7 @@ struct Call {
   Color color;
   float width;  // 0 for a text
   std::string text;
+  float halo = 0;
 };
 
 /// Records lines and texts; every byte of a text is half as wide as it is high.
@@ -41,7 +46,7 @@ class RecordingPicture : public PictureBox {
     const float w = style.Turned ? style.Size : TextWidth(text, style);
     const float h = style.Turned ? TextWidth(text, style) : style.Size;
     if (style.Turned) x -= w;
-    calls.push_back({{x, y, x + w, y + h}, style.Color, 0, std::string(text)});
+    calls.push_back({{x, y, x + w, y + h}, style.Color, 0, std::string(text), style.Halo});
   }
   float TextWidth(std::string_view text, const TextStyle& style) override {
     return static_cast<float>(text.size()) * style.Size / 2;
@@ -61,7 +66,7 @@ class RecordingPicture : public PictureBox {
 // A data set on a course with two controls and reference laps of 100, 200 and 300 s, on a picture
 // with a drawable area of 600 x 300.
 struct Fixture {
-  explicit Fixture(int runners = 2) {
+  explicit Fixture(int runners = 2, Mode mode = Mode::kEnglishTexts) : root(NewRoot(mode)) {
     const auto klass = root->AddClass("A");
     klass->ControlCount = 2;
     for (int i = 0; i < runners; ++i) AddRunner(*klass, "Runner", "0:10:00", {100, 200, 300});
@@ -85,7 +90,7 @@ struct Fixture {
     BuildChart(analyzer, chart, static_cast<KrChartModeConst>(mode), rx, ry, px, py);
     return ChartObjectInternal::Get(chart);
   }
-  std::shared_ptr<clsKeltrun2> root = NewRoot();
+  std::shared_ptr<clsKeltrun2> root;
   std::shared_ptr<clsAnalyzer> analyzer = root->NewAnalyzer();
   std::shared_ptr<RecordingPicture> picture = std::make_shared<RecordingPicture>();
   clsChartObject chart;
@@ -298,6 +303,217 @@ TEST(Drawing, ShowsSettingsNamesAndLegend) {
   EXPECT_EQ(order, "bbb" + std::string(18 * 3UL, '-') + "ooo");
 }
 
+std::vector<Call> Drawn(Fixture& f, bool texts) {
+  f.chart.DrawChart();
+  std::vector<Call> calls = f.picture->calls;
+  std::erase_if(calls, [&](const Call& call) { return (call.width == 0) != texts; });
+  return calls;
+}
+
+// The texts that are drawn as high as this or higher, from top to bottom and left to right.
+std::string TextsDownTo(Fixture& f, double bottom) {
+  std::vector<Call> calls = Drawn(f, true);
+  std::ranges::sort(calls, {}, [](const Call& c) { return std::pair(c.box.Top, c.box.Left); });
+  std::string texts;
+  for (const Call& call : calls) {
+    if (call.box.Bottom <= bottom) texts += call.text + "|";
+  }
+  return texts;
+}
+
+TEST(Titles, AreAboveTheChartAndAtItsAxes) {
+  for (const auto& [lang, expected] : Rows<Mode, std::string>{
+           {Mode::kEnglishTexts, "A: Split times|Cup|Control|Time since the start (h:mm)|"},
+           {Mode::kJapaneseTexts,
+            "A: スプリットタイム|Cup|コントロール|"
+            "スタートからのタイム（時:分）|"}}) {
+    Fixture f(2, lang);
+    f.root->EventData()->EventName = "Cup";
+    f.chart.Titles = true;
+    EXPECT_EQ(f.chart.Width(), 600) << "read when a target is set";
+    f.picture->width = 1000;
+    f.chart.SetPictureObject(f.picture);
+    EXPECT_EQ(f.chart.Width(), 1000 - 152);
+    EXPECT_EQ(f.chart.Height(), 400 - 140);
+    f.Build(0);
+    EXPECT_EQ(TextsDownTo(f, 51), expected);
+    const auto course = std::make_shared<clsCourseData>();
+    course->SetControlCount(2);
+    course->SetControlNum(1, 231);
+    f.analyzer->SetCourseData(course);
+    EXPECT_EQ(Labels(f.Build(0), true), "1 (231) 2 (0) F S ");
+    course->SetControlCount(3);  // of another course
+    EXPECT_EQ(Labels(f.Build(0), true), "1 2 F S ");
+    const auto& scatter = f.Build(6);
+    EXPECT_EQ(std::ranges::count(scatter.texts, "／前巡行", &clsChartChar::Text), 0);
+  }
+}
+
+TEST(Titles, AreCutToTheWidthOfThePicture) {
+  Fixture f(2, Mode::kEnglishTexts);
+  f.root->EventData()->EventName = std::string(300, 'e');
+  f.analyzer->SetDataSetName(std::string(300, 's'));
+  f.chart.Titles = true;
+  f.chart.SetPictureObject(f.picture);
+  for (int mode = 0; mode < 8; ++mode) {
+    f.Build(mode);
+    std::vector<Call> titles = Drawn(f, true);
+    std::erase_if(titles, [](const Call& call) { return !call.text.ends_with("\u2026"); });
+    ASSERT_EQ(titles.size(), 2U) << mode;
+    EXPECT_GE(titles[0].box.Left, 0);
+    EXPECT_LT(titles[0].box.Right + 10, titles[1].box.Left);
+    EXPECT_LE(titles[1].box.Right, 704);
+  }
+}
+
+TEST(AutoColors, ForTheFirstEightOrForThoseHighlighted) {
+  Fixture f(10);
+  f.chart.AutoColors = true;
+  f.Build(0);
+  const auto colors = [&] {
+    std::map<Color, int> lines;
+    for (const Call& call : Drawn(f, false)) {
+      if (call.box.Right < 200 && call.box.Bottom <= 350) ++lines[call.color];
+    }
+    return lines;
+  };
+  auto lines = colors();
+  for (const Color color : kChartColors) EXPECT_EQ(lines[color], 3) << color;
+  EXPECT_EQ(lines[0x909090], 2 * 3);
+  EXPECT_EQ(lines[0], 0);
+  f.chart.SetRunnerSetting(9, kChartColors[0], 3, 0);
+  lines = colors();
+  EXPECT_EQ(lines[kChartColors[0]], 3);
+  EXPECT_EQ(lines[0x909090], 9 * 3);
+  f.chart.AutoColors = false;
+  EXPECT_EQ(colors()[0], 9 * 3);
+}
+
+// The line goes down 300 units and across 120. Its dashes take 10 of every 16 units, through the
+// controls.
+TEST(Drawing, DashesALineFromLegToLeg) {
+  Fixture f(1);
+  f.Build(0);
+  f.chart.SetRunnerSetting(1, 0xFF, 3, KR_CHART_FLAG_DASH);
+  double drawn = 0, whole = 0;
+  std::size_t pieces = 0;
+  for (const clsChartLine& line : ChartObjectInternal::Get(f.chart).runner_lines) {
+    whole += std::hypot(line.X2 - line.X1, line.Y2 - line.Y1);
+  }
+  for (const Call& call : Drawn(f, false)) {
+    if (call.color != 0xFF) continue;
+    const double length =
+        std::hypot(call.box.Right - call.box.Left, call.box.Bottom - call.box.Top);
+    EXPECT_LE(length, 10.01);
+    drawn += length;
+    ++pieces;
+  }
+  EXPECT_NEAR(drawn / whole, 10.0 / 16, 0.02);
+  EXPECT_LE(pieces, whole / 16 + 3) << "a dash that passes a control is in two pieces";
+}
+
+TEST(FitMost, LeavesOutATenthThatWouldTakeHalf) {
+  struct Case {
+    int runners;
+    std::vector<double> slow;  // finishes of the last runners; the others need 600 s
+    int width;                 // of the axis in seconds
+  };
+  for (const auto& [runners, slow, width] :
+       std::vector<Case>{{10, {1199}, 1199},          // not quite half
+                         {10, {1300}, 600},           //
+                         {4, {1300}, 1300},           // a tenth of four is nobody
+                         {10, {1300, 1300}, 1300},    // two are more than a tenth
+                         {20, {700, 5000}, 700},      // no more lines than necessary
+                         {20, {4000, 5000}, 600}}) {  //
+    Fixture f(runners);
+    for (std::size_t i = 0; i < slow.size(); ++i) {
+      f.Splits(runners - static_cast<int>(i), {100, 300, slow[slow.size() - 1 - i]});
+    }
+    for (const bool fit : {false, true}) {
+      f.chart.FitMost = fit;
+      const double expected = fit ? width : slow.back();
+      EXPECT_NEAR(ChartRatioToFit(*f.analyzer, f.chart, KR_CHART_NORMAL), 590 / (expected * 0.2),
+                  0.01)
+          << runners << ", " << slow.back();
+    }
+  }
+}
+
+// The last runner's line leaves the chart above the finish.
+TEST(FitMost, NamesWhoLeavesAtTheEdge) {
+  Fixture f(30);
+  f.analyzer->Item(30)->OtherData()->RunnerName = "Lost";
+  f.Splits(30, {100, 300, 6000});
+  f.chart.FitMost = true;
+  f.Build(0, ChartRatioToFit(*f.analyzer, f.chart, KR_CHART_NORMAL));
+  std::vector<Call> names = Drawn(f, true);
+  std::erase_if(names,
+                [](const Call& call) { return call.text.find("Lost") == std::string::npos; });
+  ASSERT_EQ(names.size(), 1U);
+  EXPECT_EQ(names[0].text, "Lost \u2192");
+  EXPECT_NEAR(names[0].box.Right, 52 + 600, 10);
+  EXPECT_LT(names[0].box.Bottom, 350);
+}
+
+TEST(ClearNames, IdentifyInTwoRowsBeforeTheyAreTurned) {
+  const auto names = [](int runners, bool clear) {
+    Fixture f(runners);
+    for (int i = 1; i <= runners; ++i) {
+      f.analyzer->Item(i)->OtherData()->RunnerName =
+          (i % 2 == 1 ? "Anna " : "Bert ") + ("Name" + std::to_string((i + 1) / 2));
+      f.Splits(i, {100, 300, 600 + 150.0 * i});
+    }
+    f.chart.ClearNames = clear;
+    f.Build(0, ChartRatioToFit(*f.analyzer, f.chart, KR_CHART_NORMAL));
+    std::vector<Call> calls = Drawn(f, true);
+    std::erase_if(calls, [](const Call& call) { return call.box.Top < 352; });
+    return calls;
+  };
+  const Rows<int, bool, std::string, std::size_t> cases{{4, false, "Anna Name1", 1},
+                                                        {8, false, "Anna", 1},  // turned
+                                                        {8, true, "Anna Name1", 2},
+                                                        {16, true, "Name1 A.", 2},
+                                                        {20, true, "Name1 ", 1}};  // turned
+  for (const auto& [runners, clear, first, rows] : cases) {
+    const std::vector<Call> calls = names(runners, clear);
+    std::set<double> tops;
+    for (const Call& a : calls) {
+      tops.insert(a.box.Top);
+      EXPECT_EQ(a.halo > 0, clear);
+      for (const Call& b : calls) {
+        const ChartBox inner{b.box.Left + 0.01, b.box.Top + 0.01, b.box.Right, b.box.Bottom};
+        EXPECT_FALSE(&a != &b && Overlap(a.box, inner)) << a.text << ", " << b.text;
+      }
+    }
+    ASSERT_FALSE(calls.empty());
+    EXPECT_EQ(calls.front().text, first) << runners;
+    EXPECT_EQ(tops.size(), rows) << runners;
+  }
+}
+
+TEST(ClearNames, AddWhatTellsRunnersApart) {
+  std::deque<clsLapData> runners;
+  std::vector<const clsLapData*> records;
+  const auto add = [&](std::string name, std::string family = "", std::string given = "") {
+    clsLapData& runner = runners.emplace_back();
+    runner.RunnerName = std::move(name);
+    runner.FamilyName = std::move(family);
+    runner.GivenName = std::move(given);
+  };
+  for (const char* name : {"高田　聡", "高田 健一", " 林  勇人", "ﾜﾀﾅﾍﾞ ﾋﾛｼ", "Paul van Novak",
+                           "Petra Novak", "NOVAK Zed", "Berger, Tom", "Anna  Lind", "Åsa Lind",
+                           "Adam Lind", "Solo", "", "DE GROOT Jan"}) {
+    add(name);
+  }
+  add("ignored", "García López", "Ana");
+  for (const clsLapData& runner : runners) records.push_back(&runner);
+  std::string names;
+  for (const std::string& name : ShortNames(records)) names += name + "|";
+  EXPECT_EQ(names,
+            "高田 聡|高田 健|林|ﾜﾀﾅﾍﾞ|Novak Paul van|Novak Petra|NOVAK|Berger|Lind Anna|Lind Å.|"
+            "Lind Adam|Solo||DE GROOT|García López|");
+}
+
 TEST(Drawing, OnAPrintBookIsAThirdOfTheSize) {
   Fixture f(1);
   const auto book = std::make_shared<clsPrintBook>();
@@ -331,6 +547,7 @@ TEST(Charts, SurviveWhateverTheyAreGiven) {
       f.picture->width = mode % 2 == 0 ? 704 : odd;
       f.chart.SetPictureObject(f.picture);
       f.chart.AutoSize = mode == 2;
+      f.chart.Titles = f.chart.AutoColors = f.chart.ClearNames = f.chart.FitMost = odd < 0;
       const bool is_empty = f.Build(mode, odd, odd, odd, odd).frame_lines.empty();
       EXPECT_EQ(is_empty, mode < 0 || mode > 7 || f.chart.Width() <= 0);
       f.analyzer->SelectNone();  // after the build

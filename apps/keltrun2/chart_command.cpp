@@ -1,4 +1,3 @@
-#include <array>
 #include <charconv>
 #include <memory>
 #include <optional>
@@ -15,9 +14,6 @@
 namespace keltrun::cli {
 namespace {
 
-// Colors of highlighted runners that can be told apart on white, even by most color-blind people.
-constexpr std::array<Color, 8> kHighlightColors = {0x2020D0, 0xD06000, 0x208020, 0xA02090,
-                                                   0x0080E0, 0xA0A000, 0x404080, 0x707070};
 constexpr std::int32_t kHighlightWidth = 3;
 
 PictureFormatConst Format(const std::string& file) {
@@ -62,8 +58,10 @@ void Highlight(const clsAnalyzer& analyzer, clsChartObject& chart, const ChartOp
   std::size_t used = 0;
   for (const std::string& word : options.highlight) {
     for (const std::int32_t runner : RunnersOf(analyzer, word)) {
-      chart.SetRunnerSetting(runner, kHighlightColors[used++ % kHighlightColors.size()],
-                             kHighlightWidth, KR_CHART_FLAG_NAME | KR_CHART_FLAG_LEGEND);
+      // The colors come round again with dashed lines.
+      const std::int32_t dash = used < kChartColors.size() ? 0 : KR_CHART_FLAG_DASH;
+      chart.SetRunnerSetting(runner, kChartColors[used++ % kChartColors.size()], kHighlightWidth,
+                             KR_CHART_FLAG_NAME | KR_CHART_FLAG_LEGEND | dash);
     }
   }
   // Highlighting must not hide the names of other runners.
@@ -94,12 +92,18 @@ void DrawChart(clsKeltrun2& root, const Options& options) {
   WarnWithoutJapaneseFont(options);
   const ChartOptions& wanted = options.chart;
   const KrChartModeConst mode = ChartMode(wanted.mode);
-  const auto analyzer = Analysis(root, OneSet(root, options), options);
+  const ChosenSet choice = OneSet(root, options);
+  const auto analyzer = Analysis(root, choice, options);
+  AddControlCodes(*analyzer, CourseOf(root, choice));
   Prepare(*analyzer, mode);
   const auto picture =
       std::make_shared<CairoPicture>(wanted.width, wanted.height, Format(options.output));
   const auto chart = std::make_shared<clsChartObject>();
   chart->BridgeGaps = true;
+  chart->Titles = true;
+  chart->AutoColors = true;
+  chart->ClearNames = true;
+  chart->FitMost = true;
   chart->SetPictureObject(picture);
   const float ratio_x = ChartRatioToFit(*analyzer, *chart, mode) * wanted.zoom_x;
   root.GraphicControl()->DrawChart(analyzer, chart, mode, ratio_x, wanted.zoom_y, wanted.scroll_x,

@@ -153,6 +153,12 @@ std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet
   return number != 0 ? root.CourseData(std::to_string(number)) : nullptr;
 }
 
+void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> course) {
+  if (course && course->ControlCount() >= analyzer.ControlCount) {
+    analyzer.SetCourseData(std::move(course));
+  }
+}
+
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice,
                                       const Options& options) {
   auto analyzer = choice.segment ? choice.segment->Analyzer() : root.NewAnalyzer();

@@ -34,6 +34,10 @@ ChosenSet OneSet(const clsKeltrun2& root, const Options& options);
 /// course.
 std::shared_ptr<clsCourseData> CourseOf(const clsKeltrun2& root, const ChosenSet& choice);
 
+/// Lets outputs show the course's control codes. Nothing for a course of fewer controls than the
+/// set has, because some of these would have no code.
+void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> course);
+
 /// The analysis of a set, executed, without the untimed legs that the options name.
 std::shared_ptr<clsAnalyzer> Analysis(const clsKeltrun2& root, const ChosenSet& choice,
                                       const Options& options);

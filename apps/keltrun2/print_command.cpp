@@ -62,13 +62,6 @@ void SetUpPages(clsPrintBook& book, const Options& options) {
   }
 }
 
-// With a course of fewer controls than the set has, some controls would have no code.
-void AddControlCodes(clsAnalyzer& analyzer, std::shared_ptr<clsCourseData> course) {
-  if (course && course->ControlCount() >= analyzer.ControlCount) {
-    analyzer.SetCourseData(std::move(course));
-  }
-}
-
 void PrintOne(clsKeltrun2& root, const Options& options, const ChosenSet& choice,
               const std::shared_ptr<clsPrintBook>& book) {
   const PrintOptions& print = options.print;

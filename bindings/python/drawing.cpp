@@ -115,9 +115,10 @@ void BindCharts(py::module_& module) {
        KR_VALUE(KR_CHART_CRUISE_MISSRATE), KR_VALUE(KR_CHART_CRUISE_HALFRATIO),
        KR_VALUE(KR_CHART_VESMER)});
   module.attr("kMostNamesUnasked") = kMostNamesUnasked;
-  Enumeration<ChartRunnerFlagConst>(
-      module, "ChartRunnerFlagConst",
-      {KR_VALUE(KR_CHART_FLAG_NAME), KR_VALUE(KR_CHART_FLAG_LEGEND), KR_VALUE(KR_CHART_FLAG_HIDE)});
+  module.attr("kChartColors") = py::tuple(py::cast(kChartColors));
+  Enumeration<ChartRunnerFlagConst>(module, "ChartRunnerFlagConst",
+                                    {KR_VALUE(KR_CHART_FLAG_NAME), KR_VALUE(KR_CHART_FLAG_LEGEND),
+                                     KR_VALUE(KR_CHART_FLAG_HIDE), KR_VALUE(KR_CHART_FLAG_DASH)});
   Class<ChartRunnerSetting>(module, "ChartRunnerSetting")
       .Field("ForeColor", &ChartRunnerSetting::ForeColor)
       .Field("DrawWidth", &ChartRunnerSetting::DrawWidth)
@@ -131,6 +132,10 @@ void BindCharts(py::module_& module) {
       .MadeBy(py::init<>())
       .Field("AutoSize", &clsChartObject::AutoSize)
       .Field("BridgeGaps", &clsChartObject::BridgeGaps)
+      .Field("Titles", &clsChartObject::Titles)
+      .Field("AutoColors", &clsChartObject::AutoColors)
+      .Field("ClearNames", &clsChartObject::ClearNames)
+      .Field("FitMost", &clsChartObject::FitMost)
       .ReadOnly("RatioX", &clsChartObject::RatioX)
       .ReadOnly("RatioY", &clsChartObject::RatioY)
       .ReadOnly("PositionX", &clsChartObject::PositionX)

@@ -13,7 +13,10 @@
 #include "keltrun2/chart/chart_object_internal.h"
 #include "keltrun2/chart/chart_scales.h"
 #include "keltrun2/chart/chart_wrapper.h"
+#include "keltrun2/chart/short_names.h"
 #include "keltrun2/config/settings.h"
+#include "keltrun2/model/event_model.h"
+#include "keltrun2/model/process_state.h"
 #include "keltrun2/text/numbers.h"
 
 namespace keltrun {
@@ -60,10 +63,12 @@ class ChartBuilder {
 
   void Build() {
     CopyNames();
+    if (state_.has_titles) SetTitles();
     if (!(state_.width > 0) || !(state_.height > 0)) return;
     state_.height_occupied = 1 / state_.ratio_y;
     if (!IsLineChart(state_.mode) && !IsScatterChart(state_.mode)) return;
-    SetHorizontalAxis(PlanHorizontal(analyzer_, state_.mode, chart_.BridgeGaps));
+    plan_ = PlanHorizontal(analyzer_, state_.mode, chart_.BridgeGaps, chart_.FitMost);
+    SetHorizontalAxis(plan_);
     if (!(state_.width > 0)) return;  // the host's picture may have any size after it was widened
     if (IsLineChart(state_.mode)) {
       BuildLineChart();
@@ -78,12 +83,35 @@ class ChartBuilder {
     for (std::size_t i = 0; i < runners_.size(); ++i) {
       state_.names[i + 1] = runners_[i]->RunnerName();
     }
+    if (!chart_.ClearNames) return;
+    const clsLapData nobody;
+    std::vector<const clsLapData*> records{&nobody};
+    for (const auto& runner : runners_) records.push_back(runner->OtherData().get());
+    state_.short_names = ShortNames(records);
+  }
+
+  // The texts of a mode have its number at the end of their keys.
+  void SetTitles() {
+    const std::string mode = std::to_string(state_.mode);
+    const std::string of_mode = ResourceText("RES_CHART_MODE_" + mode);
+    const std::string& set = analyzer_.DataSetName();
+    state_.titles.Set = set + (set.empty() || of_mode.empty() ? "" : ": ") + of_mode;
+    if (const auto model = FindCurrentModel()) state_.titles.Event = model->Event->ToString();
+    state_.titles.AxisX = ResourceText("RES_CHART_AXIS_X_" + mode);
+    const char* control = HasCodes() ? "RES_CHART_AXIS_CODE" : "RES_CHART_AXIS_CONTROL";
+    state_.titles.AxisY =
+        ResourceText(IsLineChart(state_.mode) ? control : "RES_CHART_AXIS_Y_" + mode);
+  }
+
+  bool HasCodes() const {
+    const auto& course = analyzer_.CourseData();
+    return state_.has_titles && course && course->ControlCount() == analyzer_.ControlCount;
   }
 
   void SetHorizontalAxis(const HorizontalPlan& plan) {
     const double needed = plan.WidthAt(state_.ratio_x);
     if (chart_.AutoSize && needed > state_.width) {
-      const double widest = kWidestPicture - 2.0 * kChartMarginX;
+      const double widest = kWidestPicture - 2.0 * state_.Margins().X;
       ChartObjectInternal::WidenPicture(chart_, ToFloat(std::ceil(std::min(needed, widest))));
     }
     const double spare = state_.width - needed;
@@ -147,17 +175,27 @@ class ChartBuilder {
     for (std::size_t control = finish; control > 0; --control) {
       const double y = controls[control];
       if (below - y < room || y - controls[0] < room) continue;
-      AddLabelsAtBothSides(control == finish ? "F" : std::to_string(control), y);
+      AddLabelsAtBothSides(control == finish ? "F" : ControlLabel(control), y);
       below = y;
     }
     AddLabelsAtBothSides("S", controls[0]);
   }
 
+  std::string ControlLabel(std::size_t control) const {
+    std::string label = std::to_string(control);
+    if (!HasCodes()) return label;
+    const auto index = static_cast<std::int32_t>(control);
+    return label + " (" + std::to_string(analyzer_.CourseData()->ControlNum(index)) + ")";
+  }
+
   void AddRunnerLines(const Course& course, const std::vector<double>& controls) {
     const ChartBox area{0, 0, state_.width, state_.height};
     std::vector<LineValue> values;
+    state_.leaves.resize(runners_.size() + 1);
     for (std::size_t runner = 0; runner < runners_.size(); ++runner) {
       LineValues(*runners_[runner], course, state_.mode, chart_.BridgeGaps, values);
+      state_.leaves[runner + 1] = std::any_of(
+          values.begin(), values.end(), [&](const LineValue& at) { return IsOffAxis(at.Value); });
       for (std::size_t i = 1; i < values.size(); ++i) {
         ChartPoint from{x_.At(values[i - 1].Value), controls[values[i - 1].Control]};
         ChartPoint to{x_.At(values[i].Value), controls[values[i].Control]};
@@ -166,6 +204,10 @@ class ChartBuilder {
         AddRunnerLine(from, to, bridge ? DashCount(from, to) : 1, runner + 1, values[i].Control);
       }
     }
+  }
+
+  bool IsOffAxis(double value) const {
+    return value < plan_.Range.Lower || value > plan_.Range.Upper;
   }
 
   // The number of dashes of a line over a gap.
@@ -281,7 +323,7 @@ class ChartBuilder {
   }
 
   void AddTitles() {
-    if (state_.mode == KR_CHART_VESMER) return;
+    if (state_.mode == KR_CHART_VESMER || state_.has_titles) return;
     AddText(ResourceText("RES_META_CRUISE_SPEED"), state_.width / 2, state_.height + kTitleGap,
             kBeginsAtY);
     if (state_.mode == KR_CHART_CRUISE_MISSRATE) {
@@ -338,6 +380,7 @@ class ChartBuilder {
   clsChartObject& chart_;
   ChartObjectInternal::State& state_;
   clsChartWrapper pen_;
+  HorizontalPlan plan_;
   ChartAxis x_, y_;
 };
 
@@ -360,7 +403,7 @@ float ChartRatioToFit(const clsAnalyzer& Analyzer, const clsChartObject& Chart,
                       KrChartModeConst ChartMode) {
   if (!(Chart.Width() > 0) || !(Chart.Height() > 0)) return 1;
   if (!IsLineChart(ChartMode) && !IsScatterChart(ChartMode)) return 1;
-  const HorizontalPlan plan = PlanHorizontal(Analyzer, ChartMode, Chart.BridgeGaps);
+  const HorizontalPlan plan = PlanHorizontal(Analyzer, ChartMode, Chart.BridgeGaps, Chart.FitMost);
   const bool is_map = ChartMode == KR_CHART_VESMER;
   const double width = is_map ? Chart.Height() : Chart.Width() - plan.LeftMargin - plan.RightMargin;
   const double width_at_one = plan.Range.Span() * plan.UnitsPerOne;

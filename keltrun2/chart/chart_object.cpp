@@ -20,17 +20,22 @@ constexpr float kLargestTarget = 1e6F;
 constexpr Color kWhite = 0xFFFFFF;
 
 // What is left of a target's size between the margins; 0 for sizes that no target can have.
-float WithoutMargins(float size, float margin) {
-  return std::isfinite(size) ? std::min(size, kLargestTarget) - 2 * margin : 0;
+float WithoutMargins(float size, float margins) {
+  return std::isfinite(size) ? std::min(size, kLargestTarget) - margins : 0;
 }
 
 struct AreaSize {
   float width, height;
 };
 
-AreaSize DrawableArea(const PictureBox& picture) {
-  return {WithoutMargins(picture.ScaleWidth(), kChartMarginX),
-          WithoutMargins(picture.ScaleHeight(), kChartMarginY)};
+// The drawable area of a target of that size.
+AreaSize DrawableArea(const ChartMargins& margins, float width, float height) {
+  return {WithoutMargins(width, 2 * margins.X),
+          WithoutMargins(height, margins.Top + margins.Bottom)};
+}
+
+AreaSize DrawableArea(const ChartMargins& margins, const PictureBox& picture) {
+  return DrawableArea(margins, picture.ScaleWidth(), picture.ScaleHeight());
 }
 
 void MakeTarget(State& state, std::shared_ptr<PictureBox> picture,
@@ -134,30 +139,36 @@ ChartRunnerSetting2 clsChartObject::GetRunnerSetting2(std::int32_t RunnerIndex) 
 void clsChartObject::SetPictureObject(std::shared_ptr<PictureBox> PictureObject) {
   CheckObject(PictureObject, "clsChartObject.PictureObject");
   const std::shared_ptr<State> state = state_;  // the picture's host may release the chart
+  const bool has_titles = Titles;
   PictureObject->SetScaleMode(PictureBox::kScalePixels);
   PictureObject->SetBackColor(kWhite);
-  const AreaSize area = DrawableArea(*PictureObject);
+  state->has_titles = has_titles;
+  const AreaSize area = DrawableArea(state->Margins(), *PictureObject);
   MakeTarget(*state, std::move(PictureObject), nullptr, area);
 }
 
 void clsChartObject::SetPrintBookObject(std::shared_ptr<clsPrintBook> PrintBookObject) {
   CheckObject(PrintBookObject, "clsChartObject.PrintBookObject");
-  const AreaSize area = {
-      WithoutMargins(PrintBookObject->Width() * kChartUnitsPerBookUnit, kChartMarginX),
-      WithoutMargins(PrintBookObject->Height() * kChartUnitsPerBookUnit, kChartMarginY)};
+  state_->has_titles = Titles;
+  const AreaSize area =
+      DrawableArea(state_->Margins(), PrintBookObject->Width() * kChartUnitsPerBookUnit,
+                   PrintBookObject->Height() * kChartUnitsPerBookUnit);
   MakeTarget(*state_, nullptr, std::move(PrintBookObject), area);
 }
 
 std::int32_t clsChartObject::MousePointRunnerIndex(float X, float Y) const {
   const State& state = *state_;
-  const ChartPoint point{std::max(0.0F, std::min(X - kChartMarginX, state.width)),
-                         std::max(0.0F, std::min(Y - kChartMarginY, state.height))};
+  const ChartPoint point{std::max(0.0F, std::min(X - state.Margins().X, state.width)),
+                         std::max(0.0F, std::min(Y - state.Margins().Top, state.height))};
   double best = kMouseReach * kMouseReach;
   const std::int32_t found = Nearest(state, state.runner_lines, point, best, 0);
   return Nearest(state, state.runner_points, point, best, found);
 }
 
-void clsChartObject::DrawChart() { ChartDrawing(*state_).Draw(); }
+void clsChartObject::DrawChart() {
+  state_->auto_colors = AutoColors;
+  ChartDrawing(*state_).Draw();
+}
 
 ChartObjectInternal::Build::Build(clsChartObject& chart) : state_(Get(chart)) {
   if (state_.is_being_built) {
@@ -177,6 +188,9 @@ void ChartObjectInternal::Initialize(clsChartObject& chart) {
   state.frame_lines.clear();
   state.texts.clear();
   state.names.clear();
+  state.short_names.clear();
+  state.leaves.clear();
+  state.titles = {};
   state.mode = KR_CHART_NORMAL;
   state.ratio_x = state.ratio_y = 1;
   state.position_x = state.position_y = 0;
@@ -210,8 +224,8 @@ void ChartObjectInternal::WidenPicture(clsChartObject& chart, float width) {
   if (!picture) return;
   const float scale = picture->Width() / picture->ScaleWidth();
   if (!std::isfinite(scale) || scale <= 0) return;
-  picture->SetWidth(scale * (width + 2 * kChartMarginX));
-  const AreaSize area = DrawableArea(*picture);
+  picture->SetWidth(scale * (width + 2 * state.Margins().X));
+  const AreaSize area = DrawableArea(state.Margins(), *picture);
   if (state.picture == picture) MakeTarget(state, picture, nullptr, area);
 }
 

@@ -1,6 +1,7 @@
 // A chart of an analysis and its runner settings.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
@@ -17,7 +18,12 @@ enum ChartRunnerFlagConst : std::int32_t {
   KR_CHART_FLAG_NAME = 1,    ///< Writes the runner's name at the end of the line or at the mark.
   KR_CHART_FLAG_LEGEND = 2,  ///< Lists the runner in the legend.
   KR_CHART_FLAG_HIDE = 4,    ///< Hides the runner, from the mouse as well.
+  KR_CHART_FLAG_DASH = 8,    ///< Draws the line dashed, or the mark open or upright.
 };
+
+/// Colors of lines that can be told apart on white, even by most color-blind people.
+inline constexpr std::array<Color, 8> kChartColors = {0x2020D0, 0xD06000, 0x208020, 0xA02090,
+                                                      0x0070D8, 0x908800, 0x404080, 0x205868};
 
 /// While no runner has a flag, names are written for sets of at most this many runners.
 inline constexpr std::int32_t kMostNamesUnasked = 20;
@@ -51,7 +57,8 @@ struct ChartRunnerSetting2 {
 ///     const auto runner = analyzer->Item(chart->MousePointRunnerIndex(x, y));
 ///
 /// Units are pixels on a picture; on a print book, three units are one unit of the book. The chart
-/// itself keeps a margin of 52 units at the left and right and 50 at the top and bottom.
+/// itself keeps a margin of 52 units at the left and right and 50 at the top and bottom; with
+/// Titles it is 76 units, and 64 at the bottom.
 class KELTRUN2_API clsChartObject {
  public:
   /// A chart without a target, into which nothing is built.
@@ -68,6 +75,26 @@ class KELTRUN2_API clsChartObject {
   /// next one with a time. Without it a line ends at the first such control. Legs that
   /// clsAnalyzer::UntimedLegs leaves out have no height and interrupt no line.
   bool BridgeGaps = false;
+
+  /// Writes the set, the mode and the event above the chart, titles at its axes, and control codes
+  /// after the numbers of the controls when the analyzer has a CourseData of the same length. Read
+  /// when a target is set, because the titles need broader margins.
+  bool Titles = false;
+
+  /// Lets the next DrawChart choose colors: while a runner has a color or width of their own, the
+  /// others are gray; otherwise the first eight runners get the colors of kChartColors, and a
+  /// legend if no names are written.
+  bool AutoColors = false;
+
+  /// Lets the next build write names that identify: where the whole names have no room below a line
+  /// chart, in one row or in two, the family names are written, with the initial of the given name
+  /// if it is needed, and turned only if two rows do not suffice either. Names get a white rim.
+  bool ClearNames = false;
+
+  /// Lets the next build of a line chart leave out of its time axis the lines of up to a tenth of
+  /// the runners when they alone would take more than half of it. These lines end at the edge, with
+  /// the runner's name and an arrow.
+  bool FitMost = false;
 
   /// The horizontal zoom that the last build used, 0.5 to 10,000; 1 at first.
   float RatioX() const;

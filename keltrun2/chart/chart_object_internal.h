@@ -11,8 +11,11 @@
 namespace keltrun {
 
 /// Space around the drawable area, in units of the chart.
-inline constexpr float kChartMarginX = 52;
-inline constexpr float kChartMarginY = 50;
+struct ChartMargins {
+  float X, Top, Bottom;  // X at the left and at the right
+};
+inline constexpr ChartMargins kPlainMargins{52, 50, 50};
+inline constexpr ChartMargins kTitledMargins{76, 76, 64};
 
 /// A line or mark, in units of the chart from the upper left corner of the drawable area. A mark is
 /// a line of length 0.
@@ -41,10 +44,17 @@ struct clsChartChar {
   std::int32_t Align = 0;  // of ChartAlign
 };
 
+/// The titles of a chart; "" for none.
+struct ChartTitles {
+  std::string Set, Event, AxisX, AxisY;
+};
+
 struct clsChartObject::State {
   std::shared_ptr<PictureBox> picture;  // at most one of the two targets is set
   std::shared_ptr<clsPrintBook> book;
   float width = 0, height = 0;
+  bool has_titles = false;
+  const ChartMargins& Margins() const { return has_titles ? kTitledMargins : kPlainMargins; }
 
   std::shared_ptr<clsAnalyzer> analyzer;
   std::string set_name;  // of the analyzer when it was attached, and its size
@@ -58,6 +68,11 @@ struct clsChartObject::State {
   std::vector<clsChartChar> texts;
   // Names as they were at the build, from index 1: the set may change before the chart is drawn.
   std::vector<std::string> names;
+  std::vector<std::string> short_names;  // with ClearNames, otherwise empty
+  std::vector<bool>
+      leaves;  // from index 1, whether the line goes beyond the range of the time axis
+  ChartTitles titles;
+  bool auto_colors = false;  // of the drawing
 
   KrChartModeConst mode = KR_CHART_NORMAL;
   float ratio_x = 1, ratio_y = 1, position_x = 0, position_y = 0;

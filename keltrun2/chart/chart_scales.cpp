@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
@@ -60,19 +61,75 @@ ValueRange CruiseRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {
   return {WholePercent(ratios.smallest) - kPercentMargin, upper + kPercentMargin};
 }
 
-ValueRange TimeRange(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge) {
+ValueRange Joined(const ValueRange& a, const ValueRange& b) {
+  return {std::min(a.Lower, b.Lower), std::max(a.Upper, b.Upper)};
+}
+
+// The range of each runner's line.
+std::vector<ValueRange> LineRanges(const clsAnalyzer& analyzer, KrChartModeConst mode,
+                                   bool bridge) {
   const Course course = MeasureCourse(analyzer);
   std::vector<LineValue> values;
-  std::optional<ValueRange> range;
+  std::vector<ValueRange> ranges;
   for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
     LineValues(*runner, course, mode, bridge, values);
-    for (const auto& [control, value] : values) {
-      if (!range) range = {value, value};
-      range->Lower = std::min(range->Lower, value);
-      range->Upper = std::max(range->Upper, value);
-    }
+    if (values.empty()) continue;
+    ValueRange range{values.front().Value, values.front().Value};
+    for (const auto& [control, value] : values) range = Joined(range, {value, value});
+    ranges.push_back(range);
   }
-  return range.value_or(ValueRange{});
+  return ranges;
+}
+
+// The ranges of all lines, of all but the most extreme one, of all but the two most extreme ones,
+// and so on. The most extreme line is the one without which the range is the shortest.
+std::vector<ValueRange> RangesWithoutExtremes(const std::vector<ValueRange>& lines,
+                                              std::size_t most) {
+  std::vector<std::size_t> by_lower(lines.size());
+  std::iota(by_lower.begin(), by_lower.end(), 0);
+  std::vector<std::size_t> by_upper = by_lower;
+  std::sort(by_lower.begin(), by_lower.end(),
+            [&](auto a, auto b) { return lines[a].Lower < lines[b].Lower; });
+  std::sort(by_upper.begin(), by_upper.end(),
+            [&](auto a, auto b) { return lines[a].Upper > lines[b].Upper; });
+  std::vector<bool> removed(lines.size());
+  const auto first = [&](const std::vector<std::size_t>& order, std::size_t next) {
+    while (removed[order[next]]) ++next;
+    return next;
+  };
+  std::vector<ValueRange> ranges;
+  std::size_t low = 0, high = 0;
+  while (true) {
+    low = first(by_lower, low);
+    high = first(by_upper, high);
+    const ValueRange range{lines[by_lower[low]].Lower, lines[by_upper[high]].Upper};
+    ranges.push_back(range);
+    if (ranges.size() > most) return ranges;
+    const double without_low = lines[by_lower[first(by_lower, low + 1)]].Lower - range.Lower;
+    const double without_high = range.Upper - lines[by_upper[first(by_upper, high + 1)]].Upper;
+    removed[without_high >= without_low ? by_upper[high] : by_lower[low]] = true;
+  }
+}
+
+// The range of the lines without the outliers: the fewest lines, up to a tenth, whose removal
+// leaves a range that the other nine tenths fill to at least half.
+ValueRange RangeOfMost(const std::vector<ValueRange>& lines) {
+  constexpr double kOutliers = 0.1;
+  constexpr double kLeastFilled = 0.5;
+  const auto most =
+      static_cast<std::size_t>(std::lround(static_cast<double>(lines.size()) * kOutliers));
+  const std::vector<ValueRange> ranges = RangesWithoutExtremes(lines, most);
+  return *std::find_if(ranges.begin(), ranges.end(), [&](const ValueRange& range) {
+    return !(ranges.back().Span() < kLeastFilled * range.Span());
+  });
+}
+
+ValueRange TimeRange(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge,
+                     bool fit_most) {
+  const std::vector<ValueRange> lines = LineRanges(analyzer, mode, bridge);
+  if (lines.empty()) return {};
+  if (fit_most) return RangeOfMost(lines);
+  return std::accumulate(lines.begin() + 1, lines.end(), lines.front(), Joined);
 }
 
 ValueRange MissRange(const clsAnalyzer& analyzer) {
@@ -153,14 +210,15 @@ std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChar
   }
 }
 
-HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge) {
+HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge,
+                              bool fit_most) {
   if (mode == KR_CHART_VESMER) {
     return {{-kMapSize, kMapSize}, kUnitsPerSecond, kLineMargin, kLineMargin, true};
   }
   if (IsScatterChart(mode)) return {CruiseRange(analyzer, mode), kUnitsPerPercent, 0, 0, false};
   // Every line of the ordinary chart starts at the time 0, which is the left edge itself.
   const double left = mode == KR_CHART_NORMAL ? 0 : kLineMargin;
-  return {TimeRange(analyzer, mode, bridge), kUnitsPerSecond, left, kLineMargin, false};
+  return {TimeRange(analyzer, mode, bridge, fit_most), kUnitsPerSecond, left, kLineMargin, false};
 }
 
 ValueRange VerticalRange(const clsAnalyzer& analyzer, KrChartModeConst mode) {

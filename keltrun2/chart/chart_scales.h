@@ -68,8 +68,10 @@ void LineValues(const clsAnalyzedRunnerData& runner, const Course& course, KrCha
 /// is missing.
 std::optional<ChartPoint> MarkValues(const clsAnalyzedRunnerData& runner, KrChartModeConst mode);
 
-/// `bridge` as in LineValues.
-HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge);
+/// `bridge` as in LineValues. With `fit_most` the range of a line chart leaves out up to a tenth of
+/// the lines when they alone would take more than half of it; no more of them than necessary.
+HorizontalPlan PlanHorizontal(const clsAnalyzer& analyzer, KrChartModeConst mode, bool bridge,
+                              bool fit_most);
 
 /// The vertical range of a scatter chart.
 ValueRange VerticalRange(const clsAnalyzer& analyzer, KrChartModeConst mode);

@@ -64,14 +64,17 @@ void clsChartWrapper::PrintText(std::string_view Text) {
   if (picture_) {
     picture_->DrawText(Text, CurrentX, CurrentY, Style());
   } else if (book_) {
-    Font font = font_;
-    font.SetSize(BookPoints(size_));
+    Font font = Style().Font;
+    font.SetSize(BookPoints(Style().Size));
     // The box has the size of the text, which therefore fills it with any alignment. A turned text
     // extends to the left of its corner.
     const float width = ToBook(TextWidth(Text));
     const float height = ToBook(TextHeight());
-    book_->PrintText(Text, font, ToBook(CurrentX) - (Turned ? height : 0), ToBook(CurrentY),
-                     Turned ? height : width, Turned ? width : height, PRINTBOOK_ALIGN_LEFT,
+    const float left = ToBook(CurrentX) - (Turned ? height : 0);
+    const float across = Turned ? height : width;
+    const float down = Turned ? width : height;
+    if (Halo > 0) book_->DrawBox(left, ToBook(CurrentY), across, down, kWhite, 0, true);
+    book_->PrintText(Text, font, left, ToBook(CurrentY), across, down, PRINTBOOK_ALIGN_LEFT,
                      PRINTBOOK_VALIGN_TOP, Turned, 1.0F, ForeColor);
   }
 }
@@ -95,7 +98,14 @@ void clsChartWrapper::EndDraw() {
 }
 
 TextStyle clsChartWrapper::Style() const {
-  return {.Font = font_, .Size = size_, .HeightRatio = 1, .Turned = Turned, .Color = ForeColor};
+  TextStyle style{.Font = font_,
+                  .Size = size_ * TextRatio,
+                  .HeightRatio = 1,
+                  .Turned = Turned,
+                  .Color = ForeColor,
+                  .Halo = Halo};
+  style.Font.Bold |= Bold;
+  return style;
 }
 
 // The size of a text is proportional to that of its letters in any unit, so the printer of a print

@@ -32,6 +32,11 @@ class clsChartWrapper {
   float CurrentX = 0, CurrentY = 0;
   /// Whether the next texts run from top to bottom.
   bool Turned = false;
+  /// How much larger than usual the next texts are, and whether they are bold.
+  float TextRatio = 1;
+  bool Bold = false;
+  /// The white rim of the next texts. On a print book it is a white box.
+  float Halo = 0;
 
   void DrawLine(float X1, float Y1, float X2, float Y2);
   /// Filled first when the fill style is solid; the outline is left out for a pen of width 0.
