@@ -167,7 +167,10 @@ void ChartDrawing::DrawDashes(const clsChartLine& line, const Look& look, Dashin
     return ChartPoint{std::lerp(double{line.X1}, double{line.X2}, part),
                       std::lerp(double{line.Y1}, double{line.Y2}, part)};
   };
-  for (double along = -std::fmod(dashing.length, period); along < length; along += period) {
+  const double first = -std::fmod(dashing.length, period);
+  const auto dashes = static_cast<int>(std::ceil((length - first) / period));
+  for (int i = 0; i < dashes; ++i) {
+    const double along = first + i * period;
     if (along + kDash <= 0) continue;
     const ChartPoint from = at(std::max(along, 0.0));
     const ChartPoint to = at(std::min(along + kDash, length));
@@ -455,7 +458,7 @@ std::vector<std::string> ChartDrawing::TextsBeside(const End& end) const {
   const bool is_at_edge = end.x <= 0 || end.x >= state_.width;
   if (!LookOf(end.runner).leaves || !is_at_edge) return texts;
   for (std::string& text : texts) {
-    text = end.x > 0 ? text + " \u2192" : "\u2190 " + text;
+    end.x > 0 ? text.append(" \u2192") : text.insert(0, "\u2190 ");
   }
   return texts;
 }

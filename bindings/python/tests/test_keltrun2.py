@@ -292,6 +292,10 @@ def test_charts_and_the_mouse(root, analyzer, tmp_path):
     chart.DrawChart()
     assert picture.Encode().startswith(b"\x89PNG")
     assert {chart.MousePointRunnerIndex(x, 300) for x in range(52, 748)} - {0}
+    width = chart.Width
+    chart.Titles = chart.AutoColors = chart.ClearNames = chart.FitMost = True
+    chart.SetPictureObject(picture)
+    assert chart.Width < width and len(kr.kChartColors) == 8
 
 
 def test_prints_to_pdf(root, analyzer):
