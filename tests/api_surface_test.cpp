@@ -173,6 +173,7 @@ TEST(ApiSurface, ChartOptionsAreOff) {
   EXPECT_FALSE(chart.AutoSize || chart.BridgeGaps || chart.Titles || chart.AutoColors ||
                chart.ClearNames || chart.FitMost);
   EXPECT_EQ(TextStyle().Halo, 0);
+  EXPECT_FALSE(clsGraphicControl().PrintHeads);
   EXPECT_EQ(kChartColors.size(), 8U);
   Are<ChartRunnerFlagConst>(KR_CHART_FLAG_NAME, KR_CHART_FLAG_LEGEND, KR_CHART_FLAG_HIDE,
                             KR_CHART_FLAG_DASH);

@@ -334,7 +334,7 @@ TEST(Titles, AreAboveTheChartAndAtItsAxes) {
     f.picture->width = 1000;
     f.chart.SetPictureObject(f.picture);
     EXPECT_EQ(f.chart.Width(), 1000 - 152);
-    EXPECT_EQ(f.chart.Height(), 400 - 140);
+    EXPECT_EQ(f.chart.Height(), 400 - 156);
     f.Build(0);
     EXPECT_EQ(TextsDownTo(f, 51), expected);
     const auto course = std::make_shared<clsCourseData>();
@@ -367,7 +367,8 @@ TEST(Titles, AreCutToTheWidthOfThePicture) {
 }
 
 TEST(AutoColors, ForTheFirstEightOrForThoseHighlighted) {
-  Fixture f(10);
+  Fixture f(11);
+  f.Splits(1, {0, 0, 0});  // who has no line needs no color
   f.chart.AutoColors = true;
   f.Build(0);
   const auto colors = [&] {

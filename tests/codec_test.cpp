@@ -3,9 +3,9 @@
 
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/codec/list_encoding.h"
+#include "keltrun2/codec/markup_encoding.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
-#include "keltrun2/codec/markup_encoding.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {

@@ -269,6 +269,124 @@ TEST(ResultList, LinesBorderAndPages) {
   EXPECT_EQ(print.book->PrintedAreaHeight(), 62.5) << "37.5 + (2 + 2 + 1) * 5";
 }
 
+// The texts of a page, separated by "|".
+std::string Texts(const clsPrintBook& book, std::size_t page) {
+  std::string texts;
+  for (const clsPrintBookLine& line : PrintBookInternal::Pages(book)[page]) {
+    if (line.Kind == PrintKind::kText) texts += line.Text + "|";
+  }
+  return texts;
+}
+
+struct HeadedFixture {
+  HeadedFixture() {
+    root->EventData()->EventName = "Cup";
+    root->GraphicControl()->PrintHeads = true;
+  }
+  void Add(const std::string& klass, const std::string& name, const std::string& result,
+           const std::string& rank) const {
+    AddRunner(*root->AddClass(klass), name, result, {})->Rank = rank;
+  }
+  void AddMany(const std::string& klass, int runners) const {
+    for (int i = 10; i < 10 + runners; ++i) {
+      Add(klass, "N" + std::to_string(i), "0:" + std::to_string(i) + ":00", std::to_string(i - 9));
+    }
+  }
+  void Print(const std::string& klass, bool ids = false, bool ages = false) const {
+    const auto results = root->NewResultsHolder();
+    results->AddClass(klass);
+    results->CalcRank();
+    root->GraphicControl()->PrintResult(results, print.book, 1, false, ids, ages);
+  }
+  std::size_t Pages() const { return PrintBookInternal::Pages(*print.book).size(); }
+
+  std::shared_ptr<clsKeltrun2> root = NewRoot(Mode::kEnglishTexts);
+  // 19 lines of 5 fit below the heads of 25.5 units.
+  Book print{160, 121};
+};
+
+TEST(HeadedList, HasHeadsTitlesAndTimesAfterTheBest) {
+  const HeadedFixture f;
+  f.Add("M21", "Fast", "0:59:00", "(1)");  // outside the competition
+  f.Add("M21", "Ann", "1:00:00", "1");
+  f.Add("M21", "Bob", "1:00:30", "2");
+  f.Add("M21", "Cy", "2:10:00", "3");
+  f.Add("M21", "Di", "DNF", "");
+  const auto klass = f.root->ClassData("M21");
+  klass->CutOffRank = 2;
+  klass->Length = 4400;
+  klass->Climb = 85;
+  klass->ControlCount = 17;
+  f.Print("M21");
+  const std::string rows =
+      "(1)|Fast|0:59:00|1|Ann|1:00:00|2|Bob|1:00:30|+0:30|Qualifying line|3|Cy|2:10:00|+1:10:00|"
+      "Di|DNF|";
+  EXPECT_EQ(Texts(*f.print.book, 0),
+            "Cup|Page %1 of %2|M21|Controls 17  4.4km \u219185m|Place|Name|Result|Behind|" + rows);
+  // With numbers, ages and clubs there are more columns.
+  klass->LapData(1)->ClubName = "Club";
+  klass->LapData(2)->Age = "20";
+  f.Print("M21", true, true);
+  EXPECT_NE(Texts(*f.print.book, 0).find("Place|No.|Name|Age|Club|Result|Behind|"),
+            std::string::npos);
+  EXPECT_EQ(f.Pages(), 1U) << "the second list is below the first one";
+}
+
+// Also that the numbers of pages are known only when the book is printed.
+TEST(HeadedList, KeepsClassesTogetherOrContinuesThem) {
+  const HeadedFixture f;
+  f.AddMany("A", 10), f.AddMany("B", 11), f.AddMany("C", 45), f.AddMany("D", 4);
+  for (const std::string klass : {"A", "B", "C", "D"}) f.Print(klass);
+  std::string heads;
+  for (std::size_t page = 0; page < f.Pages(); ++page) {
+    for (const clsPrintBookLine& line : PrintBookInternal::Pages(*f.print.book)[page]) {
+      if (line.Kind != PrintKind::kText || line.TextFont->Size() != 18) continue;
+      heads += std::to_string(page + 1) + ":" + line.Text + " ";
+    }
+    for (const clsPrintBookLine& line : PrintBookInternal::Pages(*f.print.book)[page]) {
+      EXPECT_LE(line.Top + line.Height, 121) << line.Text;
+    }
+  }
+  // B fits on a page, so it begins on one; C fits on none, so it does not. D has room.
+  EXPECT_EQ(heads, "1:A 2:B 2:C 3:C (continued) 4:C (continued) 5:C (continued) 5:D ");
+  const std::string printed = f.print.Printed();
+  EXPECT_NE(printed.find("Page 1 of 5"), std::string::npos);
+  EXPECT_NE(printed.find("Page 5 of 5"), std::string::npos);
+  EXPECT_NE(f.print.Printed(2, 2).find("Page 2 of 5"), std::string::npos);
+}
+
+TEST(HeadedList, ShrinksLongNamesBeforeTheyAreCut) {
+  const HeadedFixture f;
+  // A letter of 11 points is less than 2 units wide, the column of names 124.
+  for (const int letters : {40, 85, 200}) {
+    f.Add("A", std::string(static_cast<std::size_t>(letters), 'x'), "0:10:00", "1");
+  }
+  f.Print("A");
+  std::map<std::size_t, double> sizes;
+  for (const clsPrintBookLine& line : PrintBookInternal::Pages(*f.print.book)[0]) {
+    if (line.Text.starts_with("xx")) {
+      sizes[line.Text.size()] = line.TextFont->Size();
+      EXPECT_TRUE(line.AutoStringCut);
+    }
+  }
+  EXPECT_DOUBLE_EQ(sizes[40], 11);
+  EXPECT_LT(sizes[85], 10.5);
+  EXPECT_GT(sizes[85], 7.8);
+  EXPECT_NEAR(sizes[200], 7.7, 1e-6);
+}
+
+// Pages too low for a head and a line, and books of no size.
+TEST(HeadedList, SurvivesOddPages) {
+  for (const auto& [width, height] : Rows<float, float>{{160, 10}, {1, 500}, {0, 0}, {10, 10}}) {
+    HeadedFixture f;
+    f.print = Book(width, height);
+    f.AddMany("A", 5);
+    f.Print("A");
+    EXPECT_GE(f.Pages(), 1U);
+    EXPECT_LE(f.Pages(), 5U);
+  }
+}
+
 TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   const auto root = NewRoot(Mode::kEnglishTexts);
   const auto analyzer = root->NewAnalyzer();
@@ -312,6 +430,30 @@ TEST(PrintedAnalysis, GroupsOfRunnersOnPages) {
   EXPECT_NE(Records(*print.book, 0).find("Leg times / Mistakes;"), std::string::npos);
   EXPECT_THROW(graphics.PrintAnalysis(nullptr, print.book), AutomationError);
   EXPECT_THROW(graphics.PrintResult(nullptr, print.book), AutomationError);
+}
+
+// 11 legs need two lines of a portrait page.
+TEST(PrintedAnalysis, WithHeadsIsBalancedAndNamesTheReference) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  const auto analyzer = root->NewAnalyzer();
+  AddRunner(*root->AddClass("M21"), "N", "1:00:00", std::vector(11, 90.));
+  analyzer->AddClass("M21");
+  analyzer->ControlCount = 10;
+  analyzer->Execute();
+  for (const bool heads : {false, true}) {
+    root->GraphicControl()->PrintHeads = heads;
+    const Book print(190, 277);
+    root->GraphicControl()->PrintAnalysis(analyzer, print.book);
+    std::map<float, int> labels;  // per line
+    for (const clsPrintBookLine& line : PrintBookInternal::Pages(*print.book)[0]) {
+      if (line.Text.find("→") != std::string::npos) ++labels[line.Top];
+    }
+    ASSERT_EQ(labels.size(), 2U);
+    EXPECT_EQ(labels.begin()->second - labels.rbegin()->second <= 1, heads);
+    const std::string texts = Texts(*print.book, 0);
+    EXPECT_EQ(texts.find("Mean of the three best laps") != std::string::npos, heads);
+    EXPECT_EQ(texts.find("Leg times (1-3)") != std::string::npos, !heads);
+  }
 }
 
 // Official ranks are ranks in a class; for a course the rank among all its runners is shown.

@@ -91,6 +91,7 @@ void PrintPages(clsKeltrun2& root, const Options& options) {
   WarnWithoutJapaneseFont(options);
   const auto book = std::make_shared<clsPrintBook>();
   SetUpPages(*book, options);
+  root.GraphicControl()->PrintHeads = true;
   for (const ChosenSet& choice : NamedSetOrClasses(root, options)) {
     PrintOne(root, options, choice, book);
   }

@@ -233,6 +233,7 @@ void BindGraphics(py::module_& module) {
       module, "KrPrintAnalysisModeConst",
       {KR_VALUE(KR_PRINT_ANALYSIS_LAP), KR_VALUE(KR_PRINT_ANALYSIS_MISS)});
   Class<clsGraphicControl>(module, "clsGraphicControl")
+      .Field("PrintHeads", &clsGraphicControl::PrintHeads)
       .Method(
           "DrawChart",
           [](clsGraphicControl& graphics, const std::shared_ptr<clsAnalyzer>& analyzer,

@@ -11,6 +11,7 @@
 #include "keltrun2/model/process_state.h"
 #include "keltrun2/print/analysis_pages.h"
 #include "keltrun2/print/grid.h"
+#include "keltrun2/print/headed_list.h"
 #include "keltrun2/print/result_list.h"
 
 namespace keltrun {
@@ -51,8 +52,11 @@ void clsGraphicControl::PrintResult(const std::shared_ptr<clsResultsHolder>& Res
                                     bool PrintAge) {
   CheckObject(ResultsHolderObject, "clsGraphicControl.PrintResult");
   CheckObject(PrintBookObject, "clsGraphicControl.PrintResult");
-  PrintResultList(*ResultsHolderObject, *PrintBookObject,
-                  {LineInterval, PrintNewPage, PrintID, PrintAge});
+  const ResultListOptions options{LineInterval, PrintNewPage, PrintID, PrintAge};
+  if (!PrintHeads) return PrintResultList(*ResultsHolderObject, *PrintBookObject, options);
+  const std::shared_ptr<clsEventData> event = CurrentModel("clsGraphicControl.PrintResult")->Event;
+  const std::shared_ptr<clsPrintBook> book = PrintBookObject;
+  PrintHeadedList(*ResultsHolderObject, *event, *book, options);
 }
 
 void clsGraphicControl::PrintAnalysis(const std::shared_ptr<clsAnalyzer>& AnalyzerObject,
@@ -62,6 +66,7 @@ void clsGraphicControl::PrintAnalysis(const std::shared_ptr<clsAnalyzer>& Analyz
   CheckObject(PrintBookObject, "clsGraphicControl.PrintAnalysis");
   AnalysisPagesOptions options;
   options.Mode = Mode;
+  options.Heads = PrintHeads;
   for (std::size_t i = 0; settings_ && i < kRankColorItems.size(); ++i) {
     Color& color = options.RankColors[i];
     color = ParseColor(settings_->Value(KR_CONFIG_FOLDER_DATA, kRankColorItems[i]), color);

@@ -23,6 +23,13 @@ class KELTRUN2_API clsGraphicControl {
   explicit clsGraphicControl(std::shared_ptr<clsConfigControl> Settings = nullptr)
       : settings_(std::move(Settings)) {}
 
+  /// Lets PrintResult make lists to hang up: each page has the event, its date and "page n of m";
+  /// each class has its course and the titles of the columns, again with "(continued)" on further
+  /// pages; a column shows the time after the best; a class that fits on a page is not split; long
+  /// names become smaller before they are cut. PrintAnalysis then names the reference laps in full,
+  /// shrinks names likewise and spreads the legs evenly over its lines.
+  bool PrintHeads = false;
+
   /// Builds the chart of an executed analysis into ChartObject, which then draws it. The chart
   /// shows the runners of the selected set. RatioX (0.5 to 10,000) and RatioY (1 to 10,000) zoom,
   /// PositionX and PositionY scroll a zoomed chart from 0 (start) to 1 (end). Mode 6 shows the
@@ -33,9 +40,9 @@ class KELTRUN2_API clsGraphicControl {
 
   /// Lays out a result list on a print book, below what is already on the current page: a title
   /// band, one line for each runner, and a border after the cut-off rank. A LineInterval below 1
-  /// means 1. The book gets a virtual width of 141, plus 5 with PrintAge and 17 with PrintID. Its
-  /// PrintedAreaHeight is then where the next list starts; a host that passes PrintNewPage sets it
-  /// to 0 to start at the top.
+  /// means 1. The book gets a virtual width of 141, plus 5 with PrintAge and 17 with PrintID, or
+  /// one of 160 with PrintHeads. Its PrintedAreaHeight is then where the next list starts; a host
+  /// that passes PrintNewPage sets it to 0 to start at the top.
   void PrintResult(const std::shared_ptr<clsResultsHolder>& ResultsHolderObject,
                    const std::shared_ptr<clsPrintBook>& PrintBookObject, float LineInterval = 1.5f,
                    bool PrintNewPage = false, bool PrintID = false, bool PrintAge = false);

@@ -101,10 +101,16 @@ void ChartDrawing::ReadLooks() {
 void ChartDrawing::ChooseColors() {
   const bool highlights =
       std::any_of(looks_.begin(), looks_.end(), [](const Look& look) { return look.is_own; });
+  std::vector<bool> is_drawn(looks_.size());
+  for (const auto* records : {&state_.runner_lines, &state_.runner_points}) {
+    for (const clsChartLine& record : *records) {
+      is_drawn[static_cast<std::size_t>(record.RunnerIndex)] = true;
+    }
+  }
   std::size_t used = 0;
   for (std::size_t runner = 1; runner < looks_.size(); ++runner) {
     Look& look = looks_[runner];
-    if (look.is_own || look.is_hidden) continue;
+    if (look.is_own || look.is_hidden || !is_drawn[runner]) continue;
     look.color = kOtherGray;
     if (highlights || used == kChartColors.size()) continue;
     look.color = kChartColors[used++];

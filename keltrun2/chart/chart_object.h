@@ -58,7 +58,7 @@ struct ChartRunnerSetting2 {
 ///
 /// Units are pixels on a picture; on a print book, three units are one unit of the book. The chart
 /// itself keeps a margin of 52 units at the left and right and 50 at the top and bottom; with
-/// Titles it is 76 units, and 64 at the bottom.
+/// Titles it is 76 units, and 80 at the bottom.
 class KELTRUN2_API clsChartObject {
  public:
   /// A chart without a target, into which nothing is built.

@@ -15,7 +15,7 @@ struct ChartMargins {
   float X, Top, Bottom;  // X at the left and at the right
 };
 inline constexpr ChartMargins kPlainMargins{52, 50, 50};
-inline constexpr ChartMargins kTitledMargins{76, 76, 64};
+inline constexpr ChartMargins kTitledMargins{76, 76, 80};
 
 /// A line or mark, in units of the chart from the upper left corner of the drawable area. A mark is
 /// a line of length 0.

@@ -7,6 +7,7 @@
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/drawing/drawing_limits.h"
+#include "keltrun2/print/fitted_text.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {
@@ -113,6 +114,10 @@ class AnalysisPages {
     const float cell = std::max(1.0f, WidthOf("1:23:45", standard_) + kPadding + rank_width_);
     const float room = width_ - kLegsLeft;
     cells_per_line_ = std::clamp(static_cast<std::int32_t>(room / cell), 1, cells_);
+    if (options_.Heads) {
+      const std::int32_t lines = (cells_ + cells_per_line_ - 1) / cells_per_line_;
+      cells_per_line_ = (cells_ + lines - 1) / lines;
+    }
     cell_width_ = std::min(room / static_cast<float>(cells_per_line_), kWidestLeg);
     cell_lines_ = (cells_ + cells_per_line_ - 1) / cells_per_line_;
     table_width_ = kLegsLeft + cell_width_ * static_cast<float>(cells_per_line_);
@@ -120,12 +125,7 @@ class AnalysisPages {
 
   // The width in units of the layout. The fonts are those of the settings, unscaled.
   float WidthOf(std::string_view text, const Font& font) const {
-    constexpr double kMmPerPoint = kMmPerInch / kPointsPerInch;
-    TextStyle style;
-    style.Font = font;
-    style.Size = static_cast<float>(font.Size() * kMmPerPoint);
-    const std::shared_ptr<Printer> printer = book_.PrinterObject();  // the book may release it
-    return printer->Measure().TextWidth(text, style);
+    return PrintedWidth(book_, text, font);
   }
 
   // A page that is too low for its head and one group shows everything at a smaller size.
@@ -225,7 +225,8 @@ class AnalysisPages {
   void PrintReference() {
     const clsAnalyzedGeneralData& general = *analyzer_.GeneralData();
     GroupHead head;
-    head.name = ResourceText("RES_META_SPLITS") + " (1-3)";
+    head.name = options_.Heads ? ResourceText("RES_PRINT_REFERENCE")
+                               : ResourceText("RES_META_SPLITS") + " (1-3)";
     head.result = clsTimeValue(general.UpperLapTotal()).ToString(kTimePattern, true);
     DateTime total = 0;
     PrintGroup(head, [&](std::int32_t leg) {
@@ -289,11 +290,15 @@ class AnalysisPages {
     const float figures = kPlaceWidth + kNameWidth, below = top + kLine;
     constexpr float kHalf = kFiguresWidth / 2;
     Text(head.place, font, 0, top, kPlaceWidth - 1.5f, kLine, PRINTBOOK_ALIGN_RIGHT);
-    Text(head.name, font, kPlaceWidth, top, kNameWidth, kLine);
-    Text(head.club, small_, kPlaceWidth, below, kNameWidth, kLine);
+    Text(head.name, NameFont(head.name, font), kPlaceWidth, top, kNameWidth, kLine);
+    Text(head.club, NameFont(head.club, small_), kPlaceWidth, below, kNameWidth, kLine);
     Text(head.result, font, figures, top, kFiguresWidth, kLine, PRINTBOOK_ALIGN_RIGHT);
     Text(head.cruise_speed, small_, figures, below, kHalf, kLine, PRINTBOOK_ALIGN_RIGHT);
     Text(head.miss_rate, small_, figures + kHalf, below, kHalf, kLine, PRINTBOOK_ALIGN_RIGHT);
+  }
+
+  Font NameFont(const std::string& name, const Font& font) const {
+    return options_.Heads ? FittedFont(book_, name, font, kNameWidth) : font;
   }
 
   void PrintCell(const LegCell& cell, float left, float top) {

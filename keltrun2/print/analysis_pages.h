@@ -14,6 +14,9 @@ struct AnalysisPagesOptions {
   KrPrintAnalysisModeConst Mode = KR_PRINT_ANALYSIS_LAP;
   /// The colors behind laps of rank 1, 2 and 3.
   std::array<Color, 3> RankColors = {0xCCCCCC, 0xDDDDDD, 0xEEEEEE};
+  /// Whether the reference laps have a full name, long names become smaller before they are cut,
+  /// and the legs are spread evenly over the lines of a group.
+  bool Heads = false;
 };
 
 /// Lays out the selected runners of an executed analysis on pages of their own. Each page has the

@@ -55,7 +55,23 @@ struct Frame {
   }
 };
 
-void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookLine& line) {
+// A page and the number of all pages.
+struct PageNumber {
+  std::int32_t number, count;
+};
+
+std::string WithPageNumber(std::string text, const PageNumber& page) {
+  const auto put = [&](std::string_view place, std::int32_t value) {
+    const std::size_t at = text.find(place);
+    if (at != std::string::npos) text.replace(at, place.size(), std::to_string(value));
+  };
+  put("%1", page.number);
+  put("%2", page.count);
+  return text;
+}
+
+void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const PageNumber& page,
+                    const clsPrintBookLine& line) {
   TextStyle style;
   style.Font = *line.TextFont;
   const double millimeters = line.TextFont->Size() * kMmPerInch / kPointsPerInch;
@@ -63,7 +79,8 @@ void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintB
   style.HeightRatio = line.ChrHeight;
   style.Turned = line.IsLandscape;
   style.Color = line.Color;
-  TextBox box = {line.Text,
+  const std::string numbered = line.IsPageNumber ? WithPageNumber(line.Text, page) : "";
+  TextBox box = {line.IsPageNumber ? numbered : line.Text,
                  frame.X(line.Left),
                  frame.Y(line.Top),
                  line.Width * frame.unit,
@@ -78,11 +95,12 @@ void DrawTextRecord(DrawingSurface& surface, const Frame& frame, const clsPrintB
   DrawTextInBox(surface, box, style);
 }
 
-void DrawRecord(DrawingSurface& surface, const Frame& frame, const clsPrintBookLine& line) {
+void DrawRecord(DrawingSurface& surface, const Frame& frame, const PageNumber& page,
+                const clsPrintBookLine& line) {
   const float width = frame.LineWidth(line.DrawWidth);
   switch (line.Kind) {
     case PrintKind::kText:
-      DrawTextRecord(surface, frame, line);
+      DrawTextRecord(surface, frame, page, line);
       break;
     case PrintKind::kBox:
       surface.DrawBox(frame.X(line.Left), frame.Y(line.Top), line.Width * frame.unit,
@@ -169,7 +187,8 @@ struct clsPrintBook::State {
   }
 
   // Nothing is drawn outside the virtual area, except the outer half of lines along its edge.
-  void DrawPage(DrawingSurface& surface, const Frame& frame, const Page& page) const {
+  void DrawPage(DrawingSurface& surface, const Frame& frame, std::int32_t number) const {
+    const Page& page = PageAt(number);
     float widest = 0;
     for (const clsPrintBookLine& line : page) {
       if (!line.Fill) widest = std::max(widest, line.DrawWidth);
@@ -177,7 +196,9 @@ struct clsPrintBook::State {
     const float edge = frame.LineWidth(widest) / 2;
     surface.SetClip(frame.left - edge, frame.top - edge, frame.width + 2 * edge,
                     virtual_y * frame.unit + 2 * edge);
-    for (const clsPrintBookLine& line : page) DrawRecord(surface, frame, line);
+    for (const clsPrintBookLine& line : page) {
+      DrawRecord(surface, frame, {number, PageCount()}, line);
+    }
     surface.ResetClip();
   }
 
@@ -288,7 +309,7 @@ void clsPrintBook::Execute(std::int32_t StartPage, std::int32_t EndPage) {
   for (std::int32_t number = first; number <= last; ++number) {
     const std::int64_t cell = (number - first) % s.CellsPerSheet();
     if (cell == 0) sheet = &s.printer->NewSheet();
-    s.DrawPage(*sheet, s.CellFrame(cell), s.PageAt(number));
+    s.DrawPage(*sheet, s.CellFrame(cell), number);
   }
   s.printer->EndDocument();
 }
@@ -324,7 +345,7 @@ void clsPrintBook::ShowPreview(const std::shared_ptr<PictureBox>& PreviewPicture
   const Frame frame = {left + (paper.OffsetLeft + on_sheet.left) * pixels,
                        top + (paper.OffsetTop + on_sheet.top) * pixels, on_sheet.unit * pixels,
                        on_sheet.width * pixels, kPixel};
-  s.DrawPage(picture, frame, s.PageAt(PageNum));
+  s.DrawPage(picture, frame, PageNum);
 }
 
 void clsPrintBook::PrintText(std::string_view Expression, const Font& TextFont, float Left,
@@ -388,6 +409,13 @@ const std::shared_ptr<Printer>& clsPrintBook::PrinterObject() const { return sta
 void clsPrintBook::TryUnload(const void* /*FormObject*/) {
   *state_ = State();
   PreviewZoomRatio = 1;
+}
+
+void PrintBookInternal::PrintPageNumber(clsPrintBook& book, std::string_view text, const Font& font,
+                                        float left, float top, float width, float height) {
+  book.PrintText(text, font, left, top, width, height, PRINTBOOK_ALIGN_RIGHT,
+                 PRINTBOOK_VALIGN_MIDDLE);
+  book.state_->pages->back().back().IsPageNumber = true;
 }
 
 const std::vector<PrintBookInternal::Page>& PrintBookInternal::Pages(const clsPrintBook& book) {

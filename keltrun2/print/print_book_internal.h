@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "keltrun2/print/print_book.h"
@@ -26,6 +27,7 @@ class clsPrintBookLine {
   // Only texts have these.
   bool IsLandscape = false;
   bool AutoStringCut = false;
+  bool IsPageNumber = false;  // %1 and %2 in Text stand for the page and the number of pages
   PrintBookAlignConst Align = PRINTBOOK_ALIGN_LEFT;
   PrintBookValignConst Valign = PRINTBOOK_VALIGN_TOP;
   float ChrHeight = 1;
@@ -39,6 +41,11 @@ class PrintBookInternal {
   using Page = std::vector<clsPrintBookLine>;
 
   static const std::vector<Page>& Pages(const clsPrintBook& book);
+
+  /// Prints the number of the current page, right-aligned: the text with the page in the place of
+  /// "%1" and the number of pages that the book has when it is printed or shown in that of "%2".
+  static void PrintPageNumber(clsPrintBook& book, std::string_view text, const Font& font,
+                              float left, float top, float width, float height);
 };
 
 }  // namespace keltrun

@@ -301,6 +301,7 @@ def test_charts_and_the_mouse(root, analyzer, tmp_path):
 def test_prints_to_pdf(root, analyzer):
     book = kr.clsPrintBook()
     book.Init("", kr.KR_PAPER_A4, kr.tpotPortrate, 10, 10, 10, 10, 1)
+    root.GraphicControl.PrintHeads = True
     root.GraphicControl.PrintAnalysis(analyzer, book)
     assert book.PageCount > 0
     book.Execute()
