@@ -65,10 +65,14 @@ TEST(Json, AnalysisOfASmallClass) {
   Json json = Analyze(*ThreeRunners());
   ExpectObject(json["set"], R"({"name": "W21A", "fileName": "w21a", "kind": "class", "mix": false,
       "controls": 2, "length": 5700, "climb": 70, "cutOffRank": 0, "classInfo": "5.7km ↑70m", "leftOut": 0,
-      "codes": null, "legLabels": ["S→1", "1→2", "2→F"]})");
+      "codes": null, "legLabels": ["S→1", "1→2", "2→F"],
+      "points": ["S", "", "", "F"], "starters": 3, "finishers": 3})");
   ExpectObject(json["general"], R"({"upperLapTotal": 700, "upperLapAverage": [400, 200, 100],
       "legLength": [0.571429, 0.285714, 0.142857], "difficulty": [0, 0, 0],
-      "timed": [true, true, true], "upper": [[3, 2, 1], [3, 1], [3, 1]]})");
+      "timed": [true, true, true], "upper": [[3, 2, 1], [3, 1], [3, 1]],
+      "legs": [{"laps": 3, "mistakes": 0, "cost": 4.762, "decisive": 30},
+               {"laps": 2, "mistakes": 0, "cost": 10, "decisive": 60},
+               {"laps": 2, "mistakes": 0, "cost": 2.5, "decisive": 20}]})");
   ASSERT_EQ(json["runners"].size(), 3u);
   // Anna needs all three legs to cover half of the course: 640 / 700. On leg 1 she lost
   // 380 - 400 * 640 / 700 s, on the others she gained.
@@ -81,9 +85,10 @@ TEST(Json, AnalysisOfASmallClass) {
                 R"({"name": "Berta", "cruiseSpeed": 1.05, "missTime": [0, 20, 5]})");
   ExpectObject(json["runners"][2], R"({"serial": 2, "name": "Lena", "club": "", "class": "W21A",
       "id": 0, "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "",
-      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "",
+      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "", "outcome": "ok",
       "course": 0, "start": null,
       "result": "0:13:10", "officialRank": "", "rank": "3", "rankInDataSet": "3",
+      "time": 790, "behind": 150,
       "lap": [400, "skip", 390], "split": [400, "skip", 790],
       "modifiedLap": [400, 260, 130], "modifiedSplit": [400, 660, 790], "lapRank": [2, 0, 0],
       "splitRank": [2, 0, 3], "modifiedLapRank": [2, 3, 3], "modifiedSplitRank": [2, 3, 3],
@@ -186,11 +191,13 @@ TEST(Json, ResultListsRankAndKeepMarkers) {
                 R"({"name": "b", "rankInDataSet": "2", "rank": "", "rankFix": "2", "laps": []})");
   ExpectObject(runners[2], R"({"serial": 1, "name": "c", "club": "", "class": "A", "id": 0,
       "ecard": 0, "competitorId": "", "sex": "", "age": "", "seed": "",
-      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "",
+      "bib": "", "card": "", "givenName": "", "familyName": "", "nationality": "", "status": "", "outcome": "ok",
       "course": 0, "start": null,
       "result": "0:12:00", "rank": "3", "rankFix": "", "rankInDataSet": "2",
+      "time": 720, "behind": 120,
       "laps": [300, null, "skip", "disq"]})");
-  ExpectMembers(runners[3], R"({"name": "d", "rankInDataSet": "", "result": "DNF"})");
+  ExpectMembers(runners[3], R"({"name": "d", "rankInDataSet": "", "result": "DNF", "outcome": "dnf",
+      "time": null, "behind": null})");
   list["runners"] = runners.size();
   json["event"] = 0;
   ExpectObject(json, R"({"format": "keltrun2-results", "version": 1, "generator": "Keltrun 2.27",

@@ -32,6 +32,25 @@ bool IsControlClosed(std::string_view text) {
   return text.substr(pos) == "CL";
 }
 
+std::string_view OutcomeOfResult(std::string_view result) {
+  if (IsFinished(result)) return "ok";
+  switch (ResultStatusCode(result)) {
+    case kLooksLikeTime:
+    case kUnknownStatus:
+      return "";
+    case kDidNotFinish:
+      return "dnf";
+    case kDidNotStart:
+      return "dns";
+    case kControlClosed:
+    case kDidNotQualify:
+    case kDisqualified:
+      return "dsq";
+    default:
+      return "mp";
+  }
+}
+
 }  // namespace
 
 std::optional<DateTime> FinishTime(std::string_view result) { return ParseTimeOfDay(result); }
@@ -73,6 +92,35 @@ DateTime ResultSortKey(std::string_view result) {
 DateTime ClassSortKey(std::string_view result) {
   const auto time = FinishTime(result);
   return time ? *time : ResultStatusCode(result);
+}
+
+std::string_view OutcomeCode(RunnerStatus status, std::string_view result) {
+  switch (status) {
+    case RunnerStatus::kOk:
+    case RunnerStatus::kFinished:
+      return "ok";
+    case RunnerStatus::kMissingPunch:
+      return "mp";
+    case RunnerStatus::kDisqualified:
+    case RunnerStatus::kOverTime:
+      return "dsq";
+    case RunnerStatus::kDidNotFinish:
+    case RunnerStatus::kSportingWithdrawal:
+      return "dnf";
+    case RunnerStatus::kNotCompeting:
+      return "nc";
+    case RunnerStatus::kDidNotStart:
+    case RunnerStatus::kDidNotEnter:
+    case RunnerStatus::kCancelled:
+      return "dns";
+    case RunnerStatus::kUnknown:
+    case RunnerStatus::kActive:
+    case RunnerStatus::kInactive:
+    case RunnerStatus::kMoved:
+    case RunnerStatus::kMovedUp:
+      break;
+  }
+  return OutcomeOfResult(result);
 }
 
 }  // namespace keltrun

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 
+#include "keltrun2/model/runner_status.h"
 #include "keltrun2/text/datetime.h"
 
 namespace keltrun {
@@ -47,5 +48,9 @@ inline bool IsTimeKey(DateTime key) { return key < 1; }
 /// text that looks like a time but is no FinishTime, such as "25:00:00", has the code 0 and comes
 /// first.
 DateTime ClassSortKey(std::string_view result);
+
+/// How the race ended as a code that depends on no language: "ok", "mp", "dnf", "dns", "dsq" or
+/// "nc" (out of competition); empty when neither the status nor the result says so.
+std::string_view OutcomeCode(RunnerStatus status, std::string_view result);
 
 }  // namespace keltrun

@@ -2,16 +2,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string_view>
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/event_remarks.h"
+#include "keltrun2/analysis/leg_facts.h"
 #include "keltrun2/base/version.h"
-#include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_values_internal.h"
+#include "keltrun2/report/json_writer.h"
 #include "keltrun2/report/set_course.h"
+#include "keltrun2/report/set_points.h"
 #include "keltrun2/text/numbers.h"
 
 namespace keltrun {
@@ -21,153 +25,6 @@ constexpr std::int32_t kFormatVersion = 1;
 
 constexpr std::string_view kDatePattern = "yyyy-mm-dd";
 constexpr std::string_view kDateTimePattern = "yyyy-mm-dd hh:nn:ss";
-
-// The words for the markers that can take the place of a time.
-constexpr std::string_view kSkipWord = "skip";
-constexpr std::string_view kDisqWord = "disq";
-
-bool NeedsEscape(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7F || c == '"' || c == '\\';
-}
-
-void AppendEscape(std::string& out, char c) {
-  constexpr std::string_view kHex = "0123456789abcdef";
-  if (c == '"' || c == '\\') {
-    out += '\\';
-    out += c;
-    return;
-  }
-  const auto byte = static_cast<unsigned char>(c);
-  out += "\\u00";
-  out += kHex[byte >> 4];
-  out += kHex[byte & 0xF];
-}
-
-void AppendEscapedText(std::string& out, std::string_view text) {
-  std::size_t copied = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (!NeedsEscape(text[i])) continue;
-    out.append(text, copied, i - copied);
-    AppendEscape(out, text[i]);
-    copied = i + 1;
-  }
-  out.append(text, copied);
-}
-
-// Appends JSON to a string and inserts the commas. The calls with a key write members of objects;
-// keys are plain ASCII and are not escaped.
-class JsonWriter {
- public:
-  explicit JsonWriter(std::string& out) : out_(out) {}
-
-  void BeginObject() { Begin('{'); }
-  void BeginObject(std::string_view key) { Key(key).BeginObject(); }
-  void EndObject() { End('}'); }
-  void BeginArray() { Begin('['); }
-  void BeginArray(std::string_view key) { Key(key).BeginArray(); }
-  void EndArray() { End(']'); }
-
-  // Whatever comes next, even a closing bracket, starts a new line.
-  void NewLine() { new_line_ = true; }
-
-  void Null() { Raw("null"); }
-  void Null(std::string_view key) { Key(key).Null(); }
-  void Bool(bool value) { Raw(value ? "true" : "false"); }
-  void Bool(std::string_view key, bool value) { Key(key).Bool(value); }
-
-  void Integer(std::int32_t value) {
-    Separate();
-    AppendInteger(out_, value);
-  }
-  void Integer(std::string_view key, std::int32_t value) { Key(key).Integer(value); }
-
-  void Text(std::string_view text) {
-    Separate();
-    out_ += '"';
-    if (FindInvalidUtf8(text) == std::string_view::npos) {
-      AppendEscapedText(out_, text);
-    } else {
-      AppendEscapedText(out_, ValidUtf8(text));
-    }
-    out_ += '"';
-  }
-  void Text(std::string_view key, std::string_view text) { Key(key).Text(text); }
-
-  // Days as seconds, to the millisecond.
-  void Time(DateTime days) { Decimal(days * kMillisecondsPerDay, 1000); }
-  void Time(std::string_view key, DateTime days) { Key(key).Time(days); }
-  void TimeOrNull(std::string_view key, DateTime days) {
-    if (days == 0) return Null(key);
-    Time(key, days);
-  }
-
-  // A time whose exact values 0, -1 and -2 are markers.
-  void MarkedTime(DateTime days) {
-    if (days == kTimeNoData) return Null();
-    if (days == kTimeSkip) return Text(kSkipWord);
-    if (days == kTimeDisq) return Text(kDisqWord);
-    Time(days);
-  }
-
-  void Factor(double value) { Decimal(value * 1e6, 1000000); }
-  void Factor(std::string_view key, double value) { Key(key).Factor(value); }
-  void FactorOrNull(std::string_view key, double value) {
-    if (value == 0) return Null(key);
-    Factor(key, value);
-  }
-
-  // Null when there is no date.
-  void Date(std::string_view key, DateTime value, std::string_view pattern) {
-    if (value == 0 || !std::isfinite(value)) return Null(key);
-    Text(key, FormatDateTime(value, pattern));
-  }
-
- private:
-  void Separate() {
-    if (comma_) out_ += ',';
-    if (new_line_) out_ += '\n';
-    comma_ = true;
-    new_line_ = false;
-  }
-
-  JsonWriter& Key(std::string_view key) {
-    Separate();
-    out_ += '"';
-    out_ += key;
-    out_ += "\":";
-    comma_ = false;
-    return *this;
-  }
-
-  void Begin(char bracket) {
-    Separate();
-    out_ += bracket;
-    comma_ = false;
-  }
-
-  void End(char bracket) {
-    if (new_line_) out_ += '\n';
-    out_ += bracket;
-    comma_ = true;
-    new_line_ = false;
-  }
-
-  void Raw(std::string_view value) {
-    Separate();
-    out_ += value;
-  }
-
-  void Decimal(double units, std::int64_t scale) {
-    if (!std::isfinite(units)) return Null();
-    Separate();
-    AppendDecimal(out_, units, scale);
-  }
-
-  std::string& out_;
-  bool comma_ = false;     // the next value needs a comma before it
-  bool new_line_ = false;  // a line break is due
-};
 
 // An array that lists `items`, one per line.
 template <typename Items, typename WriteItem>
@@ -181,15 +38,6 @@ void WriteLines(JsonWriter& json, std::string_view key, const Items& items, Writ
     json.EndObject();
     json.NewLine();
   }
-  json.EndArray();
-}
-
-// An array of what `write_number` writes for the numbers 1 to `count`: legs, controls, positions.
-template <typename WriteNumber>
-void WriteNumbered(JsonWriter& json, std::string_view key, std::int32_t count,
-                   WriteNumber write_number) {
-  json.BeginArray(key);
-  for (std::int32_t number = 1; number <= count; ++number) write_number(number);
   json.EndArray();
 }
 
@@ -275,15 +123,49 @@ void WriteRecord(JsonWriter& json, const clsLapData& record) {
   json.Text("familyName", record.FamilyName);
   json.Text("nationality", record.Nationality);
   json.Text("status", RunnerStatusName(record.Status));
+  json.Text("outcome", OutcomeCode(record.Status, record.Result()));
   json.Integer("course", record.CourseNum);
   json.TimeOrNull("start", record.StartTime()->Value());
+}
+
+// The result as a time and how far it is behind the first one of the list; `best` becomes that.
+void WriteTimeAndBehind(JsonWriter& json, std::string_view result, std::optional<DateTime>& best) {
+  const auto time = TotalTime(result);
+  if (!time) {
+    json.Null("time");
+    return json.Null("behind");
+  }
+  if (!best) best = time;
+  json.Time("time", *time);
+  json.Time("behind", *time - *best);
+}
+
+// The runners whom a data set is about, also those without laps, who are in no analysis.
+template <typename Visit>
+void ForEachRunner(const EventModel& model, const clsAnalyzer& analyzer, DataSetKind kind,
+                   const clsCourseData* course, Visit visit) {
+  if (kind == DataSetKind::kSegment || (kind == DataSetKind::kCourse && course == nullptr)) {
+    for (const auto& runner : AnalyzerInternal::Selected(analyzer)) visit(*runner->OtherData());
+    return;
+  }
+  for (const auto& klass : model.Classes()) {
+    if (kind == DataSetKind::kClass && klass->ClassName() != analyzer.DataSetName()) continue;
+    for (const auto& record : ClassDataInternal::Runners(*klass)) {
+      if (kind == DataSetKind::kClass ||
+          ClassDataInternal::CourseOf(*klass, *record) == course->CourseIndex()) {
+        visit(*record);
+      }
+    }
+  }
 }
 
 // Writes one analysis. Legs run from 1 to legs_.
 class AnalysisDocument {
  public:
-  AnalysisDocument(JsonWriter& json, const clsAnalyzer& analyzer, const clsEstimate* estimate)
+  AnalysisDocument(JsonWriter& json, const EventModel& model, const clsAnalyzer& analyzer,
+                   const clsEstimate* estimate)
       : json_(json),
+        model_(model),
         analyzer_(analyzer),
         estimate_(estimate),
         legs_(AnalyzerInternal::LegCount(analyzer)) {}
@@ -296,6 +178,8 @@ class AnalysisDocument {
     WriteLegs("legLabels", [this](std::int32_t leg) {
       json_.Text(LegLabel(analyzer_.ControlCount, true, leg));
     });
+    WriteTexts(json_, "points", PointsOfSet(model_, analyzer_, kind));
+    WriteCounts(kind, course);
     json_.EndObject();
   }
 
@@ -309,6 +193,7 @@ class AnalysisDocument {
     WriteLegs("difficulty", [&](auto leg) { json_.Factor(general.LegDifficulty(leg)->Value()); });
     WriteLegs("timed", [&](auto leg) { json_.Bool(general.IsTimed(leg)); });
     WriteLegs("upper", [&](auto leg) { WriteUpperRunners(general, leg); });
+    WriteLegFacts();
     WriteLegEstimates();
     json_.EndObject();
   }
@@ -335,6 +220,30 @@ class AnalysisDocument {
       const auto runner = general.UpperLapObject(leg, rank);
       if (!runner) break;
       json_.Integer(runner->SerialNum());
+    }
+    json_.EndArray();
+  }
+
+  void WriteCounts(DataSetKind kind, const clsCourseData* course) {
+    std::int32_t starters = 0;
+    std::int32_t finishers = 0;
+    ForEachRunner(model_, analyzer_, kind, course, [&](const clsLapData& record) {
+      if (OutcomeCode(record.Status, record.Result()) != "dns") ++starters;
+      if (IsFinished(record.Result())) ++finishers;
+    });
+    json_.Integer("starters", starters);
+    json_.Integer("finishers", finishers);
+  }
+
+  void WriteLegFacts() {
+    json_.BeginArray("legs");
+    for (const LegFacts& leg : FactsOfLegs(analyzer_, estimate_)) {
+      json_.BeginObject();
+      json_.Integer("laps", leg.laps);
+      json_.Integer("mistakes", leg.mistakes);
+      json_.Time("cost", leg.cost);
+      json_.Time("decisive", leg.decisive);
+      json_.EndObject();
     }
     json_.EndArray();
   }
@@ -384,6 +293,7 @@ class AnalysisDocument {
     json_.Text("officialRank", runner.ResultRank());
     json_.Text("rank", runner.Rank());
     json_.Text("rankInDataSet", runner.RankInDataSet());
+    WriteTimeAndBehind(json_, runner.Result(), best_);
     WriteTimes(runner);
     WriteRanks(runner);
     WriteRanges(runner);
@@ -453,12 +363,15 @@ class AnalysisDocument {
   }
 
   JsonWriter& json_;
+  const EventModel& model_;
   const clsAnalyzer& analyzer_;
   const clsEstimate* estimate_;
   const std::int32_t legs_;
+  std::optional<DateTime> best_;
 };
 
-void WriteResultLine(JsonWriter& json, const clsResultsHolder& results, std::int32_t position) {
+void WriteResultLine(JsonWriter& json, const clsResultsHolder& results, std::int32_t position,
+                     std::optional<DateTime>& best) {
   const auto record = results.Item(position);
   json.NewLine();
   json.BeginObject();
@@ -467,6 +380,7 @@ void WriteResultLine(JsonWriter& json, const clsResultsHolder& results, std::int
   json.Text("rank", record->Rank);
   json.Text("rankFix", record->RankFix);
   json.Text("rankInDataSet", results.RankInDataSet(position));
+  WriteTimeAndBehind(json, record->Result(), best);
   WriteNumbered(json, "laps", LapDataInternal::HeldLegs(*record),
                 [&](std::int32_t leg) { json.MarkedTime(LapDataInternal::Lap(*record, leg)); });
   json.EndObject();
@@ -478,8 +392,9 @@ void WriteResultSet(JsonWriter& json, const clsResultsHolder& results, DataSetKi
   WriteSetHead(json, results, kind, results.ClassInfo());
   json.EndObject();
   json.Bool("rankIsAvailable", results.RankIsAvalilable());
+  std::optional<DateTime> best;
   WriteNumbered(json, "runners", results.Count(),
-                [&](std::int32_t position) { WriteResultLine(json, results, position); });
+                [&](std::int32_t position) { WriteResultLine(json, results, position, best); });
 }
 
 void WriteOrigin(JsonWriter& json, std::string_view key, std::string_view application,
@@ -576,7 +491,7 @@ std::string AnalysisJson(const EventModel& model, const clsAnalyzer& analyzer, D
   if (kind == DataSetKind::kSegment) estimate = nullptr;  // its legs have other numbers
   std::string out;
   JsonWriter json(out);
-  AnalysisDocument document(json, analyzer, estimate);
+  AnalysisDocument document(json, model, analyzer, estimate);
   BeginDocument(json, "keltrun2-analysis", model);
   document.WriteSet(kind, CourseOfSet(model, analyzer, kind).get());
   document.WriteGeneral();

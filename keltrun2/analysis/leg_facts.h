@@ -1,0 +1,35 @@
+// What the laps of a data set say about each of its legs as a whole.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "keltrun2/analysis/analyzer.h"
+#include "keltrun2/analysis/estimate.h"
+
+namespace keltrun {
+
+/// What the runners of a data set did on one leg.
+struct LegFacts {
+  std::int32_t laps = 0;      // runners with a lap of this leg alone
+  std::int32_t mistakes = 0;  // those of them who made a mistake
+  DateTime cost = 0;          // mean of what mistakes cost these runners, in days
+  DateTime decisive = 0;      // mean of how far places 2 to 10 moved to or from the winner, in days
+};
+
+/// The last place that counts for LegFacts::decisive.
+inline constexpr std::int32_t kLastDecisivePlace = 10;
+
+/// The facts of the legs of an executed analysis, leg 1 first. What is a mistake and what it cost
+/// is that of the estimate, which may be null, for the laps that it knows. Of the others, a loss
+/// counts as a mistake from 8 s, 0.5 percent of the reference time of the course and 15 percent of
+/// the runner's own pace on the leg on, and the loss is what it cost.
+std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate* estimate);
+
+/// The estimate for a runner of a set whose legs are those of the set; null when there is none, as
+/// for a segment, for which the caller gives no estimate, and for runners who had another course
+/// than their class, with whose legs theirs would be mixed up.
+const clsEstimatedRunnerData* EstimateOfRunner(const clsAnalyzedRunnerData& runner,
+                                               const clsEstimate* estimate);
+
+}  // namespace keltrun
