@@ -25,6 +25,7 @@ constexpr char kDescription[] =
     "Analyzes orienteering split times and publishes them as HTML pages.";
 constexpr char kFooter[] =
     "Examples:\n"
+    "  keltrun2 report event.lxm -o report.html   one page for the runners\n"
     "  keltrun2 site event.lxm public_html        the event as a web site\n"
     "  keltrun2 info event.lxm                    what is in the event\n"
     "  keltrun2 analyze event.lxm --class M21A --as html -o m21a.html\n"
@@ -32,6 +33,12 @@ constexpr char kFooter[] =
     "\"keltrun2 COMMAND --help\" explains a command.\n"
     "Exit codes are 0 for success, 1 for failure and 2 for wrong use.";
 
+constexpr char kReportFooter[] =
+    "The report is one file that needs no network: results, splits, the development of the race,\n"
+    "legs, a card for every runner, comparisons and a search, on phones and on paper.\n"
+    "Examples:\n"
+    "  keltrun2 report event.lxm -o report.html\n"
+    "  keltrun2 report results.xml -o report.html --force --lang en";
 constexpr char kSiteFooter[] =
     "The folder gets index.html, pages with results, splits and legs of each class, copies of the\n"
     "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, even with\n"
@@ -423,6 +430,13 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       "do not link the event's own web site from the index");
 }
 
+void AddReportOptions(CLI::App& app, Options& options) {
+  AddEvent(app, options);
+  AddUntimed(app, options);
+  AddClocks(app, options);
+  AddOutput(app, options);
+}
+
 void AddInfoOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   app.add_flag("--json", options.json, "write JSON instead of a summary");
@@ -562,6 +576,8 @@ struct CommandEntry {
 };
 
 constexpr CommandEntry kCommands[] = {
+    {"report", "Write the report of the event, one page that contains everything", kReportFooter,
+     AddReportOptions, WriteReport},
     {"site", "Publish the event as a web site in a folder", kSiteFooter, AddSiteOptions,
      PublishSite},
     {"convert", "Write the event in another format", kConvertFooter, AddConvertOptions,

@@ -11,6 +11,8 @@ using Command = void (*)(clsKeltrun2& root, const Options& options);
 
 /// Publishes the event as a web site in a folder.
 void PublishSite(clsKeltrun2& root, const Options& options);
+/// Writes the report of the event, one page that contains everything.
+void WriteReport(clsKeltrun2& root, const Options& options);
 /// Writes the event in another format.
 void ConvertEvent(clsKeltrun2& root, const Options& options);
 /// Writes the event with what another file adds to it.

@@ -7,6 +7,7 @@
 #include "keltrun2/report/chart_page.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/leg_data_page.h"
+#include "keltrun2/report/report_page.h"
 #include "keltrun2/report/result_page.h"
 #include "keltrun2/report/viewer_control_page.h"
 #include "keltrun2/report/viewer_page.h"
@@ -67,6 +68,19 @@ std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets) con
   }
   std::string page;
   AppendViewerPage(page, *CurrentModel("clsHtmlControl.OutputViewer"), page_sets);
+  return page;
+}
+
+std::string clsHtmlControl::OutputReport(const std::vector<ViewerSet>& Sets,
+                                         const std::shared_ptr<clsEstimate>& Estimate) const {
+  std::vector<ReportPageSet> page_sets;
+  page_sets.reserve(Sets.size());
+  for (const ViewerSet& set : Sets) {
+    CheckObject(set.Analyzer, "clsHtmlControl.OutputReport");
+    page_sets.push_back({set.Analyzer, set.Kind});
+  }
+  std::string page;
+  AppendReportPage(page, *CurrentModel("clsHtmlControl.OutputReport"), page_sets, Estimate.get());
   return page;
 }
 

@@ -8,6 +8,7 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_kind.h"
+#include "keltrun2/analysis/estimate.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/base/export.h"
 
@@ -49,7 +50,7 @@ class KELTRUN2_API clsHtmlControl {
   /// The page that opens the lap file at an address in the maker's viewer control.
   [[nodiscard]] std::string OutputActiveXPage(std::string_view LapFileURL) const;
 
-  /// A data set of the viewer page.
+  /// A data set of the viewer page or the report.
   struct ViewerSet {
     std::shared_ptr<clsAnalyzer> Analyzer;   ///< The analysis, executed; not null.
     DataSetKind Kind = DataSetKind::kClass;  ///< The heading under which a reader chooses the set.
@@ -61,6 +62,17 @@ class KELTRUN2_API clsHtmlControl {
   /// The page declares UTF-8, so its text is written to a file as it is. Raises object not set (91)
   /// for a null analysis.
   [[nodiscard]] std::string OutputViewer(const std::vector<ViewerSet>& Sets) const;
+
+  /// The report of the event: one page with the results, splits, race and legs of the data sets,
+  /// which it offers in the order given, a card for every runner, comparisons and a search. It
+  /// contains everything that it needs and loads nothing; its first view and result lists are plain
+  /// HTML. Each analysis must be executed; the cruise speeds of the halves are those of
+  /// ExtraAnalyze. Losses and mistakes are those of the Estimate where it has them; null shows the
+  /// losses of the analyses. The page declares UTF-8, so its text is written to a file as it is.
+  /// Raises object not set (91) for a null analysis.
+  [[nodiscard]] std::string OutputReport(
+      const std::vector<ViewerSet>& Sets,
+      const std::shared_ptr<clsEstimate>& Estimate = nullptr) const;
 };
 
 }  // namespace keltrun

@@ -1,0 +1,310 @@
+#include "keltrun2/report/report_data.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <unordered_map>
+
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/analysis/leg_facts.h"
+#include "keltrun2/base/version.h"
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/lap_data_internal.h"
+#include "keltrun2/model/result_status.h"
+#include "keltrun2/model/time_values_internal.h"
+#include "keltrun2/report/json.h"
+#include "keltrun2/report/json_writer.h"
+#include "keltrun2/report/set_points.h"
+
+namespace keltrun {
+namespace {
+
+// Whole seconds, the unit of figures that are estimates anyway.
+std::int32_t WholeSeconds(DateTime days) {
+  constexpr double kMost = 1e9;
+  return static_cast<std::int32_t>(std::clamp(std::round(days * kSecondsPerDay), -kMost, kMost));
+}
+
+// Texts that appear many times, such as clubs, by their number.
+class TextNumbers {
+ public:
+  std::int32_t Of(const std::string& text) {
+    const auto [place, is_new] =
+        numbers_.try_emplace(text, static_cast<std::int32_t>(texts_.size()));
+    if (is_new) texts_.push_back(text);
+    return place->second;
+  }
+  const std::vector<std::string>& Texts() const { return texts_; }
+
+ private:
+  std::unordered_map<std::string, std::int32_t> numbers_;
+  std::vector<std::string> texts_;
+};
+
+class ReportDocument {
+ public:
+  ReportDocument(JsonWriter& json, const EventModel& model, const std::vector<ReportPageSet>& sets,
+                 const clsEstimate* estimate)
+      : json_(json), model_(model), sets_(sets), estimate_(estimate) {}
+
+  void Write() {
+    json_.BeginObject();
+    json_.Text("generator", "Keltrun " + VersionText(false));
+    WriteEvent();
+    WriteClasses();
+    WriteRunners();
+    WriteTextList("clubs", clubs_.Texts());
+    json_.BeginArray("sets");
+    for (const ReportPageSet& set : sets_) WriteSet(set);
+    json_.EndArray();
+    json_.EndObject();
+  }
+
+ private:
+  void WriteEvent() {
+    const clsEventData& event = *model_.Event;
+    json_.BeginObject("event");
+    json_.Text("name", event.EventName);
+    json_.Date("date", event.EventDate()->Value(), "yyyy-mm-dd");
+    json_.Text("terrain", event.Terrain);
+    json_.Text("memo", event.Memo);
+    json_.Text("site", event.OfficialSite);
+    json_.EndObject();
+  }
+
+  void WriteTextList(std::string_view key, const std::vector<std::string>& texts) {
+    json_.BeginArray(key);
+    for (const std::string& text : texts) json_.Text(text);
+    json_.EndArray();
+  }
+
+  void WriteClasses() {
+    json_.BeginArray("classes");
+    for (const auto& klass : model_.Classes()) {
+      json_.BeginObject();
+      json_.Text("name", klass->ClassName());
+      json_.Integer("runners", klass->LapCount());
+      json_.Integer("length", klass->Length);
+      json_.Integer("climb", klass->Climb);
+      json_.Integer("controls", klass->ControlCount);
+      json_.EndObject();
+    }
+    json_.EndArray();
+  }
+
+  void WriteRunners() {
+    json_.BeginArray("runners");
+    std::int32_t class_number = 0;
+    for (const auto& klass : model_.Classes()) {
+      for (const auto& record : ClassDataInternal::Runners(*klass)) {
+        runner_numbers_.emplace(record->SerialNum(),
+                                static_cast<std::int32_t>(runner_numbers_.size()));
+        WriteRunner(*record, class_number);
+      }
+      ++class_number;
+    }
+    json_.EndArray();
+  }
+
+  void WriteRunner(const clsLapData& record, std::int32_t class_number) {
+    json_.BeginArray();
+    json_.Integer(record.SerialNum());
+    json_.Text(record.RunnerName);
+    json_.Integer(clubs_.Of(record.ClubName));
+    json_.Integer(class_number);
+    json_.Integer(WholeSeconds(record.StartTime()->Value()));
+    json_.Text(record.Result());
+    json_.Text(OutcomeCode(record.Status, record.Result()));
+    json_.BeginArray();
+    for (std::int32_t leg = 1; leg <= LapDataInternal::HeldLegs(record); ++leg) {
+      json_.MarkedTime(LapDataInternal::Lap(record, leg));
+    }
+    json_.EndArray();
+    WriteEstimate(record);
+    json_.EndArray();
+  }
+
+  void WriteEstimate(const clsLapData& record) {
+    if (estimate_ == nullptr || record.CourseNum != 0) return;
+    const auto figures = estimate_->RunnerData(record.SerialNum());
+    if (!figures || figures->Speed() == 0) return;
+    const auto klass = estimate_->ClassData(record.ClassName());
+    const std::int32_t legs = klass ? klass->LegCount() : 0;
+    const auto write_known = [&](auto value) {
+      WriteLegs(legs, [&](std::int32_t leg) {
+        figures->IsKnown(leg) ? json_.Integer(value(leg)) : json_.Null();
+      });
+    };
+    json_.BeginArray();
+    json_.Factor(figures->Speed());
+    json_.Integer(WholeSeconds(figures->TimeLost()));
+    json_.Integer(figures->MistakeCount());
+    write_known([&](auto leg) { return WholeSeconds(figures->NormalTime(leg)); });
+    // The ends of the range as distances from the loss, which take less room.
+    write_known(
+        [&](auto leg) { return WholeSeconds(figures->Loss(leg) - figures->LeastLoss(leg)); });
+    write_known(
+        [&](auto leg) { return WholeSeconds(figures->LargestLoss(leg) - figures->Loss(leg)); });
+    write_known([&](auto leg) { return WholeSeconds(figures->MistakeTime(leg)); });
+    std::string words;
+    for (std::int32_t leg = 1; leg <= legs; ++leg) {
+      words += static_cast<char>('0' + static_cast<int>(figures->MistakeWord(leg)));
+    }
+    json_.Text(words);
+    json_.EndArray();
+  }
+
+  template <typename WriteLeg>
+  void WriteLegs(std::int32_t legs, WriteLeg write_leg) {
+    json_.BeginArray();
+    for (std::int32_t leg = 1; leg <= legs; ++leg) write_leg(leg);
+    json_.EndArray();
+  }
+
+  void WriteSet(const ReportPageSet& set) {
+    const clsAnalyzer& analyzer = *set.Analyzer;
+    const bool is_segment = set.Kind == DataSetKind::kSegment;
+    const std::int32_t legs = AnalyzerInternal::LegCount(analyzer);
+    const clsEstimate* estimate = is_segment ? nullptr : estimate_;
+    const clsAnalyzedGeneralData& general = *analyzer.GeneralData();
+    json_.BeginObject();
+    json_.Text("kind", KindWord(set.Kind));
+    json_.Text("name", analyzer.DataSetName());
+    json_.Integer("controls", legs - 1);
+    json_.Integer("length", analyzer.Length);
+    json_.Integer("climb", analyzer.Climb);
+    WriteTextList("points", PointsOfSet(model_, analyzer, set.Kind));
+    WriteNumbered(json_, "ref", legs,
+                  [&](std::int32_t leg) { json_.Time(general.UpperLapAverage(leg)); });
+    WriteNumbered(json_, "timed", legs,
+                  [&](std::int32_t leg) { json_.Integer(general.IsTimed(leg) ? 1 : 0); });
+    WriteFacts(FactsOfLegs(analyzer, estimate));
+    json_.BeginArray("rows");
+    for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
+      WriteRow(*runner, set.Kind, legs);
+    }
+    json_.EndArray();
+    json_.EndObject();
+  }
+
+  void WriteFacts(const std::vector<LegFacts>& facts) {
+    json_.BeginArray("legs");
+    for (const LegFacts& leg : facts) {
+      json_.BeginArray();
+      json_.Integer(leg.laps);
+      json_.Integer(leg.mistakes);
+      json_.Integer(WholeSeconds(leg.cost));
+      json_.Integer(WholeSeconds(leg.decisive));
+      json_.EndArray();
+    }
+    json_.EndArray();
+  }
+
+  void WriteRow(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) {
+    const auto number = runner_numbers_.find(runner.SerialNum());
+    if (number == runner_numbers_.end()) return;
+    json_.BeginArray();
+    json_.Integer(number->second);
+    json_.Text(kind == DataSetKind::kClass ? runner.Rank() : runner.RankInDataSet());
+    WriteFigures(runner);
+    WriteLegs(legs, [&](auto leg) { json_.Integer(runner.LapRank(leg)); });
+    WriteLegs(legs, [&](auto leg) { json_.Integer(runner.SplitRank(leg)); });
+    WriteExtras(runner, kind, legs);
+    json_.EndArray();
+  }
+
+  void WriteFigures(const clsAnalyzedRunnerData& runner) {
+    const auto time = TotalTime(runner.Result());
+    time ? json_.Time(*time) : json_.Null();
+    json_.Factor(runner.CruiseSpeed()->Value());
+    json_.Factor(runner.MissRate()->Value());
+    AnalysisValue::IsSet(*runner.MissTimeTotal()) ? json_.Time(runner.MissTimeTotal()->Value())
+                                                  : json_.Null();
+    json_.Time(runner.TotalTimeWithoutMiss()->Value());
+    json_.Factor(runner.FirstHalfCruiseSpeed()->Value());
+    json_.Factor(runner.SecondHalfCruiseSpeed()->Value());
+  }
+
+  // What only some rows need: they differ in it from what is said elsewhere.
+  void WriteExtras(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) {
+    json_.BeginObject();
+    if (kind == DataSetKind::kSegment) {
+      json_.Text("result", runner.Result());
+      WriteNumbered(json_, "lap", legs, [&](auto leg) { json_.MarkedTime(runner.LapTime(leg)); });
+    }
+    if (!SplitsAreSums(runner, legs)) {
+      WriteNumbered(json_, "split", legs,
+                    [&](auto leg) { json_.Time(runner.ModifiedSplitTime(leg)); });
+    }
+    WriteRanges(runner, legs);
+    if (NeedsLosses(runner, kind, legs)) {
+      WriteNumbered(json_, "loss", legs, [&](auto leg) { WriteLoss(*runner.MissTime(leg)); });
+    }
+    json_.EndObject();
+  }
+
+  // Whether the splits are the running sums of the laps, which the page makes itself.
+  static bool SplitsAreSums(const clsAnalyzedRunnerData& runner, std::int32_t legs) {
+    constexpr DateTime kMillisecond = 1 / kMillisecondsPerDay;
+    DateTime sum = 0;
+    for (std::int32_t leg = 1; leg <= legs; ++leg) {
+      if (runner.LapTime(leg) < 0) return false;
+      sum += runner.LapTime(leg);
+      if (std::fabs(runner.ModifiedSplitTime(leg) - sum) > kMillisecond) return false;
+    }
+    return true;
+  }
+
+  void WriteRanges(const clsAnalyzedRunnerData& runner, std::int32_t legs) {
+    std::vector<std::int32_t> ends;
+    for (std::int32_t leg = 1; leg <= legs; ++leg) {
+      if (runner.TotalLapTo(leg) == leg) {
+        ends.insert(ends.end(), {runner.TotalLapFrom(leg), leg});
+      }
+    }
+    if (ends.empty()) return;
+    json_.BeginArray("ranges");
+    for (const std::int32_t leg : ends) json_.Integer(leg);
+    json_.EndArray();
+  }
+
+  // The losses of the analysis are shown where the estimate has none.
+  bool NeedsLosses(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) const {
+    const clsEstimatedRunnerData* estimated =
+        kind == DataSetKind::kSegment ? nullptr : EstimateOfRunner(runner, estimate_);
+    for (std::int32_t leg = 1; leg <= legs; ++leg) {
+      const bool estimated_here = estimated != nullptr && estimated->IsKnown(leg);
+      if (!estimated_here && HasLoss(*runner.MissTime(leg))) return true;
+    }
+    return false;
+  }
+
+  static bool HasLoss(const clsMissTimeValue& loss) {
+    return AnalysisValue::IsSet(loss) && loss.Value() != kTimeSkip;
+  }
+
+  void WriteLoss(const clsMissTimeValue& loss) {
+    HasLoss(loss) ? json_.Time(loss.Value()) : json_.Null();
+  }
+
+  JsonWriter& json_;
+  const EventModel& model_;
+  const std::vector<ReportPageSet>& sets_;
+  const clsEstimate* estimate_;
+  TextNumbers clubs_;
+  std::unordered_map<std::int32_t, std::int32_t> runner_numbers_;  // by serial number
+};
+
+}  // namespace
+
+std::string ReportData(const EventModel& model, const std::vector<ReportPageSet>& sets,
+                       const clsEstimate* estimate) {
+  std::string out;
+  JsonWriter json(out);
+  ReportDocument(json, model, sets, estimate).Write();
+  return out;
+}
+
+}  // namespace keltrun

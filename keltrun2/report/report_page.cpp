@@ -1,0 +1,188 @@
+#include "keltrun2/report/report_page.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/codec/base64.h"
+#include "keltrun2/codec/gzip.h"
+#include "keltrun2/codec/utf8.h"
+#include "keltrun2/config/settings.h"
+#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/result_status.h"
+#include "keltrun2/model/time_text.h"
+#include "keltrun2/report/page_template.h"
+#include "keltrun2/report/report_template.h"
+#include "keltrun2/text/html.h"
+
+namespace keltrun {
+namespace {
+
+constexpr std::size_t kPodium = 3;
+
+using Runner = clsAnalyzedRunnerData;
+
+std::optional<DateTime> TimeOf(const Runner& runner) { return TotalTime(runner.Result()); }
+
+std::string Duration(DateTime days) {
+  return CompactTime(std::round(days * kSecondsPerDay) / kSecondsPerDay);
+}
+
+// The text of a resource with a value in the place of "%1".
+std::string Sentence(std::string_view key, std::int32_t value) {
+  std::string text = ResourceText(key);
+  const std::size_t at = text.find("%1");
+  return at == std::string::npos ? text : text.replace(at, 2, std::to_string(value));
+}
+
+// Writes the parts of the page that need no script.
+class StaticParts {
+ public:
+  StaticParts(std::string& page, const EventModel& model, const std::vector<ReportPageSet>& sets)
+      : page_(page), model_(model), sets_(sets) {}
+
+  void AppendOverview() {
+    AppendHead();
+    page_ += "<h2 class=\"h2\">";
+    AppendText(ResourceText("RES_REPORT_CLASSES"));
+    page_ += "</h2>\n<div class=\"grid cards\">\n";
+    for (const ReportPageSet& set : sets_) {
+      if (set.Kind == DataSetKind::kClass) AppendCard(*set.Analyzer);
+    }
+    page_ += "</div>\n";
+  }
+
+  void AppendLists() {
+    for (const ReportPageSet& set : sets_) {
+      if (set.Kind == DataSetKind::kClass) AppendList(*set.Analyzer);
+    }
+  }
+
+ private:
+  void AppendText(std::string_view text) { AppendEscaped(page_, ValidUtf8(text)); }
+
+  void AppendElement(std::string_view opening, std::string_view text, std::string_view closing) {
+    page_ += opening;
+    AppendText(text);
+    page_ += closing;
+  }
+
+  void AppendHead() {
+    const clsEventData& event = *model_.Event;
+    AppendElement("<div class=\"hero\"><div class=\"in\"><h1>", event.EventName, "</h1>\n<p>");
+    std::int32_t runners = 0;
+    for (const auto& klass : model_.Classes()) runners += klass->LapCount();
+    const DateTime date = event.EventDate()->Value();
+    const std::string date_text =
+        date != 0 && std::isfinite(date) ? FormatDateTime(date, "yyyy-mm-dd") : "";
+    std::string_view separator;
+    for (const std::string& part :
+         {date_text, event.Terrain, Sentence("RES_REPORT_RUNNERS", runners)}) {
+      if (part.empty()) continue;
+      page_ += separator;
+      AppendText(part);
+      separator = " · ";
+    }
+    page_ += "</p></div></div>\n";
+  }
+
+  void AppendCard(const clsAnalyzer& analyzer) {
+    page_ += "<a class=\"card class-card\" href=\"#class=";
+    page_ += PercentEncode(ValidUtf8(analyzer.DataSetName()));
+    AppendElement("\"><header><h3>", analyzer.DataSetName(), "</h3><span>");
+    AppendText(CourseText(analyzer));
+    AppendElement("</span><span class=\"n\">", Sentence("RES_REPORT_RUNNERS", analyzer.Count()),
+                  "</span></header>\n<ol class=\"podium\">");
+    const auto& runners = AnalyzerInternal::Selected(analyzer);
+    const std::size_t last = std::min(runners.size(), kPodium);
+    std::optional<DateTime> best;
+    for (std::size_t i = 0; i < last; ++i) {
+      const auto time = TimeOf(*runners[i]);
+      if (time) AppendPlace(*runners[i], best ? "+" + Duration(*time - *best) : Duration(*time));
+      if (!best) best = time;
+    }
+    if (!best) AppendElement("<li class=\"mut\">", ResourceText("RES_REPORT_NO_TIMES"), "</li>");
+    page_ += "</ol></a>\n";
+  }
+
+  void AppendPlace(const Runner& runner, std::string_view time) {
+    const std::string& rank = runner.Rank();
+    page_ += "<li><span class=\"medal";
+    if (rank == "1" || rank == "2" || rank == "3") page_.append(" m").append(rank);
+    AppendElement("\">", rank.empty() ? "–" : rank, "</span>");
+    AppendElement("<span class=\"nm\">", runner.RunnerName(), "</span>");
+    AppendElement("<span class=\"t\">", time, "</span></li>");
+  }
+
+  static std::string CourseText(const clsAnalyzer& analyzer) {
+    std::string text = analyzer.ClassInfo();
+    if (analyzer.ControlCount <= 0) return text;
+    if (!text.empty()) text += " · ";
+    return text + Sentence("RES_REPORT_CONTROLS", analyzer.ControlCount);
+  }
+
+  // The address of a class leads here when there are no scripts.
+  void AppendList(const clsAnalyzer& analyzer) {
+    page_ += "<h2 id=\"class=";
+    AppendText(analyzer.DataSetName());
+    AppendElement("\">", analyzer.DataSetName(), "</h2>\n<table>");
+    std::optional<DateTime> best;
+    for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
+      const auto time = TimeOf(*runner);
+      const std::string behind = time && best ? "+" + Duration(*time - *best) : "";
+      AppendRow(time ? runner->Rank() : "", *runner->OtherData(),
+                time ? Duration(*time) : runner->Result(), behind);
+      if (!best) best = time;
+    }
+    AppendRunnersWithoutLaps(analyzer);
+    page_ += "</table>\n";
+  }
+
+  void AppendRunnersWithoutLaps(const clsAnalyzer& analyzer) {
+    const auto klass = model_.ClassByName(analyzer.DataSetName());
+    if (!klass) return;
+    for (const auto& record : ClassDataInternal::Runners(*klass)) {
+      if (record->LegCount() <= 0) AppendRow("", *record, record->Result(), "");
+    }
+  }
+
+  void AppendRow(std::string_view rank, const clsLapData& record, std::string_view result,
+                 std::string_view behind) {
+    page_ += "<tr>";
+    for (const std::string_view cell : {rank, std::string_view(record.RunnerName),
+                                        std::string_view(record.ClubName), result, behind}) {
+      AppendElement("<td>", cell, "");
+    }
+    page_ += '\n';
+  }
+
+  std::string& page_;
+  const EventModel& model_;
+  const std::vector<ReportPageSet>& sets_;
+};
+
+}  // namespace
+
+void AppendReportPage(std::string& page, const EventModel& model,
+                      const std::vector<ReportPageSet>& sets, const clsEstimate* estimate) {
+  StaticParts parts(page, model, sets);
+  std::string_view rest = kReportTemplate;
+  AppendUpTo(page, rest, "{language}");
+  page += CurrentSettings().Language == "ja" ? "ja" : "en";
+  AppendUpTo(page, rest, "{title}");
+  AppendEscaped(page, ValidUtf8(model.Event->EventName));
+  AppendUpTo(page, rest, "{event}");
+  AppendEscaped(page, ValidUtf8(model.Event->EventName));
+  AppendUpTo(page, rest, "{overview}");
+  parts.AppendOverview();
+  AppendUpTo(page, rest, "{lists}");
+  parts.AppendLists();
+  AppendUpTo(page, rest, "{data}");
+  AppendBase64(page, Gzip(ReportData(model, sets, estimate)));
+  page.append(rest);
+}
+
+}  // namespace keltrun

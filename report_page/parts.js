@@ -1,0 +1,142 @@
+// Parts that several views have.
+import {h} from './dom.js';
+import {shownLoss} from './data.js';
+import {costliestLegs, lossStep} from './figures.js';
+import {isNumber, lengthText, signedTime, timeText} from './format.js';
+import {countOfRunners, t} from './language.js';
+import {address, runnerKey} from './route.js';
+
+const FIRST_ROWS = 60;
+const MORE_ROWS = 80;
+const FEW_MORE = 40;  // not worth a portion
+
+// The color of a loss as a style value.
+export function lossColor(set, loss) {
+  const step = lossStep(set.first, loss);
+  if (step === null) return 'var(--hatch)';
+  return step === 0 ? 'var(--zero)' : step > 0 ? `var(--l${step})` : `var(--g${-step})`;
+}
+
+export function lossClass(set, loss) {
+  if (!isNumber(loss)) return '';
+  return loss >= set.first ? 'loss' : loss <= -set.first ? 'gain' : '';
+}
+
+// One line for a run: each leg as wide as its reference lap, in the color of its loss.
+export function heatStrip(set, row, size = '') {
+  if (!row.loss.some(isNumber)) return null;
+  const stops = [];
+  for (let leg = 0; leg < set.legs; ++leg) {
+    const [from, to] = [set.x[leg] * 100, set.x[leg + 1] * 100];
+    if (to === from) continue;
+    const end = `calc(${to.toFixed(2)}% - 1px)`;
+    stops.push(`${lossColor(set, shownLoss(row, leg))} ${from.toFixed(2)}% ${end}`, `var(--card) ${end} ${to.toFixed(2)}%`);
+  }
+  const worst = costliestLegs(set, row, 3).map((leg) => `${set.labels[leg]} ${signedTime(row.loss[leg])}`);
+  return h('div.strip' + size, {
+    role: 'img', 'aria-label': worst.join(', ') || t('cleanRun'),
+    style: {'background-image': `linear-gradient(90deg,${stops.join(',')})`},
+  });
+}
+
+export function medal(row) {
+  if (!isNumber(row.time)) return h('span.medal', '–');
+  return rankMedal(row.place ?? row.rank);
+}
+
+export function rankMedal(rank) {
+  return h('span.medal' + (rank >= 1 && rank <= 3 ? `.m${rank}` : ''), rank || '–');
+}
+
+// The result: a time, or the status in a frame.
+export function resultText(row) {
+  return isNumber(row.time) ? timeText(row.time) : h('span.status', row.result || '–');
+}
+
+export function behindText(set, row) {
+  return isNumber(row.time) && row !== set.winner ? signedTime(row.time - set.winner.time) : '';
+}
+
+// A word with an explanation.
+export function term(key, text) {
+  return h('button.term', {type: 'button', 'data-help': key, 'aria-haspopup': 'dialog'}, text);
+}
+
+export function runnerAddress(runner, more = {}) {
+  return address({runner: runnerKey(runner), ...more});
+}
+
+export function setAddress(set, more = {}) {
+  return address({[set.kind]: set.name, ...more});
+}
+
+export function setTitle(set) {
+  if (set.kind === 'segment') return set.name.replaceAll('-', ' → ');
+  return set.kind === 'course' ? set.name.replaceAll('/', ' / ') : set.name;
+}
+
+// "5.7 km ↑70 m · 22 controls"
+export function courseText(set) {
+  const controls = set.kind !== 'segment' && set.controls ? t('controlsN', set.controls) : '';
+  return [lengthText(set.length, set.climb), controls].filter(Boolean).join(' · ');
+}
+
+export function countText(set) {
+  return countOfRunners(set.rows.length + set.withoutLaps.length);
+}
+
+// A row of buttons of which one is chosen; the choice is a value of the address.
+export function chips(label, key, chosen, choices) {
+  return h('div.chips', {role: 'group', 'aria-label': label}, choices.map(([value, text]) =>
+    h('button.chip', {type: 'button', 'data-key': key, 'data-value': value, 'aria-pressed': String(value === chosen)}, text)));
+}
+
+// What an address shows that leads to nothing in this event.
+export function unknownPlace(name) {
+  return [h('h1.unseen', {tabindex: -1}, name), h('p.card', t('unknown', name), ' ', h('a.link', {href: '#'}, t('toEvent')))];
+}
+
+// What the colors of strips mean.
+export function lossLegend() {
+  const swatch = (...colors) => colors.map((color) => h('i', {style: {background: `var(--${color})`}}));
+  return h('p.key',
+    h('span', swatch('g2'), t('keyGain')), h('span', swatch('zero'), t('keyUsual')),
+    h('span', swatch('l2', 'l3', 'l4'), term('lost', t('keyLoss'))));
+}
+
+// A drawing that is made as wide as its place.
+export function chart(draw, attributes = {}) {
+  const place = h('div.chart', attributes);
+  place.draw = () => place.replaceChildren(draw(Math.max(260, Math.floor(place.clientWidth || 320))));
+  return place;
+}
+
+export function drawCharts(root) {
+  for (const place of root.querySelectorAll('.chart')) place.draw?.();
+}
+
+// Observes the ends of long lists; where there is no browser, as in unit tests, it does nothing.
+const growing = typeof IntersectionObserver === 'undefined' ? {observe() {}, unobserve() {}} :
+  new IntersectionObserver((entries) => {
+    for (const {isIntersecting, target} of entries) if (isIntersecting) target.grow();
+  }, {rootMargin: '900px'});
+
+// Puts rows into a table body: the first ones at once, up to `needed` at least, the others when they
+// come near.
+export function fillRows(body, items, makeRow, needed = -1, first = FIRST_ROWS) {
+  let shown = Math.max(first, needed + 5);
+  if (items.length <= shown + FEW_MORE) shown = items.length;
+  body.append(...items.slice(0, shown).map(makeRow));
+  if (shown === items.length) return body;
+  const more = h('tr', h('td.more', {colspan: 20}));
+  more.grow = () => {
+    more.before(...items.slice(shown, shown + MORE_ROWS).map(makeRow));
+    shown += MORE_ROWS;
+    growing.unobserve(more);
+    if (shown >= items.length) more.remove();
+    else growing.observe(more);
+  };
+  body.append(more);
+  growing.observe(more);
+  return body;
+}

@@ -1,0 +1,59 @@
+import assert from 'node:assert/strict';
+import {gzipSync} from 'node:zlib';
+import {test} from 'node:test';
+import {classSetOf, makeEvent, openSet, shownLoss, unpack} from '../data.js';
+import {sampleData} from './sample.js';
+
+const event = makeEvent(sampleData());
+const open = (key) => openSet(event, event.byKey.get(key));
+
+test('the block is unpacked', async () => {
+  const block = gzipSync(JSON.stringify(sampleData())).toString('base64');
+  assert.deepEqual(await unpack(block), sampleData());
+});
+
+test('runners are in their sets and clubs', () => {
+  const set = open('class=A');
+  assert.deepEqual(set.rows.map((row) => row.runner.name), ['Anna Berg', "Tom O'Hara", 'さとう けん']);
+  assert.deepEqual(set.withoutLaps.map((runner) => runner.name), ['Nils Holm']);
+  assert.deepEqual(set.rows.map((row) => row.place), [1, null, null]);
+  assert.deepEqual(event.clubs, [['OK North', 2], ['O-Club', 2]]);
+  assert.equal(event.courseOfClass.get('B').name, 'A/B');
+  assert.equal(classSetOf(event, event.bySerial.get(5)).name, 'B');
+});
+
+test('the estimate goes before the analysis, which fills its gaps', () => {
+  const [winner, second, skipper] = open('class=A').rows;
+  assert.deepEqual(second.loss, [40, null, 10]);
+  assert.deepEqual([second.least[0], second.most[0], second.own[0], second.word[0], second.cost[0]], [30, 52, 110, 2, 35]);
+  assert.deepEqual([second.lost, second.clean, second.speed, second.mistakes], [60, 340, 1.2, 1]);
+  assert.equal(winner.word[2], 0);
+  assert.deepEqual(skipper.loss, [null, null, 90]);
+  assert.deepEqual([skipper.word[2], skipper.least[2], skipper.mistakes], [null, null, null]);
+  const [other] = open('class=B').rows;
+  assert.deepEqual([other.loss[0], other.own[0], other.lost, other.clean], [5, 115, 20, 310]);
+});
+
+test('elapsed times are sums, or those of the library', () => {
+  const [winner, , skipper] = open('class=A').rows;
+  assert.deepEqual(winner.elapsed, [100, 100, 300]);
+  assert.deepEqual(skipper.elapsed, [140, 140, 420]);
+});
+
+test('all legs of a range have its loss', () => {
+  const [, , skipper] = open('class=A').rows;
+  assert.deepEqual([0, 1, 2].map((leg) => shownLoss(skipper, leg)), [90, 90, 90]);
+});
+
+test('untimed legs have no width', () => {
+  const set = open('class=A');
+  assert.deepEqual(set.x.map((x) => Number(x.toFixed(3))), [0, 0.333, 0.333, 1]);
+  assert.deepEqual(set.labels, ['S→1', '1→2', '2→F']);
+  assert.equal(set.decisive, 0);
+});
+
+test('a segment has codes, and laps of its own', () => {
+  const set = open('segment=31-32');
+  assert.deepEqual(set.labels, ['31→32']);
+  assert.deepEqual(set.rows.map((row) => [row.laps[0], row.result]), [[60, '0:01:00'], [70, '0:01:10']]);
+});

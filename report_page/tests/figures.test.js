@@ -1,0 +1,56 @@
+import assert from 'node:assert/strict';
+import {test} from 'node:test';
+import {makeEvent, openSet} from '../data.js';
+import {costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
+import {sampleData} from './sample.js';
+
+const event = makeEvent(sampleData());
+const setA = openSet(event, event.byKey.get('class=A'));
+const course = openSet(event, event.byKey.get('course=A/B'));
+const [winner, second] = setA.rows;
+
+test('steps of losses double from the first', () => {
+  assert.equal(firstStep(300), 5);
+  assert.equal(firstStep(3600), 18);
+  const cases = [[4.9, 0], [5, 1], [10, 2], [20, 3], [40, 4], [4000, 4], [-5, -1], [-4000, -3], [0, 0], [null, null]];
+  for (const [loss, step] of cases) assert.equal(lossStep(5, loss), step, `${loss}`);
+});
+
+test('small statistics', () => {
+  assert.equal(median([3, 1, 2]), 2);
+  assert.equal(median([4, 1]), 2.5);
+  assert.equal(median([]), null);
+  assert.equal(quantile([5, 1, 9], 0.5), 9);
+  assert.equal(quantile(Array.from({length: 101}, (_, i) => i), 0.9), 90);
+  assert.equal(niceStep(300, 6), 60);
+});
+
+test('a gap is the sum of pace and mistakes', () => {
+  assert.deepEqual(partsOfGap(second, winner), {gap: 100, mistakes: 60, pace: 40});
+  assert.equal(partsOfGap(setA.rows[2], winner), null);
+});
+
+test('the place without losses counts the ranked for a ranked runner', () => {
+  assert.equal(placeWithout(setA, second), 2);
+  assert.equal(placeWithout(course, course.rows[1]), 2);  // 330 - 20 is behind 300
+  assert.equal(placeWithout(setA, setA.rows[2]), null);
+});
+
+test('mistakes and the others on a leg', () => {
+  assert.deepEqual(costliestLegs(setA, second, 3), [0, 2]);
+  assert.deepEqual([isMistake(setA, second, 0), isMistake(setA, second, 2), isMistake(setA, winner, 0)], [true, false, false]);
+  assert.deepEqual(othersOnLeg(setA, second, 0), {count: 1, faulty: 0, verdict: 'own'});
+  assert.deepEqual(othersOnLeg(setA, winner, 0), {count: 1, faulty: 1, verdict: 'hard'});
+});
+
+test('swings and legs won', () => {
+  assert.deepEqual(largestSwings(setA, [winner, second], 4).map(({leg, size}) => [leg, size]), [[0, 50], [2, 50]]);
+  assert.deepEqual(legsWon(setA, [winner, second]), [2, 0]);
+});
+
+test('stories need enough runners', () => {
+  const {closest, comeback, cleanest, deciding} = storiesOf([setA, openSet(event, event.byKey.get('class=B'))]);
+  assert.deepEqual([closest, comeback, cleanest, deciding], [null, null, null, null]);
+  const found = storiesOf([course]);
+  assert.equal(found.closest.value, -30);
+});

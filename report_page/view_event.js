@@ -1,0 +1,110 @@
+// The first view: what the event was, and its classes.
+import {h} from './dom.js';
+import {classSetOf, openList, openSet} from './data.js';
+import {finishDots} from './dots.js';
+import {storiesOf} from './figures.js';
+import {isNumber, percentText, signedTime, timeText} from './format.js';
+import {courseDrawing, icon} from './icons.js';
+import {countOfRunners, dateText, ordinal, t} from './language.js';
+import {behindText, countText, courseText, heatStrip, medal, resultText, runnerAddress, setAddress, setTitle} from './parts.js';
+import {address} from './route.js';
+
+export function eventView({event, me}) {
+  return [band(event), myCard(event, me), storyTiles(event), classCards(event, me), segmentCards(event), remarks(event)];
+}
+
+function band(event) {
+  const about = [dateText(event.date), event.terrain, countOfRunners(event.runners.length)];
+  return h('div.hero', courseDrawing(), h('div.in',
+    h('h1', {tabindex: -1}, event.name), h('p', about.filter(Boolean).join(' · ')),
+    h('a.find', {href: address({find: ''})}, icon('find'), h('span', t('findMe')))));
+}
+
+function myCard(event, me) {
+  const list = me && classSetOf(event, me);
+  const row = list && openSet(event, list).byRunner.get(me);
+  if (!row) return null;
+  const parts = isNumber(row.time) ?
+    [h('b', ordinal(row.place ?? row.rank)), ` ${t('ofN', list.finishers.length)} · ${timeText(row.time)} ${behindText(list, row)}`] :
+    [resultText(row)];
+  return h('a.card.class-card.mine', {href: runnerAddress(me)},
+    h('header', h('h3', me.name), h('span.n', me.className)), h('p', parts), heatStrip(list, row));
+}
+
+// The stories need every class worked out, so they come after the first view is on the screen.
+function storyTiles(event) {
+  const tiles = h('div.tiles', [0, 1, 2, 3].map(() => h('div.card.tile', '\u00a0')));
+  const head = h('h2.unseen', t('stories'));
+  setTimeout(() => {
+    if (!tiles.isConnected) return;
+    const made = stories(event);
+    if (made.length > 0) tiles.replaceChildren(...made);
+    else tiles.remove();
+  });
+  return [head, tiles];
+}
+
+function stories(event) {
+  const sets = event.classSets.map((set) => openSet(event, set));
+  const {closest, comeback, cleanest, deciding, worst} = storiesOf(sets);
+  const tile = (kind, key, set, big, small, href) => h(`a.card.tile.${kind}`, {href},
+    h('h3', `${t(key)} · ${set.name}`), h('p.big', big), h('p.sm.mut', small));
+  const tiles = [];
+  if (closest) {
+    const [first, second] = closest.set.finishers;
+    tiles.push(tile('s0', 'closest', closest.set, signedTime(second.time - first.time),
+      `${first.runner.name} – ${second.runner.name}`, setAddress(closest.set, {view: 'race'})));
+  }
+  if (comeback) {
+    tiles.push(tile('s1', 'comeback', comeback.set, `${ordinal(worst)} → ${ordinal(comeback.row.position.at(-1))}`,
+      comeback.row.runner.name, runnerAddress(comeback.row.runner)));
+  }
+  if (cleanest) {
+    tiles.push(tile('s2', 'cleanest', cleanest.set, t('lostShare', percentText(-cleanest.value, 1)),
+      cleanest.row.runner.name, runnerAddress(cleanest.row.runner)));
+  }
+  if (deciding) {
+    const leg = deciding.set.decisive;
+    tiles.push(tile('s3', 'decidingLeg', deciding.set, deciding.set.labels[leg],
+      t('decides', timeText(deciding.set.facts[leg].decisive)), setAddress(deciding.set, {view: 'legs', leg: leg + 1})));
+  }
+  return tiles;
+}
+
+function podium(set) {
+  if (set.finishers.length === 0) return h('ol.podium', h('li.mut', t('noTimes')));
+  return h('ol.podium', set.finishers.slice(0, 3).map((row) => h('li', medal(row),
+    h('span.nm', row.runner.name), h('span.t', row === set.winner ? timeText(row.time) : behindText(set, row)))));
+}
+
+function classCards(event, me) {
+  if (event.classSets.length === 0) return h('p.card', t('noTimes'));
+  return [h('h2.h2', t('classes'), ' ', h('small', t('dots'))),
+    h('div.grid.cards', event.classSets.map((set) => {
+      openList(event, set);
+      return h('a.card.class-card', {href: setAddress(set)},
+        h('header', h('h3', set.name), h('span', courseText(set)), h('span.n', countText(set))),
+        podium(set), finishDots(set, me));
+    }))];
+}
+
+function segmentCards(event) {
+  const segments = event.sets.filter((set) => set.kind === 'segment');
+  if (segments.length === 0) return null;
+  return [h('h2.h2', t('sharedSegments')), h('div.grid.cards', segments.map((set) => {
+    openList(event, set);
+    const classes = [...new Set(set.rows.map((row) => row.runner.className))];
+    return h('a.card.class-card', {href: setAddress(set)},
+      h('header', h('h3', setTitle(set)), h('span.n', countOfRunners(set.finishers.length))),
+      h('p.sm.mut', classes.join(', ')),
+      set.winner ? h('ol.podium', h('li', medal(set.winner), h('span.nm', set.winner.runner.name), h('span.t', timeText(set.winner.time)))) : null);
+  }))];
+}
+
+// Only web addresses become links: the header of an event could hold any other kind.
+function remarks(event) {
+  if (!event.memo && !event.site) return null;
+  const link = /^https?:\/\//i.test(event.site) ?
+    h('a.link', {href: event.site, rel: 'noopener noreferrer'}, event.site.replace(/^https?:\/\//i, '')) : event.site;
+  return h('p.sm.mut.remarks', event.memo, ' ', link);
+}

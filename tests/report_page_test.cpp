@@ -1,0 +1,119 @@
+// The report as the library writes it; tests/report/report_test.py reads it in a browser.
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "keltrun2/analysis/leg_facts.h"
+#include "keltrun2/model/result_status.h"
+#include "tests/data_block.h"
+
+namespace keltrun::test {
+namespace {
+
+using Json = nlohmann::json;
+
+Json DataOf(std::string_view page) {
+  constexpr std::string_view kOpening = "<script type=\"application/gzip\" id=\"data\">";
+  const std::size_t start = page.find(kOpening);
+  if (start == std::string_view::npos) return {};
+  page.remove_prefix(start + kOpening.size());
+  return Json::parse(Unpacked(FromBase64(page.substr(0, page.find('<')))));
+}
+
+bool Holds(std::string_view page, std::string_view text) {
+  return page.find(text) != std::string_view::npos;
+}
+
+std::shared_ptr<clsAnalyzer> Analyze(const clsKeltrun2& root) {
+  auto analyzer = root.NewAnalyzer();
+  analyzer->AddClass(1);
+  analyzer->SetUntimedLegs("auto");
+  analyzer->Execute();
+  return analyzer;
+}
+
+// A class in which one runner loses five minutes on leg 2, one skips control 2 and one did not
+// start.
+std::shared_ptr<clsKeltrun2> SmallClass() {
+  auto root = NewRoot(Mode::kEnglishTexts);
+  const auto klass = root->AddClass("M\"21<b>");
+  klass->ControlCount = 3;
+  AddRunner(*klass, "Ann", "0:13:20", {200, 200, 200, 200});
+  AddRunner(*klass, "Bo", "0:13:36", {204, 204, 204, 204});
+  AddRunner(*klass, "</script><script>alert(1)", "0:18:52", {208, 508, 208, 208});
+  AddRunner(*klass, "Di", "MP", {210, -1, 430, 210});
+  AddRunner(*klass, "Ed & Co", "DNS", {});
+  return root;
+}
+
+TEST(ReportPage, FirstViewAndListsAreHtml) {
+  const auto root = SmallClass();
+  root->EventData()->EventName = "A & B</title><script>";
+  const std::string page = root->HtmlControl()->OutputReport({{Analyze(*root)}});
+  for (const std::string_view text :
+       {"<html lang=\"en\">", "<title>A &amp; B&lt;/title&gt;&lt;script&gt;</title>",
+        "href=\"#class=M%2221%3Cb%3E\"", "id=\"class=M&quot;21&lt;b&gt;\"", "5 runners",
+        "3 controls", "<span class=\"t\">13:20</span>", "<span class=\"t\">+0:16</span>",
+        "<td>Ed &amp; Co<td><td>DNS",
+        "<td>&lt;/script&gt;&lt;script&gt;alert(1)<td><td>18:52<td>+5:32",
+        "<td><td>Di<td><td>MP<td>"}) {
+    EXPECT_TRUE(Holds(page, text)) << text;
+  }
+  EXPECT_FALSE(Holds(page, "<script>alert(1)"));
+  EXPECT_FALSE(Holds(page, "unsafe-inline"));
+}
+
+TEST(ReportPage, DataHasEverythingOnce) {
+  const auto root = SmallClass();
+  const auto analyzer = Analyze(*root);
+  const Json data = DataOf(root->HtmlControl()->OutputReport({{analyzer}}, root->NewEstimate()));
+  EXPECT_EQ(data["runners"].size(), 5U);
+  EXPECT_EQ(data["runners"][4], Json::parse(R"([5, "Ed & Co", 0, 0, 0, "DNS", "dns", []])"));
+  const Json& set = data["sets"][0];
+  EXPECT_EQ(set["points"], Json::parse(R"(["S", "", "", "", "F"])"));
+  EXPECT_EQ(set["legs"][1][0], 3) << "the lap over a skipped control is of no leg";
+  EXPECT_EQ(set["legs"][1][1], 1) << "the five minutes";
+  const Json& skipper = set["rows"][3];
+  EXPECT_EQ(skipper[2], nullptr);
+  EXPECT_EQ(skipper[11]["ranges"], Json::parse("[2, 3]"));
+  EXPECT_EQ(skipper[11]["split"][3], 850);
+  EXPECT_FALSE(set["rows"][0][11].contains("split")) << "it is the sum of the laps";
+}
+
+TEST(ReportPage, WithoutAnEstimateLossesAreThoseOfTheAnalysis) {
+  const auto root = SmallClass();
+  const Json data = DataOf(root->HtmlControl()->OutputReport({{Analyze(*root)}}));
+  EXPECT_EQ(data["runners"][0].size(), 8U);
+  EXPECT_EQ(data["sets"][0]["legs"][1][1], 1);
+  EXPECT_TRUE(data["sets"][0]["rows"][2][11].contains("loss"));
+}
+
+TEST(ReportPage, NeedsAnalyses) {
+  const auto root = NewRoot();
+  EXPECT_THROW((void)root->HtmlControl()->OutputReport({{nullptr}}), AutomationError);
+  EXPECT_TRUE(Holds(root->HtmlControl()->OutputReport({}), "</html>"))
+      << "an event without classes";
+}
+
+TEST(Outcome, IsThatOfTheStatusElseOfTheResult) {
+  for (const auto& [status, result, expected] :
+       Rows<RunnerStatus, std::string, std::string>{{RunnerStatus::kUnknown, "0:31:24", "ok"},
+                                                    {RunnerStatus::kUnknown, "25:00:01", "ok"},
+                                                    {RunnerStatus::kUnknown, "MP", "mp"},
+                                                    {RunnerStatus::kUnknown, "P3", "mp"},
+                                                    {RunnerStatus::kUnknown, "DNF", "dnf"},
+                                                    {RunnerStatus::kUnknown, "DISQ", "dsq"},
+                                                    {RunnerStatus::kUnknown, "OCL", "dsq"},
+                                                    {RunnerStatus::kUnknown, "DNS", "dns"},
+                                                    {RunnerStatus::kUnknown, "", ""},
+                                                    {RunnerStatus::kUnknown, "N/A", ""},
+                                                    {RunnerStatus::kNotCompeting, "0:31:24", "nc"},
+                                                    {RunnerStatus::kDidNotStart, "0:31:24", "dns"},
+                                                    {RunnerStatus::kActive, "DNF", "dnf"},
+                                                    {RunnerStatus::kOverTime, "0:31:24", "dsq"}}) {
+    EXPECT_EQ(OutcomeCode(status, result), expected) << result;
+  }
+}
+
+}  // namespace
+}  // namespace keltrun::test
