@@ -7,8 +7,7 @@ import {countOfRunners, t} from './language.js';
 import {address, runnerKey} from './route.js';
 
 const FIRST_ROWS = 60;
-const MORE_ROWS = 80;
-const FEW_MORE = 40;  // not worth a portion
+const MORE_SHARE = 0.4;  // of the first rows in each later portion, so that scrolling never waits
 
 // The color of a loss as a style value.
 export function lossColor(set, loss) {
@@ -124,14 +123,15 @@ const growing = typeof IntersectionObserver === 'undefined' ? {observe() {}, uno
 // Puts rows into a table body: the first ones at once, up to `needed` at least, the others when they
 // come near.
 export function fillRows(body, items, makeRow, needed = -1, first = FIRST_ROWS) {
+  const portion = Math.ceil(first * MORE_SHARE);
   let shown = Math.max(first, needed + 5);
-  if (items.length <= shown + FEW_MORE) shown = items.length;
+  if (items.length <= shown + portion) shown = items.length;
   body.append(...items.slice(0, shown).map(makeRow));
   if (shown === items.length) return body;
   const more = h('tr', h('td.more', {colspan: 20}));
   more.grow = () => {
-    more.before(...items.slice(shown, shown + MORE_ROWS).map(makeRow));
-    shown += MORE_ROWS;
+    more.before(...items.slice(shown, shown + portion).map(makeRow));
+    shown += portion;
     growing.unobserve(more);
     if (shown >= items.length) more.remove();
     else growing.observe(more);

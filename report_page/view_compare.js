@@ -65,13 +65,13 @@ function addable(event, runners, set) {
 function timesOnly(event, runners) {
   const segments = event.sets.filter((set) => set.kind === 'segment' &&
     runners.every((runner) => openList(event, set).byRunner.has(runner)));
-  return [h('p', t('otherCourses')), h('div.list', h('table.results', h('tbody', runners.map((runner) => {
+  return [h('p.before-list', t('otherCourses')), h('div.list.before-list', h('table.results', h('tbody', runners.map((runner) => {
     const list = classSetOf(event, runner);
     const row = list && openList(event, list).byRunner.get(runner);
     return h('tr', h('th.runner', {scope: 'row'}, h('a.nm', {href: runnerAddress(runner)}, runner.name), h('div.cl', runner.className)),
       h('td.r', row?.rank ?? ''), h('td.r.tm', row ? resultText(row) : runner.result || '–'));
   })))),
-  segments.length > 0 ? [h('p', t('otherCourses2')), h('div.chips', segments.map((set) => h('a.chip', {href: setAddress(set)}, setTitle(set))))] :
+  segments.length > 0 ? [h('p.before-list', t('otherCourses2')), h('div.chips', segments.map((set) => h('a.chip', {href: setAddress(set)}, setTitle(set))))] :
     h('p.mut', t('noShared'))];
 }
 

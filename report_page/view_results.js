@@ -4,12 +4,17 @@ import {fillRows, behindText, heatStrip, lossLegend, medal, resultText, runnerAd
 import {percentText, timeText, isNumber} from './format.js';
 import {t} from './language.js';
 
+// A strip of two or three legs says nothing.
+function hasStrip(set) {
+  return set.kind !== 'segment';
+}
+
 export function resultsView({me}, set) {
   const mine = me ? set.rows.findIndex((row) => row.runner === me) : -1;
   const body = fillRows(h('tbody'), set.rows, (row) => resultRow(set, row, me), mine);
   body.append(...set.withoutLaps.map((runner) => startlessRow(runner)));
   return [
-    h('div.above', set.kind === 'segment' ? h('span') : lossLegend(),
+    h('div.above', hasStrip(set) ? lossLegend() : h('span'),
       mine > 7 ? h('button.chip.to-me', {type: 'button', 'data-act': 'to-me', 'aria-label': t('toMe')}, `↓ ${set.rows[mine].rank || '–'}`) : null),
     h('div.list', h('table.results', h('caption.unseen', `${t('results')} ${set.name}`), head(set), body)),
   ];
@@ -19,7 +24,7 @@ function head(set) {
   const estimated = set.rows.some((row) => row.estimate);
   return h('thead', h('tr',
     h('th', {scope: 'col'}, term('rank', '#')), h('th', {scope: 'col'}, t('name')),
-    h('th.wide-only', {scope: 'col'}, t('strip')),
+    hasStrip(set) ? h('th.wide-only', {scope: 'col'}, t('strip')) : null,
     h('th.r.wide-only', {scope: 'col'}, term('speed', t(estimated ? 'speed' : 'cruise'))),
     h('th.r.wide-only', {scope: 'col'}, term('lost', t('lost'))),
     h('th.r', {scope: 'col'}, t('time'), h('br'), term('behind', t('behind')))));
@@ -27,13 +32,12 @@ function head(set) {
 
 function resultRow(set, row, me) {
   const {runner} = row;
-  const strip = () => (set.kind === 'segment' ? null : heatStrip(set, row));
   const about = set.kind === 'class' ? runner.club : [runner.club, runner.className].filter(Boolean).join(' · ');
   const href = runnerAddress(runner, set.kind === 'course' ? {course: set.name} : {});
   return h('tr' + (runner === me ? '.me' : ''), {'data-go': href},
     h('td', medal(row)),
-    h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), h('div.narrow-only.below', strip())),
-    h('td.wide-only', strip()),
+    h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), hasStrip(set) ? h('div.narrow-only.below', heatStrip(set, row)) : null),
+    hasStrip(set) ? h('td.wide-only', heatStrip(set, row)) : null,
     h('td.r.wide-only.mut.sm', percentText(row.speed)),
     h('td.r.wide-only.mut.sm', isNumber(row.lost) && isNumber(row.time) ? timeText(row.lost) : '–'),
     h('td.r.top-cell', h('span.tm', resultText(row)), h('div.cl.nw', behindText(set, row) || '\u00a0')));

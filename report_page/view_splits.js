@@ -5,7 +5,7 @@ import {isNumber, signedTime, timeText} from './format.js';
 import {t} from './language.js';
 import {behindText, chips, fillRows, lossClass, resultText, runnerAddress, setAddress, term} from './parts.js';
 
-const CELLS_AT_ONCE = 1000;
+const CELLS_AT_ONCE = 800;
 const FEWEST_ROWS = 16;
 
 export function splitsView({me, query}, set) {
