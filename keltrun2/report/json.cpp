@@ -10,6 +10,7 @@
 #include "keltrun2/analysis/leg_facts.h"
 #include "keltrun2/base/version.h"
 #include "keltrun2/config/leg_labels.h"
+#include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_values_internal.h"
