@@ -196,8 +196,9 @@ TEST(ApiSurface, Estimate) {
   EXPECT_EQ(runner->OtherData(), surface.runner);
   EXPECT_EQ(runner->RunnerName(), "A");
   Are<double>(runner->Speed(), runner->SpeedError(), runner->Spread(), runner->TimeLost(),
-              runner->MistakeSize(), runner->NormalTime(1), runner->Loss(1), runner->LeastLoss(1),
-              runner->LargestLoss(1), runner->MistakeTime(1), runner->MistakeChance(1));
+              runner->LeastTimeLost(), runner->LargestTimeLost(), runner->MistakeSize(),
+              runner->NormalTime(1), runner->Loss(1), runner->LeastLoss(1), runner->LargestLoss(1),
+              runner->MistakeTime(1), runner->MistakeChance(1));
   EXPECT_EQ(runner->MistakeCount(), 0);
   EXPECT_EQ(runner->LegCount(), 4);
   EXPECT_TRUE(runner->IsTimed(4) && !runner->IsTimed(5));

@@ -84,6 +84,10 @@ TEST(Estimate, EqualsTheReferenceOnRealEvents) {
                       {runner->Speed(), runner->SpeedError(), runner->Spread(),
                        static_cast<double>(runner->MistakeCount()), InSeconds(runner->TimeLost())},
                       1, text);
+        // The range is the time lost and its error, which are about as large.
+        ExpectFigures(line,
+                      {InSeconds(runner->LeastTimeLost()), InSeconds(runner->LargestTimeLost())},
+                      1000 * InSeconds(runner->LargestTimeLost()), text);
       }
     }
     EXPECT_GT(lines, 600);
@@ -432,7 +436,8 @@ TEST(Estimate, IsFiniteForEveryFile) {
         for (std::int32_t position = 1; position <= klass->Count(); ++position) {
           const auto runner = klass->Item(position);
           double sum = runner->Speed() + runner->SpeedError() + runner->Spread() +
-                       runner->TimeLost() + runner->MistakeSize();
+                       runner->TimeLost() + runner->LeastTimeLost() + runner->LargestTimeLost() +
+                       runner->MistakeSize();
           for (std::int32_t leg = 1; leg <= runner->LegCount(); ++leg) {
             sum += runner->NormalTime(leg) + runner->LeastLoss(leg) + runner->LargestLoss(leg) +
                    runner->MistakeTime(leg) + runner->MistakeChance(leg);

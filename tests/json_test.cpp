@@ -158,6 +158,8 @@ TEST(Json, EstimatesOfRunnersAndLegs) {
   EXPECT_NEAR(figures["mistakeSize"].get<double>(), late_figures->MistakeSize() * kSecondsPerDay,
               1e-3);
   EXPECT_LT(figures["leastLoss"][2].get<double>(), figures["largestLoss"][2].get<double>());
+  EXPECT_LT(figures["leastTimeLost"].get<double>(), figures["timeLost"].get<double>());
+  EXPECT_GT(figures["largestTimeLost"].get<double>(), figures["timeLost"].get<double>());
 
   const Json segment = write(DataSetKind::kSegment);
   EXPECT_FALSE(segment["general"].contains("estimate"));

@@ -121,6 +121,9 @@ void ExpectRunner(std::istream& line, const RunnerFigures& runner, const std::st
                 {runner.speed, runner.speed_error, runner.spread,
                  static_cast<double>(runner.mistakes), runner.time_lost},
                 1, where);
+  // The range is the time lost and its error, which are about as large.
+  ExpectFigures(line, {runner.least_time_lost, runner.largest_time_lost},
+                1000 * runner.largest_time_lost, where);
 }
 
 void ExpectLeg(std::istream& line, const LegFigures& leg, const std::string& where) {
@@ -289,11 +292,12 @@ bool IsFinite(const ClassEstimate& estimate) {
   for (const LapFigures& lap : estimate.laps) {
     figures.insert(figures.end(),
                    {lap.normal, lap.error, lap.loss, lap.least_loss, lap.largest_loss, lap.mistake,
-                    lap.large_mistake, lap.time_lost});
+                    lap.large_mistake, lap.time_lost, lap.time_lost_variance});
   }
   for (const RunnerFigures& runner : estimate.runners) {
-    figures.insert(figures.end(), {runner.speed, runner.speed_error, runner.spread,
-                                   runner.time_lost, runner.mistake_size});
+    figures.insert(figures.end(),
+                   {runner.speed, runner.speed_error, runner.spread, runner.time_lost,
+                    runner.least_time_lost, runner.largest_time_lost, runner.mistake_size});
   }
   for (const LegFigures& leg : estimate.legs) {
     figures.insert(figures.end(), {leg.normal, leg.spread, leg.mistake_rate});

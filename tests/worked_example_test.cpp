@@ -1,8 +1,11 @@
 // The event in docs/analysis.md has the figures that are computed there by hand.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "tests/test_support.h"
 
@@ -69,6 +72,8 @@ TEST(WorkedExample, EstimatesOfTheDocument) {
                              {"Rosa", 3, 103.4, 36.6, 21.6, 49.7, 0.92, 32.9},
                              {"Pia", 1, 98.6, 31.4, 17.9, 43.4, 0.84, 28.0},
                              {"Sara", 1, 98.6, 61.4, 47.9, 73.35, 1.00, 58.7}};
+  const std::map<std::string, std::array<double, 3>> totals = {{"Quinn", {10.755, 0, 43.451}},
+                                                               {"Sara", {59.727, 31.767, 87.688}}};
   constexpr double kTenth = 0.051;
   for (const WorkedLap& lap : kLaps) {
     for (int i = 1; i <= klass->Count(); ++i) {
@@ -80,6 +85,11 @@ TEST(WorkedExample, EstimatesOfTheDocument) {
       EXPECT_NEAR(runner->LargestLoss(lap.leg) * kSecondsPerDay, lap.largest, kTenth);
       EXPECT_NEAR(runner->MistakeChance(lap.leg), lap.chance, 0.0051);
       EXPECT_NEAR(runner->MistakeTime(lap.leg) * kSecondsPerDay, lap.lost, kTenth);
+      const auto total = totals.find(lap.runner);
+      if (total == totals.end()) continue;
+      EXPECT_NEAR(runner->TimeLost() * kSecondsPerDay, total->second[0], kTenth);
+      EXPECT_NEAR(runner->LeastTimeLost() * kSecondsPerDay, total->second[1], kTenth);
+      EXPECT_NEAR(runner->LargestTimeLost() * kSecondsPerDay, total->second[2], kTenth);
     }
   }
 }

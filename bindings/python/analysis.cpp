@@ -131,6 +131,8 @@ void BindEstimate(py::module_& module) {
       .ReadOnly("SpeedError", &EstimatedRunner::SpeedError)
       .ReadOnly("Spread", &EstimatedRunner::Spread)
       .ReadOnly("TimeLost", &EstimatedRunner::TimeLost)
+      .ReadOnly("LeastTimeLost", &EstimatedRunner::LeastTimeLost)
+      .ReadOnly("LargestTimeLost", &EstimatedRunner::LargestTimeLost)
       .ReadOnly("MistakeCount", &EstimatedRunner::MistakeCount)
       .ReadOnly("MistakeSize", &EstimatedRunner::MistakeSize)
       .ReadOnly("LegCount", &EstimatedRunner::LegCount)

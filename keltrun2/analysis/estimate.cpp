@@ -186,6 +186,8 @@ std::shared_ptr<clsEstimatedRunnerData> EstimateInternal::MakeRunner(
   made->speed_error_ = figures.speed_error;
   made->spread_ = figures.spread;
   made->time_lost_ = Days(figures.time_lost);
+  made->least_time_lost_ = Days(figures.least_time_lost);
+  made->largest_time_lost_ = Days(figures.largest_time_lost);
   made->mistake_size_ = Days(figures.mistake_size);
   made->mistake_count_ = figures.mistakes;
   made->legs_.reserve(legs);

@@ -50,6 +50,12 @@ class KELTRUN2_API clsEstimatedRunnerData {
   double Spread() const { return spread_; }
   /// The time that mistakes cost, on all legs together, in days: its expected value.
   DateTime TimeLost() const { return time_lost_; }
+  /// The lower end of the range in which the time that mistakes really cost lies for nine of ten
+  /// runners, in days; never negative. The range is one for all legs together, and wide: mistakes
+  /// of a few seconds cannot be told from ordinary variation.
+  DateTime LeastTimeLost() const { return least_time_lost_; }
+  /// The upper end of that range, in days.
+  DateTime LargestTimeLost() const { return largest_time_lost_; }
   /// The number of legs with IsMistake.
   std::int32_t MistakeCount() const { return mistake_count_; }
   /// The mean time that mistakes cost on the legs with IsMistake, in days; 0 if there are none.
@@ -103,6 +109,8 @@ class KELTRUN2_API clsEstimatedRunnerData {
   double speed_error_ = 0;
   double spread_ = 0;
   DateTime time_lost_ = 0;
+  DateTime least_time_lost_ = 0;
+  DateTime largest_time_lost_ = 0;
   DateTime mistake_size_ = 0;
   std::int32_t mistake_count_ = 0;
   std::vector<LegFigures> legs_;  // leg 1 first

@@ -51,6 +51,12 @@ constexpr double kLeastRest = 1e-9;   // weight of what the other laps say
 constexpr double kLargestError = 0.5;
 constexpr double kRangeDeviations = 1.6448536269514722;  // nine of ten are inside
 constexpr std::size_t kFastestRunners = 3;
+// How many deviations the range of a runner's time lost reaches. There are more than in the range
+// of a lap, because the deviation takes the spreads and the number and size of mistakes for known,
+// and noise for normal. Simulated events gave the number; bench/estimate_quality checks it.
+constexpr double kTotalRangeDeviations = 2.5;
+// In a small class the spreads and the legs rest on few laps, for all of its runners alike.
+double SmallClassFactor(double runners) { return std::sqrt(1 + 2 / runners); }
 
 // Times beyond these are faults of the source. Their logarithms are safe in all that follows.
 constexpr double kShortestLap = 0.001;  // seconds
@@ -459,15 +465,17 @@ double ShareRatio(double lower, double upper, double mills_lower, double mills_u
   return std::exp(0.5 * (upper - lower) * (upper + lower)) * mills_upper / mills_lower;
 }
 
-// The part of a lap that remains without its mistake, for a lap with one: the mean of exp(-mistake)
-// is exp(-residual + error^2 (1 / size + 1/2)) Phi(u - error) / Phi(u), in which all but g cancels.
-double RemainingPart(const InverseMills& mills, double u, double error, double mills_upper,
-                     double exponent) {
+// The part of a lap that remains without its mistake, to the power n, for a lap with one: the mean
+// of exp(-n mistake) is exp(n (-residual + error^2 (1 / size + n/2))) Phi(u - n error) / Phi(u), in
+// which all but g cancels.
+double RemainingPower(const InverseMills& mills, double n, double u, double error,
+                      double mills_upper) {
   constexpr double kTinyMills = 1e-4;
+  const double lower = u - n * error;
   if (mills_upper < kTinyMills) {
-    return std::exp(exponent) * NormalShare(u - error) / NormalShare(u);
+    return std::exp(n * error * (0.5 * n * error - u)) * NormalShare(lower) / NormalShare(u);
   }
-  return mills_upper / mills(u - error);
+  return mills_upper / mills(lower);
 }
 
 LapFigures Fit::FiguresOf(std::size_t runner, std::size_t lap, double seconds,
@@ -497,9 +505,12 @@ LapFigures Fit::FiguresOf(std::size_t runner, std::size_t lap, double seconds,
     const double lower = u + std::log(1 - kMistakeSeconds / seconds) / error;
     figures.large_mistake = figures.mistake * ShareRatio(lower, u, mills_(lower), mills);
   }
-  const double remaining =
-      RemainingPart(mills_, u, error, mills, -residual + error_square * (1 / mean_size + 0.5));
+  const double remaining = RemainingPower(mills_, 1, u, error, mills);
+  const double remaining_square = RemainingPower(mills_, 2, u, error, mills);
   figures.time_lost = std::max(0.0, seconds * figures.mistake * (1 - remaining));
+  const double mean_square =
+      Square(seconds) * figures.mistake * (1 - 2 * remaining + remaining_square);
+  figures.time_lost_variance = std::max(0.0, mean_square - Square(figures.time_lost));
   return figures;
 }
 
@@ -525,10 +536,29 @@ void AddLap(RunnerFigures& runner, const LapFigures& lap) {
   runner.mistake_size += lap.time_lost;
 }
 
+// The errors of the legs are independent; that of the runner's speed is the same on all, and counts
+// where there is a mistake: elsewhere the lap itself says that nothing was lost.
+void SetRange(RunnerFigures& runner, std::span<const LapFigures> laps, double runners) {
+  double variance = 0;
+  double exposed = 0;
+  for (const LapFigures& lap : laps) {
+    variance += lap.time_lost_variance;
+    exposed += lap.normal * lap.mistake;
+  }
+  const double reach = kTotalRangeDeviations * SmallClassFactor(runners) *
+                       std::sqrt(variance + Square(exposed * runner.speed_error));
+  runner.least_time_lost = std::max(0.0, runner.time_lost - reach);
+  runner.largest_time_lost = runner.time_lost + reach;
+}
+
 void Fit::WriteClass(std::size_t klass, const LapTable& table, ClassEstimate& result) const {
   const LegSpan& runners = laps_.class_runners[klass];
   const std::size_t first_leg = laps_.class_legs[klass].begin;
   const double fastest = MeanOfFastest(runners);
+  const auto with_laps = static_cast<double>(
+      std::count_if(runner_weights_.begin() + static_cast<std::ptrdiff_t>(runners.begin),
+                    runner_weights_.begin() + static_cast<std::ptrdiff_t>(runners.end),
+                    [](double weight) { return weight > 0; }));
   result.mistake_rate = mistake_shares_[klass];
   result.mistake_size = mistake_sizes_[klass];
   result.laps.resize(table.runners * table.pairs.size());
@@ -549,6 +579,8 @@ void Fit::WriteClass(std::size_t klass, const LapTable& table, ClassEstimate& re
       AddLap(figures, of_lap);
     }
     if (figures.mistakes > 0) figures.mistake_size /= figures.mistakes;
+    SetRange(figures, std::span(result.laps).subspan(i * table.pairs.size(), table.pairs.size()),
+             with_laps);
   }
   for (std::size_t leg = 0; leg < table.pairs.size(); ++leg) {
     if (!(laps_.laps_of_leg[first_leg + leg] > 0)) continue;

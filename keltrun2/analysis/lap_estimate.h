@@ -38,18 +38,21 @@ struct LapFigures {
   double loss = 0;        // lap - normal
   double least_loss = 0;  // the range in which nine of ten losses are
   double largest_loss = 0;
-  double mistake = 0;        // probability that there is a mistake
-  double large_mistake = 0;  // probability that it cost more than 20 s
-  double time_lost = 0;      // expected seconds that mistakes cost
+  double mistake = 0;             // probability that there is a mistake
+  double large_mistake = 0;       // probability that it cost more than 20 s
+  double time_lost = 0;           // expected seconds that mistakes cost
+  double time_lost_variance = 0;  // square seconds
 };
 
 /// The figures of one runner.
 struct RunnerFigures {
-  bool known = false;       // the runner has a lap
-  double speed = 0;         // factor, compared with the mean of the three fastest of the class
-  double speed_error = 0;   // relative standard error of the speed
-  double spread = 0;        // standard deviation of the laps without mistakes; only rough
-  double time_lost = 0;     // seconds, sum over the legs
+  bool known = false;          // the runner has a lap
+  double speed = 0;            // factor, compared with the mean of the three fastest of the class
+  double speed_error = 0;      // relative standard error of the speed
+  double spread = 0;           // standard deviation of the laps without mistakes; only rough
+  double time_lost = 0;        // seconds, sum over the legs
+  double least_time_lost = 0;  // the range in which nine of ten such sums are, never negative
+  double largest_time_lost = 0;
   int mistakes = 0;         // number of laps that are more likely than not mistakes of over 20 s
   double mistake_size = 0;  // seconds, mean of those; 0 if there are none
 };

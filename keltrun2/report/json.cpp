@@ -272,6 +272,8 @@ class AnalysisDocument {
     json_.Factor("speedError", figures.SpeedError());
     json_.Factor("spread", figures.Spread());
     json_.Time("timeLost", figures.TimeLost());
+    json_.Time("leastTimeLost", figures.LeastTimeLost());
+    json_.Time("largestTimeLost", figures.LargestTimeLost());
     json_.Integer("mistakes", figures.MistakeCount());
     json_.Time("mistakeSize", figures.MistakeSize());
     const auto write_known = [&](std::string_view key, auto write) {

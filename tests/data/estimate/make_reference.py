@@ -22,6 +22,7 @@ ROUNDING = 0.3
 TAU0, TAU_MIN, TAU_LEGS, T_DF = 0.05, 0.02, 10.0, 4.0
 FAST_LIMIT, W_MIN = 2.5, 1e-4
 Z90 = 1.6448536269514722
+TOTAL_DEVIATIONS = 2.5
 SECONDS = 20.0
 TAU_LIMIT = 0.5
 HALF_LOG_2PI = 0.5 * math.log(2 * math.pi)
@@ -207,6 +208,8 @@ def estimate(classes):
     p20 = np.where(y > SECONDS, p * np.exp(log_ndtr(lower) - lu), 0.0)
     rest = np.exp(-e + t * t * (1 / lam_c + 0.5) + log_ndtr(u - t) - lu)
     lost = np.maximum(y * p * (1 - rest), 0)
+    rest2 = np.exp(-2 * e + 2 * t * t * (1 / lam_c + 1) + log_ndtr(u - 2 * t) - lu)
+    variance = np.maximum(y * y * p * (1 - 2 * rest + rest2) - lost ** 2, 0)
     normal = y * np.exp(-e)
     laps = dict(normal=normal, least=y - normal * np.exp(Z90 * t), most=y - normal * np.exp(-Z90 * t),
                 p=p, p20=p20, lost=lost)
@@ -217,9 +220,16 @@ def estimate(classes):
         of_class = np.sort(s[(E.class_of_runner == ci) & (V > 0)])[:3]
         fastest.append(of_class.mean() if len(of_class) else 0.0)
     fastest = np.array(fastest)
+    # The errors of the laps, and that of the speed, which all mistakes share.
+    runners_of_class = bc(E.class_of_runner, V > 0, E.nc)[E.class_of_runner]
+    total = bc(r, lost * known, E.nr)
+    reach = (TOTAL_DEVIATIONS * np.sqrt(1 + 2 / np.maximum(runners_of_class, 1)) *
+             np.sqrt(bc(r, variance * known, E.nr) +
+                     bc(r, normal * p * known, E.nr) ** 2 / np.maximum(V, 1e-12)))
     with np.errstate(divide="ignore"):
         runners = dict(speed=np.exp(s - fastest[E.class_of_runner]), error=1 / np.sqrt(V), spread=s0,
-                       mistakes=bc(r, flagged, E.nr), lost=bc(r, lost * known, E.nr))
+                       mistakes=bc(r, flagged, E.nr), lost=total,
+                       least=np.maximum(total - reach, 0), most=total + reach)
     legs = dict(normal=np.exp(b + fastest[E.class_of_leg]), spread=g, rate=rate)
     return E, dict(known=known, laps=laps, runners=runners, legs=legs, raced=V > 0, run=in_leg > 0)
 
