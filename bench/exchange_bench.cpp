@@ -19,7 +19,9 @@ void AppendIof2(std::string& out, const EventModel& model) {
   AppendIofXml2(out, model, {.now = 45950});
 }
 void AppendResults(std::string& out, const EventModel& model) {
-  AppendResultCsv(out, model, {.splits = true});
+  ResultCsvOptions options;
+  options.splits = true;
+  AppendResultCsv(out, model, options);
 }
 
 template <void (*append)(std::string&, const EventModel&)>
