@@ -92,7 +92,7 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
     int code;
     string line, error;
   } cases[] = {{2, "", "command is missing"},
-               {2, "publish two.lxm --add", "unknown command publish; the commands are site, "},
+               {2, "publish two.lxm --add", "unknown command publish; the commands are report, site, "},
                {2, "info", "EVENT"},
                {2, "site two.lxm", "DIR"},
                {2, "site two.lxm ''", "empty"},
