@@ -1,4 +1,5 @@
-// A host in thirty lines: loads an event, whichever program wrote it, analyzes its first class and prints the ranking.
+// A host in thirty lines: loads an event, whichever program wrote it, analyzes its first class and
+// prints the ranking.
 //
 //     host event.lxm
 #include <cstdio>

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "keltrun2/codec/markup_encoding.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/codec/xml.h"
-#include "keltrun2/codec/markup_encoding.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace keltrun;

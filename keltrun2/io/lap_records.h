@@ -57,8 +57,8 @@ struct LapRecords {
   std::vector<RunnerUpdate> updates;
 };
 
-/// Why reading stopped, and where: lines and columns count from 1, and 0 means that the error has no
-/// place.
+/// Why reading stopped, and where: lines and columns count from 1, and 0 means that the error has
+/// no place.
 struct ReadError {
   std::int32_t line = 0;
   std::string detail;

@@ -29,8 +29,8 @@ struct CourseLists {
 /// Finds the lists. Runners whose time counts show them: their punches, which the file may have in
 /// the number of controls that it gives. Everybody else ran the list that most of their punches
 /// belong to; controls without a punch were missed. Without codes, punches stand for the controls
-/// 1, 2, ... The finish is not among the punches. At most `most_lists` are kept, which is at least 1;
-/// the runners of the others are compared with the first ones.
+/// 1, 2, ... The finish is not among the punches. At most `most_lists` are kept, which is at least
+/// 1; the runners of the others are compared with the first ones.
 CourseLists FindCourseLists(const ForeignClass& klass, std::size_t most_lists);
 
 }  // namespace keltrun
