@@ -33,8 +33,7 @@ class EventModel {
  public:
   std::string FileName;
   DateTime FileDate = 0;
-  std::string
-      FileFormat;  // the name of the format of the file, "" for an event that was not loaded
+  std::string FileFormat;  // the name of the format of the file, "" when none was loaded
 
   std::shared_ptr<clsEventData> Event = std::make_shared<clsEventData>();
   std::shared_ptr<clsMetaData> Meta = std::make_shared<clsMetaData>();
