@@ -44,7 +44,7 @@ def measure(program, memory, pattern):
 
 
 def measure_viewer(program, runners):
-    """Milliseconds per view of the viewer page; nothing without a browser."""
+    """Milliseconds per view of the report; nothing without a browser."""
     folder = pathlib.Path(program).parent
     event = pathlib.Path(os.environ['KELTRUN2_BENCH_DATA']) / ('class%d.lxm' % runners)
     command = [sys.executable, str(pathlib.Path(__file__).with_name('viewer_bench.py')),
@@ -171,7 +171,7 @@ def rows(f):
             name = 'Viewer/%d/%s' % (runners, view)
             if (DEFAULT, name) in f.rounds[0]:
                 opened = f.median(DEFAULT, name, WALL)
-                yield ('viewer of %s runners opened in a browser, %s' % (format(runners, ','), view), '',
+                yield ('report of %s runners opened in a browser, %s' % (format(runners, ','), view), '',
                        '%.0f ms' % opened, '', 'at most %d ms' % goal, opened <= goal)
 
 

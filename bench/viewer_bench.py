@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""How long the viewer page takes to open in a headless Chromium.
+"""How long the report takes to open in a headless Chromium.
 
     viewer_bench.py PROGRAM EVENT CLASS    prints milliseconds for the split table and the line chart
 
@@ -32,7 +32,7 @@ def main():
         page.call('Page.addScriptToEvaluateOnNewDocument', source=OBSERVER)
         time.sleep(2)  # the browser's own start is over
         measured = {}
-        for view, chosen in (('table', ''), ('chart', '&chart=normal')):
+        for view, chosen in (('table', '&view=splits'), ('chart', '&view=race')):
             page.open('file://%s/viewer.html#class=%s%s' % (site, class_name, chosen), 'window.openedAfter')
             measured[view] = page.run('window.openedAfter')
         assert not page.faults, page.faults

@@ -42,23 +42,23 @@ function exampleOf(key, event, runner) {
   return EXAMPLES[key]?.({...found, leg}) || null;
 }
 
-function item(key, {event}, runner, withExplanation) {
+function item(key, {event}, runner, {titled = true, explained = false} = {}) {
   const [name, sentence, example, explanation] = helpTexts()[key];
-  return h('div.word', {id: `help-${key}`}, h('h2.h3', name), h('p', sentence), h('p.example', exampleOf(key, event, runner) ?? example),
-    withExplanation ? h('p.sm.mut', explanation) : h('p.sm', h('a.link', {href: address({help: key})}, t('explain'))));
+  return h('div.word', titled ? h('h2.h3', name) : null, h('p', sentence), h('p.example', exampleOf(key, event, runner) ?? example),
+    explained ? h('p.sm.mut', explanation) : h('p.sm', h('a.link', {href: address({help: key})}, t('explain'))));
 }
 
 // The contents of the dialog: one word, or all for an unknown key.
 export function helpDialog(app, key, runner) {
   const known = helpTexts()[key] !== undefined;
   return {title: known ? helpTexts()[key][0] : t('terms'),
-    body: known ? [item(key, app, runner, false), h('a.btn', {href: address({help: ''})}, t('allTerms'))] :
-      Object.keys(helpTexts()).map((each) => item(each, app, runner, false))};
+    body: known ? [item(key, app, runner, {titled: false}), h('a.btn', {href: address({help: ''})}, t('allTerms'))] :
+      Object.keys(helpTexts()).map((each) => item(each, app, runner))};
 }
 
 export function helpView(app) {
   const {query, me} = app;
   const keys = Object.keys(helpTexts());
   const first = keys.includes(query.help) ? [query.help, ...keys.filter((key) => key !== query.help)] : keys;
-  return [h('h1.h1', {tabindex: -1}, t('terms')), h('div.words', first.map((key) => h('div.card', item(key, app, me, true))))];
+  return [h('h1.h1', {tabindex: -1}, t('terms')), h('div.words', first.map((key) => h('div.card', item(key, app, me, {explained: true}))))];
 }

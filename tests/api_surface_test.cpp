@@ -250,7 +250,7 @@ TEST(ApiSurface, FilesAndPages) {
   EXPECT_EQ(html.OutputAnalysis(s.analyzer), html.OutputAnalysis(s.analyzer, "", "x-sjis"));
   EXPECT_EQ(html.OutputResult(s.results), html.OutputResult(s.results, "", "", "x-sjis"));
   Are<Text>(files.FileSaveFilter(), files.FileLoadFilter(), html.OutputResult(s.results));
-  EXPECT_EQ(html.OutputReport({{s.analyzer}}), html.OutputReport({{s.analyzer}}, nullptr));
+  EXPECT_EQ(html.OutputViewer({{s.analyzer}}), html.OutputViewer({{s.analyzer}}, nullptr));
 }
 
 /// The members that both kinds of data sets have.

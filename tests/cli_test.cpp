@@ -359,6 +359,15 @@ TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
   EXPECT_EQ(Names("a/new/site").size(), 4u + 3 * (9 + 4));
 }
 
+TEST_F(Cli, Report) {
+  Output("report " + kHoshinomori + " -o report.html --lang en");
+  const string page = Contents(folder_ / "report.html");
+  EXPECT_TRUE(Has(page, "<html lang=\"en\">") && Has(page, "href=\"#class=M21A\""));
+  EXPECT_EQ(Output("report " + kHoshinomori + " --lang en"), page) << "the same on standard output";
+  EXPECT_NE(Output("report " + kHoshinomori + " --lang en --untimed none"), page);
+  EXPECT_TRUE(Has(Run("keltrun2 report " + kHoshinomori + " -o report.html").err, "--force"));
+}
+
 TEST_F(Cli, SiteWithChartsAndViewer) {
   Output("site --no-legs --charts normal,map --viewer --charset utf-8 " + kHoshinomori + " rich");
   const auto names = Names("rich");

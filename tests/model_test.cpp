@@ -366,7 +366,7 @@ TEST(Root, ATemporaryRootGivesWayToTheOneBefore) {
   for (const Call& call :
        {Call([&] { analyzer->AddClass("First"); }), Call([&] { analyzer->AddCourse(1); }),
         Call([&] { (void)html->OutputAnalysis(analyzer); }),
-        Call([&] { (void)html->OutputViewer({}); }), Call([&] { (void)html->OutputReport({}); }),
+        Call([&] { (void)html->OutputViewer({}); }),
         Call([&] { (void)texts->OutputTextMail(analyzer); }),
         Call([&] { (void)texts->OutputInfoJson(); }),
         Call([&] { graphics->PrintAnalysis(analyzer, std::make_shared<clsPrintBook>()); })}) {

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "keltrun2/analysis/leg_facts.h"
+#include "keltrun2/codec/gzip.h"
 #include "keltrun2/model/result_status.h"
 #include "tests/data_block.h"
 
@@ -46,10 +46,24 @@ std::shared_ptr<clsKeltrun2> SmallClass() {
   return root;
 }
 
+// A compressed file must end with its data: a browser refuses bytes after it.
+TEST(Gzip, PacksWithoutPadding) {
+  for (const std::size_t size : {std::size_t{1}, std::size_t{10240}, std::size_t{300000}}) {
+    std::string bytes(size, 'x');
+    for (std::size_t i = 0; i < size; i += 7) bytes[i] = static_cast<char>(i * i >> 3 & 0xFF);
+    const std::string packed = Gzip(bytes);
+    EXPECT_EQ(Unpacked(packed), bytes);
+    std::uint32_t stated = 0;  // the last four bytes are the size of the data
+    for (int i = 1; i <= 4; ++i)
+      stated = stated << 8 | static_cast<std::uint8_t>(packed.rbegin()[i - 1]);
+    EXPECT_EQ(stated, size);
+  }
+}
+
 TEST(ReportPage, FirstViewAndListsAreHtml) {
   const auto root = SmallClass();
   root->EventData()->EventName = "A & B</title><script>";
-  const std::string page = root->HtmlControl()->OutputReport({{Analyze(*root)}});
+  const std::string page = root->HtmlControl()->OutputViewer({{Analyze(*root)}});
   for (const std::string_view text :
        {"<html lang=\"en\">", "<title>A &amp; B&lt;/title&gt;&lt;script&gt;</title>",
         "href=\"#class=M%2221%3Cb%3E\"", "id=\"class=M&quot;21&lt;b&gt;\"", "5 runners",
@@ -66,7 +80,7 @@ TEST(ReportPage, FirstViewAndListsAreHtml) {
 TEST(ReportPage, DataHasEverythingOnce) {
   const auto root = SmallClass();
   const auto analyzer = Analyze(*root);
-  const Json data = DataOf(root->HtmlControl()->OutputReport({{analyzer}}, root->NewEstimate()));
+  const Json data = DataOf(root->HtmlControl()->OutputViewer({{analyzer}}, root->NewEstimate()));
   EXPECT_EQ(data["runners"].size(), 5U);
   EXPECT_EQ(data["runners"][4], Json::parse(R"([5, "Ed & Co", 0, 0, 0, "DNS", "dns", []])"));
   const Json& set = data["sets"][0];
@@ -82,7 +96,7 @@ TEST(ReportPage, DataHasEverythingOnce) {
 
 TEST(ReportPage, WithoutAnEstimateLossesAreThoseOfTheAnalysis) {
   const auto root = SmallClass();
-  const Json data = DataOf(root->HtmlControl()->OutputReport({{Analyze(*root)}}));
+  const Json data = DataOf(root->HtmlControl()->OutputViewer({{Analyze(*root)}}));
   EXPECT_EQ(data["runners"][0].size(), 8U);
   EXPECT_EQ(data["sets"][0]["legs"][1][1], 1);
   EXPECT_TRUE(data["sets"][0]["rows"][2][11].contains("loss"));
@@ -90,8 +104,8 @@ TEST(ReportPage, WithoutAnEstimateLossesAreThoseOfTheAnalysis) {
 
 TEST(ReportPage, NeedsAnalyses) {
   const auto root = NewRoot();
-  EXPECT_THROW((void)root->HtmlControl()->OutputReport({{nullptr}}), AutomationError);
-  EXPECT_TRUE(Holds(root->HtmlControl()->OutputReport({}), "</html>"))
+  EXPECT_THROW((void)root->HtmlControl()->OutputViewer({{nullptr}}), AutomationError);
+  EXPECT_TRUE(Holds(root->HtmlControl()->OutputViewer({}), "</html>"))
       << "an event without classes";
 }
 

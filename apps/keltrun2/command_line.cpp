@@ -416,8 +416,7 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
   AddUntimed(app, options);
-  app.add_flag("--viewer", options.viewer,
-               "make viewer.html, one page with tables and charts to browse");
+  app.add_flag("--viewer", options.viewer, "make viewer.html, the report (see the command report)");
   AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "charset of the pages")
       ->capture_default_str();
   app.add_flag("--add", options.add,

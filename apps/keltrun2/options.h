@@ -52,7 +52,7 @@ struct Options {
   bool official_site = true;
   bool legs = true;                 // leg-data pages
   std::vector<std::string> charts;  // modes to draw, or "all"
-  bool viewer = false;              // a page to browse in
+  bool viewer = false;              // the report as well
   std::string charset = "x-sjis";   // or "utf-8"
 
   // Commands that write one file.

@@ -38,7 +38,7 @@ void WriteReport(clsKeltrun2& root, const Options& options) {
     sets.push_back({std::move(analyzer), choice.kind});
   }
   const auto estimate = root.NewEstimate(options.untimed);
-  WriteOutput(options.output, root.HtmlControl()->OutputReport(sets, estimate));
+  WriteOutput(options.output, root.HtmlControl()->OutputViewer(sets, estimate));
 }
 
 }  // namespace keltrun::cli

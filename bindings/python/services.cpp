@@ -200,8 +200,7 @@ void BindOutputs(py::module_& module) {
       .Method("OutputChart", &clsHtmlControl::OutputChart, arg("Analyzer"), arg("ChartName"),
               arg("ChartOption"), Released())
       .Method("OutputActiveXPage", &clsHtmlControl::OutputActiveXPage, arg("LapFileURL"))
-      .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"), Released())
-      .Method("OutputReport", &clsHtmlControl::OutputReport, arg("Sets"),
+      .Method("OutputViewer", &clsHtmlControl::OutputViewer, arg("Sets"),
               arg("Estimate") = py::none(), Released());
   Class<clsTextControl>(module, "clsTextControl")
       .Method("OutputEstimateText", &clsTextControl::OutputEstimateText, arg("Estimate"),

@@ -10,7 +10,6 @@
 #include "keltrun2/report/report_page.h"
 #include "keltrun2/report/result_page.h"
 #include "keltrun2/report/viewer_control_page.h"
-#include "keltrun2/report/viewer_page.h"
 
 namespace keltrun {
 
@@ -59,28 +58,16 @@ std::string clsHtmlControl::OutputActiveXPage(std::string_view LapFileURL) const
   return page;
 }
 
-std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets) const {
-  std::vector<ViewerPageSet> page_sets;
+std::string clsHtmlControl::OutputViewer(const std::vector<ViewerSet>& Sets,
+                                         const std::shared_ptr<clsEstimate>& Estimate) const {
+  std::vector<ReportPageSet> page_sets;
   page_sets.reserve(Sets.size());
   for (const ViewerSet& set : Sets) {
     CheckObject(set.Analyzer, "clsHtmlControl.OutputViewer");
     page_sets.push_back({set.Analyzer, set.Kind});
   }
   std::string page;
-  AppendViewerPage(page, *CurrentModel("clsHtmlControl.OutputViewer"), page_sets);
-  return page;
-}
-
-std::string clsHtmlControl::OutputReport(const std::vector<ViewerSet>& Sets,
-                                         const std::shared_ptr<clsEstimate>& Estimate) const {
-  std::vector<ReportPageSet> page_sets;
-  page_sets.reserve(Sets.size());
-  for (const ViewerSet& set : Sets) {
-    CheckObject(set.Analyzer, "clsHtmlControl.OutputReport");
-    page_sets.push_back({set.Analyzer, set.Kind});
-  }
-  std::string page;
-  AppendReportPage(page, *CurrentModel("clsHtmlControl.OutputReport"), page_sets, Estimate.get());
+  AppendReportPage(page, *CurrentModel("clsHtmlControl.OutputViewer"), page_sets, Estimate.get());
   return page;
 }
 

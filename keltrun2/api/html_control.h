@@ -50,18 +50,11 @@ class KELTRUN2_API clsHtmlControl {
   /// The page that opens the lap file at an address in the maker's viewer control.
   [[nodiscard]] std::string OutputActiveXPage(std::string_view LapFileURL) const;
 
-  /// A data set of the viewer page or the report.
+  /// A data set of the report.
   struct ViewerSet {
     std::shared_ptr<clsAnalyzer> Analyzer;   ///< The analysis, executed; not null.
     DataSetKind Kind = DataSetKind::kClass;  ///< The heading under which a reader chooses the set.
   };
-
-  /// One page for browsing the data sets, which it offers in the order given: split table, charts
-  /// and map. It contains everything that it needs and loads nothing. Each analysis must be
-  /// executed; the cruise speeds of the halves and the map are those of ExtraAnalyze and Vesmer.
-  /// The page declares UTF-8, so its text is written to a file as it is. Raises object not set (91)
-  /// for a null analysis.
-  [[nodiscard]] std::string OutputViewer(const std::vector<ViewerSet>& Sets) const;
 
   /// The report of the event: one page with the results, splits, race and legs of the data sets,
   /// which it offers in the order given, a card for every runner, comparisons and a search. It
@@ -70,7 +63,7 @@ class KELTRUN2_API clsHtmlControl {
   /// ExtraAnalyze. Losses and mistakes are those of the Estimate where it has them; null shows the
   /// losses of the analyses. The page declares UTF-8, so its text is written to a file as it is.
   /// Raises object not set (91) for a null analysis.
-  [[nodiscard]] std::string OutputReport(
+  [[nodiscard]] std::string OutputViewer(
       const std::vector<ViewerSet>& Sets,
       const std::shared_ptr<clsEstimate>& Estimate = nullptr) const;
 };

@@ -12,6 +12,7 @@
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/loss_map.h"
 #include "keltrun2/analysis/results_holder.h"
 #include "keltrun2/analysis/segment_data.h"
@@ -31,9 +32,9 @@
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/index_page.h"
 #include "keltrun2/report/leg_data_page.h"
+#include "keltrun2/report/report_page.h"
 #include "keltrun2/report/result_page.h"
 #include "keltrun2/report/viewer_control_page.h"
-#include "keltrun2/report/viewer_page.h"
 #include "keltrun2/site/output_names.h"
 #include "keltrun2/site/skipped_legs_keeper.h"
 #include "keltrun2/text/html.h"
@@ -43,7 +44,8 @@ namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
 constexpr std::string_view kNewWindow = " target=\"_blank\"";
-constexpr std::int32_t kMostSegmentsOfViewer = 1000;
+// Each segment has all its runners once more, and nobody looks at more of them.
+constexpr std::int32_t kMostSegmentsOfReport = 40;
 constexpr std::int32_t kPictureWidth = 1000;
 constexpr std::int32_t kPictureHeight = 700;
 
@@ -128,8 +130,8 @@ class SiteExport {
   std::string MakeViewerControlPage();
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
-  std::string MakeViewerPage();
-  std::vector<ViewerPageSet> ViewerSets();
+  std::string MakeReport();
+  std::vector<ReportPageSet> ReportSets();
   void MakeNavigation();
 
   void ExportEntry(const Entry& entry);
@@ -300,7 +302,7 @@ void SiteExport::MakeLinksRow() {
   Attempt("write", lap2_name_, [&] {
     links += MakeLapFileCopy(lap2_name_, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
   });
-  Attempt("write", options_.ViewerFile, [&] { links += MakeViewerPage(); });
+  Attempt("write", options_.ViewerFile, [&] { links += MakeReport(); });
   if (!links.empty()) AppendIndexLinksRow(index_, links);
 }
 
@@ -332,25 +334,25 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
   return LinkInBrackets(name, "", text_key);
 }
 
-std::string SiteExport::MakeViewerPage() {
+std::string SiteExport::MakeReport() {
   if (options_.ViewerFile.empty()) return "";
   const std::string& name = viewer_name_;
   page_.clear();
-  AppendViewerPage(page_, *model_, ViewerSets());
+  const auto estimate = EstimateInternal::Make(
+      *model_, CheckedUntimedLegs(options_.UntimedLegs, "SiteOptions.UntimedLegs"));
+  AppendReportPage(page_, *model_, ReportSets(), estimate.get());
   if (!WritePage(name, Charset::kUtf8)) return "";
   return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
 }
 
 // Everything that a reader can choose: classes, courses and the segment sets that were made.
-// Thousands of segments would make a page that no browser opens.
-std::vector<ViewerPageSet> SiteExport::ViewerSets() {
-  std::vector<ViewerPageSet> sets;
+std::vector<ReportPageSet> SiteExport::ReportSets() {
+  std::vector<ReportPageSet> sets;
   const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
     analyzer->SetUntimedLegs(options_.UntimedLegs);
     analyzer->Execute();
     if (analyzer->Count() == 0) return;
     analyzer->ExtraAnalyze();
-    analyzer->Vesmer();
     sets.push_back({analyzer, kind});
   };
   for (const ClassAndCourseChoice& choice : model_->Choices()) {
@@ -362,7 +364,7 @@ std::vector<ViewerPageSet> SiteExport::ViewerSets() {
   }
   std::int32_t segments = 0;
   for (const auto& segment : model_->Segments) {
-    if (++segments > kMostSegmentsOfViewer) break;
+    if (++segments > kMostSegmentsOfReport) break;
     Attempt("show", segment->SegmentName,
             [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
   }

@@ -41,7 +41,8 @@ struct SiteOptions {
 
   std::string Lap2File = {};  ///< Name of a copy of the lap file in the native format.
   std::string Lap1File = {};  ///< Name of a copy in the previous generation's format.
-  /// Name of the page to browse everything in, with at most 1,000 segments; always UTF-8.
+  /// Name of the report (see clsHtmlControl::OutputViewer) of everything, with at most 40 segments;
+  /// always UTF-8.
   std::string ViewerFile = {};
   /// Name of the viewer control's page. It is written only in the Japanese mode, and only when
   /// ActiveXAddress is given too.

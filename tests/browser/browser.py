@@ -94,7 +94,7 @@ class Page:
             self._receive()
 
     def open(self, url, ready="document.body?.dataset.ready"):
-        """Loads an address and waits for a condition; the viewer page says itself when it is ready."""
+        """Loads an address and waits for a condition; the report says itself when it is ready."""
         page = url.split("#")[0]
         if page == self.page:  # another fragment alone would load nothing
             self._load("about:blank")
