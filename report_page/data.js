@@ -139,12 +139,21 @@ function addLegs(set, row) {
   row.laps = legs.map((leg) => (row.extras.lap ?? row.runner.laps)[leg] ?? null);
   row.ranges = pairs(row.extras.ranges ?? []);
   row.inRange = legs.map((leg) => row.ranges.find(([from, to]) => leg + 1 >= from && leg + 1 <= to) ?? null);
-  row.elapsed = row.extras.split?.map((time) => time || null) ?? runningSums(row.laps);
+  row.elapsed = splitsOf(set, row);
   addLosses(row, legs);
 }
 
 function pairs(list) {
   return Array.from({length: list.length / 2}, (_, i) => [list[2 * i], list[2 * i + 1]]);
+}
+
+// Times since the start, null where there is none. On an untimed leg no time goes by.
+function splitsOf(set, row) {
+  const splits = row.extras.split?.map((time) => time || null) ?? runningSums(row.laps);
+  set.timed.forEach((timed, leg) => {
+    if (!timed && splits[leg] === null) splits[leg] = leg > 0 ? splits[leg - 1] : 0;
+  });
+  return splits;
 }
 
 function runningSums(laps) {

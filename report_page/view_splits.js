@@ -58,7 +58,7 @@ function secondLine(set, row, leg, line) {
     return h('small' + (lossClass(set, loss) ? `.${lossClass(set, loss)}` : ''), signedTime(loss));
   }
   if (line === 'beh') return h('small', row.lapRank[leg] ? signedTime(row.laps[leg] - set.bestLap[leg]) : '–');
-  return h('small', timeText(row.elapsed[leg]), row.position[leg] ? h('sup', row.position[leg]) : null);
+  return h('small', timeText(set.timed[leg] ? row.elapsed[leg] : null), row.position[leg] ? h('sup', row.position[leg]) : null);
 }
 
 function legend() {

@@ -183,7 +183,7 @@ class ReportDocument {
     WriteFacts(FactsOfLegs(analyzer, estimate));
     json_.BeginArray("rows");
     for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-      WriteRow(*runner, set.Kind, legs);
+      WriteRow(*runner, general, set.Kind, legs);
     }
     json_.EndArray();
     json_.EndObject();
@@ -202,7 +202,8 @@ class ReportDocument {
     json_.EndArray();
   }
 
-  void WriteRow(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) {
+  void WriteRow(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
+                DataSetKind kind, std::int32_t legs) {
     const auto number = runner_numbers_.find(runner.SerialNum());
     if (number == runner_numbers_.end()) return;
     json_.BeginArray();
@@ -211,7 +212,7 @@ class ReportDocument {
     WriteFigures(runner);
     WriteLegs(legs, [&](auto leg) { json_.Integer(runner.LapRank(leg)); });
     WriteLegs(legs, [&](auto leg) { json_.Integer(runner.SplitRank(leg)); });
-    WriteExtras(runner, kind, legs);
+    WriteExtras(runner, general, kind, legs);
     json_.EndArray();
   }
 
@@ -228,13 +229,14 @@ class ReportDocument {
   }
 
   // What only some rows need: they differ in it from what is said elsewhere.
-  void WriteExtras(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) {
+  void WriteExtras(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
+                   DataSetKind kind, std::int32_t legs) {
     json_.BeginObject();
     if (kind == DataSetKind::kSegment) {
       json_.Text("result", runner.Result());
       WriteNumbered(json_, "lap", legs, [&](auto leg) { json_.MarkedTime(runner.LapTime(leg)); });
     }
-    if (!SplitsAreSums(runner, legs)) {
+    if (!SplitsAreSums(runner, general, legs)) {
       WriteNumbered(json_, "split", legs,
                     [&](auto leg) { json_.Time(runner.ModifiedSplitTime(leg)); });
     }
@@ -245,13 +247,16 @@ class ReportDocument {
     json_.EndObject();
   }
 
-  // Whether the splits are the running sums of the laps, which the page makes itself.
-  static bool SplitsAreSums(const clsAnalyzedRunnerData& runner, std::int32_t legs) {
+  // Whether the splits are the running sums of the laps, which the page makes itself. On an untimed
+  // leg no time goes by.
+  static bool SplitsAreSums(const clsAnalyzedRunnerData& runner,
+                            const clsAnalyzedGeneralData& general, std::int32_t legs) {
     constexpr DateTime kMillisecond = 1 / kMillisecondsPerDay;
     DateTime sum = 0;
     for (std::int32_t leg = 1; leg <= legs; ++leg) {
       if (runner.LapTime(leg) < 0) return false;
       sum += runner.LapTime(leg);
+      if (!general.IsTimed(leg) && runner.LapTime(leg) == 0) continue;
       if (std::fabs(runner.ModifiedSplitTime(leg) - sum) > kMillisecond) return false;
     }
     return true;

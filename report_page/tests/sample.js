@@ -22,7 +22,7 @@ export function sampleData() {
     runners: [WINNER, SECOND, SKIPPER, ABSENT, OTHER], clubs: ['', 'OK North', 'O-Club'],
     sets: [
       set('class', 'A', [row(0, '1', 300, [1, 0, 1], [1, 1, 1]), row(1, '(2)', 400, [2, 0, 2], [2, 2, 2], {loss: [9, null, 9]}),
-        row(2, '', null, [0, 0, 0], [0, 0, 0], {ranges: [1, 3], split: [140, 140, 420], loss: [null, null, 90]})]),
+        row(2, '', null, [0, 0, 0], [0, 0, 0], {ranges: [1, 3], split: [140, 0, 420], loss: [null, null, 90]})]),
       set('class', 'B', [row(4, '1', 330, [1, 0, 1], [1, 1, 1], {loss: [5, null, -5]})]),
       set('course', 'A/B', [row(0, '1', 300, [1, 0, 1], [1, 1, 1]), row(4, '2', 330, [2, 0, 2], [2, 2, 2], {loss: [5, null, -5]}),
         row(1, '3', 400, [3, 0, 3], [3, 3, 3], {loss: [9, null, 9]})]),

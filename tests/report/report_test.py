@@ -112,7 +112,7 @@ def check_figures(page, url, event):
             return [part(':scope > b'), part(':scope > sup'), cell.querySelector('small').firstChild.textContent, part('small sup')]; }))""")
         expected = [[
             [time_text(lap) if timed and not isinstance(lap, (str, type(None))) else "", str(rank or ""),
-             time_text(split) if split else "–", str(position or "")]
+             time_text(split) if split and timed else "–", str(position or "")]
             for lap, timed, rank, split, position in zip(
                 runner["lap"], analysis["general"]["timed"], runner["lapRank"], runner["modifiedSplit"], runner["splitRank"])]
             for runner in analysis["runners"]]
@@ -185,6 +185,8 @@ def check_race(page, url):
     check("one control back", [" ".join(texts(page, ".card .h2")[0].split()), address(page)], ["After control 22 control 63", "#class=M21A&view=race&lang=en&at=22"])
     page.press("Home")
     check("to the first control", texts(page, ".standings .nw")[0], "2:16")
+    page.open(url + "#class=M21A&view=race&at=8&lang=en")
+    check("standings after an untimed leg", texts(page, ".standings .nw")[:2], ["11:09", "+1:06"])
     box = page.run("(b => [b.left, b.top, b.width, b.height])(document.querySelector('.chart').getBoundingClientRect())")
     page.click(box[0] + box[2] * 0.5, box[1] + box[3] * 0.5)
     check("moved by mouse", "&at=1" in address(page), True)
