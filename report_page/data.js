@@ -85,6 +85,7 @@ function makeRow(event, set, values) {
     speed: estimate ? estimate[0] : cruise,
     mistakes: estimate ? estimate[2] : null,
     lost: timeLost,
+    lostRange: estimate ? [estimate[8], estimate[9]] : null,
     clean: estimate ? (isNumber(time) ? time - timeLost : null) : clean || null,
     half: firstHalf && secondHalf ? secondHalf / firstHalf - 1 : null,
   };

@@ -81,7 +81,7 @@ export const HELP_EN = {
     'The normal time of the leg, judged by everybody else who ran it (other classes between the same two controls help), times the speed that the runner shows on the other legs. The lap itself is left out.'],
   lost: ['Time lost', 'What mistakes cost, all legs together; what was gained elsewhere is not set off.',
     'Own pace 2:12, lap 3:00: 0:48 lost on the leg.',
-    'The loss of a leg is the lap minus own pace, with the range in which nine of ten losses lie. The total counts for each leg what mistakes cost on average for laps like it, so ordinary variation is not counted as lost.'],
+    'The loss of a leg is the lap minus own pace, with the range in which nine of ten losses lie. The total counts for each leg what mistakes cost on average for laps like it, so ordinary variation is not counted as lost; beside it stands the range in which it lies nine times in ten.'],
   mistakes: ['Mistake', 'A lap too slow for ordinary variation; the word says how sure that is.',
     'Perhaps: from 20%. Likely: from 50%. Surely: from 95% that a mistake cost more than 20 seconds.',
     'Laps vary even when nothing goes wrong. How much, the laps themselves tell, for each runner and each leg. What is too slow for that is most likely a mistake, because mistakes only ever cost time. The number of mistakes counts likely and sure ones.'],

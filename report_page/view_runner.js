@@ -110,11 +110,12 @@ function placeLine(set, row) {
 }
 
 function tiles(row) {
-  const tile = (value, key, label) => h('div.kpi', h('div.v', value), h('div.k', term(key, label)));
+  const tile = (value, key, label, more = null) => h('div.kpi', h('div.v', value, more), h('div.k', term(key, label)));
+  const range = row.lostRange && h('small', ` ${row.lostRange.map(timeText).join('–')}`);
   const estimated = row.estimate !== null;
   return h('div.kpis',
     tile(percentText(row.speed, 1), 'speed', t(estimated ? 'speed' : 'cruise')),
-    tile(timeText(row.lost), 'lost', t('lost')),
+    tile(timeText(row.lost), 'lost', t('lost'), range),
     estimated ? tile(row.mistakes, 'mistakes', t('mistakes')) : tile(percentText(row.rate, 1), 'rate', t('rate')),
     tile(isNumber(row.clean) ? timeText(row.clean) : '–', 'clean', t('clean')));
 }

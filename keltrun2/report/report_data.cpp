@@ -153,6 +153,8 @@ class ReportDocument {
       words += static_cast<char>('0' + static_cast<int>(figures->MistakeWord(leg)));
     }
     json_.Text(words);
+    json_.Integer(WholeSeconds(figures->LeastTimeLost()));
+    json_.Integer(WholeSeconds(figures->LargestTimeLost()));
     json_.EndArray();
   }
 

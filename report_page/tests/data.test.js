@@ -26,7 +26,7 @@ test('the estimate goes before the analysis, which fills its gaps', () => {
   const [winner, second, skipper] = open('class=A').rows;
   assert.deepEqual(second.loss, [40, null, 10]);
   assert.deepEqual([second.least[0], second.most[0], second.own[0], second.word[0], second.cost[0]], [30, 52, 110, 2, 35]);
-  assert.deepEqual([second.lost, second.clean, second.speed, second.mistakes], [60, 340, 1.2, 1]);
+  assert.deepEqual([second.lost, second.lostRange, second.clean, second.speed, second.mistakes], [60, [40, 90], 340, 1.2, 1]);
   assert.equal(winner.word[2], 0);
   assert.deepEqual(skipper.loss, [null, null, 90]);
   assert.deepEqual([skipper.word[2], skipper.least[2], skipper.mistakes], [null, null, null]);

@@ -1,7 +1,7 @@
 // A small event in the form of the data block: two classes on one course of three legs, of which the
 // second was not timed, and a segment that they share.
-const WINNER = [1, 'Anna Berg', 1, 0, 36000, '0:05:00', 'ok', [100, null, 200], [1, 0, 0, [98, null, 199], [6, null, 9], [6, null, 9], [0, null, 1], '000']];
-const SECOND = [2, "Tom O'Hara", 2, 0, 36060, '0:06:40', 'ok', [150, null, 250], [1.2, 60, 1, [110, null, 240], [10, null, 9], [12, null, 9], [35, null, 2], '200']];
+const WINNER = [1, 'Anna Berg', 1, 0, 36000, '0:05:00', 'ok', [100, null, 200], [1, 0, 0, [98, null, 199], [6, null, 9], [6, null, 9], [0, null, 1], '000', 0, 4]];
+const SECOND = [2, "Tom O'Hara", 2, 0, 36060, '0:06:40', 'ok', [150, null, 250], [1.2, 60, 1, [110, null, 240], [10, null, 9], [12, null, 9], [35, null, 2], '200', 40, 90]];
 const SKIPPER = [3, 'さとう けん', 2, 0, 0, 'MP', 'mp', ['skip', null, 420], null];
 const ABSENT = [4, 'Nils Holm', 0, 0, 0, 'DNS', 'dns', [], null];
 const OTHER = [5, 'Äsa Ek', 1, 1, 0, '0:05:30', 'ok', [120, null, 210], null];

@@ -129,7 +129,8 @@ def check_estimates(page, url, analysis):
         page.open(f"{url}#runner={runner['serial']}&lang=en")
         tiles = texts(page, ".kpi .v")
         check(f"tiles of {runner['name']}", tiles[:3], [
-            f"{estimate['speed'] * 100:.1f}%", time_text(estimate["timeLost"]), str(estimate["mistakes"])])
+            f"{estimate['speed'] * 100:.1f}%",
+            f"{time_text(estimate['timeLost'])} {time_text(estimate['leastTimeLost'])}–{time_text(estimate['largestTimeLost'])}", str(estimate["mistakes"])])
 
 
 def check_way_through(page, url):
