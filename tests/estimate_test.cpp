@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "keltrun2/analysis/untimed_legs.h"
+#include "keltrun2/model/time_text.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -137,7 +138,8 @@ TEST(Estimate, RunnersOfForksAreComparedOnTheirOwnLegs) {
   const auto klass = root->AddClass("Forked");
   klass->CourseNum = 1;
   klass->ControlCount = 3;
-  for (const double factor : {1.0, 1.1, 1.2, 1.3, 1.05, 1.15}) {
+  constexpr double kFactors[] = {1.0, 1.1, 1.2, 1.3, 1.05, 1.15};
+  for (const double factor : kFactors) {
     const bool is_forked = klass->LapCount() % 2 != 0;
     const double way = is_forked ? 400 : 200;
     AddRunner(*klass, "R", "", {100 * factor, way * factor, way * factor, 60 * factor})->CourseNum =
@@ -151,6 +153,40 @@ TEST(Estimate, RunnersOfForksAreComparedOnTheirOwnLegs) {
     EXPECT_TRUE(runner->IsKnown(2)) << i;
     const double lap = klass->LapData(i)->Lap(2);
     EXPECT_NEAR(runner->NormalTime(2), lap, 0.08 * lap) << i;
+    // All are compared with the three fastest of the class, whichever fork these had.
+    EXPECT_NEAR(runner->Speed(), kFactors[i - 1] / 1.05, 0.03) << i;
+  }
+}
+
+// A course that has little in common with that of the class says nothing about its speeds, and a
+// pair of controls that comes twice is two legs.
+TEST(Estimate, OtherCoursesOfAClassStandAlone) {
+  const auto root = NewRoot();
+  const std::vector<std::vector<std::int32_t>> codes = {{31, 32, 31, 32}, {41, 42, 43, 44}};
+  for (std::int32_t number = 1; number <= 2; ++number) {
+    const auto course = root->AddCourse(number);
+    course->SetControlCount(4);
+    for (int i = 0; i < 4; ++i) {
+      course->SetControlNum(
+          i + 1, codes[static_cast<std::size_t>(number) - 1][static_cast<std::size_t>(i)]);
+    }
+  }
+  const auto klass = root->AddClass("Mixed");
+  klass->CourseNum = 1;
+  klass->ControlCount = 4;
+  for (const double factor : {1.0, 1.1, 1.2, 1.0, 1.1, 1.2}) {
+    const bool other = klass->LapCount() >= 3;
+    const double way = other ? 500 : 100;
+    const double second_time = other ? 500 : 130;
+    AddRunner(*klass, "R", "",
+              {way * factor, way * factor, way * factor, second_time * factor, 60 * factor})
+        ->CourseNum = other ? 2 : 0;
+  }
+  const auto estimate = root->NewEstimate()->ClassData(1);
+  for (std::int32_t i = 1; i <= 3; ++i) {
+    EXPECT_NEAR(estimate->Item(i)->Speed(), estimate->Item(i + 3)->Speed(), 1e-3) << i;
+    const double lap = klass->LapData(i)->Lap(4);
+    EXPECT_NEAR(estimate->Item(i)->NormalTime(4), lap, 0.05 * lap) << i;
   }
 }
 
@@ -377,12 +413,22 @@ TEST(Estimate, TextTellsWhereTheTimeWent) {
     const std::string of_late = text.substr(text.find("* W \"A\"  4  Late  Club, 1  0:20:00"));
     EXPECT_EQ(of_late.find('%' + std::string("1")), std::string::npos);
     const bool english = mode == Mode::kEnglishTexts;
-    const char* const kSaid[] = {
+    const auto late = estimate->ClassData(1)->Item(4);
+    const std::string total =
+        CompactTime(std::round(late->TimeLost() * kSecondsPerDay) / kSecondsPerDay);
+    const std::string largest =
+        CompactTime(std::round(late->LargestTimeLost() * kSecondsPerDay) / kSecondsPerDay);
+    const std::string kTotal =
+        english ? "cost about " + total + " together" : "合わせて約" + total + "。10人";
+    const std::string kLargest = english ? "and " + largest + ".\r" : "から" + largest + "の間";
+    const std::string kSaid[] = {
+        kTotal,
+        kLargest,
         english ? "One leg looks like a mistake" : "20秒を超えるミスとみられるレッグは1つ",
         english ? "Leg 2→3: 8:20 instead of about 4:" : "2→3: 通常なら約4:",
         english ? "surely a mistake" : "確実にミス",
         english ? "not timed: 1→2" : "計時されていないレッグ: 1→2"};
-    for (const char* part : kSaid) {
+    for (const std::string& part : kSaid) {
       EXPECT_NE(of_late.find(part), std::string::npos) << part << " in " << of_late;
     }
   }

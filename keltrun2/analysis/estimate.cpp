@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <unordered_map>
 
 #include "keltrun2/analysis/estimate_internal.h"
+#include "keltrun2/analysis/group_estimate.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -17,50 +17,7 @@ namespace {
 constexpr double kPerhaps = 0.2;
 constexpr double kSure = 0.95;
 
-// Whole milliseconds, so that equal laps are equal.
-double SecondsOf(DateTime lap) { return std::round(lap * kMillisecondsPerDay) / 1000; }
-
 DateTime Days(double seconds) { return seconds / kSecondsPerDay; }
-
-// The numbers of the pairs of controls of an event.
-class PairNumbers {
- public:
-  std::int32_t Of(const ControlPair& pair) {
-    const auto [place, is_new] = numbers_.try_emplace(pair, next_);
-    if (is_new) ++next_;
-    return place->second;
-  }
-  std::int32_t New() { return next_++; }
-
- private:
-  std::map<ControlPair, std::int32_t> numbers_;
-  std::int32_t next_ = 0;
-};
-
-// A lap right after a skipped or disqualified leg covers more than its leg.
-void ReadLaps(const clsLapData& record, const LegSet& untimed, std::size_t runner,
-              LapTable& table) {
-  const auto last =
-      std::min(static_cast<std::size_t>(LapDataInternal::HeldLegs(record)), table.pairs.size());
-  bool covers_more = false;
-  for (std::size_t leg = 1; leg <= last; ++leg) {
-    const DateTime lap = LapDataInternal::Lap(record, static_cast<std::int32_t>(leg));
-    const bool counts = lap > 0 && !IsZeroLap(lap) && !covers_more && !untimed[leg];
-    if (counts) table.At(runner, leg - 1) = SecondsOf(lap);
-    covers_more = lap < 0;
-  }
-}
-
-LapTable ReadGroup(const CourseGroup& group, const LegSet& untimed, PairNumbers& numbers) {
-  LapTable table;
-  for (std::size_t leg = 0; leg < static_cast<std::size_t>(group.legs); ++leg) {
-    table.pairs.push_back(leg < group.pairs.size() ? numbers.Of(group.pairs[leg]) : numbers.New());
-  }
-  table.runners = group.runners.size();
-  table.seconds.resize(table.runners * table.pairs.size());
-  for (std::size_t i = 0; i < table.runners; ++i) ReadLaps(*group.runners[i], untimed, i, table);
-  return table;
-}
 
 // The runners of a class in its order, which the groups have taken apart.
 void OrderAsInClass(const clsClassData& klass,
@@ -143,7 +100,7 @@ std::shared_ptr<clsEstimate> EstimateInternal::Make(const EventModel& model,
                                                     const UntimedLegsChoice& untimed) {
   const std::vector<CourseGroup> groups = CourseGroups(model);
   const std::vector<LegSet> legs = UntimedLegsOf(groups, untimed);
-  const std::vector<ClassEstimate> figures = EstimateLaps(LapTables(groups, legs));
+  const std::vector<ClassEstimate> figures = EstimateGroups(groups, legs);
   std::shared_ptr<clsEstimate> estimate(new clsEstimate);
   for (std::size_t i = 0; i < groups.size(); ++i) {
     const CourseGroup& group = groups[i];
@@ -198,17 +155,6 @@ std::shared_ptr<clsEstimatedRunnerData> EstimateInternal::MakeRunner(
                            lap.known, !untimed[leg + 1]});
   }
   return made;
-}
-
-std::vector<LapTable> LapTables(const std::vector<CourseGroup>& groups,
-                                const std::vector<LegSet>& untimed) {
-  PairNumbers numbers;
-  std::vector<LapTable> tables;
-  tables.reserve(groups.size());
-  for (std::size_t i = 0; i < groups.size(); ++i) {
-    tables.push_back(ReadGroup(groups[i], untimed[i], numbers));
-  }
-  return tables;
 }
 
 std::vector<LegSet> UntimedLegsOf(const std::vector<CourseGroup>& groups,

@@ -117,8 +117,9 @@ class KELTRUN2_API clsEstimatedRunnerData {
 };
 
 /// The estimate for one class: its runners, and the legs of its course as clsEstimatedRunnerData
-/// numbers them. Runners who had a course of their own, as with forks, are compared with those of
-/// the class who had the same; their legs have figures of their own only with them.
+/// numbers them. With forks, runners whose courses share at least half of their legs with that of
+/// the class are estimated together with it, others with those of the class who had the same course;
+/// the legs of other forks have figures only with their runners.
 class KELTRUN2_API clsEstimatedClassData {
  public:
   clsEstimatedClassData(const clsEstimatedClassData&) = delete;

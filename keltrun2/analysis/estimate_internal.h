@@ -27,12 +27,6 @@ class EstimateInternal {
       const LapFigures* laps, std::size_t legs, const LegSet& untimed);
 };
 
-/// The laps of every group in seconds, without those of untimed legs and those that cover more than
-/// their leg. Legs between the same two controls have the same pair number, and legs of a course
-/// that is not known have numbers of their own.
-std::vector<LapTable> LapTables(const std::vector<CourseGroup>& groups,
-                                const std::vector<LegSet>& untimed);
-
 /// The untimed legs of every group by a choice. The legs of a list are those of every group.
 std::vector<LegSet> UntimedLegsOf(const std::vector<CourseGroup>& groups,
                                   const UntimedLegsChoice& choice);

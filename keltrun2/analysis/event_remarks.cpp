@@ -6,7 +6,7 @@
 #include <set>
 
 #include "keltrun2/analysis/clock_check.h"
-#include "keltrun2/analysis/estimate_internal.h"
+#include "keltrun2/analysis/group_estimate.h"
 #include "keltrun2/analysis/untimed_legs.h"
 #include "keltrun2/model/lap_data_internal.h"
 
@@ -86,7 +86,7 @@ std::vector<std::string> EventRemarks(const EventModel& model) {
   }
   std::vector<std::string> remarks = model.Corrections;
   untimed_remarks.AppendTo(remarks);
-  for (const ClockFinding& clock : FindClocks(groups, EstimateLaps(LapTables(groups, untimed)))) {
+  for (const ClockFinding& clock : FindClocks(groups, EstimateGroups(groups, untimed))) {
     remarks.push_back(clock.Remark());
   }
   return remarks;
