@@ -59,8 +59,8 @@ class Cli : public testing::Test {
   // Runs a shell command line in the test's folder. In it, "keltrun2" stands for the program.
   Outcome Run(const string& line) const {
     Write(base_ / "script",
-          "exec </dev/null >../out 2>../err\nunset KELTRUN2_FOLDER LC_ALL\n"
-          "keltrun2() { LANG=C '" KELTRUN2_PROGRAM "' \"$@\"; }\n" +
+          "exec </dev/null >../out 2>../err\nunset KELTRUN2_FOLDER LC_ALL LC_MESSAGES\n"
+          "keltrun2() { LANG=${LANGUAGE_OF_TEST-ja_JP.UTF-8} '" KELTRUN2_PROGRAM "' \"$@\"; }\n" +
               line);
     const int status = std::system(("cd '" + folder_.string() + "' && sh ../script").c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Contents(base_ / "out"),
@@ -341,6 +341,99 @@ TEST_F(Cli, EstimatesAreForPeopleAndPrograms) {
   const auto wrong = Run("keltrun2 " + command + "text --course 1");
   EXPECT_EQ(wrong.code, 2);
   EXPECT_TRUE(Has(wrong.err, "--class"));
+}
+
+// The first kana, kanji or full-width character with what precedes it, or "". Scripts of the report
+// have the texts of both languages.
+string FirstJapanese(string text) {
+  for (std::size_t begin; (begin = text.find("<script type=\"module\">")) != string::npos;) {
+    text.erase(begin, text.find("</script>", begin) - begin);
+  }
+  for (std::size_t i = 0; i + 2 < text.size(); ++i) {
+    const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+    if ((byte(i) & 0xF0) != 0xE0) continue;
+    const int code = (byte(i) & 0x0F) << 12 | (byte(i + 1) & 0x3F) << 6 | (byte(i + 2) & 0x3F);
+    if ((code >= 0x3000 && code < 0xA000) || code >= 0xFF00) {
+      return text.substr(i < 60 ? 0 : i - 60, i < 60 ? i + 3 : 63);
+    }
+  }
+  return "";
+}
+
+// A class in which every mark for a missing time appears, and courses that share a segment.
+const string kLatin = R"(<keltrun><event name="City Race" date="2026/05/03" terrain="Park"/>
+    <courses><course number="1" controls="3"><control index="1" unit-number="31"/>
+    <control index="2" unit-number="32"/><control index="3" unit-number="33"/></course></courses>
+    <classes><class name="W21" controls="3" course="1" length="4500" climb="100">
+    <runner name="Ann Lee" club="OK North" result="0:08:00" start="10:00:00"><leg index="1" laptime="00:02:00"/>
+    <leg index="2" laptime="00:02:00"/><leg index="3" laptime="00:02:00"/><leg index="4" laptime="00:02:00"/></runner>
+    <runner name="Bea Roe" club="OK North" result="0:09:00" start="10:02:00"><leg index="1" laptime="00:02:10"/>
+    <leg index="2" laptime="00:02:50"/><leg index="3" laptime="00:02:00"/><leg index="4" laptime="00:02:00"/></runner>
+    <runner name="Cat Moe" result="0:09:30"><leg index="1" laptime="00:02:10"/>
+    <leg index="3" laptime="↓"/><leg index="2" laptime="00:05:00"/><leg index="4" laptime="00:02:20"/></runner>
+    <runner name="Dee Poe" result="MP"><leg index="1" laptime="00:02:10"/><leg index="4" laptime="×"/></runner>
+    <runner name="Eve Coe" result="DNS"/></class></classes></keltrun>)";
+
+TEST_F(Cli, NothingIsJapaneseInEnglish) {
+  Write(folder_ / "latin.lxm", kLatin);
+  Write(folder_ / "times.txt", "NAME,CLUB\r\nAnn,North\r\n");
+  const string analyze = "keltrun2 analyze latin.lxm --class W21 --as ";
+  for (const string& line :
+       {analyze + "html",
+        analyze + "legs",
+        analyze + "mail",
+        analyze + "splitsbrowser",
+        analyze + "json",
+        analyze + "estimate-text",
+        analyze + "estimate-csv",
+        analyze + "tidy-csv",
+        string("keltrun2 results latin.lxm --as html"),
+        string("keltrun2 results latin.lxm --as text"),
+        string("keltrun2 results latin.lxm --as json"),
+        string("keltrun2 results latin.lxm --as csv --splits"),
+        string("keltrun2 info latin.lxm; keltrun2 info latin.lxm --json"),
+        string("keltrun2 info times.txt; keltrun2 info missing.lxm; keltrun2 info old.txt; true"),
+        string("for to in iof2 iof2-plain iof3 splitsbrowser winsplits oe2010; do keltrun2 convert "
+               "latin.lxm x --force --to $to --charset utf-8 && cat x; done"),
+        string("keltrun2 convert latin.lxm x.lap --force && cat x.lap"),
+        string("for mode in normal realtime relative relative110 relative130 missrate halfratio "
+               "map; do keltrun2 chart latin.lxm --class W21 --mode $mode --names -o x.svg --force "
+               "&& cat x.svg; done"),
+        string("for what in results analysis; do keltrun2 print latin.lxm --what $what -o x.pdf "
+               "--force --ids --ages && pdftotext x.pdf -; done"),
+        string("for command in '' report site info convert merge analyze results chart print; do "
+               "keltrun2 $command --help; done"),
+        string("keltrun2 site latin.lxm site --charset utf-8 --charts all --courses "
+               "--viewer && cat site/*.html site/event.l*"),
+        string("keltrun2 report latin.lxm")}) {
+    const Outcome run = Run("LANGUAGE_OF_TEST=en_GB.UTF-8\n" + line);
+    EXPECT_EQ(run.code, 0) << line << run.err;
+    EXPECT_EQ(FirstJapanese(run.out), "") << line;
+    EXPECT_EQ(FirstJapanese(run.err), "") << line;
+    EXPECT_GT(run.out.size() + run.err.size(), 50u) << line;
+  }
+}
+
+// --lang decides alone; without it the first of three variables that is set does.
+TEST_F(Cli, LanguageIsThatOfTheLocale) {
+  const struct {
+    const char* variables;
+    const char* option;
+    bool japanese;
+  } cases[] = {{"LANGUAGE_OF_TEST=ja_JP.UTF-8", "", true},
+               {"LANGUAGE_OF_TEST=C", "", false},
+               {"LANGUAGE_OF_TEST=de_DE.UTF-8", "", false},
+               {"LANGUAGE_OF_TEST=; LC_MESSAGES=ja_JP; export LC_MESSAGES", "", true},
+               {"LC_ALL=en_US.UTF-8; export LC_ALL", "", false},
+               {"LANGUAGE_OF_TEST=C", "--lang ja", true},
+               {"LANGUAGE_OF_TEST=ja_JP.UTF-8", "--lang en", false}};
+  for (const auto& [variables, option, japanese] : cases) {
+    const string line = string(variables) + "\nkeltrun2 analyze two.lxm --class 男子Ａ --as ";
+    EXPECT_EQ(Has(Run(line + "mail " + option).out, "ラップタイム"), japanese)
+        << variables << option;
+    EXPECT_EQ(Has(Run(line + "legs " + option).out, "charset=utf-8"), japanese)
+        << variables << option;
+  }
 }
 
 TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {

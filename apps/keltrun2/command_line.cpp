@@ -115,9 +115,10 @@ constexpr char kPrintFooter[] =
     "  keltrun2 print event.lxm --class M21A --printer office";
 
 void AddGeneralOptions(CLI::App& app, Options& options) {
-  app.add_option("--lang", options.language, "language of the pages")
+  app.add_option("--lang", options.language,
+                 "language of pages, charts and texts (default: Japanese if the locale of the\n"
+                 "environment is, else English)")
       ->type_name("ja|en")
-      ->capture_default_str()
       ->check(CLI::IsMember({"ja", "en"}).description(""));
   app.add_flag("-q,--quiet", options.quiet,
                "show only errors: no progress bar, remarks or closing line");

@@ -72,6 +72,13 @@ std::string WithCharacterReferences(std::string_view html) {
   return out;
 }
 
+// Outside the Japanese mode a page of legs declares another charset than the one given.
+bool DeclaresCharset(std::string_view page, std::string_view charset) {
+  constexpr std::string_view kDeclaration = "charset=";
+  const std::size_t at = page.find(kDeclaration);
+  return at != std::string_view::npos && page.substr(at + kDeclaration.size()).starts_with(charset);
+}
+
 bool IsEstimate(const Options& options) { return options.form.starts_with("estimate-"); }
 
 // The classes that the user named, or all: what is estimated is the same in every set.
@@ -142,8 +149,7 @@ std::string AnalysisText(const clsKeltrun2& root, const Options& options) {
   if (options.form == "legs") {
     analyzer->ExtraAnalyze();
     const std::string page = html->OutputLegData(analyzer, options.style_address, kPageEncoding);
-    // Outside the Japanese mode the page declares another charset than the one given.
-    return options.language == "ja" ? page : WithCharacterReferences(page);
+    return DeclaresCharset(page, kPageEncoding) ? page : WithCharacterReferences(page);
   }
   return html->OutputAnalysis(analyzer, options.style_address, kPageEncoding);
 }

@@ -27,11 +27,11 @@ void KeepMemory() {
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
 }
 
-// The same command gives the same pages on every machine, whatever LANG says there.
+// A language that the user names decides alone; without one the locale of the environment does.
 void ChooseLanguage(const std::string& language) {
   Startup startup;
   startup.Language = language;
-  startup.Locale = language == "ja" ? kLocaleJapan : kLocaleUsa;
+  if (!language.empty()) startup.Locale = language == "ja" ? kLocaleJapan : kLocaleUsa;
   SetStartup(startup);
 }
 

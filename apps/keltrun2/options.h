@@ -39,7 +39,7 @@ struct PrintOptions {
 
 /// The arguments of every command; each command reads those that it offers.
 struct Options {
-  std::string language = "ja";  // or "en"
+  std::string language;  // "ja" or "en"; "" is that of the locale
   bool quiet = false;
   std::string event;  // lap file, "-" is standard input
 

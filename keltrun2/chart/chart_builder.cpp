@@ -14,6 +14,7 @@
 #include "keltrun2/chart/chart_scales.h"
 #include "keltrun2/chart/chart_wrapper.h"
 #include "keltrun2/chart/short_names.h"
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
@@ -330,8 +331,10 @@ class ChartBuilder {
       AddText(ResourceText("RES_META_MISTAKE_RATE"), kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
     } else {
       // In one piece it would be too wide for the margin.
-      AddText("後巡行　", kTitleX, -kTitleGap - pen_.TextHeight(), kBeginsAtX | kEndsAtY);
-      AddText("／前巡行", kTitleX, -kTitleGap, kBeginsAtX | kEndsAtY);
+      AddText(PageText("RES_TITLE_SECOND_HALF", "後巡行　"), kTitleX,
+              -kTitleGap - pen_.TextHeight(), kBeginsAtX | kEndsAtY);
+      AddText(PageText("RES_TITLE_FIRST_HALF", "／前巡行"), kTitleX, -kTitleGap,
+              kBeginsAtX | kEndsAtY);
     }
   }
 

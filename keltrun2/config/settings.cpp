@@ -114,11 +114,17 @@ void StoreSetting(Settings& settings, const std::string& name, std::string_view 
   }
 }
 
+// The language that the host chose, or left to the user's locale.
+std::string LanguageOf(const Startup& startup) {
+  if (!startup.Language->empty()) return *startup.Language;
+  return startup.Locale.value_or(UserLocale()) == kLocaleJapanese ? "ja" : "en";
+}
+
 Settings Load(const Startup& startup) {
   const std::string folder = startup.Folder ? *startup.Folder : FindSettingsFolder();
   Settings settings = ParseSettings(TextOfFile(InFolder(folder, kSettingsFile), kBuiltInSettings));
   settings.Folder = folder;
-  if (startup.Language) settings.Language = *startup.Language;
+  if (startup.Language) settings.Language = LanguageOf(startup);
   const std::string resources = InFolder(folder, ResourceFileName(settings.Language));
   settings.Resources = ParseResources(TextOfFile(resources, TextsOf(settings.Language)));
   return settings;
@@ -129,8 +135,8 @@ const Settings& LoadedSettings() {
   if (const Settings* loaded = process.loaded.load(std::memory_order_acquire)) return *loaded;
   const std::lock_guard lock(process.mutex);
   if (!process.settings) {
-    process.settings = std::make_unique<const Settings>(Load(process.startup));
     SetUserLocale(process.startup.Locale);
+    process.settings = std::make_unique<const Settings>(Load(process.startup));
     process.loaded.store(process.settings.get(), std::memory_order_release);
   }
   return *process.settings;

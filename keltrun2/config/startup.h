@@ -11,7 +11,8 @@ namespace keltrun {
 
 /// Start values of a host. Members that are not set follow the settings file and the environment.
 struct Startup {
-  /// Language code of the resource file, "ja" or "en", instead of the LANGUAGE setting.
+  /// Language code of the resource file, "ja" or "en", instead of the LANGUAGE setting. Empty is
+  /// the language of the user's locale: Japanese, or English for every other one.
   std::optional<std::string> Language = std::nullopt;
   /// Identifier of the user's locale; 1041 together with language "ja" is Japanese mode.
   std::optional<std::int32_t> Locale = std::nullopt;

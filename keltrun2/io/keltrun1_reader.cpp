@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/io/csv_header.h"
 #include "keltrun2/io/csv_lines.h"
@@ -597,7 +598,8 @@ void Keltrun1Reader::CheckTimes() {
   Stop(first_header_line_,
        "the list has no column for results and none for legs; its header line is \"" +
            std::string(Utf16Prefix(first_header_, kShownUnits)) +
-           "\"; it needs a column such as TIME or 記録, or one for each leg: 1, 2, ... F");
+           "\"; it needs a column such as TIME" + (HasJapaneseTexts() ? " or 記録" : "") +
+           ", or one for each leg: 1, 2, ... F");
   result_.records = {};
 }
 

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/model/time_values.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -229,6 +230,8 @@ std::optional<DateTime> ParseUnsigned(std::string_view text, bool allow_number) 
 }
 
 }  // namespace
+
+std::string_view NoDataMark() { return HasJapaneseTexts() ? kNoDataText : "-"; }
 
 std::string_view SignText(DateTime value) { return value <= -kOneSecond ? "-" : ""; }
 

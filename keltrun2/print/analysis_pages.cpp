@@ -7,6 +7,7 @@
 #include "keltrun2/config/leg_labels.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/drawing/drawing_limits.h"
+#include "keltrun2/model/time_text.h"
 #include "keltrun2/print/fitted_text.h"
 #include "keltrun2/text/width.h"
 
@@ -227,14 +228,16 @@ class AnalysisPages {
     GroupHead head;
     head.name = options_.Heads ? ResourceText("RES_PRINT_REFERENCE")
                                : ResourceText("RES_META_SPLITS") + " (1-3)";
-    head.result = clsTimeValue(general.UpperLapTotal()).ToString(kTimePattern, true);
+    head.result = clsTimeValue(general.UpperLapTotal()).ToString(kTimePattern, true, NoDataMark());
     DateTime total = 0;
     PrintGroup(head, [&](std::int32_t leg) {
       LegCell cell;
       if (leg > legs_) return cell;
       total += general.UpperLapAverage(leg);
-      cell.time = clsTimeValue(general.UpperLapAverage(leg)).ToString(kTimePattern, true);
-      if (!IsMissMode()) cell.below = clsTimeValue(total).ToString(kTimePattern, true);
+      cell.time =
+          clsTimeValue(general.UpperLapAverage(leg)).ToString(kTimePattern, true, NoDataMark());
+      if (!IsMissMode())
+        cell.below = clsTimeValue(total).ToString(kTimePattern, true, NoDataMark());
       return cell;
     });
   }
@@ -249,24 +252,24 @@ class AnalysisPages {
       head.club = "(" + runner.OtherData()->ClassName() + ") " + head.club;
     }
     head.result = runner.Result();
-    head.cruise_speed = runner.CruiseSpeed()->ToString("#0.0");
-    head.miss_rate = runner.MissRate()->ToString("#0.0");
+    head.cruise_speed = runner.CruiseSpeed()->ToString("#0.0", NoDataMark());
+    head.miss_rate = runner.MissRate()->ToString("#0.0", NoDataMark());
     PrintGroup(head, [&](std::int32_t leg) { return CellOf(runner, leg); });
   }
 
   LegCell CellOf(const Runner& runner, std::int32_t leg) const {
     LegCell cell;
     if (leg > legs_) {
-      cell.below = runner.MissTimeTotal()->ToString(kTimePattern, true);
+      cell.below = runner.MissTimeTotal()->ToString(kTimePattern, true, NoDataMark());
       return cell;
     }
-    cell.time = runner.LapTimeToString(leg, kTimePattern, true);
+    cell.time = runner.LapTimeToString(leg, kTimePattern, true, NoDataMark());
     cell.time_rank = runner.LapRankToString(leg, false);
     cell.shade = runner.LapRank(leg);
     if (IsMissMode()) {
-      cell.below = runner.MissTime(leg)->ToString(kTimePattern, true);
+      cell.below = runner.MissTime(leg)->ToString(kTimePattern, true, NoDataMark());
     } else {
-      cell.below = runner.SplitTimeToString(leg, kTimePattern, true);
+      cell.below = runner.SplitTimeToString(leg, kTimePattern, true, NoDataMark());
       cell.below_rank = runner.ModifiedSplitRankToString(leg, false);
     }
     return cell;

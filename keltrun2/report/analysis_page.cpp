@@ -5,6 +5,7 @@
 #include "keltrun2/analysis/analyzed_runner_data_internal.h"
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/report/html_parts.h"
@@ -19,7 +20,8 @@ using Runner = clsAnalyzedRunnerData;
 using Figures = AnalyzedRunnerInternal;
 
 constexpr std::string_view kTimePattern = "hh:nn:ss";
-constexpr MarkerTexts kMarkers = {kNoDataText, kSkipText, kDisqText};
+
+MarkerTexts Markers() { return {NoDataMark(), kSkipText, kDisqText}; }
 
 // The label column is repeated before every block of this many runners.
 constexpr std::size_t kRunnersPerBlock = 10;
@@ -45,29 +47,48 @@ struct CellPair {
   }
 };
 
+// A title or label in Japanese and the key of its resource in other languages.
+struct FixedText {
+  std::string_view japanese;
+  std::string_view key;
+
+  std::string InLanguage() const { return PageText(key, japanese); }
+};
+
+constexpr FixedText kName = {"氏名", "RES_META_NAME"};
+constexpr FixedText kClub = {"所属", "RES_META_CLUB"};
+constexpr FixedText kResult = {"記録", "RES_META_RESULT"};
+constexpr FixedText kPlace = {"順位", "RES_META_PLACE"};
+constexpr FixedText kTotal = {"合計", "RES_META_TOTAL"};
+
 // A section of one row for each leg.
 struct LegSection {
-  std::string_view title;
+  FixedText title;
   std::string_view title_attribute;
   std::string_view row_opening;
   std::string_view label_opening;
 };
 
-constexpr LegSection kLapSection = {"◆ ラップタイム", " class=\"lh\"",
+constexpr LegSection kLapSection = {{"◆ ラップタイム", "RES_TITLE_LAPS"},
+                                    " class=\"lh\"",
                                     "<tr align=\"right\" nowrap>",
                                     "<td bgcolor=\"#dddd77\" class=\"ll\">"};
-constexpr LegSection kSplitSection = {"◆ 積算タイム", " class=\"eh\"", "<tr align=\"right\">",
+constexpr LegSection kSplitSection = {{"◆ 積算タイム", "RES_TITLE_SPLITS"},
+                                      " class=\"eh\"",
+                                      "<tr align=\"right\">",
                                       "<td bgcolor=\"#bbdd99\" nowrap class=\"el\">"};
-constexpr LegSection kRelativeSection = {"◆ ラップ上位３人に対する相対値(%)", " class=\"rh\"",
+constexpr LegSection kRelativeSection = {{"◆ ラップ上位３人に対する相対値(%)", "RES_TITLE_RELATIVE"},
+                                         " class=\"rh\"",
                                          "<tr align=\"right\">",
                                          "<td bgcolor=\"#dddd77\" nowrap class=\"rl\">"};
-constexpr LegSection kMissTimeSection = {"◆ ミスタイム", " class=\"mh\"",
+constexpr LegSection kMissTimeSection = {{"◆ ミスタイム", "RES_TITLE_LOSSES"},
+                                         " class=\"mh\"",
                                          "<tr align=\"right\" nowrap>",
                                          "<td bgcolor=\"#bbdd99\" class=\"ml\">"};
 
 // A section of one row of values.
 struct ValueSection {
-  std::string_view title;
+  FixedText title;
   std::string_view title_attribute;
   std::string_view label_cell;
   std::string_view value_opening;
@@ -75,24 +96,30 @@ struct ValueSection {
 };
 
 void AppendCruiseSpeed(std::string& out, const Runner& runner) {
-  out += runner.CruiseSpeed()->ToString("#0.0");
+  out += runner.CruiseSpeed()->ToString("#0.0", NoDataMark());
 }
 void AppendMissRate(std::string& out, const Runner& runner) {
-  out += runner.MissRate()->ToString("#0.0");
+  out += runner.MissRate()->ToString("#0.0", NoDataMark());
 }
 void AppendTimeWithoutMiss(std::string& out, const Runner& runner) {
-  AppendTime(out, runner.TotalTimeWithoutMiss()->Value(), kTimePattern, true, kMarkers);
+  AppendTime(out, runner.TotalTimeWithoutMiss()->Value(), kTimePattern, true, Markers());
 }
 
-constexpr ValueSection kCruiseSection = {"◆ 巡行速度(%)", " class=\"ch\"",
+constexpr ValueSection kCruiseSection = {{"◆ 巡行速度(%)", "RES_TITLE_CRUISE_SPEED"},
+                                         " class=\"ch\"",
                                          "<td bgcolor=\"#bbccdd\" class=\"cl\">&nbsp;</td>",
-                                         "<td colspan=\"2\" class=\"cv\">", AppendCruiseSpeed};
-constexpr ValueSection kMissRateSection = {"◆ ミス率(%)", " class=\"sh\"",
+                                         "<td colspan=\"2\" class=\"cv\">",
+                                         AppendCruiseSpeed};
+constexpr ValueSection kMissRateSection = {{"◆ ミス率(%)", "RES_TITLE_MISTAKE_RATE"},
+                                           " class=\"sh\"",
                                            "<td bgcolor=\"#bbccdd\" class=\"sl\">&nbsp;</td>",
-                                           "<td colspan=\"2\" class=\"sv\">", AppendMissRate};
-constexpr ValueSection kNoMissSection = {"◆ ミスを除いたタイム", " class=\"wh\"",
+                                           "<td colspan=\"2\" class=\"sv\">",
+                                           AppendMissRate};
+constexpr ValueSection kNoMissSection = {{"◆ ミスを除いたタイム", "RES_TITLE_WITHOUT_MISTAKES"},
+                                         " class=\"wh\"",
                                          "<td bgcolor=\"#bbccdd\" class=\"wl\">&nbsp;</td>",
-                                         "<td colspan=\"2\" class=\"wv\">", AppendTimeWithoutMiss};
+                                         "<td colspan=\"2\" class=\"wv\">",
+                                         AppendTimeWithoutMiss};
 
 // A name in pieces of ten characters, with at most two line breaks, so that columns stay narrow.
 void AppendInTens(std::string& out, std::string_view text) {
@@ -168,6 +195,10 @@ class AnalysisPage {
     out_ += "</tr>\r\n";
   }
 
+  static std::string LabelCell(std::string_view opening, const FixedText& label) {
+    return std::string(opening) + EscapeHtml(label.InLanguage()) + "</td>";
+  }
+
   // A row of one cell for each runner.
   template <typename Value>
   void MakeValueRow(std::string_view opening, std::string_view label_cell,
@@ -181,19 +212,21 @@ class AnalysisPage {
 
   void CloseCell() { out_ += "</td>\r\n"; }
 
-  void MakeSectionTitle(std::string_view title, std::string_view attribute) {
-    MakeTitleRow(out_, title, ColumnCount(), kSectionTitleColor, "", attribute);
+  void MakeSectionTitle(const FixedText& title, std::string_view attribute) {
+    MakeTitleRow(out_, EscapeHtml(title.InLanguage()), ColumnCount(), kSectionTitleColor, "",
+                 attribute);
   }
 
   void MakeNameRow() {
-    MakeValueRow("<tr bgcolor=\"#bbddff\">", "<td class=\"nl\" bgcolor=\"#99bbdd\">氏名</td>",
-                 "<td colspan=\"2\" class=\"nv\">", [this](const Runner& runner) {
-                   AppendInTens(out_, NormalizeName(runner.RunnerName()));
-                 });
+    MakeValueRow(
+        "<tr bgcolor=\"#bbddff\">", LabelCell("<td class=\"nl\" bgcolor=\"#99bbdd\">", kName),
+        "<td colspan=\"2\" class=\"nv\">",
+        [this](const Runner& runner) { AppendInTens(out_, NormalizeName(runner.RunnerName())); });
   }
 
   void MakeClubRow() {
-    MakeValueRow("<tr bgcolor=\"#bbddff\">", "<td class=\"zl\" bgcolor=\"#99bbdd\">所属</td>",
+    MakeValueRow("<tr bgcolor=\"#bbddff\">",
+                 LabelCell("<td class=\"zl\" bgcolor=\"#99bbdd\">", kClub),
                  "<td colspan=\"2\" class=\"zv\">", [this](const Runner& runner) {
                    const std::string club = NormalizeName(runner.ClubName());
                    if (club.empty()) out_ += "&nbsp;";
@@ -204,12 +237,13 @@ class AnalysisPage {
   void MakeResultRankRows() {
     constexpr std::size_t kResultColumns = 10;
     constexpr std::string_view kOpening = "<tr align=\"right\" bgcolor=\"#ddeeff\">";
-    MakeValueRow(kOpening, "<td align=\"left\" class=\"kl\" bgcolor=\"#bbccdd\">記録</td>",
-                 "<td colspan=\"2\" nowrap class=\"kv\">", [this](const Runner& runner) {
-                   AppendEscapedNoBreak(out_,
-                                        PadByWidth(runner.Result(), kResultColumns, true, true));
-                 });
-    MakeValueRow(kOpening, "<td align=\"left\" class=\"jl\" bgcolor=\"#bbccdd\">順位</td>",
+    MakeValueRow(
+        kOpening, LabelCell("<td align=\"left\" class=\"kl\" bgcolor=\"#bbccdd\">", kResult),
+        "<td colspan=\"2\" nowrap class=\"kv\">", [this](const Runner& runner) {
+          AppendEscapedNoBreak(out_, PadByWidth(runner.Result(), kResultColumns, true, true));
+        });
+    MakeValueRow(kOpening,
+                 LabelCell("<td align=\"left\" class=\"jl\" bgcolor=\"#bbccdd\">", kPlace),
                  "<td colspan=\"2\" class=\"jv\">",
                  [this](const Runner& runner) { AppendRankText(runner); });
   }
@@ -251,7 +285,7 @@ class AnalysisPage {
     return LapDataInternal::Lap(*runner.OtherData(), leg);
   }
 
-  void AppendCompact(DateTime time) { AppendTime(out_, time, kTimePattern, true, kMarkers); }
+  void AppendCompact(DateTime time) { AppendTime(out_, time, kTimePattern, true, markers_); }
 
   void AppendPair(const CellPair& openings, std::int32_t rank, DateTime time) {
     const auto marked = static_cast<std::size_t>(rank >= 1 && rank <= kMarkedRanks ? rank : 0);
@@ -329,7 +363,7 @@ class AnalysisPage {
                     [this](const Runner& runner, std::int32_t leg) {
                       AppendPercent(Figures::Leg(runner, leg).lap_relative);
                     });
-    MakeTotalRow("<td bgcolor=\"#cccccc\" class=\"ral\">合計</td>",
+    MakeTotalRow(LabelCell("<td bgcolor=\"#cccccc\" class=\"ral\">", kTotal),
                  "<td colspan=\"2\" class=\"rav\">",
                  [this](const Runner& runner) { AppendPercent(*runner.TotalTimeRelative()); });
   }
@@ -339,7 +373,7 @@ class AnalysisPage {
                     [this](const Runner& runner, std::int32_t leg) {
                       AppendMissTime(Figures::Leg(runner, leg).miss_time);
                     });
-    MakeTotalRow("<td bgcolor=\"#cccccc\" class=\"mtl\">合計</td>",
+    MakeTotalRow(LabelCell("<td bgcolor=\"#cccccc\" class=\"mtl\">", kTotal),
                  "<td colspan=\"2\" class=\"mtv\">",
                  [this](const Runner& runner) { AppendMissTime(*runner.MissTimeTotal()); });
   }
@@ -350,15 +384,20 @@ class AnalysisPage {
                  [&](const Runner& runner) { section.append_value(out_, runner); });
   }
 
-  void AppendPercent(const clsPercentValue& value) { out_ += value.ToString(); }
+  void AppendPercent(const clsPercentValue& value) {
+    out_ += value.ToString("#0", markers_.NoData);
+  }
 
-  void AppendMissTime(const clsMissTimeValue& value) { out_ += value.ToString(kTimePattern, true); }
+  void AppendMissTime(const clsMissTimeValue& value) {
+    out_ += value.ToString(kTimePattern, true, markers_.NoData);
+  }
 
   std::string& out_;
   const EventModel& model_;
   const clsAnalyzer& analyzer_;
   const AnalyzerInternal::Runners& runners_;
   const std::int32_t legs_;
+  const MarkerTexts markers_ = Markers();
 };
 
 }  // namespace
@@ -366,7 +405,7 @@ class AnalysisPage {
 void AppendAnalysisPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                         std::string_view link_style_file, std::string_view charset) {
   const HeadOptions head = {.UseStyle = true,
-                            .TdStyle = kTableFontStyle,
+                            .TdStyle = TableFontStyle(),
                             .LinkStyleFile = link_style_file,
                             .Charset = charset};
   MakeAnalyzerPage(out, model, analyzer, head,

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "keltrun2/analysis/analyzer_internal.h"
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/chart_mode.h"
 #include "keltrun2/report/html_parts.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr std::int32_t kLastMode = KR_CHART_VESMER;
 
-// By mode. The last mode, the map, has no heading.
+// By mode. The last mode, the map, has no picture on the page.
 constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
                                                                "リアルタイム",
                                                                "上位平均相対",
@@ -24,9 +25,16 @@ constexpr std::array<std::string_view, kLastMode> kHeadings = {"標準",
                                                                "上位平均130％相対",
                                                                "巡航速度－ミス率",
                                                                "巡航速度－前後半比"};
+constexpr std::string_view kMapHeading = "ミスの地図";
+
+std::string Heading(std::int32_t mode) {
+  const std::string_view japanese =
+      mode == kLastMode ? kMapHeading : kHeadings[static_cast<std::size_t>(mode)];
+  return EscapeHtml(PageText("RES_CHART_MODE_" + std::to_string(mode), japanese));
+}
 
 void MakePicture(std::string& out, std::int32_t mode, std::string_view chart_name) {
-  out.append("<h3>◎ ").append(kHeadings[static_cast<std::size_t>(mode)]);
+  out.append("<h3>◎ ").append(Heading(mode));
   out += "</h3><img src=\"";
   out += CclsSplit("?", chart_name).Expression(std::to_string(mode));
   out += "\"><br><hr>";
@@ -39,7 +47,7 @@ void MakeMapNote(std::string& out, const clsAnalyzer& analyzer) {
   std::string note = ResourceText("RES_MESSAGE_NO_MAP");
   note = CclsSplit("%1", note).Expression(std::to_string(finishers));
   note = CclsSplit("%2", note).Expression(std::to_string(kMostOnMap));
-  out += "<h3>◎ ミスの地図</h3>";
+  out.append("<h3>◎ ").append(Heading(kLastMode)).append("</h3>");
   AppendEscaped(out, note);
   out += "<br><hr>";
 }
@@ -67,7 +75,7 @@ bool HasStartTimes(const clsAnalyzer& analyzer) {
 void AppendChartPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,
                      std::string_view chart_name, std::string_view chart_option,
                      std::string_view charset) {
-  const HeadOptions head = {.UseStyle = true, .TdStyle = kTableFontStyle, .Charset = charset};
+  const HeadOptions head = {.UseStyle = true, .TdStyle = TableFontStyle(), .Charset = charset};
   MakeAnalyzerPage(out, model, analyzer, head, [&] {
     for (const std::int32_t mode : ChartModes(chart_option)) {
       if (mode == kLastMode) {

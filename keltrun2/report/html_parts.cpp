@@ -5,6 +5,7 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/base/version.h"
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/text/html.h"
@@ -34,11 +35,20 @@ void MakeStyleBlock(std::string& out, std::string_view td_style, std::string_vie
 }
 
 void MakeNoRunnersMessage(std::string& out, const EventModel& model) {
-  if (model.ClassCount() == 0) out.append("ファイルが読み込まれてません。<br>\r\n");
-  out.append("解析できません。<br>\r\n");
+  if (model.ClassCount() == 0) {
+    AppendEscaped(out, PageText("RES_TITLE_NOTHING_LOADED", "ファイルが読み込まれてません。"));
+    out.append("<br>\r\n");
+  }
+  AppendEscaped(out, PageText("RES_TITLE_NO_ANALYSIS", "解析できません。"));
+  out.append("<br>\r\n");
 }
 
 }  // namespace
+
+std::string_view TableFontStyle() {
+  return HasJapaneseTexts() ? kJapaneseTableFontStyle
+                            : "font-family: 'MS Gothic', monospace; font-size: 10pt;";
+}
 
 void MakeHead(std::string& out, const HeadOptions& options) {
   out.append("<head>\r\n<meta http-equiv=\"Content-Type\" content=\"text/html; charset=");
@@ -82,7 +92,8 @@ std::string_view RankBgColor(std::int32_t rank) {
 
 void MakeFooter(std::string& out) {
   out.append("<br><a href=\"").append(kMakerAddress);
-  out.append("\">Made with ケルトラン２ (Ver.").append(VersionText(false)).append(")</a>\r\n");
+  out.append("\">").append(PageText("RES_TITLE_MADE_WITH", "Made with ケルトラン２"));
+  out.append(" (Ver.").append(VersionText(false)).append(")</a>\r\n");
 }
 
 void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyzer& analyzer,

@@ -34,8 +34,11 @@ inline constexpr std::uint32_t kSectionTitleColor = 0xFFDD99;
 inline constexpr std::uint32_t kNoColor = 0xFFFFFF;
 
 /// The fixed-pitch Japanese font of table cells, as a CSS declaration.
-inline constexpr std::string_view kTableFontStyle =
+inline constexpr std::string_view kJapaneseTableFontStyle =
     "font-family: 'ＭＳ ゴシック'; font-size: 10pt;";
+
+/// The same declaration with the font's name in the language of the texts.
+std::string_view TableFontStyle();
 
 struct HeadOptions {
   bool UseStyle = false;                // write the inline style block

@@ -30,7 +30,7 @@ struct Wording {
 };
 
 constexpr Wording kJapanese = {
-    kTableFontStyle,
+    kJapaneseTableFontStyle,
     "<td nowrap>レッグ長</td><td nowrap>上位平均</td><td nowrap>難易度</td>"
     "<td>１位</td><td>２位</td><td>３位</td><td>４位</td><td>５位</td><td>６位</td>",
     "合計"};
@@ -107,7 +107,8 @@ class LegDataTable {
         continue;
       }
       const std::size_t index = by_rank_.Item(place);
-      const std::string time = runners_[index]->LapTimeToString(leg, "hh:nn:ss", true);
+      const std::string time =
+          runners_[index]->LapTimeToString(leg, "hh:nn:ss", true, NoDataMark());
       MakeRunnerCell(index, PadByWidth(time, kTimeColumns, true, true), "");
     }
   }

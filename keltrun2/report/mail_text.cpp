@@ -4,6 +4,7 @@
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/base/version.h"
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/text/cells.h"
@@ -78,11 +79,13 @@ class MailText {
         legs_(AnalyzerInternal::LegCount(analyzer)) {}
 
   void MakeLapSection() {
-    out_ += "■ ラップタイム (mmmss)\r\n\r\n";
+    MakeTitle("RES_TITLE_MAIL_LAPS", "■ ラップタイム (mmmss)");
+    out_ += kCrLf;
     MakeColumns(
         LegLabels(true),
         [this](const Runner& runner, std::int32_t line) {
-          return IsTotal(line) ? PlaneResult(runner) : runner.LapTimeToString(line, kPlanePattern);
+          return IsTotal(line) ? PlaneResult(runner)
+                               : runner.LapTimeToString(line, kPlanePattern, false, NoDataMark());
         },
         [this](std::int32_t line) {
           return PlaneTime(
@@ -91,12 +94,13 @@ class MailText {
   }
 
   void MakeSplitSection() {
-    out_ += "■積算タイム (mmmss)\r\n\r\n";
+    MakeTitle("RES_TITLE_MAIL_SPLITS", "■積算タイム (mmmss)");
+    out_ += kCrLf;
     DateTime reference = 0;
     MakeColumns(
         LegLabels(false),
         [](const Runner& runner, std::int32_t line) {
-          return runner.SplitTimeToString(line, kPlanePattern);
+          return runner.SplitTimeToString(line, kPlanePattern, false, NoDataMark());
         },
         [&](std::int32_t line) {
           reference += general_.UpperLapAverage(line);
@@ -105,36 +109,41 @@ class MailText {
   }
 
   void MakeRelativeSection() {
-    out_ += "■相対値 (%)\r\n\r\n";
+    MakeTitle("RES_TITLE_MAIL_RELATIVE", "■相対値 (%)");
+    out_ += kCrLf;
     MakeColumns(LegLabels(true), [this](const Runner& runner, std::int32_t line) {
       return (IsTotal(line) ? runner.TotalTimeRelative() : runner.LapRelative(line))
-          ->ToString(kRate);
+          ->ToString(kRate, NoDataMark());
     });
   }
 
   void MakeCruiseSection() {
-    out_ += "■巡航速度 (%)\r\n";
+    MakeTitle("RES_TITLE_MAIL_CRUISE_SPEED", "■巡航速度 (%)");
     MakeColumns(OneLine(), [](const Runner& runner, std::int32_t /*line*/) {
-      return runner.CruiseSpeed()->ToString(kRate);
+      return runner.CruiseSpeed()->ToString(kRate, NoDataMark());
     });
   }
 
   void MakeMissRateSection() {
-    out_ += "■ミス率 (%)\r\n";
+    MakeTitle("RES_TITLE_MAIL_MISTAKE_RATE", "■ミス率 (%)");
     MakeColumns(OneLine(), [](const Runner& runner, std::int32_t /*line*/) {
-      return runner.MissRate()->ToString(kFineRate);
+      return runner.MissRate()->ToString(kFineRate, NoDataMark());
     });
   }
 
   void MakeMissTimeSection() {
-    out_ += "■ミスタイム (mmmss)\r\n";
+    MakeTitle("RES_TITLE_MAIL_LOSSES", "■ミスタイム (mmmss)");
     MakeColumns(LegLabels(true), [this](const Runner& runner, std::int32_t line) {
       return (IsTotal(line) ? runner.MissTimeTotal() : runner.MissTime(line))
-          ->ToString(kPlanePattern);
+          ->ToString(kPlanePattern, false, NoDataMark());
     });
   }
 
  private:
+  void MakeTitle(std::string_view key, std::string_view japanese) {
+    out_.append(PageText(key, japanese)).append(kCrLf);
+  }
+
   static LineLabels OneLine() { return {"  ", "  "}; }
 
   LineLabels LegLabels(bool with_total) const {

@@ -1,6 +1,8 @@
 #include "keltrun2/report/viewer_control_page.h"
 
+#include "keltrun2/config/page_texts.h"
 #include "keltrun2/report/html_parts.h"
+#include "keltrun2/text/html.h"
 
 namespace keltrun {
 namespace {
@@ -28,8 +30,12 @@ void AppendViewerObject(std::string& out, std::string_view lap_file_address) {
   out.append("\"\r\nCODEBASE=\"").append(kViewerControlCabinetAddress);
   out += "#version=1,0,0,61\" width=\"100%\" height=\"100%\">\r\n<PARAM NAME=\"FileName\" VALUE=\"";
   out += lap_file_address;
-  out += "\">\r\n<NOOBJECT>\r\n申し訳ありませんがお使いのブラウザではご利用できません。<br>\r\n";
-  out.append("<a href=\"").append(kVelmoraAddress).append("\">Velmoraへ</a>\r\n");
+  out += "\">\r\n<NOOBJECT>\r\n";
+  AppendEscaped(out, PageText("RES_TITLE_NO_CONTROL",
+                              "申し訳ありませんがお使いのブラウザではご利用できません。"));
+  out.append("<br>\r\n<a href=\"").append(kVelmoraAddress).append("\">");
+  AppendEscaped(out, PageText("RES_TITLE_VELMORA", "Velmoraへ"));
+  out += "</a>\r\n";
   out += "</NOOBJECT>\r\n</OBJECT>\r\n";
 }
 
