@@ -4,7 +4,7 @@
     report_test.py PROGRAM EVENT    ends with 1 when something is wrong, with 77 (skipped) without a Chromium
 
 Figures are compared with those of the program's own JSON. With axe-core in report_page/node_modules
-(`npm install` there), every view is also checked for accessibility.
+(scripts/install-packages), every view is also checked for accessibility.
 """
 import base64
 import json
