@@ -1,9 +1,13 @@
 #include "keltrun2/analysis/clock_check.h"
 
+#include <Eigen/Core>
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <map>
+#include <iterator>
+#include <optional>
 #include <span>
+#include <utility>
 
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/text/datetime.h"
@@ -17,7 +21,7 @@ constexpr double kLeastDeviations = 5;
 constexpr int kRounds = 6;               // of weighting
 constexpr double kFarthest = 3;          // deviations; what is farther off counts less
 constexpr double kRoundingVariance = 1;  // s^2, of punches in whole seconds
-constexpr int kCuts = 19;                // times of day at which a jump is tried
+constexpr std::size_t kCuts = 19;        // times of day at which a jump is tried
 constexpr double kClearlyBetter = 1.15;  // what a jump has to explain more than a drift
 // Both legs have to show the change, with opposite signs and at least this part of it.
 constexpr double kPartOfEachLeg = 0.4;
@@ -31,138 +35,240 @@ struct Change {
   double explained = 0;   // weighted sum of squares
 };
 
-// A value of each punch with its variance.
+// How many regressions are worked out side by side. Each is a chain of sums in which a step waits
+// for the one before, so several at a time take little longer than one.
+constexpr std::size_t kLanes = 4;
+using Lanes = Eigen::Array<double, kLanes, 1>;
+using Changes = std::array<Change, kLanes>;
+static_assert((1 + kCuts) % kLanes == 0, "the drift and the jumps fill their lanes");
+
+// What the laps before and after a punch say about the clock.
 struct Observation {
-  std::size_t klass;
-  double regressor;
+  std::size_t klass;  // the position of its class among those of the control
   double value;
   double variance;
-  double weight = 0;
+  double weight;  // of a value that is not far off
+  double limit;   // what is farther off counts less
 };
 
 // Each class has a mean of its own: its runners start at other times, and the legs of its course
 // are other ones.
 struct ClassMeans {
-  double weight = 0, regressor = 0, value = 0;
+  Lanes weight = Lanes::Zero();
+  Lanes regressor = Lanes::Zero();
+  Lanes value = Lanes::Zero();
 };
 
-std::map<std::size_t, ClassMeans> MeansOf(const std::vector<Observation>& observations) {
-  std::map<std::size_t, ClassMeans> means;
-  for (const Observation& one : observations) {
-    ClassMeans& mean = means[one.klass];
-    mean.weight += one.weight;
-    mean.regressor += one.weight * one.regressor;
-    mean.value += one.weight * one.value;
+// Weighted least squares within classes; mistakes, which are far off, count less (Huber 1964). Each
+// lane has a regressor of its own and the observations of all.
+class Regression {
+ public:
+  Regression(const std::vector<Observation>& observations, const std::vector<Lanes>& regressors,
+             std::size_t classes)
+      : observations_(observations), regressors_(regressors), means_(classes) {
+    weights_.reserve(observations.size());
+    for (const Observation& one : observations) weights_.push_back(Lanes::Constant(one.weight));
   }
-  for (auto& [klass, mean] : means) {
-    mean.regressor /= mean.weight;
-    mean.value /= mean.weight;
-  }
-  return means;
-}
 
-// Weighted least squares within classes; mistakes, which are far off, count less (Huber 1964).
-Change Regress(std::vector<Observation>& observations) {
-  for (Observation& one : observations) one.weight = 1 / one.variance;
-  Change change;
-  for (int round = 0; round < kRounds; ++round) {
-    const auto means = MeansOf(observations);
-    double squares = 0;
-    double products = 0;
-    for (const Observation& one : observations) {
-      const ClassMeans& mean = means.at(one.klass);
-      squares += one.weight * Square(one.regressor - mean.regressor);
-      products += one.weight * (one.regressor - mean.regressor) * (one.value - mean.value);
+  Changes Run() {
+    Eigen::Array<bool, kLanes, 1> varies = Eigen::Array<bool, kLanes, 1>::Constant(true);
+    for (int round = 0; round < kRounds; ++round) {
+      FindMeans();
+      FindSlopes();
+      varies = varies && squares_ > 0;
+      WeighAnew();
     }
-    if (!(squares > 0)) return {};
-    change.size = products / squares;
-    double residuals = 0;
-    for (Observation& one : observations) {
-      const ClassMeans& mean = means.at(one.klass);
-      const double residual =
-          one.value - mean.value - change.size * (one.regressor - mean.regressor);
-      residuals += one.weight * Square(residual);
-      const double limit = kFarthest * std::sqrt(one.variance);
-      one.weight = std::min(1.0, limit / std::max(std::fabs(residual), limit)) / one.variance;
+    Changes changes;
+    const Lanes deviations = slopes_ * squares_.sqrt() / scales_.max(1);
+    const Lanes explained = products_ * products_ / squares_;
+    for (Eigen::Index lane = 0; lane < Lanes::SizeAtCompileTime; ++lane) {
+      if (!varies[lane]) continue;
+      changes[static_cast<std::size_t>(lane)] = {slopes_[lane], deviations[lane], explained[lane]};
+    }
+    return changes;
+  }
+
+ private:
+  void FindMeans() {
+    std::fill(means_.begin(), means_.end(), ClassMeans());
+    for (std::size_t i = 0; i < observations_.size(); ++i) {
+      ClassMeans& mean = means_[observations_[i].klass];
+      mean.weight += weights_[i];
+      mean.regressor += weights_[i] * regressors_[i];
+      mean.value += weights_[i] * observations_[i].value;
+    }
+    for (ClassMeans& mean : means_) {
+      mean.regressor /= mean.weight;
+      mean.value /= mean.weight;
+    }
+  }
+
+  void FindSlopes() {
+    Lanes squares = Lanes::Zero();
+    Lanes products = Lanes::Zero();
+    for (std::size_t i = 0; i < observations_.size(); ++i) {
+      const ClassMeans& mean = means_[observations_[i].klass];
+      const Lanes regressor = regressors_[i] - mean.regressor;
+      squares += weights_[i] * (regressor * regressor);
+      products += weights_[i] * regressor * (observations_[i].value - mean.value);
+    }
+    squares_ = squares;
+    products_ = products;
+    slopes_ = products / squares;
+  }
+
+  // Finds the scales of the residuals and the weights for the next round.
+  void WeighAnew() {
+    const Lanes slopes = slopes_;
+    Lanes sum = Lanes::Zero();
+    for (std::size_t i = 0; i < observations_.size(); ++i) {
+      const Observation& one = observations_[i];
+      const ClassMeans& mean = means_[one.klass];
+      const Lanes residual =
+          (one.value - mean.value - slopes * (regressors_[i] - mean.regressor)).abs();
+      sum += weights_[i] * (residual * residual);
+      const auto is_far = residual > one.limit;
+      weights_[i] = Lanes::Constant(one.weight);
+      if (is_far.any()) {
+        weights_[i] = is_far.select(one.limit / residual / one.variance, weights_[i]);
+      }
     }
     const auto freedom =
-        static_cast<double>(observations.size()) - static_cast<double>(means.size()) - 1;
-    const double scale = freedom > 0 ? std::sqrt(residuals / freedom) : 1;
-    change.deviations = change.size * std::sqrt(squares) / std::max(1.0, scale);
-    change.explained = products * products / squares;
+        static_cast<double>(observations_.size()) - static_cast<double>(means_.size()) - 1;
+    scales_ = freedom > 0 ? Lanes((sum / freedom).sqrt()) : Lanes(Lanes::Constant(1));
   }
-  return change;
-}
+
+  const std::vector<Observation>& observations_;
+  const std::vector<Lanes>& regressors_;
+  std::vector<ClassMeans> means_;
+  std::vector<Lanes> weights_;
+  Lanes squares_, products_;  // of the regressor, and with the value
+  Lanes slopes_;
+  Lanes scales_;
+};
 
 enum class Legs { kBoth, kBefore, kAfter };
 
 // The error of the clock at a punch: the losses on both legs, the second with the opposite sign,
 // each with the weight of its precision.
-template <typename Regressor>
-Change ChangeOf(std::span<const ClockPunch> punches, Legs legs, Regressor regressor) {
-  std::vector<Observation> observations;
-  observations.reserve(punches.size());
-  for (const ClockPunch& punch : punches) {
-    const double before = Square(punch.before_error);
-    const double after = Square(punch.after_error);
-    double value = punch.before;
-    double variance = before;
-    if (legs == Legs::kAfter) {
-      value = -punch.after;
-      variance = after;
-    } else if (legs == Legs::kBoth) {
-      value = (punch.before * after - punch.after * before) / (before + after);
-      variance = before * after / (before + after);
+Observation Observe(const ClockPunch& punch, std::size_t klass, Legs legs) {
+  const double before = Square(punch.before_error);
+  const double after = Square(punch.after_error);
+  double value = punch.before;
+  double variance = before;
+  if (legs == Legs::kAfter) {
+    value = -punch.after;
+    variance = after;
+  } else if (legs == Legs::kBoth) {
+    value = (punch.before * after - punch.after * before) / (before + after);
+    variance = before * after / (before + after);
+  }
+  variance += kRoundingVariance;
+  return {klass, value, variance, 1 / variance, kFarthest * std::sqrt(variance)};
+}
+
+// How a clock can go wrong: it jumps at a time of day; nullopt: it drifts over the day.
+using Fault = std::optional<double>;
+
+// The punches at one control, the earliest first, which are not all of one moment.
+class ClockCheck {
+ public:
+  explicit ClockCheck(std::span<const ClockPunch> punches)
+      : punches_(punches),
+        first_(punches.front().time),
+        day_(punches.back().time - punches.front().time),
+        classes_(ClassesOf(punches)) {}
+
+  // What is wrong with the clock, if anything is.
+  std::optional<ClockFinding> Find() const {
+    const auto [fault, change] = BestExplanation();
+    const bool clear =
+        std::fabs(change.size) >= kLeastSeconds && std::fabs(change.deviations) >= kLeastDeviations;
+    if (!clear || !BothLegsShow(fault, change.size)) return std::nullopt;
+    ClockFinding finding;
+    finding.code = punches_.front().code;
+    finding.jumps = fault.has_value();
+    finding.seconds = change.size;
+    finding.first = first_;
+    finding.last = fault.value_or(punches_.back().time);
+    finding.deviations = std::fabs(change.deviations);
+    finding.runners = static_cast<std::int32_t>(punches_.size());
+    return finding;
+  }
+
+ private:
+  static std::vector<std::size_t> ClassesOf(std::span<const ClockPunch> punches) {
+    std::vector<std::size_t> classes;
+    classes.reserve(punches.size());
+    for (const ClockPunch& punch : punches) classes.push_back(punch.klass);
+    std::sort(classes.begin(), classes.end());
+    classes.erase(std::unique(classes.begin(), classes.end()), classes.end());
+    return classes;
+  }
+
+  // A jump has to explain clearly more than the drift.
+  std::pair<Fault, Change> BestExplanation() const {
+    std::array<Fault, 1 + kCuts> faults;  // the drift comes first
+    for (std::size_t cut = 1; cut <= kCuts; ++cut) {
+      faults[cut] = punches_[punches_.size() * cut / (kCuts + 1)].time;
     }
-    observations.push_back(
-        {punch.klass, regressor(punch.time), value, variance + kRoundingVariance});
+    const std::vector<Observation> observations = Observations(Legs::kBoth);
+    std::pair<Fault, Change> best;
+    for (std::size_t at = 0; at < faults.size(); at += kLanes) {
+      const auto tried = std::span(faults).subspan(at).first<kLanes>();
+      const Changes changes = Explain(observations, tried);
+      if (at == 0) best.second = changes[0];
+      for (std::size_t lane = at == 0 ? 1 : 0; lane < kLanes; ++lane) {
+        const double least = best.second.explained * (best.first ? 1 : kClearlyBetter);
+        if (changes[lane].explained > least) best = {tried[lane], changes[lane]};
+      }
+    }
+    return best;
   }
-  return Regress(observations);
-}
 
-template <typename Regressor>
-bool BothLegsShow(std::span<const ClockPunch> punches, const Change& change, Regressor regressor) {
-  for (const Legs legs : {Legs::kBefore, Legs::kAfter}) {
-    const double part = ChangeOf(punches, legs, regressor).size / change.size;
-    if (!(part >= kPartOfEachLeg)) return false;
+  bool BothLegsShow(const Fault& fault, double size) const {
+    std::array<Fault, kLanes> same;
+    same.fill(fault);
+    for (const Legs legs : {Legs::kBefore, Legs::kAfter}) {
+      const double part = Explain(Observations(legs), same)[0].size / size;
+      if (!(part >= kPartOfEachLeg)) return false;
+    }
+    return true;
   }
-  return true;
-}
 
-// The punches at one control, the earliest first.
-ClockFinding CheckClock(std::span<const ClockPunch> punches) {
-  const double first = punches.front().time;
-  const double day = punches.back().time - first;
-  const auto drift = [&](double time) { return (time - first) / day; };
-  ClockFinding finding{punches.front().code,
-                       false,
-                       0,
-                       first,
-                       punches.back().time,
-                       0,
-                       static_cast<std::int32_t>(punches.size())};
-  if (!(day > 0)) return finding;
-  Change best = ChangeOf(punches, Legs::kBoth, drift);
-  double jump = 0;
-  for (int cut = 1; cut <= kCuts; ++cut) {
-    const std::size_t at = punches.size() * static_cast<std::size_t>(cut) / (kCuts + 1);
-    const double time = punches[at].time;
-    const Change step =
-        ChangeOf(punches, Legs::kBoth, [time](double t) { return t >= time ? 1.0 : 0.0; });
-    if (step.explained <= best.explained * (jump > 0 ? 1 : kClearlyBetter)) continue;
-    best = step;
-    jump = time;
+  std::vector<Observation> Observations(Legs legs) const {
+    std::vector<Observation> observations;
+    observations.reserve(punches_.size());
+    for (const ClockPunch& punch : punches_) {
+      const auto klass = std::lower_bound(classes_.begin(), classes_.end(), punch.klass);
+      observations.push_back(
+          Observe(punch, static_cast<std::size_t>(klass - classes_.begin()), legs));
+    }
+    return observations;
   }
-  const bool both =
-      jump > 0 ? BothLegsShow(punches, best, [jump](double t) { return t >= jump ? 1.0 : 0.0; })
-               : BothLegsShow(punches, best, drift);
-  if (!both) return finding;
-  finding.jumps = jump > 0;
-  if (finding.jumps) finding.last = jump;
-  finding.seconds = best.size;
-  finding.deviations = std::fabs(best.deviations);
-  return finding;
-}
+
+  Changes Explain(const std::vector<Observation>& observations,
+                  std::span<const Fault, kLanes> faults) const {
+    std::vector<Lanes> regressors(punches_.size());
+    for (std::size_t i = 0; i < regressors.size(); ++i) {
+      for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        regressors[i][static_cast<Eigen::Index>(lane)] = Regressor(faults[lane], punches_[i].time);
+      }
+    }
+    return Regression(observations, regressors, classes_.size()).Run();
+  }
+
+  // How far the clock has gone wrong at a time of day, in units of what the fault comes to.
+  double Regressor(const Fault& fault, double time) const {
+    if (!fault) return (time - first_) / day_;
+    return time >= *fault ? 1 : 0;
+  }
+
+  std::span<const ClockPunch> punches_;
+  double first_;
+  double day_;
+  std::vector<std::size_t> classes_;  // ascending
+};
 
 // The punches of one runner.
 void AddPunches(const clsLapData& record, std::size_t klass, const std::vector<ControlPair>& pairs,
@@ -232,11 +338,9 @@ std::vector<ClockFinding> FindClocks(std::vector<ClockPunch> punches) {
   for (auto begin = punches.begin(); begin != punches.end();) {
     const auto end = std::find_if(
         begin, punches.end(), [&](const ClockPunch& punch) { return punch.code != begin->code; });
-    if (static_cast<std::size_t>(end - begin) >= kFewestRunners) {
-      const ClockFinding finding = CheckClock({begin, end});
-      if (std::fabs(finding.seconds) >= kLeastSeconds && finding.deviations >= kLeastDeviations) {
-        findings.push_back(finding);
-      }
+    const bool enough = static_cast<std::size_t>(end - begin) >= kFewestRunners;
+    if (enough && begin->time < std::prev(end)->time) {
+      if (const auto finding = ClockCheck({begin, end}).Find()) findings.push_back(*finding);
     }
     begin = end;
   }
