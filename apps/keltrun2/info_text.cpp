@@ -1,6 +1,7 @@
 #include "apps/keltrun2/info_text.h"
 
 #include <map>
+#include <unordered_map>
 
 #include "apps/keltrun2/display_text.h"
 
@@ -106,30 +107,33 @@ struct CourseClasses {
   std::int32_t runners = 0;
 };
 
-CourseClasses ClassesOf(const clsKeltrun2& root, std::int32_t course) {
-  CourseClasses found;
+std::unordered_map<std::int32_t, CourseClasses> ClassesOfCourses(const clsKeltrun2& root) {
+  std::unordered_map<std::int32_t, CourseClasses> courses;
   for (std::int32_t i = 1; i <= root.ClassCount(); ++i) {
     const auto klass = root.ClassData(i);
-    const auto courses = RunnersOfCourses(*klass);
-    const auto runners = courses.find(course);
-    if (runners == courses.end()) continue;
-    found.names += (found.names.empty() ? "" : "/") + klass->ClassName();
-    found.runners += runners->second;
+    for (const auto& [course, runners] : RunnersOfCourses(*klass)) {
+      CourseClasses& found = courses[course];
+      found.names += (found.names.empty() ? "" : "/") + klass->ClassName();
+      found.runners += runners;
+    }
   }
-  return found;
+  return courses;
 }
 
 // The choices are resolved to their classes: a comma in a class name breaks the fields of its text.
 void AppendChoices(std::string& out, const clsKeltrun2& root) {
   TextTable table({{"Option"}, {"Runners", kRight}, {"Classes"}});
   const auto choices = root.ClassAndCourseList();
+  const auto classes_of_courses = ClassesOfCourses(root);
   for (const std::string& text : choices) {
     const ClassAndCourseValue choice = root.SeparateClassAndCourseValue(text);
     if (const auto klass = root.ClassData(choice.ClassIndex)) {
       table.AddRow({"--class", std::to_string(klass->LapCount()), klass->ClassName()});
       continue;
     }
-    const CourseClasses classes = ClassesOf(root, choice.CourseNum);
+    const auto found = classes_of_courses.find(choice.CourseNum);
+    const CourseClasses classes =
+        found == classes_of_courses.end() ? CourseClasses() : found->second;
     table.AddRow({"--course " + std::to_string(choice.CourseNum), std::to_string(classes.runners),
                   classes.names});
   }
