@@ -13,7 +13,7 @@ export async function unpack(base64) {
 
 // The event: its header, classes, runners and sets. The data block is that of report_data.cpp.
 export function makeEvent(raw) {
-  const event = {...raw.event, generator: raw.generator, classes: raw.classes};
+  const event = {...raw.event, generator: raw.generator, classes: raw.classes, links: raw.links ?? []};
   event.runners = raw.runners.map((values) => makeRunner(raw, values));
   event.sets = raw.sets.map((values) => ({
     key: setKey(values.kind, values.name), kind: values.kind, name: values.name,

@@ -53,6 +53,8 @@ export const TEXTS_EN = {
   otherCourses2: 'What their courses share can be compared:', noShared: 'Their courses share no segment.',
   noHit: 'Nobody matches “{0}”.', unknown: 'There is no “{0}” in this event.', toEvent: 'To the event',
   hits: '{0} found',
+  takeAway: 'To take away', lapFile: 'Event for Keltrun2 (.lxm)', iofXml: 'Results as IOF XML 3.0', table: 'Results as a table (CSV)',
+  morePages: 'More pages', charts: 'Charts', classicPages: 'Classic pages', allEvents: 'All events',
   howMe: 'Find yourself, open your card and press “This is me”. Then you are marked in purple everywhere.',
   terms: 'What the words mean', explain: 'How it is computed', allTerms: 'All terms',
   exSpeed: '{0}: {1}. Where the best three need {2}, it takes {3}.',

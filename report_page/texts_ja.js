@@ -53,6 +53,8 @@ export const TEXTS_JA = {
   otherCourses2: 'コースの共通区間では比較できます。', noShared: '共通区間はありません。',
   noHit: '「{0}」に該当する選手がいません。', unknown: 'この大会に「{0}」はありません。', toEvent: '大会のページへ',
   hits: '{0}件',
+  takeAway: 'ダウンロード', lapFile: 'Keltrun2のデータ (.lxm)', iofXml: '成績 (IOF XML 3.0)', table: '成績の表 (CSV)',
+  morePages: 'ほかのページ', charts: 'グラフ', classicPages: '従来のページ', allEvents: '大会の一覧',
   howMe: '検索して自分のカードを開き「これは自分」を押すと、すべての画面で紫色に表示されます。',
   terms: '用語の説明', explain: '計算のしかた', allTerms: 'すべての用語',
   exSpeed: '{0}：{1}。上位3人が{2}のところを{3}。',

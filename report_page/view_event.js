@@ -10,7 +10,7 @@ import {behindText, countText, courseText, heatStrip, medal, resultText, runnerA
 import {address} from './route.js';
 
 export function eventView({event, me}) {
-  return [band(event), myCard(event, me), storyTiles(event), classCards(event, me), segmentCards(event), remarks(event)];
+  return [band(event), myCard(event, me), storyTiles(event), classCards(event, me), segmentCards(event), links(event), remarks(event)];
 }
 
 function band(event) {
@@ -99,6 +99,20 @@ function segmentCards(event) {
       h('p.sm.mut', classes.join(', ')),
       set.winner ? h('ol.podium', h('li', medal(set.winner), h('span.nm', set.winner.runner.name), h('span.t', timeText(set.winner.time)))) : null);
   }))];
+}
+
+// What is published beside the report: files to take away, and other pages.
+const FILES = {lxm: 'lapFile', xml: 'iofXml', csv: 'table'};
+const PAGES = {charts: 'charts', classic: 'classicPages', events: 'allEvents'};
+
+function links(event) {
+  const group = (title, keys, attributes) => {
+    const found = event.links.filter(([kind]) => kind in keys);
+    if (found.length === 0) return null;
+    return [h('h2.h2', t(title)), h('ul.chips.links', found.map(([kind, href]) =>
+      h('li', h('a.chip', {href, ...attributes}, t(keys[kind])))))];
+  };
+  return [group('takeAway', FILES, {download: true}), group('morePages', PAGES, {})];
 }
 
 // Only web addresses become links: the header of an event could hold any other kind.

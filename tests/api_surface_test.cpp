@@ -243,6 +243,23 @@ TEST(ApiSurface, FilesAndPages) {
   Are<bool>(files.LoadLapFile("", KR_FILETYPE_KELTRUN2, KR_LOADMODE_APPEND, "<keltrun/>"));
   Are<KrLapFileTypeConst>(files.FileSaveMode(3));
   Are<std::vector<Text>>(files.SiteFiles({.IndexFile = "i", .IndexReplaceBlock = true}));
+  Are<std::vector<Text>>(files.SiteConflicts({.IndexFile = "i"}));
+  const ReportSiteOptions site = {.OutputFolder = folder.Path("report"),
+                                  .Prefix = "p_",
+                                  .AddToIndex = true,
+                                  .ReplaceOthers = false,
+                                  .OfficialSite = false,
+                                  .ChartOption = "0",
+                                  .ChartIncludeCourse = true,
+                                  .UntimedLegs = "auto",
+                                  .ClassicIndex = "classic.html"};
+  std::filesystem::create_directory(site.OutputFolder);
+  EXPECT_TRUE(files.ReportSiteConflicts(site).empty());
+  EXPECT_TRUE(files.OutputReportSite(site)) << s.root->ErrorComment();
+  for (const Text& name : files.ReportSiteFiles(site)) {
+    EXPECT_TRUE(std::filesystem::exists(name)) << name;
+  }
+  EXPECT_EQ(ReportSiteOptions().UntimedLegs, "none");
   std::filesystem::create_directory(folder.Path("site"));
   EXPECT_TRUE(files.OutputHtml(folder.Path("site")));
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("site"))) << "every output is off by default";

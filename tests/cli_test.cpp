@@ -117,7 +117,10 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
       {1, "info two.lxm -o ./two.lxm --force", "two.lxm itself"},
       {1, "chart two.lxm --class M21 -o same.png --force", "two.lxm itself"},
       {1, "info two.lxm >/dev/full", "standard output"},
-      {1, "site two.lxm x --style missing.css", "missing.css"},
+      {1, "site two.lxm x --classic --style missing.css", "missing.css"},
+      {2, "site two.lxm x --charset utf-8", "--also-classic"},
+      {2, "site two.lxm x --no-legs", "--also-classic"},
+      {2, "site two.lxm x --classic --also-classic", "--also-classic"},
       {1, "site two.lxm old.txt", "old.txt"}};
   for (const auto& test : cases) {
     const Outcome run = Run("keltrun2 " + test.line);
@@ -140,7 +143,7 @@ TEST_F(Cli, ErrorsAreInOneLanguageAndNameNothingInternal) {
       {"info missing.txt --lang ja", "cannot open missing.txt: No such file or directory\n"},
       {"site two.lxm /proc", "cannot write into the folder /proc/: No such file or directory\n"},
       {"convert two.lxm out.lxm --force", "cannot write out.lxm: Is a directory\n"},
-      {"site two.lxm site", "cannot write site/event.lap: it is a folder\n"},
+      {"site two.lxm site --classic", "cannot write site/event.lap: it is a folder\n"},
       {"info lines.txt --lang en",
        "lines.txt: The file format was not recognized. These can be read: IOF XML 3.0 and "},
       {"info lines.txt", "lines.txt: ファイルの形式を判別できませんでした。"}};
@@ -403,9 +406,11 @@ TEST_F(Cli, NothingIsJapaneseInEnglish) {
                "--force --ids --ages && pdftotext x.pdf -; done"),
         string("for command in '' report site info convert merge analyze results chart print; do "
                "keltrun2 $command --help; done"),
-        string("keltrun2 site latin.lxm site --charset utf-8 --charts all --courses "
+        string("keltrun2 site latin.lxm site --classic --charset utf-8 --charts all --courses "
                "--viewer && cat site/*.html site/event.l*"),
-        string("keltrun2 report latin.lxm")}) {
+        string("keltrun2 report latin.lxm"),
+        string("keltrun2 site latin.lxm new --add --charts all --also-classic --charset utf-8 && "
+               "cat new/*.html new/*.csv new/*.xml")}) {
     const Outcome run = Run("LANGUAGE_OF_TEST=en_GB.UTF-8\n" + line);
     EXPECT_EQ(run.code, 0) << line << run.err;
     EXPECT_EQ(FirstJapanese(run.out), "") << line;
@@ -436,8 +441,8 @@ TEST_F(Cli, LanguageIsThatOfTheLocale) {
   }
 }
 
-TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
-  EXPECT_EQ(Output("site " + kHoshinomori + " a/new/site"), "a/new/site/index.html\n");
+TEST_F(Cli, ClassicSiteMakesTheFolderWithPagesAndStyle) {
+  EXPECT_EQ(Output("site --classic " + kHoshinomori + " a/new/site"), "a/new/site/index.html\n");
   const auto names = Names("a/new/site");
   EXPECT_EQ(names.size(), 4u + 3 * 9);
   for (const char* name : {"event.lxm", "event.lap", "style.css", "result_m21a.html",
@@ -448,7 +453,7 @@ TEST_F(Cli, SiteMakesTheFolderWithPagesAndStyle) {
   for (const char* page : {"index.html", "lap_m15.html", "result_m15.html"}) {
     EXPECT_TRUE(Has(Contents(folder_ / "a/new/site" / page), "href=\"style.css\"")) << page;
   }
-  EXPECT_EQ(Output("site -q --courses " + kHoshinomori + " a/new/site"), "");
+  EXPECT_EQ(Output("site -q --classic --courses " + kHoshinomori + " a/new/site"), "");
   EXPECT_EQ(Names("a/new/site").size(), 4u + 3 * (9 + 4));
 }
 
@@ -461,8 +466,9 @@ TEST_F(Cli, Report) {
   EXPECT_TRUE(Has(Run("keltrun2 report " + kHoshinomori + " -o report.html").err, "--force"));
 }
 
-TEST_F(Cli, SiteWithChartsAndViewer) {
-  Output("site --no-legs --charts normal,map --viewer --charset utf-8 " + kHoshinomori + " rich");
+TEST_F(Cli, ClassicSiteWithChartsAndViewer) {
+  Output("site --classic --no-legs --charts normal,map --viewer --charset utf-8 " + kHoshinomori +
+         " rich");
   const auto names = Names("rich");
   for (const char* name :
        {"chart_m21a.html", "chart_m21a_0.png", "chart_m21a_7.png", "viewer.html"}) {
@@ -512,47 +518,105 @@ TEST_F(Cli, PrintedAnalysesShowControlCodes) {
   }
 }
 
-TEST_F(Cli, SiteStyleAddAndFailures) {
+TEST_F(Cli, ClassicSiteStyleAddAndFailures) {
   Write(folder_ / "my.css", "p{}");
-  Output("site two.lxm mine --style my.css");
+  Output("site two.lxm mine --classic --style my.css");
   EXPECT_EQ(Contents(folder_ / "mine/style.css"), "p{}");
   const auto index = [&] { return Contents(folder_ / "bare/index.html"); };
-  Output("site " + kMidorigaoka + " bare --style none");
+  Output("site " + kMidorigaoka + " bare --classic --style none");
   EXPECT_FALSE(Names("bare").contains("style.css"));
   EXPECT_FALSE(Has(Contents(folder_ / "bare/lap_m21a.html"), "stylesheet"));
   EXPECT_TRUE(Has(index(), "www.example.org"));
-  EXPECT_EQ(Run("keltrun2 site two.lxm bare --prefix a:").code, 2);
+  EXPECT_EQ(Run("keltrun2 site two.lxm bare --classic --prefix a:").code, 2);
   for (int run = 0; run < 2; ++run) {  // the same prefix means the same event
-    Output("site two.lxm bare --add --prefix club_");
+    Output("site two.lxm bare --classic --add --prefix club_");
     EXPECT_EQ(CountOf("KELTRUN START", index()), 2);
     EXPECT_TRUE(index().find("Club") < index().find("lap_m21a.html"));
   }
   EXPECT_TRUE(Names("bare").contains("club_lap_u7537u5b50A.html") &&
               Has(index(), "club_lap_u7537u5b50A.html"));
-  EXPECT_EQ(Run("keltrun2 site " + kMidorigaoka + " bare").code, 1) << "another event is there";
-  Output("site " + kMidorigaoka + " bare --no-official-site --force");
+  EXPECT_EQ(Run("keltrun2 site " + kMidorigaoka + " bare --classic").code, 1)
+      << "another event is there";
+  Output("site " + kMidorigaoka + " bare --classic --no-official-site --force");
   EXPECT_TRUE(CountOf("KELTRUN START", index()) == 1 && !Has(index(), "www.example.org"));
 
   fs::create_directories(folder_ / "blocked/lap_m21a.html");
-  const Outcome blocked = Run("keltrun2 site " + kMidorigaoka + " blocked");
+  const Outcome blocked = Run("keltrun2 site " + kMidorigaoka + " blocked --classic");
   EXPECT_EQ(blocked.code, 1);
   EXPECT_TRUE(Has(blocked.err, "lap_m21a.html") && blocked.out.empty()) << blocked.err;
   EXPECT_TRUE(Names("blocked").contains("result_m21a.html"));
 }
 
+// Which files a site has, and which of them may be replaced.
+TEST_F(Cli, SiteIsTheReportWithFilesToTakeAway) {
+  EXPECT_EQ(Output("site two.lxm a/site"), "a/site/index.html\n");
+  const std::set<string> files = {"index.html", "event.lxm", "results.xml", "results.csv"};
+  EXPECT_EQ(Names("a/site"), files);
+  const auto index = [&] { return Contents(folder_ / "a/site/index.html"); };
+  for (const char* link : {"event.lxm", "results.xml", "results.csv"}) {
+    EXPECT_TRUE(Has(index(), string("href=\"") + link + "\" download")) << link;
+  }
+  EXPECT_TRUE(Contents(folder_ / "a/site/results.csv").starts_with("\xEF\xBB\xBF"));
+  EXPECT_EQ(Output("site two.lxm a/site -q"), "") << "publishing again";
+  const string after_change = Contents(folder_ / "a/site/event.lxm");
+  Output("site " + kMidorigaoka + " a/site -q --charts normal --viewer --courses");
+  EXPECT_NE(Contents(folder_ / "a/site/event.lxm"), after_change) << "the folder shows one event";
+  EXPECT_TRUE(Has(index(), "href=\"charts.html\"") && Has(index(), "<html lang=\"ja\">"));
+  EXPECT_TRUE(Has(Contents(folder_ / "a/site/charts.html"), "src=\"charts_m21a_0.png\""));
+  EXPECT_FALSE(Names("a/site").contains("viewer.html")) << "index.html is the report";
+
+  Output("site two.lxm both --also-classic --style none --prefix c_");
+  EXPECT_TRUE(Has(Contents(folder_ / "both/index.html"), "href=\"c_classic.html\""));
+  EXPECT_TRUE(Has(Contents(folder_ / "both/c_classic.html"), "KELTRUN START"));
+  Output("site two.lxm both --also-classic --style none --prefix c_");
+}
+
+TEST_F(Cli, SiteOfSeveralEvents) {
+  const auto index = [&] { return Contents(folder_ / "site/index.html"); };
+  Output("site two.lxm site");
+  Output("site " + kMidorigaoka + " site --add --prefix m_ --lang en");
+  EXPECT_TRUE(Has(Contents(folder_ / "site/report.html"), "<title>Club</title>"))
+      << "what was the index is a file of its own now";
+  Output("site " + kHoshinomori + " site --add --prefix h_");
+  Output("site " + kMidorigaoka + " site --add --prefix m_");
+  EXPECT_EQ(CountOf("<li ", index()), 3);
+  EXPECT_TRUE(index().find("h_report.html") < index().find("m_report.html") &&
+              index().find("m_report.html") < index().find("\"report.html"))
+      << "the newest first, the undated last";
+  const string before = index();
+  const struct {
+    string line, error;
+  } refused[] = {
+      {"site " + kMidorigaoka + " site --add --prefix h_", "h_event.lxm is of another event"},
+      {"site two.lxm site", "index.html is a list of events"},
+      {"site two.lxm site --classic", "index.html holds more"}};
+  for (const auto& [line, error] : refused) {
+    const Outcome run = Run("keltrun2 " + line);
+    EXPECT_EQ(run.code, 1) << line;
+    EXPECT_TRUE(Has(run.err, error) && Has(run.err, "--force")) << run.err;
+  }
+  EXPECT_EQ(index(), before);
+  Output("site " + kMidorigaoka + " site --add --prefix h_ --force");
+  EXPECT_EQ(CountOf("<li ", index()), 3);
+  Output("site " + kHoshinomori + " site --add --classic --prefix k_ --charset utf-8");
+  EXPECT_TRUE(CountOf("<li ", index()) == 3 && Has(index(), "k_lap_m21a.html"));
+}
+
 // The lap file is never replaced by an output made from it, whatever its name is.
 TEST_F(Cli, SiteKeepsItsInput) {
   for (const string name : {"event.lxm", "event.lap", "index.html", "style.css", "result_m21.html",
-                            "chart_m21_5.png", "viewer.html"}) {
+                            "chart_m21_5.png", "viewer.html", "results.xml", "charts.html"}) {
     fs::create_hard_link(folder_ / "two.lxm", folder_ / name);
-    const Outcome run = Run("keltrun2 site two.lxm new/.. --force --charts all --viewer");
+    const Outcome run =
+        Run(string("keltrun2 site two.lxm new/.. --force --charts all --viewer ") +
+            (name == "results.xml" || name == "charts.html" ? "--also-classic" : "--classic"));
     EXPECT_EQ(run.code, 1) << name;
     EXPECT_TRUE(Has(run.err, "/" + name + " is the event two.lxm itself")) << run.err;
     EXPECT_EQ(Names("."), (std::set<string>{"new", "old.txt", "two.lxm", name}));
     fs::remove(folder_ / name);
   }
   Write(folder_ / "event.lxm", kTwoClasses);
-  EXPECT_EQ(Run("keltrun2 site event.lxm new/..").code, 1);
+  EXPECT_EQ(Run("keltrun2 site event.lxm new/.. --force").code, 1);
   EXPECT_EQ(Contents(folder_ / "event.lxm"), kTwoClasses);
   Output("site event.lxm . --prefix club_");
   EXPECT_EQ(Contents(folder_ / "event.lxm"), kTwoClasses);
@@ -564,7 +628,7 @@ string Block(const string& lap_file) {
          ".lxm\">data</a>\n<!-- ### KELTRUN FINISH ### -->\n";
 }
 
-TEST_F(Cli, SiteKeepsForeignPages) {
+TEST_F(Cli, ClassicSiteKeepsForeignPages) {
   const struct {
     string index, style, options;
     int code;
@@ -592,7 +656,7 @@ TEST_F(Cli, SiteKeepsForeignPages) {
     fs::create_directory(folder_ / "site");
     if (!test.index.empty()) Write(folder_ / "site/index.html", test.index);
     if (!test.style.empty()) Write(folder_ / "site/style.css", test.style);
-    const Outcome run = Run("keltrun2 site two.lxm site " + test.options);
+    const Outcome run = Run("keltrun2 site two.lxm site --classic " + test.options);
     EXPECT_EQ(run.code, test.code) << run.err;
     EXPECT_EQ(run.err.empty(), test.shown.empty()) << run.err;
     EXPECT_TRUE(Has(run.err, test.shown)) << run.err;

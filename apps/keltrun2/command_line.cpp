@@ -40,15 +40,17 @@ constexpr char kReportFooter[] =
     "  keltrun2 report event.lxm -o report.html\n"
     "  keltrun2 report results.xml -o report.html --force --lang en";
 constexpr char kSiteFooter[] =
-    "The folder gets index.html, pages with results, splits and legs of each class, copies of the\n"
-    "lap file (event.lxm, event.lap) and style.css. Files of these names are replaced, even with\n"
-    "--add, except an index.html or style.css that this program did not make: when a folder has\n"
-    "several events, give each of them a --prefix.\n"
+    "The folder gets the report as index.html and, to take away, event.lxm, results.xml (IOF XML\n"
+    "3.0) and results.csv. Publishing again replaces them; files of others are replaced only with\n"
+    "--force. For several events in one folder give each a --prefix and add it with --add:\n"
+    "index.html then lists them. Classic pages are an index, results, splits and legs of each\n"
+    "class, event.lxm, event.lap and style.css.\n"
     "Examples:\n"
     "  keltrun2 site event.lxm public_html\n"
     "  keltrun2 site event.lxm public_html --charts all --courses\n"
-    "  keltrun2 site event.lxm public_html --viewer --charset utf-8 --style club.css\n"
-    "  keltrun2 site sunday.lxm public_html --add --prefix sunday_ --lang en";
+    "  keltrun2 site sunday.lxm public_html --add --prefix sunday_ --lang en\n"
+    "  keltrun2 site event.lxm public_html --also-classic\n"
+    "  keltrun2 site event.lxm public_html --classic --charset utf-8 --style club.css";
 constexpr char kInfoFooter[] =
     "Examples:\n"
     "  keltrun2 info event.lxm\n"
@@ -394,40 +396,70 @@ void AddMergeOptions(CLI::App& app, Options& options) {
       ->check(CLI::IsMember({"renew", "keep"}).description(""));
 }
 
+// An option that means nothing without the classic pages is most likely a mistake.
+void CheckClassicOptions(const CLI::App& app, const Options& options) {
+  if (options.pages != SitePages::kReport) return;
+  for (const char* name : {"--charset", "--style", "--no-legs"}) {
+    if (app.get_option(name)->count() == 0) continue;
+    throw CLI::ValidationError(name,
+                               "only for classic pages: add --classic or --also-classic; the "
+                               "report is in UTF-8 and has a style and legs of its own");
+  }
+}
+
+// Which pages, and what concerns only the classic ones.
+void AddClassicOptions(CLI::App& app, Options& options) {
+  const auto add_pages = [&](const char* name, SitePages pages, const char* description) {
+    return app.add_flag_callback(
+        name, [&options, pages] { options.pages = pages; }, description);
+  };
+  CLI::Option* const classic =
+      add_pages("--classic", SitePages::kClassic,
+                "make the classic pages, one for each class, instead of the report");
+  add_pages("--also-classic", SitePages::kBoth,
+            "make the classic pages as well; classic.html is their index")
+      ->excludes(classic);
+  app.add_flag("--viewer", options.viewer,
+               "beside classic pages, make viewer.html, the report (index.html is it otherwise)");
+  AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "charset of the classic pages")
+      ->capture_default_str();
+  app.add_option("--style", options.style_file,
+                 "style sheet of the classic pages, published as style.css; none makes pages\n"
+                 "without one. A style.css of somebody else stays with --add")
+      ->type_name("FILE|none");
+  app.add_flag_callback(
+      "--no-legs", [&options] { options.legs = false; }, "make no classic pages about the legs");
+  app.parse_complete_callback([&app, &options] { CheckClassicOptions(app, options); });
+}
+
 void AddSiteOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   app.add_option("DIR", options.folder, "folder of the site, created if it does not exist")
       ->type_name("")
       ->required();
-  app.add_flag("--courses", options.courses, "make pages for courses that classes share as well");
-  app.add_option("--style", options.style_file,
-                 "style sheet to publish as style.css; none makes pages without one")
-      ->type_name("FILE|none");
-  app.add_option("--prefix", options.prefix, "text before the names of all pages except the index")
+  AddClassicOptions(app, options);
+  app.add_flag("--courses", options.courses,
+               "make charts and classic pages for courses that classes share as well; the report\n"
+               "always has them");
+  app.add_option("--prefix", options.prefix, "text before the names of all files but index.html")
       ->type_name("TEXT")
       ->check(PlainNamePart());
-  app.add_flag_callback(
-      "--no-legs", [&options] { options.legs = false; }, "make no pages about the legs");
   auto charts = ChartModeNames();
   charts.push_back("all");
   app.add_option("--charts", options.charts,
-                 "make pages with these charts: all, or some of " + Joined(ChartModeNames(), ", "))
+                 "publish these charts: all, or some of " + Joined(ChartModeNames(), ", "))
       ->type_name("MODES")
       ->delimiter(',')
       ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
   AddUntimed(app, options);
-  app.add_flag("--viewer", options.viewer, "make viewer.html, the report (see the command report)");
-  AddChoice(app, "--charset", options.charset, {"x-sjis", "utf-8"}, "charset of the pages")
-      ->capture_default_str();
   app.add_flag("--add", options.add,
-               "keep an existing index.html and put the event first in it, or in the place of an\n"
-               "event with the same --prefix; keep a style.css that this program did not make");
-  app.add_flag("--force", options.force,
-               "replace an index.html or style.css that this program did not make");
+               "make index.html a list of the events in the folder, the newest first; an event\n"
+               "with the same --prefix is replaced, and all else on an existing page stays");
+  app.add_flag("--force", options.force, "replace files that are not of this event");
   app.add_flag_callback(
       "--no-official-site", [&options] { options.official_site = false; },
-      "do not link the event's own web site from the index");
+      "do not link the event's own web site");
 }
 
 void AddReportOptions(CLI::App& app, Options& options) {

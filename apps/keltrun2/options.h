@@ -37,6 +37,9 @@ struct PrintOptions {
   bool list_printers = false;
 };
 
+/// Which pages a site has.
+enum class SitePages { kReport, kClassic, kBoth };
+
 /// The arguments of every command; each command reads those that it offers.
 struct Options {
   std::string language;  // "ja" or "en"; "" is that of the locale
@@ -45,14 +48,16 @@ struct Options {
 
   // The site.
   std::string folder;
-  std::string style_file;  // "" is the style sheet of the program, "none" is no style sheet
-  std::string prefix;      // before the names of all pages except the index
+  SitePages pages = SitePages::kReport;
+  std::string style_file;  // of classic pages; "" is the style sheet of the program, "none" is no
+                           // style sheet
+  std::string prefix;      // before the names of all files except index.html
   bool courses = false;
   bool add = false;
   bool official_site = true;
-  bool legs = true;                 // leg-data pages
+  bool legs = true;                 // leg-data pages of the classic site
   std::vector<std::string> charts;  // modes to draw, or "all"
-  bool viewer = false;              // the report as well
+  bool viewer = false;              // the report beside the classic pages
   std::string charset = "x-sjis";   // or "utf-8"
 
   // Commands that write one file.

@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "apps/keltrun2/chart_modes.h"
 #include "apps/keltrun2/command_error.h"
@@ -13,16 +13,16 @@
 #include "apps/keltrun2/event_input.h"
 #include "apps/keltrun2/files.h"
 #include "apps/keltrun2/style_sheet.h"
+#include "apps/keltrun2/words.h"
 
 namespace keltrun::cli {
 namespace {
 
 constexpr char kIndexFile[] = "index.html";
+constexpr char kClassicFile[] = "classic.html";  // the index of classic pages beside the report
 constexpr char kStyleFile[] = "style.css";
 constexpr char kNoStyle[] = "none";
-// Around the block of each event in an index.
-constexpr std::string_view kIndexStart = "<!-- ### KELTRUN START ### -->";
-constexpr std::string_view kIndexFinish = "<!-- ### KELTRUN FINISH ### -->";
+constexpr char kAdvice[] = "choose another folder, or a --prefix";
 
 // The folder with "/" only, as the library reads it, and with one at the end.
 std::string SiteFolder(std::string folder) {
@@ -32,58 +32,15 @@ std::string SiteFolder(std::string folder) {
   return folder;
 }
 
-// An address as the index writes it.
-std::string Address(std::string_view name) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string address;
-  for (const char c : name) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (std::isalnum(byte) != 0 || std::string_view("-._~").find(c) != std::string_view::npos) {
-      address += c;
-    } else {
-      address.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-  }
-  return address;
-}
-
-// The page without its blocks of events; nullopt when a block is cut, or leads to another copy of a
-// lap file than the one of this name.
-std::optional<std::string> WithoutBlocks(std::string page, const std::string& lap_file) {
-  const std::string link = "href=\"" + Address(lap_file) + "\"";
-  for (std::size_t begin = 0; (begin = page.find(kIndexStart)) != std::string::npos;) {
-    const std::size_t finish = page.find(kIndexFinish, begin);
-    if (finish == std::string::npos) return std::nullopt;
-    const std::size_t link_at = page.find(link, begin);
-    if (link_at == std::string::npos || link_at > finish) return std::nullopt;
-    page.erase(begin, finish + kIndexFinish.size() - begin);
-  }
-  return page;
-}
-
-bool HasEmptyBody(std::string_view page) {
-  const std::size_t body = page.find("<body");
-  const std::size_t begin = page.find('>', body);
-  const std::size_t end = page.find("</body>", begin);
-  if (body == std::string_view::npos || end == std::string_view::npos) return false;
-  return page.substr(begin + 1, end - begin - 1).find_first_not_of(" \t\r\n") ==
-         std::string_view::npos;
-}
-
 std::string_view FirstLine(std::string_view text) {
   return text.substr(0, text.find_first_of("\r\n"));
 }
 
-// An index that holds this event and nothing else may be replaced.
-void CheckIndex(const std::string& file, const Options& options, const std::string& lap_file) {
-  std::error_code none;
-  if (options.add || options.force || !std::filesystem::exists(file, none)) return;
-  const std::string page = ReadInput(file);
-  const auto frame = WithoutBlocks(page, lap_file);
-  if (frame && frame->size() < page.size() && HasEmptyBody(*frame)) return;
-  throw CommandError(file +
-                     " holds more than this event, and that would be lost: choose another folder, "
-                     "put the event in front with --add, or replace the page with --force");
+// Refuses to destroy what is not of this event.
+void CheckConflicts(const std::vector<std::string>& conflicts, const std::string& advice,
+                    const Options& options) {
+  if (options.force || conflicts.empty()) return;
+  throw CommandError(Joined(conflicts, "\n") + ", and that would be lost: " + advice);
 }
 
 // Whether the style sheet is to be written. --add keeps one that is there, as it keeps the index.
@@ -119,10 +76,18 @@ std::string WriteStyle(const std::string& file, const std::string& style) {
   }
 }
 
-SiteOptions Site(const Options& options, const std::string& folder, bool styled) {
+// The pages of each class, with an index of their own.
+struct ClassicPages {
+  SiteOptions site;
+  std::string style_file;  // "" for one that is not to be written
+  std::string style;
+};
+
+SiteOptions ClassicSite(const Options& options, const std::string& folder, bool styled) {
+  const bool alone = options.pages == SitePages::kClassic;
   SiteOptions site;
   site.OutputFolder = folder;
-  site.IndexFile = kIndexFile;
+  site.IndexFile = alone ? kIndexFile : options.prefix + kClassicFile;
   site.ResultFile = options.prefix + "result_*.html";
   site.AnalysisFile = options.prefix + "lap_*.html";
   if (options.legs) site.LegDataFile = options.prefix + "legs_*.html";
@@ -135,7 +100,7 @@ SiteOptions Site(const Options& options, const std::string& folder, bool styled)
   if (options.viewer) site.ViewerFile = options.prefix + "viewer.html";
   if (styled) site.LinkStyleFile = kStyleFile;
   site.OfficialSite = options.official_site;
-  site.IndexFileAddMode = options.add;
+  site.IndexFileAddMode = alone && options.add;
   site.IndexReplaceBlock = true;  // the same prefix again is the same event again
   site.UntimedLegs = options.untimed;
   site.BridgeGaps = true;
@@ -143,28 +108,87 @@ SiteOptions Site(const Options& options, const std::string& folder, bool styled)
   return site;
 }
 
+// Finds out what is to be written, and refuses to destroy anything else.
+ClassicPages PrepareClassic(const clsKeltrun2& root, const Options& options,
+                            const std::string& folder, const std::string& style) {
+  const bool styled = options.style_file != kNoStyle;
+  ClassicPages pages = {ClassicSite(options, folder, styled), "", style};
+  CheckConflicts(root.FileControl()->SiteConflicts(pages.site),
+                 options.pages == SitePages::kClassic
+                     ? "choose another folder, put the event in front with --add, or replace the "
+                       "page with --force"
+                     : "choose another folder or --prefix, or replace the page with --force",
+                 options);
+  const std::string style_file = folder + kStyleFile;
+  if (styled && ReplacesStyle(style_file, style, options)) pages.style_file = style_file;
+  auto outputs = root.FileControl()->SiteFiles(pages.site);
+  if (!pages.style_file.empty()) outputs.push_back(pages.style_file);
+  CheckEventIsKept(options, outputs, kAdvice);
+  return pages;
+}
+
+// What could not be written. The export goes on after a file that it cannot write.
+std::string PublishClassic(clsKeltrun2& root, const ClassicPages& pages) {
+  std::string failures = pages.style_file.empty() ? "" : WriteStyle(pages.style_file, pages.style);
+  const bool begun = root.FileControl()->OutputSite(pages.site);
+  failures += ReasonOf(root.ErrorComment());
+  return begun || !failures.empty() ? failures : "nothing was published";
+}
+
+ReportSiteOptions ReportSite(const Options& options, const std::string& folder) {
+  ReportSiteOptions site;
+  site.OutputFolder = folder;
+  site.Prefix = options.prefix;
+  site.AddToIndex = options.add;
+  site.ReplaceOthers = options.force;
+  site.OfficialSite = options.official_site;
+  site.ChartOption = ChartModeNumbers(options.charts);
+  site.ChartIncludeCourse = options.courses;
+  site.UntimedLegs = options.untimed;
+  if (options.pages == SitePages::kBoth) site.ClassicIndex = options.prefix + kClassicFile;
+  return site;
+}
+
+void CheckReportSite(const clsKeltrun2& root, const Options& options,
+                     const ReportSiteOptions& site) {
+  CheckConflicts(
+      root.FileControl()->ReportSiteConflicts(site),
+      options.add ? "give this event a --prefix of its own, or replace what is there with --force"
+                  : "choose another folder, add the event with --add and a --prefix, or replace "
+                    "what is there with --force",
+      options);
+  CheckEventIsKept(options, root.FileControl()->ReportSiteFiles(site), kAdvice);
+}
+
+std::string PublishReport(clsKeltrun2& root, const ReportSiteOptions& site) {
+  const bool begun = root.FileControl()->OutputReportSite(site);
+  const std::string failures = ReasonOf(root.ErrorComment());
+  return begun || !failures.empty() ? failures : "nothing was published";
+}
+
 }  // namespace
 
+// Everything is checked before anything is written.
 void PublishSite(clsKeltrun2& root, const Options& options) {
   LoadEvent(root, options);
   const std::string folder = SiteFolder(options.folder);
-  const bool styled = options.style_file != kNoStyle;
+  const bool has_report = options.pages != SitePages::kClassic;
+  const bool has_classic = options.pages != SitePages::kReport;
+  const bool styled = has_classic && options.style_file != kNoStyle;
   const std::string style = styled ? SiteStyle(options) : "";
-  const SiteOptions site = Site(options, folder, styled);
   if (!options.charts.empty()) WarnWithoutJapaneseFont(options);
   MakeFolder(folder);
-  CheckIndex(folder + kIndexFile, options, site.Lap2File);
-  const std::string style_file = folder + kStyleFile;
-  const bool writes_style = styled && ReplacesStyle(style_file, style, options);
-  auto outputs = root.FileControl()->SiteFiles(site);
-  if (writes_style) outputs.push_back(style_file);
-  CheckEventIsKept(options, outputs, "choose another folder, or a --prefix");
-  std::string failures = writes_style ? WriteStyle(style_file, style) : "";
-  const bool begun = root.FileControl()->OutputSite(site);
-  // The export goes on after a file that it cannot write; the error at the end lists all such
-  // files.
-  failures += ReasonOf(root.ErrorComment());
-  if (!begun || !failures.empty()) throw CommandError(failures);
+  const ReportSiteOptions report = ReportSite(options, folder);
+  if (has_report) CheckReportSite(root, options, report);
+  std::optional<ClassicPages> classic;
+  if (has_classic) classic = PrepareClassic(root, options, folder, style);
+  std::string failures = has_report ? PublishReport(root, report) : "";
+  if (classic) {
+    const std::string more = PublishClassic(root, *classic);
+    if (!failures.empty() && !more.empty()) failures += '\n';
+    failures += more;
+  }
+  if (!failures.empty()) throw CommandError(failures);
   if (!options.quiet) std::cout << folder << kIndexFile << '\n';
 }
 

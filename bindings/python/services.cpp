@@ -103,6 +103,18 @@ void BindSite(py::module_& module) {
       .Field("BridgeGaps", &SiteOptions::BridgeGaps)
       .Field("Charset", &SiteOptions::Charset)
       .ShowsFields();
+  Class<ReportSiteOptions>(module, "ReportSiteOptions")
+      .MadeBy(Fields<ReportSiteOptions>())
+      .Field("OutputFolder", &ReportSiteOptions::OutputFolder)
+      .Field("Prefix", &ReportSiteOptions::Prefix)
+      .Field("AddToIndex", &ReportSiteOptions::AddToIndex)
+      .Field("ReplaceOthers", &ReportSiteOptions::ReplaceOthers)
+      .Field("OfficialSite", &ReportSiteOptions::OfficialSite)
+      .Field("ChartOption", &ReportSiteOptions::ChartOption)
+      .Field("ChartIncludeCourse", &ReportSiteOptions::ChartIncludeCourse)
+      .Field("UntimedLegs", &ReportSiteOptions::UntimedLegs)
+      .Field("ClassicIndex", &ReportSiteOptions::ClassicIndex)
+      .ShowsFields();
 }
 
 void BindFileControl(py::module_& module) {
@@ -149,6 +161,11 @@ void BindFileControl(py::module_& module) {
       .ReadOnly("LoadedFormat", &clsFileControl::LoadedFormat)
       .Method("OutputSite", &clsFileControl::OutputSite, arg("Options"), Released())
       .Method("SiteFiles", &clsFileControl::SiteFiles, arg("Options"), Released())
+      .Method("SiteConflicts", &clsFileControl::SiteConflicts, arg("Options"), Released())
+      .Method("OutputReportSite", &clsFileControl::OutputReportSite, arg("Options"), Released())
+      .Method("ReportSiteConflicts", &clsFileControl::ReportSiteConflicts, arg("Options"),
+              Released())
+      .Method("ReportSiteFiles", &clsFileControl::ReportSiteFiles, arg("Options"), Released())
       .Method("OutputHtml", &clsFileControl::OutputHtml, arg("OutputFolder"), arg("IndexFile") = "",
               arg("AnalysisFile") = "", arg("ResultFile") = "", arg("Lap2File") = "",
               arg("Lap1File") = "", arg("OfficialSite") = false, arg("IndexFileAddMode") = false,

@@ -9,6 +9,7 @@
 #include "keltrun2/loading/progress_report.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/process_state.h"
+#include "keltrun2/site/report_site.h"
 #include "keltrun2/site/site_export.h"
 
 namespace keltrun {
@@ -69,6 +70,28 @@ bool clsFileControl::OutputSite(const SiteOptions& Options) {
 
 std::vector<std::string> clsFileControl::SiteFiles(const SiteOptions& Options) const {
   return keltrun::SiteFiles(Options);
+}
+
+std::vector<std::string> clsFileControl::SiteConflicts(const SiteOptions& Options) const {
+  return keltrun::SiteConflicts(Options);
+}
+
+bool clsFileControl::OutputReportSite(const ReportSiteOptions& Options) {
+  const Busy busy;
+  if (!busy.Granted()) return false;
+  const auto model = EventOrFail("RES_MESSAGE_ERROR_HAPPEN", "clsFileControl.OutputReportSite");
+  if (!model) return false;
+  return ExportReportSite(
+      Options, [this] { return std::make_unique<ProgressReport>(handlers_, progress_visible_); });
+}
+
+std::vector<std::string> clsFileControl::ReportSiteConflicts(
+    const ReportSiteOptions& Options) const {
+  return keltrun::ReportSiteConflicts(Options);
+}
+
+std::vector<std::string> clsFileControl::ReportSiteFiles(const ReportSiteOptions& Options) const {
+  return keltrun::ReportSiteFiles(Options);
 }
 
 bool clsFileControl::LoadLapFile(std::string_view FileName, KrLapFileTypeConst LapFileType,

@@ -60,6 +60,26 @@ class KELTRUN2_API clsFileControl {
   /// procedure call (5) for an unknown charset.
   std::vector<std::string> SiteFiles(const SiteOptions& Options) const;
 
+  /// What OutputSite would destroy: a sentence without a full stop if the index page holds more
+  /// than this event and is not added to, otherwise nothing. OutputSite itself does not ask.
+  std::vector<std::string> SiteConflicts(const SiteOptions& Options) const;
+
+  /// Publishes the report of the event with what belongs to it in a folder. Returns false when the
+  /// user declines to create the missing folder, when there is no root object, and when files of
+  /// somebody else would be lost (see ReportSiteConflicts); nothing is written then, and
+  /// ErrorComment says why. Otherwise ErrorComment lists what could not be written; everything else
+  /// is on the disk when this returns. Raises invalid procedure call (5) for UntimedLegs that are
+  /// none.
+  bool OutputReportSite(const ReportSiteOptions& Options);
+
+  /// What would be lost if OutputReportSite replaced it: one sentence without a full stop for each
+  /// file in the folder that has a name of this event and is not of an earlier publication of it.
+  std::vector<std::string> ReportSiteConflicts(const ReportSiteOptions& Options) const;
+
+  /// The names, with the folder, of all files that OutputReportSite writes with these options, in
+  /// no particular order. Charts without content are not written.
+  std::vector<std::string> ReportSiteFiles(const ReportSiteOptions& Options) const;
+
   /// Loads a lap file, or the text of a lap file (UTF-8) from FileData. With KR_LOADMODE_NORMAL the
   /// model is cleared first, even when the file then fails to load. The type is detected unless it
   /// is given. From a ".lzh" archive the lap file in it is loaded; if it contains several, the host

@@ -141,6 +141,15 @@ bool ReplaceBlocks(std::string& out, const Lines& lines, std::string_view block,
   }
 }
 
+bool HasEmptyBody(std::string_view page) {
+  const std::size_t body = page.find("<body");
+  const std::size_t begin = page.find('>', body);
+  const std::size_t end = page.find("</body>", begin);
+  if (body == std::string_view::npos || end == std::string_view::npos) return false;
+  return page.substr(begin + 1, end - begin - 1).find_first_not_of(" \t\r\n") ==
+         std::string_view::npos;
+}
+
 // Where the last end tag of a body begins in a line, or npos. Blanks may precede its ">".
 std::size_t FindBodyEnd(std::string_view line) {
   const std::string lower = LowerAscii(line);
@@ -251,6 +260,20 @@ std::string IndexPage(std::string_view block, std::string_view link_style_file,
                  .Charset = charset});
   out.append("\r\n<body bgcolor=\"#ffffff\">\r\n").append(block).append("</body>\r\n</html>");
   return out;
+}
+
+bool IsIndexOfOnly(std::string_view page, std::string_view lap_file) {
+  const std::string link = "href=\"" + PercentEncode(lap_file) + "\"";
+  std::string frame;
+  for (bool has_block = false;; has_block = true) {
+    const std::size_t start = page.find(kIndexStart);
+    frame += page.substr(0, start);
+    if (start == std::string_view::npos) return has_block && HasEmptyBody(frame);
+    const std::size_t finish = page.find(kIndexFinish, start);
+    if (finish == std::string_view::npos) return false;
+    if (!Contains(page.substr(start, finish - start), link)) return false;
+    page.remove_prefix(finish + kIndexFinish.size());
+  }
 }
 
 std::optional<std::string> IndexWithBlock(std::string_view page, std::string_view block,

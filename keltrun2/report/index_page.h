@@ -43,6 +43,10 @@ void AppendIndexFoot(std::string& out, DateTime now);
 std::string IndexPage(std::string_view block, std::string_view link_style_file,
                       std::string_view charset);
 
+/// Whether a page (as bytes) has blocks, all of them link this copy of a lap file, and nothing else
+/// is in its body: it may be replaced when the event is published again.
+bool IsIndexOfOnly(std::string_view page, std::string_view lap_file);
+
 /// An existing page (as bytes) with a block inserted before its first block; if it has none, before
 /// the last "</body>" or at the end. Blocks that contain `replaced_piece` (ASCII), unless that is
 /// empty, are replaced by the new one. All lines of the result end in CR LF. The block is encoded

@@ -46,13 +46,14 @@ class TextNumbers {
 class ReportDocument {
  public:
   ReportDocument(JsonWriter& json, const EventModel& model, const std::vector<ReportPageSet>& sets,
-                 const clsEstimate* estimate)
-      : json_(json), model_(model), sets_(sets), estimate_(estimate) {}
+                 const clsEstimate* estimate, const ReportSurroundings& surroundings)
+      : json_(json), model_(model), sets_(sets), estimate_(estimate), surroundings_(surroundings) {}
 
   void Write() {
     json_.BeginObject();
     json_.Text("generator", "Keltrun " + VersionText(false));
     WriteEvent();
+    WriteLinks();
     WriteClasses();
     WriteRunners();
     WriteTextList("clubs", clubs_.Texts());
@@ -70,8 +71,20 @@ class ReportDocument {
     json_.Date("date", event.EventDate()->Value(), "yyyy-mm-dd");
     json_.Text("terrain", event.Terrain);
     json_.Text("memo", event.Memo);
-    json_.Text("site", event.OfficialSite);
+    json_.Text("site", surroundings_.OfficialSite ? event.OfficialSite : "");
     json_.EndObject();
+  }
+
+  void WriteLinks() {
+    if (surroundings_.Links.empty()) return;
+    json_.BeginArray("links");
+    for (const ReportLink& link : surroundings_.Links) {
+      json_.BeginArray();
+      json_.Text(ReportLinkWord(link.Kind));
+      json_.Text(link.Address);
+      json_.EndArray();
+    }
+    json_.EndArray();
   }
 
   void WriteTextList(std::string_view key, const std::vector<std::string>& texts) {
@@ -300,17 +313,25 @@ class ReportDocument {
   const EventModel& model_;
   const std::vector<ReportPageSet>& sets_;
   const clsEstimate* estimate_;
+  const ReportSurroundings& surroundings_;
   TextNumbers clubs_;
   std::unordered_map<std::int32_t, std::int32_t> runner_numbers_;  // by serial number
 };
 
 }  // namespace
 
+std::string_view ReportLinkWord(ReportLinkKind kind) {
+  constexpr std::string_view kWords[] = {"lxm", "xml", "csv", "charts", "classic", "events"};
+  return kWords[static_cast<std::size_t>(kind)];
+}
+
+bool IsFileToTake(ReportLinkKind kind) { return kind <= ReportLinkKind::kTable; }
+
 std::string ReportData(const EventModel& model, const std::vector<ReportPageSet>& sets,
-                       const clsEstimate* estimate) {
+                       const clsEstimate* estimate, const ReportSurroundings& surroundings) {
   std::string out;
   JsonWriter json(out);
-  ReportDocument(json, model, sets, estimate).Write();
+  ReportDocument(json, model, sets, estimate, surroundings).Write();
   return out;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/codec/base64.h"
@@ -41,8 +42,9 @@ std::string Sentence(std::string_view key, std::int32_t value) {
 // Writes the parts of the page that need no script.
 class StaticParts {
  public:
-  StaticParts(std::string& page, const EventModel& model, const std::vector<ReportPageSet>& sets)
-      : page_(page), model_(model), sets_(sets) {}
+  StaticParts(std::string& page, const EventModel& model, const std::vector<ReportPageSet>& sets,
+              const std::vector<ReportLink>& links)
+      : page_(page), model_(model), sets_(sets), links_(links) {}
 
   void AppendOverview() {
     AppendHead();
@@ -53,6 +55,8 @@ class StaticParts {
       if (set.Kind == DataSetKind::kClass) AppendCard(*set.Analyzer);
     }
     page_ += "</div>\n";
+    AppendLinks("RES_REPORT_TAKE_AWAY", true);
+    AppendLinks("RES_REPORT_MORE_PAGES", false);
   }
 
   void AppendLists() {
@@ -87,6 +91,28 @@ class StaticParts {
       separator = " · ";
     }
     page_ += "</p></div></div>\n";
+  }
+
+  // The links to files, or those to other pages, under a title.
+  void AppendLinks(std::string_view title_key, bool files) {
+    std::string_view opening = "<ul class=\"chips links\">";
+    for (const ReportLink& link : links_) {
+      if (IsFileToTake(link.Kind) != files) continue;
+      if (!opening.empty()) {
+        AppendElement("<h2 class=\"h2\">", ResourceText(title_key), "</h2>\n");
+        page_.append(std::exchange(opening, ""));
+      }
+      AppendElement("<li><a class=\"chip\" href=\"", link.Address, "\"");
+      AppendElement(files ? " download>" : ">", ResourceText(LinkTextKey(link.Kind)), "</a></li>");
+    }
+    if (opening.empty()) page_ += "</ul>\n";
+  }
+
+  static std::string_view LinkTextKey(ReportLinkKind kind) {
+    constexpr std::string_view kKeys[] = {"RES_REPORT_LAP_FILE", "RES_REPORT_IOF_XML",
+                                          "RES_REPORT_TABLE",    "RES_META_CHART",
+                                          "RES_REPORT_CLASSIC",  "RES_REPORT_EVENTS"};
+    return kKeys[static_cast<std::size_t>(kind)];
   }
 
   void AppendCard(const clsAnalyzer& analyzer) {
@@ -162,18 +188,30 @@ class StaticParts {
   std::string& page_;
   const EventModel& model_;
   const std::vector<ReportPageSet>& sets_;
+  const std::vector<ReportLink>& links_;
 };
+
+// What an index of events reads in the report.
+void AppendPublication(std::string& page, std::string_view publication) {
+  if (publication.empty()) return;
+  page += "\n<meta name=\"keltrun2-event\" content=\"";
+  AppendEscaped(page, publication);
+  page += "\">";
+}
 
 }  // namespace
 
 void AppendReportPage(std::string& page, const EventModel& model,
-                      const std::vector<ReportPageSet>& sets, const clsEstimate* estimate) {
-  StaticParts parts(page, model, sets);
+                      const std::vector<ReportPageSet>& sets, const clsEstimate* estimate,
+                      const ReportSurroundings& surroundings) {
+  StaticParts parts(page, model, sets, surroundings.Links);
   std::string_view rest = kReportTemplate;
   AppendUpTo(page, rest, "{language}");
   page += CurrentSettings().Language == "ja" ? "ja" : "en";
   AppendUpTo(page, rest, "{title}");
   AppendEscaped(page, ValidUtf8(model.Event->EventName));
+  AppendUpTo(page, rest, "{publication}");
+  AppendPublication(page, surroundings.Publication);
   AppendUpTo(page, rest, "{event}");
   AppendEscaped(page, ValidUtf8(model.Event->EventName));
   AppendUpTo(page, rest, "{overview}");
@@ -181,7 +219,7 @@ void AppendReportPage(std::string& page, const EventModel& model,
   AppendUpTo(page, rest, "{lists}");
   parts.AppendLists();
   AppendUpTo(page, rest, "{data}");
-  AppendBase64(page, Gzip(ReportData(model, sets, estimate)));
+  AppendBase64(page, Gzip(ReportData(model, sets, estimate, surroundings)));
   page.append(rest);
 }
 

@@ -14,6 +14,7 @@ namespace keltrun {
 /// view, and result lists for browsers without scripts, are plain HTML; the rest is made in the
 /// browser from one data block, packed with gzip and in Base64. `estimate` may be null.
 void AppendReportPage(std::string& page, const EventModel& model,
-                      const std::vector<ReportPageSet>& sets, const clsEstimate* estimate);
+                      const std::vector<ReportPageSet>& sets, const clsEstimate* estimate,
+                      const ReportSurroundings& surroundings = {});
 
 }  // namespace keltrun

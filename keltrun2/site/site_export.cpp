@@ -3,19 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <set>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/analyzer_internal.h"
-#include "keltrun2/analysis/data_set_internal.h"
 #include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/loss_map.h"
 #include "keltrun2/analysis/results_holder.h"
-#include "keltrun2/analysis/segment_data.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/chart/chart_builder.h"
 #include "keltrun2/chart/chart_object.h"
@@ -29,12 +27,15 @@
 #include "keltrun2/os/files.h"
 #include "keltrun2/report/analysis_page.h"
 #include "keltrun2/report/chart_page.h"
+#include "keltrun2/report/event_list.h"
 #include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/index_page.h"
 #include "keltrun2/report/leg_data_page.h"
 #include "keltrun2/report/report_page.h"
 #include "keltrun2/report/result_page.h"
 #include "keltrun2/report/viewer_control_page.h"
+#include "keltrun2/site/event_sets.h"
+#include "keltrun2/site/folder_writer.h"
 #include "keltrun2/site/output_names.h"
 #include "keltrun2/site/skipped_legs_keeper.h"
 #include "keltrun2/text/html.h"
@@ -44,8 +45,6 @@ namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputHtml";
 constexpr std::string_view kNewWindow = " target=\"_blank\"";
-// Each segment has all its runners once more, and nobody looks at more of them.
-constexpr std::int32_t kMostSegmentsOfReport = 40;
 constexpr std::int32_t kPictureWidth = 1000;
 constexpr std::int32_t kPictureHeight = 700;
 
@@ -104,34 +103,26 @@ class SiteExport {
   explicit SiteExport(const SiteOptions& options)
       : options_(options),
         charset_(SiteCharset(options)),
-        folder_(WithTrailingSeparator(options.OutputFolder)),
+        writer_(options.OutputFolder, kOperation),
         chart_modes_(PicturesOf(options.ChartOption)),
         model_(CurrentModel()) {
     analyzer_->SetUntimedLegs(options.UntimedLegs);
   }
 
-  bool PrepareFolder();
   void Run(ProgressReport& progress);
   std::vector<std::string> FileNames();
-
-  // Puts what failed into the error text, after the reason for which the whole export ended, if
-  // any.
-  void ReportFailures(std::string_view abort = "") const;
+  FolderWriter& Writer() { return writer_; }
 
  private:
   void NameFiles(OutputNames& names);
   void MakeEntries();
   void NamePages(Entry& entry, std::string file_name, OutputNames& names) const;
-  std::vector<std::shared_ptr<clsClassData>> ClassesOf(const ClassAndCourseChoice& choice) const;
-  void AddRunners(DataSet& set, const ClassAndCourseChoice& choice,
-                  const std::vector<std::shared_ptr<clsClassData>>& classes) const;
 
   void MakeLinksRow();
   std::string MakeViewerControlPage();
   std::string MakeLapFileCopy(const std::string& name, KrLapFileTypeConst type,
                               std::string_view text_key);
   std::string MakeReport();
-  std::vector<ReportPageSet> ReportSets();
   void MakeNavigation();
 
   void ExportEntry(const Entry& entry);
@@ -147,18 +138,14 @@ class SiteExport {
   void WriteIndex();
   std::string ReplacedPiece() const;
 
-  template <typename Step>
-  bool Attempt(std::string_view action, const std::string& name, Step step);
   bool WritePage(const std::string& name, Charset charset, Sync sync = Sync::kLater);
-  bool WriteBytes(const std::string& name, std::string_view bytes, Sync sync = Sync::kLater);
-  void NoteFailure(const std::string& failure);
 
   const SiteOptions& options_;
   const Charset charset_;
-  const std::string folder_;
+  FolderWriter writer_;
   const std::set<std::int32_t> chart_modes_;
   const std::shared_ptr<EventModel> model_;
-  std::unordered_map<std::int32_t, std::vector<std::shared_ptr<clsClassData>>> classes_of_course_;
+  EventSets sets_;
   std::vector<Entry> entries_;
   // Names of the single files, "" for one that is not wanted.
   std::string index_name_, lap2_name_, lap1_name_, viewer_name_, viewer_control_name_;
@@ -170,26 +157,7 @@ class SiteExport {
   std::shared_ptr<clsChartObject> chart_;
   std::string page_;   // the page being made; its memory is reused for each page
   std::string bytes_;  // the page in its charset; the memory is reused, too
-  std::vector<std::string> failures_;
-  bool folder_failed_ = false;  // nothing can be written; one failure says so
 };
-
-// A missing folder is created only with the user's consent.
-bool SiteExport::PrepareFolder() {
-  if (FolderExists(folder_)) return true;
-  const bool yes =
-      CurrentHostWindows()->AskYesNo(ResourceText("RES_MESSAGE_CREATE_FOLDER_CONFIRM", true),
-                                     ResourceText("RES_WINDOW_FILE_EXPORT"));
-  if (!yes) {
-    SetErrorText(FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation,
-                             "the folder " + folder_ + " does not exist and was not created"));
-    return false;
-  }
-  std::string error;
-  folder_failed_ = !CreateFolder(folder_, error);
-  if (folder_failed_) failures_.push_back(error);
-  return true;
-}
 
 void SiteExport::Run(ProgressReport& progress) {
   const SkippedLegsKeeper keeper(*model_);
@@ -205,10 +173,9 @@ void SiteExport::Run(ProgressReport& progress) {
   AppendIndexFoot(index_, Now());
   // The index may contain blocks of other events, and it must not link pages that were lost when
   // the power failed.
-  std::string error;
-  if (!SyncFileSystem(folder_, error)) NoteFailure(error);
+  writer_.SyncAll();
   WriteIndex();
-  ReportFailures();
+  writer_.Report();
 }
 
 std::vector<std::string> SiteExport::FileNames() {
@@ -221,7 +188,7 @@ std::vector<std::string> SiteExport::FileNames() {
     for (const std::int32_t mode : chart_modes_) names.push_back(entry.charts.Picture(mode));
   }
   std::erase(names, "");
-  for (std::string& name : names) name.insert(0, folder_);
+  for (std::string& name : names) name.insert(0, writer_.Folder());
   return names;
 }
 
@@ -239,11 +206,7 @@ void SiteExport::NameFiles(OutputNames& names) {
 }
 
 void SiteExport::MakeEntries() {
-  for (const auto& klass : model_->Classes()) {
-    for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(*klass)) {
-      classes_of_course_[course].push_back(klass);
-    }
-  }
+  sets_ = EventSets(*model_);
   OutputNames names;
   NameFiles(names);
   const bool with_courses = std::any_of(kPages.begin(), kPages.end(), [this](const auto& page) {
@@ -252,7 +215,7 @@ void SiteExport::MakeEntries() {
   for (ClassAndCourseChoice& choice : model_->Choices()) {
     if (choice.ClassIndex == 0 && !with_courses) break;
     Entry entry;
-    entry.classes = ClassesOf(choice);
+    entry.classes = sets_.ClassesOf(choice);
     entry.has_results = HasResults(entry.classes);
     entry.choice = std::move(choice);
     NamePages(entry, entry.choice.FileName, names);
@@ -274,35 +237,17 @@ void SiteExport::NamePages(Entry& entry, std::string file_name, OutputNames& nam
   }
 }
 
-// The class of an entry, or all classes of its course.
-std::vector<std::shared_ptr<clsClassData>> SiteExport::ClassesOf(
-    const ClassAndCourseChoice& choice) const {
-  if (choice.ClassIndex != 0) return {model_->ClassAt(choice.ClassIndex)};
-  if (choice.CourseNum <= 0) return {};  // no course that a data set can be made of
-  return classes_of_course_.at(choice.CourseNum);
-}
-
-// Fills a data set with the runners of a choice, whose classes are given.
-void SiteExport::AddRunners(DataSet& set, const ClassAndCourseChoice& choice,
-                            const std::vector<std::shared_ptr<clsClassData>>& classes) const {
-  if (choice.ClassIndex != 0) {
-    DataSetInternal::AddClasses(set, classes);
-  } else {
-    DataSetInternal::AddCourse(set, *model_, choice.CourseNum, classes);
-  }
-}
-
 // The copies are made before anything is analyzed.
 void SiteExport::MakeLinksRow() {
   std::string links;
-  Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
-  Attempt("write", lap1_name_, [&] {
+  writer_.Attempt("write", options_.ActiveXFile, [&] { links += MakeViewerControlPage(); });
+  writer_.Attempt("write", lap1_name_, [&] {
     links += MakeLapFileCopy(lap1_name_, KR_FILETYPE_KELTRUN1, "RES_META_KELTRUN_DATA");
   });
-  Attempt("write", lap2_name_, [&] {
+  writer_.Attempt("write", lap2_name_, [&] {
     links += MakeLapFileCopy(lap2_name_, KR_FILETYPE_KELTRUN2, "RES_META_KELTRUN2_DATA");
   });
-  Attempt("write", options_.ViewerFile, [&] { links += MakeReport(); });
+  writer_.Attempt("write", options_.ViewerFile, [&] { links += MakeReport(); });
   if (!links.empty()) AppendIndexLinksRow(index_, links);
 }
 
@@ -326,9 +271,10 @@ std::string SiteExport::MakeLapFileCopy(const std::string& name, KrLapFileTypeCo
                                         std::string_view text_key) {
   if (name.empty()) return "";
   SetErrorText("");
-  const bool saved = SaveLapFile(*model_, folder_ + name, type, KR_SAVEMODE_NORMAL, Sync::kLater);
+  const bool saved =
+      SaveLapFile(*model_, writer_.Folder() + name, type, KR_SAVEMODE_NORMAL, Sync::kLater);
   if (!saved || !ErrorText().empty()) {  // a failed archive returns true with a text
-    NoteFailure(ErrorText());
+    writer_.Note(ErrorText());
     return "";
   }
   return LinkInBrackets(name, "", text_key);
@@ -340,35 +286,13 @@ std::string SiteExport::MakeReport() {
   page_.clear();
   const auto estimate = EstimateInternal::Make(
       *model_, CheckedUntimedLegs(options_.UntimedLegs, "SiteOptions.UntimedLegs"));
-  AppendReportPage(page_, *model_, ReportSets(), estimate.get());
+  const auto make_set = [this](const std::string& set, const std::function<void()>& step) {
+    writer_.Attempt("show", set, step);
+  };
+  AppendReportPage(page_, *model_, ReportSets(*model_, options_.UntimedLegs, make_set),
+                   estimate.get());
   if (!WritePage(name, Charset::kUtf8)) return "";
   return LinkInBrackets(name, kNewWindow, "RES_META_VIEWER_LINK");
-}
-
-// Everything that a reader can choose: classes, courses and the segment sets that were made.
-std::vector<ReportPageSet> SiteExport::ReportSets() {
-  std::vector<ReportPageSet> sets;
-  const auto add = [&](const std::shared_ptr<clsAnalyzer>& analyzer, DataSetKind kind) {
-    analyzer->SetUntimedLegs(options_.UntimedLegs);
-    analyzer->Execute();
-    if (analyzer->Count() == 0) return;
-    analyzer->ExtraAnalyze();
-    sets.push_back({analyzer, kind});
-  };
-  for (const ClassAndCourseChoice& choice : model_->Choices()) {
-    Attempt("show", choice.ValueName, [&] {
-      const auto analyzer = std::make_shared<clsAnalyzer>();
-      AddRunners(*analyzer, choice, ClassesOf(choice));
-      add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
-    });
-  }
-  std::int32_t segments = 0;
-  for (const auto& segment : model_->Segments) {
-    if (++segments > kMostSegmentsOfReport) break;
-    Attempt("show", segment->SegmentName,
-            [&] { add(clsSegmentData(segment).Analyzer(), DataSetKind::kSegment); });
-  }
-  return sets;
 }
 
 void SiteExport::MakeNavigation() {
@@ -388,8 +312,11 @@ void SiteExport::ExportEntry(const Entry& entry) {
   analyzer_->Clear();
   const std::string& name = entry.choice.ValueName;
   std::string links;
-  if (Attempt("list", name, [&] { GatherResults(entry); })) links += ExportPage(entry, kResultPage);
-  if (Attempt("analyze", name, [&] { Analyze(entry); })) {
+  // When something cannot be made, such as the analysis of a class with too many controls, its page
+  // is left out and the export goes on.
+  if (writer_.Attempt("list", name, [&] { GatherResults(entry); }))
+    links += ExportPage(entry, kResultPage);
+  if (writer_.Attempt("analyze", name, [&] { Analyze(entry); })) {
     for (const PageKind kind : {kAnalysisPage, kLegDataPage, kChartPage}) {
       links += ExportPage(entry, kind);
     }
@@ -398,22 +325,9 @@ void SiteExport::ExportEntry(const Entry& entry) {
   if (!links.empty()) AddIndexRow(entry, links);
 }
 
-// When something cannot be made, such as the analysis of a class with too many controls, its page
-// is left out and the export goes on.
-template <typename Step>
-bool SiteExport::Attempt(std::string_view action, const std::string& name, Step step) {
-  try {
-    step();
-    return true;
-  } catch (const std::exception& error) {
-    NoteFailure("cannot " + std::string(action) + " " + name + ": " + error.what());
-    return false;
-  }
-}
-
 void SiteExport::GatherResults(const Entry& entry) {
   if (!entry.Wants(kResultPage)) return;
-  AddRunners(results_, entry.choice, entry.classes);
+  sets_.AddRunners(results_, entry.choice, entry.classes);
   results_.CalcRank();
 }
 
@@ -421,7 +335,8 @@ void SiteExport::Analyze(const Entry& entry) {
   const bool any_file = !options_.AnalysisFile.empty() || !options_.LegDataFile.empty() ||
                         !options_.ChartFile.empty();
   if (!any_file) return;
-  AddRunners(*analyzer_, entry.choice, entry.classes);  // the index shows its length and climb
+  sets_.AddRunners(*analyzer_, entry.choice,
+                   entry.classes);  // the index shows its length and climb
   if (!entry.WantsAnalysis()) return;
   analyzer_->Execute();
   if (entry.Wants(kLegDataPage) || entry.Wants(kChartPage)) analyzer_->ExtraAnalyze();
@@ -435,7 +350,7 @@ std::string SiteExport::ExportPage(const Entry& entry, PageKind kind) {
   if (name.empty() || count == 0) return "";
   const std::string_view charset = DeclaredCharset(kind);
   bool written = false;
-  Attempt("write", name, [&] {
+  writer_.Attempt("write", name, [&] {
     page_.clear();
     AppendPage(entry, kind, charset);
     written = WritePage(name, CharsetFromName(charset).value_or(charset_));
@@ -468,9 +383,9 @@ void SiteExport::ExportPictures(const Entry& entry) {
   for (const std::int32_t mode : chart_modes_) {
     if (!IsDrawn(mode)) continue;
     const std::string name = entry.charts.Picture(mode);
-    Attempt("draw", folder_ + name, [&] {
+    writer_.Attempt("draw", writer_.Folder() + name, [&] {
       DrawSiteChart(static_cast<KrChartModeConst>(mode));
-      WriteBytes(name, picture_->Encode());
+      writer_.Write(name, picture_->Encode());
     });
   }
 }
@@ -509,28 +424,13 @@ void SiteExport::AddIndexRow(const Entry& entry, const std::string& links) {
   AppendIndexRow(index_, {entry.choice.ValueName, links, class_info, name, result});
 }
 
-bool SiteExport::WriteBytes(const std::string& name, std::string_view bytes, Sync sync) {
-  std::string error;
-  if (WriteFile(folder_ + name, bytes, error, sync)) return true;
-  NoteFailure(error);
-  return false;
-}
-
-// When the folder takes no files at all, one failure says so instead of one for each file.
-void SiteExport::NoteFailure(const std::string& failure) {
-  if (folder_failed_) return;
-  std::string error;
-  folder_failed_ = !CanMakeFiles(folder_, error);
-  failures_.push_back(folder_failed_ ? error : failure);
-}
-
 // Writes the page that is being made.
 bool SiteExport::WritePage(const std::string& name, Charset charset, Sync sync) {
   page_ += kCrLf;
   bytes_.clear();
   bytes_.reserve(page_.size());
   AppendEncoded(bytes_, page_, charset, MissingCharacter::kCharacterReference);
-  return WriteBytes(name, bytes_, sync);
+  return writer_.Write(name, bytes_, sync);
 }
 
 // The HTML by which the block of the same files is found in an index.
@@ -543,34 +443,41 @@ std::string SiteExport::ReplacedPiece() const {
 // Another program may add its event to the same index at this moment; both blocks have to stay. A
 // lock that somebody keeps for longer than the writing of an index takes is not waited for.
 void SiteExport::WriteIndex() {
-  if (index_name_.empty() || folder_failed_) return;
-  const FileLock lock(folder_, {.Tries = 500, .Pause = 0.01});
-  if (!options_.IndexFileAddMode || !FileExists(folder_ + index_name_)) {
+  if (index_name_.empty() || writer_.HasFailed()) return;
+  const FileLock lock(writer_.Folder(), {.Tries = 500, .Pause = 0.01});
+  if (!options_.IndexFileAddMode || !FileExists(writer_.Folder() + index_name_)) {
     page_ = IndexPage(index_, options_.LinkStyleFile, options_.Charset);
     WritePage(index_name_, charset_, Sync::kNow);
     return;
   }
   std::string error;
-  const std::optional<std::string> existing = ReadFile(folder_ + index_name_, error);
+  const std::optional<std::string> existing = ReadFile(writer_.Folder() + index_name_, error);
   if (!existing) {
-    NoteFailure(error);
+    writer_.Note(error);
   } else if (const auto page = IndexWithBlock(*existing, index_, charset_, ReplacedPiece())) {
-    WriteBytes(index_name_, *page, Sync::kNow);
+    writer_.Write(index_name_, *page, Sync::kNow);
   } else {
-    NoteFailure("cannot add to " + folder_ + index_name_ + ": it is in UTF-16");
+    writer_.Note("cannot add to " + writer_.Folder() + index_name_ + ": it is in UTF-16");
   }
-}
-
-void SiteExport::ReportFailures(std::string_view abort) const {
-  std::string list(abort);
-  for (const std::string& failure : failures_) {
-    if (!list.empty()) list += kCrLf;
-    list += failure;
-  }
-  SetErrorText(list.empty() ? "" : FailureText("RES_MESSAGE_ERROR_HAPPEN", kOperation, list));
 }
 
 }  // namespace
+
+std::vector<std::string> SiteConflicts(const SiteOptions& options) {
+  const std::string file =
+      WithTrailingSeparator(options.OutputFolder) + OutputNames::Safe(options.IndexFile);
+  if (options.IndexFile.empty() || !FileExists(file)) return {};
+  std::string error;
+  const auto page = ReadFile(file, error);
+  if (!page) return {error};
+  const std::string& lap_file = options.Lap2File.empty() ? options.Lap1File : options.Lap2File;
+  if (const auto report = EventOfReport(*page)) {
+    if (!options.IndexFileAddMode && lap_file == LapFileOf(*report)) return {};
+    return {file + " is the report of \"" + report->Name + "\""};
+  }
+  if (options.IndexFileAddMode || IsIndexOfOnly(*page, lap_file)) return {};
+  return {file + " holds more than this event"};
+}
 
 std::vector<std::string> SiteFiles(const SiteOptions& options) {
   return SiteExport(options).FileNames();
@@ -579,13 +486,13 @@ std::vector<std::string> SiteFiles(const SiteOptions& options) {
 bool ExportSite(const SiteOptions& options, const StartProgress& start_progress) {
   SiteExport site(options);
   SetErrorText("");
-  if (!site.PrepareFolder()) return false;
+  if (!site.Writer().Prepare()) return false;
   try {
     const auto progress = start_progress();
     site.Run(*progress);
     progress->Close();
   } catch (const ProgressHandlerError& error) {
-    site.ReportFailures("a Progress handler ended the export");
+    site.Writer().Report("a Progress handler ended the export");
     std::rethrow_exception(error.cause);
   }
   return true;

@@ -13,6 +13,10 @@ namespace keltrun {
 /// and lists what could not be written. Raises invalid procedure call (5) for an unknown charset.
 bool ExportSite(const SiteOptions& options, const StartProgress& start_progress);
 
+/// What the export would replace although it is not of the same event, in one sentence without a
+/// full stop; empty if nothing is lost. Only the index page is looked at.
+std::vector<std::string> SiteConflicts(const SiteOptions& options);
+
 /// The names, with the folder, of all files that the export writes, and of some that it leaves out
 /// where there is nothing to show. Raises the same error.
 std::vector<std::string> SiteFiles(const SiteOptions& options);

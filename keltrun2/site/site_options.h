@@ -70,4 +70,34 @@ struct SiteOptions {
   std::string Charset = "x-sjis";
 };
 
+/// The site that clsFileControl::OutputReportSite writes: the report of the event, and beside it
+/// what readers may take away (the event, IOF XML 3.0, a table of the results) and charts.
+///
+///     root->FileControl()->OutputReportSite({.OutputFolder = "site", .ChartOption = "0,7"});
+struct ReportSiteOptions {
+  std::string OutputFolder = {};  ///< The folder; created when it is missing and the user agrees.
+  /// Before the names of all files but "index.html", for a folder with several events.
+  std::string Prefix = {};
+  /// Whether "index.html" lists the events of the folder, the newest first. The report is then
+  /// Prefix + "report.html"; otherwise it is "index.html" itself. A report that is there already
+  /// becomes a file of its own and is listed as well; any other page gets the list in addition to
+  /// what it has. An event that was published with the same Prefix is replaced.
+  bool AddToIndex = false;
+  /// Whether files may be replaced that are not of an earlier publication of this event.
+  bool ReplaceOthers = false;
+  bool OfficialSite = true;  ///< Whether the report links the event's own web site.
+
+  /// The modes of the charts (KrChartModeConst) on Prefix + "charts.html", as in "0,2,7"; none for
+  /// an empty text.
+  std::string ChartOption = {};
+  /// Whether courses that several classes run get charts too. The report always has them.
+  bool ChartIncludeCourse = false;
+
+  /// Which legs count for nobody because they were not timed: "none", "auto" or a list, as
+  /// clsAnalyzer::UntimedLegs.
+  std::string UntimedLegs = "none";
+  /// The file name of an index of pages that OutputSite writes into the folder, for a link to it.
+  std::string ClassicIndex = {};
+};
+
 }  // namespace keltrun
