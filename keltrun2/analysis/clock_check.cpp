@@ -340,7 +340,8 @@ std::vector<ClockFinding> FindClocks(std::vector<ClockPunch> punches) {
         begin, punches.end(), [&](const ClockPunch& punch) { return punch.code != begin->code; });
     const bool enough = static_cast<std::size_t>(end - begin) >= kFewestRunners;
     if (enough && begin->time < std::prev(end)->time) {
-      if (const auto finding = ClockCheck({begin, end}).Find()) findings.push_back(*finding);
+      if (const auto finding = ClockCheck({&*begin, static_cast<std::size_t>(end - begin)}).Find())
+        findings.push_back(*finding);
     }
     begin = end;
   }

@@ -123,7 +123,7 @@ class RunFinder {
     Run run{{}, ListPlaces(places, branches)};
     if (run.places.empty()) return;
     const Place& first = run.places.front();
-    const auto begin = codes_[first.course].begin() + first.position;
+    const auto begin = codes_[first.course].begin() + static_cast<std::ptrdiff_t>(first.position);
     run.codes.assign(begin, begin + static_cast<std::ptrdiff_t>(length));
     for (const Place& place : run.places) {
       entries_of_length_[length] += entries_of_course_[place.course];

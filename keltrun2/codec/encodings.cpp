@@ -1,50 +1,17 @@
 #include "keltrun2/codec/encodings.h"
 
-#include <iconv.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <memory>
 
+#include "keltrun2/codec/cp932.h"
+#include "keltrun2/codec/iconv_converter.h"
 #include "keltrun2/codec/utf8.h"
 
 namespace keltrun {
 namespace {
-
-// An iconv descriptor. Every instance is thread_local: a descriptor must not be shared by threads.
-class Converter {
- public:
-  Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
-  ~Converter() {
-    if (ok()) iconv_close(handle_);
-  }
-  Converter(const Converter&) = delete;
-  Converter& operator=(const Converter&) = delete;
-
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): the failure value of iconv_open
-  bool ok() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
-
-  // Converts as far as the input is valid; false if it stopped before the end.
-  bool Run(const char*& in, std::size_t& in_left, char*& out, std::size_t& out_left) {
-    if (!ok()) return false;
-    char* source = const_cast<char*>(in);  // iconv's signature; the bytes are not written
-    const std::size_t rc = iconv(handle_, &source, &in_left, &out, &out_left);
-    in = source;
-    return rc != static_cast<std::size_t>(-1);
-  }
-
-  // Writes what the converter holds back because the next byte could have changed it.
-  void Flush(char*& out, std::size_t& out_left) {
-    iconv(handle_, nullptr, nullptr, &out, &out_left);
-  }
-
- private:
-  iconv_t handle_;
-};
-
-constexpr std::uint16_t kNoCode = 0xFFFF;
 
 // The Shift-JIS codes of the characters up to U+FFFF, in pages of 256 characters that are made when
 // they are first needed. All threads share the pages: once made, a page never changes and is never
@@ -62,30 +29,14 @@ class ShiftJisTable {
   }
 
  private:
-  using Page = std::array<std::uint16_t, 256>;
+  using Page = Cp932Page;
 
   // If two threads make the same page at once, the first one stored is used.
   static const Page* MakePage(std::atomic<const Page*>& place, char32_t first) {
-    thread_local Converter converter("CP932", "UTF-8");
     auto page = std::make_unique<Page>();
-    for (char32_t i = 0; i < 256; ++i) (*page)[i] = Ask(converter, first + i);
+    FillCp932Page(first, *page);
     const Page* there = nullptr;
     return place.compare_exchange_strong(there, page.get()) ? page.release() : there;
-  }
-
-  static std::uint16_t Ask(Converter& converter, char32_t c) {
-    if (c >= 0xD800 && c <= 0xDFFF) return kNoCode;
-    std::string utf8;
-    AppendUtf8(utf8, c);
-    const char* in = utf8.data();
-    std::size_t in_left = utf8.size();
-    unsigned char bytes[8];
-    char* out = reinterpret_cast<char*>(bytes);
-    std::size_t out_left = sizeof bytes;
-    if (!converter.Run(in, in_left, out, out_left)) return kNoCode;
-    const std::size_t length = sizeof bytes - out_left;
-    if (length == 1) return bytes[0];
-    return length == 2 ? static_cast<std::uint16_t>(bytes[0] << 8 | bytes[1]) : kNoCode;
   }
 
   std::array<std::atomic<const Page*>, 256> pages_{};
@@ -155,7 +106,6 @@ std::size_t WideRun(std::string_view bytes) {
 // Most of every file is ASCII, which is copied without the converter. After an invalid byte this
 // stops, because only the converter then knows where the next character begins.
 Decoded DecodeShiftJis(std::string_view bytes) {
-  thread_local Converter converter("UTF-8", "CP932");
   Decoded decoded;
   decoded.Text.reserve(bytes.size() + bytes.size() / 2);
   std::array<char, 4096> buffer;
@@ -172,7 +122,7 @@ Decoded DecodeShiftJis(std::string_view bytes) {
     std::size_t in_left = run_length;
     char* target = buffer.data();
     std::size_t target_left = buffer.size();
-    const bool whole = converter.Run(in, in_left, target, target_left);
+    const bool whole = DecodeCp932(in, in_left, target, target_left);
     decoded.Text.append(buffer.data(), buffer.size() - target_left);
     if (!whole && target_left >= 8) {  // the buffer is not full, so the byte is invalid
       AppendInvalid(decoded);
@@ -328,7 +278,7 @@ Decoded Decode(std::string_view bytes, Charset charset) {
 
 std::optional<Decoded> DecodeByName(std::string_view bytes, std::string_view name) {
   if (!IsCharsetName(name)) return std::nullopt;
-  Converter converter("UTF-8", std::string(name).c_str());
+  IconvConverter converter("UTF-8", std::string(name).c_str());
   if (!converter.ok()) return std::nullopt;
   Decoded decoded;
   decoded.Text.reserve(bytes.size() + bytes.size() / 4);

@@ -1,50 +1,64 @@
 #include "keltrun2/codec/gzip.h"
 
-#include <archive.h>
-#include <archive_entry.h>
+#define ZLIB_CONST  // what is read is not written
+#include <zlib.h>
 
-#include <memory>
+#include <algorithm>
+#include <array>
+#include <limits>
 #include <new>
 
 namespace keltrun {
 namespace {
 
-struct ArchiveCloser {
-  void operator()(archive* writer) const { archive_write_free(writer); }
-};
-struct EntryCloser {
-  void operator()(archive_entry* entry) const { archive_entry_free(entry); }
-};
+constexpr int kGzip = 16;  // added to the bits of the window: a gzip member, not a zlib stream
+constexpr int kMemoryLevel = 8;
 
-la_ssize_t AppendPart(archive* /*writer*/, void* out, const void* part, std::size_t size) {
-  static_cast<std::string*>(out)->append(static_cast<const char*>(part), size);
-  return static_cast<la_ssize_t>(size);
-}
+// A compressor. Everything happens in memory, so the only way to fail is to run out of it.
+class Compressor {
+ public:
+  Compressor() {
+    if (deflateInit2(&stream_, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + kGzip, kMemoryLevel,
+                     Z_DEFAULT_STRATEGY) != Z_OK) {
+      throw std::bad_alloc();
+    }
+  }
+  ~Compressor() { deflateEnd(&stream_); }
+  Compressor(const Compressor&) = delete;
+  Compressor& operator=(const Compressor&) = delete;
 
-// Everything happens in memory, so the only way to fail is to run out of it.
-void Check(int result) {
-  if (result != ARCHIVE_OK) throw std::bad_alloc();
-}
+  // Packs a part, of at most 4 GiB, and appends what is ready.
+  void Pack(std::string_view part, bool is_last, std::string& out) {
+    stream_.next_in = reinterpret_cast<const Bytef*>(part.data());
+    stream_.avail_in = static_cast<uInt>(part.size());
+    do {
+      stream_.next_out = reinterpret_cast<Bytef*>(buffer_.data());
+      stream_.avail_out = static_cast<uInt>(buffer_.size());
+      if (deflate(&stream_, is_last ? Z_FINISH : Z_NO_FLUSH) == Z_STREAM_ERROR) {
+        throw std::bad_alloc();
+      }
+      out.append(buffer_.data(), buffer_.size() - stream_.avail_out);
+    } while (stream_.avail_out == 0);
+  }
+
+ private:
+  z_stream stream_{};
+  std::array<char, 16384> buffer_;
+};
 
 }  // namespace
 
 std::string Gzip(std::string_view bytes) {
+  constexpr std::size_t kLargestPart = std::numeric_limits<uInt>::max();
+  Compressor compressor;
   std::string out;
-  const std::unique_ptr<archive, ArchiveCloser> writer(archive_write_new());
-  const std::unique_ptr<archive_entry, EntryCloser> entry(archive_entry_new());
-  if (!writer || !entry) throw std::bad_alloc();
-  Check(archive_write_set_format_raw(writer.get()));
-  Check(archive_write_add_filter_gzip(writer.get()));
-  Check(archive_write_set_filter_option(writer.get(), "gzip", "timestamp", nullptr));
-  Check(archive_write_set_bytes_per_block(writer.get(), 0));  // no padding after the member
-  Check(archive_write_open(writer.get(), &out, nullptr, AppendPart, nullptr));
-  archive_entry_set_filetype(entry.get(), AE_IFREG);
-  Check(archive_write_header(writer.get(), entry.get()));
-  if (archive_write_data(writer.get(), bytes.data(), bytes.size()) !=
-      static_cast<la_ssize_t>(bytes.size())) {
-    throw std::bad_alloc();
+  bool is_last = false;
+  while (!is_last) {
+    const std::string_view part = bytes.substr(0, kLargestPart);
+    bytes.remove_prefix(part.size());
+    is_last = bytes.empty();
+    compressor.Pack(part, is_last, out);
   }
-  Check(archive_write_close(writer.get()));
   return out;
 }
 

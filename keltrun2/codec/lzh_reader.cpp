@@ -15,6 +15,7 @@
 #include <string_view>
 #include <utility>
 
+#include "keltrun2/codec/archive_kind.h"
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/os/files.h"
@@ -287,38 +288,28 @@ class Extraction {
 
 }  // namespace
 
-std::string_view KindOfArchive(std::string_view bytes) {
-  struct Mark {
-    std::string_view kind;
-    std::size_t offset;
-    std::string_view bytes;
-  };
-  static constexpr Mark kMarks[] = {{"LZH", 2, "-lh"},
-                                    {"ZIP", 0, "PK\x03\x04"},
-                                    {"7z", 0, "7z\xBC\xAF\x27\x1C"},
-                                    {"RAR", 0, "Rar!\x1A"},
-                                    {"gzip", 0, "\x1F\x8B\x08"}};
-  for (const Mark& mark : kMarks) {
-    if (bytes.size() < 20) break;  // no archive is that short
-    if (bytes.substr(mark.offset, mark.bytes.size()) == mark.bytes) return mark.kind;
-  }
-  return "";
-}
-
 std::optional<std::vector<ExtractedFile>> ExtractArchive(const std::string& archive_name,
                                                          const std::string& folder,
                                                          std::string& error,
                                                          const ExtractionLimits& limits) {
   const std::optional<std::string> bytes = ReadFile(archive_name, error);
   if (!bytes) return std::nullopt;
-  const std::string_view kind = KindOfArchive(*bytes);
+  return ExtractArchiveBytes(*bytes, archive_name, folder, error, limits);
+}
+
+std::optional<std::vector<ExtractedFile>> ExtractArchiveBytes(std::string_view bytes,
+                                                              const std::string& archive_name,
+                                                              const std::string& folder,
+                                                              std::string& error,
+                                                              const ExtractionLimits& limits) {
+  const std::string_view kind = KindOfArchive(bytes);
   if (!kind.empty() && kind != "LZH") {
     error = "cannot unpack " + archive_name + ": it is a " + std::string(kind) +
             " archive, expected an LZH archive";
     return std::nullopt;
   }
   const Utf8Locale locale;
-  Extraction extraction(*bytes, WithTrailingSeparator(folder), limits);
+  Extraction extraction(bytes, WithTrailingSeparator(folder), limits);
   if (extraction.Run()) return std::move(extraction.Files());
   error = "cannot unpack " + archive_name + ": " + extraction.Reason();
   return std::nullopt;

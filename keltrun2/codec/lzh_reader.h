@@ -23,10 +23,6 @@ struct ExtractionLimits {
   std::size_t Members = 1000;
 };
 
-/// The kind of archive or packed file that the first bytes identify: "LZH", "ZIP", "7z", "RAR" or
-/// "gzip"; "" if it is none of these.
-std::string_view KindOfArchive(std::string_view bytes);
-
 /// Unpacks the files of an LZH archive (header levels 0 to 3; methods -lh0-, -lh5- to -lh7-) into
 /// an existing folder, in the order of the archive. Names are read as Shift-JIS, or as UTF-8 or
 /// UTF-16 if the archive says so, and only their last part is used; when several files have the
@@ -37,5 +33,9 @@ std::string_view KindOfArchive(std::string_view bytes);
 [[nodiscard]] std::optional<std::vector<ExtractedFile>> ExtractArchive(
     const std::string& archive_name, const std::string& folder, std::string& error,
     const ExtractionLimits& limits = {});
+/// The same with the bytes of the archive; errors call it by the name.
+[[nodiscard]] std::optional<std::vector<ExtractedFile>> ExtractArchiveBytes(
+    std::string_view bytes, const std::string& archive_name, const std::string& folder,
+    std::string& error, const ExtractionLimits& limits = {});
 
 }  // namespace keltrun

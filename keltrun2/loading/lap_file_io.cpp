@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "keltrun2/analysis/segment_sets.h"
+#include "keltrun2/codec/archive_kind.h"
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/codec/lzh_reader.h"
 #include "keltrun2/codec/lzh_writer.h"
@@ -117,7 +118,9 @@ class Load {
     std::string error;
     const auto folder = NewExtractionFolder(error);
     if (!folder) return Fail(kOpenError, kExtractArchive, error);
-    const auto files = ExtractArchive(request_.file_name, *folder, error);
+    const auto files = request_.file_bytes ? ExtractArchiveBytes(*request_.file_bytes,
+                                                                 request_.file_name, *folder, error)
+                                           : ExtractArchive(request_.file_name, *folder, error);
     if (!files) return Fail(kOpenError, kExtractArchive, error);
     std::vector<std::string> names;
     std::vector<std::string> paths;
@@ -132,19 +135,42 @@ class Load {
                   request_.file_name + " contains no .lxm or .lap file");
     }
     std::optional<std::size_t> chosen = 0;
-    if (names.size() > 1) chosen = CurrentHostWindows()->ChooseName(request_.file_name, names);
+    if (names.size() > 1) chosen = Choose(names);
     if (!chosen || *chosen >= paths.size()) {
       return Fail(kOpenError, kExtractArchive,
-                  request_.file_name + " contains several lap files and none was chosen");
+                  request_.file_name + " contains several lap files and none was chosen" +
+                      (request_.member ? NamesOf(names) : ""));
     }
     request_.file_name = paths[*chosen];
+    request_.file_bytes.reset();
     return true;
+  }
+
+  // The position of the lap file that is wanted of those in an archive.
+  std::optional<std::size_t> Choose(const std::vector<std::string>& names) const {
+    if (!request_.member) return CurrentHostWindows()->ChooseName(request_.file_name, names);
+    const auto found = std::find(names.begin(), names.end(), *request_.member);
+    if (found == names.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - names.begin());
+  }
+
+  static std::string NamesOf(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? ": " : ", ") + name;
+    return list;
+  }
+
+  std::optional<std::string> FileBytes(std::string& error, std::size_t largest) const {
+    if (!request_.file_bytes) return ReadFile(request_.file_name, error, largest);
+    if (request_.file_bytes->size() <= largest) return std::string(*request_.file_bytes);
+    error = request_.file_name + " is larger than " + std::to_string(largest >> 20) + " MiB";
+    return std::nullopt;
   }
 
   // The bytes of the file; nullopt when it cannot be read or is an archive.
   std::optional<std::string> ReadBytes(std::string_view operation, std::size_t largest) const {
     std::string error;
-    std::optional<std::string> bytes = ReadFile(request_.file_name, error, largest);
+    std::optional<std::string> bytes = FileBytes(error, largest);
     if (bytes && request_.foreign_formats && KindOfContent(*bytes) != ContentKind::kOther) {
       Fail(kOpenError, operation, request_.file_name + ": " + NotResultsText(*bytes));
       return std::nullopt;
@@ -518,6 +544,27 @@ bool LoadLapFile(LoadRequest request, LoadedFile& loaded, const StartProgress& s
   SetErrorText("");
   loaded = {};
   return Load(std::move(request), loaded).Run(start_progress);
+}
+
+std::optional<std::string> LapFileBytes(const EventModel& model, KrLapFileTypeConst type,
+                                        KrLapFileSaveModeCosnt mode,
+                                        const std::optional<TextEncoding>& encoding,
+                                        std::vector<LoadRemark>& remarks) {
+  constexpr std::string_view kOperation = "clsFileControl.SaveLapFile";
+  remarks.clear();
+  if (encoding && HasFixedCharset(type)) {
+    Fail(kSaveError, kOperation, "the charset of this format cannot be chosen");
+    return std::nullopt;
+  }
+  SavedFile file = Write(model, type, mode, encoding);
+  if (file.bytes.size() > file.largest) {
+    Fail(kSaveError, kOperation,
+         "the file would be larger than " + std::to_string(file.largest >> 20) +
+             " MiB, the maximum that can be read again");
+    return std::nullopt;
+  }
+  remarks = FormLosses(model, type, encoding);
+  return std::move(file.bytes);
 }
 
 bool SaveLapFile(const EventModel& model, const std::string& file_name, KrLapFileTypeConst type,

@@ -31,6 +31,10 @@ struct LoadRequest {
   std::optional<Charset> input_charset = std::nullopt;  // of a text file without a byte-order mark
   bool foreign_formats = false;                         // also detect the formats of other programs
   std::int32_t race = 0;  // of several in a file; 0 for the first one with results
+  // The bytes of the file, which then only lends its name; they must outlive the call.
+  std::optional<std::string_view> file_bytes = std::nullopt;
+  // Which lap file of an archive with several is wanted; without one the host's windows ask.
+  std::optional<std::string> member = std::nullopt;
 };
 
 /// What was loaded.
@@ -54,5 +58,14 @@ struct LoadedFile {
                                KrLapFileTypeConst type, KrLapFileSaveModeCosnt mode, Sync sync,
                                std::vector<LoadRemark>* remarks = nullptr,
                                const std::optional<TextEncoding>& encoding = std::nullopt);
+
+/// The bytes of the file that SaveLapFile would write under a name with the ending of the type, and
+/// in `remarks` what the type cannot hold. Empty, with an error text, when the file would be too
+/// large to be read again or its charset cannot be chosen.
+[[nodiscard]] std::optional<std::string> LapFileBytes(const EventModel& model,
+                                                      KrLapFileTypeConst type,
+                                                      KrLapFileSaveModeCosnt mode,
+                                                      const std::optional<TextEncoding>& encoding,
+                                                      std::vector<LoadRemark>& remarks);
 
 }  // namespace keltrun

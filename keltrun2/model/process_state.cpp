@@ -9,7 +9,6 @@
 #include "keltrun2/model/event_model.h"
 
 namespace keltrun {
-namespace {
 
 // The state shared by all roots that one thread created. It is thread-safe, because threads without
 // a root of their own use the state of another thread.
@@ -19,6 +18,8 @@ struct RootState {
   std::mutex mutex;
   std::string error_text;
 };
+
+namespace {
 
 using StatePointer = std::shared_ptr<RootState>;
 
@@ -87,6 +88,14 @@ std::string FailureText(std::string_view message_key, std::string_view operation
          std::string(description);
 }
 
+std::string FailureReason(std::string_view error_text) {
+  const std::size_t operation = error_text.find("\r\ncls");
+  if (operation == std::string_view::npos) return std::string(error_text);
+  const std::size_t reason = error_text.find("\r\n", operation + 2);
+  return std::string(reason == std::string_view::npos ? error_text.substr(0, operation)
+                                                      : error_text.substr(reason + 2));
+}
+
 std::shared_ptr<std::atomic<bool>> OperationFlag() {
   StatePointer state = State();
   std::atomic<bool>* const flag = &state->operation_running;
@@ -111,5 +120,12 @@ void SetCurrentModel(const std::shared_ptr<EventModel>& model) {
   std::erase_if(roots.list, [](const Root& root) { return root.model.expired(); });
   roots.list.push_back({model, own});
 }
+
+OwnRoots::OwnRoots() : state_(std::make_shared<RootState>()) {}
+
+UseOwnRoots::UseOwnRoots(const OwnRoots& roots)
+    : before_(std::exchange(OwnState(), roots.state_)) {}
+
+UseOwnRoots::~UseOwnRoots() { OwnState() = std::move(before_); }
 
 }  // namespace keltrun

@@ -26,6 +26,9 @@ void SetErrorText(std::string text);
 std::string FailureText(std::string_view message_key, std::string_view operation,
                         std::string_view description);
 
+/// The last line of such a text or, when it has no such lines, the text itself.
+std::string FailureReason(std::string_view error_text);
+
 /// A flag that is true while a load or an export runs. The operation that sets it keeps the pointer
 /// and clears the flag at the end.
 std::shared_ptr<std::atomic<bool>> OperationFlag();
@@ -40,5 +43,28 @@ std::shared_ptr<EventModel> CurrentModel(std::string_view member = "clsKeltrun2"
 /// Makes a model the current one of this thread. Only a weak reference is kept; the root object
 /// keeps the model alive.
 void SetCurrentModel(const std::shared_ptr<EventModel>& model);
+
+/// The shared state of roots that belong to nobody's thread.
+class OwnRoots {
+ public:
+  OwnRoots();
+
+ private:
+  friend class UseOwnRoots;
+  std::shared_ptr<struct RootState> state_;
+};
+
+/// While it exists, the state takes the place of that of this thread: roots that are made now
+/// belong to it, and they alone are found.
+class UseOwnRoots {
+ public:
+  explicit UseOwnRoots(const OwnRoots& roots);
+  ~UseOwnRoots();
+  UseOwnRoots(const UseOwnRoots&) = delete;
+  UseOwnRoots& operator=(const UseOwnRoots&) = delete;
+
+ private:
+  std::shared_ptr<struct RootState> before_;
+};
 
 }  // namespace keltrun

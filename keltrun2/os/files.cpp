@@ -1,7 +1,6 @@
 #include "keltrun2/os/files.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -107,7 +106,7 @@ class TemporaryFile {
     constexpr int kTries = 100;
     for (int i = 0; i < kTries && handle_ < 0; ++i) {
       std::uint64_t number = 0;
-      if (getrandom(&number, sizeof number, 0) != sizeof number) return;
+      if (getentropy(&number, sizeof number) != 0) return;
       path_ = (folder / (".keltrun2-" + std::to_string(number) + ".tmp")).string();
       handle_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode & 0777);
       if (handle_ < 0 && errno != EEXIST) return;

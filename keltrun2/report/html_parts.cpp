@@ -18,7 +18,7 @@ namespace {
 void AppendHexColor(std::string& out, std::uint32_t color) {
   std::array<char, 8> digits;
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), color, 16);
-  out += UpperAscii(std::string_view(digits.data(), end.ptr));
+  out += UpperAscii(std::string(digits.data(), end.ptr));
 }
 
 void AppendAttribute(std::string& out, std::string_view attribute) {

@@ -189,7 +189,8 @@ std::span<const KnownTitle> MeaningsOf(std::string_view title) {
   const auto [begin, end] =
       std::equal_range(KnownTitles().begin(), KnownTitles().end(), KnownTitle(title, kOther),
                        [](const auto& a, const auto& b) { return a.first < b.first; });
-  return {begin, end};
+  return {KnownTitles().data() + (begin - KnownTitles().begin()),
+          static_cast<std::size_t>(end - begin)};
 }
 
 // "OE0016", "OS0014a", "OESco0001", "OE0014_V12": letters, four digits, perhaps a letter and the
@@ -324,7 +325,7 @@ class Sample {
         return controls;
       }
     }
-    for (const std::size_t each : {2, 4}) {
+    for (const std::size_t each : {std::size_t{2}, std::size_t{4}}) {
       if (each != width.value_or(each)) continue;
       for (std::size_t begin = kFewestColumns; begin <= kMostColumns; ++begin) {
         if (BeginsAt({begin, each}, first_row)) return ControlColumns{begin, each};
@@ -523,7 +524,9 @@ class ColumnFinder {
   static std::int32_t ColumnOf(const Form& form, SportField field) {
     const auto find = [field](std::span<const SportField> fields, std::size_t begin) {
       const auto at = std::find(fields.begin(), fields.end(), field);
-      return at == fields.end() ? -1 : static_cast<std::int32_t>(begin + (at - fields.begin()));
+      return at == fields.end() ? -1
+                                : static_cast<std::int32_t>(begin) +
+                                      static_cast<std::int32_t>(at - fields.begin());
     };
     const std::int32_t first = find(form.first, 0);
     return first >= 0 ? first : find(form.last, form.columns - form.last.size());

@@ -67,7 +67,8 @@ SportRows::SportRows(std::string_view text, const SportColumns& columns, Foreign
   }
   if (!columns.has_head || !rows_.Next()) return;
   const auto& cells = rows_.Cells();
-  head_.assign(cells.begin(), cells.begin() + std::min(cells.size(), kHeadCells));
+  head_.assign(cells.begin(),
+               cells.begin() + static_cast<std::ptrdiff_t>(std::min(cells.size(), kHeadCells)));
 }
 
 bool SportRows::Next() {
