@@ -7,6 +7,7 @@
 #include <functional>
 #include <pugixml.hpp>
 
+#include "keltrun2/drawing/png_writer.h"
 #include "keltrun2/os/clock.h"
 #include "tests/test_support.h"
 
@@ -198,6 +199,44 @@ TEST(Picture, SvgKeepsTexts) {
   const auto text =
       svg.find_node([](auto node) { return std::string_view(node.name()) == "text"; });
   EXPECT_EQ(text.child_value(), std::string("山田 <&> \"太郎\""));
+}
+
+// The pixels of a PNG as libpng reads them, 0xRRGGBB.
+std::vector<std::uint32_t> ReadPng(const std::string& bytes) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  EXPECT_TRUE(png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()));
+  image.format = PNG_FORMAT_BGRA;
+  std::vector<std::uint32_t> pixels(std::size_t{image.width} * image.height);
+  EXPECT_TRUE(png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) << image.message;
+  for (std::uint32_t& pixel : pixels) pixel &= 0xFFFFFF;
+  return pixels;
+}
+
+// Pictures with exactly that many colors, in stretches and rows of several lengths. The unused byte
+// of a pixel may be anything.
+TEST(PngWriter, KeepsEveryPixelInTheSmallestForm) {
+  struct {
+    std::uint32_t colors;
+    int bit_depth, color_type;
+  } const kCases[] = {{1, 1, 3},  {2, 1, 3},  {3, 2, 3},   {4, 2, 3},   {5, 4, 3},
+                      {16, 4, 3}, {17, 8, 3}, {256, 8, 3}, {257, 8, 2}, {3000, 8, 2}};
+  PngEncoder encoder;  // one for all, so nothing of a picture may remain for the next
+  for (const auto& [colors, bit_depth, color_type] : kCases) {
+    for (const std::int32_t width : {1, 7, 64, 333}) {
+      const std::int32_t height = static_cast<std::int32_t>(colors) * 2 / width + 3;
+      std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) * height);
+      for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const std::uint32_t color = static_cast<std::uint32_t>(i / 2) % colors;
+        pixels[i] = (color * 0x9E3779 & 0xFFFFFF) | static_cast<std::uint32_t>(i) << 24;
+      }
+      const std::string png = encoder.Encode({pixels.data(), width, height});
+      EXPECT_EQ(png[24], bit_depth) << colors << " colors";
+      EXPECT_EQ(png[25], color_type) << colors << " colors";
+      for (std::uint32_t& pixel : pixels) pixel &= 0xFFFFFF;
+      EXPECT_EQ(ReadPng(png), pixels) << colors << " colors, width " << width;
+    }
+  }
 }
 
 }  // namespace

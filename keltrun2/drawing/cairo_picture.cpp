@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "keltrun2/base/automation_error.h"
@@ -109,7 +110,11 @@ class PngCanvas final : public Canvas {
                                                        cairo_status_to_string(status));
     }
     cairo_surface_flush(surface_);
-    return EncodePng({pixels_.Data.get(), size_.Width, size_.Height});
+    try {
+      return encoder_.Encode({pixels_.Data.get(), size_.Width, size_.Height});
+    } catch (const std::bad_alloc&) {
+      throw AutomationError(KR_ERROR_INVALID_CALL, "cannot make the PNG: out of memory");
+    }
   }
 
  private:
@@ -149,6 +154,7 @@ class PngCanvas final : public Canvas {
   cairo_surface_t* surface_ = nullptr;
   cairo_t* context_ = nullptr;
   CairoSurface drawing_;
+  PngEncoder encoder_;
 };
 
 // --- SVG and PDF ---
