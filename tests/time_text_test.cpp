@@ -167,6 +167,20 @@ TEST(TimeText, ReadsResultsAndLaps) {
   EXPECT_EQ(ParseTimeOfDay("25:00:00"), std::nullopt);
 }
 
+// What is read without the rules for all notations is read as by these rules; all else is left to
+// them.
+TEST(TimeText, PlainTimes) {
+  for (const Text text : {"0:00", "9:05", "12:34", "59:59", "0:00:00", "01:02:03", "23:59:59"}) {
+    EXPECT_EQ(ParsePlainTime(text), ParseTime(text, kNone)) << text;
+  }
+  for (const Text text : {"",       ":",         "5",       "1:2",     "1:234",    "60:00",
+                          "1:60",   "12:3a",     "a2:34",   "1.23",    "12.34",    "1:23.4",
+                          "1:02:3", "1:62:03",   "1:02:60", "1:02.03", "1.02:03",  "24:00:00",
+                          "100:00", "100:00:00", " 1:02",   "-1:02",   "+1:02:03", "1:02:03 "}) {
+    EXPECT_EQ(ParsePlainTime(text), std::nullopt) << text;
+  }
+}
+
 TEST(TimeText, NormalizesEveryNotation) {
   // The text as an elapsed time and as a clock time. As a clock time "123.45" is a number of days,
   // of which the pattern shows the 0.45 days.
@@ -236,6 +250,7 @@ TEST(TimeText, EverySecondOfADay) {
     ASSERT_EQ(FormatTime((s * 1000 + 499) / 86400000.0, "h\\:nn\\:ss", false), text);
     ASSERT_EQ(stored(text), text);
     ASSERT_EQ(ParseTime(text, kNone), s / 86400.0);
+    ASSERT_EQ(ParsePlainTime(text), s / 86400.0);
     const string tenths = text + "." + std::to_string(s % 10);
     ASSERT_EQ(stored(tenths), tenths);
     string digits = text;

@@ -1,5 +1,6 @@
 #include "keltrun2/codec/utf8.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -38,15 +39,21 @@ Decoded Decode(std::string_view text, std::size_t pos) {
   return {c, length};
 }
 
-// The number of ASCII bytes from `pos` on. Checks eight bytes at a time.
+// Whether the bytes of some words are all ASCII.
+template <std::size_t kWords>
+bool AreAscii(const char* bytes) {
+  std::array<std::uint64_t, kWords> words;
+  std::memcpy(words.data(), bytes, sizeof words);
+  std::uint64_t all = 0;
+  for (const std::uint64_t word : words) all |= word;
+  return (all & 0x8080808080808080u) == 0;
+}
+
+// The number of ASCII bytes from `pos` on. Checks many bytes at a time.
 std::size_t AsciiRun(std::string_view text, std::size_t pos) {
   const std::size_t start = pos;
-  while (text.size() - pos >= 8) {
-    std::uint64_t word;
-    std::memcpy(&word, text.data() + pos, 8);
-    if (word & 0x8080808080808080u) break;
-    pos += 8;
-  }
+  while (text.size() - pos >= 64 && AreAscii<8>(text.data() + pos)) pos += 64;
+  while (text.size() - pos >= 8 && AreAscii<1>(text.data() + pos)) pos += 8;
   while (pos < text.size() && static_cast<unsigned char>(text[pos]) < 0x80) ++pos;
   return pos - start;
 }

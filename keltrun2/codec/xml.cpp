@@ -146,9 +146,11 @@ constexpr ByteTable TableOf(bool (*predicate)(char)) {
   }
   return table;
 }
+constexpr ByteTable kBlank = TableOf(IsBlank);
 constexpr ByteTable kInName = TableOf(IsInName);
-constexpr ByteTable kSpecial = TableOf(IsSpecial);
 constexpr ByteTable kEndsPlainText = TableOf([](char c) { return IsSpecial(c) || c == '<'; });
+constexpr ByteTable kEndsPlainValue =
+    TableOf([](char c) { return IsSpecial(c) || c == '"' || c == '\''; });
 
 bool Has(const ByteTable& table, char c) { return table[static_cast<unsigned char>(c)]; }
 
@@ -330,7 +332,8 @@ bool XmlReader::NextChild() {
     return false;
   }
   while (true) {
-    const std::size_t tag = std::min(source_.find('<', pos_), source_.size());
+    const std::size_t tag =
+        Next() == '<' ? pos_ : std::min(source_.find('<', pos_), source_.size());
     if (open_.empty()) {
       const std::size_t text = source_.find_first_not_of(" \t\r\n", pos_);
       if (text < tag) return Fail(text, "text outside the root element");
@@ -419,7 +422,7 @@ bool XmlReader::ReadEnd() {
 
 // Reads a start or end tag; false when no element was opened.
 bool XmlReader::ReadTag() {
-  return source_.substr(pos_, 2) == "</" ? ReadEndTag() : ReadStartTag();
+  return pos_ + 1 < source_.size() && source_[pos_ + 1] == '/' ? ReadEndTag() : ReadStartTag();
 }
 
 bool XmlReader::ReadStartTag() {
@@ -457,8 +460,8 @@ bool XmlReader::ReadAttributes(std::string_view element) {
   while (true) {
     const bool blanks = TakeBlanks();
     const char c = Next();
-    if (c == '>' || (c == '/' && source_.substr(pos_, 2) == "/>")) {
-      empty_ = c == '/';
+    empty_ = c == '/' && pos_ + 1 < source_.size() && source_[pos_ + 1] == '>';
+    if (empty_ || c == '>') {
       pos_ += empty_ ? 2 : 1;
       return true;
     }
@@ -485,22 +488,29 @@ bool XmlReader::ReadAttribute(std::string_view element) {
     TakeBlanks();
     good = Next() == '"' || Next() == '\'';
   }
-  std::size_t end = good ? pos_ + 1 : source_.size();
-  bool plain = true;
-  for (; end < source_.size() && source_[end] != source_[pos_]; ++end) {
-    plain = plain && !Has(kSpecial, source_[end]);
-  }
-  if (end >= source_.size()) {
+  if (!good || !TakeValue(attribute)) {
     return Fail(begin, "the attribute \"" + std::string(attribute.name_) + "\" of <" +
                            std::string(element) + "> has no value in quotes");
   }
-  attribute.raw_ = source_.substr(pos_ + 1, end - pos_ - 1);
-  attribute.plain_ = plain;
+  return true;
+}
+
+// Reads a value, which begins with a quote. Nearly every value stands for itself, so the search for
+// its end also looks for what does not.
+bool XmlReader::TakeValue(XmlAttribute& attribute) {
+  const char quote = Next();
+  const std::string_view rest = source_.substr(pos_ + 1);
+  std::size_t size = 0;
+  while (size < rest.size() && !Has(kEndsPlainValue, rest[size])) ++size;
+  attribute.plain_ = size < rest.size() && rest[size] == quote;
+  if (!attribute.plain_) size = rest.find(quote, size);
+  if (size >= rest.size()) return false;
+  attribute.raw_ = rest.substr(0, size);
   if (!attribute.plain_) {
     attribute.decoded_.clear();
     AppendDecoded(attribute.decoded_, attribute.raw_);
   }
-  pos_ = end + 1;
+  pos_ += size + 2;
   return true;
 }
 
@@ -573,18 +583,22 @@ bool XmlReader::SkipDocumentType() {
 }
 
 std::string_view XmlReader::TakeName() {
-  const std::size_t begin = pos_;
+  const std::string_view rest = source_.substr(pos_);
+  std::size_t size = 0;
   if (BeginsName(Next())) {
-    while (pos_ < source_.size() && Has(kInName, source_[pos_])) ++pos_;
+    while (size < rest.size() && Has(kInName, rest[size])) ++size;
   }
-  return source_.substr(begin, pos_ - begin);
+  pos_ += size;
+  return rest.substr(0, size);
 }
 
 // Skips white space; true if there was any.
 bool XmlReader::TakeBlanks() {
-  const std::size_t begin = pos_;
-  while (IsBlank(Next())) ++pos_;
-  return pos_ > begin;
+  if (!Has(kBlank, Next())) return false;
+  do {
+    ++pos_;
+  } while (Has(kBlank, Next()));
+  return true;
 }
 
 std::string_view XmlReader::LocalName() const {

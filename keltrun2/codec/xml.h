@@ -126,6 +126,7 @@ class XmlReader {
   bool ReadEndTag();
   bool ReadAttributes(std::string_view element);
   bool ReadAttribute(std::string_view element);
+  bool TakeValue(XmlAttribute& attribute);
   bool CheckNames(std::string_view element);
   bool AtMarkup() const;
   bool SkipMarkup();

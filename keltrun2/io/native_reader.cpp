@@ -275,6 +275,10 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
 // "h:mm:ss" with any number of hours and an optional fraction of a second, or "h:mm". nullopt for
 // other texts, dates and negative times included.
 std::optional<DateTime> Duration(std::string_view text) {
+  constexpr std::size_t kShortestWithHours = 7;
+  if (text.size() >= kShortestWithHours) {
+    if (const auto time = ParsePlainTime(text)) return time;
+  }
   if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;
   if (const auto time = ParseTimeOfDay(text)) {
     if (IsTimeOfDay(*time)) return time;
@@ -351,7 +355,7 @@ std::shared_ptr<clsLapData> ReadRunner(Source& source, const LapTextReader& laps
   auto runner = std::make_shared<clsLapData>();
   ReadAttributes(source, *runner, kRunnerRules);
   ForEachChild(source.Xml(), [&] {
-    if (source.Xml().LocalName() != "leg") return;
+    if (!source.Xml().IsNamed("leg")) return;
     const IndexedValue leg = ReadIndexed(source, "laptime", "leg", clsLapData::kMostLegs);
     if (leg.index == 0) return;
     const auto lap = laps.Read(leg.value);

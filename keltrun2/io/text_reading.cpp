@@ -18,30 +18,6 @@ namespace {
 
 constexpr std::size_t kShownUnits = 40;  // of a cell in a remark
 
-// "m:ss", "mm:ss", "h:mm:ss" or "hh:mm:ss": nearly every cell is one of these. nullopt means that
-// the full rules have to decide.
-std::optional<DateTime> PlainTime(std::string_view cell) {
-  const std::size_t colon = cell.find(':');
-  if (colon == 0 || colon > 2) return std::nullopt;
-  int part = 0;
-  for (const char c : cell.substr(0, colon)) {
-    if (!IsDigit(c)) return std::nullopt;
-    part = part * 10 + (c - '0');
-  }
-  std::string_view rest = cell.substr(colon);
-  const bool has_hours = rest.size() == 6;
-  if (!has_hours && rest.size() != 3) return std::nullopt;
-  if (part > (has_hours ? 23 : 59)) return std::nullopt;
-  int seconds = part;
-  for (; !rest.empty(); rest.remove_prefix(3)) {
-    if (rest[0] != ':' || !IsDigit(rest[1]) || !IsDigit(rest[2]) || rest[1] > '5') {
-      return std::nullopt;
-    }
-    seconds = seconds * 60 + (rest[1] - '0') * 10 + (rest[2] - '0');
-  }
-  return Canonical(seconds / kSecondsPerDay);
-}
-
 // The part of a cell that can be a time: half width, without a remark in parentheses after it.
 std::string_view TimePart(std::string_view cell, std::string& folded) {
   if (!IsAscii(cell)) cell = folded = ToHalfWidth(cell);
@@ -234,7 +210,7 @@ std::size_t BlankControlCharacters(std::string& text) {
 }
 
 CellValue ReadCellTime(std::string_view cell, NumberMeaning numbers) {
-  if (const auto plain = PlainTime(cell)) return {plain};
+  if (const auto plain = ParsePlainTime(cell)) return {plain};
   std::string folded;
   const std::string_view text = TimePart(cell, folded);
   if (text.find_first_of("0123456789") == std::string_view::npos) return {};
@@ -273,6 +249,7 @@ void RemarkCutResults(std::size_t cut, RemarkList& remarks) {
 void SetResultWord(clsLapData& runner, std::string_view text) {
   runner.SetResult(text);
   const std::string& stored = runner.Result();
+  if (ParsePlainTime(stored)) return;  // as nearly all results
   if (stored.empty() || !IsDigit(stored.front()) || !Contains(stored, ":")) return;
   if (!ReadableTime(stored)) LapDataInternal::SetResultText(runner, text);
 }

@@ -45,11 +45,13 @@ void clsLapData::SetLap(std::int32_t Index, DateTime Time) {
 void clsLapData::StoreLap(std::int32_t index, DateTime time) {
   constexpr std::size_t kUsualLegs = 26;  // with room for them, most records allocate once
   const auto at = static_cast<std::size_t>(index);
-  if (at >= laps_.size()) {
-    if (laps_.empty()) laps_.reserve(std::max(kUsualLegs, at + 1));
-    laps_.resize(at + 1);
+  if (laps_.empty()) laps_.reserve(std::max(kUsualLegs, at + 1));
+  if (at < laps_.size()) {
+    laps_[at] = time;
+    return;
   }
-  laps_[at] = time;
+  if (at > laps_.size()) laps_.resize(at);
+  laps_.push_back(time);  // most laps come in the order of the legs
 }
 
 std::string clsLapData::LapToString(std::int32_t Index, std::string_view FormatExpression,

@@ -222,6 +222,11 @@ std::optional<LongTime> ParseLongTime(std::string_view text) {
   return LongTime{hours, *rest};
 }
 
+// The number of two digits if it is below 60; -1 for anything else.
+int BelowSixty(char tens, char ones) {
+  return tens >= '0' && tens <= '5' && IsDigit(ones) ? (tens - '0') * 10 + (ones - '0') : -1;
+}
+
 std::optional<DateTime> ParseUnsigned(std::string_view text, bool allow_number) {
   if (allow_number) {
     if (const auto number = NumericValue(text)) return number;
@@ -402,6 +407,20 @@ std::string NormalizeTimeText(std::string_view text, Digits digits, std::string_
     return elapsed ? NormalizeElapsedNumber(s, pattern) : NormalizeClockNumber(s, pattern);
   }
   return elapsed ? NormalizeElapsedText(s, pattern) : NormalizeClockText(s, pattern);
+}
+
+std::optional<DateTime> ParsePlainTime(std::string_view text) {
+  const std::size_t size = text.size();
+  const bool has_hours = size == 7 || size == 8;
+  if (!has_hours && size != 4 && size != 5) return std::nullopt;
+  const bool two_digits = size == 5 || size == 8;  // at the beginning
+  const char* const end = text.data() + size;
+  if (end[-3] != ':' || (has_hours && end[-6] != ':')) return std::nullopt;
+  const int seconds = BelowSixty(end[-2], end[-1]);
+  const int minutes = BelowSixty(has_hours || two_digits ? end[-5] : '0', end[-4]);
+  const int hours = has_hours ? BelowSixty(two_digits ? end[-8] : '0', end[-7]) : 0;
+  if (seconds < 0 || minutes < 0 || hours < 0 || hours > 23) return std::nullopt;
+  return (hours * 3600 + minutes * 60 + seconds) / kSecondsPerDay;
 }
 
 std::optional<DateTime> ParseTimeOfDay(std::string_view text) {

@@ -98,6 +98,11 @@ enum class Digits : std::int32_t { kElapsed, kClock };
 std::string NormalizeTimeText(std::string_view text, Digits digits,
                               std::string_view pattern = "hh\\:nn\\:ss");
 
+/// The elapsed time in a text in one of the forms that nearly all times have: "m:ss", "mm:ss",
+/// "h:mm:ss" and "hh:mm:ss", with hours below 24 and all else below 60. nullopt for any other text,
+/// which may still be a time in another notation.
+std::optional<DateTime> ParsePlainTime(std::string_view text);
+
 /// A time of day (h:mm or h:mm:ss, hours below 24) or a date; h:mm:ss also with decimals of a
 /// second. nullopt for every other text.
 std::optional<DateTime> ParseTimeOfDay(std::string_view text);
