@@ -70,6 +70,14 @@ std::string_view FirstCharacter(std::string_view text) {
   return text.substr(0, end);
 }
 
+// Where the cell that begins at `begin` ends. Cells are so short that a function of the C library
+// would take longer to call.
+std::size_t CellEnd(std::string_view line, std::size_t begin, char separator) {
+  std::size_t end = begin;
+  while (end < line.size() && line[end] != separator) ++end;
+  return end;
+}
+
 // The leg to the finish follows the highest number. All legs get the labels that the lap file and
 // the CSV outputs write.
 void NameLegs(CsvHeader& header) {
@@ -85,11 +93,11 @@ void NameLegs(CsvHeader& header) {
 
 bool CellWalker::Next() {
   if (last_) return false;
-  const std::size_t end = rest_.find(separator_);
+  const std::size_t end = CellEnd(rest_, 0, separator_);
   cell_ = rest_.substr(0, end);
   if (cell_.starts_with(' ') || cell_.ends_with(' ')) cell_ = TrimSpaces(cell_);
   ++position_;
-  last_ = end == std::string_view::npos;
+  last_ = end == rest_.size();
   if (!last_) rest_.remove_prefix(end + 1);
   return true;
 }
@@ -158,14 +166,14 @@ std::string CsvHeaderReader::Fold(std::string_view cell) {
 bool CsvHeaderReader::HasNameTitle(std::string_view line, char separator) const {
   std::size_t begin = 0;
   for (std::size_t position = 0; position < kMostTitles; ++position) {
-    begin = line.find_first_not_of(' ', begin);
-    if (begin == std::string_view::npos) return false;
-    const std::size_t end = line.find(separator, begin);
+    while (begin < line.size() && line[begin] == ' ') ++begin;
+    if (begin == line.size()) return false;
+    const std::size_t end = CellEnd(line, begin, separator);
     if (starts_name_[static_cast<unsigned char>(line[begin])] &&
         IsNameTitle(TrimSpaces(line.substr(begin, end - begin)))) {
       return true;
     }
-    if (end == std::string_view::npos) return false;
+    if (end == line.size()) return false;
     begin = end + 1;
   }
   return false;

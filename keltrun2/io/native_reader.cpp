@@ -275,8 +275,7 @@ constexpr std::array<AttributeRule<ClassAttributes>, 7> kClassRules = {{
 // "h:mm:ss" with any number of hours and an optional fraction of a second, or "h:mm". nullopt for
 // other texts, dates and negative times included.
 std::optional<DateTime> Duration(std::string_view text) {
-  constexpr std::size_t kShortestWithHours = 7;
-  if (text.size() >= kShortestWithHours) {
+  if (text.size() >= kShortestWithSeconds) {
     if (const auto time = ParsePlainTime(text)) return time;
   }
   if (text.find_first_of("/-") != std::string_view::npos) return std::nullopt;

@@ -20,6 +20,7 @@ constexpr DateTime kOneSecond = 1.0 / 86400;
 constexpr DateTime kOneMinute = 1.0 / 1440;
 constexpr DateTime kTenMinutes = 1.0 / 144;
 constexpr DateTime kOneHour = 1.0 / 24;
+constexpr long long kDaySeconds = 86400;
 
 void AppendNumber(std::string& out, long long value) {
   std::array<char, 24> buffer;
@@ -41,7 +42,8 @@ void AppendTotalHours(std::string& out, DateTime value) {
 }
 
 void AppendFormattedTime(std::string& out, DateTime value, std::string_view pattern) {
-  if (value >= 1) {
+  const bool is_plain = value >= 0 && pattern == "h\\:nn\\:ss" && WholeSeconds(value) < kDaySeconds;
+  if (value >= 1 || is_plain) {
     AppendTotalHours(out, value);
   } else {
     AppendDateTime(out, value, pattern);
@@ -387,6 +389,7 @@ DateTime ParseSignedTime(std::string_view text, bool allow_number, bool skip_wid
 }
 
 DateTime ParseTime(std::string_view text, DateTime default_value) {
+  if (const auto plain = ParsePlainTime(text)) return *plain;
   const auto [whole, fraction] = SplitAt(text, ".");
   if (!fraction.empty()) {
     const auto seconds = ParseFraction(fraction);
@@ -424,6 +427,9 @@ std::optional<DateTime> ParsePlainTime(std::string_view text) {
 }
 
 std::optional<DateTime> ParseTimeOfDay(std::string_view text) {
+  if (text.size() >= kShortestWithSeconds) {
+    if (const auto plain = ParsePlainTime(text)) return plain;
+  }
   text = TrimSpaces(text);
   if (const auto time = ParseDateTime(text)) return time;
   const std::size_t point = text.find('.');

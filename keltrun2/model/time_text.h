@@ -102,6 +102,8 @@ std::string NormalizeTimeText(std::string_view text, Digits digits,
 /// "h:mm:ss" and "hh:mm:ss", with hours below 24 and all else below 60. nullopt for any other text,
 /// which may still be a time in another notation.
 std::optional<DateTime> ParsePlainTime(std::string_view text);
+/// The size of the shortest such text that has hours, minutes and seconds.
+inline constexpr std::size_t kShortestWithSeconds = 7;
 
 /// A time of day (h:mm or h:mm:ss, hours below 24) or a date; h:mm:ss also with decimals of a
 /// second. nullopt for every other text.

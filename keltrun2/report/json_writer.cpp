@@ -8,6 +8,8 @@
 namespace keltrun {
 namespace {
 
+constexpr double kMillionths = 1e6;
+
 bool NeedsEscape(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return byte < 0x20 || byte == 0x7F || c == '"' || c == '\\';
@@ -55,10 +57,18 @@ void JsonWriter::Text(std::string_view text) {
   out_ += '"';
 }
 
-void JsonWriter::Decimal(double units, std::int64_t scale) {
-  if (!std::isfinite(units)) return Null();
+void JsonWriter::Time(DateTime days) {
+  const double milliseconds = days * kMillisecondsPerDay;
+  if (!std::isfinite(milliseconds)) return Null();
   Separate();
-  AppendDecimal(out_, units, scale);
+  AppendThousandths(out_, milliseconds);
+}
+
+void JsonWriter::Factor(double value) {
+  const double millionths = value * kMillionths;
+  if (!std::isfinite(millionths)) return Null();
+  Separate();
+  AppendMillionths(out_, millionths);
 }
 
 }  // namespace keltrun

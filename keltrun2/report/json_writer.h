@@ -43,7 +43,7 @@ class JsonWriter {
   void Text(std::string_view key, std::string_view text) { Key(key).Text(text); }
 
   /// Days as seconds, to the millisecond.
-  void Time(DateTime days) { Decimal(days * kMillisecondsPerDay, 1000); }
+  void Time(DateTime days);
   void Time(std::string_view key, DateTime days) { Key(key).Time(days); }
   void TimeOrNull(std::string_view key, DateTime days) {
     if (days == 0) return Null(key);
@@ -58,7 +58,7 @@ class JsonWriter {
     Time(days);
   }
 
-  void Factor(double value) { Decimal(value * 1e6, 1000000); }
+  void Factor(double value);
   void Factor(std::string_view key, double value) { Key(key).Factor(value); }
   void FactorOrNull(std::string_view key, double value) {
     if (value == 0) return Null(key);
@@ -105,8 +105,6 @@ class JsonWriter {
     Separate();
     out_ += value;
   }
-
-  void Decimal(double units, std::int64_t scale);
 
   std::string& out_;
   bool comma_ = false;     // the next value needs a comma before it

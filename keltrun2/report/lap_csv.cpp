@@ -21,8 +21,7 @@ constexpr std::string_view kTitles[] = {
     "status",  "result_s", "place",      "leg",         "legs",     "from",   "to",    "lap_s",
     "split_s", "lap_rank", "split_rank", "reference_s", "relative", "loss_s", "marker"};
 
-constexpr std::int64_t kMillisecondsOfSecond = 1000;
-constexpr std::int64_t kMillionths = 1'000'000;
+constexpr double kMillionths = 1e6;
 
 std::string_view MarkerOf(DateTime lap) {
   if (lap == kTimeNoData) return "nodata";
@@ -118,7 +117,7 @@ class Writer {
     const double relative = runner.LapRelative(leg)->Value();
     out_ += delimiter_;
     if (relative != 0 && std::isfinite(relative)) {
-      AppendDecimal(out_, relative * static_cast<double>(kMillionths), kMillionths);
+      AppendMillionths(out_, relative * kMillionths);
     }
     const clsMissTimeValue& miss = *runner.MissTime(leg);
     out_ += delimiter_;
@@ -128,7 +127,7 @@ class Writer {
   }
 
   static void AppendSeconds(std::string& out, DateTime time) {
-    AppendDecimal(out, time * kMillisecondsPerDay, kMillisecondsOfSecond);
+    AppendThousandths(out, time * kMillisecondsPerDay);
   }
 
   void Time(DateTime time) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 
 #include "keltrun2/text/letters.h"
@@ -73,6 +74,53 @@ NumberPattern ParsePattern(std::string_view pattern) {
   }
   parsed.after = pattern.substr(pos);
   return parsed;
+}
+
+// The value rounded half away from zero; it has to fit. std::round would be a call of the C
+// library.
+std::int64_t RoundHalfAway(double value) {
+  const auto whole = static_cast<std::int64_t>(value);
+  const double rest = value - static_cast<double>(whole);
+  return whole + (rest >= 0.5 ? 1 : 0) - (rest <= -0.5 ? 1 : 0);
+}
+
+// Writes value / kScale, without zeros at the end, and returns where it ends. The scale, a power of
+// ten, is a constant because dividing by one is several times faster.
+template <std::uint64_t kScale>
+char* WriteDecimal(char* to, std::uint64_t value) {
+  to = std::to_chars(to, to + std::numeric_limits<std::uint64_t>::digits10 + 1, value / kScale).ptr;
+  std::uint64_t fraction = value % kScale;
+  if (fraction == 0) return to;
+  *to = '.';
+  std::ptrdiff_t last = 0;
+  std::ptrdiff_t digit = 0;
+  for (std::uint64_t scale = kScale; scale > 1; scale /= 10) ++digit;
+  for (; digit > 0; --digit, fraction /= 10) {
+    to[digit] = static_cast<char>('0' + fraction % 10);
+    if (last == 0 && to[digit] != '0') last = digit;
+  }
+  return to + last + 1;
+}
+
+template <std::uint64_t kScale>
+void AppendDecimal(std::string& out, double units) {
+  // Halves are common (the mean of two laps), but a time in days represents them only up to its
+  // last bits, so a value a hair short of a half is rounded as a half.
+  constexpr double kHair = 1e-14;
+  constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
+  std::array<char, 320> buffer;        // the largest double has 309 digits
+  char* end = buffer.data();
+  const double padded = units + units * kHair;
+  if (std::fabs(padded) < kMostUnits) {
+    const std::int64_t rounded = RoundHalfAway(padded);
+    if (rounded < 0) *end++ = '-';
+    end = WriteDecimal<kScale>(end, static_cast<std::uint64_t>(std::abs(rounded)));
+  } else {
+    end = std::to_chars(end, buffer.data() + buffer.size(), units / static_cast<double>(kScale),
+                        std::chars_format::fixed, 0)
+              .ptr;
+  }
+  out.append(buffer.data(), end);
 }
 
 }  // namespace
@@ -147,36 +195,17 @@ std::string FormatGeneral(double value) {
 }
 
 void AppendInteger(std::string& out, std::int64_t value) {
+  if (value >= 0 && value <= 9) {
+    out += static_cast<char>('0' + value);
+    return;
+  }
   std::array<char, 24> buffer;
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
   out.append(buffer.data(), end.ptr);
 }
 
-void AppendDecimal(std::string& out, double units, std::int64_t scale) {
-  // Halves are common (the mean of two laps), but a time in days represents them only up to its
-  // last bits, so a value a hair short of a half is rounded as a half.
-  constexpr double kHair = 1e-14;
-  constexpr double kMostUnits = 9e15;  // beyond it a double has no fractions
-  const double rounded = std::round(units + units * kHair);
-  if (!(std::fabs(rounded) < kMostUnits)) {
-    std::array<char, 320> buffer;  // the largest double has 309 digits
-    const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(),
-                                   units / static_cast<double>(scale), std::chars_format::fixed, 0);
-    out.append(buffer.data(), end.ptr);
-    return;
-  }
-  auto rest = static_cast<std::int64_t>(rounded);
-  if (rest < 0) {
-    out += '-';
-    rest = -rest;
-  }
-  AppendInteger(out, rest / scale);
-  rest %= scale;
-  if (rest != 0) out += '.';
-  for (std::int64_t place = scale / 10; rest != 0; place /= 10) {
-    out += static_cast<char>('0' + rest / place);
-    rest %= place;
-  }
-}
+void AppendThousandths(std::string& out, double units) { AppendDecimal<1000>(out, units); }
+
+void AppendMillionths(std::string& out, double units) { AppendDecimal<1000000>(out, units); }
 
 }  // namespace keltrun

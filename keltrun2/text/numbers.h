@@ -38,8 +38,10 @@ std::string FormatGeneral(double value);
 /// Appends a whole number.
 void AppendInteger(std::string& out, std::int64_t value);
 
-/// Appends `units` / `scale`, rounded half away from zero, with at most as many decimals as `scale`
-/// (a power of ten) has zeros, and never with an exponent.
-void AppendDecimal(std::string& out, double units, std::int64_t scale);
+/// Appends a number of thousandths as a decimal number, rounded half away from zero to a whole
+/// number of them, without zeros at the end and never with an exponent: 1500 is "1.5".
+void AppendThousandths(std::string& out, double units);
+/// The same for millionths.
+void AppendMillionths(std::string& out, double units);
 
 }  // namespace keltrun

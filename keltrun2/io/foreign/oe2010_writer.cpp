@@ -144,7 +144,7 @@ class Writer {
          course.number != 0 ? "Course " + std::to_string(course.number) : klass.ClassName());
     if (course.length > 0) {
       To(kKilometers);
-      AppendDecimal(out_, course.length, 1000);
+      AppendThousandths(out_, course.length);
     }
     if (course.climb > 0) Number(kMeters, course.climb);
     Number(kCourseControls, course.ControlCount());
