@@ -6,6 +6,7 @@ import {chooseLanguage, isJapanese, language, setLanguage, t} from './language.j
 import {makePaper, removePaper} from './paper.js';
 import {drawCharts, setTitle} from './parts.js';
 import {address, readAddress, setKeyOf, viewOf} from './route.js';
+import {lookSoon, showMyRow, watchRows} from './rows.js';
 import {closeDialog, foot, menu, printMenu, showDialog, showHead, showNavigation} from './shell.js';
 import {store, stored} from './store.js';
 import {compareView} from './view_compare.js';
@@ -86,6 +87,7 @@ function show({keepPlace = false} = {}) {
   showNavigation(app, view, chosenRunner());
   document.title = [titleOf(view), app.event.name].filter(Boolean).join(' – ');
   drawCharts(main);
+  watchRows(main);
   shownWidth = innerWidth;
   if (!keepPlace) placeView(main);
   byLink = false;
@@ -152,6 +154,7 @@ function printPaper(kind) {
 
 function scrollToMe() {
   const calm = matchMedia('(prefers-reduced-motion: reduce)').matches;
+  showMyRow();
   document.querySelector('tr.me')?.scrollIntoView({block: 'center', behavior: calm ? 'auto' : 'smooth'});
 }
 
@@ -220,6 +223,7 @@ async function start() {
   history.scrollRestoration = 'manual';
   addEventListener('hashchange', () => show());
   addEventListener('scroll', keepScroll, {passive: true});
+  addEventListener('scroll', lookSoon, {passive: true});
   document.addEventListener('click', onClick);
   document.addEventListener('change', onChange);
   addEventListener('keydown', onKey);

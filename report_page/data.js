@@ -1,5 +1,5 @@
 // The data of the event, and the sets that are worked out of it when they are first shown.
-import {isNumber, folded, bare} from './format.js';
+import {isNumber} from './format.js';
 import {firstStep, sum} from './figures.js';
 import {setKey} from './route.js';
 
@@ -32,8 +32,6 @@ function makeRunner(raw, [serial, name, club, klass, start, result, outcome, lap
   const className = raw.classes[klass].name;
   return {
     serial, name, club: clubName, className, classIndex: klass, start, result, outcome, laps, estimate,
-    searched: folded(`${name} ${clubName} ${className}`), searchedName: folded(name),
-    bareName: bare(name),
   };
 }
 
@@ -63,7 +61,7 @@ export function classSetOf(event, runner) {
 // Rows of a set with what lists and cards need: runner, rank, time.
 export function openList(event, set) {
   if (set.rows) return set;
-  set.rows = set.raw.rows.map((values) => makeRow(event, set, values));
+  set.rows = set.raw.rows.map((values) => new Row(event, set, values));
   set.byRunner = new Map(set.rows.map((row) => [row.runner, row]));
   set.finishers = set.rows.filter((row) => isNumber(row.time));
   set.winner = set.finishers[0] ?? null;
@@ -73,22 +71,48 @@ export function openList(event, set) {
   return set;
 }
 
-function makeRow(event, set, values) {
-  const [index, rank, time, cruise, rate, lost, clean, firstHalf, secondHalf, lapRank, position, extras] = values;
-  const runner = event.runners[index];
-  const estimate = set.kind === 'segment' ? null : runner.estimate ?? null;
-  const timeLost = estimate ? estimate[1] : lost;
-  return {
-    runner, rank, time, rate, lapRank, position, extras, estimate,
-    place: /^\d+$/.test(rank) ? Number(rank) : null,
-    result: extras.result ?? runner.result,
-    speed: estimate ? estimate[0] : cruise,
-    mistakes: estimate ? estimate[2] : null,
-    lost: timeLost,
-    lostRange: estimate ? [estimate[8], estimate[9]] : null,
-    clean: estimate ? (isNumber(time) ? time - timeLost : null) : clean || null,
-    half: firstHalf && secondHalf ? secondHalf / firstHalf - 1 : null,
-  };
+// What a set says about a runner. What concerns single legs is worked out when it is first asked for,
+// because of a long list only some rows are ever shown.
+class Row {
+  constructor(event, set, values) {
+    const [index, rank, time, cruise, rate, lost, clean, firstHalf, secondHalf, lapRank, position, extras] = values;
+    const runner = event.runners[index];
+    const estimate = runner.estimate ?? null;
+    const isSegment = set.kind === 'segment';
+    const from = extras.from ?? 0;
+    const timeLost = !estimate ? lost : isSegment ? costOfLegs(estimate, from, lapRank.length) : estimate[1];
+    Object.assign(this, {
+      set, runner, rank, time, rate, lapRank, position, extras, estimate, from,
+      place: /^\d+$/.test(rank) ? Number(rank) : null,
+      result: extras.result ?? runner.result,
+      speed: isSegment ? null : estimate ? estimate[0] : cruise,
+      mistakes: estimate && !isSegment ? estimate[2] : null,
+      lost: timeLost,
+      lostRange: estimate && !isSegment ? [estimate[8], estimate[9]] : null,
+      clean: estimate ? (isNumber(time) ? time - timeLost : null) : clean || null,
+      half: firstHalf && secondHalf ? secondHalf / firstHalf - 1 : null,
+      legs: null,
+    });
+  }
+
+  get laps() { return this.opened().laps; }
+  get inRange() { return this.opened().inRange; }
+  get elapsed() { return this.opened().elapsed; }
+  get loss() { return this.opened().loss; }
+  get own() { return this.opened().own; }
+  get least() { return this.opened().least; }
+  get most() { return this.opened().most; }
+  get cost() { return this.opened().cost; }
+  get word() { return this.opened().word; }
+
+  opened() {
+    return this.legs ??= legsOf(this.set, this);
+  }
+}
+
+// What mistakes cost on the legs of a segment.
+function costOfLegs([, , , , , , cost], from, legs) {
+  return sum(cost.slice(from, from + legs).filter(isNumber));
 }
 
 // A set with everything about its legs.
@@ -105,7 +129,6 @@ export function openSet(event, set) {
   set.labels = raw.ref.map((_, leg) => `${set.names[leg]}→${set.names[leg + 1]}`);
   set.facts = raw.legs.map(([laps, mistakes, cost, decisive]) => ({laps, mistakes, cost, decisive}));
   measureCourse(set);
-  for (const row of set.rows) addLegs(set, row);
   set.bestLap = raw.ref.map((_, leg) => set.rows.find((row) => row.lapRank[leg] === 1)?.laps[leg] ?? null);
   set.decisive = legOfMost(set, (facts) => facts.decisive);
   return set;
@@ -135,13 +158,18 @@ function legOfMost(set, value) {
   return most;
 }
 
-function addLegs(set, row) {
+// What there is for each leg of a row: marked laps, times since the start, and losses with all that
+// is known of them; null where there is nothing.
+function legsOf(set, {runner, extras, estimate, from}) {
   const legs = Array.from({length: set.legs}, (_, leg) => leg);
-  row.laps = legs.map((leg) => (row.extras.lap ?? row.runner.laps)[leg] ?? null);
-  row.ranges = pairs(row.extras.ranges ?? []);
-  row.inRange = legs.map((leg) => row.ranges.find(([from, to]) => leg + 1 >= from && leg + 1 <= to) ?? null);
-  row.elapsed = splitsOf(set, row);
-  addLosses(row, legs);
+  const laps = extras.lap ?? legs.map((leg) => runner.laps[from + leg] ?? null);
+  const ranges = pairs(extras.ranges ?? []);
+  return {
+    laps,
+    inRange: legs.map((leg) => ranges.find(([begin, end]) => leg + 1 >= begin && leg + 1 <= end) ?? null),
+    elapsed: splitsOf(set, laps, extras.split),
+    ...lossesOf(legs, laps, extras.loss ?? [], estimate ?? [], from),
+  };
 }
 
 function pairs(list) {
@@ -149,8 +177,8 @@ function pairs(list) {
 }
 
 // Times since the start, null where there is none. On an untimed leg no time goes by.
-function splitsOf(set, row) {
-  const splits = row.extras.split?.map((time) => time || null) ?? runningSums(row.laps);
+function splitsOf(set, laps, given) {
+  const splits = given?.map((time) => time || null) ?? runningSums(laps);
   set.timed.forEach((timed, leg) => {
     if (!timed && splits[leg] === null) splits[leg] = leg > 0 ? splits[leg - 1] : 0;
   });
@@ -163,16 +191,17 @@ function runningSums(laps) {
 }
 
 // The figures of the estimate, and those of the analysis where it has none.
-function addLosses(row, legs) {
-  const [, , , own = [], below = [], above = [], cost = [], words = ''] = row.estimate ?? [];
-  const fromAnalysis = row.extras.loss ?? [];
-  const known = (leg) => isNumber(own[leg]) && isNumber(row.laps[leg]);
-  row.loss = legs.map((leg) => (known(leg) ? row.laps[leg] - own[leg] : fromAnalysis[leg] ?? null));
-  row.own = legs.map((leg) => (isNumber(row.loss[leg]) && isNumber(row.laps[leg]) ? row.laps[leg] - row.loss[leg] : null));
-  row.least = legs.map((leg) => (known(leg) ? row.loss[leg] - below[leg] : null));
-  row.most = legs.map((leg) => (known(leg) ? row.loss[leg] + above[leg] : null));
-  row.cost = legs.map((leg) => (known(leg) ? cost[leg] : null));
-  row.word = legs.map((leg) => (known(leg) ? Number(words[leg] ?? 0) : null));
+function lossesOf(legs, laps, ofAnalysis, [, , , own = [], below = [], above = [], cost = [], words = ''], from) {
+  const known = legs.map((leg) => isNumber(own[from + leg]) && isNumber(laps[leg]));
+  const loss = legs.map((leg) => (known[leg] ? laps[leg] - own[from + leg] : ofAnalysis[leg] ?? null));
+  return {
+    loss,
+    own: legs.map((leg) => (isNumber(loss[leg]) && isNumber(laps[leg]) ? laps[leg] - loss[leg] : null)),
+    least: legs.map((leg) => (known[leg] ? loss[leg] - below[from + leg] : null)),
+    most: legs.map((leg) => (known[leg] ? loss[leg] + above[from + leg] : null)),
+    cost: legs.map((leg) => (known[leg] ? cost[from + leg] : null)),
+    word: legs.map((leg) => (known[leg] ? Number(words[from + leg] ?? 0) : null)),
+  };
 }
 
 // The loss to color a leg by: inside a range that of its end, which is the loss of all its legs.

@@ -14,27 +14,47 @@ function setAttributes(element, attributes) {
   }
 }
 
+// Children are elements, texts, numbers and lists of them; nothing at all is left out.
+function append(element, parts, from = 0) {
+  for (let i = from; i < parts.length; ++i) {
+    const part = parts[i];
+    if (part === null || part === undefined || part === false || part === '') continue;
+    if (Array.isArray(part)) append(element, part);
+    else element.append(part);
+  }
+}
+
 function fill(element, parts) {
-  const [first, ...rest] = parts;
-  if (isAttributes(first)) setAttributes(element, first);
-  element.append(...(isAttributes(first) ? rest : parts).flat(4)
-    .filter((part) => part !== null && part !== undefined && part !== false && part !== ''));
+  const hasAttributes = isAttributes(parts[0]);
+  if (hasAttributes) setAttributes(element, parts[0]);
+  append(element, parts, hasAttributes ? 1 : 0);
   return element;
 }
 
-// h('a.card.me', {href}, children ...): the children are elements, texts, numbers and lists of them.
+const readNames = new Map();  // "a.card.me" to ["a", "card me"], because tables have many of the same
+
+function readName(name) {
+  let read = readNames.get(name);
+  if (!read) {
+    const [tag, ...classes] = name.split('.');
+    readNames.set(name, read = [tag, classes.join(' ')]);
+  }
+  return read;
+}
+
+// h('a.card.me', {href}, children ...)
 export function h(name, ...parts) {
-  const [tag, ...classes] = name.split('.');
+  const [tag, classes] = readName(name);
   const element = document.createElement(tag);
-  if (classes.length > 0) element.className = classes.join(' ');
+  if (classes) element.className = classes;
   return fill(element, parts);
 }
 
 // The same for the elements of drawings.
 export function s(name, ...parts) {
-  const [tag, ...classes] = name.split('.');
+  const [tag, classes] = readName(name);
   const element = document.createElementNS(SVG, tag);
-  if (classes.length > 0) element.setAttribute('class', classes.join(' '));
+  if (classes) element.setAttribute('class', classes);
   return fill(element, parts);
 }
 

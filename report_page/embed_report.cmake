@@ -6,7 +6,7 @@
 # comment lines, which only make pages larger, are dropped, too: no string may go over several lines.
 set(modules
   texts_en.js texts_ja.js language.js format.js dom.js icons.js store.js route.js figures.js data.js
-  search.js parts.js dots.js lines.js loss_bars.js view_event.js view_results.js view_splits.js
+  search.js parts.js rows.js dots.js lines.js loss_bars.js view_event.js view_results.js view_splits.js
   view_race.js view_legs.js view_set.js explanation.js view_runner.js view_compare.js view_find.js
   help.js paper.js shell.js app.js)
 

@@ -141,20 +141,33 @@ function worstPosition(set, row) {
   return Math.max(0, ...row.position.slice(0, -1).filter((_, leg) => set.x[leg + 1] > 0.1));
 }
 
+// Legs with a loss, without working them all out: of the estimate, or else of the analysis.
+function legsWithLoss({estimate, extras}) {
+  return (estimate?.[3] ?? extras.loss ?? []).filter(isNumber).length;
+}
+
 // What was special about the race: each entry may be null.
 export function storiesOf(sets) {
-  const closest = best(sets.filter((set) => ranked(set).length > 1).map((set) => ({set})),
-    ({set}) => ranked(set)[0].time - ranked(set)[1].time);
-  const comeback = best(withSets(sets, FEWEST_FOR_COMEBACK), ({set, row}) => {
-    const won = worstPosition(set, row) - row.position.at(-1);
-    return row.position.at(-1) > 0 && won > 1 ? won : null;
-  });
-  const cleanest = best(withSets(sets, FEWEST_FOR_CLEANEST), ({set, row}) => {
-    const known = row.loss.filter(isNumber).length >= 0.6 * set.timedLegs;
-    return known && isNumber(row.lost) && row.time > 0 ? -row.lost / row.time : null;
-  });
-  const deciding = best(sets.filter((set) => set.decisive !== null && set.finishers.length > 4).map((set) => ({set})),
-    ({set}) => set.facts[set.decisive].decisive / (set.courseTime || 1));
-  return {closest, comeback, cleanest, deciding,
-    worst: comeback ? worstPosition(comeback.set, comeback.row) : 0};
+  return {
+    closest: best(sets.filter((set) => ranked(set).length > 1).map((set) => ({set})),
+      ({set}) => ranked(set)[0].time - ranked(set)[1].time),
+    comeback: best(withSets(sets, FEWEST_FOR_COMEBACK).map((each) => ({...each, worst: worstPosition(each.set, each.row)})), ({row, worst}) => {
+      const won = worst - row.position.at(-1);
+      return row.position.at(-1) > 0 && won > 1 ? won : null;
+    }),
+    cleanest: best(withSets(sets, FEWEST_FOR_CLEANEST), ({set, row}) => {
+      const known = legsWithLoss(row) >= 0.6 * set.timedLegs;
+      return known && isNumber(row.lost) && row.time > 0 ? -row.lost / row.time : null;
+    }),
+    deciding: best(sets.filter((set) => set.decisive !== null && set.finishers.length > 4).map((set) => ({set})),
+      ({set}) => set.facts[set.decisive].decisive / (set.courseTime || 1)),
+  };
+}
+
+// The better one of each two stories; of equals the first.
+export function betterStories(stories, others) {
+  return Object.fromEntries(Object.entries(stories).map(([kind, story]) => {
+    const other = others[kind];
+    return [kind, story === null || (other !== null && other.value > story.value) ? other : story];
+  }));
 }

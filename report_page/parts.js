@@ -6,9 +6,6 @@ import {isNumber, lengthText, signedTime, timeText} from './format.js';
 import {countOfRunners, t} from './language.js';
 import {address, runnerKey} from './route.js';
 
-const FIRST_ROWS = 60;
-const MORE_SHARE = 0.4;  // of the first rows in each later portion, so that scrolling never waits
-
 // The color of a loss as a style value.
 export function lossColor(set, loss) {
   const step = lossStep(set.first, loss);
@@ -112,31 +109,4 @@ export function chart(draw, attributes = {}) {
 
 export function drawCharts(root) {
   for (const place of root.querySelectorAll('.chart')) place.draw?.();
-}
-
-// Observes the ends of long lists; where there is no browser, as in unit tests, it does nothing.
-const growing = typeof IntersectionObserver === 'undefined' ? {observe() {}, unobserve() {}} :
-  new IntersectionObserver((entries) => {
-    for (const {isIntersecting, target} of entries) if (isIntersecting) target.grow();
-  }, {rootMargin: '900px'});
-
-// Puts rows into a table body: the first ones at once, up to `needed` at least, the others when they
-// come near.
-export function fillRows(body, items, makeRow, needed = -1, first = FIRST_ROWS) {
-  const portion = Math.ceil(first * MORE_SHARE);
-  let shown = Math.max(first, needed + 5);
-  if (items.length <= shown + portion) shown = items.length;
-  body.append(...items.slice(0, shown).map(makeRow));
-  if (shown === items.length) return body;
-  const more = h('tr', h('td.more', {colspan: 20}));
-  more.grow = () => {
-    more.before(...items.slice(shown, shown + portion).map(makeRow));
-    shown += portion;
-    growing.unobserve(more);
-    if (shown >= items.length) more.remove();
-    else growing.observe(more);
-  };
-  body.append(more);
-  growing.observe(more);
-  return body;
 }

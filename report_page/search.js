@@ -1,6 +1,18 @@
 // Finding runners, clubs and classes.
 import {bare, folded} from './format.js';
 
+// What is searched for each runner, found when the event is first searched.
+const textsOf = new WeakMap();
+
+function searchedTexts(event) {
+  if (!textsOf.has(event)) {
+    textsOf.set(event, event.runners.map(({name, club, className}) => ({
+      all: folded(`${name} ${club} ${className}`), name: folded(name), bareName: bare(name),
+    })));
+  }
+  return textsOf.get(event);
+}
+
 function wordsOf(text) {
   return folded(text).trim().split(' ').filter(Boolean);
 }
@@ -11,14 +23,17 @@ export function search(event, text) {
   const words = wordsOf(text);
   if (words.length === 0) return {runners: [], clubs: [], classes: []};
   const bareWords = words.map(bare);
-  const inName = (runner, i) => runner.searchedName.includes(words[i]) ||
-    (bareWords[i] !== '' && runner.bareName.includes(bareWords[i]));
-  const matches = (runner) => words.every((word, i) => runner.searched.includes(word) || inName(runner, i));
-  const named = (runner) => words.every((_, i) => inName(runner, i));
-  const found = event.runners.filter(matches);
+  const texts = searchedTexts(event);
+  const inName = ({name, bareName}, i) => name.includes(words[i]) || (bareWords[i] !== '' && bareName.includes(bareWords[i]));
+  const matches = (text) => words.every((word, i) => text.all.includes(word) || inName(text, i));
+  const [named, others] = [[], []];
+  event.runners.forEach((runner, number) => {
+    const found = texts[number];
+    if (matches(found)) (words.every((_, i) => inName(found, i)) ? named : others).push(runner);
+  });
   const has = (name) => words.every((word) => folded(name).includes(word));
   return {
-    runners: [...found.filter(named), ...found.filter((runner) => !named(runner))],
+    runners: [...named, ...others],
     clubs: event.clubs.filter(([name]) => has(name)),
     classes: event.classSets.filter((set) => has(set.name)),
   };

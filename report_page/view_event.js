@@ -2,7 +2,7 @@
 import {h} from './dom.js';
 import {classSetOf, openList, openSet} from './data.js';
 import {finishDots} from './dots.js';
-import {storiesOf} from './figures.js';
+import {betterStories, storiesOf} from './figures.js';
 import {isNumber, percentText, signedTime, timeText} from './format.js';
 import {courseDrawing, icon} from './icons.js';
 import {countOfRunners, dateText, ordinal, t} from './language.js';
@@ -31,22 +31,28 @@ function myCard(event, me) {
     h('header', h('h3', me.name), h('span.n', me.className)), h('p', parts), heatStrip(list, row));
 }
 
-// The stories need every class worked out, so they come after the first view is on the screen.
+// The stories need every class worked out, so they come after the first view is on the screen, and
+// class by class, so that the page answers meanwhile.
 function storyTiles(event) {
   const tiles = h('div.tiles', [0, 1, 2, 3].map(() => h('div.card.tile', '\u00a0')));
   const head = h('h2.unseen', t('stories'));
-  setTimeout(() => {
+  const prepare = (number, told) => {
     if (!tiles.isConnected) return;
-    const made = stories(event);
+    const set = event.classSets[number];
+    if (set) {
+      const more = betterStories(told, storiesOf([openSet(event, set)]));
+      setTimeout(() => prepare(number + 1, more));
+      return;
+    }
+    const made = storyCards(told);
     if (made.length > 0) tiles.replaceChildren(...made);
     else tiles.remove();
-  });
+  };
+  setTimeout(() => prepare(0, storiesOf([])));
   return [head, tiles];
 }
 
-function stories(event) {
-  const sets = event.classSets.map((set) => openSet(event, set));
-  const {closest, comeback, cleanest, deciding, worst} = storiesOf(sets);
+function storyCards({closest, comeback, cleanest, deciding}) {
   const tile = (kind, key, set, big, small, href) => h(`a.card.tile.${kind}`, {href},
     h('h3', `${t(key)} · ${set.name}`), h('p.big', big), h('p.sm.mut', small));
   const tiles = [];
@@ -56,7 +62,7 @@ function stories(event) {
       `${first.runner.name} – ${second.runner.name}`, setAddress(closest.set, {view: 'race'})));
   }
   if (comeback) {
-    tiles.push(tile('s1', 'comeback', comeback.set, `${ordinal(worst)} → ${ordinal(comeback.row.position.at(-1))}`,
+    tiles.push(tile('s1', 'comeback', comeback.set, `${ordinal(comeback.worst)} → ${ordinal(comeback.row.position.at(-1))}`,
       comeback.row.runner.name, runnerAddress(comeback.row.runner)));
   }
   if (cleanest) {

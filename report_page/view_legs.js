@@ -4,7 +4,8 @@ import {lapDots} from './dots.js';
 import {isMistake, median} from './figures.js';
 import {isNumber, signedTime, timeText} from './format.js';
 import {t} from './language.js';
-import {chart, chips, fillRows, lossClass, rankMedal, runnerAddress, setAddress, term} from './parts.js';
+import {chart, chips, lossClass, rankMedal, runnerAddress, setAddress, term} from './parts.js';
+import {rowBodies} from './rows.js';
 
 const MANY_MISTAKES = 0.4;
 
@@ -85,7 +86,7 @@ function legPage({me, query}, set) {
 }
 
 function lapTable(set, leg, rows, me) {
-  const body = fillRows(h('tbody'), rows, (row) => {
+  const bodies = rowBodies(rows, (row) => {
     const href = runnerAddress(row.runner, {leg: leg + 1});
     const loss = row.loss[leg];
     return h('tr' + (row.runner === me ? '.me' : ''), {'data-go': href},
@@ -95,8 +96,8 @@ function lapTable(set, leg, rows, me) {
       h('td.r.mut', row.lapRank[leg] > 1 ? signedTime(row.laps[leg] - rows[0].laps[leg]) : ''),
       h(`td.r.${lossClass(set, loss) || 'mut'}`, isNumber(loss) && Math.abs(loss) >= set.first ? signedTime(loss) : '',
         isMistake(set, row, leg) ? h('span.mark', {role: 'img', 'aria-label': t('mistakes')}, ' ●') : null));
-  });
+  }, {mine: rows.findIndex((row) => row.runner === me), rowHeight: 58});
   return h('div.list', h('table.results', h('caption.unseen', `${t('allLaps')}: ${set.labels[leg]}`), h('thead', h('tr',
-    h('th', {scope: 'col'}, '#'), h('th', {scope: 'col'}, t('name')), h('th.r', {scope: 'col'}, t('lap')),
-    h('th.r', {scope: 'col'}, t('behind')), h('th.r', {scope: 'col'}, term('lost', t('lineLoss'))))), body));
+    h('th', {scope: 'col'}, '#'), h('th', {scope: 'col'}, t('name')), h('th.r.lap-column', {scope: 'col'}, t('lap')),
+    h('th.r.lap-column', {scope: 'col'}, t('behind')), h('th.r.lap-column', {scope: 'col'}, term('lost', t('lineLoss'))))), bodies));
 }

@@ -1,8 +1,11 @@
 // The result list of a set.
 import {h} from './dom.js';
-import {fillRows, behindText, heatStrip, lossLegend, medal, resultText, runnerAddress, term} from './parts.js';
+import {behindText, heatStrip, lossLegend, medal, resultText, runnerAddress, term} from './parts.js';
 import {percentText, timeText, isNumber} from './format.js';
 import {t} from './language.js';
+import {rowBodies} from './rows.js';
+
+const ROW_HEIGHT = 62;
 
 // A strip of two or three legs says nothing.
 function hasStrip(set) {
@@ -11,12 +14,12 @@ function hasStrip(set) {
 
 export function resultsView({me}, set) {
   const mine = me ? set.rows.findIndex((row) => row.runner === me) : -1;
-  const body = fillRows(h('tbody'), set.rows, (row) => resultRow(set, row, me), mine);
-  body.append(...set.withoutLaps.map((runner) => startlessRow(runner)));
+  const bodies = rowBodies(set.rows, (row) => resultRow(set, row, me), {mine, rowHeight: ROW_HEIGHT});
+  bodies.push(h('tbody', set.withoutLaps.map((runner) => startlessRow(runner, set))));
   return [
     h('div.above', hasStrip(set) ? lossLegend() : h('span'),
       mine > 7 ? h('button.chip.to-me', {type: 'button', 'data-act': 'to-me', 'aria-label': t('toMe')}, `↓ ${set.rows[mine].rank || '–'}`) : null),
-    h('div.list', h('table.results', h('caption.unseen', `${t('results')} ${set.name}`), head(set), body)),
+    h('div.list', h('table.results', h('caption.unseen', `${t('results')} ${set.name}`), head(set), bodies)),
   ];
 }
 
@@ -24,10 +27,10 @@ function head(set) {
   const estimated = set.rows.some((row) => row.estimate);
   return h('thead', h('tr',
     h('th', {scope: 'col'}, term('rank', '#')), h('th', {scope: 'col'}, t('name')),
-    hasStrip(set) ? h('th.wide-only', {scope: 'col'}, t('strip')) : null,
-    h('th.r.wide-only', {scope: 'col'}, term('speed', t(estimated ? 'speed' : 'cruise'))),
-    h('th.r.wide-only', {scope: 'col'}, term('lost', t('lost'))),
-    h('th.r', {scope: 'col'}, t('time'), h('br'), term('behind', t('behind')))));
+    hasStrip(set) ? h('th.wide-only.strip-column', {scope: 'col'}, t('strip')) : null,
+    hasStrip(set) ? h('th.r.wide-only.figure-column', {scope: 'col'}, term('speed', t(estimated ? 'speed' : 'cruise'))) : null,
+    h('th.r.wide-only.figure-column', {scope: 'col'}, term('lost', t('lost'))),
+    h('th.r.time-column', {scope: 'col'}, t('time'), h('br'), term('behind', t('behind')))));
 }
 
 function resultRow(set, row, me) {
@@ -38,15 +41,15 @@ function resultRow(set, row, me) {
     h('td', medal(row)),
     h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), hasStrip(set) ? h('div.narrow-only.below', heatStrip(set, row)) : null),
     hasStrip(set) ? h('td.wide-only', heatStrip(set, row)) : null,
-    h('td.r.wide-only.mut.sm', percentText(row.speed)),
+    hasStrip(set) ? h('td.r.wide-only.mut.sm', percentText(row.speed)) : null,
     h('td.r.wide-only.mut.sm', isNumber(row.lost) && isNumber(row.time) ? timeText(row.lost) : '–'),
     h('td.r.top-cell', h('span.tm', resultText(row)), h('div.cl.nw', behindText(set, row) || '\u00a0')));
 }
 
-function startlessRow(runner) {
+function startlessRow(runner, set) {
   const href = runnerAddress(runner);
   return h('tr', {'data-go': href}, h('td', h('span.medal', '–')),
     h('td', h('a.nm', {href}, runner.name), h('div.cl', runner.club)),
-    h('td.wide-only'), h('td.wide-only'), h('td.wide-only'),
+    hasStrip(set) ? [h('td.wide-only'), h('td.wide-only')] : null, h('td.wide-only'),
     h('td.r', h('span.status', runner.result || '–')));
 }

@@ -3,23 +3,41 @@ import {h} from './dom.js';
 import {lossStep} from './figures.js';
 import {isNumber, signedTime, timeText} from './format.js';
 import {t} from './language.js';
-import {behindText, chips, fillRows, lossClass, resultText, runnerAddress, setAddress, term} from './parts.js';
+import {behindText, chips, lossClass, resultText, runnerAddress, setAddress, term} from './parts.js';
+import {rowBodies} from './rows.js';
 
-const CELLS_AT_ONCE = 800;
-const FEWEST_ROWS = 16;
+const ROW_HEIGHT = 45;
 
 export function splitsView({me, query}, set) {
   const line = ['loss', 'beh'].includes(query.line) ? query.line : '';
   const mine = me ? set.rows.findIndex((row) => row.runner === me) : -1;
-  const body = fillRows(h('tbody'), set.rows, (row) => splitRow(set, row, line, me), mine,
-    Math.max(FEWEST_ROWS, Math.round(CELLS_AT_ONCE / set.legs)));
+  const bodies = rowBodies(set.rows, (row) => splitRow(set, row, line, me), {mine, rowHeight: ROW_HEIGHT, cells: set.legs + 2});
+  const widths = columnWidths(set);
   return [
     h('div.pick.second', h('span.sm.mut', t('secondLine')),
       chips(t('secondLine'), 'line', line, [['', t('lineElapsed')], ['loss', t('lineLoss')], ['beh', t('lineBehind')]])),
     h('div.scroll', {tabindex: 0, role: 'region', 'aria-label': `${t('splits')} ${set.name}`},
-      h('table.splits', head(set), body)),
+      h('table.splits', {style: {width: `max(100%, calc(var(--name-width) + ${widths.reduce((all, width) => all + width, 0).toFixed(1)}ch))`}},
+        h('colgroup', h('col.name-column'), widths.map((width) => h('col', {style: {width: `${width.toFixed(1)}ch`}}))),
+        head(set), bodies)),
     legend(),
   ];
+}
+
+// Widths of the columns in digits of the page's font, so that they stay when rows come and go: a
+// small digit takes less than one, the rest is for ranks and edges.
+function columnWidths(set) {
+  const largest = (values) => values.reduce((most, value) => (isNumber(value) && value > most ? value : most), 0);
+  const ranks = String(set.rows.length).length * 0.75;
+  const total = largest(set.rows.map((row) => row.time));
+  let elapsed = 0;
+  const legs = set.labels.map((label, leg) => {
+    const lap = largest(set.rows.map(({extras, runner, from}) => extras.lap?.[leg] ?? runner.laps[from + leg]));
+    elapsed = Math.min(elapsed + lap, Math.max(total, lap));
+    const digits = Math.max(timeText(lap).length, timeText(elapsed).length, '+0:00'.length) * 0.9;
+    return Math.max(label.length + 1, digits + ranks) + 2;
+  });
+  return [(timeText(total).length + 1) * 0.95 + 2, ...legs];
 }
 
 function head(set) {

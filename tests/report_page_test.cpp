@@ -102,6 +102,34 @@ TEST(ReportPage, WithoutAnEstimateLossesAreThoseOfTheAnalysis) {
   EXPECT_TRUE(data["sets"][0]["rows"][2][11].contains("loss"));
 }
 
+// The laps of a segment are not written again: a row says where they begin among the runner's own.
+TEST(ReportPage, SegmentsUseTheLapsAndTheEstimateOfTheCourse) {
+  const auto root = NewRoot();
+  ASSERT_TRUE(root->FileControl()->LoadLapFile(ExampleFile("hoshinomori/event.lxm")));
+  root->MakeSegmentSet();
+  const auto analyzer = root->SegmentData(1)->Analyzer();
+  analyzer->Execute();
+  const Json data = DataOf(
+      root->HtmlControl()->OutputViewer({{analyzer, DataSetKind::kSegment}}, root->NewEstimate()));
+  const Json& set = data["sets"][0];
+  std::set<int> places;
+  int estimated_mistakes = 0;
+  for (const Json& row : set["rows"]) {
+    const Json& runner = data["runners"][row[0].get<std::size_t>()];
+    const auto from = row[11]["from"].get<std::size_t>();
+    if (row[2].is_null()) continue;
+    EXPECT_EQ(runner[7][from].get<double>() + runner[7][from + 1].get<double>(),
+              row[2].get<double>())
+        << runner[1];
+    places.insert(static_cast<int>(from));
+    if (runner.size() < 9) continue;
+    EXPECT_FALSE(row[11].contains("loss")) << runner[1];
+    estimated_mistakes += runner[8][7].get<std::string>()[from] >= '2' ? 1 : 0;
+  }
+  EXPECT_GT(places.size(), 1U) << "the segment ends courses of several lengths";
+  EXPECT_EQ(set["legs"][0][1], estimated_mistakes);
+}
+
 TEST(ReportPage, NeedsAnalyses) {
   const auto root = NewRoot();
   EXPECT_THROW((void)root->HtmlControl()->OutputViewer({{nullptr}}), AutomationError);

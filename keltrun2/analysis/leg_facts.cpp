@@ -18,9 +18,11 @@ constexpr double kLeastShareOfLap = 0.15;
 // Adds up the facts of one leg.
 class LegSummary {
  public:
-  LegSummary(const clsAnalyzer& analyzer, const clsEstimate* estimate, std::int32_t leg)
+  LegSummary(const clsAnalyzer& analyzer, const clsEstimate* estimate, const SegmentRuns& runs,
+             std::int32_t leg)
       : runners_(AnalyzerInternal::Selected(analyzer)),
         estimate_(estimate),
+        runs_(runs),
         least_mistake_(
             std::max(kLeastMistake, kLeastShareOfCourse * analyzer.GeneralData()->UpperLapTotal())),
         leg_(leg) {}
@@ -37,10 +39,11 @@ class LegSummary {
  private:
   void AddLap(const clsAnalyzedRunnerData& runner) {
     ++facts_.laps;
-    const clsEstimatedRunnerData* estimated = EstimateOfRunner(runner, estimate_);
-    if (estimated != nullptr && estimated->IsKnown(leg_)) {
-      facts_.mistakes += estimated->IsMistake(leg_) ? 1 : 0;
-      facts_.cost += estimated->MistakeTime(leg_);
+    const RunnerEstimate estimate = EstimateOfRunner(runner, estimate_, runs_);
+    if (estimate.IsKnown(leg_)) {
+      const std::int32_t leg = estimate.legs_before + leg_;
+      facts_.mistakes += estimate.figures->IsMistake(leg) ? 1 : 0;
+      facts_.cost += estimate.figures->MistakeTime(leg);
     } else {
       AddLoss(runner.LapTime(leg_), *runner.MissTime(leg_));
     }
@@ -71,6 +74,7 @@ class LegSummary {
 
   const AnalyzerInternal::Runners& runners_;
   const clsEstimate* estimate_;
+  const SegmentRuns& runs_;
   const DateTime least_mistake_;
   const std::int32_t leg_;
   LegFacts facts_;
@@ -78,20 +82,25 @@ class LegSummary {
 
 }  // namespace
 
-std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate* estimate) {
+std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate* estimate,
+                                  const SegmentRuns& runs) {
   std::vector<LegFacts> facts;
   for (std::int32_t leg = 1; leg <= AnalyzerInternal::LegCount(analyzer); ++leg) {
-    facts.push_back(LegSummary(analyzer, estimate, leg).Facts());
+    facts.push_back(LegSummary(analyzer, estimate, runs, leg).Facts());
   }
   return facts;
 }
 
-const clsEstimatedRunnerData* EstimateOfRunner(const clsAnalyzedRunnerData& runner,
-                                               const clsEstimate* estimate) {
-  if (estimate == nullptr || runner.OtherData()->CourseNum != 0) return nullptr;
+RunnerEstimate EstimateOfRunner(const clsAnalyzedRunnerData& runner, const clsEstimate* estimate,
+                                const SegmentRuns& runs) {
+  const auto run = runs.find(runner.SerialNum());
+  // In a segment the record of the set is a copy, which does not have the course.
+  const clsLapData& record = run != runs.end() ? *run->second.record : *runner.OtherData();
+  if (estimate == nullptr || record.CourseNum != 0) return {};
   // The estimate keeps the runner alive.
-  const clsEstimatedRunnerData* estimated = estimate->RunnerData(runner.SerialNum()).get();
-  return estimated != nullptr && estimated->Speed() != 0 ? estimated : nullptr;
+  const clsEstimatedRunnerData* figures = estimate->RunnerData(runner.SerialNum()).get();
+  if (figures == nullptr || figures->Speed() == 0) return {};
+  return {figures, run != runs.end() ? run->second.legs_before : 0};
 }
 
 }  // namespace keltrun

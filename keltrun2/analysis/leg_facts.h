@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/estimate.h"
+#include "keltrun2/analysis/segment_runs.h"
 
 namespace keltrun {
 
@@ -20,16 +22,32 @@ struct LegFacts {
 /// The last place that counts for LegFacts::decisive.
 inline constexpr std::int32_t kLastDecisivePlace = 10;
 
+/// Where the legs of a segment are in the records of its runners, by their serial numbers; empty
+/// for a class and a course, whose legs are those of the records.
+using SegmentRuns = std::unordered_map<std::int32_t, SegmentRun>;
+
 /// The facts of the legs of an executed analysis, leg 1 first. What is a mistake and what it cost
 /// is that of the estimate, which may be null, for the laps that it knows. Of the others, a loss
 /// counts as a mistake from 8 s, 0.5 percent of the reference time of the course and 15 percent of
 /// the runner's own pace on the leg on, and the loss is what it cost.
-std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate* estimate);
+std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate* estimate,
+                                  const SegmentRuns& runs = {});
 
-/// The estimate for a runner of a set whose legs are those of the set; null when there is none, as
-/// for a segment, for which the caller gives no estimate, and for runners who had another course
-/// than their class, with whose legs theirs would be mixed up.
-const clsEstimatedRunnerData* EstimateOfRunner(const clsAnalyzedRunnerData& runner,
-                                               const clsEstimate* estimate);
+/// What the estimate says about a runner of a set, and how many of its legs are before the first
+/// one of the set. `figures` is null when there is none, as for runners who had another course than
+/// their class, with whose legs theirs would be mixed up.
+struct RunnerEstimate {
+  const clsEstimatedRunnerData* figures = nullptr;
+  std::int32_t legs_before = 0;
+  /// Whether the estimate has figures of a leg of the set.
+  bool IsKnown(std::int32_t leg) const {
+    return figures != nullptr && legs_before + leg <= clsLapData::kMostLegs &&
+           figures->IsKnown(legs_before + leg);
+  }
+};
+
+/// The estimate for a runner of a set, which lives as long as `estimate`, which may be null.
+RunnerEstimate EstimateOfRunner(const clsAnalyzedRunnerData& runner, const clsEstimate* estimate,
+                                const SegmentRuns& runs = {});
 
 }  // namespace keltrun

@@ -1,11 +1,9 @@
 #include "keltrun2/analysis/segment_data.h"
 
 #include <algorithm>
-#include <map>
-#include <optional>
 
 #include "keltrun2/analysis/data_set_internal.h"
-#include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/analysis/segment_runs.h"
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/process_state.h"
@@ -45,30 +43,6 @@ void CopyLaps(const clsLapData& runner, std::int32_t start, std::int32_t legs, c
   copy.SetResult(complete ? FormatTime(sum, "h:nn:ss", false) : "N/A");
 }
 
-// The legs after which the run begins, for each course that has it.
-std::map<std::int32_t, std::int32_t> StartsOfCourses(const SegmentSet& segment) {
-  std::map<std::int32_t, std::int32_t> starts;
-  for (const std::string& target : segment.TargetCourseTable) {
-    const std::size_t separator = target.find('\t');
-    if (separator == std::string::npos) continue;
-    starts.emplace(NumericLong(std::string_view(target).substr(0, separator)),
-                   NumericLong(std::string_view(target).substr(separator + 1)));
-  }
-  return starts;
-}
-
-// Where the run begins for a runner of a class that is listed with `start`; nullopt when their
-// course does not have it. The list has a class once, whichever of its runners' courses has the
-// run.
-std::optional<std::int32_t> StartFor(const clsClassData& klass, const clsLapData& runner,
-                                     std::int32_t start, bool has_several_courses,
-                                     const std::map<std::int32_t, std::int32_t>& starts) {
-  if (!has_several_courses) return start;
-  const auto found = starts.find(ClassDataInternal::CourseOf(klass, runner));
-  if (found == starts.end()) return std::nullopt;
-  return found->second;
-}
-
 // A record with only the legs of the run, which is in no class. It keeps the serial number.
 std::shared_ptr<clsLapData> SegmentLap(const clsLapData& runner, std::int32_t start,
                                        std::int32_t legs) {
@@ -105,20 +79,9 @@ std::shared_ptr<Set> Fill(const SegmentSet& segment, std::string_view sex) {
   }
   // Courses with 50 controls can share 51 legs, but no record has a lap for the last one.
   const std::int32_t legs = std::min(segment.ControlCount + 1, clsLapData::kMostLegs);
-  const auto model = CurrentModel("clsSegmentData");
-  const auto starts = StartsOfCourses(segment);
-  for (const std::string& target : segment.TargetClassList) {
-    const std::size_t separator = target.rfind(';');  // a class name can contain one
-    if (separator == std::string::npos) continue;
-    const auto klass = model->ClassByName(std::string_view(target).substr(0, separator));
-    if (!klass) continue;
-    const std::int32_t start = NumericLong(std::string_view(target).substr(separator + 1));
-    const bool has_several_courses = ClassDataInternal::RunnersOfCourses(*klass).size() > 1;
-    for (const auto& runner : ClassDataInternal::Runners(*klass)) {
-      if (!sex.empty() && runner->Sex != sex) continue;
-      const auto at = StartFor(*klass, *runner, start, has_several_courses, starts);
-      if (at) set->AddLap(SegmentLap(*runner, *at, legs));
-    }
+  for (const SegmentRun& run : RunsOfSegment(segment, *CurrentModel("clsSegmentData"))) {
+    if (!sex.empty() && run.record->Sex != sex) continue;
+    set->AddLap(SegmentLap(*run.record, run.legs_before, legs));
   }
   set->SetDataSetName(sex.empty() ? segment.SegmentName
                                   : segment.SegmentName + " - " + std::string(sex));

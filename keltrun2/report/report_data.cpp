@@ -9,6 +9,7 @@
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/leg_facts.h"
+#include "keltrun2/analysis/segment_runs.h"
 #include "keltrun2/base/version.h"
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/lap_data_internal.h"
@@ -182,7 +183,8 @@ class ReportDocument {
     const clsAnalyzer& analyzer = *set.Analyzer;
     const bool is_segment = set.Kind == DataSetKind::kSegment;
     const std::int32_t legs = AnalyzerInternal::LegCount(analyzer);
-    const clsEstimate* estimate = is_segment ? nullptr : estimate_;
+    const SegmentRuns runs =
+        is_segment ? RunsBySerialNum(analyzer.DataSetName(), model_) : SegmentRuns();
     const clsAnalyzedGeneralData& general = *analyzer.GeneralData();
     json_.BeginObject();
     json_.Text("kind", KindWord(set.Kind));
@@ -195,10 +197,13 @@ class ReportDocument {
                   [&](std::int32_t leg) { json_.Time(general.UpperLapAverage(leg)); });
     WriteNumbered(json_, "timed", legs,
                   [&](std::int32_t leg) { json_.Integer(general.IsTimed(leg) ? 1 : 0); });
-    WriteFacts(FactsOfLegs(analyzer, estimate));
+    // The host may show a segment that the event no longer has, about whose runners nothing is
+    // known.
+    const clsEstimate* estimate = is_segment && runs.empty() ? nullptr : estimate_;
+    WriteFacts(FactsOfLegs(analyzer, estimate, runs));
     json_.BeginArray("rows");
     for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-      WriteRow(*runner, general, set.Kind, legs);
+      WriteRow(*runner, {general, set.Kind, legs, estimate, runs});
     }
     json_.EndArray();
     json_.EndObject();
@@ -217,49 +222,77 @@ class ReportDocument {
     json_.EndArray();
   }
 
-  void WriteRow(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
-                DataSetKind kind, std::int32_t legs) {
+  // What the rows of a set need to know of it.
+  struct RowContext {
+    const clsAnalyzedGeneralData& general;
+    DataSetKind kind;
+    std::int32_t legs;
+    const clsEstimate* estimate;
+    const SegmentRuns& runs;
+  };
+
+  void WriteRow(const clsAnalyzedRunnerData& runner, const RowContext& set) {
     const auto number = runner_numbers_.find(runner.SerialNum());
     if (number == runner_numbers_.end()) return;
+    const RunnerEstimate estimate = EstimateOfRunner(runner, set.estimate, set.runs);
     json_.BeginArray();
     json_.Integer(number->second);
-    json_.Text(kind == DataSetKind::kClass ? runner.Rank() : runner.RankInDataSet());
-    WriteFigures(runner);
-    WriteLegs(legs, [&](auto leg) { json_.Integer(runner.LapRank(leg)); });
-    WriteLegs(legs, [&](auto leg) { json_.Integer(runner.SplitRank(leg)); });
-    WriteExtras(runner, general, kind, legs);
+    json_.Text(set.kind == DataSetKind::kClass ? runner.Rank() : runner.RankInDataSet());
+    const auto time = TotalTime(runner.Result());
+    time ? json_.Time(*time) : json_.Null();
+    WriteFigures(runner, estimate, set.kind);
+    WriteLegs(set.legs, [&](auto leg) { json_.Integer(runner.LapRank(leg)); });
+    WriteLegs(set.legs, [&](auto leg) { json_.Integer(runner.SplitRank(leg)); });
+    WriteExtras(runner, estimate, set);
     json_.EndArray();
   }
 
-  void WriteFigures(const clsAnalyzedRunnerData& runner) {
-    const auto time = TotalTime(runner.Result());
-    time ? json_.Time(*time) : json_.Null();
-    json_.Factor(runner.CruiseSpeed()->Value());
-    json_.Factor(runner.MissRate()->Value());
-    AnalysisValue::IsSet(*runner.MissTimeTotal()) ? json_.Time(runner.MissTimeTotal()->Value())
-                                                  : json_.Null();
-    json_.Time(runner.TotalTimeWithoutMiss()->Value());
-    json_.Factor(runner.FirstHalfCruiseSpeed()->Value());
-    json_.Factor(runner.SecondHalfCruiseSpeed()->Value());
+  // Speed, loss rate, time lost, time without losses, speeds of the halves: zeros where they are
+  // not shown, because a segment is too short for them and the estimate has better ones.
+  void WriteFigures(const clsAnalyzedRunnerData& runner, const RunnerEstimate& estimate,
+                    DataSetKind kind) {
+    const bool is_estimated = estimate.figures != nullptr;
+    const auto factor = [&](const auto& value, bool is_shown) {
+      is_shown ? json_.Factor(value->Value()) : json_.Integer(0);
+    };
+    factor(runner.CruiseSpeed(), !is_estimated && kind != DataSetKind::kSegment);
+    factor(runner.MissRate(), !is_estimated && kind != DataSetKind::kSegment);
+    if (is_estimated) {
+      json_.Integer(0);
+      json_.Integer(0);
+    } else {
+      AnalysisValue::IsSet(*runner.MissTimeTotal()) ? json_.Time(runner.MissTimeTotal()->Value())
+                                                    : json_.Null();
+      json_.Time(runner.TotalTimeWithoutMiss()->Value());
+    }
+    factor(runner.FirstHalfCruiseSpeed(), kind != DataSetKind::kSegment);
+    factor(runner.SecondHalfCruiseSpeed(), kind != DataSetKind::kSegment);
   }
 
   // What only some rows need: they differ in it from what is said elsewhere.
-  void WriteExtras(const clsAnalyzedRunnerData& runner, const clsAnalyzedGeneralData& general,
-                   DataSetKind kind, std::int32_t legs) {
+  void WriteExtras(const clsAnalyzedRunnerData& runner, const RunnerEstimate& estimate,
+                   const RowContext& set) {
     json_.BeginObject();
-    if (kind == DataSetKind::kSegment) {
-      json_.Text("result", runner.Result());
-      WriteNumbered(json_, "lap", legs, [&](auto leg) { json_.MarkedTime(runner.LapTime(leg)); });
-    }
-    if (!SplitsAreSums(runner, general, legs)) {
-      WriteNumbered(json_, "split", legs,
+    if (set.kind == DataSetKind::kSegment) WriteSegmentLaps(runner, set);
+    if (!SplitsAreSums(runner, set.general, set.legs)) {
+      WriteNumbered(json_, "split", set.legs,
                     [&](auto leg) { json_.Time(runner.ModifiedSplitTime(leg)); });
     }
-    WriteRanges(runner, legs);
-    if (NeedsLosses(runner, kind, legs)) {
-      WriteNumbered(json_, "loss", legs, [&](auto leg) { WriteLoss(*runner.MissTime(leg)); });
+    WriteRanges(runner, set.legs);
+    if (NeedsLosses(runner, estimate, set.legs)) {
+      WriteNumbered(json_, "loss", set.legs, [&](auto leg) { WriteLoss(*runner.MissTime(leg)); });
     }
     json_.EndObject();
+  }
+
+  void WriteSegmentLaps(const clsAnalyzedRunnerData& runner, const RowContext& set) {
+    if (!TotalTime(runner.Result())) json_.Text("result", runner.Result());
+    if (const auto run = set.runs.find(runner.SerialNum()); run != set.runs.end()) {
+      json_.Integer("from", run->second.legs_before);
+    } else {
+      WriteNumbered(json_, "lap", set.legs,
+                    [&](auto leg) { json_.MarkedTime(runner.LapTime(leg)); });
+    }
   }
 
   // Whether the splits are the running sums of the laps, which the page makes itself. On an untimed
@@ -291,12 +324,10 @@ class ReportDocument {
   }
 
   // The losses of the analysis are shown where the estimate has none.
-  bool NeedsLosses(const clsAnalyzedRunnerData& runner, DataSetKind kind, std::int32_t legs) const {
-    const clsEstimatedRunnerData* estimated =
-        kind == DataSetKind::kSegment ? nullptr : EstimateOfRunner(runner, estimate_);
+  static bool NeedsLosses(const clsAnalyzedRunnerData& runner, const RunnerEstimate& estimate,
+                          std::int32_t legs) {
     for (std::int32_t leg = 1; leg <= legs; ++leg) {
-      const bool estimated_here = estimated != nullptr && estimated->IsKnown(leg);
-      if (!estimated_here && HasLoss(*runner.MissTime(leg))) return true;
+      if (!estimate.IsKnown(leg) && HasLoss(*runner.MissTime(leg))) return true;
     }
     return false;
   }

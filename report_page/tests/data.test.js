@@ -52,8 +52,11 @@ test('untimed legs have no width', () => {
   assert.equal(set.decisive, 0);
 });
 
-test('a segment has codes, and laps of its own', () => {
-  const set = open('segment=31-32');
-  assert.deepEqual(set.labels, ['31→32']);
-  assert.deepEqual(set.rows.map((row) => [row.laps[0], row.result]), [[60, '0:01:00'], [70, '0:01:10']]);
+test('a segment has codes, and the laps and losses that its runners have there', () => {
+  const set = open('segment=32-F');
+  assert.deepEqual(set.labels, ['32→F']);
+  const [second, other] = set.rows;
+  assert.deepEqual([second.laps, second.loss, second.most, second.word], [[250], [10], [19], [0]]);
+  assert.deepEqual([second.lost, second.speed, second.mistakes, second.result], [2, null, null, '0:06:40']);
+  assert.deepEqual([other.laps, other.loss, other.result], [[null], [null], 'N/A']);
 });

@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import {test} from 'node:test';
 import {makeEvent, openSet} from '../data.js';
-import {costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
+import {betterStories, costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
 import {sampleData} from './sample.js';
 
 const event = makeEvent(sampleData());
@@ -53,4 +53,10 @@ test('stories need enough runners', () => {
   assert.deepEqual([closest, comeback, cleanest, deciding], [null, null, null, null]);
   const found = storiesOf([course]);
   assert.equal(found.closest.value, -30);
+});
+
+test('the better story of two is told, of equal ones the first', () => {
+  const [weak, strong, equal] = [{value: 1}, {value: 2, of: 'a'}, {value: 2, of: 'b'}];
+  assert.deepEqual(betterStories({closest: weak, comeback: strong, cleanest: null, deciding: null}, {closest: strong, comeback: equal, cleanest: weak, deciding: null}),
+    {closest: strong, comeback: strong, cleanest: weak, deciding: null});
 });

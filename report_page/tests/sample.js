@@ -26,8 +26,8 @@ export function sampleData() {
       set('class', 'B', [row(4, '1', 330, [1, 0, 1], [1, 1, 1], {loss: [5, null, -5]})]),
       set('course', 'A/B', [row(0, '1', 300, [1, 0, 1], [1, 1, 1]), row(4, '2', 330, [2, 0, 2], [2, 2, 2], {loss: [5, null, -5]}),
         row(1, '3', 400, [3, 0, 3], [3, 3, 3], {loss: [9, null, 9]})]),
-      set('segment', '31-32', [row(0, '1', 60, [1], [1], {lap: [60], result: '0:01:00', loss: [0]}), row(4, '2', 70, [2], [2], {lap: [70], result: '0:01:10', loss: [4]})],
-        {controls: 0, points: ['31', '32'], ref: [60], timed: [1], legs: [[2, 0, 2, 10]]}),
+      set('segment', '32-F', [row(1, '1', 250, [1], [1], {from: 2}), row(4, '', null, [0], [0], {from: 1, result: 'N/A'})],
+        {controls: 0, points: ['32', 'F'], ref: [60], timed: [1], legs: [[2, 0, 2, 10]]}),
     ],
   };
 }

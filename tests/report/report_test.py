@@ -103,10 +103,11 @@ def time_text(seconds):
 
 def check_figures(page, url, event):
     """Laps, ranks, elapsed times and positions in the split tables are those of the JSON."""
+    page.resize(1280, 12000)  # so high that every row of a long list is there
     for analysis in json.loads(program("analyze", event, "--all", "--as", "json", "--quiet")):
         kind, name = analysis["set"]["kind"], analysis["set"]["name"]
         page.open(f"{url}#{kind}={name}&view=splits")
-        page.run("for (let more; more = document.querySelector('.splits tr > .more');) more.parentNode.grow()")
+        wait_until(lambda: page.run("document.querySelectorAll('.splits tbody tr:not([aria-hidden])').length") == len(analysis["runners"]))
         rows = page.run("""[...document.querySelectorAll('.splits tbody tr')].map(row => [...row.cells].slice(2).map(cell => {
             const part = (selector) => cell.querySelector(selector)?.textContent ?? '';
             return [part(':scope > b'), part(':scope > sup'), cell.querySelector('small').firstChild.textContent, part('small sup')]; }))""")
@@ -250,6 +251,31 @@ def check_hostile_texts(page, event, folder):
     check("hostile name is text", texts(page, ".hits b")[0], HOSTILE)
 
 
+def check_long_list(page, event, folder):
+    """Of a long list only the rows near the window are in the page; scrolling and going back find the others."""
+    source = pathlib.Path(event).read_text("utf-8")
+    runners = re.findall(r"<runner .*?</runner>", re.search(r'<class name="M21A".*?</class>', source, re.S)[0], re.S)
+    many = "".join(re.sub(r'name="[^"]*"', f'name="Runner {i:03}"', runners[i % 20]) for i in range(600))
+    file = folder / "many.lxm"
+    file.write_text(re.sub(r'(<class name="M21A"[^>]*>).*?(</class>)', lambda found: found[1] + many + found[2], source, count=1, flags=re.S), "utf-8")
+    url = write_report(file, folder / "many.html")
+    page.resize(*SIZES["phone"])
+    rows = "[...document.querySelectorAll('tbody tr[aria-rowindex]')]"
+    for view in ("", "&view=splits", "&view=legs&leg=3"):
+        page.open(f"{url}#class=M21A{view}&lang=en")
+        scrolled = "(document.querySelector('.scroll') ?? document.scrollingElement)"
+        bottom = "(document.querySelector('.scroll')?.getBoundingClientRect().bottom ?? innerHeight)"
+        for to, wanted in (("1e9", 601), ("0", 2), (f"{scrolled}.scrollHeight / 2", 300)):
+            page.run(f"{scrolled}.scrollTop = {to}")
+            wait_until(lambda: page.run(f"{rows}.some(row => Math.abs(row.ariaRowIndex - {wanted}) < {60 if wanted == 300 else 1} && row.getBoundingClientRect().top < {bottom})"))
+        check(f"rows in the page {view}", page.run(f"{rows}.length < 150"), True)
+    name = page.run("document.elementFromPoint(150, 500).closest('tr').querySelector('a').textContent")
+    page.run("document.elementFromPoint(150, 500).closest('tr').querySelector('a').click()")
+    wait_until(lambda: page.run("document.querySelector('main').dataset.view") == "runner")
+    page.run("history.back()")
+    wait_until(lambda: page.run("document.elementFromPoint(150, 500)?.closest('tr[aria-rowindex]')?.querySelector('a').textContent") == name)
+
+
 def check_odd_events(page, event, folder):
     """An event of one runner, and one without times."""
     source = pathlib.Path(event).read_text("utf-8")
@@ -278,6 +304,7 @@ def main():
         for part in (check_way_through, check_race, check_dialogs, check_paper, check_without_scripts):
             part(page, url)
         check_figures(page, url, EVENT)
+        check_long_list(page, EVENT, folder)
         check_odd_events(page, EVENT, folder)
         check_hostile_texts(page, EVENT, folder)
         check("console, errors, requests", page.faults, [])
