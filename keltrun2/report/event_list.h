@@ -15,11 +15,11 @@ namespace keltrun {
 /// What an index tells of an event. A report has the same in its head, so that it can be listed
 /// later. All texts are UTF-8.
 struct ListedEvent {
-  std::string Prefix;     // of the names of its files; no separators
-  std::string Name;       // may be empty
-  std::string Date;       // "2026-05-03", or "" if it is not known
-  std::string Terrain;    // may be empty
-  std::string Published;  // "2026-05-03 18:40:00", or ""
+  std::string Prefix = {};     // of the names of its files; no separators
+  std::string Name = {};       // may be empty
+  std::string Date = {};       // "2026-05-03", or "" if it is not known
+  std::string Terrain = {};    // may be empty
+  std::string Published = {};  // "2026-05-03 18:40:00", or ""
   std::int32_t Runners = 0;
 };
 

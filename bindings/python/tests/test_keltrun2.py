@@ -401,6 +401,17 @@ def test_sites(root, tmp_path):
         kr.SiteOptions(OutputFoldr="typing error")
 
 
+def test_the_report_as_a_site(root, tmp_path):
+    options = kr.ReportSiteOptions(OutputFolder=str(tmp_path), Prefix="a_", AddToIndex=True)
+    assert root.FileControl.ReportSiteConflicts(options) == []
+    assert root.FileControl.OutputReportSite(options), root.ErrorComment
+    assert set(root.FileControl.ReportSiteFiles(options)) == {str(path) for path in tmp_path.iterdir()}
+    (tmp_path / "index.html").write_text("a page of somebody else")
+    alone = kr.ReportSiteOptions(OutputFolder=str(tmp_path))
+    assert len(root.FileControl.ReportSiteConflicts(alone)) == 1
+    assert not root.FileControl.OutputReportSite(alone)
+
+
 def test_a_missing_member_of_a_hosts_class_is_an_error(root, analyzer):
     chart = kr.clsChartObject()
     with pytest.raises(RuntimeError, match="SetScaleMode"):
