@@ -583,6 +583,9 @@ TEST_F(Cli, SiteOfSeveralEvents) {
   EXPECT_TRUE(index().find("h_report.html") < index().find("m_report.html") &&
               index().find("m_report.html") < index().find("\"report.html"))
       << "the newest first, the undated last";
+  Output("site two.lxm one");
+  const Outcome added = Run("keltrun2 site two.lxm one --classic --add --prefix x_");
+  EXPECT_TRUE(added.code == 1 && Has(added.err, "is the report of \"Club\"")) << added.err;
   const string before = index();
   const struct {
     string line, error;

@@ -22,6 +22,7 @@ constexpr char kIndexFile[] = "index.html";
 constexpr char kClassicFile[] = "classic.html";  // the index of classic pages beside the report
 constexpr char kStyleFile[] = "style.css";
 constexpr char kNoStyle[] = "none";
+constexpr std::size_t kShownConflicts = 5;
 constexpr char kAdvice[] = "choose another folder, or a --prefix";
 
 // The folder with "/" only, as the library reads it, and with one at the end.
@@ -37,9 +38,14 @@ std::string_view FirstLine(std::string_view text) {
 }
 
 // Refuses to destroy what is not of this event.
-void CheckConflicts(const std::vector<std::string>& conflicts, const std::string& advice,
+void CheckConflicts(std::vector<std::string> conflicts, const std::string& advice,
                     const Options& options) {
   if (options.force || conflicts.empty()) return;
+  if (conflicts.size() > kShownConflicts) {
+    const std::size_t left_out = conflicts.size() - kShownConflicts;
+    conflicts.resize(kShownConflicts);
+    conflicts.push_back("the same holds for " + std::to_string(left_out) + " more");
+  }
   throw CommandError(Joined(conflicts, "\n") + ", and that would be lost: " + advice);
 }
 
@@ -108,17 +114,22 @@ SiteOptions ClassicSite(const Options& options, const std::string& folder, bool 
   return site;
 }
 
+// What to do when the index of classic pages is in the way of something else.
+std::string ClassicAdvice(const Options& options) {
+  if (options.pages == SitePages::kBoth) {
+    return "choose another folder or --prefix, or replace the page with --force";
+  }
+  return options.add ? "choose another folder, or add the event without --classic"
+                     : "choose another folder, put the event in front with --add, or replace the "
+                       "page with --force";
+}
+
 // Finds out what is to be written, and refuses to destroy anything else.
 ClassicPages PrepareClassic(const clsKeltrun2& root, const Options& options,
                             const std::string& folder, const std::string& style) {
   const bool styled = options.style_file != kNoStyle;
   ClassicPages pages = {ClassicSite(options, folder, styled), "", style};
-  CheckConflicts(root.FileControl()->SiteConflicts(pages.site),
-                 options.pages == SitePages::kClassic
-                     ? "choose another folder, put the event in front with --add, or replace the "
-                       "page with --force"
-                     : "choose another folder or --prefix, or replace the page with --force",
-                 options);
+  CheckConflicts(root.FileControl()->SiteConflicts(pages.site), ClassicAdvice(options), options);
   const std::string style_file = folder + kStyleFile;
   if (styled && ReplacesStyle(style_file, style, options)) pages.style_file = style_file;
   auto outputs = root.FileControl()->SiteFiles(pages.site);
