@@ -1,11 +1,15 @@
 #!/bin/sh
 # ./run.sh COMMAND ...: installs what is missing, builds the program and runs it with the arguments.
 # ./run.sh --python: the same with the Python module; says how to use it.
+# ./run.sh --web: builds build/web/keltrun.html, which opens result files in a browser.
 #
 #     ./run.sh site examples/hoshinomori/event.lxm out/
 #     ./run.sh --help
 set -eu
 home=$(cd "$(dirname "$0")" && pwd)
+if [ "${1:-}" = --web ]; then
+  exec "$home/scripts/make-web"
+fi
 packages=run with_python=
 if [ "${1:-}" = --python ]; then
   packages=python with_python=-DKELTRUN2_BUILD_PYTHON=ON

@@ -1,6 +1,6 @@
 // Connects the parts: reads the data, shows the view of the address, and answers to clicks and keys.
-import {byId, h} from './dom.js';
-import {classSetOf, makeEvent, unpack} from './data.js';
+import {byId} from './dom.js';
+import {classSetOf, makeEvent} from './data.js';
 import {helpDialog, helpView} from './help.js';
 import {chooseLanguage, isJapanese, language, setLanguage, t} from './language.js';
 import {makePaper, removePaper} from './paper.js';
@@ -215,11 +215,23 @@ function onResize() {
   if (innerWidth !== shownWidth) showAgain();
 }
 
-async function start() {
+// What the reader chose, before there is anything to show.
+export function takeChoices() {
   const theme = stored(THEME_KEY);
   if (theme) document.documentElement.dataset.theme = theme;
   setLanguage(chooseLanguage(readAddress(location.hash).lang, stored(LANGUAGE_KEY), navigator.language));
-  app.event = makeEvent(await unpack(byId('data').textContent));
+}
+
+// Shows an event, from its data, at the address; another one may take its place.
+export function showEvent(raw) {
+  const isFirst = app.event === null;
+  app.event = makeEvent(raw);
+  scrolled.clear();
+  if (isFirst) listen();
+  show();
+}
+
+function listen() {
   history.scrollRestoration = 'manual';
   addEventListener('hashchange', () => show());
   addEventListener('scroll', keepScroll, {passive: true});
@@ -234,12 +246,4 @@ async function start() {
     clearTimeout(waiting);
     waiting = setTimeout(onResize, 150);
   });
-  show();
 }
-
-// Without its data the page still has the first view; the lists follow as text.
-start().catch((error) => {
-  byId('main').prepend(h('p.card', t('cannotRead')));
-  document.body.dataset.ready = 'failed';
-  throw error;
-});

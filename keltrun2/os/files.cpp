@@ -48,6 +48,11 @@ DiskSync& SyncReplacement() {
   return sync;
 }
 
+#ifdef __EMSCRIPTEN__
+// In a browser files are in memory.
+int syncfs(int /*handle*/) { return 0; }
+#endif
+
 bool WaitForDisk(int handle, bool whole_file_system) {
   if (SyncReplacement()) return SyncReplacement()(handle, whole_file_system);
   while ((whole_file_system ? syncfs(handle) : fsync(handle)) != 0) {

@@ -4,7 +4,6 @@
 
 #include <charconv>
 #include <cstdio>
-#include <iostream>
 #include <mutex>
 #include <utility>
 
@@ -37,9 +36,11 @@ class TerminalProgress final : public frmProgressBar {
 bool CanAsk() { return isatty(STDIN_FILENO) && isatty(STDERR_FILENO); }
 
 std::string AskLine(std::string_view prompt) {
-  std::cerr << prompt << std::flush;
+  std::fprintf(stderr, "%s", std::string(prompt).c_str());
   std::string answer;
-  std::getline(std::cin, answer);
+  for (int c = std::getchar(); c != EOF && c != '\n'; c = std::getchar()) {
+    answer.push_back(static_cast<char>(c));
+  }
   return answer;
 }
 
@@ -53,9 +54,11 @@ class TerminalWindows : public HostWindows {
   std::optional<std::size_t> ChooseName(std::string_view caption,
                                         const std::vector<std::string>& names) override {
     if (!CanAsk() || names.empty()) return std::nullopt;
-    std::cerr << caption << '\n';
-    for (std::size_t i = 0; i < names.size(); ++i) std::cerr << i + 1 << ": " << names[i] << '\n';
-    const std::string answer = AskLine("1-" + std::to_string(names.size()) + "? ");
+    std::string prompt(caption);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      prompt += "\n" + std::to_string(i + 1) + ": " + names[i];
+    }
+    const std::string answer = AskLine(prompt + "\n1-" + std::to_string(names.size()) + "? ");
     std::size_t number = 0;
     std::from_chars(answer.data(), answer.data() + answer.size(), number);
     if (number < 1 || number > names.size()) return std::nullopt;

@@ -67,7 +67,7 @@ class Page:
         """Keeps what an event says."""
         self.loaded = self.loaded or event["method"] == "Page.loadEventFired"
         url = event["params"].get("request", {}).get("url", "file:")
-        if event["method"] in FAULTS or not url.startswith(("file:", "data:", "about:")):
+        if event["method"] in FAULTS or not url.startswith(("file:", "data:", "blob:", "about:")):
             self.faults.append(json.dumps(event)[:400])
 
     def call(self, method, **parameters):
