@@ -12,7 +12,7 @@ string(PREPEND worker "${compiled}\n")
 if(worker MATCHES "</script|<!--")
   message(FATAL_ERROR "the script of the worker would end the element that holds it")
 endif()
-execute_process(COMMAND gzip -9nc "${ENGINE}.wasm" COMMAND base64 -w 0
+execute_process(COMMAND zopfli -c "${ENGINE}.wasm" COMMAND base64 -w 0  # packs better than gzip
   OUTPUT_VARIABLE engine COMMAND_ERROR_IS_FATAL ANY)
 
 # --- the page ---
