@@ -19,6 +19,9 @@ export function makeEvent(raw) {
     key: setKey(values.kind, values.name), kind: values.kind, name: values.name,
     length: values.length, climb: values.climb, controls: values.controls, raw: values,
   }));
+  const order = ({kind, name}) => (kind === 'class' ? raw.classes.findIndex((each) => each.name === name) : Infinity);
+  const places = new Map(event.sets.map((set) => [set, order(set)]));
+  event.sets.sort((a, b) => (places.get(a) === places.get(b) ? 0 : places.get(a) - places.get(b)));
   event.byKey = new Map(event.sets.map((set) => [set.key, set]));
   event.bySerial = new Map(event.runners.map((runner) => [runner.serial, runner]));
   event.clubs = clubsOf(event.runners);

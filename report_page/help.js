@@ -4,7 +4,7 @@ import {classSetOf, openList, openSet} from './data.js';
 import {costliestLegs} from './figures.js';
 import {isNumber, percentText, signedTime, timeText} from './format.js';
 import {helpTexts, ordinal, t} from './language.js';
-import {address} from './route.js';
+import {address, runnerKey, runnerOfKey} from './route.js';
 
 // The row that examples are about: that of a runner who is shown, else one with a good story, who
 // finished and lost time.
@@ -13,7 +13,7 @@ function exampleRow(event, runner) {
   for (const set of sets) {
     openList(event, set);
     const row = runner ? set.byRunner.get(runner) : set.finishers[1];
-    if (row && isNumber(row.time)) return {set: openSet(event, set), row};
+    if (row && isNumber(row.time) && openSet(event, set).legs > 0) return {set, row};
   }
   return null;
 }
@@ -45,20 +45,21 @@ function exampleOf(key, event, runner) {
 function item(key, {event}, runner, {titled = true, explained = false} = {}) {
   const [name, sentence, example, explanation] = helpTexts()[key];
   return h('div.word', titled ? h('h2.h3', name) : null, h('p', sentence), h('p.example', exampleOf(key, event, runner) ?? example),
-    explained ? h('p.sm.mut', explanation) : h('p.sm', h('a.link', {href: address({help: key})}, t('explain'))));
+    explained ? h('p.sm.mut', explanation) : h('p.sm', h('a.link', {href: address({help: key, of: runner ? runnerKey(runner) : ''})}, t('explain'))));
 }
 
 // The contents of the dialog: one word, or all for an unknown key.
 export function helpDialog(app, key, runner) {
   const known = helpTexts()[key] !== undefined;
   return {title: known ? helpTexts()[key][0] : t('terms'),
-    body: known ? [item(key, app, runner, {titled: false}), h('a.btn', {href: address({help: ''})}, t('allTerms'))] :
+    body: known ? [item(key, app, runner, {titled: false}), h('a.btn', {href: address({help: '', of: runner ? runnerKey(runner) : ''})}, t('allTerms'))] :
       Object.keys(helpTexts()).map((each) => item(each, app, runner))};
 }
 
 export function helpView(app) {
-  const {query, me} = app;
+  const {event, query, me} = app;
+  const runner = query.of ? runnerOfKey(query.of, event.runners) : me;
   const keys = Object.keys(helpTexts());
   const first = keys.includes(query.help) ? [query.help, ...keys.filter((key) => key !== query.help)] : keys;
-  return [h('h1.h1', {tabindex: -1}, t('terms')), h('div.words', first.map((key) => h('div.card', item(key, app, me, {explained: true}))))];
+  return [h('h1.h1', {tabindex: -1}, t('terms')), h('div.words', first.map((key) => h('div.card', item(key, app, runner, {explained: true}))))];
 }

@@ -43,6 +43,10 @@ export function countOfRunners(count) {
   return count === 1 ? t('runner1') : t('runnersN', count);
 }
 
+export function countOfControls(count) {
+  return count === 1 ? t('control1') : t('controlsN', count);
+}
+
 // "3rd"; "3位". Ranks that are no numbers stay as they are.
 export function ordinal(rank) {
   if (typeof rank !== 'number') return String(rank ?? '–');

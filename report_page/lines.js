@@ -68,7 +68,7 @@ export function raceScale(set, rows, kind, width) {
   // One lost runner must not flatten all others.
   const most = Math.max(30, quantile(rows.map((row) => row.time - set.winner.time), 0.9) * 1.08);
   const lowest = Math.min(0, ...[...gaps.values()].flat().filter(isNumber));
-  const least = Math.max(-most * 0.35, lowest);
+  const least = Math.max(-most, lowest);
   return {...size, most, least,
     x: (i) => size.left + set.x[i] * inner.width,
     y: (gap) => size.top + (Math.min(gap, most * 1.02) - least) / (most - least) * inner.height,

@@ -59,7 +59,7 @@ function card(event, runner) {
     h('p.big-line', h('b', place), isNumber(row.time) ? h('b', timeText(row.time)) : null, h('span', behindText(set, row))),
     h('p', [`${t(estimated ? 'speed' : 'cruise')} ${percentText(row.speed, 1)}`, `${t('lost')} ${timeText(row.lost)}`,
       estimated ? `${t('mistakes')} ${row.mistakes}` : '', isNumber(row.clean) ? `${t('clean')} ${timeText(row.clean)}` : ''].filter(Boolean).join(' · ')),
-    lossBars(set, row, PAPER_WIDTH, 120, -1), positionDrawing(set, row, PAPER_WIDTH, 90), legColumns(set, row),
+    set.legs === 0 ? null : [lossBars(set, row, PAPER_WIDTH, 120, -1), positionDrawing(set, row, PAPER_WIDTH, 90), legColumns(set, row)],
     h('ol', costliestLegs(set, row, 3).map((leg) => h('li', h('b', set.labels[leg]), ' ', explainLap(set, row, leg)))));
 }
 

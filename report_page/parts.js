@@ -3,7 +3,7 @@ import {h} from './dom.js';
 import {shownLoss} from './data.js';
 import {costliestLegs, lossStep} from './figures.js';
 import {isNumber, lengthText, signedTime, timeText} from './format.js';
-import {countOfRunners, t} from './language.js';
+import {countOfControls, countOfRunners, t} from './language.js';
 import {address, runnerKey} from './route.js';
 
 // The color of a loss as a style value.
@@ -73,7 +73,7 @@ export function setTitle(set) {
 
 // "5.7 km ↑70 m · 22 controls"
 export function courseText(set) {
-  const controls = set.kind !== 'segment' && set.controls ? t('controlsN', set.controls) : '';
+  const controls = set.kind !== 'segment' && set.controls ? countOfControls(set.controls) : '';
   return [lengthText(set.length, set.climb), controls].filter(Boolean).join(' · ');
 }
 

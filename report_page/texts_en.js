@@ -6,7 +6,7 @@ export const TEXTS_EN = {
   findMe: 'Find me: name, club or class',
   classes: 'Classes', course: 'Course', courses: 'Courses', segment: 'Segment', segments: 'Segments',
   sharedSegments: 'Segments shared by courses', dots: 'Dots: finish times from first to last',
-  runnersN: '{0} runners', runner1: '1 runner', controlsN: '{0} controls', finishedOf: '{0} of {1} finished',
+  runnersN: '{0} runners', runner1: '1 runner', controlsN: '{0} controls', control1: '1 control', finishedOf: '{0} of {1} finished',
   stories: 'The race in four lines', closest: 'Closest finish', comeback: 'Greatest comeback',
   cleanest: 'Cleanest run', decidingLeg: 'Leg that decided most', lostShare: '{0} lost',
   wholeCourse: 'Whole course', onlyClass: 'Class only', toMe: 'Go to my row',

@@ -6,7 +6,7 @@ export const TEXTS_JA = {
   findMe: '自分を探す：氏名・所属・クラス',
   classes: 'クラス', course: 'コース', courses: 'コース', segment: '区間', segments: '区間',
   sharedSegments: 'コース間の共通区間', dots: '点：完走者の記録（左が1位）',
-  runnersN: '{0}人', runner1: '1人', controlsN: '{0}コントロール', finishedOf: '{1}人中{0}人完走',
+  runnersN: '{0}人', runner1: '1人', controlsN: '{0}コントロール', control1: '1コントロール', finishedOf: '{1}人中{0}人完走',
   stories: '4行でわかるレース', closest: '最小差の勝負', comeback: '最大の追い上げ',
   cleanest: '最もミスの少ない走り', decidingLeg: '勝負を分けたレッグ', lostShare: 'ロス {0}',
   wholeCourse: 'コース全体', onlyClass: 'クラスのみ', toMe: '自分の行へ',

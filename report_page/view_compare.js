@@ -3,9 +3,10 @@ import {h} from './dom.js';
 import {classSetOf, openList, openSet} from './data.js';
 import {largestSwings, legsWon, quantile} from './figures.js';
 import {isNumber, percentText, shortName, signedTime, timeText} from './format.js';
+import {icon} from './icons.js';
 import {t} from './language.js';
 import {gapDrawing} from './lines.js';
-import {chart, courseText, lossClass, resultText, runnerAddress, setAddress, setTitle, term} from './parts.js';
+import {chart, courseText, lossClass, medal, resultText, runnerAddress, setAddress, setTitle, term} from './parts.js';
 import {address, runnersOfKeys} from './route.js';
 import {gapBars} from './view_runner.js';
 
@@ -19,7 +20,7 @@ export function compareView(app) {
   const parts = [h('h1.h1', {tabindex: -1}, t('compareHead')), h('p.mut.sm', set ? [setTitle(set), courseText(set)].filter(Boolean).join(' · ') : ''),
     choice(app, runners, set)];
   if (runners.length < 2) return [...parts, h('p.card', t('compareHint'))];
-  if (!set) return [...parts, timesOnly(event, runners)];
+  if (!set || set.legs === 0) return [...parts, timesOnly(event, runners, set !== null)];
   const rows = runners.map((runner) => set.byRunner.get(runner));
   return [...parts, h('div.two.wide-left', gapCard(set, rows, me), swingCard(set, rows)), pairCard(rows), table(set, rows, me)];
 }
@@ -51,7 +52,7 @@ function choice({event, go, me}, runners, set) {
     'aria-label': t('addRunner'), change: ({target}) => go(compareAddress([...runners, event.bySerial.get(Number(target.value))])),
   }, h('option', {value: ''}, `＋ ${t('addRunner')}`), pool.map((row) =>
     h('option', {value: row.runner.serial}, [row.rank || '–', row.runner.name, row.runner.className].join(' ')))),
-  h('a.chip', {href: address({find: ''})}, t('find')));
+  runners.length >= MOST_RUNNERS ? null : h('a.chip', {href: address({find: '', with: runners.map((runner) => runner.serial).join(',')})}, icon('find'), t('find')));
 }
 
 // Those of the whole course first, as they can be compared leg by leg.
@@ -62,17 +63,30 @@ function addable(event, runners, set) {
   return sets.flatMap((each) => openList(event, each).rows).filter((row) => !runners.includes(row.runner)).slice(0, MOST_OPTIONS);
 }
 
-function timesOnly(event, runners) {
-  const segments = event.sets.filter((set) => set.kind === 'segment' &&
-    runners.every((runner) => openList(event, set).byRunner.has(runner)));
-  return [h('p.before-list', t('otherCourses')), h('div.list.before-list', h('table.results', h('tbody', runners.map((runner) => {
+// Of runners who had no course in common: their results, and what their courses share.
+function timesOnly(event, runners, sameClass) {
+  return [sameClass ? null : h('p.before-list', t('otherCourses')), h('div.list.before-list', h('table.results', h('tbody', runners.map((runner) => {
     const list = classSetOf(event, runner);
     const row = list && openList(event, list).byRunner.get(runner);
-    return h('tr', h('th.runner', {scope: 'row'}, h('a.nm', {href: runnerAddress(runner)}, runner.name), h('div.cl', runner.className)),
-      h('td.r', row?.rank ?? ''), h('td.r.tm', row ? resultText(row) : runner.result || '–'));
-  })))),
-  segments.length > 0 ? [h('p.before-list', t('otherCourses2')), h('div.chips', segments.map((set) => h('a.chip', {href: setAddress(set)}, setTitle(set))))] :
-    h('p.mut', t('noShared'))];
+    return h('tr', h('td', row ? medal(row) : h('span.medal', '–')),
+      h('th.runner', {scope: 'row'}, h('a.nm', {href: runnerAddress(runner)}, runner.name), h('div.cl', [runner.className, runner.club].filter(Boolean).join(' · '))),
+      h('td.r.tm.time-column', row ? resultText(row) : runner.result || '–'));
+  })))), sameClass ? h('p.mut', t('noLaps')) : sharedSegments(event, runners)];
+}
+
+// A line for each segment that all of them ran, with the difference to the first of them.
+function sharedSegments(event, runners) {
+  const shared = event.sets.filter((set) => set.kind === 'segment').map((set) => ({set, rows: runners.map((runner) => openList(event, set).byRunner.get(runner))}))
+    .filter(({rows}) => rows.every((row) => row && isNumber(row.time)));
+  if (shared.length === 0) return h('p.mut', t('noShared'));
+  return [h('p.before-list', t('otherCourses2')), h('div.scroll', {tabindex: 0, role: 'region', 'aria-label': t('sharedSegments')}, h('table.compare',
+    h('thead', h('tr', h('th', {scope: 'col'}, t('segment')), runners.map((runner) => h('th', {scope: 'col'}, runner.name)))),
+    h('tbody', shared.map(({set, rows: [base, ...others]}) => {
+      const best = Math.min(base.time, ...others.map((row) => row.time));
+      const cell = (row, more) => h('td' + (row.time === best ? '.best' : ''), h('b', timeText(row.time)), h('small', more));
+      return h('tr', h('th.wrapped', {scope: 'row'}, h('a.link', {href: setAddress(set)}, setTitle(set))), cell(base, t('base')),
+        others.map((row) => cell(row, signedTime(row.time - base.time))));
+    })))), h('p.xs.mut', t('fastest'))];
 }
 
 function gapCard(set, rows, me) {

@@ -95,10 +95,9 @@ function classCards(event, me) {
 }
 
 function segmentCards(event) {
-  const segments = event.sets.filter((set) => set.kind === 'segment');
+  const segments = event.sets.filter((set) => set.kind === 'segment' && openList(event, set).winner);
   if (segments.length === 0) return null;
   return [h('h2.h2', t('sharedSegments')), h('div.grid.cards', segments.map((set) => {
-    openList(event, set);
     const classes = [...new Set(set.rows.map((row) => row.runner.className))];
     return h('a.card.class-card', {href: setAddress(set)},
       h('header', h('h3', setTitle(set)), h('span.n', countOfRunners(set.finishers.length))),

@@ -27,16 +27,16 @@ export function findView(app) {
     input: ({target}) => { replace({find: target.value}); show(target.value); },
   });
   show(query.find);
-  return [h('h1.unseen', {tabindex: -1}, t('find')), h('label.find', icon('find'), h('span.unseen', t('findMe')), field), hits, spoken];
+  return [query.with ? h('h1.h1.before-list', {tabindex: -1}, t('addRunner')) : h('h1.unseen', {tabindex: -1}, t('find')), h('label.find', icon('find'), h('span.unseen', t('findMe')), field), hits, spoken];
 }
 
-function hitList({event}, text, {runners, clubs, classes}) {
-  if (!text.trim()) return [h('p.mut.how', t('howMe')), clubList(event)];
+function hitList({event, query}, text, {runners, clubs, classes}) {
+  if (!text.trim()) return query.with ? [] : [h('p.mut.how', t('howMe')), clubList(event)];
   if (runners.length + clubs.length + classes.length === 0) return [h('p.card', t('noHit', text))];
-  const chipLinks = [...classes.map((set) => h('a.chip', {href: setAddress(set)}, icon('class'), set.name)),
+  const chipLinks = query.with ? [] : [...classes.map((set) => h('a.chip', {href: setAddress(set)}, icon('class'), set.name)),
     ...clubs.slice(0, MOST_CLUBS_OF_HITS).map(clubChip)];
   return [chipLinks.length > 0 ? h('div.chips.before-list', chipLinks) : null,
-    runners.length > 0 ? h('ul.list.hits', runners.slice(0, MOST_HITS).map((runner) => hitRow(event, runner, text))) : null];
+    runners.length > 0 ? h('ul.list.hits', runners.slice(0, MOST_HITS).map((runner) => hitRow(event, runner, text, query.with))) : null];
 }
 
 function clubChip([name, count]) {
@@ -52,10 +52,12 @@ function marked(text, searched) {
   return word === undefined ? before : [before, h('mark', word), after];
 }
 
-function hitRow(event, runner, text = '') {
+// With runners to compare with, a hit leads to the comparison.
+function hitRow(event, runner, text = '', others = '') {
   const list = classSetOf(event, runner);
   const row = list ? openList(event, list).byRunner.get(runner) : null;
-  return h('li', h('a', {href: runnerAddress(runner)}, row ? medal(row) : h('span.medal', '–'),
+  const href = others ? address({compare: `${others},${runner.serial}`}) : runnerAddress(runner);
+  return h('li', h('a', {href}, row ? medal(row) : h('span.medal', '–'),
     h('span.who', h('b', marked(runner.name, text)), h('span.sm.mut', runner.className, runner.club ? [' · ', marked(runner.club, text)] : null)),
     h('span.r', h('b', row ? resultText(row) : h('span.status', runner.result || '–')),
       row && isNumber(row.time) ? [h('br'), h('span.sm.mut', behindText(list, row) || '\u00a0')] : null)));

@@ -9,7 +9,7 @@ const ROW_HEIGHT = 62;
 
 // A strip of two or three legs says nothing.
 function hasStrip(set) {
-  return set.kind !== 'segment';
+  return set.legs > 0 && set.kind !== 'segment';
 }
 
 export function resultsView({me}, set) {
@@ -29,7 +29,7 @@ function head(set) {
     h('th', {scope: 'col'}, term('rank', '#')), h('th', {scope: 'col'}, t('name')),
     hasStrip(set) ? h('th.wide-only.strip-column', {scope: 'col'}, t('strip')) : null,
     hasStrip(set) ? h('th.r.wide-only.figure-column', {scope: 'col'}, term('speed', t(estimated ? 'speed' : 'cruise'))) : null,
-    h('th.r.wide-only.figure-column', {scope: 'col'}, term('lost', t('lost'))),
+    set.legs > 0 ? h('th.r.wide-only.figure-column', {scope: 'col'}, term('lost', t('lost'))) : null,
     h('th.r.time-column', {scope: 'col'}, t('time'), h('br'), term('behind', t('behind')))));
 }
 
@@ -42,7 +42,7 @@ function resultRow(set, row, me) {
     h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), hasStrip(set) ? h('div.narrow-only.below', heatStrip(set, row)) : null),
     hasStrip(set) ? h('td.wide-only', heatStrip(set, row)) : null,
     hasStrip(set) ? h('td.r.wide-only.mut.sm', percentText(row.speed)) : null,
-    h('td.r.wide-only.mut.sm', isNumber(row.lost) && isNumber(row.time) ? timeText(row.lost) : '–'),
+    set.legs > 0 ? h('td.r.wide-only.mut.sm', isNumber(row.lost) && isNumber(row.time) ? timeText(row.lost) : '–') : null,
     h('td.r.top-cell', h('span.tm', resultText(row)), h('div.cl.nw', behindText(set, row) || '\u00a0')));
 }
 
@@ -50,6 +50,6 @@ function startlessRow(runner, set) {
   const href = runnerAddress(runner);
   return h('tr', {'data-go': href}, h('td', h('span.medal', '–')),
     h('td', h('a.nm', {href}, runner.name), h('div.cl', runner.club)),
-    hasStrip(set) ? [h('td.wide-only'), h('td.wide-only')] : null, h('td.wide-only'),
-    h('td.r', h('span.status', runner.result || '–')));
+    hasStrip(set) ? [h('td.wide-only'), h('td.wide-only')] : null, set.legs > 0 ? h('td.wide-only') : null,
+    h('td.r', runner.outcome === 'ok' ? h('span.tm', runner.result) : h('span.status', runner.result || '–')));
 }

@@ -38,6 +38,7 @@ export function runnerView(app) {
   const set = scopeOf(app.event, runner, app.query);
   const row = set?.byRunner.get(runner);
   if (!row) return statusCard(app, runner);
+  if (set.legs === 0) return [neighbors(set, row, app.query), plainCard(app, set, row)];
   return [
     neighbors(set, row, app.query),
     h('div.two', h('div.stack', mainCard(app, set, row), gapCard(app, set, row)),
@@ -67,10 +68,15 @@ function actions({me}, runner, rival) {
     rival === undefined ? null : h('a.btn', {href: address({compare: compared})}, icon('compare'), t('compare')));
 }
 
+// Of a class without laps there is only the place.
+function plainCard(app, set, row) {
+  return h('div.card', head(app, row.runner, set), placeLine(set, row), h('p.mut', t('noLaps')), actions(app, row.runner, undefined));
+}
+
 function statusCard(app, runner) {
   const why = runner.outcome === 'dns' ? t('didNotStart') : t('noLaps');
   return h('div.card', head(app, runner, null),
-    h('div.place-line', h('span.status.large', runner.result || '–')), h('p.mut', why), actions(app, runner, undefined));
+    h('div.place-line', runner.outcome === 'ok' ? h('span.time', runner.result) : h('span.status.large', runner.result || '–')), h('p.mut', why), actions(app, runner, undefined));
 }
 
 // The runners before and after, so that a list can be read card by card.

@@ -1,7 +1,7 @@
 // A class, a course or a segment: the choice of it, and the tabs with its views.
 import {h} from './dom.js';
 import {openSet} from './data.js';
-import {t} from './language.js';
+import {countOfRunners, t} from './language.js';
 import {countText, courseText, setAddress, setTitle, unknownPlace} from './parts.js';
 import {address, setKeyOf} from './route.js';
 import {legsView} from './view_legs.js';
@@ -18,26 +18,17 @@ export function tabOf(query) {
 export function setView(app) {
   const {event, query} = app;
   const found = event.byKey.get(setKeyOf(query));
-  if (!found) return emptyClass(event, query) ?? unknownPlace(query.class ?? query.course ?? query.segment);
+  if (!found) return unknownPlace(query.class ?? query.course ?? query.segment);
   const set = openSet(event, found);
-  const tab = tabOf(query);
+  const tab = set.legs > 0 ? tabOf(query) : 'results';
   return [
     h('h1.unseen', {tabindex: -1}, `${setTitle(set)} – ${t(tab)}`),
     h('div.pick', setChoice(app, set, tab), scopeLink(event, set, query)),
-    h('p.eyebrow', [courseText(set), t('finishedOf', set.finishers.length, set.rows.length + set.withoutLaps.length)].filter(Boolean).join(' · ')),
-    h('nav.tabs', {'aria-label': setTitle(set)}, Object.keys(TABS).map((name) =>
+    h('p.eyebrow', [courseText(set), set.kind === 'segment' ? countOfRunners(set.finishers.length) : t('finishedOf', set.finishers.length, set.rows.length + set.withoutLaps.length)].filter(Boolean).join(' · ')),
+    set.legs === 0 ? h('p.card.before-list', t('noLaps')) : h('nav.tabs', {'aria-label': setTitle(set)}, Object.keys(TABS).map((name) =>
       h('a', {href: setAddress(set, {view: name === 'results' ? '' : name}), 'aria-current': name === tab ? 'page' : null}, t(name)))),
     TABS[tab](app, set),
   ];
-}
-
-// A class without any laps has no analysis, only a list.
-function emptyClass(event, query) {
-  const runners = query.class ? event.runners.filter((runner) => runner.className === query.class) : [];
-  if (runners.length === 0) return null;
-  return [h('h1.h1', {tabindex: -1}, query.class), h('p.card', t('noLaps')),
-    h('div.list', h('table.results', h('tbody', runners.map((runner) => h('tr',
-      h('td'), h('td', h('b.nm', runner.name), h('div.cl', runner.club)), h('td.r', h('span.status', runner.result || '–')))))))];
 }
 
 function setChoice({event, go}, set, tab) {

@@ -12,7 +12,6 @@
 #include "keltrun2/print/fitted_text.h"
 #include "keltrun2/print/print_book_internal.h"
 #include "keltrun2/text/numbers.h"
-#include "keltrun2/text/width.h"
 
 namespace keltrun {
 namespace {
@@ -115,8 +114,7 @@ class HeadedList {
 
  private:
   void ReadHead(const clsResultsHolder& results) {
-    const std::string& name = results.DataSetName();
-    name_ = IsJapaneseMode() && !is_mix_ ? ToFullWidth(name) : name;
+    name_ = results.DataSetName();
     course_ = results.ClassInfo();
     if (results.ControlCount <= 0) return;
     course_ = ResourceText("RES_META_CONTROL_COUNT") + " " + std::to_string(results.ControlCount) +

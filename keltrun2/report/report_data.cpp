@@ -15,6 +15,7 @@
 #include "keltrun2/model/lap_data_internal.h"
 #include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_values_internal.h"
+#include "keltrun2/report/class_lists.h"
 #include "keltrun2/report/json.h"
 #include "keltrun2/report/json_writer.h"
 #include "keltrun2/report/set_points.h"
@@ -60,6 +61,9 @@ class ReportDocument {
     WriteTextList("clubs", clubs_.Texts());
     json_.BeginArray("sets");
     for (const ReportPageSet& set : sets_) WriteSet(set);
+    for (const ClassList& list : ListsOfClasses(model_, sets_)) {
+      if (!list.analyzer) WriteList(list);
+    }
     json_.EndArray();
     json_.EndObject();
   }
@@ -204,6 +208,39 @@ class ReportDocument {
     json_.BeginArray("rows");
     for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
       WriteRow(*runner, {general, set.Kind, legs, estimate, runs});
+    }
+    json_.EndArray();
+    json_.EndObject();
+  }
+
+  // A class without laps has the form of a set without legs.
+  void WriteList(const ClassList& list) {
+    json_.BeginObject();
+    json_.Text("kind", KindWord(DataSetKind::kClass));
+    json_.Text("name", list.klass->ClassName());
+    json_.Integer("controls", list.klass->ControlCount);
+    json_.Integer("length", list.klass->Length);
+    json_.Integer("climb", list.klass->Climb);
+    for (const std::string_view key : {"points", "ref", "timed", "legs"}) {
+      json_.BeginArray(key);
+      json_.EndArray();
+    }
+    json_.BeginArray("rows");
+    for (const auto& [record, rank, time] : list.runners) {
+      json_.BeginArray();
+      json_.Integer(runner_numbers_.at(record->SerialNum()));
+      json_.Text(rank);
+      time ? json_.Time(*time) : json_.Null();
+      for (const bool is_known : {true, true, false, true, true, true}) {
+        is_known ? json_.Integer(0) : json_.Null();  // speed ... of WriteFigures; no time lost
+      }
+      json_.BeginArray();
+      json_.EndArray();
+      json_.BeginArray();
+      json_.EndArray();
+      json_.BeginObject();
+      json_.EndObject();
+      json_.EndArray();
     }
     json_.EndArray();
     json_.EndObject();

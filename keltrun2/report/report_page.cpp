@@ -7,14 +7,13 @@
 #include <string_view>
 #include <utility>
 
-#include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/codec/base64.h"
 #include "keltrun2/codec/gzip.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
-#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
+#include "keltrun2/report/class_lists.h"
 #include "keltrun2/report/page_template.h"
 #include "keltrun2/report/report_template.h"
 #include "keltrun2/text/html.h"
@@ -23,10 +22,6 @@ namespace keltrun {
 namespace {
 
 constexpr std::size_t kPodium = 3;
-
-using Runner = clsAnalyzedRunnerData;
-
-std::optional<DateTime> TimeOf(const Runner& runner) { return TotalTime(runner.Result()); }
 
 std::string Duration(DateTime days) {
   return CompactTime(std::round(days * kSecondsPerDay) / kSecondsPerDay);
@@ -44,25 +39,21 @@ class StaticParts {
  public:
   StaticParts(std::string& page, const EventModel& model, const std::vector<ReportPageSet>& sets,
               const std::vector<ReportLink>& links)
-      : page_(page), model_(model), sets_(sets), links_(links) {}
+      : page_(page), model_(model), lists_(ListsOfClasses(model, sets)), links_(links) {}
 
   void AppendOverview() {
     AppendHead();
     page_ += "<h2 class=\"h2\">";
     AppendText(ResourceText("RES_REPORT_CLASSES"));
     page_ += "</h2>\n<div class=\"grid cards\">\n";
-    for (const ReportPageSet& set : sets_) {
-      if (set.Kind == DataSetKind::kClass) AppendCard(*set.Analyzer);
-    }
+    for (const ClassList& list : lists_) AppendCard(list);
     page_ += "</div>\n";
     AppendLinks("RES_REPORT_TAKE_AWAY", true);
     AppendLinks("RES_REPORT_MORE_PAGES", false);
   }
 
   void AppendLists() {
-    for (const ReportPageSet& set : sets_) {
-      if (set.Kind == DataSetKind::kClass) AppendList(*set.Analyzer);
-    }
+    for (const ClassList& list : lists_) AppendList(list);
   }
 
  private:
@@ -115,62 +106,58 @@ class StaticParts {
     return kKeys[static_cast<std::size_t>(kind)];
   }
 
-  void AppendCard(const clsAnalyzer& analyzer) {
+  void AppendCard(const ClassList& list) {
     page_ += "<a class=\"card class-card\" href=\"#class=";
-    page_ += PercentEncode(ValidUtf8(analyzer.DataSetName()));
-    AppendElement("\"><header><h3>", analyzer.DataSetName(), "</h3><span>");
-    AppendText(CourseText(analyzer));
-    AppendElement("</span><span class=\"n\">", Sentence("RES_REPORT_RUNNERS", analyzer.Count()),
+    page_ += PercentEncode(ValidUtf8(list.klass->ClassName()));
+    AppendElement("\"><header><h3>", list.klass->ClassName(), "</h3><span>");
+    AppendText(CourseText(*list.klass));
+    AppendElement("</span><span class=\"n\">",
+                  Sentence("RES_REPORT_RUNNERS", static_cast<std::int32_t>(list.runners.size())),
                   "</span></header>\n<ol class=\"podium\">");
-    const auto& runners = AnalyzerInternal::Selected(analyzer);
-    const std::size_t last = std::min(runners.size(), kPodium);
     std::optional<DateTime> best;
-    for (std::size_t i = 0; i < last; ++i) {
-      const auto time = TimeOf(*runners[i]);
-      if (time) AppendPlace(*runners[i], best ? "+" + Duration(*time - *best) : Duration(*time));
-      if (!best) best = time;
+    for (std::size_t i = 0; i < std::min(list.runners.size(), kPodium); ++i) {
+      const ListedRunner& runner = list.runners[i];
+      if (!runner.time) break;
+      AppendPlace(runner, best ? "+" + Duration(*runner.time - *best) : Duration(*runner.time));
+      if (!best) best = runner.time;
     }
     if (!best) AppendElement("<li class=\"mut\">", ResourceText("RES_REPORT_NO_TIMES"), "</li>");
     page_ += "</ol></a>\n";
   }
 
-  void AppendPlace(const Runner& runner, std::string_view time) {
-    const std::string& rank = runner.Rank();
+  void AppendPlace(const ListedRunner& runner, std::string_view time) {
+    const std::string& rank = runner.rank;
     page_ += "<li><span class=\"medal";
     if (rank == "1" || rank == "2" || rank == "3") page_.append(" m").append(rank);
     AppendElement("\">", rank.empty() ? "–" : rank, "</span>");
-    AppendElement("<span class=\"nm\">", runner.RunnerName(), "</span>");
+    AppendElement("<span class=\"nm\">", runner.record->RunnerName, "</span>");
     AppendElement("<span class=\"t\">", time, "</span></li>");
   }
 
-  static std::string CourseText(const clsAnalyzer& analyzer) {
-    std::string text = analyzer.ClassInfo();
-    if (analyzer.ControlCount <= 0) return text;
+  static std::string CourseText(const clsClassData& klass) {
+    std::string text = klass.ClassInfo();
+    if (klass.ControlCount <= 0) return text;
     if (!text.empty()) text += " · ";
-    return text + Sentence("RES_REPORT_CONTROLS", analyzer.ControlCount);
+    return text + Sentence("RES_REPORT_CONTROLS", klass.ControlCount);
   }
 
   // The address of a class leads here when there are no scripts.
-  void AppendList(const clsAnalyzer& analyzer) {
+  void AppendList(const ClassList& list) {
     page_ += "<h2 id=\"class=";
-    AppendText(analyzer.DataSetName());
-    AppendElement("\">", analyzer.DataSetName(), "</h2>\n<table>");
+    AppendText(list.klass->ClassName());
+    AppendElement("\">", list.klass->ClassName(), "</h2>\n<table>");
     std::optional<DateTime> best;
-    for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-      const auto time = TimeOf(*runner);
+    for (const auto& [record, rank, time] : list.runners) {
       const std::string behind = time && best ? "+" + Duration(*time - *best) : "";
-      AppendRow(time ? runner->Rank() : "", *runner->OtherData(),
-                time ? Duration(*time) : runner->Result(), behind);
+      AppendRow(time ? rank : "", *record, time ? Duration(*time) : record->Result(), behind);
       if (!best) best = time;
     }
-    AppendRunnersWithoutLaps(analyzer);
+    if (list.analyzer) AppendRunnersWithoutLaps(*list.klass);
     page_ += "</table>\n";
   }
 
-  void AppendRunnersWithoutLaps(const clsAnalyzer& analyzer) {
-    const auto klass = model_.ClassByName(analyzer.DataSetName());
-    if (!klass) return;
-    for (const auto& record : ClassDataInternal::Runners(*klass)) {
+  void AppendRunnersWithoutLaps(const clsClassData& klass) {
+    for (const auto& record : ClassDataInternal::Runners(klass)) {
       if (record->LegCount() <= 0) AppendRow("", *record, record->Result(), "");
     }
   }
@@ -187,7 +174,7 @@ class StaticParts {
 
   std::string& page_;
   const EventModel& model_;
-  const std::vector<ReportPageSet>& sets_;
+  const std::vector<ClassList> lists_;
   const std::vector<ReportLink>& links_;
 };
 

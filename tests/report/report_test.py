@@ -27,7 +27,7 @@ VIEWS = [
     "course=M20E/M21A", "course=M20E/M21A&view=race", "segment=62-63-F", "segment=62-63-F&view=splits",
     "segment=62-63-F&view=race", "segment=62-63-F&view=legs", "runner=31", "runner=31&ref=45&leg=13&sort=loss",
     "runner=35", "runner=26&course=M20E/M21A", "compare=", "compare=31", "compare=31,45,40", "compare=31,45",
-    "compare=31,8,100", "find=", "find=ohara", "find=zzzz", "club=銀杏OL", "help=", "help=speed",
+    "compare=31,8,100", "compare=31,100,8", "compare=31,26,80", "find=", "find=ohara&with=31,8", "find=ohara", "find=zzzz", "club=銀杏OL", "help=", "help=speed",
     "class=M99", "runner=9999", "club=nobody", "view=chart&class=M21A&chart=relative&runners=3,4",
 ]
 failures = []
@@ -199,7 +199,7 @@ def check_dialogs(page, url):
     page.click_on(".kpi [data-help=lost]")
     check("help with a figure of the runner", "Tom O'Hara lost" in texts(page, "dialog .example")[0], True)
     page.click_on("dialog a.link")
-    settled(page, "#help=lost")
+    settled(page, "#help=lost&of=31~Tom O'Hara")
     check("dialog closed", page.run("document.querySelector('dialog').open"), False)
     check("explained first", texts(page, "main .word .h3")[0], "Time lost")
     page.click_on("[data-act=theme]")
@@ -277,19 +277,22 @@ def check_long_list(page, event, folder):
 
 
 def check_odd_events(page, event, folder):
-    """An event of one runner, and one without times."""
+    """An event of one runner, one without times, and one without laps."""
     source = pathlib.Path(event).read_text("utf-8")
     runner = re.search(r"<runner .*?</runner>", source, re.S)[0]
     klass = re.search(r"<class .*?>", source)[0]
     head = source[:source.index("<classes>")]
     rest = source[source.index("</classes>"):]
-    for name, runners in (("one", runner), ("none", "<runner name=\"A\" result=\"DNS\"/>"), ("empty", "")):
+    for name, runners in (("one", runner), ("none", "<runner name=\"A\" result=\"DNS\"/>"), ("empty", ""),
+                          ("no laps", "<runner name=\"A\" result=\"0:31:00\" rank=\"2\"/><runner name=\"B\" result=\"0:30:00\" rank=\"1\"/>")):
         file = folder / f"{name}.lxm"
         file.write_text(f"{head}<classes>{klass}{runners}</class>{rest}", "utf-8")
         url = write_report(file, folder / f"{name}.html")
         for view in ("", "class=M20E", "class=M20E&view=splits", "class=M20E&view=race", "class=M20E&view=legs",
                      "class=M20E&view=legs&leg=1", "runner=1", "compare=1", "find=a", "help="):
             check_view(page, url, view, name)
+    page.open(f"{url}#class=M20E&lang=en")
+    check("results without laps", [texts(page, ".results .nm"), texts(page, ".results .medal")], [["B", "A"], ["1", "2"]])
 
 
 def main():
