@@ -16,7 +16,7 @@ export const TEXTS_EN = {
   clean: 'Ideal time', strip: 'Where time was lost', lap: 'Lap', elapsed: 'Elapsed', position: 'Position',
   gap: 'Gap', best: 'Best', median: 'Median', leg: 'Leg', start: 'Start',
   keyGain: 'faster than own pace', keyUsual: 'at own pace', keyLoss: 'lost', you: 'you',
-  secondLine: 'Second line', lineElapsed: 'Elapsed', lineLoss: 'Lost', lineBehind: 'Behind best',
+  secondLine: 'Second line', lineElapsed: 'Elapsed', lineLoss: 'Lost', lineBehind: 'Behind best', behindLap: 'Behind',
   keySkip: '↓ control skipped', keyUntimed: '– not timed', keyFault: '× missing or wrong punch',
   gapChart: 'Gap', positionChart: 'Positions', afterControl: 'After control {0}', atFinish: 'At the finish',
   codeOf: 'control {0}', lines: 'Lines', best5: 'Best 5', best10: 'Best 10', all: 'All',

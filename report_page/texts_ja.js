@@ -16,7 +16,7 @@ export const TEXTS_JA = {
   clean: '理想タイム', strip: 'どこで失ったか', lap: 'ラップ', elapsed: '通過', position: '通過順位',
   gap: '差', best: '最速', median: '中央値', leg: 'レッグ', start: 'スタート',
   keyGain: '自分の速度より速い', keyUsual: '自分の速度どおり', keyLoss: 'ロス', you: '自分',
-  secondLine: '2行目', lineElapsed: '通過', lineLoss: 'ロス', lineBehind: '最速差',
+  secondLine: '2行目', lineElapsed: '通過', lineLoss: 'ロス', lineBehind: '最速差', behindLap: '最速差',
   keySkip: '↓ 通過なし', keyUntimed: '– 計時なし', keyFault: '× 通過漏れ・誤り',
   gapChart: 'タイム差', positionChart: '順位', afterControl: '{0}番通過時', atFinish: 'フィニッシュ',
   codeOf: 'コントロール {0}', lines: '表示', best5: '上位5人', best10: '上位10人', all: '全員',

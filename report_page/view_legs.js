@@ -99,5 +99,5 @@ function lapTable(set, leg, rows, me) {
   }, {mine: rows.findIndex((row) => row.runner === me), rowHeight: 58});
   return h('div.list', h('table.results', h('caption.unseen', `${t('allLaps')}: ${set.labels[leg]}`), h('thead', h('tr',
     h('th', {scope: 'col'}, '#'), h('th', {scope: 'col'}, t('name')), h('th.r.lap-column', {scope: 'col'}, t('lap')),
-    h('th.r.lap-column', {scope: 'col'}, t('behind')), h('th.r.lap-column', {scope: 'col'}, term('lost', t('lineLoss'))))), bodies));
+    h('th.r.lap-column', {scope: 'col'}, t('behindLap')), h('th.r.lap-column', {scope: 'col'}, term('lost', t('lineLoss'))))), bodies));
 }

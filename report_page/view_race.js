@@ -69,25 +69,36 @@ function pointer(drawn, at, move) {
   };
 }
 
+// The standings after a leg by elapsed time. At the finish they are the results, from which elapsed
+// times differ where legs were not timed.
+export function standingsAfter(set, leg) {
+  const timeOf = (row) => (leg === set.legs - 1 ? row.time : row.elapsed[leg]);
+  const lines = set.finishers.map((row) => ({row, time: timeOf(row)})).filter(({time}) => isNumber(time)).sort((a, b) => a.time - b.time);
+  let position = 0;
+  lines.forEach((line, i) => {
+    if (i === 0 || line.time > lines[i - 1].time) position = i + 1;
+    const known = leg < set.legs - 1 && line.row.position[leg];
+    line.position = known || position;
+    const before = leg > 0 ? line.row.position[leg - 1] : 0;
+    line.won = before > 0 ? before - line.position : 0;
+  });
+  return lines;
+}
+
 function showStandings({set, me, at}, title, list, spoken) {
-  const leg = at - 1;
-  const inOrder = set.finishers.filter((row) => isNumber(row.elapsed[leg])).sort((a, b) => a.elapsed[leg] - b.elapsed[leg]);
+  const inOrder = standingsAfter(set, at - 1);
   const code = at < set.legs && set.kind !== 'segment' && set.points[at] ? h('small', t('codeOf', set.points[at])) : null;
   title.replaceChildren(at === set.legs ? t('atFinish') : t('afterControl', set.names[at]), ' ', code ?? '');
   const shown = inOrder.slice(0, LISTED);
-  const mine = inOrder.find((row) => row.runner === me);
+  const mine = inOrder.find(({row}) => row.runner === me);
   if (mine && !shown.includes(mine)) shown.push(mine);
-  list.replaceChildren(...shown.map((row) => standing(set, row, leg, inOrder, me)));
-  spoken.textContent = `${title.textContent}: ${shown.slice(0, 3).map((row, i) => `${i + 1} ${row.runner.name}`).join(', ')}`;
+  list.replaceChildren(...shown.map((line) => standing(set, line, inOrder[0], me)));
+  spoken.textContent = `${title.textContent}: ${shown.slice(0, 3).map(({row, position}) => `${position} ${row.runner.name}`).join(', ')}`;
 }
 
-function standing(set, row, leg, inOrder, me) {
-  const position = row.position[leg] || 1 + inOrder.filter((other) => other.elapsed[leg] < row.elapsed[leg]).length;
-  const before = leg > 0 ? row.position[leg - 1] : 0;
-  const won = before > 0 ? before - position : 0;
-  const leader = inOrder[0];
+function standing(set, {row, time, position, won}, leader, me) {
   return h('li' + (row.runner === me ? '.me' : ''), h('a', {href: runnerAddress(row.runner)},
     h('span.ps', position), h(`span.swatch.${lineClass(row, set.finishers.indexOf(row), me)}`), h('span.nm', row.runner.name),
     h(`span.mv.${won > 0 ? 'gain' : won < 0 ? 'loss' : 'mut'}`, won > 0 ? `▲${won}` : won < 0 ? `▼${-won}` : ''),
-    h('span.nw', row === leader ? h('b', timeText(row.elapsed[leg])) : signedTime(row.elapsed[leg] - leader.elapsed[leg]))));
+    h('span.nw', row === leader.row ? h('b', timeText(time)) : signedTime(time - leader.time))));
 }

@@ -2,6 +2,7 @@ import assert from 'node:assert/strict';
 import {test} from 'node:test';
 import {makeEvent, openSet} from '../data.js';
 import {betterStories, costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
+import {standingsAfter} from '../view_race.js';
 import {sampleData} from './sample.js';
 
 const event = makeEvent(sampleData());
@@ -59,4 +60,12 @@ test('the better story of two is told, of equal ones the first', () => {
   const [weak, strong, equal] = [{value: 1}, {value: 2, of: 'a'}, {value: 2, of: 'b'}];
   assert.deepEqual(betterStories({closest: weak, comeback: strong, cleanest: null, deciding: null}, {closest: strong, comeback: equal, cleanest: weak, deciding: null}),
     {closest: strong, comeback: strong, cleanest: weak, deciding: null});
+});
+
+test('standings are those of the control, and of the results at the finish', () => {
+  const after = (leg) => standingsAfter(course, leg).map(({row, position, time}) => [row.runner.serial, position, time]);
+  assert.deepEqual(after(0), [[1, 1, 100], [5, 2, 120], [2, 3, 150]]);
+  assert.deepEqual(after(2), [[1, 1, 300], [5, 2, 330], [2, 3, 400]]);
+  const tied = {...course, finishers: [{...winner, time: 300}, {...second, time: 300, position: [3, 3, 3]}]};
+  assert.deepEqual(standingsAfter(tied, 2).map(({position, won}) => [position, won]), [[1, 0], [1, 2]]);
 });
