@@ -22,5 +22,6 @@ done
 for runners in 125 250 400 500 1000 2000 4000 8000; do
   make_event "class$runners.lxm" 1 "$runners"
 done
+make_event report400.lxm 16 25
 [ -s "$data/iof3.xml" ] || python3 bench/make_texts.py "$data/classes2000.lxm" "$data"
 KELTRUN2_BENCH_DATA=$data exec python3 bench/table.py build/release/bin/keltrun2_bench "$rounds"

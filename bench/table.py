@@ -25,7 +25,10 @@ TEXTS = [('SPORTident text', 'SportIdent'), ('OEvent text', 'OEvent'),
 EXCHANGE = [('IOF XML 3.0', 'Iof3'), ('IOF XML 2.0.3 for other programs', 'Iof2'),
             ('SplitsBrowser CSV', 'SplitsBrowser'), ('WinSplits text', 'WinSplits'), ('OE2010 CSV', 'Oe2010'),
             ('result table with splits', 'Results')]
-VIEWERS = [(400, 1000), (2000, 3000)]  # runners of a class, goal in ms
+# Events that the report is measured with: their files, and goals for the first view in ms and the size in KB.
+REPORTS = [('400 runners in 16 classes', 'report400', 500, 250), ('400 runners in one class', 'class400', 500, 250),
+           ('2,000 runners in 40 classes', 'classes2000', 1500, 1200), ('2,000 runners in one class', 'class2000', 1500, 1200)]
+LONGEST_TASK = 50
 CLASS_NAME = 'M10A'
 # Growth between sizes that fit the processor's caches and sizes that do not; a square law would give 10 and 34.
 GROWTH_LIMIT = 2.0
@@ -43,12 +46,11 @@ def measure(program, memory, pattern):
     return {'/'.join(r['name'].split('/')[:2]): r for r in runs}
 
 
-def measure_viewer(program, runners):
-    """Milliseconds per view of the report; nothing without a browser."""
-    folder = pathlib.Path(program).parent
-    event = pathlib.Path(os.environ['KELTRUN2_BENCH_DATA']) / ('class%d.lxm' % runners)
-    command = [sys.executable, str(pathlib.Path(__file__).with_name('viewer_bench.py')),
-               str(folder / 'keltrun2'), str(event), CLASS_NAME]
+def measure_report(program, event):
+    """The figures of report_bench.py; nothing without a browser."""
+    file = pathlib.Path(os.environ['KELTRUN2_BENCH_DATA']) / (event + '.lxm')
+    command = [sys.executable, str(pathlib.Path(__file__).with_name('report_bench.py')),
+               str(pathlib.Path(program).parent / 'keltrun2'), str(file), CLASS_NAME]
     return json.loads(subprocess.run(command, check=True, capture_output=True, text=True).stdout or '{}')
 
 
@@ -72,9 +74,9 @@ class Figures:
                                     (DEFAULT, '^PrintList/'), (DEFAULT, '^PrintAnalysis/')):
                 for name, values in measure(program, memory, pattern).items():
                     one[memory, name] = values
-            for runners, _ in VIEWERS:
-                for view, opened in measure_viewer(program, runners).items():
-                    one[DEFAULT, 'Viewer/%d/%s' % (runners, view)] = {WALL: opened}
+            for _, event, _, _ in REPORTS:
+                for figure, value in measure_report(program, event).items():
+                    one[DEFAULT, 'Report/%s/%s' % (event, figure)] = {WALL: value}
             self.rounds.append(one)
 
     def median(self, memory, name, field):
@@ -166,13 +168,21 @@ def rows(f):
     yield row('its PDF', DEFAULT, lambda clock: f.median(DEFAULT, 'PrintList/2000', 'megabytes'), 1, '%.2f MB')
     yield 'printed analysis of 2,000 runners', DEFAULT, '%.2f s' % (
         f.median(DEFAULT, 'PrintAnalysis/2000', WALL) / 1000), '', '', True
-    for runners, goal in VIEWERS:
-        for view in 'table', 'chart':
-            name = 'Viewer/%d/%s' % (runners, view)
-            if (DEFAULT, name) in f.rounds[0]:
-                opened = f.median(DEFAULT, name, WALL)
-                yield ('report of %s runners opened in a browser, %s' % (format(runners, ','), view), '',
-                       '%.0f ms' % opened, '', 'at most %d ms' % goal, opened <= goal)
+    if (DEFAULT, 'Report/class400/paint') in f.rounds[0]:
+        yield from report_rows(f)
+
+
+def report_rows(f):
+    for title, event, first_view, size in REPORTS:
+        value = lambda figure: f.median(DEFAULT, 'Report/%s/%s' % (event, figure), WALL)
+        for figure, text, form, scale, goal in (
+                ('paint', 'first view', '%.0f ms', 1, first_view), ('event', 'first view that answers', '%.0f ms', 1, None),
+                ('results', 'results', '%.0f ms', 1, None), ('splits', 'splits', '%.0f ms', 1, None),
+                ('race', 'race, all lines', '%.0f ms', 1, None), ('scroll', 'longest wait while scrolling', '%.0f ms', 1, LONGEST_TASK),
+                ('packed', 'packed size', '%.0f KB', 1 / 1000, size)):
+            measured = value(figure) * scale
+            yield ('report of %s, %s' % (title, text), '', form % measured, '', AT[False] + form % goal if goal else '',
+                   not goal or measured <= goal)
 
 
 def main():
