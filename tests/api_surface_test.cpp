@@ -215,6 +215,7 @@ TEST(ApiSurface, Estimate) {
   EXPECT_THROW((void)texts.OutputEstimateCsv(nullptr), AutomationError);
   EXPECT_EQ(SiteOptions().UntimedLegs, "none");
   EXPECT_FALSE(SiteOptions().BridgeGaps);
+  EXPECT_TRUE(SiteOptions().Jobs == 1 && ReportSiteOptions().Jobs == 1);
   EXPECT_EQ(MistakeWordName(MistakeWord::kPerhaps), "perhaps");
   EXPECT_EQ(MistakeWordName(MistakeWord::kLikely), "likely");
   EXPECT_EQ(MistakeWordName(MistakeWord::kSure), "sure");

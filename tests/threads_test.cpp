@@ -2,13 +2,18 @@
 // it ran alone. The preset "tsan" runs these tests under ThreadSanitizer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <barrier>
 #include <filesystem>
 #include <map>
+#include <numeric>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 #include "keltrun2/os/clock.h"
+#include "keltrun2/site/ordered_jobs.h"
 #include "tests/test_support.h"
 
 namespace keltrun::test {
@@ -266,6 +271,104 @@ TEST_F(Threads, WithoutARootWorkWithTheYoungestOfTheProcess) {
             }),
             false)
       << "not the event of another thread";
+}
+
+// The sites of an event, both kinds, made on so many threads: every file, the failures and what the
+// host was told. Some files cannot be written, because folders are in the way.
+Outputs PublishedBy(std::int32_t jobs, const string& event, const string& folder) {
+  std::filesystem::remove_all(folder);
+  std::filesystem::create_directories(folder);
+  Outputs made;
+  const auto root = std::make_shared<clsKeltrun2>();
+  const auto files = root->FileControl();
+  EXPECT_TRUE(files->LoadLapFile(ExampleFile(event))) << root->ErrorComment();
+  const auto handle = files->OnProgress([&, host = std::this_thread::get_id()](auto percent) {
+    EXPECT_EQ(std::this_thread::get_id(), host);
+    made["percents"] += to_string(percent) + " ";
+  });
+  SiteOptions site = {.OutputFolder = folder,
+                      .IndexFile = "classic.html",
+                      .ResultFile = "r_*.html",
+                      .AnalysisFile = "a_*.html",
+                      .LegDataFile = "l_*.html",
+                      .ChartFile = "c_*.html",
+                      .ChartOption = "1,7"};
+  site.ResultIncludeCourse = site.AnalysisIncludeCourse = site.ChartIncludeCourse = true;
+  site.UntimedLegs = "auto";
+  site.Jobs = jobs;
+  ReportSiteOptions report = {.OutputFolder = folder, .Prefix = "p_", .ReplaceOthers = true};
+  report.ChartOption = "0,7";
+  report.ChartIncludeCourse = true;
+  report.Jobs = jobs;
+  int number = 0;
+  for (const auto& names : {files->SiteFiles(site), files->ReportSiteFiles(report)}) {
+    for (const string& name : names) {
+      if (++number % 17 == 0) std::filesystem::create_directory(name);
+    }
+  }
+  EXPECT_TRUE(files->OutputSite(site));
+  made["failures"] = root->ErrorComment();
+  EXPECT_TRUE(files->OutputReportSite(report));
+  made["failures"] += root->ErrorComment();
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const string name = entry.path().filename().string();
+    made[name] = entry.is_regular_file() ? ReadBytes(entry.path().string()) : "folder";
+  }
+  return made;
+}
+
+TEST_F(Threads, OfASiteExportMakeWhatOneMakes) {
+  const TemporaryFolder folder;
+  for (const char* event : {"hoshinomori/event.lxm", "midorigaoka/event.lxm"}) {
+    const Outputs one = PublishedBy(1, event, folder.Path("site"));
+    ASSERT_GT(one.size(), 100U);
+    EXPECT_GT(std::count(one.at("failures").begin(), one.at("failures").end(), '\n'), 6);
+    Outputs four = PublishedBy(4, event, folder.Path("site"));
+    for (const auto& [name, output] : one) {
+      EXPECT_TRUE(four[name] == output) << event << ": " << name;
+    }
+    EXPECT_EQ(four.size(), one.size()) << event;
+  }
+}
+
+// Jobs are finished in order, also when an early one takes longest; what a job or the end of one
+// throws ends the work when it is its turn.
+TEST_F(Threads, TakeJobsInOrder) {
+  const auto root = std::make_shared<clsKeltrun2>();
+  root->AddClass("Main");
+  for (const std::size_t threads : {1U, 2U, 5U, 40U}) {
+    for (const int thrown_by : {0, 1, 2}) {  // nobody, a job, the end of a job
+      std::atomic<int> running = 0, second_begun = 0;
+      std::vector<std::size_t> finished;
+      const auto run = [&](std::size_t job, std::size_t worker) {
+        const int at_once = ++running;
+        EXPECT_LE(static_cast<std::size_t>(at_once), threads);
+        EXPECT_LT(worker, threads);
+        EXPECT_EQ(root->ClassAndCourseList().size(), 1U) << "the event of the caller";
+        if (job == 1) second_begun = 1;
+        while (job == 0 && threads > 1 && second_begun == 0) std::this_thread::yield();
+        --running;
+        if (job == 8 && thrown_by == 1) throw std::runtime_error("job");
+      };
+      const auto finish = [&](std::size_t job) {
+        if (job == 8 && thrown_by == 2) throw std::runtime_error("job");
+        finished.push_back(job);
+      };
+      if (thrown_by == 0) {
+        RunInOrder(20, threads, run, finish);
+      } else {
+        EXPECT_THROW(RunInOrder(20, threads, run, finish), std::runtime_error);
+      }
+      std::vector<std::size_t> expected(thrown_by == 0 ? 20 : 8);
+      std::iota(expected.begin(), expected.end(), std::size_t{0});
+      EXPECT_EQ(finished, expected);
+      EXPECT_EQ(running, 0) << "all threads have ended";
+    }
+  }
+  EXPECT_EQ(ThreadCount(3, 2, ""), 2U);
+  EXPECT_EQ(ThreadCount(3, 9, ""), 3U);
+  EXPECT_GE(ThreadCount(0, 9, ""), 1U);
+  EXPECT_THROW(ThreadCount(-1, 9, ""), AutomationError);
 }
 
 }  // namespace

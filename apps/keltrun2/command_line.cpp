@@ -453,6 +453,11 @@ void AddSiteOptions(CLI::App& app, Options& options) {
       ->allow_extra_args(false)
       ->check(CLI::IsMember(charts).description(""));
   AddUntimed(app, options);
+  app.add_option(
+         "--jobs", options.jobs,
+         "on how many threads charts and classic pages are made (default: one for each core)")
+      ->type_name("N")
+      ->check(CLI::Range(1, 1000).description(""));
   app.add_flag("--add", options.add,
                "make index.html a list of the events in the folder, the newest first; an event\n"
                "with the same --prefix is replaced, and all else on an existing page stays");

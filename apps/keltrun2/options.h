@@ -57,6 +57,7 @@ struct Options {
   bool official_site = true;
   bool legs = true;                 // leg-data pages of the classic site
   std::vector<std::string> charts;  // modes to draw, or "all"
+  std::int32_t jobs = 0;            // threads, 0 for one for each core
   bool viewer = false;              // the report beside the classic pages
   std::string charset = "x-sjis";   // or "utf-8"
 

@@ -110,6 +110,7 @@ SiteOptions ClassicSite(const Options& options, const std::string& folder, bool 
   site.IndexReplaceBlock = true;  // the same prefix again is the same event again
   site.UntimedLegs = options.untimed;
   site.BridgeGaps = true;
+  site.Jobs = options.jobs;
   site.Charset = options.charset;
   return site;
 }
@@ -156,6 +157,7 @@ ReportSiteOptions ReportSite(const Options& options, const std::string& folder) 
   site.ChartOption = ChartModeNumbers(options.charts);
   site.ChartIncludeCourse = options.courses;
   site.UntimedLegs = options.untimed;
+  site.Jobs = options.jobs;
   if (options.pages == SitePages::kBoth) site.ClassicIndex = options.prefix + kClassicFile;
   return site;
 }

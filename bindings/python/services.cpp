@@ -101,6 +101,7 @@ void BindSite(py::module_& module) {
       .Field("IndexReplaceBlock", &SiteOptions::IndexReplaceBlock)
       .Field("UntimedLegs", &SiteOptions::UntimedLegs)
       .Field("BridgeGaps", &SiteOptions::BridgeGaps)
+      .Field("Jobs", &SiteOptions::Jobs)
       .Field("Charset", &SiteOptions::Charset)
       .ShowsFields();
   Class<ReportSiteOptions>(module, "ReportSiteOptions")
@@ -113,6 +114,7 @@ void BindSite(py::module_& module) {
       .Field("ChartOption", &ReportSiteOptions::ChartOption)
       .Field("ChartIncludeCourse", &ReportSiteOptions::ChartIncludeCourse)
       .Field("UntimedLegs", &ReportSiteOptions::UntimedLegs)
+      .Field("Jobs", &ReportSiteOptions::Jobs)
       .Field("ClassicIndex", &ReportSiteOptions::ClassicIndex)
       .ShowsFields();
 }

@@ -112,6 +112,10 @@ std::shared_ptr<EventModel> CurrentModel(std::string_view member) {
                             "object (clsKeltrun2); create one and keep it");
 }
 
+std::function<void()> StateSharing() {
+  return [state = State()] { OwnState() = state; };
+}
+
 void SetCurrentModel(const std::shared_ptr<EventModel>& model) {
   StatePointer& own = OwnState();
   if (!own) own = std::make_shared<RootState>();

@@ -36,10 +36,21 @@ void FolderWriter::SyncAll() {
 }
 
 void FolderWriter::Note(const std::string& failure) {
+  if (is_helper_) return failures_.push_back(failure);
   if (folder_failed_) return;
   std::string error;
   folder_failed_ = !CanMakeFiles(folder_, error);
   failures_.push_back(folder_failed_ ? error : failure);
+}
+
+FolderWriter FolderWriter::Helper() const {
+  FolderWriter helper(folder_, operation_);
+  helper.is_helper_ = true;
+  return helper;
+}
+
+void FolderWriter::Take(const FolderWriter& helper) {
+  for (const std::string& failure : helper.failures_) Note(failure);
 }
 
 void FolderWriter::Report(std::string_view abort) const {

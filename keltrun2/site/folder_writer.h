@@ -51,6 +51,11 @@ class FolderWriter {
   /// each file.
   void Note(const std::string& failure);
 
+  /// A writer into the same folder for another thread. It only collects what failed there.
+  FolderWriter Helper() const;
+  /// Notes what a helper collected.
+  void Take(const FolderWriter& helper);
+
   /// Puts what failed into the error text, after the reason for which the whole export ended, if
   /// any.
   void Report(std::string_view abort = "") const;
@@ -60,6 +65,7 @@ class FolderWriter {
   std::string operation_;
   std::vector<std::string> failures_;
   bool folder_failed_ = false;
+  bool is_helper_ = false;
 };
 
 }  // namespace keltrun

@@ -4,6 +4,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -29,6 +30,7 @@
 #include "keltrun2/report/result_csv.h"
 #include "keltrun2/site/event_sets.h"
 #include "keltrun2/site/folder_writer.h"
+#include "keltrun2/site/ordered_jobs.h"
 #include "keltrun2/site/output_names.h"
 #include "keltrun2/site/skipped_legs_keeper.h"
 #include "keltrun2/text/cells.h"
@@ -39,6 +41,7 @@ namespace keltrun {
 namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputReportSite";
+constexpr std::string_view kJobsOption = "ReportSiteOptions.Jobs";
 constexpr std::string_view kIndexFile = "index.html";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::size_t kLargestIndex = std::size_t{512} << 20;  // a report of any event
@@ -77,6 +80,27 @@ std::string Called(const ListedEvent& event) {
   return event.Date.empty() ? text : text + " (" + event.Date + ")";
 }
 
+// The picture and the chart that a thread draws on, made for the first chart and kept.
+struct ChartCanvas {
+  std::shared_ptr<CairoPicture> picture;
+  std::shared_ptr<clsChartObject> chart;
+
+  void Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode);
+};
+
+// The whole chart, as large as the picture.
+void ChartCanvas::Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode) {
+  if (!picture) {
+    picture = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
+    chart = std::make_shared<clsChartObject>();
+    chart->BridgeGaps = chart->Titles = chart->AutoColors = true;
+    chart->ClearNames = chart->FitMost = true;
+    chart->SetPictureObject(picture);
+  }
+  BuildChart(analyzer, *chart, mode, ChartRatioToFit(*analyzer, *chart, mode), 1, 0, 0);
+  chart->DrawChart();
+}
+
 class ReportSite {
  public:
   explicit ReportSite(const ReportSiteOptions& options)
@@ -87,6 +111,7 @@ class ReportSite {
         event_(MakeListedEvent(*model_, SafePrefix(options.Prefix), Now())) {
     const auto modes = ChartModes(options.ChartOption);
     chart_modes_ = {modes.begin(), modes.end()};
+    ThreadCount(options.Jobs, 0, kJobsOption);
     NameFiles();
   }
 
@@ -115,9 +140,10 @@ class ReportSite {
     surroundings_.Links.push_back({kind, PercentEncode(name)});
   }
   void MakeCharts();
-  void DrawCharts(const ChartEntry& entry);
-  std::shared_ptr<clsAnalyzer> Analyze(const ChartEntry& entry) const;
-  void Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode);
+  void MakeCharts(std::size_t begin, std::size_t end);
+  void DrawCharts(const ChartEntry& entry, ChartCanvas& canvas, FolderWriter& writer,
+                  PictureGroup& group);
+  std::shared_ptr<clsAnalyzer> Analyze(const ChartEntry& entry);
   std::string MakeReport();
   void AddToIndex();
   bool KeepFormerReport(Index& index);
@@ -134,8 +160,9 @@ class ReportSite {
   EventSets sets_;
   ReportSurroundings surroundings_;
   std::vector<PictureGroup> chart_groups_;
-  std::shared_ptr<CairoPicture> picture_;  // made for the first chart and kept, as is the chart
-  std::shared_ptr<clsChartObject> chart_;
+  // Held while records are read into a data set, which may ask records of the whole event and
+  // change those of the set.
+  std::mutex records_;
   ProgressReport* progress_ = nullptr;
   std::int64_t done_ = 0;
   std::int64_t steps_ = 0;
@@ -271,10 +298,13 @@ void ReportSite::CopyEventAs(const std::string& name, KrLapFileTypeConst type,
 }
 
 void ReportSite::MakeCharts() {
-  for (const ChartEntry& entry : chart_entries_) {
-    writer_.Attempt("analyze", entry.choice.ValueName, [&] { DrawCharts(entry); });
-    Advance();
-  }
+  // Courses share their runners with the classes, and analyzing writes to the runners' records.
+  const auto first_course =
+      std::find_if(chart_entries_.begin(), chart_entries_.end(),
+                   [](const ChartEntry& entry) { return entry.choice.ClassIndex == 0; });
+  const auto classes = static_cast<std::size_t>(first_course - chart_entries_.begin());
+  MakeCharts(0, classes);
+  MakeCharts(classes, chart_entries_.size());
   if (chart_groups_.empty()) return;
   std::string page;
   AppendPicturePage(page, model_->Event->EventName, PercentEncode(report_name_), chart_groups_,
@@ -282,29 +312,60 @@ void ReportSite::MakeCharts() {
   if (writer_.Write(charts_name_, page)) Link(ReportLinkKind::kCharts, charts_name_);
 }
 
-void ReportSite::DrawCharts(const ChartEntry& entry) {
+// Makes the charts of the entries from `begin` to the one before `end` on several threads. Groups,
+// failures and progress come in the order of the entries.
+void ReportSite::MakeCharts(std::size_t begin, std::size_t end) {
+  struct Outcome {
+    FolderWriter writer;
+    PictureGroup group;
+  };
+  const std::size_t count = end - begin;
+  const std::size_t threads = ThreadCount(options_.Jobs, count, kJobsOption);
+  std::vector<Outcome> outcomes(count, Outcome{writer_.Helper(), {}});
+  std::vector<ChartCanvas> canvases(threads);
+  RunInOrder(
+      count, threads,
+      [&](std::size_t job, std::size_t worker) {
+        Outcome& outcome = outcomes[job];
+        const ChartEntry& entry = chart_entries_[begin + job];
+        outcome.writer.Attempt("analyze", entry.choice.ValueName, [&] {
+          DrawCharts(entry, canvases[worker], outcome.writer, outcome.group);
+        });
+      },
+      [&](std::size_t job) {
+        writer_.Take(outcomes[job].writer);
+        PictureGroup& group = outcomes[job].group;
+        if (!group.Pictures.empty()) chart_groups_.push_back(std::move(group));
+        Advance();
+      });
+}
+
+void ReportSite::DrawCharts(const ChartEntry& entry, ChartCanvas& canvas, FolderWriter& writer,
+                            PictureGroup& group) {
   const auto analyzer = Analyze(entry);
   if (analyzer->Count() == 0) return;
-  PictureGroup group = {entry.choice.ValueName, {}};
+  group.Name = entry.choice.ValueName;
   for (const std::int32_t mode : chart_modes_) {
     if (mode == KR_CHART_REALTIME && !HasStartTimes(*analyzer)) continue;
     if (mode == KR_CHART_VESMER && !HasMap(*analyzer)) continue;
     const std::string name = entry.pictures.Picture(mode);
-    writer_.Attempt("draw", writer_.Folder() + name, [&] {
-      Draw(analyzer, static_cast<KrChartModeConst>(mode));
-      if (!writer_.Write(name, picture_->Encode())) return;
+    writer.Attempt("draw", writer.Folder() + name, [&] {
+      canvas.Draw(analyzer, static_cast<KrChartModeConst>(mode));
+      if (!writer.Write(name, canvas.picture->Encode())) return;
       group.Pictures.push_back({name, ResourceText("RES_CHART_MODE_" + std::to_string(mode))});
     });
   }
-  if (!group.Pictures.empty()) chart_groups_.push_back(std::move(group));
 }
 
-std::shared_ptr<clsAnalyzer> ReportSite::Analyze(const ChartEntry& entry) const {
+std::shared_ptr<clsAnalyzer> ReportSite::Analyze(const ChartEntry& entry) {
   auto analyzer = std::make_shared<clsAnalyzer>();
   const auto classes = sets_.ClassesOf(entry.choice);
-  sets_.AddRunners(*analyzer, entry.choice, classes);
-  analyzer->SetUntimedLegs(options_.UntimedLegs);
-  analyzer->Execute();
+  {
+    const std::lock_guard lock(records_);
+    sets_.AddRunners(*analyzer, entry.choice, classes);
+    analyzer->SetUntimedLegs(options_.UntimedLegs);
+    analyzer->Execute();
+  }
   if (analyzer->Count() == 0) return analyzer;
   const std::int32_t course_number =
       entry.choice.ClassIndex == 0 ? entry.choice.CourseNum : classes.front()->CourseNum;
@@ -313,18 +374,6 @@ std::shared_ptr<clsAnalyzer> ReportSite::Analyze(const ChartEntry& entry) const 
   analyzer->ExtraAnalyze();
   if (chart_modes_.contains(KR_CHART_VESMER) && HasMap(*analyzer)) analyzer->Vesmer();
   return analyzer;
-}
-
-void ReportSite::Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode) {
-  if (!picture_) {
-    picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
-    chart_ = std::make_shared<clsChartObject>();
-    chart_->BridgeGaps = chart_->Titles = chart_->AutoColors = true;
-    chart_->ClearNames = chart_->FitMost = true;
-    chart_->SetPictureObject(picture_);
-  }
-  BuildChart(analyzer, *chart_, mode, ChartRatioToFit(*analyzer, *chart_, mode), 1, 0, 0);
-  chart_->DrawChart();
 }
 
 std::string ReportSite::MakeReport() {

@@ -1,6 +1,7 @@
 // What is published of an event as a web site.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace keltrun {
@@ -65,6 +66,10 @@ struct SiteOptions {
   /// clsChartObject::BridgeGaps.
   bool BridgeGaps = false;
 
+  /// On how many threads classes and courses are made; 0 is one for each core of the computer. The
+  /// files, failures and progress are the same. Negative numbers raise invalid procedure call (5).
+  std::int32_t Jobs = 1;
+
   /// The charset that pages declare and are written in. Outside the Japanese mode, leg analyses are
   /// in iso-8859-1 instead of "x-sjis".
   std::string Charset = "x-sjis";
@@ -96,6 +101,8 @@ struct ReportSiteOptions {
   /// Which legs count for nobody because they were not timed: "none", "auto" or a list, as
   /// clsAnalyzer::UntimedLegs.
   std::string UntimedLegs = "none";
+  /// On how many threads charts are made; as SiteOptions::Jobs.
+  std::int32_t Jobs = 1;
   /// The file name of an index of pages that OutputSite writes into the folder, for a link to it.
   std::string ClassicIndex = {};
 };
