@@ -1,5 +1,6 @@
 #include "apps/keltrun2/info_text.h"
 
+#include <algorithm>
 #include <map>
 #include <unordered_map>
 
@@ -103,8 +104,25 @@ std::map<std::int32_t, std::int32_t> RunnersOfCourses(const clsClassData& klass)
 
 // The classes of a course, and how many runners they have together.
 struct CourseClasses {
-  std::string names;
+  std::vector<std::shared_ptr<clsClassData>> classes;
   std::int32_t runners = 0;
+
+  std::string Names() const {
+    std::string names;
+    for (const auto& klass : classes) {
+      names.append(names.empty() ? "" : "/").append(InTable(klass->ClassName()));
+    }
+    return names;
+  }
+
+ private:
+  // A name can be as long as a file, and its class can have thousands of courses.
+  static std::string_view InTable(std::string_view name) {
+    constexpr std::size_t kMostBytes = 1000;
+    std::size_t size = std::min(name.size(), kMostBytes);
+    while (size < name.size() && (static_cast<unsigned char>(name[size]) & 0xC0) == 0x80) --size;
+    return name.substr(0, size);
+  }
 };
 
 std::unordered_map<std::int32_t, CourseClasses> ClassesOfCourses(const clsKeltrun2& root) {
@@ -113,7 +131,7 @@ std::unordered_map<std::int32_t, CourseClasses> ClassesOfCourses(const clsKeltru
     const auto klass = root.ClassData(i);
     for (const auto& [course, runners] : RunnersOfCourses(*klass)) {
       CourseClasses& found = courses[course];
-      found.names += (found.names.empty() ? "" : "/") + klass->ClassName();
+      found.classes.push_back(klass);
       found.runners += runners;
     }
   }
@@ -135,7 +153,7 @@ void AppendChoices(std::string& out, const clsKeltrun2& root) {
     const CourseClasses classes =
         found == classes_of_courses.end() ? CourseClasses() : found->second;
     table.AddRow({"--course " + std::to_string(choice.CourseNum), std::to_string(classes.runners),
-                  classes.names});
+                  classes.Names()});
   }
   AppendSection(out, "To analyze", static_cast<std::int32_t>(choices.size()), table);
 }

@@ -48,7 +48,7 @@ std::shared_ptr<clsLapData> SegmentLap(const clsLapData& runner, std::int32_t st
                                        std::int32_t legs) {
   auto copy = std::make_shared<clsLapData>();
   copy->Age = runner.Age;
-  copy->SetClassName(runner.ClassName());
+  LapDataInternal::ShareClassName(*copy, runner);
   copy->ClubName = runner.ClubName;
   copy->Ecard = runner.Ecard;
   copy->ID = runner.ID;

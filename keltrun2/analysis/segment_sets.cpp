@@ -20,6 +20,8 @@ namespace keltrun {
 namespace {
 
 constexpr std::size_t kShortestRun = 3;
+// Bytes of a class name in an entry of a list; a longer one counts as several entries.
+constexpr std::size_t kUsualNameSize = 200;
 constexpr std::size_t kLongestRun = clsCourseData::kMostControls + 2;  // with start and finish
 
 using Codes = std::vector<std::int32_t>;
@@ -46,7 +48,7 @@ Codes CodesOf(const clsCourseData& course) {
   return codes;
 }
 
-using ClassesByCourse = std::unordered_map<std::int32_t, std::vector<std::string>>;
+using ClassesByCourse = std::unordered_map<std::int32_t, std::vector<const clsClassData*>>;
 
 // Finds the runs by parting the places of all courses code by code: two places have the codes in
 // common up to where they part. This takes as much work as reading each course from each of its
@@ -57,7 +59,11 @@ class RunFinder {
     for (const auto& course : model.Courses()) {
       codes_.push_back(CodesOf(*course));
       const auto found = classes.find(course->CourseIndex());
-      entries_of_course_.push_back(1 + (found == classes.end() ? 0 : found->second.size()));
+      entries_of_course_.push_back(1);
+      if (found == classes.end()) continue;
+      for (const clsClassData* const klass : found->second) {
+        entries_of_course_.back() += 1 + klass->ClassName().size() / kUsualNameSize;
+      }
     }
   }
 
@@ -260,7 +266,7 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
   segment->ControlCount = static_cast<std::int32_t>(run.codes.size()) - 2;
   segment->SegmentName = NameOf(run.codes);
   segment->SegmentBinaryName = BinaryNameOf(run.codes);
-  std::unordered_set<std::string> listed;
+  std::unordered_set<const clsClassData*> listed;
   for (const Place& place : run.places) {
     const std::int32_t course = model.Courses()[place.course]->CourseIndex();
     const std::string position = std::to_string(place.position);
@@ -268,9 +274,9 @@ std::shared_ptr<SegmentSet> MakeSegment(const Run& run, const EventModel& model,
     segment->TargetCourseTable.push_back(std::to_string(course) + "\t" + position);
     const auto found = classes.find(course);
     if (found == classes.end()) continue;
-    for (const std::string& name : found->second) {
-      if (!listed.insert(name).second) continue;  // only the first entry of a class is kept
-      segment->TargetClassList.push_back(name + suffix);
+    for (const clsClassData* const klass : found->second) {
+      if (!listed.insert(klass).second) continue;  // only the first entry of a class is kept
+      segment->TargetClassList.push_back(klass->ClassName() + suffix);
     }
   }
   return segment;
@@ -282,7 +288,7 @@ void MakeSegmentSets(EventModel& model) {
   ClassesByCourse classes;
   for (const auto& klass : model.Classes()) {
     for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(*klass)) {
-      classes[course].push_back(klass->ClassName());
+      classes[course].push_back(klass.get());
     }
   }
   RunFinder finder(model, classes);

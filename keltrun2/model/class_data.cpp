@@ -107,13 +107,13 @@ std::string clsClassData::ClassInfo() const {
 
 void clsClassData::SetFileName(std::string_view FileName) {
   const bool derive = FileName.empty() || FileName == "0";
-  file_name_ = FileBaseName(derive ? std::string_view(class_name_) : FileName);
+  file_name_ = FileBaseName(derive ? std::string_view(*class_name_) : FileName);
 }
 
 bool clsClassData::AddLapObject(const std::shared_ptr<clsLapData>& LapObject,
                                 KrLapFileLoadModeCosnt LapFileLoadMode) {
   CheckObject(LapObject, "clsClassData.AddLapObject");
-  LapObject->SetClassName(class_name_);
+  ClassDataInternal::GiveClassName(*this, *LapObject);
   std::shared_ptr<clsLapData> match;
   if (const auto key = MatchKey(*LapObject, LapFileLoadMode)) {
     const auto found = std::find_if(laps_.begin(), laps_.end(), [&](const auto& runner) {
@@ -130,7 +130,7 @@ LapMerger::LapMerger(clsClassData& klass, KrLapFileLoadModeCosnt mode)
 }
 
 bool LapMerger::Add(const std::shared_ptr<clsLapData>& lap) {
-  lap->SetClassName(class_.ClassName());
+  ClassDataInternal::GiveClassName(class_, *lap);
   std::shared_ptr<clsLapData> match;
   if (const auto key = MatchKey(*lap, mode_)) {
     const auto found = first_by_key_.find(*key);
@@ -147,7 +147,7 @@ void LapMerger::Remember(const std::shared_ptr<clsLapData>& lap) {
 
 std::shared_ptr<clsLapData> clsClassData::AddLap() {
   auto lap = std::make_shared<clsLapData>();
-  lap->SetClassName(class_name_);
+  ClassDataInternal::GiveClassName(*this, *lap);
   Append(lap);
   return lap;
 }

@@ -24,7 +24,7 @@ class KELTRUN2_API clsClassData {
   std::int32_t CutOffRank = 0;    ///< Last rank above the border in result lists; 0 if none.
 
   /// The name of the class, given when it was created.
-  const std::string& ClassName() const { return class_name_; }
+  const std::string& ClassName() const { return *class_name_; }
 
   /// Length and climb as text, "5.2km ↑150m"; empty if the length is unknown.
   std::string ClassInfo() const;
@@ -63,7 +63,7 @@ class KELTRUN2_API clsClassData {
 
   void Append(const std::shared_ptr<clsLapData>& lap);
 
-  std::string class_name_;
+  std::shared_ptr<const std::string> class_name_ = std::make_shared<const std::string>();
   std::string file_name_;
   std::vector<std::shared_ptr<clsLapData>> laps_;
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "keltrun2/model/class_data.h"
+#include "keltrun2/model/lap_data_internal.h"
 
 namespace keltrun {
 
@@ -16,8 +17,12 @@ class ClassDataInternal {
  public:
   /// Sets the name of the class and derives its file base name from it.
   static void SetClassName(clsClassData& klass, std::string_view name) {
-    klass.class_name_ = name;
+    klass.class_name_ = std::make_shared<const std::string>(name);
     klass.SetFileName("");
+  }
+  /// Gives a record the name of the class, which stays in one place.
+  static void GiveClassName(const clsClassData& klass, clsLapData& lap) {
+    LapDataInternal::ShareClassName(lap, klass.class_name_);
   }
   /// Adds a record without searching for a match.
   static void Append(clsClassData& klass, const std::shared_ptr<clsLapData>& lap) {

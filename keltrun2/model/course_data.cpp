@@ -8,12 +8,15 @@ std::int32_t clsCourseData::ControlNum(std::int32_t Index) const {
   if (Index == 0) return kStartCode;
   if (Index > control_count_ && Index > 0) return kFinishCode;
   CheckIndex(Index, 0, kMostControls, "clsCourseData.ControlNum");
-  return codes_[static_cast<std::size_t>(Index)];
+  const auto at = static_cast<std::size_t>(Index);
+  return at < codes_.size() ? codes_[at] : 0;
 }
 
 void clsCourseData::SetControlNum(std::int32_t Index, std::int32_t Code) {
   CheckIndex(Index, 0, kMostControls, "clsCourseData.ControlNum");
-  codes_[static_cast<std::size_t>(Index)] = Code;
+  const auto at = static_cast<std::size_t>(Index);
+  if (at >= codes_.size()) codes_.resize(at + 1);
+  codes_[at] = Code;
 }
 
 std::string clsCourseData::ControlCodeText(std::int32_t Index) const {

@@ -1,11 +1,11 @@
 // A course: a sequence of controls.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "keltrun2/base/export.h"
 
@@ -52,7 +52,7 @@ class KELTRUN2_API clsCourseData {
  private:
   std::int32_t course_index_ = 0;
   std::int32_t control_count_ = 0;
-  std::array<std::int32_t, kMostControls + 1> codes_{};
+  std::vector<std::int32_t> codes_;                 // by index; those after the end are 0
   std::map<std::int32_t, std::string> code_texts_;  // by index
 };
 

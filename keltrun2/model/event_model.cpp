@@ -10,6 +10,7 @@
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
 #include "keltrun2/text/split.h"
+#include "keltrun2/text/utf16.h"
 
 namespace keltrun {
 namespace {
@@ -25,32 +26,46 @@ class CourseChoices {
   void Join(const clsClassData& klass, std::int32_t position) {
     for (const auto& [course, runners] : ClassDataInternal::RunnersOfCourses(klass)) {
       if (course == 0) continue;
-      const auto [found, added] = entries_.try_emplace(course);
-      Entry& entry = found->second;
+      Entry& entry = entries_[course];
       entry.last_class = position;
-      entry.classes += 1;
-      ClassAndCourseChoice& choice = entry.choice;
-      choice.CourseNum = course;
-      choice.ValueName += (added ? "" : "/") + klass.ClassName();
-      choice.FileName += (added ? "" : "_") + klass.FileName();
-      choice.RunnerCount += runners;
+      entry.classes.push_back(&klass);
+      entry.runners += runners;
     }
   }
 
   void AppendShared(std::vector<ClassAndCourseChoice>& choices) const {
-    std::map<std::pair<std::int32_t, std::int32_t>, const ClassAndCourseChoice*> shared;
+    std::map<std::pair<std::int32_t, std::int32_t>, const Entry*> shared;
     for (const auto& [course, entry] : entries_) {
-      if (entry.classes >= 2) shared.emplace(std::pair(entry.last_class, course), &entry.choice);
+      if (entry.classes.size() >= 2) shared.emplace(std::pair(entry.last_class, course), &entry);
     }
-    for (const auto& [position, choice] : shared) choices.push_back(*choice);
+    for (const auto& [key, entry] : shared) choices.push_back(MakeChoice(key.second, *entry));
   }
 
  private:
   struct Entry {
-    ClassAndCourseChoice choice;
-    std::int32_t classes = 0;
+    std::vector<const clsClassData*> classes;
+    std::int32_t runners = 0;
     std::int32_t last_class = 0;
   };
+
+  static ClassAndCourseChoice MakeChoice(std::int32_t course, const Entry& entry) {
+    ClassAndCourseChoice choice;
+    choice.CourseNum = course;
+    choice.RunnerCount = entry.runners;
+    for (const clsClassData* const klass : entry.classes) {
+      const bool is_first = klass == entry.classes.front();
+      choice.ValueName.append(is_first ? "" : "/").append(InList(klass->ClassName()));
+      choice.FileName.append(is_first ? "" : "_").append(InList(klass->FileName()));
+    }
+    return choice;
+  }
+
+  // A name can be as long as a file, and its class can have thousands of courses.
+  static std::string_view InList(std::string_view name) {
+    constexpr std::size_t kMostUnits = 500;
+    return Utf16Prefix(name, kMostUnits);
+  }
+
   std::unordered_map<std::int32_t, Entry> entries_;  // by course number
 };
 
@@ -109,7 +124,7 @@ void EventModel::RenameClass(std::string_view old_name, std::string_view new_nam
   ClassDataInternal::SetClassName(*klass, std::string(new_name));
   classes_.Rekey(old_key, FoldCase(klass->ClassName()));
   for (const auto& runner : ClassDataInternal::Runners(*klass)) {
-    runner->SetClassName(klass->ClassName());
+    ClassDataInternal::GiveClassName(*klass, *runner);
   }
 }
 

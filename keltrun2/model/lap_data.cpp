@@ -26,6 +26,15 @@ bool IsStoredTime(std::string_view text) {
 
 }  // namespace
 
+const std::string& clsLapData::ClassName() const {
+  static const std::string none;
+  return class_name_ ? *class_name_ : none;
+}
+
+void clsLapData::SetClassName(std::string_view ClassName) {
+  class_name_ = std::make_shared<const std::string>(ClassName);
+}
+
 void clsLapData::SetStartTime(std::shared_ptr<clsTimeValue> Value) {
   start_time_ = Value ? std::move(Value) : std::make_shared<clsTimeValue>();
 }

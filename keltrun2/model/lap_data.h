@@ -66,9 +66,9 @@ class KELTRUN2_API clsLapData {
   std::int32_t SerialNum() const { return serial_num_; }
 
   /// Name of the runner's class.
-  const std::string& ClassName() const { return class_name_; }
+  const std::string& ClassName() const;
   /// Changes only the name; the record stays in its class.
-  void SetClassName(std::string_view ClassName) { class_name_ = ClassName; }
+  void SetClassName(std::string_view ClassName);
 
   /// The lap of a leg, 0 to 50 (0 is a place without meaning). Reading a leg above LegCount
   /// increases LegCount to it. Raises subscript out of range (9) for an index outside 0 to 50.
@@ -98,7 +98,7 @@ class KELTRUN2_API clsLapData {
  private:
   friend class LapDataInternal;
 
-  std::string class_name_;
+  std::shared_ptr<const std::string> class_name_;  // all runners of a class share it; null: none
   std::string result_;
   std::int32_t leg_count_ = 0;
   std::int32_t serial_num_ = 0;

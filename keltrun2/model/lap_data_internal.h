@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <memory>
+#include <string>
 #include <string_view>
 
 #include "keltrun2/model/lap_data.h"
@@ -11,6 +13,15 @@ namespace keltrun {
 class LapDataInternal {
  public:
   static void SetSerialNum(clsLapData& lap, std::int32_t serial) { lap.serial_num_ = serial; }
+
+  /// Sets the name of the class to a text that its other runners have as well: a name can be as
+  /// long as a file, and a class can have many runners.
+  static void ShareClassName(clsLapData& lap, const std::shared_ptr<const std::string>& name) {
+    lap.class_name_ = name;
+  }
+  static void ShareClassName(clsLapData& lap, const clsLapData& other) {
+    lap.class_name_ = other.class_name_;
+  }
 
   /// The lap of a leg, without increasing LegCount: analysis and outputs must not change a record
   /// by reading it. Legs outside 0 to 50 have no data.
