@@ -198,7 +198,7 @@ TEST_F(CInterface, RemarksAreGroupedByKind) {
   keltrun2_merge(event.get(), "list.csv", list.data(), list.size());
   const auto remarks = nlohmann::json::parse(Exported(event, "remarks-json"));
   EXPECT_EQ(remarks["version"], 1);
-  EXPECT_EQ(remarks["format"], "Keltrun2");
+  EXPECT_EQ(remarks["format"], "Keltrun2 lap file");
   EXPECT_TRUE(remarks["remarks"].is_array() && remarks["oddities"].is_array());
 }
 
