@@ -131,11 +131,6 @@ function ranked(set) {
   return set.finishers.filter((row) => isNumber(row.place));
 }
 
-function withSets(sets, fewest) {
-  return sets.filter((set) => set.finishers.length >= fewest)
-    .flatMap((set) => ranked(set).map((row) => ({set, row})));
-}
-
 // The worst position after a tenth of the course.
 function worstPosition(set, row) {
   return Math.max(0, ...row.position.slice(0, -1).filter((_, leg) => set.x[leg + 1] > 0.1));
@@ -146,23 +141,43 @@ function legsWithLoss({estimate, extras}) {
   return (estimate?.[3] ?? extras.loss ?? []).filter(isNumber).length;
 }
 
-// What was special about the race: each entry may be null.
-export function storiesOf(sets) {
+function closestFinish(set) {
+  const [first, second] = ranked(set);
+  return second ? {set, value: first.time - second.time} : null;
+}
+
+function decidingLeg(set) {
+  if (set.decisive === null || set.finishers.length <= 4) return null;
+  return {set, value: set.facts[set.decisive].decisive / (set.courseTime || 1)};
+}
+
+function greatestComeback(set, rows) {
+  if (set.finishers.length < FEWEST_FOR_COMEBACK) return null;
+  return best(rows.map((row) => ({set, row, worst: worstPosition(set, row)})), ({row, worst}) => {
+    const won = worst - row.position.at(-1);
+    return row.position.at(-1) > 0 && won > 1 ? won : null;
+  });
+}
+
+function cleanestRun(set, rows) {
+  if (set.finishers.length < FEWEST_FOR_CLEANEST) return null;
+  return best(rows.map((row) => ({set, row})), ({row}) => {
+    const known = legsWithLoss(row) >= 0.6 * set.timedLegs;
+    return known && isNumber(row.lost) && row.time > 0 ? -row.lost / row.time : null;
+  });
+}
+
+// What was special about the race of a set, told of a stretch of its ranked finishers: each entry
+// may be null.
+export function storiesOf(set, from = 0, to = Infinity) {
+  const rows = ranked(set).slice(from, to);
   return {
-    closest: best(sets.filter((set) => ranked(set).length > 1).map((set) => ({set})),
-      ({set}) => ranked(set)[0].time - ranked(set)[1].time),
-    comeback: best(withSets(sets, FEWEST_FOR_COMEBACK).map((each) => ({...each, worst: worstPosition(each.set, each.row)})), ({row, worst}) => {
-      const won = worst - row.position.at(-1);
-      return row.position.at(-1) > 0 && won > 1 ? won : null;
-    }),
-    cleanest: best(withSets(sets, FEWEST_FOR_CLEANEST), ({set, row}) => {
-      const known = legsWithLoss(row) >= 0.6 * set.timedLegs;
-      return known && isNumber(row.lost) && row.time > 0 ? -row.lost / row.time : null;
-    }),
-    deciding: best(sets.filter((set) => set.decisive !== null && set.finishers.length > 4).map((set) => ({set})),
-      ({set}) => set.facts[set.decisive].decisive / (set.courseTime || 1)),
+    closest: from === 0 ? closestFinish(set) : null, comeback: greatestComeback(set, rows),
+    cleanest: cleanestRun(set, rows), deciding: from === 0 ? decidingLeg(set) : null,
   };
 }
+
+export const NO_STORIES = {closest: null, comeback: null, cleanest: null, deciding: null};
 
 // The better one of each two stories; of equals the first.
 export function betterStories(stories, others) {

@@ -100,6 +100,11 @@ export function lossLegend() {
     h('span', swatch('l2', 'l3', 'l4'), term('lost', t('keyLoss'))));
 }
 
+// Whether the window is wide; when it becomes so, the view is made anew.
+export function isWide() {
+  return innerWidth >= 760;
+}
+
 // A drawing that is made as wide as its place.
 export function chart(draw, attributes = {}) {
   const place = h('div.chart', attributes);

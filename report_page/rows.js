@@ -5,8 +5,8 @@ import {h} from './dom.js';
 import {sum} from './figures.js';
 
 const ALL_AT_ONCE = 1000;   // cells; fewer are not worth the trouble
-const CELLS_IN_BLOCK = 64;
-const FIRST_SHOWN = 5;      // blocks, before it is known how much is seen
+const CELLS_IN_BLOCK = 40;
+const FIRST_SHOWN = 8;      // blocks, before it is known how much is seen
 const MARGIN = 700;         // pixels above and below the window
 
 // Heights of blocks that have been seen, by address and width, so that going back finds its place.

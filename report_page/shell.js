@@ -4,9 +4,7 @@ import {classSetOf, openList} from './data.js';
 import {flag, icon} from './icons.js';
 import {dateText, t} from './language.js';
 import {address} from './route.js';
-import {runnerAddress, setAddress} from './parts.js';
-
-const WIDE = 760;
+import {isWide, runnerAddress, setAddress} from './parts.js';
 
 function button(act, sign, label, more = {}) {
   return h('button.round-button', {type: 'button', 'data-act': act, 'aria-label': label, ...more}, sign);
@@ -15,7 +13,7 @@ function button(act, sign, label, more = {}) {
 export function showHead({event}) {
   const about = (short) => [dateText(event.date, short), event.terrain].filter(Boolean).join(' · ');
   byId('top').replaceChildren(
-    h('a.ev', {href: '#'}, flag(), h('span.ev-text', h('b', event.name), h('span', about(innerWidth < WIDE) || '\u00a0'))),
+    h('a.ev', {href: '#'}, flag(), h('span.ev-text', h('b', event.name), h('span', about(!isWide()) || '\u00a0'))),
     h('button.round-button.wide-only-flex', {type: 'button', 'data-act': 'language', 'aria-label': t('otherLanguageLong')}, t('otherLanguage')),
     button('theme', icon('theme'), t('theme'), {class: 'round-button wide-only-flex'}),
     button('print', icon('print'), t('print'), {class: 'round-button wide-only-flex', 'aria-haspopup': 'dialog'}),

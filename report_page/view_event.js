@@ -2,12 +2,14 @@
 import {h} from './dom.js';
 import {classSetOf, openList, openSet} from './data.js';
 import {finishDots} from './dots.js';
-import {betterStories, storiesOf} from './figures.js';
+import {NO_STORIES, betterStories, storiesOf} from './figures.js';
 import {isNumber, percentText, signedTime, timeText} from './format.js';
 import {courseDrawing, icon} from './icons.js';
 import {countOfRunners, dateText, ordinal, t} from './language.js';
 import {behindText, countText, courseText, heatStrip, medal, resultText, runnerAddress, setAddress, setTitle} from './parts.js';
 import {address} from './route.js';
+
+const ROWS_AT_ONCE = 150;
 
 export function eventView({event, me}) {
   return [band(event), myCard(event, me), storyTiles(event), classCards(event, me), segmentCards(event), links(event), remarks(event)];
@@ -32,23 +34,24 @@ function myCard(event, me) {
 }
 
 // The stories need every class worked out, so they come after the first view is on the screen, and
-// class by class, so that the page answers meanwhile.
+// bit by bit, so that the page answers meanwhile.
 function storyTiles(event) {
   const tiles = h('div.tiles', [0, 1, 2, 3].map(() => h('div.card.tile', '\u00a0')));
   const head = h('h2.unseen', t('stories'));
-  const prepare = (number, told) => {
+  const prepare = (number, from, told) => {
     if (!tiles.isConnected) return;
     const set = event.classSets[number];
     if (set) {
-      const more = betterStories(told, storiesOf([openSet(event, set)]));
-      setTimeout(() => prepare(number + 1, more));
+      const more = betterStories(told, storiesOf(openSet(event, set), from, from + ROWS_AT_ONCE));
+      const to = from + ROWS_AT_ONCE;
+      setTimeout(() => (to < set.finishers.length ? prepare(number, to, more) : prepare(number + 1, 0, more)));
       return;
     }
     const made = storyCards(told);
     if (made.length > 0) tiles.replaceChildren(...made);
     else tiles.remove();
   };
-  setTimeout(() => prepare(0, storiesOf([])));
+  setTimeout(() => prepare(0, 0, NO_STORIES));
   return [head, tiles];
 }
 

@@ -4,7 +4,7 @@ import {lapDots} from './dots.js';
 import {isMistake, median} from './figures.js';
 import {isNumber, signedTime, timeText} from './format.js';
 import {t} from './language.js';
-import {chart, chips, lossClass, rankMedal, runnerAddress, setAddress, term} from './parts.js';
+import {chart, chips, isWide, lossClass, rankMedal, runnerAddress, setAddress, term} from './parts.js';
 import {rowBodies} from './rows.js';
 
 const MANY_MISTAKES = 0.4;
@@ -54,8 +54,7 @@ function legRow(set, leg, me, order, most) {
   const share = (order === 'dec' ? facts.decisive / Math.max(1, ...set.facts.map((each) => each.decisive)) : facts.cost / most) * 100;
   return h('a.leg', {href: setAddress(set, {view: 'legs', leg: leg + 1, sort: order})},
     h('span.lb', set.labels[leg], set.decisive === leg ? h('span.star', {role: 'img', 'aria-label': t('hardest')}, ' ★') : null, h('small', codes(set, leg))),
-    h('span.narrow-only', lapDots(set, leg, me, {width: 230, height: 32, radius: 3.1})),
-    h('span.wide-only-block', lapDots(set, leg, me, {width: 640, height: 40, radius: 4})),
+    h('span', lapDots(set, leg, me, isWide() ? {width: 640, height: 40, radius: 4} : {width: 230, height: 32, radius: 3.1})),
     h('b.narrow-only.r', timeText(set.bestLap[leg])),
     h('span.m', h('span.wide-only-block', `${t('best')} `, h('b', timeText(set.bestLap[leg])), ` ${best?.runner.name ?? ''} · ${t('median')} ${timeText(medianLap(set, leg))}`),
       h('span.meter', {'aria-hidden': 'true'}, h('i', {style: {width: `${share.toFixed(0)}%`}})), told));

@@ -1,6 +1,6 @@
 // The result list of a set.
 import {h} from './dom.js';
-import {behindText, heatStrip, lossLegend, medal, resultText, runnerAddress, term} from './parts.js';
+import {behindText, heatStrip, isWide, lossLegend, medal, resultText, runnerAddress, term} from './parts.js';
 import {percentText, timeText, isNumber} from './format.js';
 import {t} from './language.js';
 import {rowBodies} from './rows.js';
@@ -37,10 +37,11 @@ function resultRow(set, row, me) {
   const {runner} = row;
   const about = set.kind === 'class' ? runner.club : [runner.club, runner.className].filter(Boolean).join(' · ');
   const href = runnerAddress(runner, set.kind === 'course' ? {course: set.name} : {});
+  const strip = hasStrip(set) ? heatStrip(set, row) : null;
   return h('tr' + (runner === me ? '.me' : ''), {'data-go': href},
     h('td', medal(row)),
-    h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), hasStrip(set) ? h('div.narrow-only.below', heatStrip(set, row)) : null),
-    hasStrip(set) ? h('td.wide-only', heatStrip(set, row)) : null,
+    h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), strip && !isWide() ? h('div.below', strip) : null),
+    hasStrip(set) ? h('td.wide-only', isWide() ? strip : null) : null,
     hasStrip(set) ? h('td.r.wide-only.mut.sm', percentText(row.speed)) : null,
     set.legs > 0 ? h('td.r.wide-only.mut.sm', isNumber(row.lost) && isNumber(row.time) ? timeText(row.lost) : '–') : null,
     h('td.r.top-cell', h('span.tm', resultText(row)), h('div.cl.nw', behindText(set, row) || '\u00a0')));

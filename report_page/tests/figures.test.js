@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import {test} from 'node:test';
 import {makeEvent, openSet} from '../data.js';
-import {betterStories, costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
+import {NO_STORIES, betterStories, costliestLegs, firstStep, isMistake, largestSwings, legsWon, lossStep, median, niceStep, othersOnLeg, partsOfGap, placeWithout, quantile, storiesOf} from '../figures.js';
 import {standingsAfter} from '../view_race.js';
 import {sampleData} from './sample.js';
 
@@ -50,10 +50,15 @@ test('swings and legs won', () => {
 });
 
 test('stories need enough runners', () => {
-  const {closest, comeback, cleanest, deciding} = storiesOf([setA, openSet(event, event.byKey.get('class=B'))]);
-  assert.deepEqual([closest, comeback, cleanest, deciding], [null, null, null, null]);
-  const found = storiesOf([course]);
-  assert.equal(found.closest.value, -30);
+  assert.deepEqual(storiesOf(setA), NO_STORIES);
+  assert.equal(storiesOf(course).closest.value, -30);
+});
+
+test('stories of stretches are those of the whole', () => {
+  const many = {...course, finishers: Array.from({length: 9}, (_, i) => ({...winner, place: i + 1, time: 300 + i, lost: 90 - 10 * i, position: [9 - i, i % 4 + 1, i + 1], estimate: winner.estimate}))};
+  const whole = storiesOf(many);
+  assert.deepEqual([whole.comeback.row.place, whole.cleanest.row.place], [1, 9]);
+  assert.deepEqual(betterStories(storiesOf(many, 0, 4), storiesOf(many, 4)), whole);
 });
 
 test('the better story of two is told, of equal ones the first', () => {
