@@ -169,6 +169,13 @@ export function gapDrawing(set, base, rows, kinds, width, height) {
     timeAxis({least, most, y, left, right, sign: true}), controlAxis({set, x, top, bottom}), lines);
 }
 
+// Whether the line of positions comes from above or goes up, so that there is room below.
+function isWorseThanNeighbors(positions, at) {
+  const here = positions[at];
+  const neighbors = [positions[at - 1], positions[at + 1]].filter(isNumber);
+  return neighbors.some((position) => position < here) && neighbors.every((position) => position <= here);
+}
+
 // The positions of one runner.
 export function positionDrawing(set, row, width, height) {
   const points = row.position.map((position, leg) => ({position, i: leg + 1}))
@@ -179,19 +186,20 @@ export function positionDrawing(set, row, width, height) {
   const from = Math.max(1, best - 1);
   const to = Math.min(Math.max(set.finishers.length, worst), Math.max(worst + 1, from + 4));
   const x = (i) => 16 + (i - 1) / Math.max(1, set.legs - 1) * (width - 36);
-  const y = (position) => 18 + (position - from) / (to - from || 1) * (height - 44);
+  const y = (position) => 18 + (position - from) / (to - from || 1) * (height - 52);
   const drawn = [];
   let [lastText, lastPosition] = [-Infinity, null];
-  for (const {position, i} of points) {
+  points.forEach(({position, i}, at) => {
     const isEnd = i === points[0].i || i === points.at(-1).i;
     const told = isEnd || (position !== lastPosition && (position === best || position === worst));
     drawn.push(s('circle.me', {cx: x(i).toFixed(1), cy: y(position).toFixed(1), r: told ? 4.5 : 3}));
     if (told && (x(i) - lastText > 18 || i === points.at(-1).i)) {
       lastText = x(i);
-      drawn.push(s('text.strong', {x: x(i).toFixed(1), y: (y(position) - 8).toFixed(1), 'text-anchor': 'middle'}, position));
+      const below = isWorseThanNeighbors(positions, at);
+      drawn.push(s('text.strong', {x: x(i).toFixed(1), y: (y(position) + (below ? 17 : -8)).toFixed(1), 'text-anchor': 'middle'}, position));
     }
     lastPosition = position;
-  }
+  });
   const path = pathThrough(points.map(({position, i}) => [x(i), y(position)]));
   return s('svg.lines', {viewBox: `0 0 ${width} ${height}`, width, height, 'aria-hidden': 'true'},
     controlTexts(set, x, height), s('path.line.me', {d: path}), drawn);
