@@ -45,14 +45,17 @@ function clubsOf(runners) {
   return [...counts].sort((a, b) => b[1] - a[1]);
 }
 
-// The course set in which the runners of a class are, by the name of the class.
+// The course set in which the runners of a class are, by the name of the class; and the one of each
+// runner who had another course than their class, as with forks, by the number of the runner.
 function findCourses(event) {
   event.courseOfClass = new Map();
+  event.otherCourses = new Map();
+  const inClass = new Set(event.classSets.flatMap((set) => set.raw.rows.map(([index]) => index)));
   for (const set of event.sets) {
     if (set.kind !== 'course') continue;
     for (const [index] of set.raw.rows) {
-      const {className} = event.runners[index];
-      if (!event.courseOfClass.has(className)) event.courseOfClass.set(className, set);
+      const [courses, key] = inClass.has(index) ? [event.courseOfClass, event.runners[index].className] : [event.otherCourses, index];
+      if (!courses.has(key)) courses.set(key, set);
     }
   }
 }
@@ -68,10 +71,39 @@ export function openList(event, set) {
   set.byRunner = new Map(set.rows.map((row) => [row.runner, row]));
   set.finishers = set.rows.filter((row) => isNumber(row.time));
   set.winner = set.finishers[0] ?? null;
-  const listed = new Set(set.rows.map((row) => row.runner));
+  listEverybody(event, set);
   set.withoutLaps = set.kind !== 'class' ? [] :
-    event.runners.filter((runner) => runner.className === set.name && !listed.has(runner));
+    event.runners.filter((runner) => runner.className === set.name && !set.rowOf.has(runner));
   return set;
+}
+
+// The result list: the rows, and in a class also the runners who had another course. Their laps are in
+// the set of that course.
+function listEverybody(event, set) {
+  const others = (set.raw.others ?? []).map(([index, rank, time, at]) => ({at, row: otherRow(event, set, index, rank, time)}));
+  set.others = others.length;
+  set.listed = [];
+  for (let at = 0, next = 0; at <= set.rows.length; ++at) {
+    for (; others[next]?.at === at; ++next) set.listed.push(others[next].row);
+    if (at < set.rows.length) set.listed.push(set.rows[at]);
+  }
+  set.rowOf = new Map(set.listed.map((row) => [row.runner, row]));
+  set.placed = set.listed.filter((row) => isNumber(row.time));
+  set.leader = set.placed[0] ?? null;
+}
+
+const NO_LEGS = {laps: [], inRange: [], elapsed: [], loss: [], own: [], least: [], most: [], cost: [], word: []};
+
+function otherRow(event, set, index, rank, time) {
+  const row = new Row(event, set, [index, rank, time, null, null, null, null, 0, 0, [], [], {}]);
+  return Object.assign(row, {legs: NO_LEGS, other: event.otherCourses.get(index) ?? null});
+}
+
+// The row that has the laps of the runner of a list: itself, or that in the set of another course;
+// null when they are in no set.
+export function lapsRow(event, row) {
+  if (row.legs !== NO_LEGS) return row;
+  return row.other && openSet(event, row.other).byRunner.get(row.runner);
 }
 
 // What a set says about a runner. What concerns single legs is worked out when it is first asked for,

@@ -45,16 +45,16 @@ function manyDots(dots, radius, y) {
 
 // The finish times of a set; the slowest are at the edge.
 export function finishDots(set, me) {
-  const {finishers} = set;
-  if (finishers.length < 2) return null;
-  const times = finishers.map((row) => row.time);
+  const {placed} = set;
+  if (placed.length < 2) return null;
+  const times = placed.map((row) => row.time);
   const [least, most] = [times[0], quantile(times, 0.97) * 1.01];
-  const dots = finishers.map((row, place) => ({
+  const dots = placed.map((row, place) => ({
     value: row.time, kind: row.runner === me ? 'dot-me' : place < 3 ? `dot-${place + 1}` : 'dot',
     front: row.runner === me ? 2 : place < 3 ? 1 : 0,
   }));
   return dotDrawing(dots, {
-    width: 320, height: finishers.length > 60 ? 44 : 26, radius: finishers.length > 200 ? 2 : 3.6,
+    width: 320, height: placed.length > 60 ? 44 : 26, radius: placed.length > 200 ? 2 : 3.6,
     at: (time) => 6 + (time - least) / (most - least || 1) * 308,
   });
 }

@@ -89,7 +89,7 @@ export function partsOfGap(row, other) {
 export function placeWithout(set, row) {
   if (!isNumber(row.clean) || !isNumber(row.time)) return null;
   const ranked = isNumber(row.place);
-  const faster = set.finishers.filter((other) => other !== row && (!ranked || isNumber(other.place)) && other.time < row.clean);
+  const faster = set.placed.filter((other) => other !== row && (!ranked || isNumber(other.place)) && other.time < row.clean);
   return faster.length + 1;
 }
 
@@ -142,7 +142,7 @@ function legsWithLoss({estimate, extras}) {
 }
 
 function closestFinish(set) {
-  const [first, second] = ranked(set);
+  const [first, second] = set.placed.filter((row) => isNumber(row.place));
   return second ? {set, value: first.time - second.time} : null;
 }
 
@@ -151,8 +151,9 @@ function decidingLeg(set) {
   return {set, value: set.facts[set.decisive].decisive / (set.courseTime || 1)};
 }
 
+// Where runners had other courses, positions are not those of the class.
 function greatestComeback(set, rows) {
-  if (set.finishers.length < FEWEST_FOR_COMEBACK) return null;
+  if (set.finishers.length < FEWEST_FOR_COMEBACK || set.others > 0) return null;
   return best(rows.map((row) => ({set, row, worst: worstPosition(set, row)})), ({row, worst}) => {
     const won = worst - row.position.at(-1);
     return row.position.at(-1) > 0 && won > 1 ? won : null;

@@ -25,7 +25,7 @@ const EXAMPLES = {
   lost: ({row}) => isNumber(row.lost) && t('exLost', row.runner.name, timeText(row.lost), timeText(row.time)),
   mistakes: ({set, row, leg}) => leg !== undefined && row.word[leg] > 0 && t('exMistake', row.runner.name, set.labels[leg], signedTime(row.loss[leg]), t(`word${row.word[leg]}`)),
   clean: ({row}) => isNumber(row.clean) && t('exClean', row.runner.name, timeText(row.time), timeText(row.lost), timeText(row.clean)),
-  behind: ({set, row}) => row !== set.winner && t('exBehind', set.winner.runner.name, timeText(set.winner.time), row.runner.name, timeText(row.time), signedTime(row.time - set.winner.time)),
+  behind: ({set, row}) => row !== set.leader && t('exBehind', set.leader.runner.name, timeText(set.leader.time), row.runner.name, timeText(row.time), signedTime(row.time - set.leader.time)),
   ref: ({set}) => t('exRef', set.labels[0], timeText(set.reference[0]), set.name),
   hard: ({set}) => {
     const leg = set.facts.reduce((most, facts, i) => (facts.cost > set.facts[most].cost ? i : most), 0);

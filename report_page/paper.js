@@ -1,7 +1,7 @@
 // The forms for paper: result lists on A4, the card of a runner on A5. They are made when they are
 // printed, in a place of their own that the screen does not show.
 import {byId, h} from './dom.js';
-import {classSetOf, openList, openSet} from './data.js';
+import {classSetOf, lapsRow, openList, openSet} from './data.js';
 import {explainLap} from './explanation.js';
 import {costliestLegs} from './figures.js';
 import {isNumber, lengthText, percentText, signedTime, timeText} from './format.js';
@@ -34,10 +34,10 @@ function eventLine(event) {
 
 function list(event, set) {
   const heads = [['', t('rank')], ['', t('name')], ['', t('club')], ...(set.kind === 'class' ? [] : [['', t('class')]]), ['.r', t('time')], ['.r', t('behind')]];
-  const count = t('finishedOf', set.finishers.length, set.rows.length + set.withoutLaps.length);
+  const count = t('finishedOf', set.placed.length, set.listed.length + set.withoutLaps.length);
   return h('section.paper-list', eventLine(event), h('h1', setTitle(set)), h('p.event-line', [courseText(set), count].filter(Boolean).join(' · ')),
     h('table', h('thead', h('tr', heads.map(([kind, text]) => h(`th${kind}`, {scope: 'col'}, text)))),
-      h('tbody', set.rows.map((row) => listLine(set, row.runner, isNumber(row.time) ? row.rank : '', isNumber(row.time) ? timeText(row.time) : row.result, behindText(set, row))),
+      h('tbody', set.listed.map((row) => listLine(set, row.runner, isNumber(row.time) ? row.rank : '', isNumber(row.time) ? timeText(row.time) : row.result, behindText(set, row))),
         set.withoutLaps.map((runner) => listLine(set, runner, '', runner.result, '')))));
 }
 
@@ -48,15 +48,16 @@ function listLine(set, runner, rank, time, behind) {
 
 function card(event, runner) {
   const found = classSetOf(event, runner);
-  const set = found && openSet(event, found);
-  const row = set?.byRunner.get(runner);
+  const inList = found && openList(event, found).rowOf.get(runner);
+  const row = inList && lapsRow(event, inList);
+  const set = row && openSet(event, row.set);
   const about = [runner.club, runner.className, set ? lengthText(set.length, set.climb) : ''].filter(Boolean).join(' · ');
   const head = [eventLine(event), h('h1', runner.name), h('p', about)];
   if (!row) return h('section.paper-card', head, h('p', h('b', runner.result)));
-  const place = isNumber(row.time) ? `${ordinal(row.place ?? row.rank)} ${t('ofN', set.finishers.length)}` : row.result;
+  const place = isNumber(row.time) ? `${ordinal(inList.place ?? inList.rank)} ${t('ofN', found.placed.length)}` : row.result;
   const estimated = row.estimate !== null;
   return h('section.paper-card', head,
-    h('p.big-line', h('b', place), isNumber(row.time) ? h('b', timeText(row.time)) : null, h('span', behindText(set, row))),
+    h('p.big-line', h('b', place), isNumber(row.time) ? h('b', timeText(row.time)) : null, h('span', behindText(found, inList))),
     h('p', [`${t(estimated ? 'speed' : 'cruise')} ${percentText(row.speed, 1)}`, `${t('lost')} ${timeText(row.lost)}`,
       estimated ? `${t('mistakes')} ${row.mistakes}` : '', isNumber(row.clean) ? `${t('clean')} ${timeText(row.clean)}` : ''].filter(Boolean).join(' · ')),
     set.legs === 0 ? null : [lossBars(set, row, PAPER_WIDTH, 120, -1), positionDrawing(set, row, PAPER_WIDTH, 90), legColumns(set, row)],

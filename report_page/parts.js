@@ -50,7 +50,7 @@ export function resultText(row) {
 }
 
 export function behindText(set, row) {
-  return isNumber(row.time) && row !== set.winner ? signedTime(row.time - set.winner.time) : '';
+  return isNumber(row.time) && row !== set.leader ? signedTime(row.time - set.leader.time) : '';
 }
 
 // A word with an explanation.
@@ -78,7 +78,7 @@ export function courseText(set) {
 }
 
 export function countText(set) {
-  return countOfRunners(set.rows.length + set.withoutLaps.length);
+  return countOfRunners(set.listed.length + set.withoutLaps.length);
 }
 
 // A row of buttons of which one is chosen; the choice is a value of the address.

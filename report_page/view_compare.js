@@ -67,7 +67,7 @@ function addable(event, runners, set) {
 function timesOnly(event, runners, sameClass) {
   return [sameClass ? null : h('p.before-list', t('otherCourses')), h('div.list.before-list', h('table.results', h('tbody', runners.map((runner) => {
     const list = classSetOf(event, runner);
-    const row = list && openList(event, list).byRunner.get(runner);
+    const row = list && openList(event, list).rowOf.get(runner);
     return h('tr', h('td', row ? medal(row) : h('span.medal', '–')),
       h('th.runner', {scope: 'row'}, h('a.nm', {href: runnerAddress(runner)}, runner.name), h('div.cl', [runner.className, runner.club].filter(Boolean).join(' · '))),
       h('td.r.tm.time-column', row ? resultText(row) : runner.result || '–'));

@@ -1,6 +1,6 @@
 // The first view: what the event was, and its classes.
 import {h} from './dom.js';
-import {classSetOf, openList, openSet} from './data.js';
+import {classSetOf, lapsRow, openList, openSet} from './data.js';
 import {finishDots} from './dots.js';
 import {NO_STORIES, betterStories, storiesOf} from './figures.js';
 import {isNumber, percentText, signedTime, timeText} from './format.js';
@@ -24,13 +24,18 @@ function band(event) {
 
 function myCard(event, me) {
   const list = me && classSetOf(event, me);
-  const row = list && openSet(event, list).byRunner.get(me);
+  const row = list && openSet(event, list).rowOf.get(me);
   if (!row) return null;
   const parts = isNumber(row.time) ?
-    [h('b', ordinal(row.place ?? row.rank)), ` ${t('ofN', list.finishers.length)} · ${timeText(row.time)} ${behindText(list, row)}`] :
+    [h('b', ordinal(row.place ?? row.rank)), ` ${t('ofN', list.placed.length)} · ${timeText(row.time)} ${behindText(list, row)}`] :
     [resultText(row)];
   return h('a.card.class-card.mine', {href: runnerAddress(me)},
-    h('header', h('h3', me.name), h('span.n', me.className)), h('p', parts), heatStrip(list, row));
+    h('header', h('h3', me.name), h('span.n', me.className)), h('p', parts), myStrip(event, row));
+}
+
+function myStrip(event, row) {
+  const ran = lapsRow(event, row);
+  return ran && heatStrip(ran.set, ran);
 }
 
 // The stories need every class worked out, so they come after the first view is on the screen, and
@@ -60,7 +65,7 @@ function storyCards({closest, comeback, cleanest, deciding}) {
     h('h3', `${t(key)} · ${set.name}`), h('p.big', big), h('p.sm.mut', small));
   const tiles = [];
   if (closest) {
-    const [first, second] = closest.set.finishers;
+    const [first, second] = closest.set.placed;
     tiles.push(tile('s0', 'closest', closest.set, signedTime(second.time - first.time),
       `${first.runner.name} – ${second.runner.name}`, setAddress(closest.set, {view: 'race'})));
   }
@@ -81,9 +86,9 @@ function storyCards({closest, comeback, cleanest, deciding}) {
 }
 
 function podium(set) {
-  if (set.finishers.length === 0) return h('ol.podium', h('li.mut', t('noTimes')));
-  return h('ol.podium', set.finishers.slice(0, 3).map((row) => h('li', medal(row),
-    h('span.nm', row.runner.name), h('span.t', row === set.winner ? timeText(row.time) : behindText(set, row)))));
+  if (set.placed.length === 0) return h('ol.podium', h('li.mut', t('noTimes')));
+  return h('ol.podium', set.placed.slice(0, 3).map((row) => h('li', medal(row),
+    h('span.nm', row.runner.name), h('span.t', row === set.leader ? timeText(row.time) : behindText(set, row)))));
 }
 
 function classCards(event, me) {

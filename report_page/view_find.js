@@ -55,7 +55,7 @@ function marked(text, searched) {
 // With runners to compare with, a hit leads to the comparison.
 function hitRow(event, runner, text = '', others = '') {
   const list = classSetOf(event, runner);
-  const row = list ? openList(event, list).byRunner.get(runner) : null;
+  const row = list ? openList(event, list).rowOf.get(runner) : null;
   const href = others ? address({compare: `${others},${runner.serial}`}) : runnerAddress(runner);
   return h('li', h('a', {href}, row ? medal(row) : h('span.medal', '–'),
     h('span.who', h('b', marked(runner.name, text)), h('span.sm.mut', runner.className, runner.club ? [' · ', marked(runner.club, text)] : null)),
@@ -68,7 +68,7 @@ export function clubView({event, query}) {
   if (runners.length === 0) return unknownPlace(query.club);
   const place = (runner) => {
     const list = classSetOf(event, runner);
-    const at = list ? openList(event, list).rows.findIndex((row) => row.runner === runner) : -1;
+    const at = list ? openList(event, list).listed.findIndex((row) => row.runner === runner) : -1;
     return at < 0 ? Infinity : at;
   };
   const places = new Map(runners.map((runner) => [runner, place(runner)]));

@@ -1,5 +1,6 @@
 // The result list of a set.
 import {h} from './dom.js';
+import {lapsRow} from './data.js';
 import {behindText, heatStrip, isWide, lossLegend, medal, resultText, runnerAddress, term} from './parts.js';
 import {percentText, timeText, isNumber} from './format.js';
 import {t} from './language.js';
@@ -12,19 +13,19 @@ function hasStrip(set) {
   return set.legs > 0 && set.kind !== 'segment';
 }
 
-export function resultsView({me}, set) {
-  const mine = me ? set.rows.findIndex((row) => row.runner === me) : -1;
-  const bodies = rowBodies(set.rows, (row) => resultRow(set, row, me), {mine, rowHeight: ROW_HEIGHT});
+export function resultsView({event, me}, set) {
+  const mine = me ? set.listed.findIndex((row) => row.runner === me) : -1;
+  const bodies = rowBodies(set.listed, (row) => resultRow(event, set, row, me), {mine, rowHeight: ROW_HEIGHT});
   bodies.push(h('tbody', set.withoutLaps.map((runner) => startlessRow(runner, set))));
   return [
     h('div.above', hasStrip(set) ? lossLegend() : h('span'),
-      mine > 7 ? h('button.chip.to-me', {type: 'button', 'data-act': 'to-me', 'aria-label': t('toMe')}, `↓ ${set.rows[mine].rank || '–'}`) : null),
+      mine > 7 ? h('button.chip.to-me', {type: 'button', 'data-act': 'to-me', 'aria-label': t('toMe')}, `↓ ${set.listed[mine].rank || '–'}`) : null),
     h('div.list', h('table.results', h('caption.unseen', `${t('results')} ${set.name}`), head(set), bodies)),
   ];
 }
 
 function head(set) {
-  const estimated = set.rows.some((row) => row.estimate);
+  const estimated = set.listed.some((row) => row.estimate);
   return h('thead', h('tr',
     h('th', {scope: 'col'}, term('rank', '#')), h('th', {scope: 'col'}, t('name')),
     hasStrip(set) ? h('th.wide-only.strip-column', {scope: 'col'}, t('strip')) : null,
@@ -33,11 +34,12 @@ function head(set) {
     h('th.r.time-column', {scope: 'col'}, t('time'), h('br'), term('behind', t('behind')))));
 }
 
-function resultRow(set, row, me) {
+function resultRow(event, set, row, me) {
   const {runner} = row;
   const about = set.kind === 'class' ? runner.club : [runner.club, runner.className].filter(Boolean).join(' · ');
   const href = runnerAddress(runner, set.kind === 'course' ? {course: set.name} : {});
-  const strip = hasStrip(set) ? heatStrip(set, row) : null;
+  const ran = hasStrip(set) ? lapsRow(event, row) : null;
+  const strip = ran && heatStrip(ran.set, ran);
   return h('tr' + (runner === me ? '.me' : ''), {'data-go': href},
     h('td', medal(row)),
     h('td', h('a.nm', {href}, runner.name), h('div.cl', about || '\u00a0'), strip && !isWide() ? h('div.below', strip) : null),

@@ -1,6 +1,6 @@
 // The card of a runner.
 import {h} from './dom.js';
-import {classSetOf, openSet} from './data.js';
+import {classSetOf, lapsRow, openSet} from './data.js';
 import {whyDots} from './dots.js';
 import {explainLap, verdictOf} from './explanation.js';
 import {costliestLegs, partsOfGap, placeWithout} from './figures.js';
@@ -19,38 +19,37 @@ export function runnerOf({event, query}) {
   return runnerOfKey(query.runner, event.runners);
 }
 
-// The set in which a card compares its runner: the course of the address, else the class.
+// The row with which a card shows its runner, in the set of the course of the address, else in the
+// class. `listed` is the row with the place: a runner who had another course than the class, as with
+// forks, is listed in the class and has the laps in the set of that course.
 function scopeOf(event, runner, query) {
   const course = query.course && event.byKey.get(setKey('course', query.course));
-  const own = classSetOf(event, runner);
-  const set = course || own || event.courseOfClass.get(runner.className);
-  if (!set) return null;
-  const opened = openSet(event, set);
-  if (opened.byRunner.has(runner)) return opened;
-  // A runner who had another course than their class is only in the set of that course.
-  const other = event.sets.find((each) => each.kind === 'course' && openSet(event, each).byRunner.has(runner));
-  return other ?? null;
+  for (const set of [course, classSetOf(event, runner), event.courseOfClass.get(runner.className)]) {
+    const listed = set && openSet(event, set).rowOf.get(runner);
+    if (listed) return {listed, row: lapsRow(event, listed)};
+  }
+  return {listed: null, row: null};
 }
 
 export function runnerView(app) {
   const runner = runnerOf(app);
   if (!runner) return unknownPlace(app.query.runner.split('~').at(-1));
-  const set = scopeOf(app.event, runner, app.query);
-  const row = set?.byRunner.get(runner);
-  if (!row) return statusCard(app, runner);
-  if (set.legs === 0) return [neighbors(set, row, app.query), plainCard(app, set, row)];
+  const {listed, row} = scopeOf(app.event, runner, app.query);
+  if (!listed) return statusCard(app, runner);
+  if (!row || row.set.legs === 0) return [neighbors(listed, app.query), plainCard(app, listed)];
+  const {set} = row;
   return [
-    neighbors(set, row, app.query),
-    h('div.two', h('div.stack', mainCard(app, set, row), gapCard(app, set, row)),
+    neighbors(listed, app.query),
+    h('div.two', h('div.stack', mainCard(app, listed, row), gapCard(app, set, row)),
       h('div.stack', legCard(app, set, row), costliestCard(set, row))),
     legTable(app, set, row),
   ];
 }
 
-function head({event, query}, runner, set) {
+function head({event, query}, runner, set, list = set) {
   const start = runner.start > 0 ? `${t('start')} ${clockText(runner.start)}` : '';
   const course = event.courseOfClass.get(runner.className);
-  const inCourse = set?.kind === 'course';
+  const inCourse = list?.kind === 'course';
   const scope = !course || !set ? null : h('a.link', {href: runnerAddress(runner, {course: inCourse ? '' : course.name, ref: query.ref})}, t(inCourse ? 'onlyClass' : 'wholeCourse'));
   return [
     h('p.eyebrow', h('a.link', {href: address({class: runner.className})}, runner.className),
@@ -68,9 +67,9 @@ function actions({me}, runner, rival) {
     rival === undefined ? null : h('a.btn', {href: address({compare: compared})}, icon('compare'), t('compare')));
 }
 
-// Of a class without laps there is only the place.
-function plainCard(app, set, row) {
-  return h('div.card', head(app, row.runner, set), placeLine(set, row), h('p.mut', t('noLaps')), actions(app, row.runner, undefined));
+// Of a class without laps, and of a course that is no set, there is only the place.
+function plainCard(app, listed) {
+  return h('div.card', head(app, listed.runner, listed.set), placeLine(listed), h('p.mut', t('noLaps')), actions(app, row.runner, undefined));
 }
 
 function statusCard(app, runner) {
@@ -80,13 +79,14 @@ function statusCard(app, runner) {
 }
 
 // The runners before and after, so that a list can be read card by card.
-function neighbors(set, row, query) {
-  const at = set.rows.indexOf(row);
+function neighbors(listed, query) {
+  const {set} = listed;
+  const at = set.listed.indexOf(listed);
   const link = (other, key, before, after) => (!other ? h('span') : h('a.btn.small', {
     href: runnerAddress(other.runner, {course: set.kind === 'course' ? set.name : '', sort: query.sort}),
     'aria-label': t(key, other.runner.name),
   }, before, h('span.ellipsis', shortName(other.runner.name)), after));
-  return h('div.above.neighbors', link(set.rows[at - 1], 'previous', '‹ ', ''), link(set.rows[at + 1], 'next', '', ' ›'));
+  return h('div.above.neighbors', link(set.listed[at - 1], 'previous', '‹ ', ''), link(set.listed[at + 1], 'next', '', ' ›'));
 }
 
 function rivalOf(set, row, query) {
@@ -95,10 +95,11 @@ function rivalOf(set, row, query) {
   return set.winner !== row ? set.winner : set.finishers[1] ?? null;
 }
 
-function mainCard(app, set, row) {
+function mainCard(app, listed, row) {
+  const {set} = row;
   const rival = rivalOf(set, row, app.query);
-  return h('div.card', head(app, row.runner, set), placeLine(set, row), heatStrip(set, row, '.tall'), tiles(row),
-    h('p.summary', summary(set, row)), actions(app, row.runner, rival),
+  return h('div.card', head(app, row.runner, set, listed.set), placeLine(listed), heatStrip(set, row, '.tall'), tiles(row),
+    h('p.summary', summary(listed, row)), actions(app, row.runner, rival),
     h('h2.h3', term('position', t('becameHead'))), chart((width) => positionDrawing(set, row, width, 140)));
 }
 
@@ -107,12 +108,13 @@ function placeText(row) {
   return [row.place, h('small', isJapanese() ? '位' : ordinalEnding(row.place))];
 }
 
-function placeLine(set, row) {
+function placeLine(row) {
+  const {set} = row;
   if (!isNumber(row.time)) return h('div.place-line', h('span.status.large', row.result || '–'));
   return h('div.place-line',
-    h('span.place', placeText(row), ' ', h('small', t('ofN', set.finishers.length))),
+    h('span.place', placeText(row), ' ', h('small', t('ofN', set.placed.length))),
     h('span', h('span.time', timeText(row.time)),
-      row !== set.winner ? [h('br'), h('span.mut', `${behindText(set, row)} · ${shortName(set.winner.runner.name)}`)] : null));
+      row !== set.leader ? [h('br'), h('span.mut', `${behindText(set, row)} · ${shortName(set.leader.runner.name)}`)] : null));
 }
 
 function tiles(row) {
@@ -126,11 +128,11 @@ function tiles(row) {
     tile(isNumber(row.clean) ? timeText(row.clean) : '–', 'clean', t('clean')));
 }
 
-function summary(set, row) {
+function summary(listed, row) {
   const parts = [];
-  const without = placeWithout(set, row);
-  const now = row.place ?? null;
-  if (isNumber(row.clean) && row.lost >= set.first) {
+  const without = placeWithout(listed.set, listed);
+  const now = listed.place ?? null;
+  if (isNumber(row.clean) && row.lost >= row.set.first) {
     const ideal = h('b', timeText(row.clean));
     parts.push(without !== null && now !== null && without < now ? rich('wouldBe', ideal, h('b', ordinal(without)), ordinal(now)) : rich('withoutMistakes', ideal));
   }

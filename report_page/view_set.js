@@ -24,9 +24,10 @@ export function setView(app) {
   return [
     h('h1.unseen', {tabindex: -1}, `${setTitle(set)} – ${t(tab)}`),
     h('div.pick', setChoice(app, set, tab), scopeLink(event, set, query)),
-    h('p.eyebrow', [courseText(set), set.kind === 'segment' ? countOfRunners(set.finishers.length) : t('finishedOf', set.finishers.length, set.rows.length + set.withoutLaps.length)].filter(Boolean).join(' · ')),
+    h('p.eyebrow', [courseText(set), set.kind === 'segment' ? countOfRunners(set.finishers.length) : t('finishedOf', set.placed.length, set.listed.length + set.withoutLaps.length)].filter(Boolean).join(' · ')),
     set.legs === 0 ? h('p.card.before-list', t('noLaps')) : h('nav.tabs', {'aria-label': setTitle(set)}, Object.keys(TABS).map((name) =>
       h('a', {href: setAddress(set, {view: name === 'results' ? '' : name}), 'aria-current': name === tab ? 'page' : null}, t(name)))),
+    set.others > 0 && tab !== 'results' ? h('p.sm.mut.before-list', t('onOtherCourses', set.others)) : null,
     TABS[tab](app, set),
   ];
 }

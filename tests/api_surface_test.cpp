@@ -181,6 +181,7 @@ TEST(ApiSurface, ChartOptionsAreOff) {
 
 TEST(ApiSurface, Estimate) {
   const Surface surface;
+  EXPECT_TRUE(surface.root->NewAnalyzersOfOtherCourses(1).empty());
   const auto estimate = surface.root->NewEstimate();
   EXPECT_EQ(estimate->ClassCount(), 1);
   const auto klass = estimate->ClassData("m21a");

@@ -130,6 +130,59 @@ TEST(ReportPage, SegmentsUseTheLapsAndTheEstimateOfTheCourse) {
   EXPECT_EQ(set["legs"][0][1], estimated_mistakes);
 }
 
+// Everybody of a class is in its results, with the ranks of all; the laps of those who had another
+// course are in the set of that course.
+TEST(ReportPage, RunnersOfForksAreListedWithTheirClass) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  for (const std::int32_t number : {1, 2}) {
+    const auto course = root->AddCourse(number);
+    course->SetControlCount(2);
+    course->SetControlNum(1, 30 + number);
+    course->SetControlNum(2, 40);
+  }
+  const auto klass = root->AddClass("Relay");
+  klass->CourseNum = 1;
+  klass->ControlCount = 2;
+  AddRunner(*klass, "Second", "0:05:10", {100, 110, 100});
+  AddRunner(*klass, "First", "0:05:00", {100, 100, 100})->CourseNum = 2;
+  AddRunner(*klass, "Third", "0:05:20", {110, 110, 100})->CourseNum = 2;
+  AddRunner(*klass, "Fourth", "0:05:40", {110, 130, 100});
+  AddRunner(*klass, "Ill", "DNS", {});
+  klass->SortLap();
+  std::vector<clsHtmlControl::ViewerSet> sets = {{Analyze(*root)}};
+  for (const auto& analyzer : root->NewAnalyzersOfOtherCourses(1)) {
+    EXPECT_EQ(analyzer->DataSetName(), "Relay (2)");
+    analyzer->Execute();
+    sets.push_back({analyzer, DataSetKind::kCourse});
+  }
+  ASSERT_EQ(sets.size(), 2U);
+  EXPECT_TRUE(root->NewAnalyzersOfOtherCourses(2).empty());
+  const std::string page = root->HtmlControl()->OutputViewer(sets, root->NewEstimate());
+  const Json data = DataOf(page);
+  const auto name_of = [&data](const Json& row) {
+    return data["runners"][row[0].get<std::size_t>()][1].get<std::string>() +
+           row[1].get<std::string>();
+  };
+  const Json& set = data["sets"][0];
+  ASSERT_EQ(set["rows"].size(), 2U);
+  EXPECT_EQ(name_of(set["rows"][0]) + name_of(set["rows"][1]), "Second2Fourth4");
+  ASSERT_EQ(set["others"].size(), 2U);
+  EXPECT_EQ(name_of(set["others"][0]) + name_of(set["others"][1]), "First1Third3");
+  EXPECT_EQ(set["others"][1][3], 1) << "one row before it";
+  EXPECT_EQ(data["sets"][1]["points"], Json({"S", "32", "40", "F"}));
+  EXPECT_FALSE(data["sets"][1].contains("others"));
+  for (const Json& row : data["sets"][1]["rows"]) {
+    EXPECT_EQ(data["runners"][row[0].get<std::size_t>()].size(), 9U) << "with an estimate";
+  }
+  const std::size_t list = page.find("<h2 id=\"class=Relay\">");
+  ASSERT_NE(list, std::string::npos);
+  std::size_t at = list;
+  for (const std::string_view runner : {"First", "Second", "Third", "Fourth", "Ill"}) {
+    at = page.find(runner, at);
+    EXPECT_NE(at, std::string::npos) << runner << " is in the list, in this order";
+  }
+}
+
 TEST(ReportPage, NeedsAnalyses) {
   const auto root = NewRoot();
   EXPECT_THROW((void)root->HtmlControl()->OutputViewer({{nullptr}}), AutomationError);

@@ -85,31 +85,6 @@ void Fill(DataSet& set, const ChosenSet& choice) {
   }
 }
 
-// Adds an analysis for each course, other than that of the class, that runners of the class had.
-void AddOtherCourses(const clsKeltrun2& root, std::int32_t class_number, const Options& options,
-                     std::vector<clsTextControl::AnalysisSet>& sets) {
-  const auto klass = root.ClassData(class_number);
-  std::map<std::int32_t, std::shared_ptr<clsAnalyzer>> analyzers;
-  for (std::int32_t i = 1; i <= klass->LapCount(); ++i) {
-    const auto runner = klass->LapData(i);
-    const std::int32_t course = runner->CourseNum;
-    if (course == 0 || course == klass->CourseNum) continue;
-    auto& analyzer = analyzers[course];
-    if (!analyzer) {
-      analyzer = root.NewAnalyzer();
-      analyzer->SetDataSetName(klass->ClassName() + " (" + std::to_string(course) + ")");
-      const auto data = root.CourseData(std::to_string(course));
-      analyzer->ControlCount = data ? data->ControlCount() : klass->ControlCount;
-    }
-    analyzer->AddLap(runner);
-  }
-  for (const auto& [course, analyzer] : analyzers) {
-    analyzer->SetUntimedLegs(options.untimed);
-    analyzer->Execute();
-    sets.push_back({analyzer, DataSetKind::kCourse});
-  }
-}
-
 }  // namespace
 
 bool NamesOneSet(const Options& options) {
@@ -174,8 +149,12 @@ std::vector<clsTextControl::AnalysisSet> AnalysesOfAll(const clsKeltrun2& root,
   std::vector<clsTextControl::AnalysisSet> sets;
   for (const ChosenSet& choice : choices) {
     sets.push_back({Analysis(root, choice, options), choice.kind});
-    if (sets.back().Analyzer->LeftOutCount() > 0)
-      AddOtherCourses(root, choice.number, options, sets);
+    if (sets.back().Analyzer->LeftOutCount() == 0) continue;
+    for (auto& analyzer : root.NewAnalyzersOfOtherCourses(choice.number)) {
+      analyzer->SetUntimedLegs(options.untimed);
+      analyzer->Execute();
+      sets.push_back({std::move(analyzer), DataSetKind::kCourse});
+    }
   }
   return sets;
 }

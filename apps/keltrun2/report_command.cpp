@@ -31,11 +31,10 @@ void WriteReport(clsKeltrun2& root, const Options& options) {
   CheckReport(options);
   LoadEvent(root, options);
   std::vector<clsHtmlControl::ViewerSet> sets;
-  for (const ChosenSet& choice : ReportedSets(root, options)) {
-    auto analyzer = Analysis(root, choice, options);
+  for (const auto& [analyzer, kind] : AnalysesOfAll(root, ReportedSets(root, options), options)) {
     if (analyzer->Count() == 0) continue;
     analyzer->ExtraAnalyze();
-    sets.push_back({std::move(analyzer), choice.kind});
+    sets.push_back({analyzer, kind});
   }
   const auto estimate = root.NewEstimate(options.untimed);
   WriteOutput(options.output, root.HtmlControl()->OutputViewer(sets, estimate));

@@ -298,6 +298,7 @@ void BindRoot(py::module_& module) {
       .ReadOnly("ErrorComment", &Root::ErrorComment)
       .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
       .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
+      .Method("NewAnalyzersOfOtherCourses", &Root::NewAnalyzersOfOtherCourses, arg("ClassNum"))
       .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
       .Method("EventRemarks", &Root::EventRemarks, Released())
       .Method("ShiftClock", &Root::ShiftClock, arg("ControlCode"), arg("Seconds"))

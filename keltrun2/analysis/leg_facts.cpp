@@ -93,10 +93,8 @@ std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate
 
 RunnerEstimate EstimateOfRunner(const clsAnalyzedRunnerData& runner, const clsEstimate* estimate,
                                 const SegmentRuns& runs) {
+  if (estimate == nullptr) return {};
   const auto run = runs.find(runner.SerialNum());
-  // In a segment the record of the set is a copy, which does not have the course.
-  const clsLapData& record = run != runs.end() ? *run->second.record : *runner.OtherData();
-  if (estimate == nullptr || record.CourseNum != 0) return {};
   // The estimate keeps the runner alive.
   const clsEstimatedRunnerData* figures = estimate->RunnerData(runner.SerialNum()).get();
   if (figures == nullptr || figures->Speed() == 0) return {};

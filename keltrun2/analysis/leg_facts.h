@@ -34,8 +34,7 @@ std::vector<LegFacts> FactsOfLegs(const clsAnalyzer& analyzer, const clsEstimate
                                   const SegmentRuns& runs = {});
 
 /// What the estimate says about a runner of a set, and how many of its legs are before the first
-/// one of the set. `figures` is null when there is none, as for runners who had another course than
-/// their class, with whose legs theirs would be mixed up.
+/// one of the set. `figures` is null when there is none.
 struct RunnerEstimate {
   const clsEstimatedRunnerData* figures = nullptr;
   std::int32_t legs_before = 0;

@@ -5,6 +5,7 @@
 #include "keltrun2/analysis/clock_check.h"
 #include "keltrun2/analysis/estimate_internal.h"
 #include "keltrun2/analysis/event_remarks.h"
+#include "keltrun2/analysis/other_courses.h"
 #include "keltrun2/analysis/segment_sets.h"
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/base/version.h"
@@ -42,6 +43,13 @@ std::shared_ptr<clsAnalyzer> clsKeltrun2::NewAnalyzer() const {
 
 std::shared_ptr<clsResultsHolder> clsKeltrun2::NewResultsHolder() const {
   return std::make_shared<clsResultsHolder>();
+}
+
+std::vector<std::shared_ptr<clsAnalyzer>> clsKeltrun2::NewAnalyzersOfOtherCourses(
+    std::int32_t ClassNum) const {
+  const auto klass = ClassData(ClassNum);
+  return klass ? AnalyzersOfOtherCourses(*model_, *klass)
+               : std::vector<std::shared_ptr<clsAnalyzer>>();
 }
 
 std::shared_ptr<clsEstimate> clsKeltrun2::NewEstimate(std::string_view UntimedLegs) const {

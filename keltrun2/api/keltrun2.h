@@ -77,6 +77,12 @@ class KELTRUN2_API clsKeltrun2 {
   /// A new result list, empty and owned by the host.
   [[nodiscard]] std::shared_ptr<clsResultsHolder> NewResultsHolder() const;
 
+  /// New analyzers of the runners of a class who had another course than that of the class, as with
+  /// forks: one for each such course, at most 100, with the name "W21A (2)" for course 2. They are
+  /// not executed. Empty for a class that does not exist.
+  [[nodiscard]] std::vector<std::shared_ptr<clsAnalyzer>> NewAnalyzersOfOtherCourses(
+      std::int32_t ClassNum) const;
+
   /// What every lap of the event would have been without mistakes. UntimedLegs says which legs are
   /// left out: "auto" those that are found to be untimed, "none", or a list of the numbers of legs
   /// in every class, "8,15". Raises invalid call (5) for any other text.

@@ -1,7 +1,6 @@
 #include "keltrun2/c/sets.h"
 
 #include <algorithm>
-#include <map>
 #include <string>
 #include <utility>
 
@@ -48,31 +47,6 @@ void Fill(DataSet& data, const ChosenSet& set) {
 void Execute(clsAnalyzer& analyzer, const Options& options) {
   analyzer.SetUntimedLegs(options.untimed);
   analyzer.Execute();
-}
-
-// Adds an analysis for each course, other than that of the class, that runners of the class had.
-void AddOtherCourses(const Event& event, std::int32_t class_number,
-                     std::vector<clsTextControl::AnalysisSet>& analyses) {
-  const clsKeltrun2& root = event.Root();
-  const auto klass = root.ClassData(class_number);
-  std::map<std::int32_t, std::shared_ptr<clsAnalyzer>> analyzers;
-  for (std::int32_t i = 1; i <= klass->LapCount(); ++i) {
-    const auto runner = klass->LapData(i);
-    const std::int32_t course = runner->CourseNum;
-    if (course == 0 || course == klass->CourseNum) continue;
-    auto& analyzer = analyzers[course];
-    if (!analyzer) {
-      analyzer = root.NewAnalyzer();
-      analyzer->SetDataSetName(klass->ClassName() + " (" + std::to_string(course) + ")");
-      const auto data = root.CourseData(std::to_string(course));
-      analyzer->ControlCount = data ? data->ControlCount() : klass->ControlCount;
-    }
-    analyzer->AddLap(runner);
-  }
-  for (const auto& [course, analyzer] : analyzers) {
-    Execute(*analyzer, event.Options);
-    analyses.push_back({analyzer, DataSetKind::kCourse});
-  }
 }
 
 }  // namespace
@@ -128,11 +102,10 @@ std::vector<clsHtmlControl::ViewerSet> ReportedSets(const Event& event) {
     }
   }
   std::vector<clsHtmlControl::ViewerSet> reported;
-  for (const ChosenSet& set : sets) {
-    auto analyzer = Analysis(event, set);
+  for (const auto& [analyzer, kind] : Analyses(event, sets)) {
     if (analyzer->Count() == 0) continue;
     analyzer->ExtraAnalyze();
-    reported.push_back({std::move(analyzer), set.kind});
+    reported.push_back({analyzer, kind});
   }
   return reported;
 }
@@ -149,7 +122,11 @@ std::vector<clsTextControl::AnalysisSet> Analyses(const Event& event,
   std::vector<clsTextControl::AnalysisSet> analyses;
   for (const ChosenSet& set : sets) {
     analyses.push_back({Analysis(event, set), set.kind});
-    if (analyses.back().Analyzer->LeftOutCount() > 0) AddOtherCourses(event, set.number, analyses);
+    if (analyses.back().Analyzer->LeftOutCount() == 0) continue;
+    for (auto& analyzer : event.Root().NewAnalyzersOfOtherCourses(set.number)) {
+      Execute(*analyzer, event.Options);
+      analyses.push_back({std::move(analyzer), DataSetKind::kCourse});
+    }
   }
   return analyses;
 }

@@ -41,6 +41,16 @@ std::vector<ListedRunner> Ranked(const clsClassData& klass) {
   return list;
 }
 
+// An analysis leaves out who had another course, but the result list of the class has everybody.
+std::vector<ListedRunner> Listed(const clsClassData& klass, const clsAnalyzer* analyzer) {
+  if (analyzer != nullptr && analyzer->LeftOutCount() == 0) return Analyzed(*analyzer);
+  std::vector<ListedRunner> list = Ranked(klass);
+  if (analyzer != nullptr) {
+    std::erase_if(list, [](const ListedRunner& runner) { return runner.record->LegCount() <= 0; });
+  }
+  return list;
+}
+
 }  // namespace
 
 std::vector<ClassList> ListsOfClasses(const EventModel& model,
@@ -49,7 +59,7 @@ std::vector<ClassList> ListsOfClasses(const EventModel& model,
   for (const auto& klass : model.Classes()) {
     const auto analyzer = AnalyzerOf(klass->ClassName(), sets);
     if (!analyzer && klass->LapCount() == 0) continue;
-    lists.push_back({klass, analyzer, analyzer ? Analyzed(*analyzer) : Ranked(*klass)});
+    lists.push_back({klass, analyzer, Listed(*klass, analyzer.get())});
   }
   return lists;
 }

@@ -21,7 +21,9 @@ struct ListedRunner {
 struct ClassList {
   std::shared_ptr<const clsClassData> klass;    // not null
   std::shared_ptr<const clsAnalyzer> analyzer;  // null for a class without laps
-  std::vector<ListedRunner> runners;            // those of the analysis, or else all
+  /// Those with laps, also the runners that the analysis leaves out because they had another
+  /// course; all with a result if there is no analysis.
+  std::vector<ListedRunner> runners;
 };
 
 /// The lists of all classes that have runners, in the order of the event.

@@ -6,6 +6,7 @@
 #include <map>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/leg_facts.h"
@@ -59,9 +60,15 @@ class ReportDocument {
     WriteClasses();
     WriteRunners();
     WriteTextList("clubs", clubs_.Texts());
+    const std::vector<ClassList> lists = ListsOfClasses(model_, sets_);
     json_.BeginArray("sets");
-    for (const ReportPageSet& set : sets_) WriteSet(set);
-    for (const ClassList& list : ListsOfClasses(model_, sets_)) {
+    for (const ReportPageSet& set : sets_) {
+      const auto list = std::find_if(lists.begin(), lists.end(), [&set](const ClassList& each) {
+        return each.analyzer == set.Analyzer;
+      });
+      WriteSet(set, list != lists.end() ? &*list : nullptr);
+    }
+    for (const ClassList& list : lists) {
       if (!list.analyzer) WriteList(list);
     }
     json_.EndArray();
@@ -145,11 +152,10 @@ class ReportDocument {
   }
 
   void WriteEstimate(const clsLapData& record) {
-    if (estimate_ == nullptr || record.CourseNum != 0) return;
+    if (estimate_ == nullptr) return;
     const auto figures = estimate_->RunnerData(record.SerialNum());
     if (!figures || figures->Speed() == 0) return;
-    const auto klass = estimate_->ClassData(record.ClassName());
-    const std::int32_t legs = klass ? klass->LegCount() : 0;
+    const std::int32_t legs = figures->LegCount();
     const auto write_known = [&](auto value) {
       WriteLegs(legs, [&](std::int32_t leg) {
         figures->IsKnown(leg) ? json_.Integer(value(leg)) : json_.Null();
@@ -183,7 +189,8 @@ class ReportDocument {
     json_.EndArray();
   }
 
-  void WriteSet(const ReportPageSet& set) {
+  // `list` is null for a set that is no class.
+  void WriteSet(const ReportPageSet& set, const ClassList* list) {
     const clsAnalyzer& analyzer = *set.Analyzer;
     const bool is_segment = set.Kind == DataSetKind::kSegment;
     const std::int32_t legs = AnalyzerInternal::LegCount(analyzer);
@@ -205,12 +212,38 @@ class ReportDocument {
     // known.
     const clsEstimate* estimate = is_segment && runs.empty() ? nullptr : estimate_;
     WriteFacts(FactsOfLegs(analyzer, estimate, runs));
+    const auto ranks = list != nullptr ? RanksOf(*list) : Ranks();
     json_.BeginArray("rows");
     for (const auto& runner : AnalyzerInternal::Selected(analyzer)) {
-      WriteRow(*runner, {general, set.Kind, legs, estimate, runs});
+      WriteRow(*runner, {general, set.Kind, legs, estimate, runs, ranks});
     }
     json_.EndArray();
+    if (analyzer.LeftOutCount() > 0 && list != nullptr) WriteOthers(*list);
     json_.EndObject();
+  }
+
+  // The runners of a class whom its analysis leaves out because they had another course, with the
+  // number of rows before them.
+  void WriteOthers(const ClassList& list) {
+    std::unordered_set<std::int32_t> analyzed;
+    for (const auto& runner : AnalyzerInternal::Selected(*list.analyzer)) {
+      analyzed.insert(runner->SerialNum());
+    }
+    std::int32_t rows_before = 0;
+    json_.BeginArray("others");
+    for (const auto& [record, rank, time] : list.runners) {
+      if (analyzed.contains(record->SerialNum())) {
+        ++rows_before;
+        continue;
+      }
+      json_.BeginArray();
+      json_.Integer(runner_numbers_.at(record->SerialNum()));
+      json_.Text(rank);
+      time ? json_.Time(*time) : json_.Null();
+      json_.Integer(rows_before);
+      json_.EndArray();
+    }
+    json_.EndArray();
   }
 
   // A class without laps has the form of a set without legs.
@@ -259,6 +292,15 @@ class ReportDocument {
     json_.EndArray();
   }
 
+  using Ranks = std::unordered_map<std::int32_t, std::string_view>;  // by serial number
+
+  // Where an analysis leaves out runners of its class, its own ranks may not count them.
+  static Ranks RanksOf(const ClassList& list) {
+    Ranks ranks;
+    for (const auto& [record, rank, time] : list.runners) ranks.emplace(record->SerialNum(), rank);
+    return ranks;
+  }
+
   // What the rows of a set need to know of it.
   struct RowContext {
     const clsAnalyzedGeneralData& general;
@@ -266,7 +308,14 @@ class ReportDocument {
     std::int32_t legs;
     const clsEstimate* estimate;
     const SegmentRuns& runs;
+    const Ranks& ranks;  // in place of those of the analysis
   };
+
+  static std::string RankOf(const clsAnalyzedRunnerData& runner, const RowContext& set) {
+    if (set.kind != DataSetKind::kClass) return runner.RankInDataSet();
+    const auto rank = set.ranks.find(runner.SerialNum());
+    return rank != set.ranks.end() ? std::string(rank->second) : runner.Rank();
+  }
 
   void WriteRow(const clsAnalyzedRunnerData& runner, const RowContext& set) {
     const auto number = runner_numbers_.find(runner.SerialNum());
@@ -274,7 +323,7 @@ class ReportDocument {
     const RunnerEstimate estimate = EstimateOfRunner(runner, set.estimate, set.runs);
     json_.BeginArray();
     json_.Integer(number->second);
-    json_.Text(set.kind == DataSetKind::kClass ? runner.Rank() : runner.RankInDataSet());
+    json_.Text(RankOf(runner, set));
     const auto time = TotalTime(runner.Result());
     time ? json_.Time(*time) : json_.Null();
     WriteFigures(runner, estimate, set.kind);

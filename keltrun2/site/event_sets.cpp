@@ -2,6 +2,7 @@
 
 #include "keltrun2/analysis/analyzer.h"
 #include "keltrun2/analysis/data_set_internal.h"
+#include "keltrun2/analysis/other_courses.h"
 #include "keltrun2/analysis/segment_data.h"
 #include "keltrun2/model/class_data_internal.h"
 
@@ -51,8 +52,13 @@ std::vector<ReportPageSet> ReportSets(const EventModel& model, const std::string
   for (const ClassAndCourseChoice& choice : model.Choices()) {
     make_set(choice.ValueName, [&] {
       const auto analyzer = std::make_shared<clsAnalyzer>();
-      event_sets.AddRunners(*analyzer, choice, event_sets.ClassesOf(choice));
+      const auto classes = event_sets.ClassesOf(choice);
+      event_sets.AddRunners(*analyzer, choice, classes);
       add(analyzer, choice.ClassIndex != 0 ? DataSetKind::kClass : DataSetKind::kCourse);
+      if (analyzer->LeftOutCount() == 0) return;
+      for (const auto& other : AnalyzersOfOtherCourses(model, *classes.front())) {
+        add(other, DataSetKind::kCourse);
+      }
     });
   }
   std::int32_t segments = 0;

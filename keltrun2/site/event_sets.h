@@ -35,7 +35,8 @@ class EventSets {
 /// Takes the step that makes the set of a name. A step that throws must not end the export.
 using MakeSet = std::function<void(const std::string& name, const std::function<void()>& step)>;
 
-/// Everything that a reader of the report can choose: classes, courses and the first segments.
+/// Everything that a reader of the report can choose: classes, other courses that runners of them
+/// had, courses that classes share, and the first segments.
 std::vector<ReportPageSet> ReportSets(const EventModel& model, const std::string& untimed_legs,
                                       const MakeSet& make_set);
 

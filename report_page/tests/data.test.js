@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import {gzipSync} from 'node:zlib';
 import {test} from 'node:test';
-import {classSetOf, makeEvent, openSet, shownLoss, unpack} from '../data.js';
+import {classSetOf, lapsRow, makeEvent, openSet, shownLoss, unpack} from '../data.js';
 import {sampleData} from './sample.js';
 
 const event = makeEvent(sampleData());
@@ -59,4 +59,21 @@ test('a segment has codes, and the laps and losses that its runners have there',
   assert.deepEqual([second.laps, second.loss, second.most, second.word], [[250], [10], [19], [0]]);
   assert.deepEqual([second.lost, second.speed, second.mistakes, second.result], [2, null, null, '0:06:40']);
   assert.deepEqual([other.laps, other.loss, other.result], [[null], [null], 'N/A']);
+});
+
+test('runners on another course are listed in their class, with the laps of that course', () => {
+  const raw = sampleData();
+  const [first, , skipped] = raw.sets[0].rows;
+  raw.sets[0].rows = [first, skipped];
+  raw.sets[0].others = [[1, '2', 400, 1]];
+  raw.sets.splice(2, 1, {...raw.sets[2], name: 'A (2)', rows: [raw.sets[2].rows[2]]});
+  const forked = makeEvent(raw);
+  const list = openSet(forked, forked.byKey.get('class=A'));
+  assert.deepEqual(list.listed.map((row) => row.rank), ['1', '2', '']);
+  assert.deepEqual([list.rows.length, list.placed.length, list.others], [2, 2, 1]);
+  assert.deepEqual(list.withoutLaps.map((runner) => runner.name), ['Nils Holm']);
+  const laps = lapsRow(forked, list.listed[1]);
+  assert.deepEqual([laps.set.name, laps.laps], ['A (2)', [150, null, 250]]);
+  assert.equal(lapsRow(forked, list.rows[0]), list.rows[0]);
+  assert.equal(forked.courseOfClass.size, 0, 'the set of a fork is not the course of the class');
 });
