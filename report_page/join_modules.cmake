@@ -41,7 +41,8 @@ function(hash_source text result)
   set(${result} "sha256-${out}=" PARENT_SCOPE)
 endfunction()
 
-# One script of module files.
+# One script of module files, which may also stand in a page as a script that is no module: what is
+# exported can then be used by the scripts after it.
 function(join_modules files result)
   set(script "")
   set(exported "")
@@ -65,7 +66,18 @@ function(join_modules files result)
     message(FATAL_ERROR "two modules export the same name: ${exported}")
   endif()
   list(JOIN exported ", " exported)
-  string(PREPEND script "let ${exported};\n")
+  string(PREPEND script "'use strict';\nlet ${exported};\n")
   dense("${script}" script)
   set(${result} "${script}" PARENT_SCOPE)
+endfunction()
+
+# The script and style of the report.
+function(join_report folder script style)
+  set(files ${report_modules} main.js)
+  list(TRANSFORM files PREPEND "${folder}/")
+  join_modules("${files}" joined)
+  file(READ "${folder}/report.css" text)
+  dense("${text}" text)
+  set(${script} "${joined}" PARENT_SCOPE)
+  set(${style} "${text}" PARENT_SCOPE)
 endfunction()

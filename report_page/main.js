@@ -10,8 +10,11 @@ async function start() {
 }
 
 // Without its data the page still has the first view; the lists follow as text.
-start().catch((error) => {
-  byId('main').prepend(h('p.card', t('cannotRead')));
-  document.body.dataset.ready = 'failed';
-  throw error;
-});
+// A page that gets its events elsewhere has no block.
+if (byId('data')) {
+  start().catch((error) => {
+    byId('main').prepend(h('p.card', t('cannotRead')));
+    document.body.dataset.ready = 'failed';
+    throw error;
+  });
+}

@@ -17,18 +17,17 @@ execute_process(COMMAND zopfli -c "${ENGINE}.wasm" COMMAND base64 -w 0  # packs 
 
 # --- the page ---
 
-set(files ${report_modules})
-list(TRANSFORM files PREPEND "${report}/")
-foreach(name texts_web_en.js texts_web_ja.js texts_web.js zip.js save.js remarks.js views_web.js library.js page.js)
-  list(APPEND files "${here}/${name}")
-endforeach()
+# The report's script and style stand by themselves, because they are also what saved reports get.
+join_report("${report}" report_script report_style)
+set(files texts_web_en.js texts_web_ja.js texts_web.js zip.js save.js remarks.js views_web.js library.js
+  page.js)
+list(TRANSFORM files PREPEND "${here}/")
 join_modules("${files}" script)
-file(READ "${report}/report.css" style)
-file(READ "${here}/page.css" own_style)
-string(APPEND style "\n${own_style}")
+file(READ "${here}/page.css" style)
 dense("${style}" style)
-hash_source("${script}" script_hash)
-hash_source("${style}" style_hash)
+foreach(part report_script report_style script style)
+  hash_source("${${part}}" ${part}_hash)
+endforeach()
 
 # --- the notices ---
 
@@ -49,7 +48,8 @@ string(REPLACE "--" "- -" notices "${notices}")
 
 file(READ "${here}/page.html" page)
 set(version ${VERSION})
-foreach(gap version notices style_hash script_hash style worker engine script)
+foreach(gap version notices report_style_hash report_script_hash style_hash script_hash report_style
+    style worker engine report_script script)
   string(REPLACE "{${gap}}" "${${gap}}" page "${page}")
 endforeach()
 file(WRITE "${OUTPUT}" "${page}")

@@ -189,7 +189,7 @@ function save() {
 async function saveForm(file, form, name) {
   const files = await library.call('export', file.key, form);
   const {remarks} = JSON.parse(await library.text(file.key, 'remarks-json'));
-  saveBlob(await blobOf(files, name), name);
+  saveBlob(await blobOf(form, files, name), name);
   say(w('saved', name));
   const losses = form === 'site' || !/^(lxm|iof|splits|win|oe)/.test(form) ? [] : remarks;
   if (losses.length > 0) showDialog(w('saved', name), [w('notSaved'), remarkList(losses)]);

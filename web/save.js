@@ -1,5 +1,5 @@
 // Saving: the forms that the page offers, and how they become files.
-import {h} from '../report_page/dom.js';
+import {byId, h} from '../report_page/dom.js';
 import {showDialog} from '../report_page/shell.js';
 import {w} from './texts_web.js';
 import {zip} from './zip.js';
@@ -26,8 +26,24 @@ export function saveMenu(base, choose) {
   showDialog(w('save'), h('div.choices', Object.entries(FORMS).map(([group, forms]) => [h('h3', w(group)), forms.map(entry)])));
 }
 
+// A report as the library makes it here, with the style and script that this page has and the library
+// has not.
+export function filled(report, {style, script, styleHash, scriptHash}) {
+  return report.replace("style-src '{style_hash}'", () => `style-src '${styleHash}'`)
+    .replace("script-src '{script_hash}'", () => `script-src '${scriptHash}'`)
+    .replace('<style>{style}</style>', () => `<style>${style}</style>`)
+    .replace('<script type="module">{script}<', () => `<script type="module">${script}<`);
+}
+
+function filledBytes(bytes) {
+  const [style, script] = [byId('report-style'), byId('report-script')];
+  const parts = {style: style.textContent, script: script.textContent, styleHash: style.dataset.hash, scriptHash: script.dataset.hash};
+  return new TextEncoder().encode(filled(new TextDecoder().decode(bytes), parts));
+}
+
 // The files of a form as one that can be saved.
-export async function blobOf(files, name) {
+export async function blobOf(form, files, name) {
+  if (form === 'report' || form === 'site') files[0].bytes = filledBytes(files[0].bytes);
   if (name.endsWith('.zip')) return zip(files);
   return new Blob([files[0].bytes]);
 }

@@ -249,6 +249,7 @@ def check_saving(page):
         check("site", archive.namelist(), ["index.html", "event.lxm", "results.xml", "results.csv"])
         check("site is whole", archive.testzip(), None)
     report = page.save("report")
+    check("report", report.read_bytes(), program("report", event, "--lang", "en"))
     page.open(report.as_uri())
     check("saved report", page.text("main h1"), json.loads(program("info", event, "--json"))["event"]["name"])
     # And the saved page opens again in the page itself.
