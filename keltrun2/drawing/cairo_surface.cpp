@@ -26,6 +26,8 @@ void CairoSurface::SetContext(cairo_t* context, Target target, double points_per
   target_ = target;
   thinnest_ = target == Target::kPixels ? 1 : kThinnestLine / points_per_unit;
   line_.reset();
+  texts_.reset();
+  run_ = {};
 }
 
 void CairoSurface::SetSource(Color color) {
@@ -42,6 +44,11 @@ double CairoSurface::LineWidth(float width) const {
 }
 
 void CairoSurface::Flush() {
+  FlushLine();
+  FlushTexts();
+}
+
+void CairoSurface::FlushLine() {
   if (!line_) return;
   SetSource(line_->LineColor);
   cairo_set_line_width(context_, line_->Width);
@@ -169,11 +176,17 @@ float CairoSurface::TextHeight(const TextStyle& Style) {
 void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextStyle& Style) {
   const TextScale scale = LimitedTextScale(Style);
   if (context_ == nullptr || scale.Size == 0 || !AllFinite(X, Y)) return;
-  Flush();
   const std::shared_ptr<TypeFace> kept = FindTypeFace(Style.Font);
   TypeFace& face = *kept;
   double x = LimitedCoordinate(X);
   double y = LimitedCoordinate(Y);
+  const bool is_plain = !Style.Turned && !Style.Font.Underline && !(LimitedHalo(Style) > 0);
+  if (target_ == Target::kVectors && is_plain) {
+    BeginTexts(Style, scale, kept);
+    DrawGlyphs(Text, x, y + face.Measures().Ascent * scale.Height, scale, face);
+    return;
+  }
+  Flush();
   cairo_matrix_t before;
   cairo_get_matrix(context_, &before);
   if (Style.Turned) {
@@ -187,16 +200,37 @@ void CairoSurface::DrawText(std::string_view Text, float X, float Y, const TextS
   if (halo_ > 0) {
     SetSource(kWhite);
     DrawGlyphs(Text, x, baseline, scale, face);
+    ShowRun(scale);
     halo_ = 0;
   }
   SetSource(Style.Color);
   DrawGlyphs(Text, x, baseline, scale, face);
+  ShowRun(scale);
   if (Style.Font.Underline) {
     DrawUnderline(x, baseline, face.Width(Text) * scale.Size, scale.Height, face);
   }
   cairo_set_matrix(context_, &before);
 }
 
+// Draws what is pending unless these are texts of the same style.
+void CairoSurface::BeginTexts(const TextStyle& style, TextScale scale,
+                              const std::shared_ptr<TypeFace>& face) {
+  FlushLine();
+  const bool is_same = texts_ && texts_->Face == face && texts_->TextColor == style.Color &&
+                       texts_->Scale.Size == scale.Size && texts_->Scale.Height == scale.Height;
+  if (is_same) return;
+  FlushTexts();
+  texts_ = PendingTexts{style.Color, scale, face};
+  SetSource(style.Color);
+}
+
+void CairoSurface::FlushTexts() {
+  if (!texts_) return;
+  ShowRun(texts_->Scale);
+  texts_.reset();
+}
+
+// Adds glyphs to the run. A run that is full or of another font is shown.
 void CairoSurface::DrawGlyphs(std::string_view text, double x, double baseline, TextScale scale,
                               TypeFace& face) {
   std::size_t next_glyph = 0;
@@ -223,7 +257,6 @@ void CairoSurface::DrawGlyphs(std::string_view text, double x, double baseline, 
     run_.Clusters.push_back({static_cast<int>(run_.Text.size() - before), 1});
     x += glyph.Advance * scale.Size;
   }
-  ShowRun(scale);
 }
 
 void CairoSurface::ShowRun(TextScale scale) {

@@ -4,6 +4,7 @@
 #include <cairo.h>
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,7 +29,7 @@ class CairoSurface final : public DrawingSurface {
   /// context; null ends the drawing.
   void SetContext(cairo_t* context, Target target = Target::kPixels, double points_per_unit = 1);
 
-  /// Draws the pending line. Must be called before the picture is read or the page ends.
+  /// Draws the pending line or texts. Must be called before the picture is read or the page ends.
   void Flush();
 
   void DrawLine(float X1, float Y1, float X2, float Y2, Color LineColor, float DrawWidth) override;
@@ -61,7 +62,18 @@ class CairoSurface final : public DrawingSurface {
     std::vector<cairo_text_cluster_t> Clusters;
   };
 
+  // The style of the texts that wait to be drawn. In a document, where cairo takes far longer for a
+  // call than for a glyph, texts of one style that follow each other are drawn by one call.
+  struct PendingTexts {
+    Color TextColor;
+    TextScale Scale;
+    std::shared_ptr<TypeFace> Face;  // keeps the font of the run
+  };
+
   void SetSource(Color color);
+  void FlushLine();
+  void FlushTexts();
+  void BeginTexts(const TextStyle& style, TextScale scale, const std::shared_ptr<TypeFace>& face);
   double LineWidth(float width) const;
   void DrawSlantedLine(double x1, double y1, double x2, double y2, Color color, double width);
   void StrokeOutline(const Rectangle& box, double width);
@@ -75,7 +87,8 @@ class CairoSurface final : public DrawingSurface {
   double thinnest_ = 1;
   double halo_ = 0;  // above 0 while the rim of a text is drawn, not its letters
   std::optional<Polyline> line_;
-  // The text being drawn. Members only so that their memory is reused.
+  std::optional<PendingTexts> texts_;
+  // The text being drawn, or the pending ones. Members only so that their memory is reused.
   Run run_;
   std::vector<Glyph> glyphs_;
 };

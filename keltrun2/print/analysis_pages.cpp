@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/config/leg_labels.h"
@@ -275,13 +276,35 @@ class AnalysisPages {
     return cell;
   }
 
+  // The texts of a runner in the order of their looks: most of the time that a document takes goes
+  // into changes from one look to another.
   template <typename MakeCell>
   void PrintGroup(const GroupHead& head, MakeCell make_cell) {
     const float top = y_ + kGroupGap / 2;
-    PrintGroupHead(head, standard_, top);
-    for (std::int32_t cell = 0; cell < cells_; ++cell) {
-      PrintCell(make_cell(cell + 1), CellLeft(cell), top + CellLine(cell) * 2 * kLine);
-    }
+    std::vector<LegCell> cells;
+    for (std::int32_t leg = 1; leg <= cells_; ++leg) cells.push_back(make_cell(leg));
+    const auto for_each = [&](auto print) {
+      for (std::int32_t i = 0; i < cells_; ++i) {
+        print(cells[static_cast<std::size_t>(i)], CellLeft(i), top + CellLine(i) * 2 * kLine);
+      }
+    };
+    for_each([&](const LegCell& cell, float left, float cell_top) {
+      if (HasShade(cell)) book_.DrawBox(left, cell_top, cell_width_, kLine, ShadeOf(cell), 0, true);
+    });
+    PrintGroupNames(head, standard_, top);
+    for_each([&](const LegCell& cell, float left, float cell_top) {
+      PrintTime(cell.time, left, cell_top, ColorOf(cell));
+    });
+    for_each([&](const LegCell& cell, float left, float cell_top) {
+      PrintTime(cell.below, left, cell_top + kLine, kBlack);
+    });
+    PrintGroupDetails(head, top);
+    for_each([&](const LegCell& cell, float left, float cell_top) {
+      PrintRank(cell.time_rank, left, cell_top, ColorOf(cell));
+    });
+    for_each([&](const LegCell& cell, float left, float cell_top) {
+      PrintRank(cell.below_rank, left, cell_top + kLine, kBlack);
+    });
     for (std::int32_t line = 1; line < cell_lines_; ++line) {
       book_.DrawLine(kLegsLeft, top + static_cast<float>(line) * 2 * kLine,
                      table_width_ - kLegsLeft, 0, kLegRuleColor, kLegRule);
@@ -290,12 +313,22 @@ class AnalysisPages {
   }
 
   void PrintGroupHead(const GroupHead& head, const Font& font, float top) {
-    const float figures = kPlaceWidth + kNameWidth, below = top + kLine;
-    constexpr float kHalf = kFiguresWidth / 2;
+    PrintGroupNames(head, font, top);
+    PrintGroupDetails(head, top);
+  }
+
+  void PrintGroupNames(const GroupHead& head, const Font& font, float top) {
     Text(head.place, font, 0, top, kPlaceWidth - 1.5f, kLine, PRINTBOOK_ALIGN_RIGHT);
     Text(head.name, NameFont(head.name, font), kPlaceWidth, top, kNameWidth, kLine);
+    Text(head.result, font, kPlaceWidth + kNameWidth, top, kFiguresWidth, kLine,
+         PRINTBOOK_ALIGN_RIGHT);
+  }
+
+  // The line below, in small letters.
+  void PrintGroupDetails(const GroupHead& head, float top) {
+    const float figures = kPlaceWidth + kNameWidth, below = top + kLine;
+    constexpr float kHalf = kFiguresWidth / 2;
     Text(head.club, NameFont(head.club, small_), kPlaceWidth, below, kNameWidth, kLine);
-    Text(head.result, font, figures, top, kFiguresWidth, kLine, PRINTBOOK_ALIGN_RIGHT);
     Text(head.cruise_speed, small_, figures, below, kHalf, kLine, PRINTBOOK_ALIGN_RIGHT);
     Text(head.miss_rate, small_, figures + kHalf, below, kHalf, kLine, PRINTBOOK_ALIGN_RIGHT);
   }
@@ -304,23 +337,22 @@ class AnalysisPages {
     return options_.Heads ? FittedFont(book_, name, font, kNameWidth) : font;
   }
 
-  void PrintCell(const LegCell& cell, float left, float top) {
-    Color color = kBlack;
-    if (cell.shade >= 1 && cell.shade <= 3) {
-      const Color shade = options_.RankColors[static_cast<std::size_t>(cell.shade - 1)];
-      book_.DrawBox(left, top, cell_width_, kLine, shade, 0, true);
-      color = TextColorOn(shade);
-    }
-    PrintTimeAndRank(cell.time, cell.time_rank, left, top, color);
-    PrintTimeAndRank(cell.below, cell.below_rank, left, top + kLine, kBlack);
+  static bool HasShade(const LegCell& cell) { return cell.shade >= 1 && cell.shade <= 3; }
+  Color ShadeOf(const LegCell& cell) const {
+    return options_.RankColors[static_cast<std::size_t>(cell.shade - 1)];
+  }
+  Color ColorOf(const LegCell& cell) const {
+    return HasShade(cell) ? TextColorOn(ShadeOf(cell)) : kBlack;
   }
 
-  void PrintTimeAndRank(const std::string& time, const std::string& rank, float left, float top,
-                        Color color) {
-    const float time_width = cell_width_ - rank_width_;
-    Text(time, standard_, left, top, time_width, kLine, PRINTBOOK_ALIGN_RIGHT, color);
-    Text(rank, small_, left + time_width, top, rank_width_ - kPadding, kLine, PRINTBOOK_ALIGN_RIGHT,
+  void PrintTime(const std::string& time, float left, float top, Color color) {
+    Text(time, standard_, left, top, cell_width_ - rank_width_, kLine, PRINTBOOK_ALIGN_RIGHT,
          color);
+  }
+
+  void PrintRank(const std::string& rank, float left, float top, Color color) {
+    Text(rank, small_, left + cell_width_ - rank_width_, top, rank_width_ - kPadding, kLine,
+         PRINTBOOK_ALIGN_RIGHT, color);
   }
 
   void EndGroup(float height, Color color, float draw_width) {
