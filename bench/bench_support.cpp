@@ -45,7 +45,7 @@ void RegisterAll(bool once) {
   for (const Entry& entry : Entries()) {
     auto* registered = benchmark::RegisterBenchmark(entry.name, entry.function);
     for (const std::int64_t size : entry.sizes) registered->Arg(size);
-    registered->UseRealTime()->Unit(benchmark::kMillisecond);
+    registered->UseRealTime()->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
     if (once) {
       registered->Iterations(1);
     } else {

@@ -42,10 +42,11 @@ SiteOptions Options(bool charts) {
   return options;
 }
 
-void Publish(benchmark::State& state, bool charts) {
+void Publish(benchmark::State& state, bool charts, std::int32_t jobs = 1) {
   const auto root = LoadedRoot(state, ManyClassesFile(state.range(0)), state.range(0));
   if (!root) return;
-  const SiteOptions options = Options(charts);
+  SiteOptions options = Options(charts);
+  options.Jobs = jobs;
   double first_quarter = 0;  // peak memory when a quarter of the classes was there
   const auto handle = root->FileControl()->OnProgress([&](std::int32_t percent) {
     if (percent <= 25) first_quarter = PeakMegabytes();
@@ -76,6 +77,7 @@ void SiteOnDisk(benchmark::State& state) {
   SetDiskSync([](int, bool) { return true; });
 }
 void SiteWithCharts(benchmark::State& state) { Publish(state, true); }
+void SiteOnTwoThreads(benchmark::State& state) { Publish(state, true, 2); }
 
 // Percent of the time of all steps but the writing of files.
 void SiteSteps(benchmark::State& state) {
@@ -132,6 +134,7 @@ void SiteSteps(benchmark::State& state) {
 const Registration kSite("Site", Site, {2000});
 const Registration kSiteOnDisk("SiteOnDisk", SiteOnDisk, {2000});
 const Registration kSiteWithCharts("SiteWithCharts", SiteWithCharts, {2000});
+const Registration kSiteOnTwoThreads("SiteOnTwoThreads", SiteOnTwoThreads, {2000});
 const Registration kSiteSteps("SiteSteps", SiteSteps, {2000});
 
 }  // namespace

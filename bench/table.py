@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """Measures with the benchmark program in rounds and prints the figures of this run as one table.
 
-    table.py PROGRAM [ROUNDS]
+    table.py PROGRAM [ROUNDS [OLD_PROGRAM NAME]]
+
+With an older program of that name, both are measured in turn in each round, and the table has the values
+of both and the ratio of their processor times.
 
 In a round every figure is measured once: with kept memory in a process that repeats it, with the default
 allocator in a fresh process that does it once. A figure is the median of its rounds, a ratio the median
 of the rounds' ratios.
 """
+import collections
 import json
 import math
 import os
@@ -34,50 +38,61 @@ CLASS_NAME = 'M10A'
 GROWTH_LIMIT = 2.0
 
 
-def measure(program, memory, pattern):
+class Round(dict):
+    """The values of a round by memory and benchmark; what a program does not have is not a number."""
+
+    def __missing__(self, key):
+        return collections.defaultdict(lambda: math.nan)
+
+
+def measure(program, memory, pattern, may_miss):
     """The measured values {benchmark: {real_time, cpu_time, counters...}} of one process; times in ms."""
     command = [program, '--memory=' + memory, '--benchmark_filter=' + pattern, '--benchmark_format=json']
     done = subprocess.run(command, capture_output=True, text=True)
     runs = json.loads(done.stdout)['benchmarks'] if done.returncode == 0 else []
     for failed in [r for r in runs if r.get('error_occurred')]:
         sys.exit('%s: %s' % (failed['name'], failed['error_message']))
-    if not runs:
+    if not runs and not may_miss:
         sys.exit('%s gave nothing: %s' % (' '.join(command), done.stderr))
     return {'/'.join(r['name'].split('/')[:2]): r for r in runs}
 
 
-def measure_report(program, event):
+def measure_report(program, event, may_miss):
     """The figures of report_bench.py; nothing without a browser."""
     file = pathlib.Path(os.environ['KELTRUN2_BENCH_DATA']) / (event + '.lxm')
     command = [sys.executable, str(pathlib.Path(__file__).with_name('report_bench.py')),
                str(pathlib.Path(program).parent / 'keltrun2'), str(file), CLASS_NAME]
-    return json.loads(subprocess.run(command, check=True, capture_output=True, text=True).stdout or '{}')
+    done = subprocess.run(command, check=not may_miss, capture_output=True, text=True)
+    return json.loads(done.stdout or '{}')
 
 
 class Figures:
-    def __init__(self, program, rounds):
+    def __init__(self, program, is_old=False):
+        self.program = program
+        self.is_old = is_old
         self.rounds = []
-        for number in range(rounds):
-            print('round %d of %d' % (number + 1, rounds), file=sys.stderr)
-            one = {}
-            for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
-                                    (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
-                                    (KEPT, '^(Read|Walk)IofList/'), (KEPT, '^Write[A-Z]'),
-                                    (KEPT, '^Estimate/'), (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
-                                    (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
-                                    (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
-                                    (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/'), (DEFAULT, '^SiteOnDisk/'),
-                                    (DEFAULT, '^Map/299/'), (DEFAULT, '^Map/2000/'),
-                                    (DEFAULT, '^MapSteps/299/'), (DEFAULT, '^MapSteps/2000/'),
-                                    (KEPT, '^Chart(Records|Png)/'), (DEFAULT, '^ManyCharts/'),
-                                    (DEFAULT, '^SiteWithCharts/'), (DEFAULT, '^SiteSteps/'),
-                                    (DEFAULT, '^PrintList/'), (DEFAULT, '^PrintAnalysis/')):
-                for name, values in measure(program, memory, pattern).items():
-                    one[memory, name] = values
-            for _, event, _, _ in REPORTS:
-                for figure, value in measure_report(program, event).items():
-                    one[DEFAULT, 'Report/%s/%s' % (event, figure)] = {WALL: value}
-            self.rounds.append(one)
+
+    def measure_round(self):
+        one = Round()
+        for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
+                                (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
+                                (KEPT, '^(Read|Walk)IofList/'), (KEPT, '^Write[A-Z]'),
+                                (KEPT, '^Estimate/'), (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
+                                (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
+                                (DEFAULT, '^ParseAndWalk/2000/'), (DEFAULT, '^Analyze/1000/'),
+                                (DEFAULT, '^AnalysisPageByCall/'), (DEFAULT, '^Site/'), (DEFAULT, '^SiteOnDisk/'),
+                                (DEFAULT, '^Map/299/'), (DEFAULT, '^Map/2000/'),
+                                (DEFAULT, '^MapSteps/299/'), (DEFAULT, '^MapSteps/2000/'),
+                                (KEPT, '^Chart(Records|Png|TitledPng)/'), (DEFAULT, '^ManyCharts/'),
+                                (DEFAULT, '^SiteWithCharts/'),
+                                (DEFAULT, '^SiteOnTwoThreads/'), (DEFAULT, '^SiteSteps/'),
+                                (DEFAULT, '^PrintList/'), (DEFAULT, '^PrintAnalysis/')):
+            for name, values in measure(self.program, memory, pattern, self.is_old).items():
+                one[memory, name] = values
+        for _, event, _, _ in REPORTS:
+            for figure, value in measure_report(self.program, event, self.is_old).items():
+                one[DEFAULT, 'Report/%s/%s' % (event, figure)] = {WALL: value}
+        self.rounds.append(one)
 
     def median(self, memory, name, field):
         return statistics.median(r[memory, name][field] for r in self.rounds)
@@ -89,17 +104,23 @@ class Figures:
         return [1000 * self.median(KEPT, '%s/%d' % (name, n), clock) / unit(n) for n in sizes]
 
 
+Row = collections.namedtuple('Row', 'figure memory wall processor goal met number', defaults=(math.nan,))
+
+
 # A figure is a function of the clock; it is judged by the wall clock.
 def row(figure, memory, value, limit, form, at_least=False):
     wall = value(WALL)
+    texts = figure, memory, form % wall, form % value(PROCESSOR)
+    if limit is None:
+        return Row(*texts, '', True, value(PROCESSOR))
     met = wall >= limit if at_least else wall <= limit
-    return figure, memory, form % wall, form % value(PROCESSOR), AT[at_least] + form % limit, met
+    return Row(*texts, AT[at_least] + form % limit, met, value(PROCESSOR))
 
 
 def growth(figure, values):
     cell = lambda clock: ' '.join('%.2f' % v for v in values(clock))
     met = max(values(WALL)) <= GROWTH_LIMIT * values(WALL)[0]
-    return figure, KEPT, cell(WALL), cell(PROCESSOR), 'at most %.0f times the first' % GROWTH_LIMIT, met
+    return Row(figure, KEPT, cell(WALL), cell(PROCESSOR), 'at most %.0f times the first' % GROWTH_LIMIT, met)
 
 
 def rows(f):
@@ -126,7 +147,7 @@ def rows(f):
     yield row('its peak memory, with the load', DEFAULT,
               lambda clock: f.median(DEFAULT, site, 'peak_megabytes'), 100, '%.0f MB')
     on_disk = lambda clock: '%.2f s' % (f.median(DEFAULT, 'SiteOnDisk/2000', clock) / 1000)
-    yield 'the same with the wait for the disk', DEFAULT, on_disk(WALL), on_disk(PROCESSOR), '', True
+    yield Row('the same with the wait for the disk', DEFAULT, on_disk(WALL), on_disk(PROCESSOR), '', True)
     for text, name in TEXTS:
         for part, benchmark in (('loaded', 'Load'), ('read', 'Read')):
             yield row('%s of 2,000 runners, %s' % (text, part), KEPT, speed(KEPT, '%s%s/2000' % (benchmark, name)),
@@ -150,25 +171,29 @@ def rows(f):
                   '%.0f ms')
         for step in 'distances', 'solver':
             percent = '%.0f %%' % f.median(DEFAULT, 'MapSteps/%d' % finishers, step)
-            yield 'its share: ' + step, DEFAULT, percent, '', '', True
+            yield Row('its share: ' + step, DEFAULT, percent, '', '', True)
     yield row('records of a chart of 200 runners', KEPT, time(KEPT, 'ChartRecords/200'), 2, '%.2f ms')
-    yield row('the same chart drawn as PNG', KEPT, time(KEPT, 'ChartPng/200'), 35, '%.1f ms')
+    yield row('the same chart drawn as PNG', KEPT, time(KEPT, 'ChartPng/200'), 15, '%.1f ms')
+    yield row('its size', KEPT, lambda clock: f.median(KEPT, 'ChartPng/200', 'bytes') / 1000, None, '%.0f kB')
+    yield row('the same with titles, colors and names', KEPT, time(KEPT, 'ChartTitledPng/200'), None, '%.1f ms')
     yield row('memory that 1,000 charts take beyond the first 100', DEFAULT,
               lambda clock: f.median(DEFAULT, 'ManyCharts/20', 'grown_megabytes'), 1, '%.1f MB')
     charts = 'SiteWithCharts/2000'
-    yield row('site of 2,000 runners with 280 charts', DEFAULT, time(DEFAULT, charts, 0.001), 10, '%.1f s')
+    yield row('site of 2,000 runners with 280 charts', DEFAULT, time(DEFAULT, charts, 0.001), 1.5, '%.2f s')
+    yield row('the same on two threads, over one', DEFAULT,
+              lambda clock: f.ratio(DEFAULT, 'SiteOnTwoThreads/2000', charts, clock), 0.6, '%.2f')
     yield row('its peak memory, with the load', DEFAULT,
               lambda clock: f.median(DEFAULT, charts, 'peak_megabytes'), 200, '%.0f MB')
     yield row('what its last 30 classes add to that', DEFAULT,
               lambda clock: f.median(DEFAULT, charts, 'growth_megabytes'), 1, '%.1f MB')
     for step in 'analysis', 'pages', 'drawing', 'encoding':
         percent = '%.1f %%' % f.median(DEFAULT, 'SiteSteps/2000', step)
-        yield 'its share: ' + step, DEFAULT, percent, '', '', True
+        yield Row('its share: ' + step, DEFAULT, percent, '', '', True)
     yield row('2,000 runners as printed list', DEFAULT, time(DEFAULT, 'PrintList/2000', 0.001), 1, '%.2f s')
     yield row('its PDF', DEFAULT, lambda clock: f.median(DEFAULT, 'PrintList/2000', 'megabytes'), 1, '%.2f MB')
-    yield 'printed analysis of 2,000 runners', DEFAULT, '%.2f s' % (
-        f.median(DEFAULT, 'PrintAnalysis/2000', WALL) / 1000), '', '', True
-    if (DEFAULT, 'Report/class400/paint') in f.rounds[0]:
+    yield row('printed analysis of 2,000 runners', DEFAULT, time(DEFAULT, 'PrintAnalysis/2000', 0.001), 0.5, '%.2f s')
+    yield row('its PDF', DEFAULT, lambda clock: f.median(DEFAULT, 'PrintAnalysis/2000', 'megabytes'), None, '%.2f MB')
+    if any(name.startswith('Report/') for _, name in f.rounds[0]):
         yield from report_rows(f)
 
 
@@ -181,15 +206,49 @@ def report_rows(f):
                 ('race', 'race, all lines', '%.0f ms', 1, None), ('scroll', 'longest wait while scrolling', '%.0f ms', 1, LONGEST_TASK),
                 ('packed', 'packed size', '%.0f KB', 1 / 1000, size)):
             measured = value(figure) * scale
-            yield ('report of %s, %s' % (title, text), '', form % measured, '', AT[False] + form % goal if goal else '',
-                   not goal or measured <= goal)
+            yield Row('report of %s, %s' % (title, text), '', form % measured, '',
+                      AT[False] + form % goal if goal else '', not goal or measured <= goal)
+
+
+def verdict(r):
+    return '' if not r.goal else 'met' if r.met else 'NOT MET'
+
+
+def table_of_one(figures):
+    yield 'figure', 'memory', 'measured', 'processor time', 'goal', ''
+    for r in rows(figures):
+        yield r.figure, r.memory, r.wall, r.processor, r.goal, verdict(r)
+
+
+def table_of_two(old, new, name):
+    yield 'figure', 'memory', name, 'now', 'processor: ' + name, 'now', 'ratio', 'goal', ''
+    before = {(r.figure, r.memory, n): r for n, r in numbered(rows(old))}
+    known = lambda cell: '' if 'nan' in cell else cell
+    for n, r in numbered(rows(new)):
+        b = before.get((r.figure, r.memory, n), Row('', '', '', '', '', True))
+        ratio = r.number / b.number if b.number else math.nan
+        yield (r.figure, r.memory, known(b.wall), r.wall, known(b.processor), r.processor, known('%.2f' % ratio),
+               r.goal, verdict(r))
+
+
+def numbered(table):
+    """The rows, each with the number of rows before it that have its name: some are called "its size"."""
+    seen = collections.Counter()
+    for r in table:
+        yield seen[r.figure, r.memory], r
+        seen[r.figure, r.memory] += 1
 
 
 def main():
-    figures = Figures(sys.argv[1], int(sys.argv[2]) if len(sys.argv) > 2 else 7)
-    table = [('figure', 'memory', 'measured', 'processor time', 'goal', '')]
-    table += [r[:5] + ('' if not r[4] else 'met' if r[5] else 'NOT MET',) for r in rows(figures)]
-    widths = [max(len(r[column]) for r in table) for column in range(6)]
+    new = Figures(sys.argv[1])
+    old = Figures(sys.argv[3], True) if len(sys.argv) > 3 else None
+    rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 7
+    for number in range(rounds):
+        print('round %d of %d' % (number + 1, rounds), file=sys.stderr)
+        for figures in filter(None, (old, new)):
+            figures.measure_round()
+    table = list(table_of_two(old, new, sys.argv[4]) if old else table_of_one(new))
+    widths = [max(len(r[column]) for r in table) for column in range(len(table[0]))]
     for r in table:
         print('  '.join(cell.ljust(width) for cell, width in zip(r, widths)).rstrip())
 
