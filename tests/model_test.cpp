@@ -288,6 +288,28 @@ TEST(Root, ChoicesOfClassesAndCourses) {
   EXPECT_EQ(separated(" 2 , x , B b , b "), "B b|b|2|0|0");
 }
 
+// Two classes with long names that share 5,000 courses: the choices must not repeat the names as
+// often as that. The classes and their runners keep them.
+TEST(Root, LongClassNamesAreShortInTheChoicesOfCourses) {
+  constexpr std::int32_t kCourses = 5000;
+  constexpr std::size_t kLength = 20000;
+  const auto root = NewRoot();
+  for (const char letter : {'a', 'b'}) {
+    const string name(kLength, letter);
+    const auto klass = root->AddClass(name);
+    for (std::int32_t course = 1; course <= kCourses; ++course) klass->AddLap()->CourseNum = course;
+    EXPECT_EQ(klass->LapData(kCourses)->ClassName(), name);
+  }
+  const auto choices = root->ClassAndCourseList();
+  ASSERT_EQ(choices.size(), 2u + kCourses);
+  EXPECT_EQ(choices[1].size(), string("2,,,,5000").size() + 2 * kLength);
+  EXPECT_EQ(choices[2], ",1," + string(200, 'a') + "/" + string(200, 'b') + "," + string(200, 'a') +
+                            "_" + string(200, 'b') + ",2");
+  root->RenameClass(string(kLength, 'a'), "short");
+  EXPECT_EQ(root->ClassData(1)->LapData(1)->ClassName(), "short");
+  EXPECT_EQ(root->ClassData(2)->LapData(1)->ClassName(), string(kLength, 'b'));
+}
+
 TEST(Root, ClearEmptiesTheModelAndKeepsTheServices) {
   const auto root = RootWith("A");
   const auto event = root->EventData();

@@ -118,7 +118,7 @@ struct CourseClasses {
  private:
   // A name can be as long as a file, and its class can have thousands of courses.
   static std::string_view InTable(std::string_view name) {
-    constexpr std::size_t kMostBytes = 1000;
+    constexpr std::size_t kMostBytes = 200;
     std::size_t size = std::min(name.size(), kMostBytes);
     while (size < name.size() && (static_cast<unsigned char>(name[size]) & 0xC0) == 0x80) --size;
     return name.substr(0, size);

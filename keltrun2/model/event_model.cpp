@@ -62,7 +62,7 @@ class CourseChoices {
 
   // A name can be as long as a file, and its class can have thousands of courses.
   static std::string_view InList(std::string_view name) {
-    constexpr std::size_t kMostUnits = 500;
+    constexpr std::size_t kMostUnits = 200;
     return Utf16Prefix(name, kMostUnits);
   }
 
