@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
 
 #include "keltrun2/io/foreign/clock_faults.h"
 #include "keltrun2/io/foreign/course_lists.h"
@@ -16,6 +17,8 @@
 
 namespace keltrun {
 namespace {
+
+static_assert(std::is_nothrow_move_constructible_v<ForeignClass>);
 
 constexpr std::int32_t kHighestNumber = kFirstTextCode - 1;
 constexpr std::size_t kMostIdDigits = 9;

@@ -52,6 +52,11 @@ struct ForeignRunner {
 
 /// A class as a file has it.
 struct ForeignClass {
+  ForeignClass() = default;
+  // Without noexcept a list of classes that grows would copy all runners.
+  ForeignClass(ForeignClass&& other) noexcept = default;
+  ForeignClass& operator=(ForeignClass&& other) noexcept = default;
+
   std::string name;
   std::int32_t length = 0;            // meters
   std::int32_t climb = 0;             // meters

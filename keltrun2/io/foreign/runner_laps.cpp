@@ -59,9 +59,21 @@ struct KnownTimes {
   }
 };
 
+// Whether the times ascend from 0 to the total, as nearly all do, so that none is to be removed.
+bool AreInOrder(const Times& times, std::optional<Milliseconds> total) {
+  Milliseconds before = 0;
+  for (const auto& time : times) {
+    if (!time) continue;
+    if (*time < before) return false;
+    before = *time;
+  }
+  return !total || before <= *total;
+}
+
 // Removes the times that contradict most of the others, and the total when it does. Returns for
 // each control whether its time was removed.
 std::vector<bool> RemoveBackward(Times& times, std::optional<Milliseconds>& total) {
+  if (AreInOrder(times, total)) return std::vector<bool>(times.size());
   KnownTimes known(times, total);
   if (total && known.KeptCount() < times.size()) {
     const KnownTimes alone(times, std::nullopt);
