@@ -11,6 +11,7 @@ import {lossBars} from './loss_bars.js';
 import {behindText, courseText, setTitle} from './parts.js';
 
 const PAPER_WIDTH = 460;
+const MOST_ROWS = 17;  // of a card in rows of the usual height
 
 // Makes the form: "card" of a runner, "class" (a set) or "all" classes.
 export function makePaper({event}, kind, {runner, set}) {
@@ -58,7 +59,7 @@ function card(event, runner) {
   const estimated = row.estimate !== null;
   return h('section.paper-card', head,
     h('p.big-line', h('b', place), isNumber(row.time) ? h('b', timeText(row.time)) : null, h('span', behindText(found, inList))),
-    h('p', [`${t(estimated ? 'speed' : 'cruise')} ${percentText(row.speed, 1)}`, `${t('lost')} ${timeText(row.lost)}`,
+    set.legs === 0 ? null : h('p', [`${t(estimated ? 'speed' : 'cruise')} ${percentText(row.speed, 1)}`, `${t('lost')} ${timeText(row.lost)}`,
       estimated ? `${t('mistakes')} ${row.mistakes}` : '', isNumber(row.clean) ? `${t('clean')} ${timeText(row.clean)}` : ''].filter(Boolean).join(' · ')),
     set.legs === 0 ? null : [lossBars(set, row, PAPER_WIDTH, 120, -1), positionDrawing(set, row, PAPER_WIDTH, 90), legColumns(set, row)],
     h('ol', costliestLegs(set, row, 3).map((leg) => h('li', h('b', set.labels[leg]), ' ', explainLap(set, row, leg)))));
@@ -68,7 +69,7 @@ function legColumns(set, row) {
   const legs = set.labels.map((_, leg) => leg).filter((leg) => set.timed[leg]);
   const half = Math.ceil(legs.length / 2);
   const told = (loss) => (isNumber(loss) && Math.abs(loss) >= set.first ? signedTime(loss) : '');
-  return h('div.columns', [legs.slice(0, half), legs.slice(half)].map((part) => h('table',
+  return h('div.columns' + (half > MOST_ROWS ? '.dense' : ''), [legs.slice(0, half), legs.slice(half)].map((part) => h('table',
     h('thead', h('tr', [t('leg'), t('lap'), '#', t('lineLoss'), t('elapsed'), '#'].map((text, i) => h(`th${i ? '.r' : ''}`, {scope: 'col'}, text)))),
     h('tbody', part.map((leg) => h('tr', h('th', {scope: 'row'}, set.labels[leg]), h('td.r', h('b', timeText(row.laps[leg]))), h('td.r', row.lapRank[leg] || ''),
       h('td.r', told(row.loss[leg])), h('td.r', timeText(row.elapsed[leg])), h('td.r', row.position[leg] || '')))))));

@@ -226,6 +226,18 @@ def check_paper(page, url):
             check(f"pages of {sizes}", pages_of(pdf) >= 8, True)
 
 
+def check_card_of_many_legs(page, event, folder):
+    """The card of a runner with 50 legs is one page, too."""
+    source = pathlib.Path(event).read_text("utf-8")
+    legs = lambda extra: "".join(f'<leg index="{i}" laptime="0:0{1 + i % 4}:{10 + (i * extra) % 50}"/>' for i in range(1, 51))
+    runners = "".join(f'<runner name="Runner {i}" club="Club" result="2:1{i}:00" rank="{i}">{legs(7 * i)}</runner>' for i in range(1, 6))
+    file = folder / "long.lxm"
+    file.write_text(f'{source[:source.index("<classes>")]}<classes><class name="Long" controls="49" length="20000">{runners}</class>{source[source.index("</classes>"):]}', "utf-8")
+    page.open(f"{write_report(file, folder / 'long.html')}#runner=3")
+    pdf = base64.b64decode(page.call("Page.printToPDF", preferCSSPageSize=True)["data"])
+    check("pages of a card with 50 legs", pages_of(pdf), 1)
+
+
 def check_without_scripts(page, url):
     page.call("Emulation.setScriptExecutionDisabled", value=True)
     page.open(url, ready="document.readyState === 'complete'")
@@ -308,6 +320,7 @@ def main():
             part(page, url)
         check_figures(page, url, EVENT)
         check_long_list(page, EVENT, folder)
+        check_card_of_many_legs(page, EVENT, folder)
         check_odd_events(page, EVENT, folder)
         check_hostile_texts(page, EVENT, folder)
         check("console, errors, requests", page.faults, [])
