@@ -347,7 +347,7 @@ TEST_F(Cli, EstimatesAreForPeopleAndPrograms) {
 }
 
 // The first kana, kanji or full-width character with what precedes it, or "". Scripts of the report
-// have the texts of both languages.
+// have the texts of both languages, and "－" is the mark for no data in all of them.
 string FirstJapanese(string text) {
   for (std::size_t begin; (begin = text.find("<script type=\"module\">")) != string::npos;) {
     text.erase(begin, text.find("</script>", begin) - begin);
@@ -356,7 +356,7 @@ string FirstJapanese(string text) {
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     if ((byte(i) & 0xF0) != 0xE0) continue;
     const int code = (byte(i) & 0x0F) << 12 | (byte(i + 1) & 0x3F) << 6 | (byte(i + 2) & 0x3F);
-    if ((code >= 0x3000 && code < 0xA000) || code >= 0xFF00) {
+    if ((code >= 0x3000 && code < 0xA000) || (code >= 0xFF00 && code != 0xFF0D)) {
       return text.substr(i < 60 ? 0 : i - 60, i < 60 ? i + 3 : 63);
     }
   }

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "keltrun2/config/page_texts.h"
 #include "keltrun2/model/time_values.h"
 #include "keltrun2/text/letters.h"
 #include "keltrun2/text/numbers.h"
@@ -237,8 +236,6 @@ std::optional<DateTime> ParseUnsigned(std::string_view text, bool allow_number) 
 }
 
 }  // namespace
-
-std::string_view NoDataMark() { return HasJapaneseTexts() ? kNoDataText : "-"; }
 
 std::string_view SignText(DateTime value) { return value <= -kOneSecond ? "-" : ""; }
 

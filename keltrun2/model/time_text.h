@@ -18,10 +18,6 @@ struct MarkerTexts {
   std::string_view NoData, Skip, Disq;
 };
 
-/// The text shown for KR_TIME_NODATA on pages and paper and in mails: kNoDataText, a character of
-/// Japanese fonts, when texts are Japanese, otherwise "-".
-std::string_view NoDataMark();
-
 /// Formats a value as clsTimeValue::ToString does.
 std::string TimeToString(DateTime value, std::string_view pattern, bool compact,
                          std::string_view no_data, std::string_view skip, std::string_view disq);

@@ -229,16 +229,15 @@ class AnalysisPages {
     GroupHead head;
     head.name = options_.Heads ? ResourceText("RES_PRINT_REFERENCE")
                                : ResourceText("RES_META_SPLITS") + " (1-3)";
-    head.result = clsTimeValue(general.UpperLapTotal()).ToString(kTimePattern, true, NoDataMark());
+    head.result = clsTimeValue(general.UpperLapTotal()).ToString(kTimePattern, true, kNoDataText);
     DateTime total = 0;
     PrintGroup(head, [&](std::int32_t leg) {
       LegCell cell;
       if (leg > legs_) return cell;
       total += general.UpperLapAverage(leg);
       cell.time =
-          clsTimeValue(general.UpperLapAverage(leg)).ToString(kTimePattern, true, NoDataMark());
-      if (!IsMissMode())
-        cell.below = clsTimeValue(total).ToString(kTimePattern, true, NoDataMark());
+          clsTimeValue(general.UpperLapAverage(leg)).ToString(kTimePattern, true, kNoDataText);
+      if (!IsMissMode()) cell.below = clsTimeValue(total).ToString(kTimePattern, true, kNoDataText);
       return cell;
     });
   }
@@ -253,24 +252,24 @@ class AnalysisPages {
       head.club = "(" + runner.OtherData()->ClassName() + ") " + head.club;
     }
     head.result = runner.Result();
-    head.cruise_speed = runner.CruiseSpeed()->ToString("#0.0", NoDataMark());
-    head.miss_rate = runner.MissRate()->ToString("#0.0", NoDataMark());
+    head.cruise_speed = runner.CruiseSpeed()->ToString("#0.0", kNoDataText);
+    head.miss_rate = runner.MissRate()->ToString("#0.0", kNoDataText);
     PrintGroup(head, [&](std::int32_t leg) { return CellOf(runner, leg); });
   }
 
   LegCell CellOf(const Runner& runner, std::int32_t leg) const {
     LegCell cell;
     if (leg > legs_) {
-      cell.below = runner.MissTimeTotal()->ToString(kTimePattern, true, NoDataMark());
+      cell.below = runner.MissTimeTotal()->ToString(kTimePattern, true, kNoDataText);
       return cell;
     }
-    cell.time = runner.LapTimeToString(leg, kTimePattern, true, NoDataMark());
+    cell.time = runner.LapTimeToString(leg, kTimePattern, true, kNoDataText);
     cell.time_rank = runner.LapRankToString(leg, false);
     cell.shade = runner.LapRank(leg);
     if (IsMissMode()) {
-      cell.below = runner.MissTime(leg)->ToString(kTimePattern, true, NoDataMark());
+      cell.below = runner.MissTime(leg)->ToString(kTimePattern, true, kNoDataText);
     } else {
-      cell.below = runner.SplitTimeToString(leg, kTimePattern, true, NoDataMark());
+      cell.below = runner.SplitTimeToString(leg, kTimePattern, true, kNoDataText);
       cell.below_rank = runner.ModifiedSplitRankToString(leg, false);
     }
     return cell;

@@ -21,7 +21,7 @@ using Figures = AnalyzedRunnerInternal;
 
 constexpr std::string_view kTimePattern = "hh:nn:ss";
 
-MarkerTexts Markers() { return {NoDataMark(), kSkipText, kDisqText}; }
+MarkerTexts Markers() { return {kNoDataText, kSkipText, kDisqText}; }
 
 // The label column is repeated before every block of this many runners.
 constexpr std::size_t kRunnersPerBlock = 10;
@@ -77,10 +77,11 @@ constexpr LegSection kSplitSection = {{"◆ 積算タイム", "RES_TITLE_SPLITS"
                                       " class=\"eh\"",
                                       "<tr align=\"right\">",
                                       "<td bgcolor=\"#bbdd99\" nowrap class=\"el\">"};
-constexpr LegSection kRelativeSection = {{"◆ ラップ上位３人に対する相対値(%)", "RES_TITLE_RELATIVE"},
-                                         " class=\"rh\"",
-                                         "<tr align=\"right\">",
-                                         "<td bgcolor=\"#dddd77\" nowrap class=\"rl\">"};
+constexpr LegSection kRelativeSection = {
+    {"◆ ラップ上位３人に対する相対値(%)", "RES_TITLE_RELATIVE"},
+    " class=\"rh\"",
+    "<tr align=\"right\">",
+    "<td bgcolor=\"#dddd77\" nowrap class=\"rl\">"};
 constexpr LegSection kMissTimeSection = {{"◆ ミスタイム", "RES_TITLE_LOSSES"},
                                          " class=\"mh\"",
                                          "<tr align=\"right\" nowrap>",
@@ -96,10 +97,10 @@ struct ValueSection {
 };
 
 void AppendCruiseSpeed(std::string& out, const Runner& runner) {
-  out += runner.CruiseSpeed()->ToString("#0.0", NoDataMark());
+  out += runner.CruiseSpeed()->ToString("#0.0", kNoDataText);
 }
 void AppendMissRate(std::string& out, const Runner& runner) {
-  out += runner.MissRate()->ToString("#0.0", NoDataMark());
+  out += runner.MissRate()->ToString("#0.0", kNoDataText);
 }
 void AppendTimeWithoutMiss(std::string& out, const Runner& runner) {
   AppendTime(out, runner.TotalTimeWithoutMiss()->Value(), kTimePattern, true, Markers());

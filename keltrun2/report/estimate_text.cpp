@@ -143,9 +143,9 @@ class RunnerText {
     for (const std::int32_t leg : legs_) rest -= runner_.MistakeTime(leg);
     if (rest >= kNothing) AppendSentence(Sentence("RES_ESTIMATE_REST", {Duration(rest)}));
     if (runner_.LargestTimeLost() >= kNothing) {
-      AppendSentence(Sentence("RES_ESTIMATE_TOTAL", {Duration(runner_.TimeLost()),
-                                                     Duration(runner_.LeastTimeLost()),
-                                                     Duration(runner_.LargestTimeLost())}));
+      AppendSentence(Sentence("RES_ESTIMATE_TOTAL",
+                              {Duration(runner_.TimeLost()), Duration(runner_.LeastTimeLost()),
+                               Duration(runner_.LargestTimeLost())}));
     }
     if (!unknown_.empty()) AppendSentence(Sentence("RES_ESTIMATE_UNKNOWN", {unknown_}));
     if (!untimed_.empty()) AppendSentence(Sentence("RES_ESTIMATE_UNTIMED", {untimed_}));

@@ -107,8 +107,7 @@ class LegDataTable {
         continue;
       }
       const std::size_t index = by_rank_.Item(place);
-      const std::string time =
-          runners_[index]->LapTimeToString(leg, "hh:nn:ss", true, NoDataMark());
+      const std::string time = runners_[index]->LapTimeToString(leg, "hh:nn:ss", true, kNoDataText);
       MakeRunnerCell(index, PadByWidth(time, kTimeColumns, true, true), "");
     }
   }

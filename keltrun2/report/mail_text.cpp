@@ -85,7 +85,7 @@ class MailText {
         LegLabels(true),
         [this](const Runner& runner, std::int32_t line) {
           return IsTotal(line) ? PlaneResult(runner)
-                               : runner.LapTimeToString(line, kPlanePattern, false, NoDataMark());
+                               : runner.LapTimeToString(line, kPlanePattern, false, kNoDataText);
         },
         [this](std::int32_t line) {
           return PlaneTime(
@@ -100,7 +100,7 @@ class MailText {
     MakeColumns(
         LegLabels(false),
         [](const Runner& runner, std::int32_t line) {
-          return runner.SplitTimeToString(line, kPlanePattern, false, NoDataMark());
+          return runner.SplitTimeToString(line, kPlanePattern, false, kNoDataText);
         },
         [&](std::int32_t line) {
           reference += general_.UpperLapAverage(line);
@@ -113,21 +113,21 @@ class MailText {
     out_ += kCrLf;
     MakeColumns(LegLabels(true), [this](const Runner& runner, std::int32_t line) {
       return (IsTotal(line) ? runner.TotalTimeRelative() : runner.LapRelative(line))
-          ->ToString(kRate, NoDataMark());
+          ->ToString(kRate, kNoDataText);
     });
   }
 
   void MakeCruiseSection() {
     MakeTitle("RES_TITLE_MAIL_CRUISE_SPEED", "■巡航速度 (%)");
     MakeColumns(OneLine(), [](const Runner& runner, std::int32_t /*line*/) {
-      return runner.CruiseSpeed()->ToString(kRate, NoDataMark());
+      return runner.CruiseSpeed()->ToString(kRate, kNoDataText);
     });
   }
 
   void MakeMissRateSection() {
     MakeTitle("RES_TITLE_MAIL_MISTAKE_RATE", "■ミス率 (%)");
     MakeColumns(OneLine(), [](const Runner& runner, std::int32_t /*line*/) {
-      return runner.MissRate()->ToString(kFineRate, NoDataMark());
+      return runner.MissRate()->ToString(kFineRate, kNoDataText);
     });
   }
 
@@ -135,7 +135,7 @@ class MailText {
     MakeTitle("RES_TITLE_MAIL_LOSSES", "■ミスタイム (mmmss)");
     MakeColumns(LegLabels(true), [this](const Runner& runner, std::int32_t line) {
       return (IsTotal(line) ? runner.MissTimeTotal() : runner.MissTime(line))
-          ->ToString(kPlanePattern, false, NoDataMark());
+          ->ToString(kPlanePattern, false, kNoDataText);
     });
   }
 
