@@ -1,5 +1,5 @@
 // In place of the other sources of this folder in a library built without KELTRUN2_WITH_DRAWING:
-// nobody gets a picture. Charts can still be drawn on the canvas of a host.
+// nobody gets a picture.
 #include "keltrun2/base/automation_error.h"
 #include "keltrun2/drawing/cairo_picture.h"
 

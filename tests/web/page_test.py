@@ -33,7 +33,7 @@ class WebPage(Page):
     """The page, with the requests of its worker among the faults."""
 
     def __init__(self, folder):
-        self.workers = []
+        self.workers, self.choosers = [], 0
         super().__init__()
         self.folder_of_downloads = folder
         self.call("Page.setDownloadBehavior", behavior="allow", downloadPath=str(folder))
@@ -46,6 +46,7 @@ class WebPage(Page):
             for method in ("Network.enable", "Runtime.enable", "Log.enable"):
                 command = {"id": 1_000_000, "method": method, "params": {}, "sessionId": self.workers[-1]}
                 os.write(self.commands, json.dumps(command).encode() + b"\0")
+        self.choosers += event["method"] == "Page.fileChooserOpened"
         super()._note(event)
 
     def start(self):
@@ -72,6 +73,12 @@ class WebPage(Page):
 
     def text(self, selector):
         return self.run(f"document.querySelector({json.dumps(selector)})?.innerText ?? null")
+
+    def key(self, name, number, text=None):
+        """Presses a key as a keyboard does, so that the browser acts on it."""
+        more = {"text": text} if text else {}
+        for kind in ("keyDown", "keyUp"):
+            self.call("Input.dispatchKeyEvent", type=kind, key=name, code=name, windowsVirtualKeyCode=number, **more)
 
     def count(self, selector):
         return self.run(f"document.querySelectorAll({json.dumps(selector)}).length")
@@ -126,6 +133,28 @@ def check_first_view(page):
     check("first view in Japanese", page.text("h1"), "成績ファイルを開く")
     check_accessibility(page, "first view in Japanese")
     page.press_button("#top button")
+
+
+def check_keyboard(page):
+    """The keyboard alone reaches everything."""
+    page.start()
+    page.call("Page.setInterceptFileChooserDialog", enabled=True)
+    reached = []
+    for _ in range(5):
+        page.key("Tab", 9)
+        reached.append(page.run("document.activeElement.id || document.activeElement.tagName"))
+    check("order of the first view", reached[:4], ["skip", "BUTTON", "BUTTON", "choose"])
+    page.run("document.getElementById('choose').focus()")
+    page.key("Enter", 13, "\r")
+    wait_until(lambda: page.run("true") and page.choosers == 1)
+    page.call("Page.setInterceptFileChooserDialog", enabled=False)
+    page.open_files(EXAMPLES / "hoshinomori/event.lxm")
+    page.run("document.getElementById('desk-save').focus()")
+    page.key("Enter", 13, "\r")
+    check("save by keyboard", page.run("document.getElementById('dialog').open"), True)
+    page.key("Escape", 27)
+    check("closed by Escape", page.run("document.getElementById('dialog').open"), False)
+    check("back at the button", page.run("document.activeElement.id"), "desk-save")
 
 
 def check_opening(page):
@@ -278,6 +307,7 @@ def main():
         with WebPage(downloads) as page:
             page.resize(1280, 900)
             check_first_view(page)
+            check_keyboard(page)
             check_opening(page)
             check_trouble(page, folder)
             check_two_files(page)
