@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <numbers>
 #include <pugixml.hpp>
 
 #include "keltrun2/drawing/png_writer.h"
@@ -199,6 +200,40 @@ TEST(Picture, SvgKeepsTexts) {
   const auto text =
       svg.find_node([](auto node) { return std::string_view(node.name()) == "text"; });
   EXPECT_EQ(text.child_value(), std::string("山田 <&> \"太郎\""));
+}
+
+// A slanted line has the same weight in every direction and wherever it lies between the pixels,
+// and a line that goes on as before adds only its own part.
+TEST(Picture, SlantedLinesHaveTheirWeight) {
+  const auto ink = [](const Drawing& draw) {
+    CairoPicture picture(400, 400);
+    draw(picture);
+    return Look(picture).Sum;
+  };
+  for (const float width : {1.0F, 2.0F, 5.0F}) {
+    for (const double degrees : {3, 20, 45, 60, 87, 135, 200, 275}) {
+      const double angle = degrees * std::numbers::pi / 180;
+      const auto at = [&](double length) {
+        return std::array{200.3F + static_cast<float>(length * std::cos(angle)),
+                          199.6F + static_cast<float>(length * std::sin(angle))};
+      };
+      const auto line = [&](DrawingSurface& to, double from, double until) {
+        const auto [x1, y1] = at(from);
+        const auto [x2, y2] = at(until);
+        to.DrawLine(x1, y1, x2, y2, 0, width);
+      };
+      const double whole = ink([&](auto& to) { line(to, 0, 150); });
+      const double ends = std::numbers::pi * width * width / 4;
+      EXPECT_NEAR(whole, 150 * width + ends, 1.5 + 0.2 * width) << degrees << ", width " << width;
+      EXPECT_NEAR(ink([&](auto& to) { line(to, 0, 70), line(to, 70, 150); }), whole, 0.5)
+          << degrees << ", width " << width;
+    }
+  }
+  const double clipped = ink([](auto& to) {
+    to.SetClip(100, 100, 50, 20);
+    to.DrawLine(-1000, -1000, 1000, 1000, 0, 1);
+  });
+  EXPECT_NEAR(clipped, 20 * std::numbers::sqrt2, 1);
 }
 
 // The pixels of a PNG as libpng reads them, 0xRRGGBB.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kThinnestLine = 0.25;       // in points, on paper
 constexpr double kSlant = 0.2;               // for fonts that have no slanted letters
-constexpr std::size_t kJoinedLines = 64;     // cairo is slower with longer paths than with two
+constexpr std::size_t kJoinedLines = 64;     // in one path
 constexpr std::size_t kGlyphsAtOnce = 1000;  // bounds the memory for a huge text
 
 // The first pixel of a line that is a whole number of pixels wide and has its middle at `middle`.
@@ -26,6 +26,7 @@ void CairoSurface::SetContext(cairo_t* context, Target target, double points_per
   target_ = target;
   thinnest_ = target == Target::kPixels ? 1 : kThinnestLine / points_per_unit;
   line_.reset();
+  clip_.reset();
   texts_.reset();
   run_ = {};
 }
@@ -50,26 +51,57 @@ void CairoSurface::Flush() {
 
 void CairoSurface::FlushLine() {
   if (!line_) return;
-  SetSource(line_->LineColor);
-  cairo_set_line_width(context_, line_->Width);
-  cairo_set_line_cap(context_, CAIRO_LINE_CAP_ROUND);
-  cairo_set_line_join(context_, CAIRO_LINE_JOIN_ROUND);
-  cairo_stroke(context_);
+  if (target_ == Target::kVectors) {
+    SetSource(line_->LineColor);
+    cairo_set_line_width(context_, line_->Width);
+    cairo_set_line_cap(context_, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(context_, CAIRO_LINE_JOIN_ROUND);
+    cairo_stroke(context_);
+  }
   line_.reset();
 }
 
-void CairoSurface::DrawSlantedLine(double x1, double y1, double x2, double y2, Color color,
-                                   double width) {
-  const bool continues = line_ && line_->LineColor == color && line_->Width == width &&
-                         line_->EndX == x1 && line_->EndY == y1 && line_->Count < kJoinedLines;
-  if (!continues) {
-    Flush();
-    line_ = Polyline{color, width, 0, 0, 0};
-    cairo_move_to(context_, x1, y1);
+bool CairoSurface::Continues(const LineSegment& line, Color color, double width) const {
+  return line_ && line_->LineColor == color && line_->Width == width && line_->Last.X2 == line.X1 &&
+         line_->Last.Y2 == line.Y1;
+}
+
+// Most of a chart are slanted lines, and cairo takes several times as long for them.
+void CairoSurface::DrawOnPixels(const LineSegment& line, Color color, double width) {
+  const bool continues = Continues(line, color, width);
+  if (!continues) Flush();
+  cairo_surface_t* const surface = cairo_get_target(context_);
+  if (cairo_status(context_) != CAIRO_STATUS_SUCCESS) return;
+  cairo_surface_flush(surface);
+  PixelPlane plane = {reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(surface)),
+                      cairo_image_surface_get_stride(surface) / 4,
+                      0,
+                      0,
+                      cairo_image_surface_get_width(surface),
+                      cairo_image_surface_get_height(surface)};
+  if (clip_) {
+    const auto within = [](double edge, std::int32_t size) {
+      return static_cast<std::int32_t>(std::clamp<double>(edge, 0, size));
+    };
+    plane.Left = within(clip_->Left, plane.Right);
+    plane.Top = within(clip_->Top, plane.Bottom);
+    plane.Right = within(clip_->Right, plane.Right);
+    plane.Bottom = within(clip_->Bottom, plane.Bottom);
   }
-  cairo_line_to(context_, x2, y2);
-  line_->EndX = x2;
-  line_->EndY = y2;
+  const auto rgb = static_cast<std::uint32_t>(Red(color) << 16 | Green(color) << 8 | Blue(color));
+  DrawLinePixels(plane, line, width, rgb, continues ? std::optional(line_->Last) : std::nullopt);
+  cairo_surface_mark_dirty(surface);
+  line_ = Polyline{color, width, line, 0};
+}
+
+void CairoSurface::AddToPath(const LineSegment& line, Color color, double width) {
+  if (!Continues(line, color, width) || line_->Count >= kJoinedLines) {
+    Flush();
+    line_ = Polyline{color, width, line, 0};
+    cairo_move_to(context_, line.X1, line.Y1);
+  }
+  cairo_line_to(context_, line.X2, line.Y2);
+  line_->Last = line;
   ++line_->Count;
 }
 
@@ -81,9 +113,8 @@ void CairoSurface::DrawLine(float X1, float Y1, float X2, float Y2, Color LineCo
   const double x2 = LimitedCoordinate(X2);
   const double y2 = LimitedCoordinate(Y2);
   double width = LineWidth(DrawWidth);
-  if (target_ == Target::kVectors || (x1 != x2 && y1 != y2)) {
-    return DrawSlantedLine(x1, y1, x2, y2, LineColor, width);
-  }
+  if (target_ == Target::kVectors) return AddToPath({x1, y1, x2, y2}, LineColor, width);
+  if (x1 != x2 && y1 != y2) return DrawOnPixels({x1, y1, x2, y2}, LineColor, width);
   Flush();
   SetSource(LineColor);
   width = WholePixels(width);
@@ -151,6 +182,7 @@ void CairoSurface::SetClip(float Left, float Top, float Width, float Height) {
   Rectangle box = LimitedRectangle(Left, Top, Width, Height);
   if (target_ == Target::kPixels) {
     box = {std::floor(box.Left), std::floor(box.Top), std::ceil(box.Right), std::ceil(box.Bottom)};
+    clip_ = box;
   }
   cairo_rectangle(context_, box.Left, box.Top, box.Right - box.Left, box.Bottom - box.Top);
   cairo_clip(context_);
@@ -158,6 +190,7 @@ void CairoSurface::SetClip(float Left, float Top, float Width, float Height) {
 
 void CairoSurface::ResetClip() {
   Flush();
+  clip_.reset();
   if (context_ != nullptr) cairo_reset_clip(context_);
 }
 

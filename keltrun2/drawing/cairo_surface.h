@@ -11,6 +11,7 @@
 
 #include "keltrun2/drawing/cairo_fonts.h"
 #include "keltrun2/drawing/drawing_limits.h"
+#include "keltrun2/drawing/line_pixels.h"
 #include "keltrun2/drawing/picture.h"
 
 namespace keltrun {
@@ -44,12 +45,12 @@ class CairoSurface final : public DrawingSurface {
   void ResetClip() override;
 
  private:
-  // The pending line. The next line is joined to it if color and width are the same and it starts
-  // where this one ends: corners are neater and drawing takes half the time.
+  // The line drawn last; in a document, the pending one. The next line is joined to it if color and
+  // width are the same and it starts where this one ends.
   struct Polyline {
     Color LineColor;
     double Width;
-    double EndX, EndY;
+    LineSegment Last;
     std::size_t Count;
   };
 
@@ -75,7 +76,9 @@ class CairoSurface final : public DrawingSurface {
   void FlushTexts();
   void BeginTexts(const TextStyle& style, TextScale scale, const std::shared_ptr<TypeFace>& face);
   double LineWidth(float width) const;
-  void DrawSlantedLine(double x1, double y1, double x2, double y2, Color color, double width);
+  bool Continues(const LineSegment& line, Color color, double width) const;
+  void DrawOnPixels(const LineSegment& line, Color color, double width);
+  void AddToPath(const LineSegment& line, Color color, double width);
   void StrokeOutline(const Rectangle& box, double width);
   void DrawGlyphs(std::string_view text, double x, double baseline, TextScale scale,
                   TypeFace& face);
@@ -87,6 +90,7 @@ class CairoSurface final : public DrawingSurface {
   double thinnest_ = 1;
   double halo_ = 0;  // above 0 while the rim of a text is drawn, not its letters
   std::optional<Polyline> line_;
+  std::optional<Rectangle> clip_;  // in a picture, whole pixels
   std::optional<PendingTexts> texts_;
   // The text being drawn, or the pending ones. Members only so that their memory is reused.
   Run run_;
