@@ -69,7 +69,7 @@ function actions({me}, runner, rival) {
 
 // Of a class without laps, and of a course that is no set, there is only the place.
 function plainCard(app, listed) {
-  return h('div.card', head(app, listed.runner, listed.set), placeLine(listed), h('p.mut', t('noLaps')), actions(app, row.runner, undefined));
+  return h('div.card', head(app, listed.runner, listed.set), placeLine(listed), h('p.mut', t('noLaps')), actions(app, listed.runner, undefined));
 }
 
 function statusCard(app, runner) {
