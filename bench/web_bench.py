@@ -4,10 +4,12 @@
     web_bench.py PAGE EVENT [ROUNDS]    EVENT: a lap file of 2,000 runners
 
 The time goes from the choice of the file to the frame after the one that shows the event; the median of the
-rounds. The memory is what the browser's process of the page holds by itself (anonymous memory) at most while
+rounds. The processor time is that of all threads of the page's process; on a busy machine it is the better
+measure. The memory is what the browser's process of the page holds by itself (anonymous memory) at most while
 it opens the event.
 """
 import gzip
+import os
 import pathlib
 import statistics
 import sys
@@ -49,6 +51,19 @@ def own_memory(folder):
     return 0
 
 
+def processor_time(others):
+    """Milliseconds that the page's processes have used so far."""
+    ticks = 0
+    for folder in renderers():
+        if folder not in others:
+            try:
+                fields = (folder / "stat").read_text().rsplit(")", 1)[1].split()
+                ticks += int(fields[11]) + int(fields[12])
+            except OSError:
+                pass
+    return ticks * 1000 / os.sysconf("SC_CLK_TCK")
+
+
 class Memory(threading.Thread):
     """Looks for the largest memory of a page's process until it is told to stop."""
 
@@ -69,7 +84,7 @@ def main():
         sys.exit("there is no Chromium")
     size = len(gzip.compress(page_test.PAGE.read_bytes(), 9))
     others = set(renderers())
-    times = []
+    times, processor_times = [], []
     with tempfile.TemporaryDirectory() as downloads, page_test.WebPage(pathlib.Path(downloads)) as page:
         for number in range(rounds + 1):
             page.start()
@@ -78,6 +93,7 @@ def main():
             memory = Memory(others) if number == 0 else None  # watching slows down
             if memory:
                 memory.start()
+            before = processor_time(others)
             page.open_files(event)
             page_test.wait_until(lambda: page.run("window.shownAfter"))
             if memory:
@@ -86,10 +102,13 @@ def main():
                 most = memory.most
             else:
                 times.append(page.run("window.shownAfter"))
+                processor_times.append(processor_time(others) - before)
     for name, value, goal, unit in (("size, gzipped", size / 1000, SIZE_GOAL / 1000, "KB"),
                                     ("file to first view", statistics.median(times), TIME_GOAL, "ms"),
+                                    ("processor time", statistics.median(processor_times), float("inf"), "ms"),
                                     ("memory", most, MEMORY_GOAL, "MB")):
-        print(f"{name:20} {value:8.0f} {unit}  at most {goal:.0f} {unit}  {'' if value <= goal else 'MISSED'}")
+        wanted = f"at most {goal:.0f} {unit}  {'met' if value <= goal else 'MISSED'}" if goal < float("inf") else ""
+        print(f"{name:20} {value:8.0f} {unit}  {wanted}")
 
 
 if __name__ == "__main__":

@@ -11,10 +11,12 @@
 #include "keltrun2/c/sets.h"
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/loading/lap_file_io.h"
+#include "keltrun2/loading/progress_report.h"
 #include "keltrun2/os/files.h"
 #include "keltrun2/os/working_folder.h"
 #include "keltrun2/report/json_writer.h"
 #include "keltrun2/report/report_data.h"
+#include "keltrun2/site/report_site.h"
 
 namespace keltrun::c {
 namespace {
@@ -262,10 +264,13 @@ std::vector<OutputFile> Site(Event& event) {
   ReportSiteOptions options;
   options.OutputFolder = WithTrailingSeparator(*folder);
   options.UntimedLegs = event.Options.untimed;
-  const bool is_written = event.Root().FileControl()->OutputReportSite(options);
+  const auto no_progress = [] {
+    return std::make_unique<ProgressReport>(std::make_shared<ProgressHandlers>(), false);
+  };
+  const bool is_written = ExportReportSite(options, no_progress, Sync::kLater);
   if (!is_written || !ErrorText().empty()) throw Failure(FailureReason(ErrorText()));
   std::vector<OutputFile> files;
-  for (const std::string& path : event.Root().FileControl()->ReportSiteFiles(options)) {
+  for (const std::string& path : ReportSiteFiles(options)) {
     auto bytes = ReadFile(path, error, std::numeric_limits<std::size_t>::max());
     if (!bytes) throw Failure(error);
     files.push_back({std::string(FileNamePart(path)), std::move(*bytes)});

@@ -44,6 +44,9 @@ class FolderWriter {
   /// Writes a file of the folder.
   bool Write(const std::string& name, std::string_view bytes, Sync sync = Sync::kLater);
 
+  /// For a folder of temporary files: nothing waits for the disk from now on.
+  void DoNotWait() { waits_ = false; }
+
   /// Waits until everything that was written is on the disk.
   void SyncAll();
 
@@ -66,6 +69,7 @@ class FolderWriter {
   std::vector<std::string> failures_;
   bool folder_failed_ = false;
   bool is_helper_ = false;
+  bool waits_ = true;
 };
 
 }  // namespace keltrun
