@@ -104,7 +104,8 @@ class Figures:
         return [1000 * self.median(KEPT, '%s/%d' % (name, n), clock) / unit(n) for n in sizes]
 
 
-Row = collections.namedtuple('Row', 'figure memory wall processor goal met number', defaults=(math.nan,))
+Row = collections.namedtuple('Row', 'figure memory wall processor goal met number met_by_processor',
+                             defaults=(math.nan, None))
 
 
 # A figure is a function of the clock; it is judged by the wall clock.
@@ -113,8 +114,8 @@ def row(figure, memory, value, limit, form, at_least=False):
     texts = figure, memory, form % wall, form % value(PROCESSOR)
     if limit is None:
         return Row(*texts, '', True, value(PROCESSOR))
-    met = wall >= limit if at_least else wall <= limit
-    return Row(*texts, AT[at_least] + form % limit, met, value(PROCESSOR))
+    met = lambda measured: measured >= limit if at_least else measured <= limit
+    return Row(*texts, AT[at_least] + form % limit, met(wall), value(PROCESSOR), met(value(PROCESSOR)))
 
 
 def growth(figure, values):
@@ -180,8 +181,9 @@ def rows(f):
               lambda clock: f.median(DEFAULT, 'ManyCharts/20', 'grown_megabytes'), 1, '%.1f MB')
     charts = 'SiteWithCharts/2000'
     yield row('site of 2,000 runners with 280 charts', DEFAULT, time(DEFAULT, charts, 0.001), 1.5, '%.2f s')
-    yield row('the same on two threads, over one', DEFAULT,
-              lambda clock: f.ratio(DEFAULT, 'SiteOnTwoThreads/2000', charts, clock), 0.6, '%.2f')
+    both = row('the same on two threads, over one', DEFAULT,
+               lambda clock: f.ratio(DEFAULT, 'SiteOnTwoThreads/2000', charts, clock), 0.6, '%.2f')
+    yield both._replace(met_by_processor=None)  # both threads together take no less of it
     yield row('its peak memory, with the load', DEFAULT,
               lambda clock: f.median(DEFAULT, charts, 'peak_megabytes'), 200, '%.0f MB')
     yield row('what its last 30 classes add to that', DEFAULT,
@@ -227,8 +229,9 @@ def table_of_two(old, new, name):
     for n, r in numbered(rows(new)):
         b = before.get((r.figure, r.memory, n), Row('', '', '', '', '', True))
         ratio = r.number / b.number if b.number else math.nan
+        met = r.met if r.met_by_processor is None else r.met_by_processor
         yield (r.figure, r.memory, known(b.wall), r.wall, known(b.processor), r.processor, known('%.2f' % ratio),
-               r.goal, verdict(r))
+               r.goal, verdict(r._replace(met=met)))
 
 
 def numbered(table):

@@ -6,26 +6,61 @@
 namespace keltrun {
 namespace {
 
-// How far a line reaches over a point.
+// The share of a pixel that lies on one side of an edge.
+class Edge {
+ public:
+  /// The edge runs in the direction (along_x, along_y), a vector of length 1.
+  Edge(double along_x, double along_y)
+      : longer_(std::max(std::abs(along_x), std::abs(along_y))),
+        reach_((std::abs(along_x) + std::abs(along_y)) / 2) {}
+
+  /// How far from the middle of a pixel an edge may be and still cut it.
+  double Reach() const { return reach_; }
+
+  /// The share for an edge that far beyond the middle of the pixel, or before it if below 0.
+  double ShareAt(double distance) const {
+    const double inside = Tail(reach_ - std::abs(distance));
+    return distance < 0 ? inside : 1 - inside;
+  }
+
+ private:
+  // The area beyond the edge, which is `depth` inside the farthest corner: a triangle, and from the
+  // next corner on a band as well.
+  double Tail(double depth) const {
+    if (depth <= 0) return 0;
+    const double corner = 2 * reach_ - longer_;  // the shorter part of the direction
+    if (depth < corner) return depth * depth / (2 * longer_ * corner);
+    return (depth - corner / 2) / longer_;
+  }
+
+  double longer_;
+  double reach_;
+};
+
+// How much of a pixel a line covers.
 class Coverage {
  public:
   Coverage(const LineSegment& line, double width)
       : line_(line),
-        reach_(width / 2 + 0.5),
+        half_width_(width / 2),
         length_(std::hypot(line.X2 - line.X1, line.Y2 - line.Y1)),
         along_x_(length_ > 0 ? (line.X2 - line.X1) / length_ : 1),
-        along_y_(length_ > 0 ? (line.Y2 - line.Y1) / length_ : 0) {}
+        along_y_(length_ > 0 ? (line.Y2 - line.Y1) / length_ : 0),
+        edge_(along_x_, along_y_),
+        reach_(half_width_ + edge_.Reach()) {}
 
-  /// From 0, not at all, to 1.
+  /// For the pixel with its middle there, from 0, not at all, to 1. That is exact between the ends
+  /// of the line; at its round ends it goes by the distance alone.
   double At(double x, double y) const {
     const double dx = x - line_.X1, dy = y - line_.Y1;
     const double along = dx * along_x_ + dy * along_y_;
-    const double distance = along < 0         ? std::hypot(dx, dy)
-                            : along > length_ ? std::hypot(x - line_.X2, y - line_.Y2)
-                                              : std::abs(dx * along_y_ - dy * along_x_);
-    return std::clamp(reach_ - distance, 0.0, 1.0);
+    if (along < 0) return OfRoundEnd(std::hypot(dx, dy));
+    if (along > length_) return OfRoundEnd(std::hypot(x - line_.X2, y - line_.Y2));
+    const double distance = std::abs(dx * along_y_ - dy * along_x_);
+    return edge_.ShareAt(half_width_ - distance) - edge_.ShareAt(-half_width_ - distance);
   }
 
+  /// How far from the line pixels are covered.
   double Reach() const { return reach_; }
 
   struct Range {
@@ -41,10 +76,16 @@ class Coverage {
   }
 
  private:
+  double OfRoundEnd(double distance) const {
+    return std::clamp(half_width_ + 0.5 - distance, 0.0, 1.0);
+  }
+
   LineSegment line_;
-  double reach_;
+  double half_width_;
   double length_;
   double along_x_, along_y_;
+  Edge edge_;
+  double reach_;
 };
 
 void Blend(std::uint32_t& pixel, std::uint32_t rgb, double covered) {

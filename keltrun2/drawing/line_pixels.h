@@ -19,10 +19,10 @@ struct LineSegment {
   double X1, Y1, X2, Y2;
 };
 
-/// Draws a line with round ends, at least one pixel wide. Each pixel is covered by how far the line
-/// reaches over its middle, which gives a line the same weight in every direction. A line that
-/// continues one of the same width and color covers only what that one has left, so that the joint
-/// is not drawn twice.
+/// Draws a line with round ends, at least one pixel wide. Each pixel gets as much of the color as
+/// the line covers of it, so a line has the same weight in every direction. A line that continues
+/// one of the same width and color covers only what that one has left, so that the joint is not
+/// drawn twice.
 void DrawLinePixels(const PixelPlane& plane, const LineSegment& line, double width,
                     std::uint32_t rgb, const std::optional<LineSegment>& before = std::nullopt);
 
