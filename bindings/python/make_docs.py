@@ -86,12 +86,17 @@ def prose(text):
 
 
 def blocks(para):
-    """The parts of a paragraph: prose, and examples, which are set off by indentation."""
+    """The parts of a paragraph: prose, and examples and tables, which are set off by indentation."""
     text = para.text or ""
     for child in para:
         if child.tag == "verbatim":
             yield prose(text)
             yield textwrap.indent(child.text.rstrip(), "    ")
+            text = ""
+        elif child.tag == "table":
+            yield prose(text)
+            rows = [[prose("".join(cell.itertext())) for cell in row] for row in child.iter("row")]
+            yield textwrap.indent("\n".join(" | ".join(row) for row in rows), "    ")
             text = ""
         elif child.tag == "computeroutput":
             text += f"`{''.join(child.itertext())}`"

@@ -627,7 +627,8 @@ def test_other_threads_run_during_long_calls(event, tmp_path, call):
 
 
 # Declarations that are only for C++ and therefore not bound.
-CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "Startup"}
+CPP_ONLY = {"AppendDateTime", "AppendTwoDigits", "CheckIndex", "CheckObject", "RaiseIndexError",
+            "Startup"}
 CPP_KINDS = {"define", "typedef"}
 
 
