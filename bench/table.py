@@ -120,8 +120,9 @@ def row(figure, memory, value, limit, form, at_least=False):
 
 def growth(figure, values):
     cell = lambda clock: ' '.join('%.2f' % v for v in values(clock))
-    met = max(values(WALL)) <= GROWTH_LIMIT * values(WALL)[0]
-    return Row(figure, KEPT, cell(WALL), cell(PROCESSOR), 'at most %.0f times the first' % GROWTH_LIMIT, met)
+    met = lambda clock: max(values(clock)) <= GROWTH_LIMIT * values(clock)[0]
+    return Row(figure, KEPT, cell(WALL), cell(PROCESSOR), 'at most %.0f times the first' % GROWTH_LIMIT, met(WALL),
+               math.nan, met(PROCESSOR))
 
 
 def rows(f):
