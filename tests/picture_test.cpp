@@ -224,7 +224,7 @@ TEST(Picture, SlantedLinesHaveTheirWeight) {
       };
       const double whole = ink([&](auto& to) { line(to, 0, 150); });
       const double ends = std::numbers::pi * width * width / 4;
-      EXPECT_NEAR(whole, 150 * width + ends, 1.5 + 0.2 * width) << degrees << ", width " << width;
+      EXPECT_NEAR(whole, 150 * width + ends, 1.5 + 0.4 * width) << degrees << ", width " << width;
       EXPECT_NEAR(ink([&](auto& to) { line(to, 0, 70), line(to, 70, 150); }), whole, 0.5)
           << degrees << ", width " << width;
     }

@@ -88,8 +88,11 @@ class Coverage {
   double reach_;
 };
 
+// Few enough shades for small files, and more than the eye tells apart at an edge.
+constexpr std::uint32_t kShades = 32;
+
 void Blend(std::uint32_t& pixel, std::uint32_t rgb, double covered) {
-  const auto part = static_cast<std::uint32_t>(covered * 256 + 0.5);
+  const auto part = static_cast<std::uint32_t>(covered * kShades + 0.5) * (256 / kShades);
   const std::uint32_t rest = 256 - part;
   // Red and blue at once, and green: their products do not overlap.
   const std::uint32_t red_blue = ((rgb & 0xFF00FF) * part + (pixel & 0xFF00FF) * rest + 0x800080);
