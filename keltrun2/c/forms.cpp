@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <map>
 #include <optional>
 #include <utility>
@@ -11,12 +10,8 @@
 #include "keltrun2/c/sets.h"
 #include "keltrun2/codec/encodings.h"
 #include "keltrun2/loading/lap_file_io.h"
-#include "keltrun2/loading/progress_report.h"
-#include "keltrun2/os/files.h"
-#include "keltrun2/os/working_folder.h"
 #include "keltrun2/report/json_writer.h"
 #include "keltrun2/report/report_data.h"
-#include "keltrun2/site/report_site.h"
 
 namespace keltrun::c {
 namespace {
@@ -255,26 +250,14 @@ std::string Encoded(const Event& event, const TextForm& form, std::string text) 
   return event.Root().TextControl()->EncodeText(text, charset);
 }
 
-// What `site` publishes: the report as the first page, and the results for other programs. The site
-// is written into a folder, here one that only this process can enter.
+// The event for a web space: the report as its first page, and the results for other programs.
 std::vector<OutputFile> Site(Event& event) {
-  std::string error;
-  const auto folder = NewExtractionFolder(error);
-  if (!folder) throw Failure(error);
-  ReportSiteOptions options;
-  options.OutputFolder = WithTrailingSeparator(*folder);
-  options.UntimedLegs = event.Options.untimed;
-  const auto no_progress = [] {
-    return std::make_unique<ProgressReport>(std::make_shared<ProgressHandlers>(), false);
-  };
-  const bool is_written = ExportReportSite(options, no_progress, Sync::kLater);
-  if (!is_written || !ErrorText().empty()) throw Failure(FailureReason(ErrorText()));
   std::vector<OutputFile> files;
-  for (const std::string& path : ReportSiteFiles(options)) {
-    auto bytes = ReadFile(path, error, std::numeric_limits<std::size_t>::max());
-    if (!bytes) throw Failure(error);
-    files.push_back({std::string(FileNamePart(path)), std::move(*bytes)});
-  }
+  files.push_back({"index.html", Report(event)});
+  files.push_back({"event.lxm", LapFile(event, KR_FILETYPE_KELTRUN2)});
+  files.push_back({"results.xml", LapFile(event, KR_FILETYPE_IOF_XML_30_RESULT)});
+  files.push_back(
+      {"results.csv", event.Root().TextControl()->EncodeText(ResultTable(event), kWithMark)});
   return files;
 }
 

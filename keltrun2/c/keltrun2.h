@@ -132,8 +132,7 @@ KELTRUN2_C_API keltrun2_status keltrun2_shift_clock(keltrun2_event* event, int32
  * with their `--as` ("results-csv", "analyze-json" ...), "report", "site" with several files,
  * "info-json", and two of their own: "remarks-json", what the last open, merge or export of a lap
  * file noticed and what is odd about the times, and "report-data", the data of the report for a page
- * of the same version. docs/guide.md describes them. Only "site" uses the disk, a private folder for
- * temporary files. */
+ * of the same version. docs/guide.md describes them. */
 KELTRUN2_C_API const char* keltrun2_forms(size_t index);
 
 /** Exports the event, or the set that the options name, in a form. *output gets the files, which the

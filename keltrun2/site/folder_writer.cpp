@@ -25,13 +25,12 @@ bool FolderWriter::Prepare() {
 
 bool FolderWriter::Write(const std::string& name, std::string_view bytes, Sync sync) {
   std::string error;
-  if (WriteFile(folder_ + name, bytes, error, waits_ ? sync : Sync::kLater)) return true;
+  if (WriteFile(folder_ + name, bytes, error, sync)) return true;
   Note(error);
   return false;
 }
 
 void FolderWriter::SyncAll() {
-  if (!waits_) return;
   std::string error;
   if (!SyncFileSystem(folder_, error)) Note(error);
 }
@@ -47,7 +46,6 @@ void FolderWriter::Note(const std::string& failure) {
 FolderWriter FolderWriter::Helper() const {
   FolderWriter helper(folder_, operation_);
   helper.is_helper_ = true;
-  helper.waits_ = waits_;
   return helper;
 }
 

@@ -44,9 +44,6 @@ class FolderWriter {
   /// Writes a file of the folder.
   bool Write(const std::string& name, std::string_view bytes, Sync sync = Sync::kLater);
 
-  /// For a folder of temporary files: nothing waits for the disk from now on.
-  void DoNotWait() { waits_ = false; }
-
   /// Waits until everything that was written is on the disk.
   void SyncAll();
 
@@ -69,7 +66,6 @@ class FolderWriter {
   std::vector<std::string> failures_;
   bool folder_failed_ = false;
   bool is_helper_ = false;
-  bool waits_ = true;
 };
 
 }  // namespace keltrun

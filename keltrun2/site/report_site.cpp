@@ -415,10 +415,8 @@ bool ReportSite::KeepFormerReport(Index& index) {
 
 }  // namespace
 
-bool ExportReportSite(const ReportSiteOptions& options, const StartProgress& start_progress,
-                      Sync sync) {
+bool ExportReportSite(const ReportSiteOptions& options, const StartProgress& start_progress) {
   ReportSite site(options);
-  if (sync == Sync::kLater) site.Writer().DoNotWait();
   SetErrorText("");
   if (!site.Writer().Prepare()) return false;
   if (const auto conflicts = site.Conflicts(); !options.ReplaceOthers && !conflicts.empty()) {

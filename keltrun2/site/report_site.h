@@ -12,9 +12,7 @@ namespace keltrun {
 /// False when the user declines the creation of the folder, and when files of somebody else would
 /// be lost. The error text is emptied first and lists what could not be written. Raises invalid
 /// procedure call (5) for untimed legs that are none.
-/// Everything is on the disk when this returns, unless `sync` is Sync::kLater.
-bool ExportReportSite(const ReportSiteOptions& options, const StartProgress& start_progress,
-                      Sync sync = Sync::kNow);
+bool ExportReportSite(const ReportSiteOptions& options, const StartProgress& start_progress);
 
 /// What the export would replace although it is not of an earlier publication of the event: one
 /// sentence without a full stop for each file.
