@@ -21,7 +21,8 @@ const THEME_KEY = 'keltrun.theme';
 
 // What every view gets: the event, the address, who "me" is, and how to change the address.
 const app = {event: null, query: {}, me: null, lastClass: '', go, replace};
-const scrolled = new Map();  // by address
+const scrolled = new Map();        // by address
+const framesScrolled = new Map();  // the same for the wide tables of a view
 let byLink = false;
 let shownWidth = 0;
 
@@ -45,6 +46,24 @@ function replace(values) {
 
 function keepScroll() {
   scrolled.set(location.hash, scrollY);
+}
+
+function frames() {
+  return [...byId('main').querySelectorAll('.scroll, .scroll-x')];
+}
+
+function placesOfFrames() {
+  return frames().map(({scrollLeft, scrollTop}) => [scrollLeft, scrollTop]);
+}
+
+function placeFrames(places = []) {
+  frames().forEach((frame, i) => places[i] && frame.scrollTo(...places[i]));
+}
+
+// When the address has changed, the view of the old one is still there.
+function onAddress({oldURL}) {
+  framesScrolled.set(new URL(oldURL).hash, placesOfFrames());
+  show();
 }
 
 function chosenRunner() {
@@ -106,12 +125,14 @@ function placeView(main) {
   if (field) field.focus();
   else if (byLink) main.querySelector('h1')?.focus({preventScroll: true});
   scrollTo(0, byLink ? 0 : scrolled.get(location.hash) ?? 0);
+  if (!byLink) placeFrames(framesScrolled.get(location.hash));
 }
 
 function showAgain() {
-  const [x, y] = [scrollX, scrollY];
+  const [x, y, places] = [scrollX, scrollY, placesOfFrames()];
   show({keepPlace: true});
   scrollTo(x, y);
+  placeFrames(places);
 }
 
 // --- what buttons do ---
@@ -227,13 +248,14 @@ export function showEvent(raw) {
   const isFirst = app.event === null;
   app.event = makeEvent(raw);
   scrolled.clear();
+  framesScrolled.clear();
   if (isFirst) listen();
   show();
 }
 
 function listen() {
   history.scrollRestoration = 'manual';
-  addEventListener('hashchange', () => show());
+  addEventListener('hashchange', onAddress);
   addEventListener('scroll', keepScroll, {passive: true});
   addEventListener('scroll', lookSoon, {passive: true});
   document.addEventListener('click', onClick);

@@ -17,7 +17,8 @@ export function makeEvent(raw) {
   event.runners = raw.runners.map((values) => makeRunner(raw, values));
   event.sets = raw.sets.map((values) => ({
     key: setKey(values.kind, values.name), kind: values.kind, name: values.name,
-    length: values.length, climb: values.climb, controls: values.controls, raw: values,
+    title: values.kind === 'course' ? titleOfCourse(values.name, raw.classes) : values.name,
+    length: values.length, climb: values.climb, controls: values.controls, raw: withoutSingleLeg(values),
   }));
   const order = ({kind, name}) => (kind === 'class' ? raw.classes.findIndex((each) => each.name === name) : Infinity);
   const places = new Map(event.sets.map((set) => [set, order(set)]));
@@ -28,6 +29,23 @@ export function makeEvent(raw) {
   event.classSets = event.sets.filter((set) => set.kind === 'class');
   findCourses(event);
   return event;
+}
+
+// "A / B" for the course "A/B"; names of classes may have slashes themselves.
+function titleOfCourse(name, classes) {
+  const known = classes.map((klass) => klass.name).sort((a, b) => b.length - a.length);
+  const parts = [];
+  for (let rest = name; rest; rest = rest.slice(parts.at(-1).length + 1)) {
+    const part = known.find((klass) => rest === klass || rest.startsWith(`${klass}/`));
+    if (!part) return name;
+    parts.push(part);
+  }
+  return parts.join(' / ');
+}
+
+// From start to finish is no lap: such a class has times only.
+function withoutSingleLeg(set) {
+  return set.kind === 'segment' || set.ref.length > 1 ? set : {...set, points: [], ref: [], timed: [], legs: []};
 }
 
 function makeRunner(raw, [serial, name, club, klass, start, result, outcome, laps, estimate]) {
@@ -70,11 +88,16 @@ export function openList(event, set) {
   set.rows = set.raw.rows.map((values) => new Row(event, set, values));
   set.byRunner = new Map(set.rows.map((row) => [row.runner, row]));
   set.finishers = set.rows.filter((row) => isNumber(row.time));
-  set.winner = set.finishers[0] ?? null;
+  set.winner = firstOf(set.finishers);
   listEverybody(event, set);
   set.withoutLaps = set.kind !== 'class' ? [] :
     event.runners.filter((runner) => runner.className === set.name && !set.rowOf.has(runner));
   return set;
+}
+
+// The one whom times are compared with. Out of competition, somebody may have been faster.
+function firstOf(rows) {
+  return rows.find((row) => isNumber(row.place)) ?? rows[0] ?? null;
 }
 
 // The result list: the rows, and in a class also the runners who had another course. Their laps are in
@@ -89,7 +112,7 @@ function listEverybody(event, set) {
   }
   set.rowOf = new Map(set.listed.map((row) => [row.runner, row]));
   set.placed = set.listed.filter((row) => isNumber(row.time));
-  set.leader = set.placed[0] ?? null;
+  set.leader = firstOf(set.placed);
 }
 
 const NO_LEGS = {laps: [], inRange: [], elapsed: [], loss: [], own: [], least: [], most: [], cost: [], word: []};

@@ -143,7 +143,7 @@ function legsWithLoss({estimate, extras}) {
 
 function closestFinish(set) {
   const [first, second] = set.placed.filter((row) => isNumber(row.place));
-  return second ? {set, value: first.time - second.time} : null;
+  return second ? {set, first, second, value: first.time - second.time} : null;
 }
 
 function decidingLeg(set) {
@@ -161,7 +161,7 @@ function greatestComeback(set, rows) {
 }
 
 function cleanestRun(set, rows) {
-  if (set.finishers.length < FEWEST_FOR_CLEANEST) return null;
+  if (set.finishers.length < FEWEST_FOR_CLEANEST || set.timedLegs === 0) return null;
   return best(rows.map((row) => ({set, row})), ({row}) => {
     const known = legsWithLoss(row) >= 0.6 * set.timedLegs;
     return known && isNumber(row.lost) && row.time > 0 ? -row.lost / row.time : null;

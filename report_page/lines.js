@@ -6,6 +6,8 @@ import {finishSign, startSign} from './icons.js';
 
 const COLORS = 8;
 const LABEL_ROOM = 13;
+const LEFT = 46;        // room for the texts of an axis
+const LEFT_HOURS = 60;
 
 // The class of a line: "me", one of the colors for the first places, or "other".
 export function lineClass(row, place, me) {
@@ -52,23 +54,30 @@ function controlAxis({set, x, top, bottom, room = 20}) {
   return drawn;
 }
 
+// The gaps of rows to the winner, and which of them a chart shows.
+function gapRange(set, rows) {
+  const gaps = new Map(rows.map((row) => [row, gapsTo(row, set.winner)]));
+  // One lost runner must not flatten all others.
+  const most = Math.max(30, quantile(rows.map((row) => row.time - set.winner.time), 0.9) * 1.08);
+  const lowest = Math.min(0, ...[...gaps.values()].flat().filter(isNumber));
+  return {gaps, most, least: Math.max(-most, lowest)};
+}
+
 // Where values are in the chart of a race of this width: gaps to the winner down the course, or
 // positions after each control.
 export function raceScale(set, rows, kind, width) {
-  const size = {width, height: width < 560 ? 270 : 430, left: 46, right: width < 560 ? 30 : 116, top: 14, bottom: 34};
+  const range = kind === 'pos' ? null : gapRange(set, rows);
+  const left = range && Math.max(range.most, -range.least) >= 3600 ? LEFT_HOURS : LEFT;
+  const size = {width, height: width < 560 ? 270 : 430, left, right: width < 560 ? 30 : 116, top: 14, bottom: 34};
   const inner = {width: width - size.left - size.right, height: size.height - size.top - size.bottom};
-  if (kind === 'pos') {
+  if (!range) {
     const most = Math.max(2, ...rows.flatMap((row) => row.position));
     return {...size, most, least: 1,
       x: (i) => size.left + i / set.legs * inner.width,
       y: (position) => size.top + 6 + (position - 1) / (most - 1) * (inner.height - 12),
       value: (row, i) => (i > 0 && row.position[i - 1] > 0 ? row.position[i - 1] : null)};
   }
-  const gaps = new Map(rows.map((row) => [row, gapsTo(row, set.winner)]));
-  // One lost runner must not flatten all others.
-  const most = Math.max(30, quantile(rows.map((row) => row.time - set.winner.time), 0.9) * 1.08);
-  const lowest = Math.min(0, ...[...gaps.values()].flat().filter(isNumber));
-  const least = Math.max(-most, lowest);
+  const {gaps, most, least} = range;
   return {...size, most, least,
     x: (i) => size.left + set.x[i] * inner.width,
     y: (gap) => size.top + (Math.min(gap, most * 1.02) - least) / (most - least) * inner.height,

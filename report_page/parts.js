@@ -68,7 +68,7 @@ export function setAddress(set, more = {}) {
 
 export function setTitle(set) {
   if (set.kind === 'segment') return set.name.replaceAll('-', ' → ');
-  return set.kind === 'course' ? set.name.replaceAll('/', ' / ') : set.name;
+  return set.title;
 }
 
 // "5.7 km ↑70 m · 22 controls"

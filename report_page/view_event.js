@@ -65,7 +65,7 @@ function storyCards({closest, comeback, cleanest, deciding}) {
     h('h3', `${t(key)} · ${set.name}`), h('p.big', big), h('p.sm.mut', small));
   const tiles = [];
   if (closest) {
-    const [first, second] = closest.set.placed;
+    const {first, second} = closest;
     tiles.push(tile('s0', 'closest', closest.set, signedTime(second.time - first.time),
       `${first.runner.name} – ${second.runner.name}`, setAddress(closest.set, {view: 'race'})));
   }

@@ -92,7 +92,7 @@ function neighbors(listed, query) {
 function rivalOf(set, row, query) {
   const wanted = set.rows.find((other) => String(other.runner.serial) === query.ref);
   if (wanted && wanted !== row) return wanted;
-  return set.winner !== row ? set.winner : set.finishers[1] ?? null;
+  return set.winner !== row ? set.winner : set.finishers.find((other) => other !== row) ?? null;
 }
 
 function mainCard(app, listed, row) {

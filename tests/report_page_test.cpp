@@ -77,6 +77,26 @@ TEST(ReportPage, FirstViewAndListsAreHtml) {
   EXPECT_FALSE(Holds(page, "unsafe-inline"));
 }
 
+TEST(ReportPage, CountsOfOneAndRunnersOutOfCompetitionInTheFirstView) {
+  const auto root = NewRoot(Mode::kEnglishTexts);
+  const auto klass = root->AddClass("Open");
+  klass->ControlCount = 1;
+  AddRunner(*klass, "Guest", "0:05:00", {150, 150})->Rank = "(1)";
+  AddRunner(*klass, "Ann", "0:06:00", {180, 180})->Rank = "1";
+  AddRunner(*klass, "Bo", "0:06:30", {200, 190})->Rank = "2";
+  const auto single = root->AddClass("Solo");
+  single->ControlCount = 2;
+  AddRunner(*single, "Cy", "0:05:00", {100, 100, 100});
+  const std::string page = root->HtmlControl()->OutputViewer({{Analyze(*root)}});
+  for (const std::string_view text :
+       {"<span>1 control</span>", "<span class=\"n\">1 runner</span>",
+        "Guest</span><span class=\"t\">\u22121:00<", "Ann</span><span class=\"t\">6:00<",
+        "Bo</span><span class=\"t\">+0:30<", "<td>Guest<td><td>5:00<td>\u22121:00",
+        "<td>Ann<td><td>6:00<td>\n"}) {
+    EXPECT_TRUE(Holds(page, text)) << text;
+  }
+}
+
 TEST(ReportPage, DataHasEverythingOnce) {
   const auto root = SmallClass();
   const auto analyzer = Analyze(*root);

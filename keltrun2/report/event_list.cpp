@@ -9,6 +9,7 @@
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/index_page.h"
 #include "keltrun2/report/plain_page.h"
 #include "keltrun2/text/html.h"
@@ -76,10 +77,6 @@ std::string_view Quoted(std::string_view page, std::size_t mark, std::size_t mar
   return page.substr(0, page.find('"'));
 }
 
-std::string Counted(std::string_view key, std::int32_t count) {
-  return CclsSplit("%1", ResourceText(key)).Expression(std::to_string(count));
-}
-
 // The date as readers of the language write it.
 std::string ShownDate(const std::string& date) {
   const auto value = ParseDateTime(CclsSplit("-", date).Expression("/"));
@@ -98,7 +95,7 @@ std::string AboutEvent(const ListedEvent& event) {
   }
   add(EscapeHtml(event.Terrain));
   std::string runners;
-  AppendEscapedNoBreak(runners, Counted("RES_REPORT_RUNNERS", event.Runners));
+  AppendEscapedNoBreak(runners, CountOfRunners(event.Runners));
   add(runners);
   return about;
 }

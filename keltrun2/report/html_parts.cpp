@@ -10,6 +10,7 @@
 #include "keltrun2/model/event_model.h"
 #include "keltrun2/text/html.h"
 #include "keltrun2/text/letters.h"
+#include "keltrun2/text/split.h"
 #include "keltrun2/text/width.h"
 
 namespace keltrun {
@@ -119,6 +120,18 @@ void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string
                            EscapeHtml(TitleName(analyzer.DataSetName())) +
                            "</b></font><font color=\"#ffffff\"> - " + EscapeHtml(title) + "</font>";
   MakeTitleRow(out, text, ColSpan, kPageTitleColor, "", TdAttr);
+}
+
+std::string CountOfRunners(std::int32_t count) {
+  return count == 1 ? ResourceText("RES_REPORT_RUNNER")
+                    : CclsSplit("%1", ResourceText("RES_REPORT_RUNNERS"))
+                          .Expression(std::to_string(count));
+}
+
+std::string CountOfControls(std::int32_t count) {
+  return count == 1 ? ResourceText("RES_REPORT_CONTROL")
+                    : CclsSplit("%1", ResourceText("RES_REPORT_CONTROLS"))
+                          .Expression(std::to_string(count));
 }
 
 std::string TitleName(std::string_view name) {

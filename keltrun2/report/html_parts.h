@@ -71,6 +71,10 @@ void MakeAnalyzerPage(std::string& out, const EventModel& model, const clsAnalyz
 void MakePageTitleRow(std::string& out, const clsAnalyzer& analyzer, std::string_view event,
                       std::int32_t ColSpan, std::string_view TdAttr);
 
+/// "12 runners" and "1 control" in the language of the texts.
+std::string CountOfRunners(std::int32_t count);
+std::string CountOfControls(std::int32_t count);
+
 /// A data-set name as titles show it, full-width in Japanese mode. It is not escaped yet.
 std::string TitleName(std::string_view name);
 

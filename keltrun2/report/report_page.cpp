@@ -14,9 +14,11 @@
 #include "keltrun2/model/class_data_internal.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/report/class_lists.h"
+#include "keltrun2/report/html_parts.h"
 #include "keltrun2/report/page_template.h"
 #include "keltrun2/report/report_template.h"
 #include "keltrun2/text/html.h"
+#include "keltrun2/text/letters.h"
 
 namespace keltrun {
 namespace {
@@ -27,11 +29,21 @@ std::string Duration(DateTime days) {
   return CompactTime(std::round(days * kSecondsPerDay) / kSecondsPerDay);
 }
 
-// The text of a resource with a value in the place of "%1".
-std::string Sentence(std::string_view key, std::int32_t value) {
-  std::string text = ResourceText(key);
-  const std::size_t at = text.find("%1");
-  return at == std::string::npos ? text : text.replace(at, 2, std::to_string(value));
+// The one whom times are compared with, or null: out of competition, somebody may have been faster.
+const ListedRunner* Leader(const std::vector<ListedRunner>& runners) {
+  const auto is_ranked = [](const ListedRunner& runner) {
+    return runner.time && !runner.rank.empty() && IsDigits(runner.rank);
+  };
+  const auto ranked = std::find_if(runners.begin(), runners.end(), is_ranked);
+  if (ranked != runners.end()) return &*ranked;
+  return runners.empty() || !runners.front().time ? nullptr : &runners.front();
+}
+
+// The time after the leader; nothing for the leader.
+std::string Behind(const ListedRunner& runner, const ListedRunner* leader) {
+  if (!runner.time || leader == nullptr || &runner == leader) return "";
+  const DateTime behind = *runner.time - *leader->time;
+  return (behind < 0 ? "\u2212" : "+") + Duration(std::fabs(behind));
 }
 
 // Writes the parts of the page that need no script.
@@ -74,8 +86,7 @@ class StaticParts {
     const std::string date_text =
         date != 0 && std::isfinite(date) ? FormatDateTime(date, "yyyy-mm-dd") : "";
     std::string_view separator;
-    for (const std::string& part :
-         {date_text, event.Terrain, Sentence("RES_REPORT_RUNNERS", runners)}) {
+    for (const std::string& part : {date_text, event.Terrain, CountOfRunners(runners)}) {
       if (part.empty()) continue;
       page_ += separator;
       AppendText(part);
@@ -112,16 +123,16 @@ class StaticParts {
     AppendElement("\"><header><h3>", list.klass->ClassName(), "</h3><span>");
     AppendText(CourseText(*list.klass));
     AppendElement("</span><span class=\"n\">",
-                  Sentence("RES_REPORT_RUNNERS", static_cast<std::int32_t>(list.runners.size())),
+                  CountOfRunners(static_cast<std::int32_t>(list.runners.size())),
                   "</span></header>\n<ol class=\"podium\">");
-    std::optional<DateTime> best;
+    const ListedRunner* const leader = Leader(list.runners);
     for (std::size_t i = 0; i < std::min(list.runners.size(), kPodium); ++i) {
       const ListedRunner& runner = list.runners[i];
       if (!runner.time) break;
-      AppendPlace(runner, best ? "+" + Duration(*runner.time - *best) : Duration(*runner.time));
-      if (!best) best = runner.time;
+      AppendPlace(runner, &runner == leader ? Duration(*runner.time) : Behind(runner, leader));
     }
-    if (!best) AppendElement("<li class=\"mut\">", ResourceText("RES_REPORT_NO_TIMES"), "</li>");
+    if (leader == nullptr)
+      AppendElement("<li class=\"mut\">", ResourceText("RES_REPORT_NO_TIMES"), "</li>");
     page_ += "</ol></a>\n";
   }
 
@@ -138,7 +149,7 @@ class StaticParts {
     std::string text = klass.ClassInfo();
     if (klass.ControlCount <= 0) return text;
     if (!text.empty()) text += " · ";
-    return text + Sentence("RES_REPORT_CONTROLS", klass.ControlCount);
+    return text + CountOfControls(klass.ControlCount);
   }
 
   // The address of a class leads here when there are no scripts.
@@ -146,11 +157,11 @@ class StaticParts {
     page_ += "<h2 id=\"class=";
     AppendText(list.klass->ClassName());
     AppendElement("\">", list.klass->ClassName(), "</h2>\n<table>");
-    std::optional<DateTime> best;
-    for (const auto& [record, rank, time] : list.runners) {
-      const std::string behind = time && best ? "+" + Duration(*time - *best) : "";
-      AppendRow(time ? rank : "", *record, time ? Duration(*time) : record->Result(), behind);
-      if (!best) best = time;
+    const ListedRunner* const leader = Leader(list.runners);
+    for (const ListedRunner& runner : list.runners) {
+      AppendRow(runner.time ? runner.rank : "", *runner.record,
+                runner.time ? Duration(*runner.time) : runner.record->Result(),
+                Behind(runner, leader));
     }
     if (list.analyzer) AppendRunnersWithoutLaps(*list.klass);
     page_ += "</table>\n";

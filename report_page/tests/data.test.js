@@ -77,3 +77,17 @@ test('runners on another course are listed in their class, with the laps of that
   assert.equal(lapsRow(forked, list.rows[0]), list.rows[0]);
   assert.equal(forked.courseOfClass.size, 0, 'the set of a fork is not the course of the class');
 });
+
+test('titles of courses keep the slashes of their classes', () => {
+  const titles = (...classes) => {
+    const data = sampleData();
+    data.classes = classes.map((name) => ({name, runners: 1}));
+    data.sets[2].name = classes.join('/');
+    return makeEvent(data).sets.find((set) => set.kind === 'course').title;
+  };
+  assert.equal(titles('A', 'B'), 'A / B');
+  assert.equal(titles('M', 'M/W', 'W'), 'M / M/W / W');
+  const forked = sampleData();
+  forked.sets[2].name = 'A (2)';
+  assert.equal(makeEvent(forked).sets.find((set) => set.kind === 'course').title, 'A (2)');
+});

@@ -54,6 +54,26 @@ test('stories need enough runners', () => {
   assert.equal(storiesOf(course).closest.value, -30);
 });
 
+test('somebody out of competition is neither the winner nor in the closest finish', () => {
+  const data = sampleData();
+  const [first] = data.sets[0].rows;
+  data.sets[0].rows = [[1, '(1)', 290, ...first.slice(3)], first, [2, '2', 320, ...first.slice(3)]];
+  const set = openSet(makeEvent(data), makeEvent(data).byKey.get('class=A'));
+  assert.deepEqual([set.winner.runner.serial, set.leader.runner.serial], [1, 1]);
+  const {closest} = storiesOf(set);
+  assert.deepEqual([closest.first.runner.serial, closest.second.runner.serial, closest.value], [1, 3, -20]);
+});
+
+test('a time from start to finish is no lap', () => {
+  const data = sampleData();
+  const single = data.sets[0];
+  Object.assign(single, {points: ['S', 'F'], ref: [300], timed: [1], legs: [[5, 0, 0, 0]], rows: Array.from({length: 5}, (_, i) => [i, String(i + 1), 300 + i, 1, 0, 0, 300, 1, 1, [i + 1], [i + 1], {}])});
+  const set = openSet(makeEvent(data), makeEvent(data).byKey.get('class=A'));
+  assert.equal(set.legs, 0);
+  assert.equal(storiesOf(set).cleanest, null);
+  assert.equal(openSet(event, event.byKey.get('segment=32-F')).legs, 1);
+});
+
 test('stories of stretches are those of the whole', () => {
   const many = {...course, finishers: Array.from({length: 9}, (_, i) => ({...winner, place: i + 1, time: 300 + i, lost: 90 - 10 * i, position: [9 - i, i % 4 + 1, i + 1], estimate: winner.estimate}))};
   const whole = storiesOf(many);

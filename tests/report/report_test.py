@@ -172,10 +172,25 @@ def check_way_through(page, url):
     page.click_on("[data-act=menu]")
     page.click_on("dialog [data-act=language]")
     check("Japanese", [texts(page, ".nav span")[1], page.run("document.documentElement.lang")], ["クラス", "ja"])
+    check_tables_stay(page, url)
     page.open(url + "#class=M21A")
     check("the language stays", texts(page, ".tabs [aria-current]"), ["成績"])
     check("my row is marked", texts(page, "tr.me .nm"), ["Tom O'Hara"])
     page.run("localStorage.clear()")
+
+
+def check_tables_stay(page, url):
+    """A wide table is where it was after going back, and when its second line changes."""
+    place = "Math.round(document.querySelector('main .scroll').scrollLeft)"
+    page.open(url + "#class=M21A&view=splits")
+    page.run("document.querySelector('main .scroll').scrollTo(200, 0)")
+    page.click_on("button[data-value=loss]")
+    check("the table stays when its second line changes", page.run(place), 200)
+    page.run("document.querySelector('.splits tbody tr:nth-child(2) a').click()")  # a click of the mouse would scroll to it
+    wait_until(lambda: page.run("document.querySelector('main').dataset.view") == "runner")
+    page.run("history.back()")
+    wait_until(lambda: page.run("document.querySelector('main').dataset.view") == "set")
+    check("back in the table where it was", page.run(place), 200)
 
 
 def check_race(page, url):
