@@ -61,15 +61,20 @@ function card(event, runner) {
     h('p.big-line', h('b', place), isNumber(row.time) ? h('b', timeText(row.time)) : null, h('span', behindText(found, inList))),
     set.legs === 0 ? null : h('p', [`${t(estimated ? 'speed' : 'cruise')} ${percentText(row.speed, 1)}`, `${t('lost')} ${timeText(row.lost)}`,
       estimated ? `${t('mistakes')} ${row.mistakes}` : '', isNumber(row.clean) ? `${t('clean')} ${timeText(row.clean)}` : ''].filter(Boolean).join(' · ')),
-    set.legs === 0 ? null : [lossBars(set, row, PAPER_WIDTH, 120, -1), positionDrawing(set, row, PAPER_WIDTH, 90), legColumns(set, row)],
+    set.legs === 0 ? null : [lossBars(set, row, PAPER_WIDTH, isDense(set) ? 96 : 120, -1), positionDrawing(set, row, PAPER_WIDTH, isDense(set) ? 72 : 90), legColumns(set, row)],
     h('ol', costliestLegs(set, row, 3).map((leg) => h('li', h('b', set.labels[leg]), ' ', explainLap(set, row, leg)))));
+}
+
+// Whether a card has more legs than rows of the usual height have room for.
+function isDense(set) {
+  return set.timedLegs > 2 * MOST_ROWS;
 }
 
 function legColumns(set, row) {
   const legs = set.labels.map((_, leg) => leg).filter((leg) => set.timed[leg]);
   const half = Math.ceil(legs.length / 2);
   const told = (loss) => (isNumber(loss) && Math.abs(loss) >= set.first ? signedTime(loss) : '');
-  return h('div.columns' + (half > MOST_ROWS ? '.dense' : ''), [legs.slice(0, half), legs.slice(half)].map((part) => h('table',
+  return h('div.columns' + (isDense(set) ? '.dense' : ''), [legs.slice(0, half), legs.slice(half)].map((part) => h('table',
     h('thead', h('tr', [t('leg'), t('lap'), '#', t('lineLoss'), t('elapsed'), '#'].map((text, i) => h(`th${i ? '.r' : ''}`, {scope: 'col'}, text)))),
     h('tbody', part.map((leg) => h('tr', h('th', {scope: 'row'}, set.labels[leg]), h('td.r', h('b', timeText(row.laps[leg]))), h('td.r', row.lapRank[leg] || ''),
       h('td.r', told(row.loss[leg])), h('td.r', timeText(row.elapsed[leg])), h('td.r', row.position[leg] || '')))))));

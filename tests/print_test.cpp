@@ -332,6 +332,18 @@ TEST(HeadedList, HasHeadsTitlesAndTimesAfterTheBest) {
   EXPECT_EQ(f.Pages(), 1U) << "the second list is below the first one";
 }
 
+TEST(HeadedList, TimesAreAfterTheBestWhoCompetes) {
+  const HeadedFixture f;
+  f.Add("Open", "Guest", "0:50:00", "");
+  f.Add("Open", "Ann", "1:00:00", "");
+  f.Add("Open", "Bob", "1:00:30", "");
+  f.root->ClassData("Open")->LapData(1)->Status = RunnerStatus::kNotCompeting;
+  f.Print("Open");
+  EXPECT_NE(Texts(*f.print.book, 0).find("|Guest|0:50:00|1|Ann|1:00:00|2|Bob|1:00:30|+0:30|"),
+            std::string::npos)
+      << Texts(*f.print.book, 0);
+}
+
 // Also that the numbers of pages are known only when the book is printed.
 TEST(HeadedList, KeepsClassesTogetherOrContinuesThem) {
   const HeadedFixture f;

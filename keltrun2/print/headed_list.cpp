@@ -61,13 +61,17 @@ struct Row {
   bool after_border = false;
 };
 
-// The time of the best of the list: the first who has an official rank, if these are shown, because
-// runners outside the competition may be faster.
+// The place that the list shows: the official rank, or else that of the time.
+std::string PlaceOf(const clsResultsHolder& results, std::int32_t index, bool own_ranks) {
+  return own_ranks ? results.Item(index)->Rank : results.RankInDataSet(index);
+}
+
+// The time of the best of the list: the first who has a place, because runners outside the
+// competition may be faster.
 std::optional<DateTime> BestTime(const clsResultsHolder& results, bool own_ranks) {
   for (std::int32_t i = 1; i <= results.Count(); ++i) {
-    const clsLapData& runner = *results.Item(i);
-    if (own_ranks && !NumericValue(runner.Rank)) continue;
-    if (const auto time = TotalTime(runner.Result())) return time;
+    if (!NumericValue(PlaceOf(results, i, own_ranks))) continue;
+    if (const auto time = TotalTime(results.Item(i)->Result())) return time;
   }
   return std::nullopt;
 }
@@ -132,9 +136,8 @@ class HeadedList {
       row.after_border = !border_done && rank && *rank > results.CutOffRank;
       border_done |= row.after_border;
       for (const Column& column : kColumns) {
-        row.texts.push_back(column.part == Part::kPlace
-                                ? own_ranks ? runner.Rank : results.RankInDataSet(i)
-                                : TextOf(runner, column.part, best));
+        row.texts.push_back(column.part == Part::kPlace ? PlaceOf(results, i, own_ranks)
+                                                        : TextOf(runner, column.part, best));
       }
       rows_.push_back(std::move(row));
     }

@@ -278,6 +278,27 @@ def check_hostile_texts(page, event, folder):
     check("hostile name is text", texts(page, ".hits b")[0], HOSTILE)
 
 
+def check_endless_words(page, event, folder):
+    """Names and clubs that nothing breaks leave room for the times, on a small phone and on paper."""
+    source = re.sub(r'(<runner name=|<runner [^>]*? club=)"[^"]*"', lambda found: f'{found[1]}"{"W" * 90}"', pathlib.Path(event).read_text("utf-8"))
+    source = re.sub(r' club="[^"]*"', f' club="{"L" * 90}"', source)
+    (folder / "endless.lxm").write_text(source, "utf-8")
+    url = write_report(folder / "endless.lxm", folder / "endless.html")
+    outside = "[...document.querySelectorAll('{0} *')].filter(e => e.getBoundingClientRect().right > innerWidth + 1).length"
+    page.resize(320, 800)
+    for view in ("class=M21A", "runner=31", "find=", "find=w", "club=" + "L" * 90):
+        check_view(page, url, view, "endless words")
+    page.open(f"{url}#class=M21A")
+    check("endless words: cells in one another", page.run("[...document.querySelectorAll('.results .cl')].filter(e => e.scrollWidth > e.clientWidth + 1).length"), 0)
+    page.resize(660, 900)
+    page.call("Emulation.setEmulatedMedia", media="print")
+    for view in ("class=M21A", "runner=31"):
+        page.open(f"{url}#{view}")
+        page.run("dispatchEvent(new Event('beforeprint'))")
+        check(f"endless words on the paper of {view}", page.run(outside.format("#paper")), 0)
+    page.call("Emulation.setEmulatedMedia", media="")
+
+
 def check_long_list(page, event, folder):
     """Of a long list only the rows near the window are in the page; scrolling and going back find the others."""
     source = pathlib.Path(event).read_text("utf-8")
@@ -338,6 +359,7 @@ def main():
         check_card_of_many_legs(page, EVENT, folder)
         check_odd_events(page, EVENT, folder)
         check_hostile_texts(page, EVENT, folder)
+        check_endless_words(page, EVENT, folder)
         check("console, errors, requests", page.faults, [])
         page.call("Page.setBypassCSP", enabled=AXE.exists())  # axe-core is a script from outside
         check_all_views(page, url)
