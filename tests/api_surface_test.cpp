@@ -216,6 +216,8 @@ TEST(ApiSurface, Estimate) {
   EXPECT_THROW((void)texts.OutputEstimateCsv(nullptr), AutomationError);
   EXPECT_EQ(SiteOptions().UntimedLegs, "none");
   EXPECT_FALSE(SiteOptions().BridgeGaps);
+  EXPECT_EQ(SiteOptions().ChartFormat, KR_PICTURE_PNG);
+  EXPECT_EQ(ReportSiteOptions().ChartFormat, KR_PICTURE_PNG);
   EXPECT_TRUE(SiteOptions().Jobs == 1 && ReportSiteOptions().Jobs == 1);
   EXPECT_EQ(MistakeWordName(MistakeWord::kPerhaps), "perhaps");
   EXPECT_EQ(MistakeWordName(MistakeWord::kLikely), "likely");

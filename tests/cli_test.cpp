@@ -121,6 +121,8 @@ TEST_F(Cli, FailuresAndWrongUseHaveTheirCodesAndSayWhy) {
       {2, "site two.lxm x --charset utf-8", "--also-classic"},
       {2, "site two.lxm x --no-legs", "--also-classic"},
       {2, "site two.lxm x --classic --also-classic", "--also-classic"},
+      {2, "site two.lxm x --chart-format svg", "--charts"},
+      {2, "site two.lxm x --charts all --chart-format pdf", "png"},
       {1, "site two.lxm old.txt", "old.txt"}};
   for (const auto& test : cases) {
     const Outcome run = Run("keltrun2 " + test.line);
@@ -476,6 +478,16 @@ TEST_F(Cli, ClassicSiteWithChartsAndViewer) {
   }
   EXPECT_FALSE(names.contains("chart_m21a_2.png") || names.contains("legs_m21a.html"));
   EXPECT_TRUE(Has(Contents(folder_ / "rich/index.html"), "charset=utf-8"));
+}
+
+TEST_F(Cli, SiteWithChartsAsSvg) {
+  Output("site --also-classic --charts normal --chart-format svg " + kHoshinomori + " sharp");
+  for (const string kind : {"chart", "charts"}) {
+    const string page = kind == "charts" ? "charts.html" : "chart_m21a.html";
+    EXPECT_TRUE(Has(Contents(folder_ / "sharp" / page), "src=\"" + kind + "_m21a_0.svg\""));
+    EXPECT_TRUE(Has(Contents(folder_ / "sharp" / (kind + "_m21a_0.svg")), "<svg "));
+  }
+  for (const string& name : Names("sharp")) EXPECT_FALSE(name.ends_with(".png")) << name;
 }
 
 TEST_F(Cli, ExportsChartsAndPages) {

@@ -166,6 +166,24 @@ TEST_F(ReportSiteTest, HasWhatReadersTakeAway) {
   EXPECT_EQ(ReadBytes(folder.Path("after.lxm")), ReadBytes(folder.Path("before.lxm")));
 }
 
+TEST_F(ReportSiteTest, ChartsMayBeSvg) {
+  const ReportSiteOptions options = {
+      .OutputFolder = site, .ChartOption = "0,2", .ChartFormat = KR_PICTURE_SVG};
+  EXPECT_TRUE(Publish(options)) << root->ErrorComment();
+  std::set<string> names;
+  for (const string& file : root->FileControl()->ReportSiteFiles(options)) {
+    names.insert(fs::path(file).filename().string());
+  }
+  EXPECT_EQ(Files(), names);
+  for (const string mode : {"0", "2"}) {
+    const string name = "charts_m21e_" + mode + ".svg";
+    EXPECT_TRUE(Contains(Page("charts.html"), "src=\"" + name + "\"")) << name;
+    EXPECT_TRUE(Contains(Page(name), "viewBox=\"0 0 1200 800\"")) << name;
+    EXPECT_TRUE(Contains(Page(name), ">Ann &lt;b&gt;</text>")) << name;
+  }
+  EXPECT_THROW(Publish({.ChartFormat = KR_PICTURE_PDF}), AutomationError);
+}
+
 TEST_F(ReportSiteTest, AReportBecomesAFileOfItsOwnWhenAnEventIsAdded) {
   EXPECT_TRUE(Publish({.Prefix = "a_"}));
   const string report = Page();

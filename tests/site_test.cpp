@@ -54,6 +54,16 @@ class SiteTest : public testing::Test {
     options.OfficialSite = true;
     return options;
   }
+  /// The file of the only picture on a page.
+  std::string ShownPicture(const std::string& page) const {
+    std::string address =
+        std::regex_replace(Page(page), std::regex("[^]*src=\"([^\"]*)\"[^]*"), "$1");
+    for (const auto& [character, code] :
+         Rows<const char*, const char*>{{"%23", "#"}, {"%20", " "}, {"%25", "%"}}) {
+      address = std::regex_replace(address, std::regex(character), code);
+    }
+    return address;
+  }
   void EmptySite() const {
     std::filesystem::remove_all(site);
     std::filesystem::create_directory(site);
@@ -268,20 +278,35 @@ TEST_F(SiteTest, PicturesAreThereUnderTheNamesOnThePages) {
             "a#%3f b_0__a#%3f b_0.png a#%3f b__a#%3f b m21a_0__m21a_0.png m21a_2_0__m21a_2_0.png "
             "m21a_2__m21a_2 m21a__m21a "},
            {"c.html", "c.html c_0.png c_2.html c_2_0.png c_3.html c_3_0.png "}}) {
-    EmptySite();
-    ASSERT_TRUE(Publish({.ChartFile = pattern, .ChartOption = "0"}, true));
-    EXPECT_EQ(Files(), files);
-    for (const auto& file : std::filesystem::directory_iterator(site)) {
-      if (file.path().extension() == ".png") continue;
-      std::string address = Page(file.path().filename());
-      address = std::regex_replace(address, std::regex("[^]*src=\"([^\"]*)\"[^]*"), "$1");
-      for (const auto& [character, code] :
-           Rows<const char*, const char*>{{"%23", "#"}, {"%20", " "}, {"%25", "%"}}) {
-        address = std::regex_replace(address, std::regex(character), code);
+    for (const auto& [format, extension] : Rows<PictureFormatConst, std::string>{
+             {KR_PICTURE_PNG, ".png"}, {KR_PICTURE_SVG, ".svg"}}) {
+      EmptySite();
+      ASSERT_TRUE(Publish({.ChartFile = pattern, .ChartOption = "0", .ChartFormat = format}, true));
+      EXPECT_EQ(Files(), std::regex_replace(files, std::regex("\\.png"), extension));
+      for (const auto& file : std::filesystem::directory_iterator(site)) {
+        if (file.path().extension() == extension) continue;
+        const std::string address = ShownPicture(file.path().filename());
+        EXPECT_TRUE(std::filesystem::exists(site + "/" + address)) << address;
       }
-      EXPECT_TRUE(std::filesystem::exists(site + "/" + address)) << address;
     }
   }
+}
+
+TEST_F(SiteTest, ChartsMayBeSvg) {
+  AddClass("A");
+  SiteOptions options = {.OutputFolder = site, .ChartFile = "c_*.html", .ChartOption = "0,2"};
+  options.ChartFormat = KR_PICTURE_SVG;
+  ASSERT_TRUE(Publish(options, true)) << root->ErrorComment();
+  std::set<std::string> files;
+  for (const std::string& file : root->FileControl()->SiteFiles(options)) {
+    files.insert(std::filesystem::path(file).filename().string() + " ");
+  }
+  EXPECT_EQ(std::accumulate(files.begin(), files.end(), std::string()), Files());
+  const std::string svg = ReadBytes(site + "/c_a_0.svg");
+  EXPECT_TRUE(svg.starts_with("<?xml ") && svg.find("viewBox=\"0 0 1000 700\"") != svg.npos);
+  EXPECT_NE(svg, ReadBytes(site + "/c_a_2.svg"));
+  options.ChartFormat = KR_PICTURE_PDF;
+  EXPECT_THROW(Publish(options, true), AutomationError) << "no page shows a PDF as a picture";
 }
 
 TEST_F(SiteTest, FileNames) {

@@ -298,6 +298,7 @@ Outputs PublishedBy(std::int32_t jobs, const string& event, const string& folder
   site.Jobs = jobs;
   ReportSiteOptions report = {.OutputFolder = folder, .Prefix = "p_", .ReplaceOthers = true};
   report.ChartOption = "0,7";
+  report.ChartFormat = KR_PICTURE_SVG;
   report.ChartIncludeCourse = true;
   report.Jobs = jobs;
   int number = 0;

@@ -432,6 +432,22 @@ void AddClassicOptions(CLI::App& app, Options& options) {
   app.parse_complete_callback([&app, &options] { CheckClassicOptions(app, options); });
 }
 
+void AddSiteCharts(CLI::App& app, Options& options) {
+  auto modes = ChartModeNames();
+  modes.push_back("all");
+  CLI::Option* const charts =
+      app.add_option("--charts", options.charts,
+                     "publish these charts: all, or some of " + Joined(ChartModeNames(), ", "))
+          ->type_name("MODES")
+          ->delimiter(',')
+          ->allow_extra_args(false)
+          ->check(CLI::IsMember(modes).description(""));
+  AddChoice(app, "--chart-format", options.chart_format, {"png", "svg"},
+            "format of the charts; svg is sharp at any size, and usually smaller")
+      ->capture_default_str()
+      ->needs(charts);
+}
+
 void AddSiteOptions(CLI::App& app, Options& options) {
   AddEvent(app, options);
   app.add_option("DIR", options.folder, "folder of the site, created if it does not exist")
@@ -444,14 +460,7 @@ void AddSiteOptions(CLI::App& app, Options& options) {
   app.add_option("--prefix", options.prefix, "text before the names of all files but index.html")
       ->type_name("TEXT")
       ->check(PlainNamePart());
-  auto charts = ChartModeNames();
-  charts.push_back("all");
-  app.add_option("--charts", options.charts,
-                 "publish these charts: all, or some of " + Joined(ChartModeNames(), ", "))
-      ->type_name("MODES")
-      ->delimiter(',')
-      ->allow_extra_args(false)
-      ->check(CLI::IsMember(charts).description(""));
+  AddSiteCharts(app, options);
   AddUntimed(app, options);
   app.add_option(
          "--jobs", options.jobs,

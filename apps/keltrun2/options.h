@@ -55,11 +55,12 @@ struct Options {
   bool courses = false;
   bool add = false;
   bool official_site = true;
-  bool legs = true;                 // leg-data pages of the classic site
-  std::vector<std::string> charts;  // modes to draw, or "all"
-  std::int32_t jobs = 0;            // threads, 0 for one for each core
-  bool viewer = false;              // the report beside the classic pages
-  std::string charset = "x-sjis";   // or "utf-8"
+  bool legs = true;                  // leg-data pages of the classic site
+  std::vector<std::string> charts;   // modes to draw, or "all"
+  std::string chart_format = "png";  // or "svg"
+  std::int32_t jobs = 0;             // threads, 0 for one for each core
+  bool viewer = false;               // the report beside the classic pages
+  std::string charset = "x-sjis";    // or "utf-8"
 
   // Commands that write one file.
   std::string output = "-";  // "-" is standard output

@@ -82,6 +82,10 @@ std::string WriteStyle(const std::string& file, const std::string& style) {
   }
 }
 
+PictureFormatConst ChartFormat(const Options& options) {
+  return options.chart_format == "svg" ? KR_PICTURE_SVG : KR_PICTURE_PNG;
+}
+
 // The pages of each class, with an index of their own.
 struct ClassicPages {
   SiteOptions site;
@@ -99,6 +103,7 @@ SiteOptions ClassicSite(const Options& options, const std::string& folder, bool 
   if (options.legs) site.LegDataFile = options.prefix + "legs_*.html";
   if (!options.charts.empty()) site.ChartFile = options.prefix + "chart_*.html";
   site.ChartOption = ChartModeNumbers(options.charts);
+  site.ChartFormat = ChartFormat(options);
   site.ResultIncludeCourse = site.AnalysisIncludeCourse = options.courses;
   site.LegDataIncludeCourse = site.ChartIncludeCourse = options.courses;
   site.Lap2File = options.prefix + "event.lxm";
@@ -155,6 +160,7 @@ ReportSiteOptions ReportSite(const Options& options, const std::string& folder) 
   site.ReplaceOthers = options.force;
   site.OfficialSite = options.official_site;
   site.ChartOption = ChartModeNumbers(options.charts);
+  site.ChartFormat = ChartFormat(options);
   site.ChartIncludeCourse = options.courses;
   site.UntimedLegs = options.untimed;
   site.Jobs = options.jobs;

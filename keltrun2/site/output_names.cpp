@@ -4,6 +4,7 @@
 #include <charconv>
 #include <vector>
 
+#include "keltrun2/base/automation_error.h"
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/print/text_layout.h"
 #include "keltrun2/text/html.h"
@@ -83,7 +84,8 @@ std::string NumberSuffix(int number) { return number == 1 ? "" : "_" + std::to_s
 std::string Numbered(std::string_view pattern, std::string_view file_name, int number) {
   constexpr std::size_t kLongestPart = 200;
   constexpr std::size_t kLongestName = 255;
-  constexpr std::size_t kPictureEnd = 6;  // "_7.png", which may take the place of ".html"
+  constexpr std::size_t kPictureEnd =
+      6;  // "_7.png" or "_7.svg", which may take the place of ".html"
   const auto stars = static_cast<std::size_t>(std::count(pattern.begin(), pattern.end(), '*'));
   const std::string suffix = NumberSuffix(number);
   const std::size_t others = pattern.size() + kPictureEnd + stars * suffix.size();
@@ -107,14 +109,23 @@ std::string Substitute(const std::string& pattern, const std::string& file_name,
   return OutputNames::Safe(std::string(stem) + NumberSuffix(number) + pattern.substr(stem.size()));
 }
 
-std::string PictureName(const std::string& pattern, const std::string& file_name, int number) {
+std::string PictureName(const std::string& pattern, const std::string& file_name, int number,
+                        std::string_view extension) {
   std::string stem = ReplaceUnsafe(Stem(pattern), kUnsafeInPatterns);
   if (stem.find('*') == std::string::npos) stem += NumberSuffix(number) + "_?";
   const std::string name = ReplaceUnsafe(Numbered(pattern, file_name, number), kUnsafe);
-  return ReplaceAll(stem, "*", name + "_?") + ".png";
+  return ReplaceAll(stem, "*", name + "_?").append(".").append(extension);
 }
 
 }  // namespace
+
+std::string_view PictureExtension(PictureFormatConst format, std::string_view option) {
+  if (format == KR_PICTURE_PNG) return "png";
+  if (format == KR_PICTURE_SVG) return "svg";
+  throw AutomationError(KR_ERROR_INVALID_CALL, std::string(option) + " is " +
+                                                   std::to_string(format) +
+                                                   "; charts on pages can be 0 (PNG) or 1 (SVG)");
+}
 
 std::string PictureNames::Picture(std::int32_t number) const {
   return ReplaceAll(Pictures, "?", std::to_string(number));
@@ -141,10 +152,12 @@ std::string OutputNames::Assign(const std::string& pattern, const std::string& f
 }
 
 PictureNames OutputNames::AssignWithPictures(const std::string& pattern,
-                                             const std::string& file_name) {
+                                             const std::string& file_name,
+                                             std::string_view extension) {
   if (pattern.empty()) return {};
   const int number = TakeNumber(pattern, file_name);
-  return {Substitute(pattern, file_name, number), PictureName(pattern, file_name, number)};
+  return {Substitute(pattern, file_name, number),
+          PictureName(pattern, file_name, number, extension)};
 }
 
 std::string OutputNames::Safe(std::string_view name) {

@@ -7,7 +7,13 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "keltrun2/drawing/cairo_picture.h"
+
 namespace keltrun {
+
+/// The extension of pictures on pages, "png" or "svg". Raises invalid procedure call (5) for
+/// another format, with the option's name.
+std::string_view PictureExtension(PictureFormatConst format, std::string_view option);
 
 /// The names of a page and of the pictures on it.
 struct PictureNames {
@@ -32,8 +38,9 @@ class OutputNames {
   std::string Assign(const std::string& pattern, const std::string& file_name);
 
   /// The same with the names of pictures: each is the name of the page with "_" and the number of
-  /// the picture after what replaced "*", and with the extension "png".
-  PictureNames AssignWithPictures(const std::string& pattern, const std::string& file_name);
+  /// the picture after what replaced "*", and with their extension.
+  PictureNames AssignWithPictures(const std::string& pattern, const std::string& file_name,
+                                  std::string_view extension);
 
   /// The name without folders, separators and control characters.
   static std::string Safe(std::string_view name);

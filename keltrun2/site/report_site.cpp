@@ -42,6 +42,7 @@ namespace {
 
 constexpr std::string_view kOperation = "clsFileControl.OutputReportSite";
 constexpr std::string_view kJobsOption = "ReportSiteOptions.Jobs";
+constexpr std::string_view kFormatOption = "ReportSiteOptions.ChartFormat";
 constexpr std::string_view kIndexFile = "index.html";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::size_t kLargestIndex = std::size_t{512} << 20;  // a report of any event
@@ -85,13 +86,15 @@ struct ChartCanvas {
   std::shared_ptr<CairoPicture> picture;
   std::shared_ptr<clsChartObject> chart;
 
-  void Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode);
+  void Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode,
+            PictureFormatConst format);
 };
 
-// The whole chart, as large as the picture.
-void ChartCanvas::Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode) {
+// The whole chart, as large as the picture. All charts of a site have the same format.
+void ChartCanvas::Draw(const std::shared_ptr<clsAnalyzer>& analyzer, KrChartModeConst mode,
+                       PictureFormatConst format) {
   if (!picture) {
-    picture = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
+    picture = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight, format);
     chart = std::make_shared<clsChartObject>();
     chart->BridgeGaps = chart->Titles = chart->AutoColors = true;
     chart->ClearNames = chart->FitMost = true;
@@ -106,6 +109,7 @@ class ReportSite {
   explicit ReportSite(const ReportSiteOptions& options)
       : options_(options),
         untimed_(CheckedUntimedLegs(options.UntimedLegs, "ReportSiteOptions.UntimedLegs")),
+        picture_extension_(PictureExtension(options.ChartFormat, kFormatOption)),
         writer_(options.OutputFolder, kOperation),
         model_(CurrentModel()),
         event_(MakeListedEvent(*model_, SafePrefix(options.Prefix), Now())) {
@@ -151,6 +155,7 @@ class ReportSite {
 
   const ReportSiteOptions& options_;
   const UntimedLegsChoice untimed_;
+  const std::string_view picture_extension_;
   FolderWriter writer_;
   const std::shared_ptr<EventModel> model_;
   const ListedEvent event_;
@@ -188,7 +193,8 @@ void ReportSite::NameFiles() {
     if (file_name.empty()) file_name = "class" + std::to_string(number + 1);
     ++number;
     chart_entries_.push_back(
-        {std::move(choice), names.AssignWithPictures(Named("charts_*.html"), file_name)});
+        {std::move(choice),
+         names.AssignWithPictures(Named("charts_*.html"), file_name, picture_extension_)});
   }
 }
 
@@ -350,7 +356,7 @@ void ReportSite::DrawCharts(const ChartEntry& entry, ChartCanvas& canvas, Folder
     if (mode == KR_CHART_VESMER && !HasMap(*analyzer)) continue;
     const std::string name = entry.pictures.Picture(mode);
     writer.Attempt("draw", writer.Folder() + name, [&] {
-      canvas.Draw(analyzer, static_cast<KrChartModeConst>(mode));
+      canvas.Draw(analyzer, static_cast<KrChartModeConst>(mode), options_.ChartFormat);
       if (!writer.Write(name, canvas.picture->Encode())) return;
       group.Pictures.push_back({name, ResourceText("RES_CHART_MODE_" + std::to_string(mode))});
     });

@@ -140,7 +140,7 @@ bool EntryExport::IsDrawn(std::int32_t mode) const {
 // The whole chart, as large as the picture.
 void EntryExport::DrawSiteChart(KrChartModeConst mode) {
   if (!picture_) {
-    picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight);
+    picture_ = std::make_shared<CairoPicture>(kPictureWidth, kPictureHeight, options_.ChartFormat);
     chart_ = std::make_shared<clsChartObject>();
     chart_->BridgeGaps = options_.BridgeGaps;
     chart_->SetPictureObject(picture_);

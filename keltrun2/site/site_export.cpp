@@ -56,6 +56,7 @@ class SiteExport {
   explicit SiteExport(const SiteOptions& options)
       : options_(options),
         charset_(SiteCharset(options)),
+        picture_extension_(PictureExtension(options.ChartFormat, "SiteOptions.ChartFormat")),
         writer_(options.OutputFolder, kOperation),
         model_(CurrentModel()),
         parts_(options, charset_, *model_) {
@@ -85,6 +86,7 @@ class SiteExport {
 
   const SiteOptions& options_;
   const Charset charset_;
+  const std::string_view picture_extension_;
   FolderWriter writer_;
   const std::shared_ptr<EventModel> model_;
   SiteParts parts_;  // for the threads that make the entries
@@ -193,7 +195,7 @@ void SiteExport::NamePages(Entry& entry, std::string file_name, OutputNames& nam
     if (entry.IsCourse() && !(options_.*kPages[kind].include_course)) continue;
     const std::string& pattern = options_.*kPages[kind].pattern;
     if (kind == kChartPage) {
-      entry.charts = names.AssignWithPictures(pattern, file_name);
+      entry.charts = names.AssignWithPictures(pattern, file_name, picture_extension_);
       entry.names[kind] = entry.charts.Page;
     } else {
       entry.names[kind] = names.Assign(pattern, file_name);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "keltrun2/drawing/cairo_picture.h"
+
 namespace keltrun {
 
 /// The site that clsFileControl::OutputSite writes.
@@ -30,6 +32,10 @@ struct SiteOptions {
   std::string ChartFile = {};
   /// The modes of the charts (KrChartModeConst), as in "0,2,7". The map has a picture and no page.
   std::string ChartOption = {};
+  /// What the charts' files are: KR_PICTURE_PNG, or KR_PICTURE_SVG, whose names end in ".svg";
+  /// these are sharp at any size, and smaller for classes of any usual size. Other formats raise
+  /// invalid procedure call (5).
+  PictureFormatConst ChartFormat = KR_PICTURE_PNG;
 
   /// Whether courses that several classes run get result lists too.
   bool ResultIncludeCourse = false;
@@ -95,6 +101,8 @@ struct ReportSiteOptions {
   /// The modes of the charts (KrChartModeConst) on Prefix + "charts.html", as in "0,2,7"; none for
   /// an empty text.
   std::string ChartOption = {};
+  /// What the charts' files are; as SiteOptions::ChartFormat.
+  PictureFormatConst ChartFormat = KR_PICTURE_PNG;
   /// Whether courses that several classes run get charts too. The report always has them.
   bool ChartIncludeCourse = false;
 
