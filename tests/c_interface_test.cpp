@@ -101,7 +101,7 @@ TEST_F(CInterface, EveryFormCanBeMadeAndEveryLapFileReadAgain) {
   }
 }
 
-TEST_F(CInterface, TheSiteHasItsPageAndTheResultsForOtherPrograms) {
+TEST_F(CInterface, TheSiteHasItsPageWhichLinksTheResultsForOtherPrograms) {
   const Event event = Opened(kHoshinomori);
   keltrun2_output* site = nullptr;
   ASSERT_EQ(keltrun2_export(event.get(), "site", &site), KELTRUN2_OK);
@@ -111,6 +111,12 @@ TEST_F(CInterface, TheSiteHasItsPageAndTheResultsForOtherPrograms) {
     names.emplace_back(keltrun2_output_name(site, i));
   }
   EXPECT_EQ(names, (std::vector<string>{"index.html", "event.lxm", "results.xml", "results.csv"}));
+  const string page(static_cast<const char*>(keltrun2_output_bytes(site, 0)),
+                    keltrun2_output_size(site, 0));
+  for (std::size_t i = 1; i < names.size(); ++i) {
+    EXPECT_NE(page.find("href=\"" + names[i] + "\""), string::npos) << names[i];
+  }
+  EXPECT_EQ(Exported(event, "report").find("href=\"event.lxm\""), string::npos);
 }
 
 TEST_F(CInterface, WhatIsNotThereIsNamedWithWhatIs) {

@@ -12,6 +12,7 @@
 #include "keltrun2/loading/lap_file_io.h"
 #include "keltrun2/report/json_writer.h"
 #include "keltrun2/report/report_data.h"
+#include "keltrun2/report/report_page.h"
 
 namespace keltrun::c {
 namespace {
@@ -172,11 +173,15 @@ std::string Report(Event& event) {
   return event.Root().HtmlControl()->OutputViewer(ReportedSets(event), estimate);
 }
 
-std::string ReportBlock(Event& event) {
+std::vector<ReportPageSet> PageSets(const Event& event) {
   std::vector<ReportPageSet> sets;
   for (const auto& set : ReportedSets(event)) sets.push_back({set.Analyzer, set.Kind});
+  return sets;
+}
+
+std::string ReportBlock(Event& event) {
   const auto estimate = event.Root().NewEstimate(event.Options.untimed);
-  return ReportData(*CurrentModel("keltrun2_export"), sets, estimate.get());
+  return ReportData(*CurrentModel("keltrun2_export"), PageSets(event), estimate.get());
 }
 
 // --- lap files ---
@@ -250,14 +255,25 @@ std::string Encoded(const Event& event, const TextForm& form, std::string text) 
   return event.Root().TextControl()->EncodeText(text, charset);
 }
 
-// The event for a web space: the report as its first page, and the results for other programs.
+// The event for a web space: the report as its first page, which links the results for other
+// programs.
 std::vector<OutputFile> Site(Event& event) {
+  constexpr const char* kLapFile = "event.lxm";
+  constexpr const char* kIofFile = "results.xml";
+  constexpr const char* kTable = "results.csv";
+  ReportSurroundings surroundings;
+  surroundings.Links = {{ReportLinkKind::kLapFile, kLapFile},
+                        {ReportLinkKind::kIofXml, kIofFile},
+                        {ReportLinkKind::kTable, kTable}};
+  const auto estimate = event.Root().NewEstimate(event.Options.untimed);
+  std::string report;
+  AppendReportPage(report, *CurrentModel("keltrun2_export"), PageSets(event), estimate.get(),
+                   surroundings);
   std::vector<OutputFile> files;
-  files.push_back({"index.html", Report(event)});
-  files.push_back({"event.lxm", LapFile(event, KR_FILETYPE_KELTRUN2)});
-  files.push_back({"results.xml", LapFile(event, KR_FILETYPE_IOF_XML_30_RESULT)});
-  files.push_back(
-      {"results.csv", event.Root().TextControl()->EncodeText(ResultTable(event), kWithMark)});
+  files.push_back({"index.html", std::move(report)});
+  files.push_back({kLapFile, LapFile(event, KR_FILETYPE_KELTRUN2)});
+  files.push_back({kIofFile, LapFile(event, KR_FILETYPE_IOF_XML_30_RESULT)});
+  files.push_back({kTable, event.Root().TextControl()->EncodeText(ResultTable(event), kWithMark)});
   return files;
 }
 
