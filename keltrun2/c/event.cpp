@@ -38,9 +38,10 @@ void Event::Open(const std::string& name, std::string_view bytes) {
   // A load empties the event first, so it is done into a new one.
   const OwnRoots roots_before = std::exchange(roots_, OwnRoots());
   const UseOwnRoots use = Use();
-  auto before = std::exchange(root_, std::make_unique<clsKeltrun2>());
+  auto before = std::move(root_);
   auto remarks_before = std::exchange(Remarks, {});
   try {
+    root_ = std::make_unique<clsKeltrun2>();
     format_ = Load(name, bytes, KR_LOADMODE_NORMAL);
   } catch (...) {
     root_ = std::move(before);

@@ -100,6 +100,17 @@ const OutputFile* FileAt(const keltrun2_output* output, std::size_t index) {
 
 std::string VersionWithBuild() { return VersionText(true); }
 
+// What a function makes, once for the whole process; null when there is not enough memory.
+template <auto Make>
+const decltype(Make())* MadeOnce() noexcept {
+  try {
+    static const auto made = Make();
+    return &made;
+  } catch (...) {
+    return nullptr;
+  }
+}
+
 }  // namespace
 }  // namespace keltrun::c
 
@@ -109,8 +120,8 @@ using namespace keltrun::c;  // NOLINT(google-build-using-namespace)
 int32_t keltrun2_c_version(void) { return KELTRUN2_C_VERSION; }
 
 const char* keltrun2_version(void) {
-  static const std::string version = VersionWithBuild();
-  return version.c_str();
+  const auto* const version = MadeOnce<VersionWithBuild>();
+  return version == nullptr ? "" : version->c_str();
 }
 
 keltrun2_status keltrun2_set_language(const char* language) {
@@ -151,8 +162,8 @@ keltrun2_status keltrun2_set(keltrun2_event* event, const char* option, const ch
 }
 
 const char* keltrun2_input_formats(size_t index) {
-  static const std::vector<std::string> words = LapFileTypeWords();
-  return index < words.size() ? words[index].c_str() : nullptr;
+  const auto* const words = MadeOnce<LapFileTypeWords>();
+  return words != nullptr && index < words->size() ? (*words)[index].c_str() : nullptr;
 }
 
 void keltrun2_on_progress(keltrun2_event* event, keltrun2_progress progress, void* data) {
