@@ -4,7 +4,9 @@
 #include "keltrun2/c/keltrun2.h"
 
 // NOLINTBEGIN
-EM_JS(void, tell_progress, (int percent), { if (Module['onProgress']) Module['onProgress'](percent); });
+EM_JS(void, tell_progress, (int percent), {
+  if (Module['onProgress']) Module['onProgress'](percent);
+});
 // NOLINTEND
 
 namespace {

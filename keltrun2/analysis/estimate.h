@@ -118,8 +118,8 @@ class KELTRUN2_API clsEstimatedRunnerData {
 
 /// The estimate for one class: its runners, and the legs of its course as clsEstimatedRunnerData
 /// numbers them. With forks, runners whose courses share at least half of their legs with that of
-/// the class are estimated together with it, others with those of the class who had the same course;
-/// the legs of other forks have figures only with their runners.
+/// the class are estimated together with it, others with those of the class who had the same
+/// course; the legs of other forks have figures only with their runners.
 class KELTRUN2_API clsEstimatedClassData {
  public:
   clsEstimatedClassData(const clsEstimatedClassData&) = delete;

@@ -12,12 +12,12 @@
  *     keltrun2_output_free(report);
  *     keltrun2_event_free(event);
  *
- * Texts are UTF-8 and end with a zero byte. Nothing here opens a file: files come as bytes and go as
- * bytes. No function lets a C++ exception out.
+ * Texts are UTF-8 and end with a zero byte. Nothing here opens a file: files come as bytes and go
+ * as bytes. No function lets a C++ exception out.
  *
  * Different events may be used by different threads at the same time; one event, with the outputs
- * made from it, is used by one thread at a time. A null event, output or text where one is needed is
- * wrong use, never a crash.
+ * made from it, is used by one thread at a time. A null event, output or text where one is needed
+ * is wrong use, never a crash.
  */
 #ifndef KELTRUN2_C_KELTRUN2_H_
 #define KELTRUN2_C_KELTRUN2_H_
@@ -33,8 +33,8 @@ extern "C" {
 /** Marks a function that the shared library exports. */
 #define KELTRUN2_C_API __attribute__((visibility("default")))
 
-/** The version of this interface. It grows when functions, forms or options are added; what is there
- * keeps its meaning until the major version of the library changes. */
+/** The version of this interface. It grows when functions, forms or options are added; what is
+ * there keeps its meaning until the major version of the library changes. */
 #define KELTRUN2_C_VERSION 1
 
 /** What a function says of its work. */
@@ -92,7 +92,7 @@ KELTRUN2_C_API const char* keltrun2_last_error(const keltrun2_event* event);
  * | renew-ranks | "no": merging leaves official ranks as they are | yes |
  * | untimed | legs that analyses leave out: "auto", "none", or numbers, "8,15" | auto |
  * | class, course, segment | the set to export: a name, a number, a name | every one |
- * | charset | of texts and tables that are exported: "utf-8", "utf-8-bom", "cp932" ... | that of the form |
+ * | charset | of exported texts and tables: "utf-8", "utf-8-bom", "cp932" ... | the form's |
  * | delimiter | of tables: "," ";" "|" or "tab" | , |
  * | splits | "yes": the result table has the times at the controls | no |
  * | full | "yes": native files keep fixed ranks and ages | no |
@@ -131,12 +131,12 @@ KELTRUN2_C_API keltrun2_status keltrun2_shift_clock(keltrun2_event* event, int32
  * "iof2", "iof2-plain", "splitsbrowser", "winsplits", "oe2010"), those of `results` and `analyze`
  * with their `--as` ("results-csv", "analyze-json" ...), "report", "site" with several files,
  * "info-json", and two of their own: "remarks-json", what the last open, merge or export of a lap
- * file noticed and what is odd about the times, and "report-data", the data of the report for a page
- * of the same version. docs/guide.md describes them. */
+ * file noticed and what is odd about the times, and "report-data", the data of the report for a
+ * page of the same version. docs/guide.md describes them. */
 KELTRUN2_C_API const char* keltrun2_forms(size_t index);
 
-/** Exports the event, or the set that the options name, in a form. *output gets the files, which the
- * caller frees; null on failure. Forms of one set ("analyze-html" ...) fail when the event has
+/** Exports the event, or the set that the options name, in a form. *output gets the files, which
+ * the caller frees; null on failure. Forms of one set ("analyze-html" ...) fail when the event has
  * several and the options name none. */
 KELTRUN2_C_API keltrun2_status keltrun2_export(keltrun2_event* event, const char* form,
                                                keltrun2_output** output);

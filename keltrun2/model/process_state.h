@@ -41,8 +41,8 @@ std::shared_ptr<EventModel> FindCurrentModel();
 /// The same, but never null. If there is no root object, raises object not set (91) with the name
 /// of the member that needs it.
 std::shared_ptr<EventModel> CurrentModel(std::string_view member = "clsKeltrun2");
-/// A function for threads that work for this one and end before it goes on: the thread that calls it
-/// shares the current model and the other state of this thread from then on.
+/// A function for threads that work for this one and end before it goes on: the thread that calls
+/// it shares the current model and the other state of this thread from then on.
 std::function<void()> StateSharing();
 /// Makes a model the current one of this thread. Only a weak reference is kept; the root object
 /// keeps the model alive.
