@@ -109,19 +109,24 @@ function choose() {
   byId('chooser').click();
 }
 
-// Files that come when nothing is open are opened; else the reader says what they are.
-function take(list) {
+// Files that come when nothing is open are opened until one could be; about the rest the reader says what
+// they are. `troubles` tell what was wrong with those before.
+function take(list, troubles = []) {
   const files = [...list];
-  if (files.length === 0) return;
-  if (state.shown === null) {
-    openBeside(files.slice(0, 1)).then(() => take(files.slice(1)));
-    return;
+  if (files.length === 0) {
+    // One alone is told already, unless an event has taken its place.
+    if (troubles.length <= (state.shown === null ? 1 : 0)) return;
+    tell(troubles.join('\n'));
+    draw();
+  } else if (state.shown === null) {
+    openBeside(files.slice(0, 1)).then(() => take(files.slice(1), [...troubles, state.trouble].filter(Boolean)));
+  } else {
+    const then = (act) => () => {
+      closeDialog();
+      act(files);
+    };
+    askWhatFor(files, state.shown, troubles, {merge: then(mergeAll), beside: then(openBeside)});
   }
-  const then = (act) => () => {
-    closeDialog();
-    act(files);
-  };
-  askWhatFor(files, state.shown, {merge: then(mergeAll), beside: then(openBeside)});
 }
 
 async function bytesOf(file) {
@@ -143,10 +148,11 @@ async function openFile(file) {
   await readRemarks(opened);
 }
 
-// Gets what the report shows of an event.
+// Gets what the report shows of an event. One without a name is called after its file.
 async function read(file) {
   sayWork(w('analyzing', file.name));
   file.raw = JSON.parse(await library.text(file.key, 'report-data'));
+  file.raw.event.name ||= baseName(file.name);
 }
 
 // The report does not wait for the remarks, which need a look at all clocks.
@@ -191,7 +197,7 @@ async function saveForm(file, form, name) {
   const {remarks} = JSON.parse(await library.text(file.key, 'remarks-json'));
   saveBlob(await blobOf(form, files, name), name);
   say(w('saved', name));
-  const losses = form === 'site' || !/^(lxm|iof|splits|win|oe)/.test(form) ? [] : remarks;
+  const losses = /^(lxm|iof|splits|win|oe)/.test(form) ? remarks : [];
   if (losses.length > 0) showDialog(w('saved', name), [w('notSaved'), remarkList(losses)]);
 }
 

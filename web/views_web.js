@@ -42,11 +42,11 @@ export function deskView({files, shown, work, remarks}, acts) {
     work ? workView(work.text, work.percent) : null];
 }
 
-// Asks what files are that come when an event is open already.
-export function askWhatFor(files, shown, {merge, beside}) {
+// Asks what files are that come when an event is open already, and tells what was wrong with those before.
+export function askWhatFor(files, shown, troubles, {merge, beside}) {
   const entry = (id, text, why, click) => h('button.btn', {type: 'button', id, click}, h('span', text, h('small', why)));
   const question = files.length === 1 ? w('addedQuestion', files[0].name) : w('addedSeveral', files.length);
-  showDialog(w('added'), h('div.choices', h('p', question),
+  showDialog(w('added'), h('div.choices', troubles.map((text) => h('p.trouble', {role: 'alert'}, text)), h('p', question),
     entry('as-more', w('merge'), w('mergeWhy', shown.name), merge), entry('as-other', w('beside'), w('besideWhy', shown.name), beside)));
 }
 

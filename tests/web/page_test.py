@@ -194,6 +194,7 @@ def check_every_format(page):
         check(f"{file.name} is opened", opened, native.returncode == 0)
         if opened and native.returncode == 0:
             check(f"{file.name}: runners", page.runners(), sum(each["runners"] for each in json.loads(native.stdout)["classes"]))
+            check(f"{file.name}: has a heading", bool(page.text("main h1")), True)
 
 
 def check_trouble(page, folder):
@@ -207,7 +208,12 @@ def check_trouble(page, folder):
         page.open_files(file)
         check(f"{file.name}: message names it", file.name in (page.text(".trouble") or ""), True)
         check(f"{file.name}: nothing is open", page.run("document.body.classList.contains('empty')"), True)
-    page.open_files(EXAMPLES / "hoshinomori/event.lxm")
+    # Beside a good file, each bad one is still named.
+    page.choose(text, cut, EXAMPLES / "hoshinomori/event.lxm")
+    wait_until(lambda: page.count("#dialog[open] .trouble"))
+    for file in (text, cut):
+        check(f"{file.name} beside a good file", file.name in page.text("#dialog .trouble"), True)
+    page.press_button("#dialog [data-act=close]")
     runners = page.runners()
     page.choose(cut)
     wait_until(lambda: page.count("#as-other"))
@@ -277,6 +283,9 @@ def check_saving(page):
     with zipfile.ZipFile(site) as archive:
         check("site", archive.namelist(), ["index.html", "event.lxm", "results.xml", "results.csv"])
         check("site is whole", archive.testzip(), None)
+        page_of_site = archive.read("index.html").decode()
+        check("site: files that are not linked",
+              [name for name in archive.namelist()[1:] if f'href="{name}"' not in page_of_site], [])
     report = page.save("report")
     check("report", report.read_bytes(), program("report", event, "--lang", "en"))
     page.open(report.as_uri())
