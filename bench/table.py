@@ -25,7 +25,7 @@ AT = {False: 'at most ', True: 'at least '}
 LOADS = [2000, 6000, 20000]
 CLASSES = [125, 250, 500, 1000, 2000, 4000, 8000]
 TEXTS = [('SPORTident text', 'SportIdent', 60), ('OEvent text', 'OEvent', 150),
-         ('result list with header row', 'ResultList', 80)]
+         ('result list with header row', 'ResultList', 80), ('OE2010 CSV', 'Oe2010', 80)]
 EXCHANGE = [('IOF XML 3.0', 'Iof3'), ('IOF XML 2.0.3 for other programs', 'Iof2'),
             ('SplitsBrowser CSV', 'SplitsBrowser'), ('WinSplits text', 'WinSplits'), ('OE2010 CSV', 'Oe2010'),
             ('result table with splits', 'Results')]
@@ -76,7 +76,7 @@ class Figures:
     def measure_round(self):
         one = Round()
         for memory, pattern in ((KEPT, '^(Load|ParseAndWalk)/'), (KEPT, '^Analyze/'),
-                                (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList)/'),
+                                (KEPT, '^(Load|Read)(SportIdent|OEvent|ResultList|Oe2010)/'),
                                 (KEPT, '^(Read|Walk)IofList/'), (KEPT, '^Write[A-Z]'),
                                 (KEPT, '^(Estimate|Info)/'), (KEPT, '^(PackLzh|UnpackLzh|Segments.*)/'),
                                 (KEPT, '^AnalysisPageAppended/'), (DEFAULT, '^Load/2000/'),
