@@ -212,6 +212,7 @@ TEST_F(CInterface, ThreadsUseEventsOfTheirOwn) {
   const string expected = Exported(Opened(kHoshinomori), "analyze-tidy-csv");
   std::vector<string> found(4);
   std::vector<std::thread> threads;
+  threads.reserve(found.size());
   for (string& text : found) {
     threads.emplace_back(
         [&text, this] { text = Exported(Opened(kHoshinomori), "analyze-tidy-csv"); });

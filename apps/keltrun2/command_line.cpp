@@ -261,7 +261,7 @@ void AddSaving(CLI::App& app, Options& options, const std::string& output) {
   CLI::Option* const to = AddChoice(app, "--to", options.to, SaveTypeWords(),
                                     "format of the output (default: as its ending says)");
   AddOutputCharset(app, options, "the output, if its format lets you choose");
-  app.parse_complete_callback([to, output, &app, &options] {
+  app.parse_complete_callback([to, output, &options] {
     if (to->count() > 0 || options.output.empty()) return;
     const std::string error = LapFileName()(options.output);
     if (!error.empty()) throw CLI::ValidationError(output, error);

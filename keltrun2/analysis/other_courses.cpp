@@ -37,6 +37,7 @@ std::vector<std::shared_ptr<clsAnalyzer>> AnalyzersOfOtherCourses(const EventMod
     analyzer->AddLap(runner);
   }
   std::vector<std::shared_ptr<clsAnalyzer>> analyzers;
+  analyzers.reserve(by_course.size());
   for (auto& [course, analyzer] : by_course) analyzers.push_back(std::move(analyzer));
   return analyzers;
 }

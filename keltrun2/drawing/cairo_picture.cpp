@@ -26,6 +26,10 @@ constexpr double kPointsPerPixel = 72.0 / 96;
 struct Size {
   std::int32_t Width;
   std::int32_t Height;
+
+  std::size_t PixelCount() const {
+    return static_cast<std::size_t>(Width) * static_cast<std::size_t>(Height);
+  }
 };
 
 // The canvas that a picture is drawn on. Each format has its own.
@@ -94,7 +98,7 @@ class PngCanvas final : public Canvas {
                                                          Green(back_color) << 8 | Blue(back_color));
     drawing_.ResetClip();
     cairo_surface_flush(surface_);
-    std::fill_n(pixels_.Data.get(), PixelCount(), rgb);
+    std::fill_n(pixels_.Data.get(), size_.PixelCount(), rgb);
     cairo_surface_mark_dirty(surface_);
   }
 
@@ -118,12 +122,10 @@ class PngCanvas final : public Canvas {
   }
 
  private:
-  std::size_t PixelCount() const { return static_cast<std::size_t>(size_.Width) * size_.Height; }
-
   void Open(Size size) {
     Close();
     size_ = {0, 0};  // stays 0 if there is not enough memory
-    const std::size_t count = static_cast<std::size_t>(size.Width) * size.Height;
+    const std::size_t count = size.PixelCount();
     if (pixels_.Count < count) {
       GiveBack(std::exchange(pixels_, {}));
       pixels_ = TakePixels(count);

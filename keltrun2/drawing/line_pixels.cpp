@@ -91,8 +91,14 @@ class Coverage {
 // Few enough shades for small files, and more than the eye tells apart at an edge.
 constexpr std::uint32_t kShades = 32;
 
+// Rounds a number that is not negative, without a call: this is done for each pixel at an edge.
+std::uint32_t Rounded(double value) {
+  constexpr double kHalf = 0.5;
+  return static_cast<std::uint32_t>(value + kHalf);
+}
+
 void Blend(std::uint32_t& pixel, std::uint32_t rgb, double covered) {
-  const auto part = static_cast<std::uint32_t>(covered * kShades + 0.5) * (256 / kShades);
+  const std::uint32_t part = Rounded(covered * kShades) * (256 / kShades);
   const std::uint32_t rest = 256 - part;
   // Red and blue at once, and green: their products do not overlap.
   const std::uint32_t red_blue = ((rgb & 0xFF00FF) * part + (pixel & 0xFF00FF) * rest + 0x800080);

@@ -138,7 +138,8 @@ void PngEncoder::CompressorDeleter::operator()(libdeflate_compressor* compressor
 // Finds the colors, and for each pixel the number of its color. No colors if there are too many.
 void PngEncoder::NumberColors(const PixelView& picture) {
   Palette palette;
-  const std::size_t count = static_cast<std::size_t>(picture.Width) * picture.Height;
+  const auto count =
+      static_cast<std::size_t>(picture.Width) * static_cast<std::size_t>(picture.Height);
   numbers_.resize(count);
   colors_.clear();
   std::uint8_t* const numbers = numbers_.data();
