@@ -317,11 +317,16 @@ def check_long_list(page, event, folder):
             page.run(f"{scrolled}.scrollTop = {to}")
             wait_until(lambda: page.run(f"{rows}.some(row => Math.abs(row.ariaRowIndex - {wanted}) < {60 if wanted == 300 else 1} && row.getBoundingClientRect().top < {bottom})"))
         check(f"rows in the page {view}", page.run(f"{rows}.length < 150"), True)
-    name = page.run("document.elementFromPoint(150, 500).closest('tr').querySelector('a').textContent")
-    page.run("document.elementFromPoint(150, 500).closest('tr').querySelector('a').click()")
+    # Rows that are added above may move those below once more.
+    link = "document.elementFromPoint(150, 500)?.closest('tr[aria-rowindex]')?.querySelector('a')"
+    seen = []
+    wait_until(lambda: seen.append(page.run(f"[{link}?.textContent, {rows}.length, scrollY].join()")) or len(seen) > 4
+               and len(set(seen[-4:])) == 1 and page.run(f"{link} != null"))
+    name = page.run(f"{link}.textContent")
+    page.run(f"{link}.click()")
     wait_until(lambda: page.run("document.querySelector('main').dataset.view") == "runner")
     page.run("history.back()")
-    wait_until(lambda: page.run("document.elementFromPoint(150, 500)?.closest('tr[aria-rowindex]')?.querySelector('a').textContent") == name)
+    wait_until(lambda: page.run(f"{link}?.textContent") == name)
 
 
 def check_odd_events(page, event, folder):
