@@ -13,6 +13,7 @@ import re
 import subprocess
 import sys
 import tempfile
+import time
 import zipfile
 
 from browser import Page, find_browser, wait_until
@@ -91,7 +92,8 @@ class WebPage(Page):
         self.run(f"document.querySelector({json.dumps(selector)}).click(); 0")
 
     def save(self, form):
-        """The path of what the browser saved."""
+        """The path of what the browser saved. It drops all but ten downloads of a page within a second or so."""
+        time.sleep(1.2)
         before = set(self.folder_of_downloads.iterdir())
         self.press_button("#desk-save")
         self.press_button(f"#dialog [data-form={form}]")
