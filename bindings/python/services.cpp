@@ -284,34 +284,11 @@ void BindSettings(py::module_& module) {
               arg("NewValue"), arg("DefaultValue") = "", Released());
 }
 
-void BindRoot(py::module_& module) {
-  using Root = clsKeltrun2;
-  Class<ClassAndCourseValue>(module, "ClassAndCourseValue")
-      .Field("ValueName", &ClassAndCourseValue::ValueName)
-      .Field("ClassIndex", &ClassAndCourseValue::ClassIndex)
-      .Field("CourseNum", &ClassAndCourseValue::CourseNum)
-      .Field("FileName", &ClassAndCourseValue::FileName)
-      .Field("RunnerCount", &ClassAndCourseValue::RunnerCount)
-      .ShowsFields();
-  Class<Root>(module, "clsKeltrun2")
-      .MadeBy(py::init<>(), Released())
-      .Property("FileName", &Root::FileName, &Root::SetFileName)
-      .Property("FileDate", &Root::FileDate, &Root::SetFileDate)
-      .ReadOnly("ErrorComment", &Root::ErrorComment)
-      .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
-      .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
-      .Method("NewAnalyzersOfOtherCourses", &Root::NewAnalyzersOfOtherCourses, arg("ClassNum"))
-      .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
-      .Method("EventRemarks", &Root::EventRemarks, Released())
-      .Method("ShiftClock", &Root::ShiftClock, arg("ControlCode"), arg("Seconds"))
-      .ReadOnly("EventData", &Root::EventData)
-      .ReadOnly("FileControl", &Root::FileControl)
-      .ReadOnly("GraphicControl", &Root::GraphicControl)
-      .ReadOnly("HtmlControl", &Root::HtmlControl)
-      .ReadOnly("TextControl", &Root::TextControl)
-      .ReadOnly("ConfigControl", &Root::ConfigControl)
-      .ReadOnly("MetaData", &Root::MetaData)
-      .Method("AddClass", &Root::AddClass, arg("ClassName"))
+using Root = clsKeltrun2;
+
+// The event of the root: its classes, courses and segments.
+void BindEvent(Class<Root>& root) {
+  root.Method("AddClass", &Root::AddClass, arg("ClassName"))
       .Method("RemoveClass", &Root::RemoveClass, arg("ClassName"))
       .Method("RenameClass", &Root::RenameClass, arg("OldName"), arg("NewName"))
       .Method("ClassData", MayBeNone(py::overload_cast<std::int32_t>(&Root::ClassData, py::const_)),
@@ -341,7 +318,11 @@ void BindRoot(py::module_& module) {
       .Method("MakeSegmentSet", &Root::MakeSegmentSet, Released())
       .ReadOnly("SegmentRemark", &Root::SegmentRemark)
       .Method("Clear", &Root::Clear)
-      .Method("Version", &Root::Version, arg("WithTestBuild") = true)
+      .Method("Version", &Root::Version, arg("WithTestBuild") = true);
+}
+
+void BindLists(Class<Root>& binding) {
+  binding
       .Extra(
           "classes",
           [class_at = py::overload_cast<std::int32_t>(&Root::ClassData, py::const_)](
@@ -357,6 +338,36 @@ void BindRoot(py::module_& module) {
           [](const Root& root) { return AllItems(root, &Root::SegmentCount, &Root::SegmentData); },
           "A new list of the segment sets, in the order of SegmentData.")
       .Shows({"FileName", "ClassCount", "CourseCount"});
+}
+
+void BindRoot(py::module_& module) {
+  Class<ClassAndCourseValue>(module, "ClassAndCourseValue")
+      .Field("ValueName", &ClassAndCourseValue::ValueName)
+      .Field("ClassIndex", &ClassAndCourseValue::ClassIndex)
+      .Field("CourseNum", &ClassAndCourseValue::CourseNum)
+      .Field("FileName", &ClassAndCourseValue::FileName)
+      .Field("RunnerCount", &ClassAndCourseValue::RunnerCount)
+      .ShowsFields();
+  Class<Root> root(module, "clsKeltrun2");
+  root.MadeBy(py::init<>(), Released())
+      .Property("FileName", &Root::FileName, &Root::SetFileName)
+      .Property("FileDate", &Root::FileDate, &Root::SetFileDate)
+      .ReadOnly("ErrorComment", &Root::ErrorComment)
+      .ReadOnly("NewAnalyzer", &Root::NewAnalyzer)
+      .ReadOnly("NewResultsHolder", &Root::NewResultsHolder)
+      .Method("NewAnalyzersOfOtherCourses", &Root::NewAnalyzersOfOtherCourses, arg("ClassNum"))
+      .Method("NewEstimate", &Root::NewEstimate, arg("UntimedLegs") = "auto", Released())
+      .Method("EventRemarks", &Root::EventRemarks, Released())
+      .Method("ShiftClock", &Root::ShiftClock, arg("ControlCode"), arg("Seconds"))
+      .ReadOnly("EventData", &Root::EventData)
+      .ReadOnly("FileControl", &Root::FileControl)
+      .ReadOnly("GraphicControl", &Root::GraphicControl)
+      .ReadOnly("HtmlControl", &Root::HtmlControl)
+      .ReadOnly("TextControl", &Root::TextControl)
+      .ReadOnly("ConfigControl", &Root::ConfigControl)
+      .ReadOnly("MetaData", &Root::MetaData);
+  BindEvent(root);
+  BindLists(root);
 }
 
 }  // namespace

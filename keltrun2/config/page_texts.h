@@ -10,7 +10,8 @@ namespace keltrun {
 bool HasJapaneseTexts();
 
 /// `japanese`, which programs that read the pages expect, when texts are Japanese; otherwise the
-/// text of the resource key, and `japanese` again when a host's own resource file lacks the key.
+/// text of the resource key, and `japanese` again when a host's own resource file does not have the
+/// key.
 std::string PageText(std::string_view key, std::string_view japanese);
 
 }  // namespace keltrun
