@@ -106,7 +106,7 @@ function show({keepPlace = false} = {}) {
   showNavigation(app, view, chosenRunner());
   document.title = [titleOf(view), app.event.name].filter(Boolean).join(' – ');
   drawCharts(main);
-  watchRows(main);
+  watchRows();
   shownWidth = innerWidth;
   if (!keepPlace) placeView(main);
   byLink = false;

@@ -5,21 +5,25 @@ import {h} from './dom.js';
 import {sum} from './figures.js';
 
 const ALL_AT_ONCE = 1000;   // cells; fewer are not worth the trouble
-const CELLS_IN_BLOCK = 40;
-const FIRST_SHOWN = 8;      // blocks, before it is known how much is seen
-const MARGIN = 700;         // pixels above and below the window
+const CELLS_IN_BLOCK = 24;
+const FIRST_SHOWN = 16;     // blocks, before it is known how much is seen
+const MARGIN = 250;         // pixels beyond the window, to where the reader scrolls
+const BEHIND = 100;         // the same on the side that the reader comes from
+const FRAME_TIME = 20;      // milliseconds, with layout and painting; single frames take twice as long as others
+const LARGEST_PACE = 6;     // blocks in a frame
 
 // Heights of blocks that have been seen, by address and width, so that going back finds its place.
 const heightsOf = new Map();
-const lists = new WeakMap();  // by their first body
-let watched = [];
+let made = [];     // long lists of the view that is being made
+let watched = [];  // those in the page
+let pace = 2;      // blocks in a frame, as this device can
 
 // The table bodies of items. `rowHeight` is a guess; `mine` is the row to go to; the more `cells` a
 // row has, the fewer rows are in a block.
 export function rowBodies(items, makeRow, {rowHeight, mine = -1, cells = 8}) {
   if (items.length * cells <= ALL_AT_ONCE) return [h('tbody', items.map(makeRow))];
-  const list = new LongList(items, makeRow, Math.max(2, Math.round(CELLS_IN_BLOCK / cells)), rowHeight, mine);
-  lists.set(list.before, list);
+  const list = new LongList(items, makeRow, Math.max(1, Math.round(CELLS_IN_BLOCK / cells)), rowHeight, mine);
+  made.push(list);
   return list.bodies();
 }
 
@@ -42,13 +46,23 @@ function keptHeights(guesses) {
   return guesses;
 }
 
+// An empty body, and the height of what it stands for.
+function makeGap() {
+  return h('tbody', h('tr', {'aria-hidden': 'true'}, h('td.gap')));
+}
+
+function keepPlace(gap, height) {
+  const row = gap.rows[0];
+  row.hidden = height === 0;
+  row.cells[0].style.height = `${height}px`;
+}
+
 class LongList {
   constructor(items, makeRow, size, rowHeight, mine) {
-    Object.assign(this, {items, makeRow, size, mine, working: false, shown: []});
+    Object.assign(this, {items, makeRow, size, mine, shown: [], down: true, top: 0});
     const count = Math.ceil(items.length / size);
     this.heights = keptHeights(Array.from({length: count}, (_, i) => rowHeight * Math.min(size, items.length - i * size)));
-    this.before = h('tbody');
-    this.after = h('tbody');
+    [this.before, this.after] = [makeGap(), makeGap()];
     [this.first, this.last] = [0, Math.min(FIRST_SHOWN, count) - 1];
     for (let i = this.first; i <= this.last; ++i) this.shown.push(this.makeBlock(i));
     this.keepPlaces();
@@ -69,46 +83,54 @@ class LongList {
 
   // The empty bodies are as high as what they stand for.
   keepPlaces() {
-    const empty = (body, heights) => {
-      const height = sum(heights);
-      body.replaceChildren(...height > 0 ? [h('tr', {'aria-hidden': 'true'}, h('td.gap', {style: {height: `${height}px`}}))] : []);
-    };
-    empty(this.before, this.heights.slice(0, this.first));
-    empty(this.after, this.heights.slice(this.last + 1));
+    keepPlace(this.before, sum(this.heights.slice(0, this.first)));
+    keepPlace(this.after, sum(this.heights.slice(this.last + 1)));
   }
 
-  // Called when the page has been laid out, so that measuring costs nothing.
+  // Measures what is shown and finds what should be. Called at the begin of a frame, when the page is
+  // laid out, so that measuring costs nothing.
   look() {
-    if (this.working || !this.before.isConnected) return;
+    if (!this.before.isConnected) return;
     this.shown.forEach((body, i) => this.heights[this.first + i] = body.getBoundingClientRect().height);
     const frame = this.root?.getBoundingClientRect() ?? {top: 0, bottom: innerHeight};
     const top = this.before.getBoundingClientRect().top;
-    this.wanted = blocksWithin(this.heights, frame.top - MARGIN - top, frame.bottom + MARGIN - top);
-    if (!this.step()) return;
-    this.working = true;
-    setTimeout(() => this.workOff());
+    if (top !== this.top) this.down = top < this.top;
+    this.top = top;
+    const [above, below] = this.down ? [BEHIND, MARGIN] : [MARGIN, BEHIND];
+    this.wanted = blocksWithin(this.heights, frame.top - above - top, frame.bottom + below - top);
   }
 
-  // One block in a task, so that the page always answers.
-  workOff() {
-    if (this.before.isConnected && this.step()) {
-      setTimeout(() => this.workOff());
-      return;
-    }
-    this.working = false;
-    requestAnimationFrame(() => this.look());
+  // Adds up to `most` blocks that are wanted and removes as many that are not; returns how many changed.
+  work(most) {
+    let steps = 0;
+    while (steps < most && this.before.isConnected && this.step()) ++steps;
+    if (steps > 0) this.keepPlaces();
+    return steps;
   }
 
-  // Adds or removes one block; false when there is nothing to do.
+  // One block comes and one goes; false when there is nothing to do.
   step() {
+    const added = this.add();
+    return this.drop() || added;
+  }
+
+  add() {
     const [first, last] = this.wanted;
     if (last < this.first || first > this.last) this.startAgain(first);
     else if (this.last < last) this.addAfter();
     else if (this.first > first) this.addBefore();
-    else if (this.first < first - 1 && this.drop(this.shown[0])) this.shown.shift(), ++this.first;
-    else if (this.last > last + 1 && this.drop(this.shown.at(-1))) this.shown.pop(), --this.last;
     else return false;
-    this.keepPlaces();
+    return true;
+  }
+
+  // What has the focus stays.
+  drop() {
+    const [first, last] = this.wanted;
+    const gone = this.first < first - 1 ? this.shown[0] : this.last > last + 1 ? this.shown.at(-1) : null;
+    if (gone === null || gone.contains(document.activeElement)) return false;
+    gone.remove();
+    if (gone === this.shown[0]) this.shown.shift(), ++this.first;
+    else this.shown.pop(), --this.last;
     return true;
   }
 
@@ -137,13 +159,6 @@ class LongList {
     if (more !== 0) (this.root ?? document.scrollingElement).scrollTop += more;
   }
 
-  // What has the focus stays.
-  drop(body) {
-    if (body.contains(document.activeElement)) return false;
-    body.remove();
-    return true;
-  }
-
   // Scrolls to the row that is mine, which may not be there yet.
   showMine() {
     const block = Math.floor(this.mine / this.size);
@@ -156,15 +171,16 @@ class LongList {
 }
 
 // Watches the long lists of a view that has been put into the page.
-export function watchRows(root) {
-  watched = [...root.querySelectorAll('table')].flatMap((table) => [...table.tBodies].slice(0, 1).map((body) => lists.get(body)).filter(Boolean)
-    .map((list) => {
-      table.setAttribute('aria-rowcount', list.items.length + 1);
-      list.root = table.closest('.scroll');
-      list.root?.addEventListener('scroll', lookSoon, {passive: true});
-      return list;
-    }));
-  if (watched.length > 0) lookSoon();
+export function watchRows() {
+  watched = made.filter((list) => list.before.isConnected);
+  made = [];
+  for (const list of watched) {
+    const table = list.before.closest('table');
+    table.setAttribute('aria-rowcount', list.items.length + 1);
+    list.root = table.closest('.scroll');
+    list.root?.addEventListener('scroll', lookSoon, {passive: true});
+  }
+  lookSoon();
 }
 
 let looking = false;
@@ -173,10 +189,24 @@ let looking = false;
 export function lookSoon() {
   if (looking || watched.length === 0) return;
   looking = true;
-  requestAnimationFrame(() => {
-    looking = false;
-    for (const list of watched) list.look();
-  });
+  requestAnimationFrame(workInFrame);
+}
+
+// A few blocks in a frame, so that the page always answers.
+function workInFrame() {
+  const began = performance.now();
+  looking = false;
+  for (const list of watched) list.look();
+  const steps = sum(watched.map((list) => list.work(pace)));
+  if (steps === 0) return;
+  lookSoon();
+  setTimeout(() => keepPace(performance.now() - began));  // after the frame has been painted
+}
+
+// Fewer when the last frame took long, more when it did not.
+function keepPace(frameTime) {
+  if (frameTime < FRAME_TIME) pace = Math.min(LARGEST_PACE, pace + 1);
+  else if (frameTime > 1.5 * FRAME_TIME) pace = Math.max(1, pace - 1);
 }
 
 export function showMyRow() {

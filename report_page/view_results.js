@@ -7,6 +7,7 @@ import {t} from './language.js';
 import {rowBodies} from './rows.js';
 
 const ROW_HEIGHT = 62;
+const CELLS = 12;  // a strip costs as much as several cells
 
 // A strip of two or three legs says nothing.
 function hasStrip(set) {
@@ -15,7 +16,7 @@ function hasStrip(set) {
 
 export function resultsView({event, me}, set) {
   const mine = me ? set.listed.findIndex((row) => row.runner === me) : -1;
-  const bodies = rowBodies(set.listed, (row) => resultRow(event, set, row, me), {mine, rowHeight: ROW_HEIGHT});
+  const bodies = rowBodies(set.listed, (row) => resultRow(event, set, row, me), {mine, rowHeight: ROW_HEIGHT, cells: CELLS});
   bodies.push(h('tbody', set.withoutLaps.map((runner) => startlessRow(runner, set))));
   return [
     h('div.above', hasStrip(set) ? lossLegend() : h('span'),

@@ -24,34 +24,42 @@ export function splitsView({me, query}, set) {
   ];
 }
 
-// Widths of the columns in digits of the page's font, so that they stay when rows come and go: a
-// small digit takes less than one, the rest is for ranks and edges.
+// Widths of the columns in digits of the page's font, so that they stay when rows come and go. The
+// smaller digits of the second line and of ranks are less than one; EDGES are the cell's own.
+const SECOND_LINE = 0.8;
+const RANK_DIGIT = 0.7;
+const EDGES = 1.7;
+
+function digitsOf(text) {
+  return text.length - text.split(':').length / 2 + 0.5;
+}
+
 function columnWidths(set) {
   const largest = (values) => values.reduce((most, value) => (isNumber(value) && value > most ? value : most), 0);
-  const ranks = String(set.rows.length).length * 0.75;
+  const ranks = String(set.rows.length).length * RANK_DIGIT;
   const total = largest(set.rows.map((row) => row.time));
   let elapsed = 0;
   const legs = set.labels.map((label, leg) => {
     const lap = largest(set.rows.map(({extras, runner, from}) => extras.lap?.[leg] ?? runner.laps[from + leg]));
     elapsed = Math.min(elapsed + lap, Math.max(total, lap));
-    const digits = Math.max(timeText(lap).length, timeText(elapsed).length, '+0:00'.length) * 0.9;
-    return Math.max(label.length + 1, digits + ranks) + 2;
+    const digits = Math.max(digitsOf(timeText(lap)), digitsOf('+0:00') * SECOND_LINE, digitsOf(timeText(elapsed)) * SECOND_LINE);
+    return Math.max(label.length, digits + ranks) + EDGES;
   });
-  return [(timeText(total).length + 1) * 0.95 + 2, ...legs];
+  return [digitsOf(timeText(total)) + EDGES, ...legs];
 }
 
 function head(set) {
   return h('thead', h('tr', h('th.fixed', {scope: 'col'}, t('name')), h('th', {scope: 'col'}, t('time')),
     set.labels.map((label, leg) => h('th', {scope: 'col'},
       set.timed[leg] ? h('a', {href: setAddress(set, {view: 'legs', leg: leg + 1})}, label) : h('span.mut', label),
-      h('small', set.kind === 'segment' || leg === set.legs - 1 ? '\u00a0' : set.points[leg + 1] || '\u00a0')))));
+      secondText('', set.kind === 'segment' || leg === set.legs - 1 ? '\u00a0' : set.points[leg + 1] || '\u00a0')))));
 }
 
 function splitRow(set, row, line, me) {
   return h('tr' + (row.runner === me ? '.me' : ''),
     h('th.fixed', {scope: 'row'}, h('a', {href: runnerAddress(row.runner)},
       h('span.rk', isNumber(row.time) ? row.rank || '–' : '–'), h('span.n1', row.runner.name))),
-    h('td', h('b', resultText(row)), h('small', behindText(set, row) || '\u00a0')),
+    h('td', resultText(row), secondText('', behindText(set, row) || '\u00a0')),
     set.labels.map((_, leg) => cell(set, row, leg, line)));
 }
 
@@ -67,16 +75,21 @@ function lapParts(lap, rank, timed) {
   if (lap === 'skip') return '↓';
   if (lap === 'disq') return '×';
   if (!isNumber(lap) || !timed) return h('span.mut', isNumber(lap) ? timeText(lap) : '–');
-  return [h('b', timeText(lap)), rank ? h('sup', rank) : null];
+  return [rank >= 1 && rank <= 3 ? h('b', timeText(lap)) : timeText(lap), rank ? h('sup', rank) : null];
+}
+
+// The cells keep line ends: in tables of thousands of cells a line of its own costs much less than a block.
+function secondText(classes, text, rank = null) {
+  return h(`small${classes}`, `\n${text}`, rank ? h('sup', rank) : null);
 }
 
 function secondLine(set, row, leg, line) {
   if (line === 'loss') {
     const loss = row.loss[leg];
-    return h('small' + (lossClass(set, loss) ? `.${lossClass(set, loss)}` : ''), signedTime(loss));
+    return secondText(lossClass(set, loss) ? `.${lossClass(set, loss)}` : '', signedTime(loss));
   }
-  if (line === 'beh') return h('small', row.lapRank[leg] ? signedTime(row.laps[leg] - set.bestLap[leg]) : '–');
-  return h('small', timeText(set.timed[leg] ? row.elapsed[leg] : null), row.position[leg] ? h('sup', row.position[leg]) : null);
+  if (line === 'beh') return secondText('', row.lapRank[leg] ? signedTime(row.laps[leg] - set.bestLap[leg]) : '–');
+  return secondText('', timeText(set.timed[leg] ? row.elapsed[leg] : null), row.position[leg]);
 }
 
 function legend() {

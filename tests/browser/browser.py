@@ -52,6 +52,8 @@ class Page:
     def __exit__(self, *_):
         self.process.terminate()
         self.process.wait()
+        os.close(self.commands)
+        self.answers.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def _receive(self):

@@ -108,9 +108,10 @@ def check_figures(page, url, event):
         kind, name = analysis["set"]["kind"], analysis["set"]["name"]
         page.open(f"{url}#{kind}={name}&view=splits")
         wait_until(lambda: page.run("document.querySelectorAll('.splits tbody tr:not([aria-hidden])').length") == len(analysis["runners"]))
-        rows = page.run("""[...document.querySelectorAll('.splits tbody tr')].map(row => [...row.cells].slice(2).map(cell => {
+        rows = page.run("""[...document.querySelectorAll('.splits tbody tr:not([aria-hidden])')].map(row => [...row.cells].slice(2).map(cell => {
             const part = (selector) => cell.querySelector(selector)?.textContent ?? '';
-            return [part(':scope > b'), part(':scope > sup'), cell.querySelector('small').firstChild.textContent, part('small sup')]; }))""")
+            const lap = cell.querySelector(':scope > .mut') ? '' : cell.firstChild.textContent;
+            return [/[0-9]/.test(lap) ? lap : '', part(':scope > sup'), cell.querySelector('small').firstChild.textContent.trim(), part('small sup')]; }))""")
         expected = [[
             [time_text(lap) if timed and not isinstance(lap, (str, type(None))) else "", str(rank or ""),
              time_text(split) if split and timed else "–", str(position or "")]
