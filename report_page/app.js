@@ -234,6 +234,7 @@ function beforePrint() {
 
 function onResize() {
   if (innerWidth !== shownWidth) showAgain();
+  else lookSoon();  // there may be room for more rows
 }
 
 // What the reader chose, before there is anything to show.

@@ -49,7 +49,7 @@ function medianLap(set, leg) {
 function legRow(set, leg, me, order, most) {
   const facts = set.facts[leg];
   const best = bestRow(set, leg);
-  const told = order === 'dec' ? t('decides', timeText(facts.decisive)) :
+  const told = facts.laps < 2 ? '' : order === 'dec' ? t('decides', timeText(facts.decisive)) :
     [t('costEach', timeText(facts.cost)), ' · ', h('span.count' + (facts.mistakes / facts.laps >= MANY_MISTAKES ? '.loss' : ''), t('mistakesOf', facts.mistakes, facts.laps))];
   const share = (order === 'dec' ? facts.decisive / Math.max(1, ...set.facts.map((each) => each.decisive)) : facts.cost / most) * 100;
   return h('a.leg', {href: setAddress(set, {view: 'legs', leg: leg + 1, sort: order})},
@@ -57,7 +57,7 @@ function legRow(set, leg, me, order, most) {
     h('span', lapDots(set, leg, me, isWide() ? {width: 640, height: 40, radius: 4} : {width: 230, height: 32, radius: 3.1})),
     h('b.narrow-only.r', timeText(set.bestLap[leg])),
     h('span.m', h('span.wide-only-block', `${t('best')} `, h('b', timeText(set.bestLap[leg])), ` ${best?.runner.name ?? ''} · ${t('median')} ${timeText(medianLap(set, leg))}`),
-      h('span.meter', {'aria-hidden': 'true'}, h('i', {style: {width: `${share.toFixed(0)}%`}})), told));
+      told && h('span.meter', {'aria-hidden': 'true'}, h('i', {style: {width: `${share.toFixed(0)}%`}})), told));
 }
 
 function neighbor(set, from, step) {
@@ -72,8 +72,9 @@ function legPage({me, query}, set) {
   const rows = set.rows.filter((row) => row.lapRank[leg] > 0).sort((a, b) => a.laps[leg] - b.laps[leg]);
   const link = (to, text) => (to === null ? h('span') : h('a.btn', {href: setAddress(set, {view: 'legs', leg: to + 1, sort: query.sort})}, text));
   const [before, after] = [neighbor(set, leg, -1), neighbor(set, leg, 1)];
-  const about = set.timed[leg] ? [`${t('best')} ${timeText(rows[0]?.laps[leg])}`, `${t('median')} ${timeText(medianLap(set, leg))}`,
-    t('mistakesOf', facts.mistakes, facts.laps), t('costEach', timeText(facts.cost)), t('decides', timeText(facts.decisive))] : [t('untimed')];
+  const best = `${t('best')} ${timeText(rows[0]?.laps[leg])}`;
+  const about = !set.timed[leg] ? [t('untimed')] : facts.laps < 2 ? [best] : [best, `${t('median')} ${timeText(medianLap(set, leg))}`,
+    t('mistakesOf', facts.mistakes, facts.laps), t('costEach', timeText(facts.cost)), t('decides', timeText(facts.decisive))];
   return [
     h('div.above', link(before, before === null ? '' : `‹ ${set.labels[before]}`),
       h('a.link.sm', {href: setAddress(set, {view: 'legs', sort: query.sort})}, t('allLegs')),
@@ -91,12 +92,12 @@ function lapTable(set, leg, rows, me) {
     return h('tr' + (row.runner === me ? '.me' : ''), {'data-go': href},
       h('td', rankMedal(row.lapRank[leg])),
       h('th.runner', {scope: 'row'}, h('a.nm', {href}, row.runner.name), h('div.cl', set.kind === 'class' ? row.runner.club : row.runner.className)),
-      h('td.r.tm', timeText(row.laps[leg])),
-      h('td.r.mut', row.lapRank[leg] > 1 ? signedTime(row.laps[leg] - rows[0].laps[leg]) : ''),
-      h(`td.r.${lossClass(set, loss) || 'mut'}`, isNumber(loss) && Math.abs(loss) >= set.first ? signedTime(loss) : '',
+      h('td.r.top-cell', h('span.tm', timeText(row.laps[leg])),
+        h('div.cl.nw', row.lapRank[leg] > 1 ? signedTime(row.laps[leg] - rows[0].laps[leg]) : '\u00a0')),
+      h(`td.r.nw.${lossClass(set, loss) || 'mut'}`, isNumber(loss) && Math.abs(loss) >= set.first ? signedTime(loss) : '',
         isMistake(set, row, leg) ? h('span.mark', {role: 'img', 'aria-label': t('mistakes')}, ' ●') : null));
   }, {mine: rows.findIndex((row) => row.runner === me), rowHeight: 58});
   return h('div.list', h('table.results', h('caption.unseen', `${t('allLaps')}: ${set.labels[leg]}`), h('thead', h('tr',
-    h('th', {scope: 'col'}, '#'), h('th', {scope: 'col'}, t('name')), h('th.r.lap-column', {scope: 'col'}, t('lap')),
-    h('th.r.lap-column', {scope: 'col'}, t('behindLap')), h('th.r.lap-column', {scope: 'col'}, term('lost', t('lineLoss'))))), bodies));
+    h('th', {scope: 'col'}, '#'), h('th', {scope: 'col'}, t('name')), h('th.r.lap-column', {scope: 'col'}, t('lap'), h('br'), t('behindLap')),
+    h('th.r.lap-column', {scope: 'col'}, term('lost', t('lineLoss'))))), bodies));
 }

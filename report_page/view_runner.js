@@ -38,6 +38,7 @@ export function runnerView(app) {
   if (!listed) return statusCard(app, runner);
   if (!row || row.set.legs === 0) return [neighbors(listed, app.query), plainCard(app, listed)];
   const {set} = row;
+  if (set.rows.length === 1) return [loneCard(app, listed), legTable(app, set, row)];
   return [
     neighbors(listed, app.query),
     h('div.two', h('div.stack', mainCard(app, listed, row), gapCard(app, set, row)),
@@ -70,6 +71,11 @@ function actions({me}, runner, rival) {
 // Of a class without laps, and of a course that is no set, there is only the place.
 function plainCard(app, listed) {
   return h('div.card', head(app, listed.runner, listed.set), placeLine(listed), h('p.mut', t('noLaps')), actions(app, listed.runner, undefined));
+}
+
+// Of the only runner with laps nothing can be told but the laps.
+function loneCard(app, listed) {
+  return h('div.card', head(app, listed.runner, listed.set), placeLine(listed), h('p.mut', t('oneRunner')), actions(app, listed.runner, undefined));
 }
 
 function statusCard(app, runner) {
@@ -230,7 +236,7 @@ function legPointer(set, chosen, choose) {
 }
 
 function costliestCard(set, row) {
-  const legs = set.rows.length > 1 ? costliestLegs(set, row, 3) : [];
+  const legs = costliestLegs(set, row, 3);
   return h('div.card', h('h2.h2', t('costliest')), legs.length === 0 ? h('p', t('cleanRun')) :
     h('ol.costliest', legs.map((leg) => {
       const verdict = verdictOf(set, row, leg);

@@ -3,6 +3,7 @@ import {test} from 'node:test';
 import {makeEvent, openSet} from '../data.js';
 import {pileUp} from '../dots.js';
 import {gapsTo, lineClass, raceScale} from '../lines.js';
+import {labelsApart} from '../loss_bars.js';
 import {sampleData} from './sample.js';
 
 const event = makeEvent(sampleData());
@@ -12,6 +13,11 @@ const [winner, second, skipper] = set.rows;
 test('dots pile up where they overlap and stay inside', () => {
   const placed = pileUp([{value: 10}, {value: 11}, {value: 50}, {value: 999}], 100, 3, (value) => value);
   assert.deepEqual(placed.map(({x, level}) => [x, level]), [[10, 0], [11, 1], [50, 0], [97, 0]]);
+});
+
+test('a label that another one would cover moves down', () => {
+  const labels = [{x: 100, y: 20}, {x: 120, y: 28}, {x: 110, y: 40}, {x: 200, y: 20}];
+  assert.deepEqual(labelsApart(labels).map(({y}) => y), [20, 41, 66, 20]);
 });
 
 test('gaps start at nothing and bridge what is missing', () => {
