@@ -4,7 +4,7 @@ import {classSetOf, makeEvent} from './data.js';
 import {helpDialog, helpView} from './help.js';
 import {chooseLanguage, isJapanese, language, setLanguage, t} from './language.js';
 import {makePaper, removePaper} from './paper.js';
-import {drawCharts, setTitle} from './parts.js';
+import {drawCharts, eventTitle, setTitle} from './parts.js';
 import {address, readAddress, setKeyOf, viewOf} from './route.js';
 import {lookSoon, showMyRow, watchRows} from './rows.js';
 import {closeDialog, foot, menu, printMenu, showDialog, showHead, showNavigation} from './shell.js';
@@ -104,7 +104,7 @@ function show({keepPlace = false} = {}) {
   main.dataset.view = view;
   showHead(app);
   showNavigation(app, view, chosenRunner());
-  document.title = [titleOf(view), app.event.name].filter(Boolean).join(' – ');
+  document.title = [titleOf(view), eventTitle(app.event)].filter(Boolean).join(' – ');
   drawCharts(main);
   watchRows();
   shownWidth = innerWidth;

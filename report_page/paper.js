@@ -8,7 +8,7 @@ import {isNumber, lengthText, percentText, signedTime, timeText} from './format.
 import {dateText, ordinal, t} from './language.js';
 import {positionDrawing} from './lines.js';
 import {lossBars} from './loss_bars.js';
-import {behindText, courseText, setTitle} from './parts.js';
+import {behindText, courseText, eventTitle, setTitle} from './parts.js';
 
 const PAPER_WIDTH = 460;
 const MOST_ROWS = 17;  // of a card in rows of the usual height
@@ -30,7 +30,7 @@ export function removePaper() {
 }
 
 function eventLine(event) {
-  return h('p.event-line', h('b', event.name), [dateText(event.date), event.terrain].filter(Boolean).map((part) => ` · ${part}`));
+  return h('p.event-line', h('b', eventTitle(event)), [dateText(event.date), event.terrain].filter(Boolean).map((part) => ` · ${part}`));
 }
 
 function list(event, set) {

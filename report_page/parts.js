@@ -66,6 +66,10 @@ export function setAddress(set, more = {}) {
   return address({[set.kind]: set.name, ...more});
 }
 
+export function eventTitle(event) {
+  return event.name || t('untitled');
+}
+
 export function setTitle(set) {
   if (set.kind === 'segment') return set.name.replaceAll('-', ' → ');
   return set.title;

@@ -4,7 +4,7 @@ import {classSetOf, openList} from './data.js';
 import {flag, icon} from './icons.js';
 import {dateText, t} from './language.js';
 import {address} from './route.js';
-import {isWide, runnerAddress, setAddress} from './parts.js';
+import {eventTitle, isWide, runnerAddress, setAddress} from './parts.js';
 
 function button(act, sign, label, more = {}) {
   return h('button.round-button', {type: 'button', 'data-act': act, 'aria-label': label, ...more}, sign);
@@ -13,7 +13,7 @@ function button(act, sign, label, more = {}) {
 export function showHead({event}) {
   const about = (short) => [dateText(event.date, short), event.terrain].filter(Boolean).join(' · ');
   byId('top').replaceChildren(
-    h('a.ev', {href: '#'}, flag(), h('span.ev-text', h('b', event.name), h('span', about(!isWide()) || '\u00a0'))),
+    h('a.ev', {href: '#'}, flag(), h('span.ev-text', h('b', eventTitle(event)), h('span', about(!isWide()) || '\u00a0'))),
     h('button.round-button.wide-only-flex', {type: 'button', 'data-act': 'language', 'aria-label': t('otherLanguageLong')}, t('otherLanguage')),
     button('theme', icon('theme'), t('theme'), {class: 'round-button wide-only-flex'}),
     button('print', icon('print'), t('print'), {class: 'round-button wide-only-flex', 'aria-haspopup': 'dialog'}),
@@ -44,7 +44,7 @@ export function showNavigation(app, view, runner) {
 }
 
 export function foot({event}) {
-  return h('p.foot', [event.name, dateText(event.date)].filter(Boolean).join(' · '), h('br'), t('made', event.generator));
+  return h('p.foot', [eventTitle(event), dateText(event.date)].filter(Boolean).join(' · '), h('br'), t('made', event.generator));
 }
 
 export function showDialog(title, body) {

@@ -10,7 +10,7 @@ export const TEXTS_EN = {
   stories: 'The race in four lines', closest: 'Closest finish', comeback: 'Greatest comeback',
   cleanest: 'Cleanest run', decidingLeg: 'Leg that decided most', lostShare: '{0} lost',
   wholeCourse: 'Whole course', onlyClass: 'Class only', toMe: 'Go to my row',
-  results: 'Results', splits: 'Splits', race: 'Race', legs: 'Legs',
+  untitled: 'Untitled event', results: 'Results', splits: 'Splits', race: 'Race', legs: 'Legs',
   rank: 'Rank', name: 'Name', club: 'Club', clubs: 'Clubs', time: 'Time', behind: 'Behind',
   speed: 'Speed', cruise: 'Cruise speed', lost: 'Time lost', rate: 'Loss rate', mistakes: 'Mistakes',
   clean: 'Ideal time', strip: 'Where time was lost', lap: 'Lap', elapsed: 'Elapsed', position: 'Position',

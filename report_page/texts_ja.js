@@ -10,7 +10,7 @@ export const TEXTS_JA = {
   stories: '4行でわかるレース', closest: '最小差の勝負', comeback: '最大の追い上げ',
   cleanest: '最もミスの少ない走り', decidingLeg: '勝負を分けたレッグ', lostShare: 'ロス {0}',
   wholeCourse: 'コース全体', onlyClass: 'クラスのみ', toMe: '自分の行へ',
-  results: '成績', splits: 'ラップ', race: '展開', legs: 'レッグ',
+  untitled: '大会名未設定', results: '成績', splits: 'ラップ', race: '展開', legs: 'レッグ',
   rank: '順位', name: '氏名', club: '所属', clubs: '所属', time: '記録', behind: 'トップ差',
   speed: '速度', cruise: '巡航速度', lost: 'ミスタイム', rate: 'ミス率', mistakes: 'ミス',
   clean: '理想タイム', strip: 'どこで失ったか', lap: 'ラップ', elapsed: '通過', position: '通過順位',

@@ -6,7 +6,7 @@ import {NO_STORIES, betterStories, storiesOf} from './figures.js';
 import {isNumber, percentText, signedTime, timeText} from './format.js';
 import {courseDrawing, icon} from './icons.js';
 import {countOfRunners, dateText, ordinal, t} from './language.js';
-import {behindText, countText, courseText, heatStrip, medal, resultText, runnerAddress, setAddress, setTitle} from './parts.js';
+import {behindText, countText, courseText, eventTitle, heatStrip, medal, resultText, runnerAddress, setAddress, setTitle} from './parts.js';
 import {address} from './route.js';
 
 const ROWS_AT_ONCE = 150;
@@ -18,7 +18,7 @@ export function eventView({event, me}) {
 function band(event) {
   const about = [dateText(event.date), event.terrain, countOfRunners(event.runners.length)];
   return h('div.hero', courseDrawing(), h('div.in',
-    h('h1', {tabindex: -1}, event.name), h('p', about.filter(Boolean).join(' · ')),
+    h('h1', {tabindex: -1}, eventTitle(event)), h('p', about.filter(Boolean).join(' · ')),
     h('a.find', {href: address({find: ''})}, icon('find'), h('span', t('findMe')))));
 }
 

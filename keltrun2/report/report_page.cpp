@@ -29,6 +29,11 @@ std::string Duration(DateTime days) {
   return CompactTime(std::round(days * kSecondsPerDay) / kSecondsPerDay);
 }
 
+std::string EventTitle(const clsEventData& event) {
+  return event.EventName.empty() ? std::string(ResourceText("RES_META_NO_EVENT_NAME"))
+                                 : ValidUtf8(event.EventName);
+}
+
 // The one whom times are compared with, or null: out of competition, somebody may have been faster.
 const ListedRunner* Leader(const std::vector<ListedRunner>& runners) {
   const auto is_ranked = [](const ListedRunner& runner) {
@@ -79,7 +84,7 @@ class StaticParts {
 
   void AppendHead() {
     const clsEventData& event = *model_.Event;
-    AppendElement("<div class=\"hero\"><div class=\"in\"><h1>", event.EventName, "</h1>\n<p>");
+    AppendElement("<div class=\"hero\"><div class=\"in\"><h1>", EventTitle(event), "</h1>\n<p>");
     std::int32_t runners = 0;
     for (const auto& klass : model_.Classes()) runners += klass->LapCount();
     const DateTime date = event.EventDate()->Value();
@@ -207,11 +212,11 @@ void AppendReportPage(std::string& page, const EventModel& model,
   AppendUpTo(page, rest, "{language}");
   page += CurrentSettings().Language == "ja" ? "ja" : "en";
   AppendUpTo(page, rest, "{title}");
-  AppendEscaped(page, ValidUtf8(model.Event->EventName));
+  AppendEscaped(page, EventTitle(*model.Event));
   AppendUpTo(page, rest, "{publication}");
   AppendPublication(page, surroundings.Publication);
   AppendUpTo(page, rest, "{event}");
-  AppendEscaped(page, ValidUtf8(model.Event->EventName));
+  AppendEscaped(page, EventTitle(*model.Event));
   AppendUpTo(page, rest, "{overview}");
   parts.AppendOverview();
   AppendUpTo(page, rest, "{lists}");

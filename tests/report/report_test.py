@@ -335,7 +335,7 @@ def check_odd_events(page, event, folder):
     source = pathlib.Path(event).read_text("utf-8")
     runner = re.search(r"<runner .*?</runner>", source, re.S)[0]
     klass = re.search(r"<class .*?>", source)[0]
-    head = source[:source.index("<classes>")]
+    head = re.sub(r'(<event\b[^>]*? name=)"[^"]*"', r'\1""', source[:source.index("<classes>")])
     rest = source[source.index("</classes>"):]
     for name, runners in (("one", runner), ("none", "<runner name=\"A\" result=\"DNS\"/>"), ("empty", ""),
                           ("no laps", "<runner name=\"A\" result=\"0:31:00\" rank=\"2\"/><runner name=\"B\" result=\"0:30:00\" rank=\"1\"/>")):
@@ -346,6 +346,7 @@ def check_odd_events(page, event, folder):
                      "class=M20E&view=legs&leg=1", "runner=1", "compare=1", "find=a", "help="):
             check_view(page, url, view, name)
     page.open(f"{url}#class=M20E&lang=en")
+    check("title without a name", page.run("document.title"), "M20E – Untitled event")
     check("results without laps", [texts(page, ".results .nm"), texts(page, ".results .medal")], [["B", "A"], ["1", "2"]])
 
 
