@@ -100,11 +100,11 @@ function firstOf(rows) {
   return rows.find((row) => isNumber(row.place)) ?? rows[0] ?? null;
 }
 
-// The result list: the rows, and in a class also the runners who had another course. Their laps are in
-// the set of that course.
+// The result list: the rows, and in a class also the runners who had another course, whose laps are in
+// the set of that course, and those who have a time but no laps.
 function listEverybody(event, set) {
   const others = (set.raw.others ?? []).map(([index, rank, time, at]) => ({at, row: otherRow(event, set, index, rank, time)}));
-  set.others = others.length;
+  set.others = others.filter(({row}) => row.other !== null).length;
   set.listed = [];
   for (let at = 0, next = 0; at <= set.rows.length; ++at) {
     for (; others[next]?.at === at; ++next) set.listed.push(others[next].row);

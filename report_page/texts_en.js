@@ -50,7 +50,7 @@ export const TEXTS_EN = {
   addRunner: 'Add a runner', remove: 'Remove {0}', base: 'base', swings: 'Largest swings', swing: '{0} takes {1} out of {2}',
   legsWon: 'Legs won', fastest: 'Underlined: the fastest of these on the leg.',
   onOtherCourses: '{0} of the class had another course. They are in the results, and their splits are with that course.',
-  otherCourses: 'These runners had different courses, so only their times stand side by side:',
+  otherCourses: 'These runners had different courses or no laps, so only their times stand side by side:',
   otherCourses2: 'What their courses share can be compared:', noShared: 'Their courses share no segment.',
   noHit: 'Nobody matches “{0}”.', unknown: 'There is no “{0}” in this event.', toEvent: 'To the event',
   hits: '{0} found',

@@ -50,7 +50,7 @@ export const TEXTS_JA = {
   addRunner: '選手を追加', remove: '{0}を外す', base: '基準', swings: '差が大きく動いたレッグ', swing: '{0}が{2}に {1} の差をつける',
   legsWon: '最速レッグ数', fastest: '下線：この中で最速。',
   onOtherCourses: 'クラスのうち{0}人は別のコースでした。順位表には載り、ラップはそのコースで見られます。',
-  otherCourses: 'コースが異なるため、記録だけを並べます。',
+  otherCourses: 'コースが異なるかラップがないため、記録だけを並べます。',
   otherCourses2: 'コースの共通区間では比較できます。', noShared: '共通区間はありません。',
   noHit: '「{0}」に該当する選手がいません。', unknown: 'この大会に「{0}」はありません。', toEvent: '大会のページへ',
   hits: '{0}件',

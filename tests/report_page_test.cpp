@@ -203,6 +203,27 @@ TEST(ReportPage, RunnersOfForksAreListedWithTheirClass) {
   }
 }
 
+TEST(ReportPage, RunnersWithATimeButNoLapsHaveTheirPlace) {
+  const auto root = SmallClass();
+  const auto klass = root->ClassData(1);
+  AddRunner(*klass, "Broken card", "0:13:30", {});
+  klass->SortLap();
+  const std::string page =
+      root->HtmlControl()->OutputViewer({{Analyze(*root)}}, root->NewEstimate());
+  const Json data = DataOf(page);
+  const Json& set = data["sets"][0];
+  EXPECT_EQ(set["rows"].size(), 4U);
+  ASSERT_EQ(set["others"].size(), 1U) << "not who did not start";
+  const Json& other = set["others"][0];
+  EXPECT_EQ(data["runners"][other[0].get<std::size_t>()][1], "Broken card");
+  EXPECT_EQ(Json({other[1], other[2], other[3]}), Json({"2", 810, 1}));
+  EXPECT_EQ(set["rows"][1][1], "3") << "Bo is behind";
+  const std::size_t list = page.find("<h2 id=\"class=");
+  const std::size_t in_list = page.find("Broken card", list);
+  EXPECT_NE(in_list, std::string::npos);
+  EXPECT_EQ(page.find("Broken card", in_list + 1), std::string::npos) << "once";
+}
+
 TEST(ReportPage, NeedsAnalyses) {
   const auto root = NewRoot();
   EXPECT_THROW((void)root->HtmlControl()->OutputViewer({{nullptr}}), AutomationError);

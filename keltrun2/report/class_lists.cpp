@@ -1,5 +1,6 @@
 #include "keltrun2/report/class_lists.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "keltrun2/analysis/analyzer_internal.h"
@@ -41,13 +42,23 @@ std::vector<ListedRunner> Ranked(const clsClassData& klass) {
   return list;
 }
 
-// An analysis leaves out who had another course, but the result list of the class has everybody.
+bool HasLaps(const clsLapData& runner) { return runner.LegCount() > 0; }
+
+bool HasTimeWithoutLaps(const std::shared_ptr<clsLapData>& runner) {
+  return !HasLaps(*runner) && TotalTime(runner->Result());
+}
+
+// An analysis leaves out who had another course and who has a time but no laps, as with a broken
+// card. The result list of the class has them.
 std::vector<ListedRunner> Listed(const clsClassData& klass, const clsAnalyzer* analyzer) {
-  if (analyzer != nullptr && analyzer->LeftOutCount() == 0) return Analyzed(*analyzer);
-  std::vector<ListedRunner> list = Ranked(klass);
-  if (analyzer != nullptr) {
-    std::erase_if(list, [](const ListedRunner& runner) { return runner.record->LegCount() <= 0; });
+  if (analyzer == nullptr) return Ranked(klass);
+  if (analyzer->LeftOutCount() == 0 &&
+      std::ranges::none_of(ClassDataInternal::Runners(klass), HasTimeWithoutLaps)) {
+    return Analyzed(*analyzer);
   }
+  std::vector<ListedRunner> list = Ranked(klass);
+  std::erase_if(
+      list, [](const ListedRunner& runner) { return !HasLaps(*runner.record) && !runner.time; });
   return list;
 }
 

@@ -21,8 +21,8 @@ struct ListedRunner {
 struct ClassList {
   std::shared_ptr<const clsClassData> klass;    // not null
   std::shared_ptr<const clsAnalyzer> analyzer;  // null for a class without laps
-  /// Those with laps, also the runners that the analysis leaves out because they had another
-  /// course; all with a result if there is no analysis.
+  /// Those with laps or a time, also the runners that the analysis leaves out because they had
+  /// another course or have no laps; all with a result if there is no analysis.
   std::vector<ListedRunner> runners;
 };
 

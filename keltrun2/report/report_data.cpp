@@ -218,12 +218,14 @@ class ReportDocument {
       WriteRow(*runner, {general, set.Kind, legs, estimate, runs, ranks});
     }
     json_.EndArray();
-    if (analyzer.LeftOutCount() > 0 && list != nullptr) WriteOthers(*list);
+    if (list != nullptr && list->runners.size() > AnalyzerInternal::Selected(analyzer).size()) {
+      WriteOthers(*list);
+    }
     json_.EndObject();
   }
 
-  // The runners of a class whom its analysis leaves out because they had another course, with the
-  // number of rows before them.
+  // The runners of a class whom its analysis leaves out because they had another course or have no
+  // laps, with the number of rows before them.
   void WriteOthers(const ClassList& list) {
     std::unordered_set<std::int32_t> analyzed;
     for (const auto& runner : AnalyzerInternal::Selected(*list.analyzer)) {

@@ -12,6 +12,7 @@
 #include "keltrun2/codec/utf8.h"
 #include "keltrun2/config/settings.h"
 #include "keltrun2/model/class_data_internal.h"
+#include "keltrun2/model/result_status.h"
 #include "keltrun2/model/time_text.h"
 #include "keltrun2/report/class_lists.h"
 #include "keltrun2/report/html_parts.h"
@@ -127,8 +128,7 @@ class StaticParts {
     page_ += PercentEncode(ValidUtf8(list.klass->ClassName()));
     AppendElement("\"><header><h3>", list.klass->ClassName(), "</h3><span>");
     AppendText(CourseText(*list.klass));
-    AppendElement("</span><span class=\"n\">",
-                  CountOfRunners(static_cast<std::int32_t>(list.runners.size())),
+    AppendElement("</span><span class=\"n\">", CountOfRunners(list.klass->LapCount()),
                   "</span></header>\n<ol class=\"podium\">");
     const ListedRunner* const leader = Leader(list.runners);
     for (std::size_t i = 0; i < std::min(list.runners.size(), kPodium); ++i) {
@@ -168,13 +168,15 @@ class StaticParts {
                 runner.time ? Duration(*runner.time) : runner.record->Result(),
                 Behind(runner, leader));
     }
-    if (list.analyzer) AppendRunnersWithoutLaps(*list.klass);
+    if (list.analyzer) AppendUnlisted(*list.klass);
     page_ += "</table>\n";
   }
 
-  void AppendRunnersWithoutLaps(const clsClassData& klass) {
+  // Runners with neither laps nor a time, as those who did not start.
+  void AppendUnlisted(const clsClassData& klass) {
     for (const auto& record : ClassDataInternal::Runners(klass)) {
-      if (record->LegCount() <= 0) AppendRow("", *record, record->Result(), "");
+      if (record->LegCount() > 0 || TotalTime(record->Result())) continue;
+      AppendRow("", *record, record->Result(), "");
     }
   }
 

@@ -78,6 +78,17 @@ test('runners on another course are listed in their class, with the laps of that
   assert.equal(forked.courseOfClass.size, 0, 'the set of a fork is not the course of the class');
 });
 
+test('runners with a time but no laps are listed, and are not on another course', () => {
+  const raw = sampleData();
+  raw.sets[0].rows.splice(1, 1);
+  raw.sets[0].others = [[1, '2', 400, 1]];
+  raw.sets.splice(1);
+  const event = makeEvent(raw);
+  const list = openSet(event, event.byKey.get('class=A'));
+  assert.deepEqual(list.listed.map((row) => row.rank), ['1', '2', '']);
+  assert.deepEqual([list.placed.length, list.others, lapsRow(event, list.listed[1])], [2, 0, null]);
+});
+
 test('titles of courses keep the slashes of their classes', () => {
   const titles = (...classes) => {
     const data = sampleData();
