@@ -87,7 +87,7 @@ class LongList {
     keepPlace(this.after, sum(this.heights.slice(this.last + 1)));
   }
 
-  // Measures what is shown and finds what should be. Called at the begin of a frame, when the page is
+  // Measures what is shown and finds what should be. Called at the beginning of a frame, when the page is
   // laid out, so that measuring costs nothing.
   look() {
     if (!this.before.isConnected) return;

@@ -1,6 +1,6 @@
 // The split table of a set.
 import {h} from './dom.js';
-import {lossStep} from './figures.js';
+import {lossStep, sum} from './figures.js';
 import {isNumber, signedTime, timeText} from './format.js';
 import {t} from './language.js';
 import {behindText, chips, lossClass, resultText, runnerAddress, setAddress, term} from './parts.js';
@@ -17,7 +17,7 @@ export function splitsView({me, query}, set) {
     h('div.pick.second', h('span.sm.mut', t('secondLine')),
       chips(t('secondLine'), 'line', line, [['', t('lineElapsed')], ['loss', t('lineLoss')], ['beh', t('lineBehind')]])),
     h('div.scroll', {tabindex: 0, role: 'region', 'aria-label': `${t('splits')} ${set.name}`},
-      h('table.splits', {style: {width: `max(100%, calc(var(--name-width) + ${widths.reduce((all, width) => all + width, 0).toFixed(1)}ch))`}},
+      h('table.splits', {style: {'--rank-width': rankWidth(set), width: `max(100%, calc(var(--rank-width) + var(--name-width) + ${sum(widths).toFixed(1)}ch))`}},
         h('colgroup', h('col.name-column'), widths.map((width) => h('col', {style: {width: `${width.toFixed(1)}ch`}}))),
         head(set), bodies)),
     legend(),
@@ -46,6 +46,12 @@ function columnWidths(set) {
     return Math.max(label.length, digits + ranks) + EDGES;
   });
   return [digitsOf(timeText(total)) + EDGES, ...legs];
+}
+
+// Room for the longest rank, as "(12)"; two digits are usual.
+function rankWidth(set) {
+  const longest = set.rows.reduce((most, row) => Math.max(most, row.rank.length), 0);
+  return `${Math.min(60, Math.max(26, longest * 9))}px`;
 }
 
 function head(set) {
