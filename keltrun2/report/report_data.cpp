@@ -7,6 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 #include "keltrun2/analysis/analyzer_internal.h"
 #include "keltrun2/analysis/leg_facts.h"
@@ -218,9 +219,7 @@ class ReportDocument {
       WriteRow(*runner, {general, set.Kind, legs, estimate, runs, ranks});
     }
     json_.EndArray();
-    if (list != nullptr && list->runners.size() > AnalyzerInternal::Selected(analyzer).size()) {
-      WriteOthers(*list);
-    }
+    if (list != nullptr) WriteOthers(*list);
     json_.EndObject();
   }
 
@@ -232,12 +231,13 @@ class ReportDocument {
       analyzed.insert(runner->SerialNum());
     }
     std::int32_t rows_before = 0;
-    json_.BeginArray("others");
+    bool is_first = true;
     for (const auto& [record, rank, time] : list.runners) {
       if (analyzed.contains(record->SerialNum())) {
         ++rows_before;
         continue;
       }
+      if (std::exchange(is_first, false)) json_.BeginArray("others");
       json_.BeginArray();
       json_.Integer(runner_numbers_.at(record->SerialNum()));
       json_.Text(rank);
@@ -245,7 +245,7 @@ class ReportDocument {
       json_.Integer(rows_before);
       json_.EndArray();
     }
-    json_.EndArray();
+    if (!is_first) json_.EndArray();
   }
 
   // A class without laps has the form of a set without legs.
