@@ -59,7 +59,7 @@ function keepPlace(gap, height) {
 
 class LongList {
   constructor(items, makeRow, size, rowHeight, mine) {
-    Object.assign(this, {items, makeRow, size, mine, shown: [], down: true, top: 0});
+    Object.assign(this, {items, makeRow, size, mine, shown: [], above: [], down: true, top: 0});
     const count = Math.ceil(items.length / size);
     this.heights = keptHeights(Array.from({length: count}, (_, i) => rowHeight * Math.min(size, items.length - i * size)));
     [this.before, this.after] = [makeGap(), makeGap()];
@@ -105,6 +105,7 @@ class LongList {
     let steps = 0;
     while (steps < most && this.before.isConnected && this.step()) ++steps;
     if (steps > 0) this.keepPlaces();
+    this.keepView();
     return steps;
   }
 
@@ -135,6 +136,7 @@ class LongList {
   }
 
   startAgain(number) {
+    this.above = [];
     for (const body of this.shown) body.remove();
     [this.first, this.last] = [number, number];
     this.shown = [this.makeBlock(number)];
@@ -147,15 +149,23 @@ class LongList {
     this.after.before(body);
   }
 
-  // What is seen must not move when the rows above it are not as high as they were thought to be.
   addBefore() {
     const body = this.makeBlock(--this.first);
     this.shown.unshift(body);
     this.before.after(body);
-    this.keepPlaces();
-    const height = body.getBoundingClientRect().height;
-    const more = height - this.heights[this.first];
-    this.heights[this.first] = height;
+    this.above.push(body);
+  }
+
+  // What is seen must not move when the rows above it are not as high as they were thought to be. All
+  // that came in a frame are measured together, because that lays out the page.
+  keepView() {
+    let more = 0;
+    for (const body of this.above.splice(0)) {
+      const number = this.first + this.shown.indexOf(body);
+      const {height} = body.getBoundingClientRect();
+      more += height - this.heights[number];
+      this.heights[number] = height;
+    }
     if (more !== 0) (this.root ?? document.scrollingElement).scrollTop += more;
   }
 

@@ -6,7 +6,7 @@ import {t} from './language.js';
 import {behindText, chips, lossClass, resultText, runnerAddress, setAddress, term} from './parts.js';
 import {rowBodies} from './rows.js';
 
-const ROW_HEIGHT = 45;
+const ROW_HEIGHT = 43;
 
 export function splitsView({me, query}, set) {
   const line = ['loss', 'beh'].includes(query.line) ? query.line : '';
