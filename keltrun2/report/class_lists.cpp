@@ -52,8 +52,9 @@ bool HasTimeWithoutLaps(const std::shared_ptr<clsLapData>& runner) {
 // card. The result list of the class has them.
 std::vector<ListedRunner> Listed(const clsClassData& klass, const clsAnalyzer* analyzer) {
   if (analyzer == nullptr) return Ranked(klass);
+  const auto& runners = ClassDataInternal::Runners(klass);
   if (analyzer->LeftOutCount() == 0 &&
-      std::ranges::none_of(ClassDataInternal::Runners(klass), HasTimeWithoutLaps)) {
+      std::none_of(runners.begin(), runners.end(), HasTimeWithoutLaps)) {
     return Analyzed(*analyzer);
   }
   std::vector<ListedRunner> list = Ranked(klass);
