@@ -53,6 +53,18 @@ void FolderWriter::Take(const FolderWriter& helper) {
   for (const std::string& failure : helper.failures_) Note(failure);
 }
 
+void FolderWriter::Run(const StartProgress& start_progress,
+                       const std::function<void(ProgressReport&)>& steps) {
+  try {
+    const auto progress = start_progress();
+    steps(*progress);
+    progress->Close();
+  } catch (const ProgressHandlerError& error) {
+    Report("a Progress handler ended the export");
+    std::rethrow_exception(error.cause);
+  }
+}
+
 void FolderWriter::Report(std::string_view abort) const {
   std::string list(abort);
   for (const std::string& failure : failures_) {

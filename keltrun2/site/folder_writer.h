@@ -2,10 +2,12 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "keltrun2/loading/lap_file_io.h"
 #include "keltrun2/os/files.h"
 
 namespace keltrun {
@@ -55,6 +57,10 @@ class FolderWriter {
   FolderWriter Helper() const;
   /// Notes what a helper collected.
   void Take(const FolderWriter& helper);
+
+  /// Takes the steps of an export with a report of its progress. When a Progress handler of the
+  /// host ends it, reports that, and throws what the handler threw.
+  void Run(const StartProgress& start_progress, const std::function<void(ProgressReport&)>& steps);
 
   /// Puts what failed into the error text, after the reason for which the whole export ended, if
   /// any.

@@ -1,7 +1,6 @@
 #include "keltrun2/site/report_site.h"
 
 #include <algorithm>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -430,14 +429,7 @@ bool ExportReportSite(const ReportSiteOptions& options, const StartProgress& sta
     site.Writer().Report();
     return false;
   }
-  try {
-    const auto progress = start_progress();
-    site.Run(*progress);
-    progress->Close();
-  } catch (const ProgressHandlerError& error) {
-    site.Writer().Report("a Progress handler ended the export");
-    std::rethrow_exception(error.cause);
-  }
+  site.Writer().Run(start_progress, [&site](ProgressReport& progress) { site.Run(progress); });
   return true;
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -328,14 +327,7 @@ bool ExportSite(const SiteOptions& options, const StartProgress& start_progress)
   SiteExport site(options);
   SetErrorText("");
   if (!site.Writer().Prepare()) return false;
-  try {
-    const auto progress = start_progress();
-    site.Run(*progress);
-    progress->Close();
-  } catch (const ProgressHandlerError& error) {
-    site.Writer().Report("a Progress handler ended the export");
-    std::rethrow_exception(error.cause);
-  }
+  site.Writer().Run(start_progress, [&site](ProgressReport& progress) { site.Run(progress); });
   return true;
 }
 
