@@ -90,7 +90,6 @@ class LongList {
   // Measures what is shown and finds what should be. Called at the beginning of a frame, when the page is
   // laid out, so that measuring costs nothing.
   look() {
-    if (!this.before.isConnected) return;
     this.shown.forEach((body, i) => this.heights[this.first + i] = body.getBoundingClientRect().height);
     const frame = this.root?.getBoundingClientRect() ?? {top: 0, bottom: innerHeight};
     const top = this.before.getBoundingClientRect().top;
@@ -103,7 +102,7 @@ class LongList {
   // Adds up to `most` blocks that are wanted and removes as many that are not; returns how many changed.
   work(most) {
     let steps = 0;
-    while (steps < most && this.before.isConnected && this.step()) ++steps;
+    while (steps < most && this.step()) ++steps;
     if (steps > 0) this.keepPlaces();
     this.keepView();
     return steps;
@@ -206,6 +205,7 @@ export function lookSoon() {
 function workInFrame() {
   const began = performance.now();
   looking = false;
+  watched = watched.filter((list) => list.before.isConnected);  // another view may have taken their place
   for (const list of watched) list.look();
   const steps = sum(watched.map((list) => list.work(pace)));
   if (steps === 0) return;
